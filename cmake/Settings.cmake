@@ -1,0 +1,23 @@
+# Compiler settings that every target of the project shares, as one interface target.
+add_library(pixkit-settings INTERFACE)
+target_compile_features(pixkit-settings INTERFACE cxx_std_20)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+# Contraction off: floating-point rules give the same bytes on every processor and system.
+target_compile_options(pixkit-settings INTERFACE
+    -Wall -Wextra -Wconversion -Wshadow -Werror -ffp-contract=off)
+
+if(WIN32)
+    # Windows entry points that need a newer system than XP are not used.
+    target_compile_definitions(pixkit-settings INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0501)
+endif()
+if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # x87 arithmetic would round differently; callers from other compilers only align the stack to four bytes.
+    target_compile_options(pixkit-settings INTERFACE -msse2 -mfpmath=sse -mincoming-stack-boundary=2)
+endif()
+
+if(PIXKIT_SANITIZE)
+    target_compile_options(pixkit-settings INTERFACE
+        -fsanitize=${PIXKIT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(pixkit-settings INTERFACE -fsanitize=${PIXKIT_SANITIZE})
+endif()

@@ -1,0 +1,3 @@
+// The one header that programs include.
+#pragma once
+#include "surface/cPixSheet.h"

@@ -1,0 +1,113 @@
+// Row loops over bytes. A kernel knows nothing of images: plain pointers and counts. The scalar definition of each
+// is the reference; the faster variants give the same bytes for every input. Pixels are four bytes B, G, R, A.
+//
+// Unless a kernel says otherwise, source and destination either are the same row or do not overlap, rows need no
+// alignment, a count of 0 is allowed, and nothing outside the stated bytes is read or written.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+
+namespace pixkit::kernels {
+
+// What scanAlpha has seen so far; starts as declared here and is carried from row to row.
+struct AlphaScan {
+    enum State : std::uint8_t {
+        consistent,       // everything seen fits premultiplied data
+        colourInClear,    // a pixel with alpha 0 had colour: suspicious, settled by the next visible pixel
+        notPremultiplied, // proven; the scan stops
+    };
+    std::size_t zeroCount = 0;   // pixels with alpha 0
+    std::size_t opaqueCount = 0; // pixels with alpha 255 that did not stop the scan
+    State state = consistent;
+    bool partial = false; // a pixel with alpha 1 to 254 was seen that did not stop the scan
+};
+
+// Grayscale weights as the single-precision values they are defined with.
+struct GrayWeights {
+    float r, g, b;
+};
+
+struct Table {
+    // --- alpha
+    // Scans pixels left to right and updates `scan`; stops and returns false at the pixel that proves the data not
+    // premultiplied. For alpha 0: colour moves `consistent` to `colourInClear`; counted in zeroCount either way.
+    // Alpha 255: in `colourInClear` proves, else counts in opaqueCount. Between: in `colourInClear`, or with any
+    // colour byte above alpha, proves; else sets `partial`.
+    bool (*scanAlpha)(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan);
+    // Sets every alpha byte to 255.
+    void (*setOpaque)(std::uint8_t* pixels, std::size_t count);
+    // Straight to premultiplied in place: alpha 0 clears all four bytes, 255 keeps, else colour = colour * alpha / 255
+    // truncated. Returns whether any alpha was 1 to 254.
+    bool (*premultiply)(std::uint8_t* pixels, std::size_t count);
+    // Premultiplied to straight: alpha 0 and 255 copy, else colour = (colour * 255 / alpha) truncated, low 8 bits.
+    void (*unpremultiply)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+
+    // --- effects; pixels with alpha 0 stay as they are unless said otherwise
+    // Colour = alpha - colour, not below 0.
+    void (*invert)(std::uint8_t* pixels, std::size_t count);
+    // Colour = b*B + g*G + r*R evaluated exactly (double precision holds every such sum of single-precision weights
+    // without loss), rounded to nearest, ties to even, low 8 bits.
+    void (*grayscale)(std::uint8_t* pixels, std::size_t count, const GrayWeights& weights);
+    // Colour = colour + adjust[alpha], held within 0 .. alpha when `lighten`, within 0 .. 255 from below only when
+    // darkening (adjust <= 0). adjust has 256 entries. Alpha 0 copies. dst may equal src.
+    void (*adjustLightness)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::int16_t* adjust,
+                            bool lighten);
+    // Colour c = ((c * (100 - opacity) + blend_c * opacity) * alpha) / 25500 truncated; opacity 1 .. 100;
+    // blendColour has B, G, R.
+    void (*blendToColour)(std::uint8_t* pixels, std::size_t count, const std::uint8_t* blendColour,
+                          std::uint32_t opacity);
+    // Replaces every pixel whose four bytes equal `from` (memory order) by `to`; returns how many.
+    std::size_t (*replacePixel)(std::uint8_t* pixels, std::size_t count, const std::uint8_t* from,
+                                const std::uint8_t* to);
+    // Flattens premultiplied pixels onto a colour (B, G, R): alpha 255 copies the colour, 0 writes the fill, else
+    // fill * (255 - alpha) / 255 truncated + colour, held at 255. 24: three bytes a pixel. 32: alpha 255.
+    void (*flatten24)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* fill);
+    void (*flatten32)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* fill);
+    // Copies pixels in reverse order. The rows do not overlap.
+    void (*mirror)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+
+    // --- layouts
+    // Exchanges the first and third byte of each 4-byte pixel.
+    void (*swapRedBlue)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    // 4-byte pixels to 3 bytes, alpha dropped; `swap` exchanges first and third byte. Rows do not overlap.
+    void (*pack24)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);
+    // 3-byte pixels to 4 bytes with alpha 255. Rows do not overlap.
+    void (*unpack24)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);
+    // The alpha byte of each pixel. Rows do not overlap.
+    void (*extractAlpha)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+
+    // --- PNG row filters, undone in place (PNG standard, filter method 0). `bytes` is the row without its filter
+    // byte; `step` the distance in bytes to the pixel on the left, 1 .. 8, where left of the first pixel is 0.
+    // `above` is the unfiltered previous row; the caller passes zeros for the first row of a pass.
+    void (*unfilterSub)(std::uint8_t* row, std::size_t bytes, std::size_t step);
+    void (*unfilterUp)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes);
+    void (*unfilterAvg)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
+    void (*unfilterPaeth)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
+
+    // --- PNG samples to premultiplied B, G, R, A. Rows do not overlap. Partial alpha premultiplies truncated, alpha 0
+    // gives 0, 0, 0, 0. 16-bit samples are big-endian and only their high byte counts.
+    void (*fromRgb8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    void (*fromRgba8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    void (*fromGreyAlpha8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    // One byte a pixel looked up in 256 ready pixels of four bytes.
+    void (*fromIndex8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* lut);
+    void (*fromGrey16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    void (*fromRgb16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    void (*fromRgba16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    void (*fromGreyAlpha16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    // Samples of 1, 2 or 4 bits, most significant first, to one byte each; reads (count * depth + 7) / 8 bytes.
+    void (*unpackSamples)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, unsigned depth);
+};
+
+// Instruction sets a table may be built for, in rising order.
+enum class CpuLevel : std::uint8_t { scalar, sse2, avx2 };
+
+// The table in use: the best level the processor has, lowered by the environment variable
+// PIXKIT_CPU=scalar|sse2|avx2 (any other value is ignored). Chosen once.
+const Table& table() noexcept;
+CpuLevel level() noexcept;
+
+// The table of one level, or null when the processor lacks it. For tests and benchmarks.
+const Table* tableFor(CpuLevel level) noexcept;
+
+} // namespace pixkit::kernels

@@ -1,0 +1,74 @@
+// Bitmaps and device contexts, under the names of the Windows GDI. The Windows side forwards to the system; the
+// portable side keeps memory bitmaps and memory device contexts in an object table of its own. On both a handle that is
+// zero, stale (already deleted) or of another kind makes the call fail with the stated value; nothing crashes.
+#pragma once
+#include "platform/handle.h"
+#include <cstdint>
+
+namespace pixkit::platform {
+
+// BITMAPINFOHEADER, field for field (40 bytes).
+struct BitmapInfoHeader {
+    std::uint32_t biSize = 40;
+    std::int32_t biWidth = 0;
+    std::int32_t biHeight = 0; // positive: rows bottom-up; negative: top-down
+    std::uint16_t biPlanes = 1;
+    std::uint16_t biBitCount = 32;
+    std::uint32_t biCompression = 0; // BI_RGB
+    std::uint32_t biSizeImage = 0;
+    std::int32_t biXPelsPerMeter = 0;
+    std::int32_t biYPelsPerMeter = 0;
+    std::uint32_t biClrUsed = 0;
+    std::uint32_t biClrImportant = 0;
+};
+static_assert(sizeof(BitmapInfoHeader) == 40);
+
+// The object types this component asks about; the values are the system's. Any other type is passed through as its
+// number.
+enum class ObjectType : std::uint32_t { none = 0, dc = 3, bitmap = 7, memoryDC = 10 };
+
+// The screen's device context (window 0), to be released with ReleaseDC. 0 on failure. On the portable side it stands
+// for a 32-bit screen that holds nothing: a bitmap cannot be selected into it.
+Handle GetDC(Handle window) noexcept;
+bool ReleaseDC(Handle window, Handle dc) noexcept;
+
+// A memory device context with a 1 x 1 stock bitmap selected. 0 on failure.
+Handle CreateCompatibleDC(Handle dc) noexcept;
+bool DeleteDC(Handle dc) noexcept;
+
+// Selects a bitmap into a memory device context and returns the bitmap that was selected before; 0 when either handle
+// is not valid or the bitmap is selected into another device context.
+Handle SelectObject(Handle dc, Handle object) noexcept;
+
+// Frees a bitmap or a memory device context (the system frees a memory DC through DeleteObject too). A bitmap that is
+// selected dies when it is deselected.
+bool DeleteObject(Handle object) noexcept;
+
+ObjectType GetObjectType(Handle object) noexcept;
+
+// A bitmap of 24 or 32 bits whose pixels the caller reaches through `bits` (rows padded to four bytes, every byte 0 at
+// first: fresh pages of the system). Returns 0, and null `bits`, on failure.
+Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits) noexcept;
+
+// Copies `lines` rows from row `start` (counted in the order that header.biHeight asks for) of a bitmap into `bits` at
+// header's size, 24 or 32 bits, BI_RGB. Returns the number of rows copied, 0 on failure. The bitmap must not be
+// selected.
+int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits,
+              BitmapInfoHeader& header) noexcept;
+
+// The screen's device context for the length of a scope.
+class ScreenDC {
+  public:
+    ScreenDC() noexcept : m_dc(GetDC(0)) {}
+    ~ScreenDC() {
+        if (m_dc != 0) ReleaseDC(0, m_dc);
+    }
+    ScreenDC(const ScreenDC&) = delete;
+    ScreenDC& operator=(const ScreenDC&) = delete;
+    Handle get() const noexcept { return m_dc; }
+
+  private:
+    Handle m_dc;
+};
+
+} // namespace pixkit::platform

@@ -1,0 +1,25 @@
+// What the machine says of itself.
+#pragma once
+#include <cstdint>
+
+namespace pixkit::platform {
+
+// The fields of OSVERSIONINFOEX that the component decides by.
+struct OsVersion {
+    std::uint32_t dwPlatformId = 0; // 1 = Windows 95/98/ME, 2 = NT family
+    std::uint32_t dwMajorVersion = 0;
+    std::uint32_t dwMinorVersion = 0;
+    std::uint16_t wServicePackMajor = 0; // 0 where the system only fills the plain OSVERSIONINFO
+};
+
+// GetVersionExA: asked with the extended record first and, when that fails, with the plain one. The portable side
+// reports an NT-family system of version 4.0 without service pack, which has neither AlphaBlend nor GDI+.
+OsVersion GetVersionExA() noexcept;
+
+// SYSTEMTIME of the local clock.
+struct LocalTime {
+    std::uint16_t wYear, wMonth, wDay, wHour, wMinute, wSecond;
+};
+LocalTime GetLocalTime() noexcept;
+
+} // namespace pixkit::platform

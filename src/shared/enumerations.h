@@ -1,0 +1,54 @@
+// The enumerations of the public interface. Names and values are part of the binary interface: never renumber.
+#pragma once
+#include <cstdint>
+
+namespace pixkit {
+
+// Where the current image came from.
+enum eImageFormat : std::int32_t {
+    imgError = -1, // no image
+    imgNone = 0,   // created by InitializeDIB or emptied by EraseDIB
+    imgBitmap = 1,
+    imgWMF = 2,
+    imgIcon = 3,
+    imgEMF = 4,
+    imgCursor = 5,
+    imgBmpARGB = 6,  // 32-bit source whose colours were not premultiplied
+    imgBmpPARGB = 7, // 32-bit source whose colours were premultiplied already
+    imgIconARGB = 8,
+    imgGIF = 9,
+    imgPNG = 10,
+    imgPNGicon = 11,
+    imgCursorARGB = 12,
+    imgCheckerBoard = 64,
+    imgTGA = 128,
+};
+
+// How much transparency an image has.
+enum AlphaTypeEnum : std::int32_t {
+    AlphaNone = 0,    // every pixel opaque
+    AlphaSimple = 1,  // alpha is only 0 or 255
+    AlphaComplex = 2, // partial transparency present
+};
+
+// Weights by which MakeGrayScale mixes red, green and blue; see iparseGrayScaleRatios for the numbers.
+enum eGrayScaleFormulas : std::int32_t {
+    gsclNone = -1, // no conversion
+    gsclNTSCPAL = 0,
+    gsclCCIR709 = 1,
+    gsclSimpleAvg = 2,
+    gsclRedMask = 3,
+    gsclGreenMask = 4,
+    gsclBlueMask = 5,
+    gsclRedGreenMask = 6,
+    gsclBlueGreenMask = 7,
+};
+
+// Bit-depth selectors of the icon writer.
+enum eConstants : std::int32_t {
+    HIGH_COLOR = 16776960,
+    TRUE_COLOR = -16777216,
+    TRUE_COLOR_ALPHA = -1,
+};
+
+} // namespace pixkit

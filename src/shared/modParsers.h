@@ -1,0 +1,81 @@
+// Stateless helpers that readers, writers, effects and the surface share.
+#pragma once
+#include "platform/files.h"
+#include "shared/PixelView.h"
+#include "shared/enumerations.h"
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace pixkit {
+
+// --- arithmetic
+
+// Length in bytes of a row of `Width` pixels at `bitDepth` bits padded to a multiple of four bytes (the name says word,
+// the alignment is a double word). Throws std::overflow_error where the result does not fit 32 bits signed.
+std::int32_t iparseByteAlignOnWord(std::uint8_t bitDepth, std::int32_t Width);
+
+// The value with its four bytes in reverse order (big-endian to little-endian and back).
+constexpr std::int32_t iparseReverseLong(std::int32_t inLong) noexcept {
+    const auto value = static_cast<std::uint32_t>(inLong);
+    return static_cast<std::int32_t>((value >> 24) | ((value >> 8) & 0xFF00U) | ((value << 8) & 0xFF0000U) |
+                                     (value << 24));
+}
+
+// The three channels of a COLORREF (red in bits 0-7, green 8-15, blue 16-23), taken bit by bit: negative values too.
+struct ColorChannels {
+    std::uint8_t b, g, r;
+};
+constexpr ColorChannels iparseColorChannels(std::int32_t Color) noexcept {
+    const auto bits = static_cast<std::uint32_t>(Color);
+    return {static_cast<std::uint8_t>(bits >> 16), static_cast<std::uint8_t>(bits >> 8),
+            static_cast<std::uint8_t>(bits)};
+}
+
+// --- alpha
+
+struct AlphaClassification {
+    AlphaTypeEnum bIsAlpha = AlphaNone;
+    eImageFormat imgType = imgBitmap; // imgBitmap, imgBmpARGB or imgBmpPARGB
+};
+
+// Decides what the alpha bytes of 32-bit pixels mean and, with `bPreMultiply`, brings the pixels into the store's
+// canonical form: premultiplied (colour * alpha / 255 truncated), or opaque when the alpha bytes carry nothing (all 0,
+// all 255, or `imgType` -1 on entry, which says that they are unused). `imgType` is otherwise not looked at on entry.
+AlphaClassification iparseValidateAlphaChannel(PixelView inStream, bool bPreMultiply, std::int32_t imgType);
+// The same without touching the pixels.
+AlphaClassification iparseValidateAlphaChannel(ConstPixelView inStream, std::int32_t imgType);
+
+// --- colour
+
+struct GrayScaleRatios {
+    float r, g, b;
+};
+// The weights of a formula; gsclNone gives 1, 1, 1, a value outside the enumeration the NTSC/PAL weights.
+GrayScaleRatios iparseGrayScaleRatios(std::int32_t Formula) noexcept;
+
+// Flattens premultiplied pixels onto a colour: alpha 255 copies, 0 writes the fill, between: fill * (255 - alpha) / 255
+// (truncated) + colour. With `bitDepth24` the rows of `outStream` hold B, G, R and are padded to four bytes with 0;
+// else B, G, R, 255. Rows are in the view's memory order; outStream must hold height rows of
+// iparseByteAlignOnWord(bitDepth24 ? 24 : 32, width) bytes.
+void iparseBlendImageToColor(ConstPixelView cHost, std::int32_t FillColor, std::uint8_t* outStream, bool bitDepth24);
+
+// Binary search in ascending colours; `PaletteItems` holds items 1 .. Count at its indexes 0 .. Count - 1. Returns the
+// 1-based index of `Color` with isNew false, or where it would have to be inserted with isNew true (1 when Count is 0).
+std::int32_t iparseFindColor(std::span<const std::int32_t> PaletteItems, std::int32_t Color, std::int32_t Count,
+                             bool& isNew) noexcept;
+
+// --- files and libraries; names are UTF-8
+
+// Opens an existing file for reading, or creates one for writing when `bOpen` is false; -1 on failure. Here and below
+// the wide functions are used when `useUnicode` is true, else the desktop window decides between wide and narrow ones.
+platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bool useUnicode) noexcept;
+// Whether the name has attributes: a directory counts as existing.
+bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept;
+// Sets the attributes to normal, so that read-only files go too, and deletes the file; true when both steps succeed.
+bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept;
+// Whether a library can be loaded and exports a function.
+bool iparseValidateDLL(const char* DllName, const char* dllProc) noexcept;
+
+} // namespace pixkit

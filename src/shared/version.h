@@ -1,0 +1,10 @@
+// The component's one version record: the Version property, the command's --version and the Windows version
+// resource all read it. Plain macros, because the resource compiler reads this file too.
+#ifndef PIXKIT_SHARED_VERSION_H
+#define PIXKIT_SHARED_VERSION_H
+
+#define PIXKIT_VERSION_MAJOR 3
+#define PIXKIT_VERSION_MINOR 0
+#define PIXKIT_VERSION_REVISION 41
+
+#endif

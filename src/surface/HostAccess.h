@@ -1,0 +1,26 @@
+// What readers, writers and renderers may do to their host beyond its public members.
+#pragma once
+#include "surface/cPixSheet.h"
+#include <utility>
+
+namespace pixkit {
+
+struct HostAccess {
+    static void ImageType(cPixSheet& host, eImageFormat value) noexcept { host.m_Format = value; }
+    static void SetOriginalFormat(cPixSheet& host, ByteArray inStream) noexcept {
+        host.m_ImageByteCache = std::move(inStream);
+    }
+    // The pixels of the host; an empty view when it holds no image.
+    static PixelView pixels(cPixSheet& host) noexcept { return view(host); }
+    static ConstPixelView pixels(const cPixSheet& host) noexcept { return view(host); }
+    static std::uint32_t osCAP(const cPixSheet& host) noexcept { return host.m_osCAP; }
+
+  private:
+    static PixelView view(const cPixSheet& host) noexcept {
+        if (host.m_Pointer == nullptr) return {};
+        const auto width = static_cast<std::size_t>(host.m_Width);
+        return {host.m_Pointer, width, static_cast<std::size_t>(host.m_Height), width * 4};
+    }
+};
+
+} // namespace pixkit

@@ -1,0 +1,203 @@
+// cPixSheet: one image, its pixel store, and everything that can be done to it.
+#pragma once
+#include "shared/ByteArray.h"
+#include "shared/PixelView.h"
+#include "shared/enumerations.h"
+#include <any>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace pixkit {
+
+// Holds at most one image as a 32-bit device-independent bitmap: four bytes a pixel in the order B, G, R, A, colour
+// premultiplied by alpha (colour <= alpha), rows bottom-up (the first row in memory is the bottom row of the picture),
+// Width * 4 bytes each without padding. Public coordinates count y from the top of the picture.
+//
+// No member raises: what goes wrong inside becomes the stated failure value and the object stays usable. One instance
+// is used by one thread at a time. File names are UTF-8. Colours are COLORREF values: red in bits 0-7, green 8-15, blue
+// 16-23.
+//
+// Members are defined in the room of their subject: surface/ (properties, lifecycle, pixels), loading/, saving/,
+// render/.
+class cPixSheet {
+  public:
+    cPixSheet() noexcept;
+    ~cPixSheet();
+    cPixSheet(const cPixSheet&) = delete;
+    cPixSheet& operator=(const cPixSheet&) = delete;
+
+    // --- what the instance holds (surface/Properties.cpp)
+
+    // How much transparency the image has. Loaders set it; callers who edit bits through BitsPointer set it themselves.
+    AlphaTypeEnum Alpha() const noexcept { return m_AlphaImage; }
+    void Alpha(AlphaTypeEnum value) noexcept { m_AlphaImage = value; }
+    // First byte of the pixels, null without an image.
+    std::uint8_t* BitsPointer() const noexcept { return m_Pointer; }
+    // The DIB section, 0 without an image.
+    std::intptr_t Handle() const noexcept { return m_Handle; }
+    std::int32_t Width() const noexcept { return m_Width; }
+    std::int32_t Height() const noexcept { return m_Height; }
+    // Bytes in a row: Width * 4.
+    std::int32_t scanWidth() const noexcept;
+    // Format the current image came from; imgError without an image, imgNone when it was made or erased here.
+    eImageFormat ImageType() const noexcept { return m_Format; }
+
+    // Whether stretching interpolates. True at first only where GDI+ is usable.
+    bool HighQualityInterpolation() const noexcept { return m_StretchQuality; }
+    void HighQualityInterpolation(bool value) noexcept { m_StretchQuality = value; }
+    // Whether the instance keeps its memory device context between uses. Turning it off frees the context, turning it
+    // on creates one when there is an image.
+    bool ManageOwnDC() const noexcept { return m_ManageDC; }
+    void ManageOwnDC(bool value) noexcept;
+    // Whether the system's AlphaBlend is used. True is ignored on systems that have none.
+    bool isAlphaBlendFriendly() const noexcept;
+    void isAlphaBlendFriendly(bool value) noexcept;
+    // Whether GDI+ is used. True takes effect only where GDI+ can be started.
+    bool isGDIplusEnabled() const noexcept;
+    void isGDIplusEnabled(bool value) noexcept;
+    // Whether zlib can be borrowed on this machine now; tested at every read.
+    bool isZlibEnabled() const noexcept;
+    // A GDI+ start-up token of the caller's.
+    std::int32_t gdiToken() const noexcept { return m_GDItoken; }
+    void gdiToken(std::int32_t value) noexcept { m_GDItoken = value; }
+    // Whether GDI+ stays started between uses; true only sticks while isGDIplusEnabled is true.
+    bool KeepGDIplusActive() const noexcept { return m_KeepGDIplusActive; }
+    void KeepGDIplusActive(bool value) noexcept { m_KeepGDIplusActive = value && isGDIplusEnabled(); }
+    // Any value of the caller's.
+    const std::any& Tag() const noexcept { return m_Tag; }
+    void Tag(std::any value) noexcept { m_Tag = std::move(value); }
+    // Major, minor and revision of the component, such as "3.0.41"; empty when there is no memory for it.
+    std::string Version() const noexcept;
+
+    // --- lifecycle (surface/cPixSheet.cpp)
+
+    // Replaces what the instance holds by a fully transparent image (all bytes 0, AlphaSimple, imgNone). A negative
+    // height counts as its absolute value. False, and empty, for a negative width, a width or height of 0, more bytes
+    // than 31 bits count, or no memory. The old image goes in every case.
+    bool InitializeDIB(std::int32_t Width, std::int32_t Height) noexcept;
+    // Frees image, device context and original-format bytes; ImageType becomes imgError.
+    void DestroyDIB() noexcept;
+    // Sets every byte to 0 (imgNone, AlphaSimple); the size stays.
+    void EraseDIB() noexcept;
+    // True: selects the image into a memory device context of the instance and returns that; repeated calls are
+    // harmless. False: deselects it, frees the context unless ManageOwnDC, returns 0. 0 also without an image.
+    std::intptr_t LoadDIBinDC(bool bLoad) noexcept;
+    // Copies the image, its Alpha, ImageType and gdiToken into another instance, which is resized when it needs to be.
+    // 0 for a size means this image's. With CopyOriginalFormat the original-format bytes go along. Does nothing without
+    // an image or when the target is this instance. A null pointer receives a new instance, which also takes over
+    // isGDIplusEnabled and HighQualityInterpolation. A copy at another size needs Render, which this version lacks: the
+    // target is then left as an empty (fully transparent) image of the new size.
+    void CopyImageTo(cPixSheet& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
+                     bool CopyOriginalFormat = false) noexcept;
+    void CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
+                     bool CopyOriginalFormat = false) noexcept;
+    // Exchanges the images of two instances without copying pixels; each keeps its own settings. Null does nothing.
+    void SwapDIBs(cPixSheet* SwapFromDIB) noexcept;
+
+    // --- pixels (surface/PixelAccess.cpp)
+
+    // The pixel's COLORREF, straight unless asPreMultiplied (channel * 255 \ alpha for alpha other than 0 and 255), and
+    // its alpha in *AlphaValue. -1, and alpha 0, outside the image.
+    std::int32_t GetPixel(std::int32_t x, std::int32_t y, std::int32_t* AlphaValue = nullptr,
+                          bool asPreMultiplied = false) const noexcept;
+    // Writes one pixel and returns its address, or null (nothing written) outside the image or for an AlphaValue
+    // outside 0 .. 255. A straight colour is premultiplied; of a premultiplied one, channels above alpha are scaled by
+    // alpha. Any AlphaValue but 255 makes the image AlphaComplex.
+    std::uint8_t* SetPixel(std::int32_t x, std::int32_t y, std::int32_t Color, std::int32_t AlphaValue = 255,
+                           bool isPreMultiplied = false) noexcept;
+    // The alpha plane of a rectangle, cut at the right and bottom edge of the image: rows of Width bytes, padded to
+    // four with 0 when asWordAligned, as two dimensions (byte, row) or flat. A size of 0 means the whole image's.
+    // False, and outStream untouched, without an image, for negative x or y, or when nothing of the rectangle is left.
+    bool GetAlphaMask(ByteArray& outStream, bool as2dArray = true, bool asWordAligned = true, bool asBottomUp = true,
+                      std::int32_t x = 0, std::int32_t y = 0, std::int32_t Width = 0,
+                      std::int32_t Height = 0) const noexcept;
+    // The pixels of a rectangle chosen as in GetAlphaMask: B, G, R (or R, G, B) and, with as32bpp, A. Rows of 3-byte
+    // pixels are padded to four bytes when asWordAligned. Straight colours, when asked for, follow GetPixel's rule.
+    bool GetDIBbits(ByteArray& outStream, bool as2dArray = true, bool asBGRformat = true, bool as32bpp = true,
+                    bool asWordAligned = true, bool asBottomUp = true, std::int32_t x = 0, std::int32_t y = 0,
+                    std::int32_t Width = 0, std::int32_t Height = 0, bool asPreMultiplied = true) const noexcept;
+    // Writes a rectangle in the layouts of GetDIBbits (3-byte pixels become opaque); then the whole image is classified
+    // and brought into canonical form, and Alpha set. False, and nothing changed, without an image or data, for
+    // negative positions, a rectangle outside the image, or data too short for it.
+    bool SetDIBbits(const ByteArray& inStream, bool isBGRformat = true, bool is32bpp = true, bool isWordAligned = true,
+                    bool isBottomUp = true, std::int32_t dstX = 0, std::int32_t dstY = 0, std::int32_t dstWidth = 0,
+                    std::int32_t dstHeight = 0) noexcept;
+
+    // --- loading (loading/LoadDispatch.cpp); every load, refused ones included, first empties the instance
+
+    // Loads a file of more than 56 bytes. iconCx, iconCy (0 = any) and iconBitDepth (0 .. 32) choose the image of an
+    // icon file. SaveFormat keeps the file's bytes for GetOrginalFormat.
+    bool LoadPicture_File(const std::string& FileName, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
+                          bool SaveFormat = false, std::int32_t iconBitDepth = 32) noexcept;
+    // Loads from a one-dimensional array, at least 20 bytes of it: `streamLength` bytes (0 = to the end) from index
+    // `streamStart` (below the lower bound = from there). SaveFormat keeps the whole array.
+    bool LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
+                            std::int32_t streamStart = 0, std::int32_t streamLength = 0, bool SaveFormat = false,
+                            std::int32_t iconBitDepth = 32) noexcept;
+    // Loads the kept original-format bytes again, which are kept again. False, and empty, when there are none.
+    bool LoadPicture_FromOrignalFormat(std::int32_t iconCx = 32, std::int32_t iconCy = 32,
+                                       std::int32_t iconBitDepth = 32) noexcept;
+    // A copy of the kept original-format bytes; false, and outStream unallocated, when there are none.
+    bool GetOrginalFormat(ByteArray& outStream) const noexcept;
+
+    // --- saving (saving/SaveDispatch.cpp)
+
+    // Saves as a BMP file. An opaque image has 24 bits a pixel; one with alpha 32, premultiplied as stored, when
+    // KeepPreMultipliedPixels, else it is flattened onto TransparentFillColor at 24. An existing file is deleted first,
+    // after a Yes/No question when PromptOverWrite. False without an image, on a No, or when the file cannot be
+    // deleted, created or written whole.
+    bool SaveToFile_Bitmap(const std::string& FileName, bool KeepPreMultipliedPixels = false,
+                           std::int32_t TransparentFillColor = 0, bool PromptOverWrite = true) const noexcept;
+    // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
+    bool SaveToStream_Bitmap(ByteArray& outStream, bool KeepPreMultipliedPixels = false,
+                             std::int32_t TransparentFillColor = 0) const noexcept;
+
+    // --- effects, in place (render/Effects.cpp); false, and nothing done, without an image
+
+    // Gray = the formula's mix of the premultiplied channels, rounded to nearest, ties to even. False for gsclNone; a
+    // value outside the enumeration means gsclNTSCPAL.
+    bool MakeGrayScale(std::int32_t Formula) noexcept;
+    // Each colour becomes alpha - colour.
+    bool MakeImageInverse() noexcept;
+    // Lightens (above 0) or darkens by a percentage of each pixel's alpha. False for 0 and outside -100 .. 100.
+    bool MakeLighterDarker(float Percent) noexcept;
+    // Opaque pixels of exactly this colour become fully transparent; with Revert, empty pixels become this colour,
+    // opaque.
+    bool MakeTransparent(std::int32_t TransparentColor, bool Revert = false) noexcept;
+    // Mixes every visible pixel with a colour at BlendOpacity percent (above 100 counts as 100; false below 1).
+    // Partly transparent pixels come out darker than a straight blend.
+    bool BlendToColor(std::int32_t BlendColor, std::int32_t BlendOpacity = 33) noexcept;
+    // MirrorAxisX flips left to right, MirrorAxisY top to bottom. False when neither is asked for.
+    bool MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept;
+
+  private:
+    friend struct HostAccess; // readers, writers and renderers (surface/HostAccess.h)
+
+    void pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
+                     eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache) noexcept;
+    void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat);
+    bool spt_LoadPictureEx(std::intptr_t FileHandle, const std::string& FileName, const ByteArray& aStream,
+                           std::int32_t cX, std::int32_t cY, std::size_t streamOffset, std::size_t streamLength,
+                           bool SaveFormat, std::int32_t bitDepth);
+    bool spt_DeleteFile(const std::string& FileName, bool PromptOverWrite) const;
+
+    std::any m_Tag;
+    bool m_StretchQuality = false;
+    bool m_ManageDC = false;
+    bool m_KeepGDIplusActive = false;
+    std::intptr_t m_Handle = 0;
+    std::uint8_t* m_Pointer = nullptr;
+    std::int32_t m_Height = 0;
+    std::int32_t m_Width = 0;
+    std::intptr_t m_hDC = 0;
+    std::intptr_t m_prevDCobject = 0; // what m_hDC held before the DIB; 0 = the DIB is not selected
+    std::int32_t m_GDItoken = 0;
+    ByteArray m_ImageByteCache;       // source bytes kept by a load with SaveFormat
+    std::uint32_t m_osCAP = 0;        // surface/Capabilities.h
+    eImageFormat m_Format = imgError; // a fresh instance says imgError; only EraseDIB says imgNone
+    AlphaTypeEnum m_AlphaImage = AlphaNone;
+};
+
+} // namespace pixkit
