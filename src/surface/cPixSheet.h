@@ -11,6 +11,8 @@
 
 namespace pixkit {
 
+class LoadRequest;
+
 // Holds at most one image as a 32-bit device-independent bitmap: four bytes a pixel in the order B, G, R, A, colour
 // premultiplied by alpha (colour <= alpha), rows bottom-up (the first row in memory is the bottom row of the picture),
 // Width * 4 bytes each without padding. Public coordinates count y from the top of the picture.
@@ -178,9 +180,7 @@ class cPixSheet {
     void pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
                      eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache) noexcept;
     void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat);
-    bool spt_LoadPictureEx(std::intptr_t FileHandle, const std::string& FileName, const ByteArray& aStream,
-                           std::int32_t cX, std::int32_t cY, std::size_t streamOffset, std::size_t streamLength,
-                           bool SaveFormat, std::int32_t bitDepth);
+    bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
     bool spt_DeleteFile(const std::string& FileName, bool PromptOverWrite) const;
 
     std::any m_Tag;

@@ -1,0 +1,83 @@
+// Reads a DEFLATE stream bit by bit: the first bit of the stream is the lowest bit of its first byte (RFC 1951, 3.1.1).
+#pragma once
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace pixkit::deflate {
+
+// Little-endian load from any address; compilers make one instruction of it.
+template <typename Word>
+inline Word loadWord(const std::uint8_t* from) noexcept {
+    static_assert(std::endian::native == std::endian::little);
+    Word word;
+    std::memcpy(&word, from, sizeof word);
+    return word;
+}
+
+// Bits wait in a machine word, the next one lowest. Above the `count` bits that belong to the reader the word may hold
+// further bits of the stream; they are the right ones, and a refill puts the same ones over them again.
+class BitReader {
+  public:
+    // The widest word that one instruction shifts: 64 bits, in 32-bit programs 32.
+    using Word = std::size_t;
+    static constexpr unsigned wordBits = sizeof(Word) * 8;
+    // At least so many bits are there after a refill, unless the data ends.
+    static constexpr unsigned refilled = wordBits - 8;
+
+    BitReader(const std::uint8_t* data, std::size_t bytes) noexcept : next_(data), end_(data + bytes) {}
+
+    // Refills where at least a word of data is known to follow: no branch, no loop.
+    void refillFast() noexcept {
+        word_ |= loadWord<Word>(next_) << count_;
+        next_ += (wordBits - 1 - count_) >> 3;
+        count_ |= refilled;
+    }
+    // Refills anywhere. Near the end of the data fewer bits may be there; those missing read as zero.
+    void refill() noexcept {
+        if (bytesLeft() >= sizeof(Word)) {
+            refillFast();
+            return;
+        }
+        for (; count_ < refilled && next_ != end_; count_ += 8)
+            word_ |= Word{*next_++} << count_;
+    }
+
+    Word peek() const noexcept { return word_; }
+    unsigned count() const noexcept { return count_; }
+    // Bytes that no refill has taken yet.
+    std::size_t bytesLeft() const noexcept { return static_cast<std::size_t>(end_ - next_); }
+
+    void drop(unsigned bits) noexcept {
+        word_ >>= bits;
+        count_ -= bits;
+    }
+
+    // Takes `bits` (at most 16) bits, refilling as needed; false when the data ends first.
+    bool take(unsigned bits, unsigned& value) noexcept {
+        if (count_ < bits) refill();
+        if (count_ < bits) return false;
+        value = static_cast<unsigned>(word_ & ((Word{1} << bits) - 1));
+        drop(bits);
+        return true;
+    }
+
+    // Goes to the next byte border; whole bytes that a refill took are given back.
+    void alignToByte() noexcept {
+        next_ -= count_ >> 3;
+        word_ = 0;
+        count_ = 0;
+    }
+    // Only on a byte border, after alignToByte.
+    const std::uint8_t* bytes() const noexcept { return next_; }
+    void skipBytes(std::size_t bytes) noexcept { next_ += bytes; }
+
+  private:
+    Word word_ = 0;
+    unsigned count_ = 0;
+    const std::uint8_t* next_;
+    const std::uint8_t* end_;
+};
+
+} // namespace pixkit::deflate

@@ -1,0 +1,347 @@
+#include "codecs/deflate/inflate.h"
+
+#include "codecs/deflate/bit_reader.h"
+#include "codecs/deflate/huffman_table.h"
+#include "codecs/deflate/match_copy.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace pixkit::deflate {
+namespace {
+
+constexpr bool narrow = BitReader::wordBits < 64;
+// Literals (or pairs of them) that the fast loop decodes between two refills. In a wide word, after all but one of them
+// and a length with its extra bits (20 bits), the index of a distance must still be there.
+constexpr unsigned literalsPerRound = narrow ? 1 : 3;
+static_assert(narrow || (literalsPerRound - 1) * literalTableBits + 20 + distanceTableBits <= BitReader::refilled);
+// Pairing literals costs time once per block, so that it pays only with so much data (bytes) to come.
+constexpr std::size_t pairingPays = 4096;
+
+// The extra bits behind the code of an entry, out of bits that begin with the code.
+inline std::size_t extraBits(BitReader::Word bits, Entry entry) noexcept {
+    return static_cast<std::size_t>((bits & ((BitReader::Word{1} << dropBits(entry)) - 1)) >> codeBits(entry));
+}
+
+enum class Step : std::uint8_t {
+    goOn,
+    blockEnded,
+    outputFull,
+    inputEnded,
+    damaged,
+};
+
+class Inflater {
+  public:
+    Inflater(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept
+        : reader_(input, bytes), out_(output), begin_(output), end_(output + capacity) {}
+
+    Result run() noexcept;
+
+  private:
+    Step block(bool& isLast) noexcept;
+    Step storedBlock() noexcept;
+    Step readCodes() noexcept;
+    Step readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengths, unsigned count) noexcept;
+    Step useFixedCodes() noexcept;
+    Step compressedBlock() noexcept;
+    Step decodeFast() noexcept;
+    Step decodeSymbol() noexcept;
+    template <typename Table>
+    Step decodeEntry(const Table& table, Entry& entry) noexcept;
+
+    std::size_t written() const noexcept { return static_cast<std::size_t>(out_ - begin_); }
+    std::size_t room() const noexcept { return static_cast<std::size_t>(end_ - out_); }
+
+    BitReader reader_;
+    std::uint8_t* out_;
+    std::uint8_t* const begin_;
+    std::uint8_t* const end_;
+    bool codesAreFixed_ = false; // the tables hold the fixed codes
+    LiteralTable literals_;
+    DistanceTable distances_;
+};
+
+Result Inflater::run() noexcept {
+    Step step = Step::goOn;
+    for (bool isLast = false; !isLast;) {
+        step = block(isLast);
+        if (step != Step::blockEnded) break;
+    }
+    const std::size_t bytes = written();
+    if (step == Step::blockEnded) return {Outcome::complete, bytes};
+    // Full output is full output: nothing that stands behind the last byte that fits can spoil it.
+    if (out_ == end_) return {Outcome::outputFull, bytes};
+    return {step == Step::inputEnded ? Outcome::inputEnded : Outcome::damaged, bytes};
+}
+
+Step Inflater::block(bool& isLast) noexcept {
+    unsigned header;
+    if (!reader_.take(3, header)) return Step::inputEnded;
+    isLast = (header & 1) != 0;
+    const unsigned type = header >> 1;
+    if (type == 0) return storedBlock();
+    if (type == 3) return Step::damaged;
+    const Step step = type == 1 ? useFixedCodes() : readCodes();
+    return step == Step::goOn ? compressedBlock() : step;
+}
+
+Step Inflater::storedBlock() noexcept {
+    reader_.alignToByte();
+    if (reader_.bytesLeft() < 4) return Step::inputEnded;
+    const unsigned length = loadWord<std::uint16_t>(reader_.bytes());
+    const unsigned complement = loadWord<std::uint16_t>(reader_.bytes() + 2);
+    if ((length ^ complement) != 0xffff) return Step::damaged;
+    reader_.skipBytes(4);
+
+    const std::size_t bytes = std::min({std::size_t{length}, reader_.bytesLeft(), room()});
+    if (bytes != 0) std::memcpy(out_, reader_.bytes(), bytes);
+    out_ += bytes;
+    reader_.skipBytes(bytes);
+    if (bytes == length) return Step::blockEnded;
+    return out_ == end_ ? Step::outputFull : Step::inputEnded;
+}
+
+Step Inflater::useFixedCodes() noexcept {
+    if (codesAreFixed_) return Step::goOn;
+    codesAreFixed_ = true;
+    std::uint8_t lengths[literalSymbols]; // RFC 1951, 3.2.6
+    std::memset(lengths, 8, 144);
+    std::memset(lengths + 144, 9, 112);
+    std::memset(lengths + 256, 7, 24);
+    std::memset(lengths + 280, 8, 8);
+    build(literals_, lengths, literalSymbols);
+    std::memset(lengths, 5, distanceSymbols);
+    build(distances_, lengths, distanceSymbols);
+    return Step::goOn;
+}
+
+// The head of a block with codes of its own (RFC 1951, 3.2.7).
+Step Inflater::readCodes() noexcept {
+    codesAreFixed_ = false;
+    unsigned counts;
+    if (!reader_.take(14, counts)) return Step::inputEnded;
+    const unsigned literalCount = (counts & 31) + 257, distanceCount = (counts >> 5 & 31) + 1;
+    const unsigned codeLengthCount = (counts >> 10) + 4;
+    if (literalCount > 286 || distanceCount > 30) return Step::damaged;
+
+    static constexpr std::uint8_t order[codeLengthSymbols] = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
+                                                              11, 4,  12, 3, 13, 2, 14, 1, 15};
+    std::uint8_t codeLengthLengths[codeLengthSymbols] = {};
+    for (unsigned i = 0; i < codeLengthCount; ++i) {
+        unsigned length;
+        if (!reader_.take(3, length)) return Step::inputEnded;
+        codeLengthLengths[order[i]] = static_cast<std::uint8_t>(length);
+    }
+    CodeLengthTable codeLengths;
+    if (!build(codeLengths, codeLengthLengths)) return Step::damaged;
+
+    std::uint8_t lengths[286 + 30];
+    const Step step = readCodeLengths(codeLengths, lengths, literalCount + distanceCount);
+    if (step != Step::goOn) return step;
+    if (lengths[256] == 0) return Step::damaged; // the block could not end
+    if (!build(literals_, lengths, literalCount)) return Step::damaged;
+    if (!build(distances_, lengths + literalCount, distanceCount)) return Step::damaged;
+    if (reader_.bytesLeft() >= pairingPays) pairLiterals(literals_);
+    return Step::goOn;
+}
+
+Step Inflater::readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengths, unsigned count) noexcept {
+    for (unsigned have = 0; have < count;) {
+        Entry entry;
+        const Step step = decodeEntry(table, entry);
+        if (step != Step::goOn) return step;
+        const unsigned symbol = baseOf(entry);
+        if (symbol < 16) {
+            lengths[have++] = static_cast<std::uint8_t>(symbol);
+            continue;
+        }
+        // 16: the length before, 3 to 6 times. 17: zero, 3 to 10 times. 18: zero, 11 to 138 times.
+        unsigned repeat;
+        if (!reader_.take(symbol == 16 ? 2 : symbol == 17 ? 3 : 7, repeat)) return Step::inputEnded;
+        repeat += symbol == 18 ? 11 : 3;
+        if (symbol == 16 && have == 0) return Step::damaged;
+        if (repeat > count - have) return Step::damaged;
+        std::memset(lengths + have, symbol == 16 ? lengths[have - 1] : 0, repeat);
+        have += repeat;
+    }
+    return Step::goOn;
+}
+
+Step Inflater::compressedBlock() noexcept {
+    Step step = decodeFast();
+    while (step == Step::goOn)
+        step = decodeSymbol();
+    return step;
+}
+
+// Decodes while a round can neither run out of data nor out of room; goOn means that the margins are used up.
+Step Inflater::decodeFast() noexcept {
+    // A round refills three times at most, and puts out its literals and one match.
+    constexpr std::size_t inputMargin = 4 * sizeof(BitReader::Word);
+    constexpr std::size_t outputMargin = 2 * literalsPerRound + longestMatch + copyOverrun;
+    if (reader_.bytesLeft() < inputMargin || room() < outputMargin) return Step::goOn;
+
+    // Copies, because a byte stored through `out` could change the members for all the compiler knows.
+    BitReader reader = reader_;
+    std::uint8_t* out = out_;
+    const std::uint8_t* const begin = begin_;
+    const std::uint8_t* const lastStart = end_ - outputMargin;
+    const std::size_t literalMask = (std::size_t{1} << literals_.bits) - 1;
+    const std::size_t distanceMask = (std::size_t{1} << distances_.bits) - 1;
+    Step step = Step::goOn;
+
+    reader.refillFast();
+    Entry entry = literals_.entries[reader.peek() & literalMask];
+    do {
+        const auto putLiterals = [&] {
+            const auto both = static_cast<std::uint16_t>(baseOf(entry));
+            std::memcpy(out, &both, 2);
+            out += 1 + (entry / pairFlag & 1);
+            reader.drop(dropBits(entry));
+        };
+        // The next entry is looked up before the refill where enough bits are left: it need not wait for it.
+        if (isLiteral(entry)) {
+            putLiterals();
+            if constexpr (literalsPerRound > 1) {
+                entry = literals_.entries[reader.peek() & literalMask];
+                if (isLiteral(entry)) {
+                    putLiterals();
+                    entry = literals_.entries[reader.peek() & literalMask];
+                    if (isLiteral(entry)) {
+                        putLiterals();
+                        entry = literals_.entries[reader.peek() & literalMask];
+                        reader.refillFast();
+                        continue;
+                    }
+                }
+            } else {
+                entry = literals_.entries[reader.peek() & literalMask];
+                reader.refillFast();
+                continue;
+            }
+        }
+        if (isSpecial(entry)) [[unlikely]] {
+            if (isLink(entry)) {
+                reader.drop(dropBits(entry));
+                entry = literals_.entries[baseOf(entry) + (reader.peek() & ((1u << codeBits(entry)) - 1))];
+                if (isLiteral(entry)) {
+                    putLiterals();
+                    reader.refillFast();
+                    entry = literals_.entries[reader.peek() & literalMask];
+                    continue;
+                }
+            }
+            if (isSpecial(entry)) {
+                reader.drop(dropBits(entry));
+                step = (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
+                break;
+            }
+        }
+        const std::size_t length = baseOf(entry) + extraBits(reader.peek(), entry);
+        reader.drop(dropBits(entry));
+
+        if constexpr (narrow) reader.refillFast();
+        entry = distances_.entries[reader.peek() & distanceMask];
+        if constexpr (!narrow) reader.refillFast();
+        if (isSpecial(entry)) [[unlikely]] {
+            if (isLink(entry)) {
+                reader.drop(dropBits(entry));
+                entry = distances_.entries[baseOf(entry) + (reader.peek() & ((1u << codeBits(entry)) - 1))];
+            }
+            if (isSpecial(entry)) {
+                step = Step::damaged;
+                break;
+            }
+        }
+        std::size_t distance = baseOf(entry);
+        if constexpr (narrow) {
+            // A distance with its extra bits may have 28.
+            reader.drop(codeBits(entry));
+            reader.refillFast();
+            const unsigned bits = dropBits(entry) - codeBits(entry);
+            distance += reader.peek() & ((1u << bits) - 1);
+            reader.drop(bits);
+        } else {
+            distance += extraBits(reader.peek(), entry);
+            reader.drop(dropBits(entry));
+        }
+        if (distance > static_cast<std::size_t>(out - begin)) [[unlikely]] {
+            step = Step::damaged;
+            break;
+        }
+        if constexpr (narrow) reader.refillFast();
+        entry = literals_.entries[reader.peek() & literalMask];
+        if constexpr (!narrow) reader.refillFast();
+        copyWide(out, distance, length);
+        out += length;
+    } while (reader.bytesLeft() >= inputMargin && out <= lastStart);
+
+    reader_ = reader;
+    out_ = out;
+    return step;
+}
+
+// Finds the entry of the next code; goOn when the code is there as a whole. Drops the code, not its extra bits.
+template <typename Table>
+Step Inflater::decodeEntry(const Table& table, Entry& entry) noexcept {
+    reader_.refill();
+    entry = table.entries[reader_.peek() & ((1u << table.bits) - 1)];
+    if (isLink(entry)) {
+        if (reader_.count() < dropBits(entry)) return Step::inputEnded;
+        reader_.drop(dropBits(entry));
+        entry = table.entries[baseOf(entry) + (reader_.peek() & ((1u << codeBits(entry)) - 1))];
+    }
+    if (reader_.count() < codeBits(entry)) return Step::inputEnded;
+    reader_.drop(codeBits(entry));
+    return Step::goOn;
+}
+
+// One literal or match, with every check: for the ends of the data and of the output.
+Step Inflater::decodeSymbol() noexcept {
+    Entry entry;
+    Step step = decodeEntry(literals_, entry);
+    if (step != Step::goOn) return step;
+    if (isSpecial(entry)) return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
+    if (isLiteral(entry)) {
+        if (out_ == end_) return Step::outputFull;
+        *out_++ = static_cast<std::uint8_t>(baseOf(entry)); // the first one, where the entry is a pair
+        return Step::goOn;
+    }
+    unsigned extra;
+    if (!reader_.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
+    const std::size_t length = baseOf(entry) + extra;
+
+    step = decodeEntry(distances_, entry);
+    if (step != Step::goOn) return step;
+    if (isSpecial(entry)) return Step::damaged;
+    if (!reader_.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
+    const std::size_t distance = baseOf(entry) + extra;
+    if (distance > written()) return Step::damaged;
+
+    const std::size_t bytes = std::min(length, room());
+    if (room() >= length + copyOverrun)
+        copyWide(out_, distance, bytes);
+    else
+        copyBytes(out_, distance, bytes);
+    out_ += bytes;
+    return bytes == length ? Step::goOn : Step::outputFull;
+}
+
+} // namespace
+
+Result inflate(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept {
+    Inflater inflater(output, capacity, input, bytes);
+    return inflater.run();
+}
+
+Result inflateZlib(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept {
+    if (bytes < 2) return {Outcome::inputEnded, 0};
+    const unsigned method = input[0] & 15u, window = input[0] >> 4, flags = input[1];
+    const bool hasDictionary = (flags & 0x20) != 0;
+    if ((input[0] * 256u + flags) % 31 != 0 || method != 8 || window > 7 || hasDictionary) return {Outcome::damaged, 0};
+    // The declared window is not held against the stream: distances may go further back.
+    return inflate(output, capacity, input + 2, bytes - 2);
+}
+
+} // namespace pixkit::deflate

@@ -1,0 +1,14 @@
+// Undoes the row filters of the PNG standard, filter method 0.
+#pragma once
+#include <cstddef>
+#include <cstdint>
+
+namespace pixkit {
+
+// Undoes filter `filterType` of one row of `bytes` bytes in place. `above` is the unfiltered previous row, null in the
+// first row of a pass; `stepVal` the distance in bytes to the pixel on the left. An unknown filter type leaves the row
+// as it is: a picture with one strange row still shows.
+void decodeFilter(std::uint8_t filterType, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+                  std::size_t stepVal) noexcept;
+
+} // namespace pixkit

@@ -1,0 +1,159 @@
+// From decompressed rows to pixels: row filters, interlace passes, conversion to premultiplied B, G, R, A.
+#include "codecs/png/PngFilters.h"
+#include "codecs/png/cPNGparser.h"
+#include "kernels/kernels.h"
+#include "surface/HostAccess.h"
+#include <algorithm>
+#include <cstring>
+
+namespace pixkit {
+
+// start row, start column, row step, column step
+const std::array<cPNGparser::Pass, 8> cPNGparser::m_MatrixDat = {{
+    {0, 0, 8, 8},
+    {0, 4, 8, 8},
+    {4, 0, 8, 4},
+    {0, 2, 4, 4},
+    {2, 0, 4, 2},
+    {0, 1, 2, 2},
+    {1, 0, 2, 1},
+    {0, 0, 1, 1}, // the whole image, not interlaced
+}};
+
+namespace {
+
+// Pixels converted at a time where they pass through a small buffer; a multiple of 8, so that every piece of a row of
+// 1-bit samples starts at a byte.
+constexpr std::size_t pieceWidth = 1024;
+
+} // namespace
+
+// Grey levels are looked up like palette entries; a palette that is missing is black, but for 1 bit, which is black and
+// white.
+void cPNGparser::InitializePalette() {
+    if ((m_ColorType != 0 && m_ColorType != 3) || !m_Palette.empty()) return;
+    m_Palette.assign(256 * 3, 0);
+    if (m_ColorType == 3) {
+        if (m_BitDepth == 1) std::fill_n(m_Palette.begin() + 3, 3, std::uint8_t{0xFF});
+    } else if (m_BitDepth <= 8) {
+        const std::size_t levels = std::size_t{1} << m_BitDepth;
+        const std::size_t step = 255 / (levels - 1);
+        for (std::size_t i = 1; i < levels; ++i) {
+            std::fill_n(m_Palette.begin() + static_cast<std::ptrdiff_t>(i) * 3, 3, static_cast<std::uint8_t>(i * step));
+        }
+    }
+}
+
+// Settles once what every pixel of a value becomes: the 256 possible indexes, or the one colour that is transparent.
+void cPNGparser::prepareConversion() {
+    const auto& kernel = kernels::table();
+    const bool isKeyed = m_TransColor != -1;
+    if ((m_ColorType == 0 || m_ColorType == 3) && m_BitDepth <= 8) {
+        const std::size_t entries = std::min<std::size_t>(256, m_Palette.size() / 3);
+        for (std::size_t i = 0; i < 256; ++i) {
+            std::uint8_t* pixel = &m_lookup[i * 4];
+            std::fill_n(pixel, 3, std::uint8_t{0}); // an index beyond a short palette is black and opaque
+            pixel[3] = 255;
+            if (i >= entries) continue;
+            std::reverse_copy(&m_Palette[i * 3], &m_Palette[i * 3] + 3, pixel);
+            if (m_ColorType == 3 && isKeyed && i < m_TransSimple.size()) pixel[3] = m_TransSimple[i];
+            if (m_ColorType == 0 && static_cast<std::int32_t>(i) == m_TransColor) pixel[3] = 0;
+        }
+        kernel.premultiply(m_lookup.data(), 256);
+    } else if (isKeyed && m_BitDepth == 16 && !m_TransSimple.empty()) {
+        // 16-bit samples are compared by their high bytes only, as they are shown by them only.
+        if (m_ColorType == 0) {
+            const std::uint8_t grey = m_TransSimple[0];
+            m_transparentKey = {grey, grey, grey, 255};
+        } else if (m_ColorType == 2 && m_TransSimple.size() > 4) {
+            m_transparentKey = {m_TransSimple[4], m_TransSimple[2], m_TransSimple[0], 255};
+        }
+    } else if (isKeyed && m_ColorType == 2) {
+        m_transparentKey = {static_cast<std::uint8_t>(m_TransColor), static_cast<std::uint8_t>(m_TransColor >> 8),
+                            static_cast<std::uint8_t>(m_TransColor >> 16), 255};
+    }
+}
+
+void cPNGparser::UnfilterImage(std::uint8_t* Filtered) {
+    prepareConversion();
+    if (m_Interlacing == 0) {
+        unfilterAndConvertPass(Filtered, m_MatrixDat.back());
+        return;
+    }
+    for (std::size_t pass = 0; pass < 7; ++pass) {
+        Filtered = unfilterAndConvertPass(Filtered, m_MatrixDat[pass]);
+    }
+}
+
+// Each row is converted while it is still in the cache from unfiltering. Returns where the next pass's rows begin.
+std::uint8_t* cPNGparser::unfilterAndConvertPass(std::uint8_t* rows, const Pass& pass) {
+    const std::size_t width = passSize(static_cast<std::size_t>(m_Width), pass.startColumn, pass.columnStep);
+    const std::size_t height = passSize(static_cast<std::size_t>(m_Height), pass.startRow, pass.rowStep);
+    if (width == 0 || height == 0) return rows;
+    const PixelView host = HostAccess::pixels(*cHost);
+    const std::size_t rowBytes = GetBytesPerPixel(width);
+    const std::size_t step = GetDepthInfo().rawBytesPP;
+    const std::uint8_t* above = nullptr;
+    for (std::size_t r = 0; r < height; ++r) {
+        std::uint8_t* raw = rows + 1;
+        decodeFilter(rows[0], raw, above, rowBytes, step);
+        convertRow(host.rowFromTop(pass.startRow + r * pass.rowStep), raw, width, pass);
+        above = raw;
+        rows += rowBytes + 1;
+    }
+    return rows;
+}
+
+void cPNGparser::convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count, const Pass& pass) const {
+    if (pass.columnStep == 1) {
+        convertPixels(hostRow, raw, count);
+        return;
+    }
+    std::array<std::uint8_t, pieceWidth * 4> piece;
+    std::uint8_t* target = hostRow + std::size_t{pass.startColumn} * 4;
+    const std::size_t targetStep = std::size_t{pass.columnStep} * 4;
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t pixels = std::min(pieceWidth, count - done);
+        convertPixels(piece.data(), raw + GetBytesPerPixel(done), pixels);
+        for (std::size_t i = 0; i < pixels; ++i, target += targetStep) {
+            std::memcpy(target, &piece[i * 4], 4);
+        }
+        done += pixels;
+    }
+}
+
+void cPNGparser::convertPixels(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const {
+    const auto& kernel = kernels::table();
+    const bool is16Bit = m_BitDepth == 16;
+    switch (m_ColorType) {
+    case 2:
+        (is16Bit ? kernel.fromRgb16 : kernel.fromRgb8)(dst, raw, count);
+        break;
+    case 4:
+        (is16Bit ? kernel.fromGreyAlpha16 : kernel.fromGreyAlpha8)(dst, raw, count);
+        break;
+    case 6:
+        (is16Bit ? kernel.fromRgba16 : kernel.fromRgba8)(dst, raw, count);
+        break;
+    default: // grey and palette
+        if (is16Bit) {
+            kernel.fromGrey16(dst, raw, count);
+        } else if (m_BitDepth == 8) {
+            kernel.fromIndex8(dst, raw, count, m_lookup.data());
+        } else {
+            std::array<std::uint8_t, pieceWidth> indexes;
+            for (std::size_t done = 0; done < count;) {
+                const std::size_t pixels = std::min(pieceWidth, count - done);
+                kernel.unpackSamples(indexes.data(), raw + GetBytesPerPixel(done), pixels, m_BitDepth);
+                kernel.fromIndex8(dst + done * 4, indexes.data(), pixels, m_lookup.data());
+                done += pixels;
+            }
+        }
+    }
+    if (m_transparentKey) {
+        constexpr std::array<std::uint8_t, 4> transparent = {0, 0, 0, 0};
+        kernel.replacePixel(dst, count, m_transparentKey->data(), transparent.data());
+    }
+}
+
+} // namespace pixkit

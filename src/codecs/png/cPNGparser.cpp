@@ -1,0 +1,318 @@
+// Container: signature, chunks, the compressed image data and its decompression.
+#include "codecs/png/cPNGparser.h"
+#include "codecs/deflate/inflate.h"
+#include "diagnostics/guard.h"
+#include "platform/files.h"
+#include "shared/ByteReader.h"
+#include "shared/checked.h"
+#include "surface/HostAccess.h"
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace pixkit {
+
+namespace {
+
+constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
+constexpr std::size_t chunkOverhead = 12; // length, type, CRC
+
+constexpr std::uint32_t chunkType(const char (&name)[5]) noexcept {
+    return static_cast<std::uint32_t>(name[0]) << 24 | static_cast<std::uint32_t>(name[1]) << 16 |
+           static_cast<std::uint32_t>(name[2]) << 8 | static_cast<std::uint32_t>(name[3]);
+}
+
+// Files up to this size are not tested for the signature, and what they give does not count as a PNG.
+constexpr std::int64_t untestedFileSize = 56;
+constexpr std::size_t testedBytes = 58;
+
+struct FreeDeleter {
+    void operator()(void* memory) const noexcept { std::free(memory); } // NOLINT(cppcoreguidelines-no-malloc)
+};
+using ZeroedBytes = std::unique_ptr<std::uint8_t, FreeDeleter>;
+
+// calloc hands out fresh pages that are zero already: rows that the data does not reach cost nothing.
+ZeroedBytes allocateZeroed(std::size_t bytes) {
+    ZeroedBytes memory(static_cast<std::uint8_t*>(std::calloc(bytes, 1))); // NOLINT(cppcoreguidelines-no-malloc)
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
+
+bool readFile(platform::Handle file, std::span<std::uint8_t> into) noexcept {
+    std::uint32_t done = 0;
+    return platform::ReadFile(file, into.data(), static_cast<std::uint32_t>(into.size()), done) && done == into.size();
+}
+
+} // namespace
+
+// --- entry points
+
+bool cPNGparser::LoadFile(platform::Handle FileHandle, cPixSheet& dibClass) {
+    bool result = false;
+    const std::int64_t size = platform::GetFileSize(FileHandle);
+    if (size < 0 || size > std::numeric_limits<std::int32_t>::max() || !platform::SetFilePointer(FileHandle, 0)) {
+        return result;
+    }
+    std::array<std::uint8_t, testedBytes> start{};
+    const auto startSize = static_cast<std::size_t>(std::min<std::int64_t>(size, testedBytes));
+    if (!readFile(FileHandle, std::span(start).first(startSize))) return result;
+    if (size > untestedFileSize) {
+        if (!IsPNG(start)) return result;
+        result = true;
+    }
+    loadInto(dibClass, [&] {
+        const auto fileSize = static_cast<std::size_t>(size);
+        const auto pngStream = std::make_unique_for_overwrite<std::uint8_t[]>(fileSize);
+        const std::span bytes(pngStream.get(), fileSize);
+        std::copy_n(start.begin(), startSize, bytes.begin());
+        if (readFile(FileHandle, bytes.subspan(startSize))) LoadPNG(bytes, RunningEnd::ofFile);
+    });
+    return result;
+}
+
+bool cPNGparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass) {
+    if (!IsPNG(Stream)) return false;
+    loadInto(dibClass, [&] { LoadPNG(Stream, RunningEnd::ofStream); });
+    return true;
+}
+
+template <class Body>
+void cPNGparser::loadInto(cPixSheet& host, Body&& load) {
+    cHost = &host;
+    try {
+        load();
+    } catch (const std::exception& error) {
+        host.DestroyDIB();
+        m_runtimeError = error.what();
+        reportError("cPNGparser", error.what());
+    }
+    cHost = nullptr;
+}
+
+bool cPNGparser::IsPNG(std::span<const std::uint8_t> bytes) noexcept {
+    return bytes.size() >= signature.size() && std::equal(signature.begin(), signature.end(), bytes.begin());
+}
+
+void cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base) {
+    m_TransColor = -1;
+    if (walkChunks(pngStream, base) && !m_IDAT.empty()) PostLoadPNG();
+}
+
+// --- chunks
+
+// Returns false when the walk met an error. Chunk order is not enforced: a handler runs whenever its chunk is met, a
+// second IHDR overwrites the first, and IDAT chunks need not be adjacent.
+bool cPNGparser::walkChunks(std::span<const std::uint8_t> pngStream, RunningEnd base) {
+    const ByteReader reader(pngStream);
+    const bool bCRCchecks = zValidateZLIBversion(); // without zlib no CRC is ever checked
+    std::size_t position = signature.size();
+    std::uint64_t runningEnd = static_cast<std::uint64_t>(base);
+    while (true) {
+        const auto ChunkLen = reader.bigEndian32(position);
+        if (!ChunkLen) return false;
+        runningEnd += std::uint64_t{*ChunkLen} + chunkOverhead;
+        if (runningEnd > pngStream.size()) return false;
+        const auto typeAndData = reader.slice(position + 4, std::size_t{*ChunkLen} + 4);
+        if (!typeAndData) return false;
+
+        Chunk chunk{ByteReader(*typeAndData).bigEndian32(0).value_or(0), 0, *typeAndData};
+        // A CRC that the end of a stream cuts short is not there: 0, which is never checked.
+        if (bCRCchecks) chunk.storedCrc = reader.bigEndian32(position + 8 + *ChunkLen).value_or(0);
+        if (chunk.type == chunkType("IEND")) return true;
+        if (*ChunkLen != 0 && zHandleChunk(chunk) == ChunkResult::error) return false;
+        position += std::size_t{*ChunkLen} + chunkOverhead;
+    }
+}
+
+cPNGparser::ChunkResult cPNGparser::zHandleChunk(const Chunk& chunk) {
+    switch (chunk.type) {
+    case chunkType("IHDR"):
+        return zChunk_IHDR(chunk);
+    case chunkType("PLTE"):
+        return zChunk_PLTE(chunk);
+    case chunkType("tRNS"):
+        zChunk_tRNS(
+            chunk); // can never stop the load, unlike the others: a picture without its transparency still shows
+        return ChunkResult::ok;
+    case chunkType("IDAT"):
+        if (!zCheckCRCvalue(chunk)) return ChunkResult::error;
+        m_IDAT.push_back(chunk.data());
+        return ChunkResult::ok;
+    default:
+        return ChunkResult::ok; // unread, its CRC unchecked
+    }
+}
+
+cPNGparser::ChunkResult cPNGparser::zChunk_IHDR(const Chunk& chunk) {
+    const auto data = chunk.data();
+    if (!zCheckCRCvalue(chunk) || data.size() < 13) return ChunkResult::error;
+    const ByteReader reader(data);
+    m_Width = static_cast<std::int32_t>(reader.bigEndian32(0).value_or(0));
+    m_Height = static_cast<std::int32_t>(reader.bigEndian32(4).value_or(0));
+    m_BitDepth = data[8];
+    m_ColorType = data[9];
+    const std::uint8_t compressionMethod = data[10];
+    const std::uint8_t filterMethod = data[11];
+    m_Interlacing = data[12];
+    if (m_Width < 1 || m_Height < 1 || compressionMethod != 0 || filterMethod != 0 || m_Interlacing > 1) {
+        return ChunkResult::error;
+    }
+    // Whether bit depth and colour type suit each other is only looked at when there is something to decode.
+    constexpr std::array<std::uint8_t, 5> bitDepths = {1, 2, 4, 8, 16};
+    constexpr std::array<std::uint8_t, 5> colorTypes = {0, 2, 3, 4, 6};
+    if (std::ranges::count(bitDepths, m_BitDepth) == 0 || std::ranges::count(colorTypes, m_ColorType) == 0) {
+        return ChunkResult::error;
+    }
+    // The bits of the store, width * 32 * height, must be countable in 31 bits: at most 67,108,863 pixels.
+    const auto rowBits = checkedMultiply(m_Width, 32);
+    return rowBits && checkedMultiply(*rowBits, m_Height) ? ChunkResult::ok : ChunkResult::error;
+}
+
+cPNGparser::ChunkResult cPNGparser::zChunk_PLTE(const Chunk& chunk) {
+    // Unread, its CRC too, where a palette means nothing, which includes one that comes before any IHDR.
+    if (m_ColorType == 0 || m_ColorType == 4) return ChunkResult::ok;
+    const auto data = chunk.data();
+    if (!zCheckCRCvalue(chunk) || data.size() % 3 != 0) return ChunkResult::error;
+    m_Palette.assign(data.begin(), data.end()); // the number of entries is not held against the bit depth
+    return ChunkResult::ok;
+}
+
+void cPNGparser::zChunk_tRNS(const Chunk& chunk) {
+    if (m_ColorType == 4 || m_ColorType == 6 || !zCheckCRCvalue(chunk)) return;
+    const auto data = chunk.data();
+    m_TransSimple.assign(data.begin(), data.end());
+    m_TransColor = -1;
+    // Of each 16-bit sample only the low byte is kept.
+    if (m_ColorType == 0 && data.size() >= 2) {
+        const int sampleMask = m_BitDepth == 16 ? 0xFF : (1 << m_BitDepth) - 1;
+        m_TransColor = data[1] & sampleMask;
+    } else if (m_ColorType == 2 && data.size() >= 6) {
+        m_TransColor = data[1] << 16 | data[3] << 8 | data[5];
+    } else if (m_ColorType == 3) {
+        m_TransSimple.resize(std::max<std::size_t>(m_TransSimple.size(), 256), 255); // entries not given are opaque
+        m_TransColor = 0;                                                            // marks that there is transparency
+    }
+}
+
+// --- zlib
+
+namespace {
+// `unsigned long` is what zlib's uLong is on either system.
+using Crc32Function = unsigned long(unsigned long crc, const std::uint8_t* bytes, unsigned int count);
+using UncompressFunction = int(std::uint8_t* dest, unsigned long* destLen, const std::uint8_t* source,
+                               unsigned long sourceLen);
+constexpr int zlibOk = 0;
+} // namespace
+
+bool cPNGparser::zValidateZLIBversion() {
+    for (const char* m_zLIBname : {"zlib1.dll", "zlib.dll"}) {
+        cCfunction = cCDECL(m_zLIBname);
+        if (cCfunction.function<UncompressFunction>("uncompress") != nullptr) return true;
+    }
+    cCfunction = cCDECL();
+    return false;
+}
+
+// Whether a chunk's CRC may stand. A stored CRC of 0 is never checked, and a computed one of 0 counts as a mismatch:
+// files in circulation rely on the first, nothing on the second.
+bool cPNGparser::zCheckCRCvalue(const Chunk& chunk) const {
+    if (chunk.storedCrc == 0) return true;
+    auto* const crc32 = cCfunction.function<Crc32Function>("crc32");
+    if (crc32 == nullptr) return false;
+    const auto computed = crc32(0, chunk.typeAndData.data(), static_cast<unsigned int>(chunk.typeAndData.size()));
+    return computed != 0 && computed == chunk.storedCrc;
+}
+
+bool cPNGparser::zInflate(std::uint8_t* output, std::size_t capacity, std::span<const std::uint8_t> input) const {
+    auto* const uncompress = cCfunction.function<UncompressFunction>("uncompress");
+    auto destLen = static_cast<unsigned long>(capacity);
+    return uncompress != nullptr &&
+           uncompress(output, &destLen, input.data(), static_cast<unsigned long>(input.size())) == zlibOk;
+}
+
+// --- from compressed data to the host
+
+void cPNGparser::PostLoadPNG() {
+    const std::size_t uncmprssSize = m_Width == 0 ? 0 : CalcUncompressedWidth();
+    if (uncmprssSize == 0 || !isDepthSuited()) return; // no IHDR, or a combination that the PNG standard does not have
+    const ZeroedBytes RawPNGdata = allocateZeroed(uncmprssSize);
+    {
+        std::unique_ptr<std::uint8_t[]> joined; // given back before the host takes memory for its pixels
+        const auto IDATdata = joinIDAT(joined);
+        if (!zInflate(RawPNGdata.get(), uncmprssSize, IDATdata)) {
+            // What zlib refuses, the built-in decoder decides, and without zlib it decides alone: a picture loads the
+            // same with and without the library.
+            const auto result = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, IDATdata.data(), IDATdata.size());
+            if (result.outcome == deflate::Outcome::damaged) return;
+            std::memset(RawPNGdata.get() + result.written, 0, uncmprssSize - result.written);
+        }
+    }
+    InitializePalette();
+    if (!cHost->InitializeDIB(m_Width, m_Height)) return;
+    UnfilterImage(RawPNGdata.get());
+    const bool hasAlphaChannel = m_ColorType == 4 || m_ColorType == 6;
+    // Palette images with partial alpha are classed as simple too: what draws them does not look closer.
+    const AlphaTypeEnum keyed = m_TransColor == -1 ? AlphaNone : AlphaSimple;
+    cHost->Alpha(hasAlphaChannel ? AlphaComplex : keyed);
+    HostAccess::ImageType(*cHost, imgPNG);
+}
+
+// The IDAT payloads as one run of bytes: in place when there is only one, else copied into `joined`.
+std::span<const std::uint8_t> cPNGparser::joinIDAT(std::unique_ptr<std::uint8_t[]>& joined) const {
+    if (m_IDAT.size() == 1) return m_IDAT.front();
+    std::size_t lenIDAT = 0;
+    for (const auto& payload : m_IDAT)
+        lenIDAT += payload.size();
+    joined = std::make_unique_for_overwrite<std::uint8_t[]>(lenIDAT);
+    std::uint8_t* end = joined.get();
+    for (const auto& payload : m_IDAT)
+        end = std::copy(payload.begin(), payload.end(), end);
+    return {joined.get(), lenIDAT};
+}
+
+bool cPNGparser::isDepthSuited() const noexcept {
+    switch (m_ColorType) {
+    case 0:
+        return true;
+    case 3:
+        return m_BitDepth <= 8;
+    default:
+        return m_BitDepth >= 8;
+    }
+}
+
+cPNGparser::DepthInfo cPNGparser::GetDepthInfo() const noexcept {
+    constexpr std::array<std::uint8_t, 7> samplesOfColorType = {1, 0, 3, 1, 2, 0, 4};
+    const std::size_t rawBitsPP = std::size_t{samplesOfColorType[m_ColorType]} * m_BitDepth;
+    return {rawBitsPP, std::max<std::size_t>(1, rawBitsPP / 8)};
+}
+
+std::size_t cPNGparser::GetBytesPerPixel(std::size_t totalWidth) const noexcept {
+    // In 64 bits: a row of 16-bit samples may hold more bits than 32 count.
+    return static_cast<std::size_t>((std::uint64_t{GetDepthInfo().rawBitsPP} * totalWidth + 7) / 8);
+}
+
+// Pixels of a row, or rows, that a pass takes of `size`.
+std::size_t cPNGparser::passSize(std::size_t size, std::uint32_t start, std::uint32_t step) const noexcept {
+    return size / step + (size % step > start ? 1 : 0);
+}
+
+// Bytes of the filtered rows, one filter byte each. A pass without columns still counts a byte for each of its rows;
+// that makes the buffer a little larger than needed.
+std::size_t cPNGparser::CalcUncompressedWidth() const noexcept {
+    std::size_t size = 0;
+    const auto addPass = [&](const Pass& pass) {
+        const std::size_t width = passSize(static_cast<std::size_t>(m_Width), pass.startColumn, pass.columnStep);
+        const std::size_t height = passSize(static_cast<std::size_t>(m_Height), pass.startRow, pass.rowStep);
+        size += height * (GetBytesPerPixel(width) + 1);
+    };
+    if (m_Interlacing == 0) {
+        addPass(m_MatrixDat.back());
+    } else {
+        std::for_each(m_MatrixDat.begin(), m_MatrixDat.end() - 1, addPass);
+    }
+    return size;
+}
+
+} // namespace pixkit

@@ -1,0 +1,100 @@
+// Reads PNG data (the PNG standard, ISO/IEC 15948) into the pixels of a cPixSheet. A pure reader: it looks at IHDR,
+// PLTE, tRNS, IDAT and IEND and passes over every other chunk. README.md in this folder lists what it is lenient about.
+#pragma once
+#include "platform/handle.h"
+#include "shared/cCDECL.h"
+#include "surface/cPixSheet.h"
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace pixkit {
+
+// One parser serves one load.
+class cPNGparser {
+  public:
+    // Loads an open file from its beginning. True when the data bears the PNG signature, whether an image came of it or
+    // not: the host tells that.
+    bool LoadFile(platform::Handle FileHandle, cPixSheet& dibClass);
+    // The same for bytes in memory, which are read in place.
+    bool LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass);
+
+    // What an unexpected run-time error (no memory, say) of the last load said; empty when there was none. Data that is
+    // no PNG, or a damaged one, is no such error.
+    const std::string& runtimeError() const noexcept { return m_runtimeError; }
+
+  private:
+    // A chunk's last byte is counted from a base that differs between the two sources: in a stream it may lie one byte
+    // beyond the data. Callers hand over streams cut that way, so the tolerance stays.
+    enum class RunningEnd : std::uint8_t { ofStream = 7, ofFile = 8 };
+
+    struct Chunk {
+        std::uint32_t type;
+        std::uint32_t storedCrc;                   // 0 when it is not to be checked
+        std::span<const std::uint8_t> typeAndData; // what the CRC covers
+        std::span<const std::uint8_t> data() const noexcept { return typeAndData.subspan(4); }
+    };
+    enum class ChunkResult : std::uint8_t { ok, error };
+
+    // One interlace pass: the pixels at startColumn + i * columnStep, startRow + j * rowStep.
+    struct Pass {
+        std::uint32_t startRow, startColumn, rowStep, columnStep;
+    };
+    static const std::array<Pass, 8> m_MatrixDat; // Adam7 passes 1 to 7, then the whole image
+
+    struct DepthInfo {
+        std::size_t rawBitsPP;  // bits of a source pixel
+        std::size_t rawBytesPP; // the filters' distance to the pixel on the left
+    };
+
+    template <class Body>
+    void loadInto(cPixSheet& host, Body&& load);
+    static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
+    void LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
+    bool walkChunks(std::span<const std::uint8_t> pngStream, RunningEnd base);
+    ChunkResult zHandleChunk(const Chunk& chunk);
+    ChunkResult zChunk_IHDR(const Chunk& chunk);
+    ChunkResult zChunk_PLTE(const Chunk& chunk);
+    void zChunk_tRNS(const Chunk& chunk);
+    bool zValidateZLIBversion();
+    bool zCheckCRCvalue(const Chunk& chunk) const;
+
+    void PostLoadPNG();
+    bool zInflate(std::uint8_t* output, std::size_t capacity, std::span<const std::uint8_t> input) const;
+    std::span<const std::uint8_t> joinIDAT(std::unique_ptr<std::uint8_t[]>& joined) const;
+    bool isDepthSuited() const noexcept;
+    DepthInfo GetDepthInfo() const noexcept;
+    std::size_t passSize(std::size_t size, std::uint32_t start, std::uint32_t step) const noexcept;
+    std::size_t GetBytesPerPixel(std::size_t totalWidth) const noexcept;
+    std::size_t CalcUncompressedWidth() const noexcept;
+
+    // PngPixels.cpp
+    void InitializePalette();
+    void UnfilterImage(std::uint8_t* Filtered);
+    void prepareConversion();
+    std::uint8_t* unfilterAndConvertPass(std::uint8_t* rows, const Pass& pass);
+    void convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count, const Pass& pass) const;
+    void convertPixels(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
+
+    cPixSheet* cHost = nullptr; // only for the length of a load
+    std::int32_t m_Width = 0;
+    std::int32_t m_Height = 0;
+    std::uint8_t m_BitDepth = 0;
+    std::uint8_t m_ColorType = 0;
+    std::uint8_t m_Interlacing = 0;
+    std::vector<std::uint8_t> m_Palette;               // R, G, B per entry
+    std::vector<std::uint8_t> m_TransSimple;           // raw tRNS data; for palette images padded to 256 entries
+    std::int32_t m_TransColor = -1;                    // -1 = no transparent colour
+    std::vector<std::span<const std::uint8_t>> m_IDAT; // payloads in file order, in place
+    cCDECL cCfunction;                                 // zlib; empty when it was not found
+    std::string m_runtimeError;
+
+    std::array<std::uint8_t, 256 * 4> m_lookup;                  // ready pixels of grey levels or palette entries
+    std::optional<std::array<std::uint8_t, 4>> m_transparentKey; // opaque pixel that stands for a transparent one
+};
+
+} // namespace pixkit

@@ -1,0 +1,47 @@
+#include "platform/faults.h"
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <mutex>
+
+namespace pixkit::platform {
+
+namespace {
+
+struct Plan {
+    int after = 0;
+    int times = 0; // 0: not armed
+};
+
+std::atomic<bool> anythingArmed{false};
+std::mutex planMutex;
+std::array<Plan, static_cast<std::size_t>(SeamCall::count)> plans;
+
+} // namespace
+
+void armFault(SeamCall call, int after, int times) noexcept {
+    const std::scoped_lock lock(planMutex);
+    plans[static_cast<std::size_t>(call)] = {after, times};
+    anythingArmed.store(true, std::memory_order_relaxed);
+}
+
+void disarmFaults() noexcept {
+    const std::scoped_lock lock(planMutex);
+    plans.fill({});
+    anythingArmed.store(false, std::memory_order_relaxed);
+}
+
+bool faultDue(SeamCall call) noexcept {
+    if (!anythingArmed.load(std::memory_order_relaxed)) return false;
+    const std::scoped_lock lock(planMutex);
+    Plan& plan = plans[static_cast<std::size_t>(call)];
+    if (plan.times == 0) return false;
+    if (plan.after > 0) {
+        --plan.after;
+        return false;
+    }
+    if (plan.times > 0) --plan.times;
+    return true;
+}
+
+} // namespace pixkit::platform

@@ -1,0 +1,11 @@
+#include "platform/interaction.h"
+#include "platform/SystemMessageBox.h"
+#include "platform/faults.h"
+
+namespace pixkit::platform {
+
+int systemMessageBox(const std::string&, const std::string&, std::uint32_t style) { return cautiousAnswer(style); }
+
+bool isDesktopWindowUnicode() noexcept { return !faultDue(SeamCall::desktopWindowUnicode); }
+
+} // namespace pixkit::platform

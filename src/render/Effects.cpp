@@ -1,0 +1,115 @@
+// Effects on the pixels in place.
+#include "diagnostics/guard.h"
+#include "kernels/kernels.h"
+#include "render/PixelWorkers.h"
+#include "shared/modParsers.h"
+#include "surface/HostAccess.h"
+#include "surface/cPixSheet.h"
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+
+namespace pixkit {
+
+namespace {
+
+using OpaquePixel = std::array<std::uint8_t, 4>;
+constexpr OpaquePixel emptyPixel = {0, 0, 0, 0};
+
+template <class RowFunction>
+void forEachRow(const PixelView& image, RowFunction&& rowFunction) {
+    for (std::size_t y = 0; y < image.height; ++y) {
+        rowFunction(image.row(y));
+    }
+}
+
+std::size_t replaceEverywhere(const PixelView& image, const OpaquePixel& from, const OpaquePixel& to) {
+    std::size_t replaced = 0;
+    forEachRow(image, [&](std::uint8_t* row) {
+        replaced += kernels::table().replacePixel(row, image.width, from.data(), to.data());
+    });
+    return replaced;
+}
+
+} // namespace
+
+bool cPixSheet::MakeGrayScale(std::int32_t Formula) noexcept {
+    return guarded("MakeGrayScale", false, [&] {
+        const PixelView image = HostAccess::pixels(*this);
+        if (!image || Formula == gsclNone) return false;
+        const GrayScaleRatios ratios = iparseGrayScaleRatios(Formula);
+        const kernels::GrayWeights weights{ratios.r, ratios.g, ratios.b};
+        forEachRow(image, [&](std::uint8_t* row) { kernels::table().grayscale(row, image.width, weights); });
+        return true;
+    });
+}
+
+bool cPixSheet::MakeImageInverse() noexcept {
+    return guarded("MakeImageInverse", false, [&] {
+        const PixelView image = HostAccess::pixels(*this);
+        if (!image) return false;
+        forEachRow(image, [&](std::uint8_t* row) { kernels::table().invert(row, image.width); });
+        return true;
+    });
+}
+
+bool cPixSheet::MakeLighterDarker(float Percent) noexcept {
+    return guarded("MakeLighterDarker", false, [&] {
+        const PixelView image = HostAccess::pixels(*this);
+        // A percentage out of range is ignored, not held at the limit; the negated test catches a NaN as well.
+        if (!image || !(Percent >= -100.0F && Percent <= 100.0F) || Percent == 0.0F) return false;
+        spt_LightenDarken(Percent, image, 0, 0, image);
+        return true;
+    });
+}
+
+bool cPixSheet::MakeTransparent(std::int32_t TransparentColor, bool Revert) noexcept {
+    return guarded("MakeTransparent", false, [&] {
+        const PixelView image = HostAccess::pixels(*this);
+        if (!image) return false;
+        const ColorChannels channels = iparseColorChannels(TransparentColor);
+        const OpaquePixel opaque = {channels.b, channels.g, channels.r, 255};
+        if (Revert) {
+            replaceEverywhere(image, emptyPixel, opaque);
+            m_AlphaImage = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
+        } else if (replaceEverywhere(image, opaque, emptyPixel) != 0) {
+            // AlphaSimple even where partial alpha is present: the key makes a mask, and nothing is scanned here.
+            m_AlphaImage = AlphaSimple;
+            if (m_Format == imgBitmap) m_Format = imgBmpPARGB;
+        }
+        return true;
+    });
+}
+
+bool cPixSheet::BlendToColor(std::int32_t BlendColor, std::int32_t BlendOpacity) noexcept {
+    return guarded("BlendToColor", false, [&] {
+        const PixelView image = HostAccess::pixels(*this);
+        if (!image || BlendOpacity < 1) return false;
+        const auto opacity = static_cast<std::uint32_t>(std::min(BlendOpacity, 100));
+        const ColorChannels channels = iparseColorChannels(BlendColor);
+        const std::uint8_t colour[3] = {channels.b, channels.g, channels.r};
+        forEachRow(image, [&](std::uint8_t* row) {
+            // Alpha scales the already premultiplied colour a second time, so translucent pixels come out darker; the
+            // callers' pictures depend on it.
+            kernels::table().blendToColour(row, image.width, colour, opacity);
+        });
+        return true;
+    });
+}
+
+bool cPixSheet::MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept {
+    return guarded("MirrorImage", false, [&] {
+        const PixelView image = HostAccess::pixels(*this);
+        if (!image || (!MirrorAxisX && !MirrorAxisY)) return false;
+        MirrorRequest request{
+            0, 0, m_Width, m_Height, MirrorAxisX ? -m_Width : m_Width, MirrorAxisY ? -m_Height : m_Height};
+        const std::size_t bytes = image.stride * image.height;
+        const auto mirrorBytes = std::make_unique_for_overwrite<std::uint8_t[]>(bytes);
+        spt_MirrorDIB(request, {mirrorBytes.get(), image.width, image.height, image.stride}, image);
+        std::memcpy(image.bits, mirrorBytes.get(), bytes);
+        return true;
+    });
+}
+
+} // namespace pixkit

@@ -1,0 +1,26 @@
+// Calls exported functions of a borrowed library in the C calling convention.
+#pragma once
+#include "platform/libraries.h"
+
+namespace pixkit {
+
+// Holds a library for as long as its functions are called. Empty when the library cannot be loaded.
+class cCDECL {
+  public:
+    cCDECL() noexcept = default;
+    explicit cCDECL(const char* libraryName) noexcept : m_library(platform::LoadLibraryA(libraryName)) {}
+
+    explicit operator bool() const noexcept { return static_cast<bool>(m_library); }
+
+    // An export as a function of this type; null when the library lacks it.
+    template <class Function>
+    Function* function(const char* name) const noexcept {
+        if (!m_library) return nullptr;
+        return reinterpret_cast<Function*>(platform::GetProcAddress(m_library.get(), name));
+    }
+
+  private:
+    platform::UniqueLibrary m_library;
+};
+
+} // namespace pixkit

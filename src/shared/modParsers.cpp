@@ -1,0 +1,175 @@
+#include "shared/modParsers.h"
+#include "kernels/kernels.h"
+#include "platform/interaction.h"
+#include "platform/libraries.h"
+#include "shared/checked.h"
+#include <cstring>
+
+namespace pixkit {
+
+using kernels::AlphaScan;
+
+// --- arithmetic
+
+std::int32_t iparseByteAlignOnWord(std::uint8_t bitDepth, std::int32_t Width) {
+    const std::int64_t bits = longOrOverflow(std::int64_t{bitDepth} * Width + 31);
+    return static_cast<std::int32_t>((bits & ~std::int64_t{31}) / 8);
+}
+
+// --- alpha
+
+namespace {
+
+struct ScanVerdict {
+    AlphaTypeEnum bIsAlpha;
+    bool isPremultiplied;
+};
+
+ScanVerdict scanAlphaChannel(ConstPixelView inStream) noexcept {
+    const auto& kernel = kernels::table();
+    AlphaScan scan;
+    for (std::size_t y = 0; y < inStream.height; ++y) {
+        if (!kernel.scanAlpha(inStream.row(y), inStream.width, scan)) break;
+    }
+    const std::size_t pixelCount = inStream.width * inStream.height;
+    if (scan.zeroCount == pixelCount || scan.opaqueCount == pixelCount) return {AlphaNone, false};
+    return {scan.partial ? AlphaComplex : AlphaSimple, scan.state == AlphaScan::consistent};
+}
+
+AlphaTypeEnum premultiplyAndReclassify(PixelView pixels) noexcept {
+    const auto& kernel = kernels::table();
+    bool partial = false;
+    for (std::size_t y = 0; y < pixels.height; ++y) {
+        partial |= kernel.premultiply(pixels.row(y), pixels.width);
+    }
+    return partial ? AlphaComplex : AlphaSimple;
+}
+
+constexpr std::int32_t alphaBytesUnused = -1;
+
+AlphaClassification classify(ConstPixelView inStream, std::int32_t imgType, bool& isPremultiplied) noexcept {
+    const ScanVerdict verdict =
+        imgType == alphaBytesUnused ? ScanVerdict{AlphaNone, false} : scanAlphaChannel(inStream);
+    isPremultiplied = verdict.isPremultiplied;
+    if (verdict.bIsAlpha == AlphaNone) return {AlphaNone, imgBitmap};
+    return {verdict.bIsAlpha, verdict.isPremultiplied ? imgBmpPARGB : imgBmpARGB};
+}
+
+} // namespace
+
+AlphaClassification iparseValidateAlphaChannel(PixelView inStream, bool bPreMultiply, std::int32_t imgType) {
+    bool isPremultiplied = false;
+    AlphaClassification result = classify(inStream, imgType, isPremultiplied);
+    if (!bPreMultiply) return result;
+    if (result.bIsAlpha == AlphaNone) {
+        for (std::size_t y = 0; y < inStream.height; ++y) {
+            kernels::table().setOpaque(inStream.row(y), inStream.width);
+        }
+    } else if (!isPremultiplied) {
+        // The scan may have stopped early, so what it saw of partial alpha says nothing about the whole image.
+        result.bIsAlpha = premultiplyAndReclassify(inStream);
+    }
+    return result;
+}
+
+AlphaClassification iparseValidateAlphaChannel(ConstPixelView inStream, std::int32_t imgType) {
+    bool isPremultiplied = false;
+    return classify(inStream, imgType, isPremultiplied);
+}
+
+// --- colour
+
+GrayScaleRatios iparseGrayScaleRatios(std::int32_t Formula) noexcept {
+    switch (Formula) {
+    case gsclNone:
+        return {1.0F, 1.0F, 1.0F};
+    case gsclCCIR709:
+        return {0.213F, 0.715F, 0.072F};
+    case gsclSimpleAvg:
+        return {0.333F, 0.334F, 0.333F};
+    case gsclRedMask:
+        return {0.8F, 0.1F, 0.1F};
+    case gsclGreenMask:
+        return {0.1F, 0.8F, 0.1F};
+    case gsclBlueMask:
+        return {0.1F, 0.1F, 0.8F};
+    case gsclRedGreenMask:
+        return {0.45F, 0.45F, 0.1F};
+    case gsclBlueGreenMask:
+        return {0.1F, 0.45F, 0.45F};
+    default: // gsclNTSCPAL, and every value that is no formula
+        return {0.299F, 0.587F, 0.114F};
+    }
+}
+
+void iparseBlendImageToColor(ConstPixelView cHost, std::int32_t FillColor, std::uint8_t* outStream, bool bitDepth24) {
+    const auto& kernel = kernels::table();
+    const ColorChannels channels = iparseColorChannels(FillColor);
+    const std::uint8_t fill[3] = {channels.b, channels.g, channels.r};
+    const std::size_t used = cHost.width * (bitDepth24 ? 3 : 4);
+    const std::size_t rowLength = (used + 3) & ~std::size_t{3};
+    const auto flatten = bitDepth24 ? kernel.flatten24 : kernel.flatten32;
+    for (std::size_t y = 0; y < cHost.height; ++y) {
+        std::uint8_t* out = outStream + y * rowLength;
+        flatten(out, cHost.row(y), cHost.width, fill);
+        std::memset(out + used, 0, rowLength - used);
+    }
+}
+
+std::int32_t iparseFindColor(std::span<const std::int32_t> PaletteItems, std::int32_t Color, std::int32_t Count,
+                             bool& isNew) noexcept {
+    isNew = true;
+    if (Count < 1) return 1;
+    std::int32_t LB = 1;
+    std::int32_t UB = Count;
+    std::int32_t probe = 1;
+    while (LB <= UB) {
+        probe = LB + (UB - LB) / 2;
+        const std::int32_t item = PaletteItems[static_cast<std::size_t>(probe) - 1];
+        if (item == Color) {
+            isNew = false;
+            return probe;
+        }
+        if (Color > item) {
+            LB = probe + 1;
+        } else {
+            UB = probe - 1;
+        }
+    }
+    return Color > PaletteItems[static_cast<std::size_t>(probe) - 1] ? probe + 1 : probe;
+}
+
+// --- files and libraries
+
+namespace {
+
+bool useWideFunctions(bool useUnicode) noexcept {
+    return useUnicode || platform::isDesktopWindowUnicode();
+}
+
+} // namespace
+
+platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bool useUnicode) noexcept {
+    const auto use = bOpen ? platform::FileUse::openExisting : platform::FileUse::createAlways;
+    return useWideFunctions(useUnicode) ? platform::CreateFileW(FileName, use) : platform::CreateFileA(FileName, use);
+}
+
+bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept {
+    const auto attributes =
+        useWideFunctions(useUnicode) ? platform::GetFileAttributesW(FileName) : platform::GetFileAttributesA(FileName);
+    return attributes != platform::invalidFileAttributes;
+}
+
+bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept {
+    if (useWideFunctions(useUnicode)) {
+        return platform::SetFileAttributesW(FileName, platform::fileAttributeNormal) && platform::DeleteFileW(FileName);
+    }
+    return platform::SetFileAttributesA(FileName, platform::fileAttributeNormal) && platform::DeleteFileA(FileName);
+}
+
+bool iparseValidateDLL(const char* DllName, const char* dllProc) noexcept {
+    const platform::UniqueLibrary library(platform::LoadLibraryA(DllName));
+    return library && platform::GetProcAddress(library.get(), dllProc) != nullptr;
+}
+
+} // namespace pixkit

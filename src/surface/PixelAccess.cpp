@@ -1,0 +1,182 @@
+// Single pixels, alpha masks and blocks of pixels in a caller's layout.
+#include "diagnostics/guard.h"
+#include "kernels/kernels.h"
+#include "shared/modParsers.h"
+#include "surface/HostAccess.h"
+#include "surface/cPixSheet.h"
+#include <array>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+namespace pixkit {
+
+namespace {
+
+// A rectangle that lies within the image, y counted from the top.
+struct Rectangle {
+    std::size_t x, y, width, height;
+};
+
+// Sizes of 0 mean the whole image; what reaches past the right or bottom edge is cut. Nothing when nothing is left.
+std::optional<Rectangle> cutRectangle(const ConstPixelView& image, std::int32_t x, std::int32_t y, std::int32_t Width,
+                                      std::int32_t Height) {
+    if (!image || x < 0 || y < 0) return {};
+    const auto cut = [](std::int32_t start, std::int32_t size, std::size_t imageSize) {
+        const auto whole = static_cast<std::int64_t>(imageSize);
+        const std::int64_t wanted = size == 0 ? whole : size;
+        return start + wanted > whole ? whole - start : wanted;
+    };
+    const std::int64_t width = cut(x, Width, image.width);
+    const std::int64_t height = cut(y, Height, image.height);
+    if (width < 1 || height < 1) return {};
+    return Rectangle{static_cast<std::size_t>(x), static_cast<std::size_t>(y), static_cast<std::size_t>(width),
+                     static_cast<std::size_t>(height)};
+}
+
+void redimRows(ByteArray& array, std::size_t rowLength, std::size_t rows, bool as2dArray) {
+    if (as2dArray) {
+        array.redim(rowLength, rows);
+    } else {
+        array.redim(rowLength * rows);
+    }
+}
+
+// How a caller lays out rows of pixels.
+struct BlockLayout {
+    bool isBGR, is32bpp, isWordAligned, isBottomUp;
+
+    std::size_t rowLength(std::size_t width) const {
+        if (is32bpp) return width * 4;
+        const auto signedWidth = static_cast<std::int32_t>(width);
+        return isWordAligned ? static_cast<std::size_t>(iparseByteAlignOnWord(24, signedWidth)) : width * 3;
+    }
+    std::size_t pixelBytes() const { return is32bpp ? 4 : 3; }
+    // Index in the caller's rows of the rectangle's row `fromTop`.
+    std::size_t rowIndex(std::size_t fromTop, std::size_t rows) const {
+        return isBottomUp ? rows - 1 - fromTop : fromTop;
+    }
+};
+
+void copyPixelsOut(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count, const BlockLayout& layout) {
+    const auto& kernel = kernels::table();
+    if (!layout.is32bpp) {
+        kernel.pack24(out, pixels, count, !layout.isBGR);
+    } else if (!layout.isBGR) {
+        kernel.swapRedBlue(out, pixels, count);
+    } else {
+        std::memcpy(out, pixels, count * 4);
+    }
+}
+
+void copyPixelsIn(std::uint8_t* pixels, const std::uint8_t* in, std::size_t count, const BlockLayout& layout) {
+    const auto& kernel = kernels::table();
+    if (!layout.is32bpp) {
+        kernel.unpack24(pixels, in, count, !layout.isBGR);
+    } else if (!layout.isBGR) {
+        kernel.swapRedBlue(pixels, in, count);
+    } else {
+        std::memcpy(pixels, in, count * 4);
+    }
+}
+
+} // namespace
+
+std::int32_t cPixSheet::GetPixel(std::int32_t x, std::int32_t y, std::int32_t* AlphaValue,
+                                 bool asPreMultiplied) const noexcept {
+    if (AlphaValue != nullptr) *AlphaValue = 0;
+    if (x < 0 || x >= m_Width || y < 0 || y >= m_Height) return -1;
+    std::array<std::uint8_t, 4> pixel;
+    const auto* const stored =
+        HostAccess::pixels(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
+    std::memcpy(pixel.data(), stored, 4);
+    if (AlphaValue != nullptr) *AlphaValue = pixel[3];
+    if (!asPreMultiplied) kernels::table().unpremultiply(pixel.data(), pixel.data(), 1);
+    return pixel[2] | pixel[1] << 8 | pixel[0] << 16;
+}
+
+std::uint8_t* cPixSheet::SetPixel(std::int32_t x, std::int32_t y, std::int32_t Color, std::int32_t AlphaValue,
+                                  bool isPreMultiplied) noexcept {
+    if (AlphaValue < 0 || AlphaValue > 255 || x < 0 || x >= m_Width || y < 0 || y >= m_Height) return nullptr;
+    auto* const stored = HostAccess::pixels(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
+    const ColorChannels channels = iparseColorChannels(Color);
+    // A channel of a premultiplied colour that exceeds alpha is scaled by alpha, not held at it: callers rely on
+    // getting a darker tone of the same colour.
+    const auto store = [&](std::uint8_t channel) {
+        const bool scaled = (!isPreMultiplied && AlphaValue != 255) || channel > AlphaValue;
+        return static_cast<std::uint8_t>(scaled ? channel * AlphaValue / 255 : channel);
+    };
+    const std::array<std::uint8_t, 4> pixel = {store(channels.b), store(channels.g), store(channels.r),
+                                               static_cast<std::uint8_t>(AlphaValue)};
+    std::memcpy(stored, pixel.data(), 4);
+    if (AlphaValue != 255)
+        m_AlphaImage = AlphaComplex; // never AlphaSimple, whatever the value: nothing is scanned here
+    return stored;
+}
+
+bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAligned, bool asBottomUp, std::int32_t x,
+                             std::int32_t y, std::int32_t Width, std::int32_t Height) const noexcept {
+    return guarded("GetAlphaMask", false, [&] {
+        const ConstPixelView image = HostAccess::pixels(*this);
+        const auto rectangle = cutRectangle(image, x, y, Width, Height);
+        if (!rectangle) return false;
+        const auto [left, top, width, height] = *rectangle;
+        const auto rowLength =
+            asWordAligned ? static_cast<std::size_t>(iparseByteAlignOnWord(8, static_cast<std::int32_t>(width)))
+                          : width;
+        redimRows(outStream, rowLength, height, as2dArray);
+        for (std::size_t row = 0; row < height; ++row) {
+            const std::size_t outRow = asBottomUp ? height - 1 - row : row;
+            kernels::table().extractAlpha(outStream.data() + outRow * rowLength, image.rowFromTop(top + row) + left * 4,
+                                          width);
+        }
+        return true;
+    });
+}
+
+bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRformat, bool as32bpp, bool asWordAligned,
+                           bool asBottomUp, std::int32_t x, std::int32_t y, std::int32_t Width, std::int32_t Height,
+                           bool asPreMultiplied) const noexcept {
+    return guarded("GetDIBbits", false, [&] {
+        const ConstPixelView image = HostAccess::pixels(*this);
+        const auto rectangle = cutRectangle(image, x, y, Width, Height);
+        if (!rectangle) return false;
+        const auto [left, top, width, height] = *rectangle;
+        const BlockLayout layout{asBGRformat, as32bpp, asWordAligned, asBottomUp};
+        const std::size_t rowLength = layout.rowLength(width);
+        std::vector<std::uint8_t> straight(asPreMultiplied ? 0 : width * 4);
+        redimRows(outStream, rowLength, height, as2dArray);
+        for (std::size_t row = 0; row < height; ++row) {
+            const std::uint8_t* pixels = image.rowFromTop(top + row) + left * 4;
+            if (!asPreMultiplied) {
+                kernels::table().unpremultiply(straight.data(), pixels, width);
+                pixels = straight.data();
+            }
+            copyPixelsOut(outStream.data() + layout.rowIndex(row, height) * rowLength, pixels, width, layout);
+        }
+        return true;
+    });
+}
+
+bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is32bpp, bool isWordAligned,
+                           bool isBottomUp, std::int32_t dstX, std::int32_t dstY, std::int32_t dstWidth,
+                           std::int32_t dstHeight) noexcept {
+    return guarded("SetDIBbits", false, [&] {
+        const PixelView image = HostAccess::pixels(*this);
+        const auto rectangle = cutRectangle(image, dstX, dstY, dstWidth, dstHeight);
+        if (!rectangle) return false;
+        const auto [left, top, width, height] = *rectangle;
+        const BlockLayout layout{isBGRformat, is32bpp, isWordAligned, isBottomUp};
+        const std::size_t rowLength = layout.rowLength(width);
+        // The padding behind the last pixel is never read, so it need not be there.
+        if (inStream.size() < (height - 1) * rowLength + width * layout.pixelBytes()) return false;
+        for (std::size_t row = 0; row < height; ++row) {
+            copyPixelsIn(image.rowFromTop(top + row) + left * 4,
+                         inStream.data() + layout.rowIndex(row, height) * rowLength, width, layout);
+        }
+        m_AlphaImage = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
+        return true;
+    });
+}
+
+} // namespace pixkit

@@ -1,0 +1,62 @@
+// The properties of cPixSheet that do more than hold a value.
+#include "diagnostics/guard.h"
+#include "platform/gdi.h"
+#include "shared/checked.h"
+#include "shared/modParsers.h"
+#include "shared/version.h"
+#include "surface/Capabilities.h"
+#include "surface/cGDIPlus.h"
+#include "surface/cPixSheet.h"
+
+namespace pixkit {
+
+std::int32_t cPixSheet::scanWidth() const noexcept {
+    return checkedMultiply(m_Width, 4).value_or(0);
+}
+
+void cPixSheet::ManageOwnDC(bool value) noexcept {
+    if (!value && m_hDC != 0) {
+        if (m_Handle != 0 && m_prevDCobject != 0) {
+            platform::SelectObject(m_hDC, m_prevDCobject);
+            m_prevDCobject = 0;
+        }
+        platform::DeleteDC(m_hDC);
+        m_hDC = 0;
+    } else if (value && m_hDC == 0 && m_Handle != 0) {
+        m_hDC = platform::CreateCompatibleDC(platform::ScreenDC().get());
+    }
+    m_ManageDC = value;
+}
+
+bool cPixSheet::isAlphaBlendFriendly() const noexcept {
+    return (m_osCAP & capUseAlphaBlend) != 0;
+}
+
+void cPixSheet::isAlphaBlendFriendly(bool value) noexcept {
+    if (!value) {
+        m_osCAP &= ~std::uint32_t{capUseAlphaBlend};
+    } else if ((m_osCAP & (capAlphaBlendReliable | capAlphaBlendUntrusted)) != 0) {
+        m_osCAP |= capUseAlphaBlend;
+    }
+}
+
+bool cPixSheet::isGDIplusEnabled() const noexcept {
+    return (m_osCAP & capGdiPlusOn) != 0;
+}
+
+void cPixSheet::isGDIplusEnabled(bool value) noexcept {
+    m_osCAP = enableGdiPlus(m_osCAP, value, cGDIPlus::isGDIplusOk);
+}
+
+bool cPixSheet::isZlibEnabled() const noexcept {
+    return iparseValidateDLL("zlib1.dll", "crc32") || iparseValidateDLL("zlib.dll", "crc32");
+}
+
+std::string cPixSheet::Version() const noexcept {
+    return guarded("Version", std::string(), [] {
+        return std::to_string(PIXKIT_VERSION_MAJOR) + "." + std::to_string(PIXKIT_VERSION_MINOR) + "." +
+               std::to_string(PIXKIT_VERSION_REVISION);
+    });
+}
+
+} // namespace pixkit
