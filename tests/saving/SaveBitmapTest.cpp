@@ -1,0 +1,144 @@
+#include "platform/faults.h"
+#include "platform/interaction.h"
+#include "support/Pictures.h"
+#include <gtest/gtest.h>
+
+namespace pixkit {
+namespace {
+
+using platform::ScopedFault;
+using platform::SeamCall;
+using test::fill;
+using test::Pixel;
+using Bytes = std::vector<std::uint8_t>;
+
+// Answers every box with one answer and remembers what was asked.
+class BoxAnswers {
+  public:
+    explicit BoxAnswers(int answer) {
+        platform::setMessageBoxHandler([this, answer](const std::string& text, const std::string& caption, auto style) {
+            asked.push_back(text + "|" + caption + "|" + std::to_string(style));
+            return answer;
+        });
+    }
+    ~BoxAnswers() { platform::setMessageBoxHandler({}); }
+    BoxAnswers(const BoxAnswers&) = delete;
+    BoxAnswers& operator=(const BoxAnswers&) = delete;
+    std::vector<std::string> asked;
+};
+
+Bytes bmp(std::uint8_t width, std::uint8_t height, std::uint8_t bits, const Bytes& rows) {
+    const auto size = static_cast<std::uint8_t>(rows.size());
+    Bytes file = {'B',   'M',    static_cast<std::uint8_t>(size + 54),
+                  0,     0,      0,
+                  0,     0,      0,
+                  0,     54,     0,
+                  0,     0,      40,
+                  0,     0,      0,
+                  width, 0,      0,
+                  0,     height, 0,
+                  0,     0,      1,
+                  0,     bits,   0,
+                  0,     0,      0,
+                  0,     size,   0,
+                  0,     0};
+    file.resize(54);
+    file.insert(file.end(), rows.begin(), rows.end());
+    return file;
+}
+
+TEST(SaveBitmap, WritesTheBytesOfTheFormat) {
+    const std::vector<Pixel> opaque = {{1, 2, 3, 255}, {4, 5, 6, 255}};
+    const std::vector<Pixel> translucent = {{64, 32, 16, 128}, {0, 0, 0, 0}};
+    struct Row {
+        const char* what;
+        std::vector<Pixel> pixels; // one column, top row first
+        bool keepAlpha;
+        std::int32_t fillColour;
+        Bytes expected;
+    };
+    const Row rows[] = {
+        {"opaque, padded", opaque, false, 0, bmp(1, 2, 24, {4, 5, 6, 0, 1, 2, 3, 0})},
+        {"opaque, although alpha was to be kept", opaque, true, 0, bmp(1, 2, 24, {4, 5, 6, 0, 1, 2, 3, 0})},
+        {"alpha kept", translucent, true, 0, bmp(1, 2, 32, {0, 0, 0, 0, 64, 32, 16, 128})},
+        {"flattened onto black", translucent, false, 0, bmp(1, 2, 24, {0, 0, 0, 0, 64, 32, 16, 0})},
+        {"flattened onto a colour", translucent, false, 0x0A6480, bmp(1, 2, 24, {10, 100, 128, 0, 68, 81, 79, 0})},
+        {"alpha all 0 counts as no alpha",
+         {{1, 2, 3, 0}, {4, 5, 6, 0}},
+         true,
+         0,
+         bmp(1, 2, 24, {4, 5, 6, 0, 1, 2, 3, 0})},
+    };
+    const test::TemporaryFolder folder;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        cPixSheet sheet;
+        fill(sheet, 1, 2, row.pixels);
+        ByteArray stream;
+        ASSERT_TRUE(sheet.SaveToStream_Bitmap(stream, row.keepAlpha, row.fillColour));
+        EXPECT_EQ(test::bytesOf(stream), row.expected);
+        EXPECT_EQ(stream.dimensions(), 1);
+        ASSERT_TRUE(sheet.SaveToFile_Bitmap(folder.name(u8"größe 图.bmp"), row.keepAlpha, row.fillColour, false));
+        EXPECT_EQ(test::readFile(folder.path(u8"größe 图.bmp")), row.expected);
+        EXPECT_EQ(test::pixelsOf(sheet), row.pixels) << "saving must not touch the image";
+    }
+    cPixSheet wide;
+    wide.InitializeDIB(5, 1);
+    ByteArray stream;
+    ASSERT_TRUE(wide.SaveToStream_Bitmap(stream));
+    EXPECT_EQ(stream.size(), 54U + 16U);
+}
+
+TEST(SaveBitmap, AsksBeforeItOverwritesAndANoLeavesTheFile) {
+    const test::TemporaryFolder folder;
+    const auto name = folder.name(u8"picture.bmp");
+    const auto path = folder.path(u8"picture.bmp");
+    const Bytes old = {1, 2, 3};
+    cPixSheet sheet;
+    fill(sheet, 1, 1, {{1, 2, 3, 255}});
+
+    test::writeFile(path, old);
+    {
+        const BoxAnswers no(platform::answerNo);
+        EXPECT_FALSE(sheet.SaveToFile_Bitmap(name));
+        EXPECT_EQ(no.asked, std::vector<std::string>{"Overwrite existing file?|Overwrite Confirmation|292"});
+        EXPECT_EQ(test::readFile(path), old);
+        EXPECT_FALSE(cPixSheet().SaveToFile_Bitmap(name, false, 0, false)) << "an empty instance touches nothing";
+        EXPECT_EQ(test::readFile(path), old);
+    }
+    {
+        const BoxAnswers yes(platform::answerYes);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_read);
+        EXPECT_TRUE(sheet.SaveToFile_Bitmap(name)) << "read-only files are replaced too";
+        EXPECT_EQ(test::readFile(path).size(), 58U);
+        EXPECT_TRUE(sheet.SaveToFile_Bitmap(name, false, 0, false));
+        EXPECT_TRUE(sheet.SaveToFile_Bitmap(folder.name(u8"new.bmp")));
+        EXPECT_EQ(yes.asked.size(), 1U) << "neither PromptOverWrite False nor a new file asks";
+        EXPECT_FALSE(sheet.SaveToFile_Bitmap(folder.name(u8""))) << "a directory exists and cannot be deleted";
+        EXPECT_FALSE(sheet.SaveToFile_Bitmap(""));
+        EXPECT_FALSE(sheet.SaveToFile_Bitmap(folder.name(u8"no such folder/picture.bmp")));
+    }
+}
+
+TEST(SaveBitmap, ReportsEveryFailureOfTheFileSystem) {
+    const test::TemporaryFolder folder;
+    const auto name = folder.name(u8"picture.bmp");
+    cPixSheet sheet;
+    fill(sheet, 1, 1, {{1, 2, 3, 255}});
+    const std::pair<SeamCall, int> failures[] = {
+        {SeamCall::createFile, 0}, {SeamCall::writeFile, 0},         {SeamCall::writeFile, 1},
+        {SeamCall::deleteFile, 0}, {SeamCall::setFileAttributes, 0},
+    };
+    for (const auto& [call, after] : failures) {
+        SCOPED_TRACE(static_cast<int>(call));
+        test::writeFile(folder.path(u8"picture.bmp"), {1});
+        {
+            const ScopedFault fault(call, after);
+            EXPECT_FALSE(sheet.SaveToFile_Bitmap(name, false, 0, false));
+        }
+        EXPECT_TRUE(sheet.SaveToFile_Bitmap(name, false, 0, false)) << "no handle may be left open";
+    }
+}
+
+} // namespace
+} // namespace pixkit

@@ -1,0 +1,82 @@
+// Small pictures and files that tests share.
+#pragma once
+#include "surface/cPixSheet.h"
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace pixkit::test {
+
+using Pixel = std::array<std::uint8_t, 4>; // B, G, R, A as stored
+
+// Pixels given top row first, as one reads them.
+inline void fill(cPixSheet& sheet, std::int32_t width, std::int32_t height, const std::vector<Pixel>& topRowFirst) {
+    sheet.InitializeDIB(width, height);
+    for (std::int32_t y = 0; y < height; ++y) {
+        for (std::int32_t x = 0; x < width; ++x) {
+            const Pixel& pixel = topRowFirst[static_cast<std::size_t>(y * width + x)];
+            std::copy(pixel.begin(), pixel.end(), sheet.BitsPointer() + ((height - 1 - y) * width + x) * 4);
+        }
+    }
+}
+
+inline std::vector<Pixel> pixelsOf(const cPixSheet& sheet) {
+    std::vector<Pixel> pixels;
+    for (std::int32_t y = 0; y < sheet.Height(); ++y) {
+        for (std::int32_t x = 0; x < sheet.Width(); ++x) {
+            const std::uint8_t* p = sheet.BitsPointer() + ((sheet.Height() - 1 - y) * sheet.Width() + x) * 4;
+            pixels.push_back({p[0], p[1], p[2], p[3]});
+        }
+    }
+    return pixels;
+}
+
+inline std::vector<std::uint8_t> bytesOf(const ByteArray& array) {
+    return {array.data(), array.data() + array.size()};
+}
+
+// A folder that goes with the test. Names are UTF-8.
+class TemporaryFolder {
+  public:
+    TemporaryFolder() {
+        static int count = 0;
+        const auto* suite = testing::UnitTest::GetInstance()->current_test_info();
+        m_path = std::filesystem::temp_directory_path() /
+                 ("pixkit-" + std::string(suite != nullptr ? suite->name() : "test") + "-" +
+                  std::to_string(std::random_device{}()) + "-" + std::to_string(count++));
+        std::filesystem::create_directories(m_path);
+    }
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    std::filesystem::path path(const std::u8string& name) const { return m_path / name; }
+    std::string name(const std::u8string& file) const {
+        const auto text = path(file).u8string();
+        return {text.begin(), text.end()};
+    }
+
+  private:
+    std::filesystem::path m_path;
+};
+
+inline void writeFile(const std::filesystem::path& path, const std::vector<std::uint8_t>& bytes) {
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+inline std::vector<std::uint8_t> readFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace pixkit::test
