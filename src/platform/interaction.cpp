@@ -11,7 +11,9 @@ MessageBoxHandler& handlerInUse() noexcept {
 }
 } // namespace
 
-void setMessageBoxHandler(MessageBoxHandler handler) { handlerInUse() = std::move(handler); }
+void setMessageBoxHandler(MessageBoxHandler handler) {
+    handlerInUse() = std::move(handler);
+}
 
 int MessageBoxW(const std::string& text, const std::string& caption, std::uint32_t style) noexcept {
     try {

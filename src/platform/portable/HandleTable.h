@@ -1,10 +1,10 @@
-// Handles that can be checked: a handle is a place in a table and the number of times that place has been used, never an
-// address, so that a stale, foreign or invented one is recognised without touching what it might point to.
+// Handles that can be checked: a handle is a place in a table and the number of times that place has been used, never
+// an address, so that a stale, foreign or invented one is recognised without touching what it might point to.
 #pragma once
 #include "platform/handle.h"
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <limits>
 #include <memory>
 #include <mutex>
@@ -18,6 +18,8 @@ namespace pixkit::platform {
 // is 0 and use counts start at 1, so no handle is 0 or invalidHandle, nor equal to one of another kind.
 enum class HandleKind : std::uint8_t { gdi = 1, file = 2, library = 3 };
 
+inline std::atomic<std::size_t> openHandleCount = 0; // of all tables together, for openHandles()
+
 // Threads may use one table at once. What an entry holds lives until its last user lets go of it.
 template <class Object>
 class HandleTable {
@@ -27,21 +29,14 @@ class HandleTable {
     // The new object's handle; 0 when the table is full or there is no memory.
     Handle add(std::shared_ptr<Object> object) noexcept {
         const std::scoped_lock lock(m_mutex);
-        try {
-            if (m_free.empty()) {
-                if (m_entries.size() > placeMask) return 0;
-                m_entries.emplace_back();
-                m_free.push_back(m_entries.size() - 1);
-            }
-        } catch (const std::bad_alloc&) {
-            return 0;
-        }
-        // The place that has been free for longest comes first, which keeps stale handles recognisable for longer.
-        const std::size_t place = m_free.front();
-        m_free.pop_front();
+        if (m_firstFree == none && !grow()) return 0;
+        // The place that has been free for longest is taken, which keeps stale handles recognisable for longer.
+        const std::size_t place = m_firstFree;
+        m_firstFree = m_entries[place].nextFree;
         Entry& entry = m_entries[place];
         entry.object = std::move(object);
         entry.uses = entry.uses == lastUse ? 1 : entry.uses + 1;
+        ++openHandleCount;
         return static_cast<Handle>(entry.uses << useShift | m_kind << kindShift | place);
     }
 
@@ -54,25 +49,15 @@ class HandleTable {
     std::shared_ptr<Object> remove(Handle handle) noexcept {
         const std::scoped_lock lock(m_mutex);
         if (!isLive(handle)) return nullptr;
-        std::shared_ptr<Object> object = std::move(m_entries[placeOf(handle)].object);
-        try {
-            m_free.push_back(placeOf(handle));
-        } catch (const std::bad_alloc&) {
-            // The place is not used again; its object is gone all the same.
-        }
-        return object;
-    }
-
-    std::size_t count() const noexcept {
-        const std::scoped_lock lock(m_mutex);
-        std::size_t live = 0;
-        for (const Entry& entry : m_entries)
-            live += entry.object != nullptr;
-        return live;
+        const std::size_t place = placeOf(handle);
+        release(place);
+        --openHandleCount;
+        return std::move(m_entries[place].object);
     }
 
   private:
     using Bits = std::uintptr_t;
+    static constexpr std::size_t none = std::numeric_limits<std::size_t>::max();
     static constexpr int kindShift = 20;
     static constexpr int useShift = 23;
     static constexpr Bits placeMask = (Bits{1} << kindShift) - 1;
@@ -81,7 +66,26 @@ class HandleTable {
     struct Entry {
         std::shared_ptr<Object> object;
         Bits uses = 0;
+        std::size_t nextFree = none;
     };
+
+    bool grow() noexcept {
+        if (m_entries.size() > placeMask) return false;
+        try {
+            m_entries.emplace_back();
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+        release(m_entries.size() - 1);
+        return true;
+    }
+
+    // Puts a place at the end of the queue of free ones.
+    void release(std::size_t place) noexcept {
+        m_entries[place].nextFree = none;
+        (m_firstFree == none ? m_firstFree : m_entries[m_lastFree].nextFree) = place;
+        m_lastFree = place;
+    }
 
     static std::size_t placeOf(Handle handle) noexcept { return static_cast<Bits>(handle) & placeMask; }
 
@@ -95,8 +99,18 @@ class HandleTable {
 
     mutable std::mutex m_mutex;
     std::vector<Entry> m_entries;
-    std::deque<std::size_t> m_free;
+    std::size_t m_firstFree = none;
+    std::size_t m_lastFree = none;
     Bits m_kind;
+};
+
+// For tables with static storage: images with static storage may outlive every static object of this library.
+template <class Value>
+union NeverDestroyed {
+    template <class... Arguments>
+    explicit NeverDestroyed(Arguments... arguments) noexcept : value(arguments...) {}
+    ~NeverDestroyed() {}
+    Value value;
 };
 
 } // namespace pixkit::platform

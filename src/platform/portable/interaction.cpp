@@ -4,8 +4,12 @@
 
 namespace pixkit::platform {
 
-int systemMessageBox(const std::string&, const std::string&, std::uint32_t style) { return cautiousAnswer(style); }
+int systemMessageBox(const std::string&, const std::string&, std::uint32_t style) {
+    return cautiousAnswer(style);
+}
 
-bool isDesktopWindowUnicode() noexcept { return !faultDue(SeamCall::desktopWindowUnicode); }
+bool isDesktopWindowUnicode() noexcept {
+    return !faultDue(SeamCall::desktopWindowUnicode);
+}
 
 } // namespace pixkit::platform

@@ -1,9 +1,17 @@
 #include "platform/system.h"
+#include "platform/handle.h"
+#include "platform/portable/HandleTable.h"
 #include <ctime>
 
 namespace pixkit::platform {
 
-OsVersion GetVersionExA() noexcept { return {.dwPlatformId = 2, .dwMajorVersion = 4}; }
+std::size_t openHandles() noexcept {
+    return openHandleCount;
+}
+
+OsVersion GetVersionExA() noexcept {
+    return {.dwPlatformId = 2, .dwMajorVersion = 4};
+}
 
 LocalTime GetLocalTime() noexcept {
     const std::time_t now = std::time(nullptr);

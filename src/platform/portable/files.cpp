@@ -1,0 +1,159 @@
+// Files through POSIX: names are the bytes given, which the library keeps as UTF-8.
+#include "platform/files.h"
+#include "platform/faults.h"
+#include "platform/portable/HandleTable.h"
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <memory>
+#include <new>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace pixkit::platform {
+
+namespace {
+
+struct File {
+    explicit File(int openedDescriptor) noexcept : descriptor(openedDescriptor) {}
+    ~File() { close(descriptor); }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+    const int descriptor;
+};
+
+HandleTable<File>& files() noexcept {
+    static NeverDestroyed<HandleTable<File>> table{HandleKind::file};
+    return table.value;
+}
+
+// A name with a NUL inside would silently mean another file.
+bool isName(const std::string& name) noexcept {
+    return !name.empty() && name.find('\0') == std::string::npos;
+}
+
+bool status(const std::string& name, struct stat& result) noexcept {
+    return isName(name) && stat(name.c_str(), &result) == 0;
+}
+
+int openFile(const std::string& name, FileUse use) noexcept {
+    struct stat existing {};
+    if (use == FileUse::openExisting) {
+        // Without blocking, so that a pipe that nobody writes to is refused below instead of waited for.
+        return open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    }
+    // Permissions do not bind the superuser, but a file marked read-only is not overwritten on any system.
+    if (status(name, existing) && (existing.st_mode & S_IWUSR) == 0) return -1;
+    return open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, 0666);
+}
+
+// Moves bytes by `transfer` until all are moved, the file ends or an error comes up (false).
+template <class Transfer>
+bool moveAll(std::uint32_t bytes, std::uint32_t& done, Transfer transfer) noexcept {
+    done = 0;
+    while (done < bytes) {
+        const ssize_t moved = transfer(done, bytes - done);
+        if (moved < 0 && errno == EINTR) continue;
+        if (moved < 0) return false;
+        if (moved == 0) break;
+        done += static_cast<std::uint32_t>(moved);
+    }
+    return true;
+}
+
+} // namespace
+
+Handle CreateFileW(const std::string& name, FileUse use) noexcept {
+    if (!isName(name) || faultDue(SeamCall::createFile)) return invalidHandle;
+    const int descriptor = openFile(name, use);
+    if (descriptor < 0) return invalidHandle;
+    struct stat opened {};
+    if (fstat(descriptor, &opened) != 0 || !S_ISREG(opened.st_mode)) {
+        close(descriptor);
+        return invalidHandle;
+    }
+    try {
+        const Handle handle = files().add(std::make_shared<File>(descriptor));
+        return handle != 0 ? handle : invalidHandle;
+    } catch (const std::bad_alloc&) {
+        close(descriptor);
+        return invalidHandle;
+    }
+}
+
+bool CloseHandle(Handle file) noexcept {
+    return files().remove(file) != nullptr;
+}
+
+bool ReadFile(Handle file, void* buffer, std::uint32_t bytes, std::uint32_t& done) noexcept {
+    done = 0;
+    const std::shared_ptr<File> opened = files().find(file);
+    if (!opened || faultDue(SeamCall::readFile)) return false;
+    return moveAll(bytes, done, [&](std::uint32_t offset, std::uint32_t count) {
+        return read(opened->descriptor, static_cast<std::uint8_t*>(buffer) + offset, count);
+    });
+}
+
+bool WriteFile(Handle file, const void* buffer, std::uint32_t bytes, std::uint32_t& done) noexcept {
+    done = 0;
+    const std::shared_ptr<File> opened = files().find(file);
+    if (!opened) return false;
+    if (faultDue(SeamCall::writeFile)) bytes /= 2;
+    return moveAll(bytes, done, [&](std::uint32_t offset, std::uint32_t count) {
+        return write(opened->descriptor, static_cast<const std::uint8_t*>(buffer) + offset, count);
+    });
+}
+
+bool SetFilePointer(Handle file, std::uint32_t position) noexcept {
+    const std::shared_ptr<File> opened = files().find(file);
+    if (!opened || faultDue(SeamCall::setFilePointer)) return false;
+    return lseek(opened->descriptor, static_cast<off_t>(position), SEEK_SET) >= 0;
+}
+
+std::int64_t GetFileSize(Handle file) noexcept {
+    const std::shared_ptr<File> opened = files().find(file);
+    if (!opened || faultDue(SeamCall::getFileSize)) return -1;
+    struct stat result {};
+    return fstat(opened->descriptor, &result) == 0 ? result.st_size : -1;
+}
+
+std::uint32_t GetFileAttributesW(const std::string& name) noexcept {
+    struct stat result {};
+    if (!status(name, result)) return invalidFileAttributes;
+    std::uint32_t attributes = S_ISDIR(result.st_mode) ? fileAttributeDirectory : 0;
+    if ((result.st_mode & S_IWUSR) == 0) attributes |= fileAttributeReadonly;
+    return attributes != 0 ? attributes : fileAttributeNormal;
+}
+
+bool SetFileAttributesW(const std::string& name, std::uint32_t attributes) noexcept {
+    struct stat existing {};
+    if (!status(name, existing) || faultDue(SeamCall::setFileAttributes)) return false;
+    if (S_ISDIR(existing.st_mode)) return true; // as on Windows, where the attribute protects no directory
+    constexpr mode_t everyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    const mode_t mode = existing.st_mode & 07777U;
+    const bool readonly = (attributes & fileAttributeReadonly) != 0;
+    return chmod(name.c_str(), readonly ? mode & ~everyWrite : mode | S_IWUSR) == 0;
+}
+
+bool DeleteFileW(const std::string& name) noexcept {
+    struct stat target {};
+    if (!status(name, target) || faultDue(SeamCall::deleteFile)) return false;
+    // Neither directories nor devices, and on no system a file marked read-only.
+    return S_ISREG(target.st_mode) && (target.st_mode & S_IWUSR) != 0 && unlink(name.c_str()) == 0;
+}
+
+// There is one kind of name here.
+Handle CreateFileA(const std::string& name, FileUse use) noexcept {
+    return CreateFileW(name, use);
+}
+std::uint32_t GetFileAttributesA(const std::string& name) noexcept {
+    return GetFileAttributesW(name);
+}
+bool SetFileAttributesA(const std::string& name, std::uint32_t attributes) noexcept {
+    return SetFileAttributesW(name, attributes);
+}
+bool DeleteFileA(const std::string& name) noexcept {
+    return DeleteFileW(name);
+}
+
+} // namespace pixkit::platform

@@ -1,0 +1,241 @@
+// Memory bitmaps and memory device contexts without a window system.
+#include "platform/gdi.h"
+#include "platform/faults.h"
+#include "platform/portable/HandleTable.h"
+#include "platform/portable/PixelMemory.h"
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <utility>
+
+namespace pixkit::platform {
+
+namespace {
+
+struct Bitmap {
+    explicit Bitmap(std::size_t bytes) noexcept : pixels(bytes) {}
+    PixelMemory pixels;
+    std::size_t width = 0;
+    std::size_t height = 0;
+    std::size_t stride = 0;
+    std::uint16_t bitCount = 0;
+    bool topDown = false;
+    Handle selectedInto = 0; // the device context that holds it; always 0 for the stock bitmap
+    bool condemned = false;  // deleted while selected: dies when it is deselected
+};
+
+struct GdiObject {
+    ObjectType type = ObjectType::none;
+    std::unique_ptr<Bitmap> bitmap; // of a bitmap
+    Handle selected = 0;            // of a memory device context: the bitmap in it
+};
+using ObjectRef = std::shared_ptr<GdiObject>;
+
+struct Gdi {
+    HandleTable<GdiObject> objects{HandleKind::gdi};
+    std::mutex selection; // held while bitmaps and device contexts get to know or leave each other
+    Handle stockBitmap = 0;
+};
+
+Gdi& gdi() noexcept {
+    static NeverDestroyed<Gdi> instance;
+    return instance.value;
+}
+
+ObjectRef find(Handle handle, ObjectType type) noexcept {
+    ObjectRef object = gdi().objects.find(handle);
+    return object && object->type == type ? object : nullptr;
+}
+
+bool isDeviceContext(Handle handle) noexcept {
+    const ObjectType type = GetObjectType(handle);
+    return type == ObjectType::dc || type == ObjectType::memoryDC;
+}
+
+// Bytes in a row of `width` pixels.
+std::uint64_t strideOf(std::uint64_t width, std::uint16_t bitCount) noexcept {
+    return (width * bitCount + 31) / 32 * 4;
+}
+
+std::uint64_t rowsOf(const BitmapInfoHeader& header) noexcept {
+    return static_cast<std::uint64_t>(std::abs(std::int64_t{header.biHeight}));
+}
+
+// Whether the header describes pixels that this side can hold: the size of them all must fit biSizeImage.
+bool isSupported(const BitmapInfoHeader& header) noexcept {
+    constexpr std::uint32_t BI_RGB = 0;
+    if (header.biSize < sizeof(BitmapInfoHeader) || header.biPlanes != 1 || header.biCompression != BI_RGB)
+        return false;
+    if (header.biBitCount != 24 && header.biBitCount != 32) return false;
+    if (header.biWidth <= 0 || header.biHeight == 0) return false;
+    const auto width = static_cast<std::uint64_t>(header.biWidth);
+    return strideOf(width, header.biBitCount) * rowsOf(header) <= std::numeric_limits<std::uint32_t>::max();
+}
+
+Handle addObject(ObjectType type, std::unique_ptr<Bitmap> bitmap, Handle selected) {
+    auto object = std::make_shared<GdiObject>();
+    object->type = type;
+    object->bitmap = std::move(bitmap);
+    object->selected = selected;
+    return gdi().objects.add(std::move(object));
+}
+
+Handle addBitmap(const BitmapInfoHeader& header, void** bits) {
+    const auto width = static_cast<std::size_t>(header.biWidth);
+    const auto height = static_cast<std::size_t>(rowsOf(header));
+    const auto stride = static_cast<std::size_t>(strideOf(width, header.biBitCount));
+    auto bitmap = std::make_unique<Bitmap>(stride * height);
+    std::uint8_t* const pixels = bitmap->pixels.data();
+    if (pixels == nullptr) return 0;
+    bitmap->width = width;
+    bitmap->height = height;
+    bitmap->stride = stride;
+    bitmap->bitCount = header.biBitCount;
+    bitmap->topDown = header.biHeight < 0;
+    const Handle handle = addObject(ObjectType::bitmap, std::move(bitmap), 0);
+    if (handle != 0 && bits != nullptr) *bits = pixels;
+    return handle;
+}
+
+// The functions that take the `selection` mutex hand dying objects out, so that big memory is freed outside of it.
+
+// A bitmap has left its device context. Returns it when it was condemned and dies now.
+ObjectRef bitmapWasDeselected(Handle handle) noexcept {
+    const ObjectRef object = find(handle, ObjectType::bitmap);
+    if (!object) return nullptr;
+    object->bitmap->selectedInto = 0;
+    return object->bitmap->condemned ? gdi().objects.remove(handle) : nullptr;
+}
+
+void copyRow(const std::uint8_t* from, std::uint16_t fromBits, std::uint8_t* to, std::uint16_t toBits,
+             std::size_t width, std::size_t toStride) noexcept {
+    const std::size_t used = width * toBits / 8;
+    if (fromBits == toBits) {
+        std::memcpy(to, from, used);
+    } else {
+        const std::size_t fromStep = fromBits / 8U;
+        const std::size_t toStep = toBits / 8U;
+        for (std::size_t x = 0; x < width; ++x) {
+            std::memcpy(to + x * toStep, from + x * fromStep, 3);
+            if (toStep == 4) to[x * toStep + 3] = 0; // as the system does: 24-bit pixels have no alpha to copy
+        }
+    }
+    std::memset(to + used, 0, toStride - used);
+}
+
+} // namespace
+
+Handle GetDC(Handle window) noexcept {
+    if (window != 0 || faultDue(SeamCall::getDC)) return 0;
+    try {
+        return addObject(ObjectType::dc, nullptr, 0);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
+bool ReleaseDC(Handle window, Handle dc) noexcept {
+    return window == 0 && find(dc, ObjectType::dc) && gdi().objects.remove(dc) != nullptr;
+}
+
+Handle CreateCompatibleDC(Handle dc) noexcept {
+    if (dc != 0 && !isDeviceContext(dc)) return 0;
+    if (faultDue(SeamCall::createCompatibleDC)) return 0;
+    try {
+        const std::scoped_lock lock(gdi().selection);
+        if (gdi().stockBitmap == 0) {
+            gdi().stockBitmap = addBitmap({.biWidth = 1, .biHeight = 1}, nullptr);
+            if (gdi().stockBitmap == 0) return 0;
+            --openHandleCount; // it stays for good: nobody leaks it
+        }
+        return addObject(ObjectType::memoryDC, nullptr, gdi().stockBitmap);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
+bool DeleteDC(Handle dc) noexcept {
+    ObjectRef bitmap;
+    const std::scoped_lock lock(gdi().selection);
+    const ObjectRef context = find(dc, ObjectType::memoryDC);
+    if (!context) return false;
+    if (context->selected != gdi().stockBitmap) bitmap = bitmapWasDeselected(context->selected);
+    gdi().objects.remove(dc);
+    return true;
+}
+
+Handle SelectObject(Handle dc, Handle object) noexcept {
+    if (faultDue(SeamCall::selectObject)) return 0;
+    ObjectRef dying;
+    const std::scoped_lock lock(gdi().selection);
+    const ObjectRef context = find(dc, ObjectType::memoryDC);
+    const ObjectRef incoming = find(object, ObjectType::bitmap);
+    if (!context || !incoming) return 0;
+    const Handle before = context->selected;
+    if (before == object) return before;
+    if (incoming->bitmap->selectedInto != 0) return 0;
+    context->selected = object;
+    if (object != gdi().stockBitmap) incoming->bitmap->selectedInto = dc;
+    if (before != gdi().stockBitmap) dying = bitmapWasDeselected(before);
+    return before;
+}
+
+bool DeleteObject(Handle object) noexcept {
+    if (find(object, ObjectType::memoryDC)) return DeleteDC(object);
+    ObjectRef dying;
+    const std::scoped_lock lock(gdi().selection);
+    const ObjectRef bitmap = find(object, ObjectType::bitmap);
+    if (!bitmap) return false;
+    if (object == gdi().stockBitmap) return true; // the system says so too, and keeps it
+    if (bitmap->bitmap->selectedInto != 0)
+        bitmap->bitmap->condemned = true;
+    else
+        dying = gdi().objects.remove(object);
+    return true;
+}
+
+ObjectType GetObjectType(Handle object) noexcept {
+    const ObjectRef found = gdi().objects.find(object);
+    return found ? found->type : ObjectType::none;
+}
+
+Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits) noexcept {
+    if (bits != nullptr) *bits = nullptr;
+    if (dc != 0 && !isDeviceContext(dc)) return 0;
+    if (!isSupported(header) || faultDue(SeamCall::createDIBSection)) return 0;
+    try {
+        return addBitmap(header, bits);
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+}
+
+int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits,
+              BitmapInfoHeader& header) noexcept {
+    const ObjectRef object = find(bitmap, ObjectType::bitmap);
+    if (!object || !isDeviceContext(dc) || bits == nullptr || !isSupported(header)) return 0;
+    const Bitmap& source = *object->bitmap;
+    {
+        const std::scoped_lock lock(gdi().selection);
+        if (source.selectedInto != 0) return 0;
+    }
+    if (static_cast<std::size_t>(header.biWidth) != source.width || rowsOf(header) != source.height) return 0;
+    if (start >= source.height) return 0;
+
+    const auto stride = static_cast<std::size_t>(strideOf(source.width, header.biBitCount));
+    const std::size_t count = std::min<std::size_t>(lines, source.height - start);
+    const bool sameOrder = (header.biHeight < 0) == source.topDown;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t row = sameOrder ? start + i : source.height - 1 - start - i;
+        copyRow(source.pixels.data() + row * source.stride, source.bitCount,
+                static_cast<std::uint8_t*>(bits) + i * stride, header.biBitCount, source.width, stride);
+    }
+    header.biSizeImage = static_cast<std::uint32_t>(stride * source.height);
+    return static_cast<int>(count);
+}
+
+} // namespace pixkit::platform

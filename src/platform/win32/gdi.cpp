@@ -1,0 +1,93 @@
+#include "platform/gdi.h"
+#include "platform/faults.h"
+#include <windows.h>
+
+namespace pixkit::platform {
+
+namespace {
+
+static_assert(sizeof(BitmapInfoHeader) == sizeof(BITMAPINFOHEADER));
+
+template <class Native>
+Native native(Handle handle) noexcept {
+    return reinterpret_cast<Native>(handle);
+}
+Handle ours(const void* handle) noexcept {
+    return reinterpret_cast<Handle>(handle);
+}
+
+bool isDeviceContext(Handle handle) noexcept {
+    const ObjectType type = GetObjectType(handle);
+    return type == ObjectType::dc || type == ObjectType::memoryDC;
+}
+
+// The system also takes 1 to 16 bits and compressions; nobody above asks for them, and their colour tables would not
+// fit the header that this seam passes.
+bool isSupported(const BitmapInfoHeader& header) noexcept {
+    return header.biSize == sizeof(BitmapInfoHeader) && (header.biBitCount == 24 || header.biBitCount == 32) &&
+           header.biCompression == BI_RGB && header.biWidth > 0 && header.biHeight != 0;
+}
+
+} // namespace
+
+Handle GetDC(Handle window) noexcept {
+    if (faultDue(SeamCall::getDC)) return 0;
+    return ours(::GetDC(native<HWND>(window)));
+}
+
+bool ReleaseDC(Handle window, Handle dc) noexcept {
+    return ::ReleaseDC(native<HWND>(window), native<HDC>(dc)) != 0;
+}
+
+Handle CreateCompatibleDC(Handle dc) noexcept {
+    if (faultDue(SeamCall::createCompatibleDC)) return 0;
+    return ours(::CreateCompatibleDC(native<HDC>(dc)));
+}
+
+bool DeleteDC(Handle dc) noexcept {
+    return ::DeleteDC(native<HDC>(dc)) != FALSE;
+}
+
+Handle SelectObject(Handle dc, Handle object) noexcept {
+    if (faultDue(SeamCall::selectObject)) return 0;
+    const HGDIOBJ before = ::SelectObject(native<HDC>(dc), native<HGDIOBJ>(object));
+    return before == HGDI_ERROR ? 0 : ours(before);
+}
+
+bool DeleteObject(Handle object) noexcept {
+    return ::DeleteObject(native<HGDIOBJ>(object)) != FALSE;
+}
+
+ObjectType GetObjectType(Handle object) noexcept {
+    return static_cast<ObjectType>(::GetObjectType(native<HGDIOBJ>(object)));
+}
+
+Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits) noexcept {
+    if (bits != nullptr) *bits = nullptr;
+    // The system does not look at the device context when there is no palette; a stale one is refused all the same.
+    if (dc != 0 && !isDeviceContext(dc)) return 0;
+    if (!isSupported(header) || faultDue(SeamCall::createDIBSection)) return 0;
+    void* pixels = nullptr; // the system refuses to make a section that nobody can reach
+    const Handle section = ours(::CreateDIBSection(native<HDC>(dc), reinterpret_cast<const BITMAPINFO*>(&header),
+                                                   DIB_RGB_COLORS, &pixels, nullptr, 0));
+    if (section != 0 && bits != nullptr) *bits = pixels;
+    return section;
+}
+
+int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits,
+              BitmapInfoHeader& header) noexcept {
+    // Without a buffer the system would answer with a description of the bitmap, and for a success.
+    if (bits == nullptr || !isSupported(header)) return 0;
+    // The system may write colour masks behind the header.
+    struct {
+        BITMAPINFOHEADER header;
+        DWORD masks[3];
+    } info{};
+    info.header = reinterpret_cast<const BITMAPINFOHEADER&>(header);
+    const int rows = ::GetDIBits(native<HDC>(dc), native<HBITMAP>(bitmap), start, lines, bits,
+                                 reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS);
+    if (rows > 0) header.biSizeImage = info.header.biSizeImage;
+    return rows > 0 ? rows : 0;
+}
+
+} // namespace pixkit::platform

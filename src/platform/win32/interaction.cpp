@@ -1,0 +1,26 @@
+#include "platform/interaction.h"
+#include "platform/SystemMessageBox.h"
+#include "platform/faults.h"
+#include "platform/win32/names.h"
+#include <windows.h>
+
+namespace pixkit::platform {
+
+namespace {
+// A message that is not UTF-8 is still shown, byte for byte.
+std::wstring shownText(const std::string& text) {
+    std::wstring wide;
+    return toUtf16(text, wide) ? wide : std::wstring(text.begin(), text.end());
+}
+} // namespace
+
+int systemMessageBox(const std::string& text, const std::string& caption, std::uint32_t style) {
+    const int answer = ::MessageBoxW(nullptr, shownText(text).c_str(), shownText(caption).c_str(), style);
+    return answer != 0 ? answer : cautiousAnswer(style); // 0: the box could not be shown
+}
+
+bool isDesktopWindowUnicode() noexcept {
+    return !faultDue(SeamCall::desktopWindowUnicode) && ::IsWindowUnicode(::GetDesktopWindow()) != FALSE;
+}
+
+} // namespace pixkit::platform
