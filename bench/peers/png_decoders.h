@@ -1,0 +1,21 @@
+// The decoders that PNG loading is compared with. Each gives premultiplied B, G, R, A, rows bottom-up, as the component
+// does; the premultiplication is the component's own fast kernel for all of them, so that decoding is what differs.
+#pragma once
+#include <cstdint>
+#include <memory>
+#include <span>
+
+namespace bench {
+
+struct Decoded {
+    std::uint32_t width = 0, height = 0;
+    std::unique_ptr<std::uint8_t[]> pixels;
+};
+
+// Each throws std::runtime_error when the picture cannot be decoded.
+Decoded decodeLibpngRows(std::span<const std::uint8_t> png);
+Decoded decodeLibpngSimplified(std::span<const std::uint8_t> png);
+Decoded decodeSpng(std::span<const std::uint8_t> png);
+Decoded decodeStb(std::span<const std::uint8_t> png);
+
+} // namespace bench
