@@ -36,15 +36,10 @@ bool status(const std::string& name, struct stat& result) noexcept {
     return isName(name) && stat(name.c_str(), &result) == 0;
 }
 
+// Without blocking, so that a pipe that nobody writes to is refused by the caller instead of waited for.
 int openFile(const std::string& name, FileUse use) noexcept {
-    struct stat existing {};
-    if (use == FileUse::openExisting) {
-        // Without blocking, so that a pipe that nobody writes to is refused below instead of waited for.
-        return open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    }
-    // Permissions do not bind the superuser, but a file marked read-only is not overwritten on any system.
-    if (status(name, existing) && (existing.st_mode & S_IWUSR) == 0) return -1;
-    return open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, 0666);
+    const int how = use == FileUse::openExisting ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
+    return open(name.c_str(), how | O_CLOEXEC | O_NONBLOCK, 0666);
 }
 
 // Moves bytes by `transfer` until all are moved, the file ends or an error comes up (false).

@@ -1,0 +1,71 @@
+#include "platform/console.h"
+#include "platform/win32/names.h"
+#include <memory>
+// windows.h needs to come before shellapi.h.
+#include <windows.h>
+
+#include <io.h>
+#include <shellapi.h>
+
+namespace pixkit::platform {
+
+namespace {
+
+std::string toUtf8(const std::wstring& wide) {
+    const int units = static_cast<int>(wide.size());
+    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(bytes > 0 ? bytes : 0), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, result.data(), bytes, nullptr, nullptr);
+    return result;
+}
+
+// Adds the files that match a pattern, or the pattern itself when none does: the message then names what was typed.
+void addMatches(const std::wstring& pattern, std::vector<std::string>& arguments) {
+    const std::wstring folder = pattern.substr(0, pattern.find_last_of(L"\\/:") + 1);
+    const std::size_t before = arguments.size();
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(pattern.c_str(), &found);
+    if (search != INVALID_HANDLE_VALUE) {
+        const auto close = [](void* handle) { FindClose(handle); };
+        const std::unique_ptr<void, decltype(close)> closed(search, close);
+        do {
+            if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+                arguments.push_back(toUtf8(folder + found.cFileName));
+            }
+        } while (FindNextFileW(search, &found));
+    }
+    if (arguments.size() == before) arguments.push_back(toUtf8(pattern));
+}
+
+} // namespace
+
+std::vector<std::string> commandLineArguments(int argc, const char* const* argv) {
+    int count = 0;
+    const auto release = [](LPWSTR* list) { LocalFree(list); };
+    const std::unique_ptr<LPWSTR, decltype(release)> wide(CommandLineToArgvW(GetCommandLineW(), &count), release);
+    if (!wide) return {argv + (argc > 0 ? 1 : 0), argv + argc};
+    std::vector<std::string> arguments;
+    for (int i = 1; i < count; ++i) {
+        const std::wstring argument = wide.get()[i];
+        if (argument.find_first_of(L"*?") == std::wstring::npos) {
+            arguments.push_back(toUtf8(argument));
+        } else {
+            addMatches(argument, arguments);
+        }
+    }
+    return arguments;
+}
+
+bool isTerminal(StandardStream stream) noexcept {
+    return _isatty(static_cast<int>(stream)) != 0;
+}
+
+Utf8Console::Utf8Console() noexcept : m_previousCodePage(GetConsoleOutputCP()) {
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+Utf8Console::~Utf8Console() {
+    if (m_previousCodePage != 0) SetConsoleOutputCP(m_previousCodePage);
+}
+
+} // namespace pixkit::platform
