@@ -1,0 +1,6 @@
+#include "kernels/alpha_simd.h"
+#include "kernels/variants.h"
+
+void pixkit::kernels::useAlphaSse2(Table& table) noexcept {
+    useAlpha(table);
+}

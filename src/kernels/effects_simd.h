@@ -1,0 +1,219 @@
+// Vector kernels for the effects.
+#pragma once
+#include "kernels/scalar.h"
+#include "kernels/simd.h"
+
+namespace pixkit::kernels {
+namespace {
+
+void invert(std::uint8_t* pixels, std::size_t count) {
+    for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
+        const Vec v = load(pixels);
+        const Vec alpha = alphaInAll(v);
+        const Vec inverted = subtractHeld8(alpha, both(v, all32(colourBytes)));
+        store(pixels, either(inverted, both(v, equal8(alpha, zeros())))); // inverted is 0 where alpha is
+    }
+    scalar::invert(pixels, count);
+}
+
+// --- grayscale
+// A single-precision weight from 1/16 on is a whole number of 1/2^27, and so are many smaller ones. In these units the
+// weighted sum is exact in integers: a weight is high * 2^13 + low, both of which fit the signed words that
+// multiplyAddPairs16 takes, and the two sums of products are joined at the end.
+struct GrayWords {
+    Vec blueRedHigh, blueRedLow; // for the word pair B, R
+    Vec greenHigh, greenLow;     // for the word pair G, 1
+};
+
+// The weight in units of 1/2^27, or -1 where that is not whole or not below 1.
+std::int32_t weightUnits(float weight) {
+    if (!(weight >= 0.0F && weight < 1.0F)) return -1;
+    const float units = weight * 0x1p27F; // exact: only the exponent changes
+    const std::int32_t whole = static_cast<std::int32_t>(units);
+    return static_cast<float>(whole) == units ? whole : -1;
+}
+
+constexpr int lowBits = 13;
+constexpr unsigned lowMask = (1U << lowBits) - 1;
+
+Vec wordPairs(std::uint32_t low, std::uint32_t high) {
+    return all32(low | high << 16);
+}
+
+bool prepareGray(const GrayWeights& weights, GrayWords& words) {
+    const std::int32_t r = weightUnits(weights.r);
+    const std::int32_t g = weightUnits(weights.g);
+    const std::int32_t b = weightUnits(weights.b);
+    if (r < 0 || g < 0 || b < 0) return false;
+    const auto high = [](std::int32_t units) { return static_cast<std::uint32_t>(units) >> lowBits; };
+    const auto low = [](std::int32_t units) { return static_cast<std::uint32_t>(units) & lowMask; };
+    constexpr std::uint32_t half = 1U << 13; // 1/2 in the units of the high parts, 1/2^14
+    words = {wordPairs(high(b), high(r)), wordPairs(low(b), low(r)), wordPairs(high(g), half), wordPairs(low(g), 0)};
+    return true;
+}
+
+Vec grayed(Vec pixels, const GrayWords& words) {
+    const Vec blueRed = both(pixels, all32(0x00FF00FF));
+    const Vec greenOne = either(both(right32<8>(pixels), all32(0xFF)), all32(0x00010000));
+    const Vec low = add32(multiplyAddPairs16(blueRed, words.blueRedLow), multiplyAddPairs16(greenOne, words.greenLow));
+    const Vec high =
+        add32(multiplyAddPairs16(blueRed, words.blueRedHigh), multiplyAddPairs16(greenOne, words.greenHigh));
+    const Vec sum = add32(high, right32<lowBits>(low)); // with 1/2 added already, so the shift rounds ties up
+    const Vec rounded = right32<14>(sum);
+    // A tie has no bits left below the shift; then the result is made even.
+    const Vec tie = equal32(either(left32<18>(sum), left32<32 - lowBits>(low)), zeros());
+    return both(without(rounded, right32<31>(tie)), all32(0xFF));
+}
+
+Vec grayInColours(Vec gray) {
+#ifdef __AVX2__
+    return shuffled(gray, _mm_setr_epi8(0, 0, 0, -1, 4, 4, 4, -1, 8, 8, 8, -1, 12, 12, 12, -1));
+#else
+    return either(either(gray, left32<8>(gray)), left32<16>(gray));
+#endif
+}
+
+void grayscale(std::uint8_t* pixels, std::size_t count, const GrayWeights& weights) {
+    GrayWords words;
+    if (prepareGray(weights, words)) {
+        for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
+            const Vec v = load(pixels);
+            const Vec alpha = both(v, all32(alphaByte));
+            const Vec gray = either(grayInColours(grayed(v, words)), alpha);
+            store(pixels, select(equal32(alpha, zeros()), v, gray));
+        }
+    }
+    scalar::grayscale(pixels, count, weights);
+}
+
+// --- lightness
+// The adjustment of each pixel as a word in the low half of its lane.
+Vec adjustments(const std::uint8_t* src, const std::int16_t* adjust) {
+    std::int32_t lanes[vecPixels];
+    for (std::size_t i = 0; i < vecPixels; ++i)
+        lanes[i] = adjust[src[4 * i + 3]];
+    Vec v;
+    std::memcpy(&v, lanes, sizeof v);
+    return v;
+}
+
+void adjustLightness(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::int16_t* adjust,
+                     bool lighten) {
+    for (; count >= vecPixels; count -= vecPixels, dst += vecBytes, src += vecBytes) {
+        const Vec v = load(src);
+        const Vec lanes = adjustments(src, adjust);
+        const Vec twice = either(left32<16>(lanes), both(lanes, all32(0xFFFF)));
+        const Vec low = addHeld16(lowWords(v), PIXKIT_SIMD(unpacklo_epi32)(twice, twice));
+        const Vec high = addHeld16(highWords(v), PIXKIT_SIMD(unpackhi_epi32)(twice, twice));
+        const Vec alpha = alphaInAll(v);
+        Vec adjusted = bytesOf(low, high); // held within 0 .. 255
+        if (lighten) adjusted = PIXKIT_SIMD(min_epu8)(adjusted, alpha);
+        const Vec copied = either(equal8(alpha, zeros()), all32(alphaByte));
+        store(dst, select(copied, v, adjusted));
+    }
+    scalar::adjustLightness(dst, src, count, adjust, lighten);
+}
+
+// --- blend
+// mixed * alpha / 25500 truncated, for mixed up to 25500. `share` is a little less than alpha * 65536 / 25500, so the
+// first estimate is right or one too small, and the remainder, below 2 * 25500, tells which.
+Vec blendedWords(Vec words, Vec keep, Vec added) {
+    const Vec alpha = alphaInAllWords(words);
+    const Vec mixed = add16(multiplyLow16(words, keep), added);
+    const Vec share = multiplyHigh16(left16<8>(alpha), all16(657));
+    const Vec estimate = multiplyHigh16(mixed, share);
+    const Vec remainder = subtract16(multiplyLow16(mixed, alpha), multiplyLow16(estimate, all16(25500)));
+    const Vec oneMore = above16(differing(remainder, all16(0x8000)), all16((25500 - 1) ^ 0x8000));
+    return subtract16(estimate, oneMore);
+}
+
+void blendToColour(std::uint8_t* pixels, std::size_t count, const std::uint8_t* blendColour, std::uint32_t opacity) {
+    const std::uint64_t blue = blendColour[0] * opacity;
+    const std::uint64_t green = blendColour[1] * opacity;
+    const std::uint64_t red = blendColour[2] * opacity;
+    const Vec keep = all16(100 - opacity);
+    const Vec added = all64(blue | green << 16 | red << 32);
+    for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
+        const Vec v = load(pixels);
+        const Vec blended = bytesOf(blendedWords(lowWords(v), keep, added), blendedWords(highWords(v), keep, added));
+        const Vec copied = either(equal32(both(v, all32(alphaByte)), zeros()), all32(alphaByte));
+        store(pixels, select(copied, v, blended));
+    }
+    scalar::blendToColour(pixels, count, blendColour, opacity);
+}
+
+std::size_t replacePixel(std::uint8_t* pixels, std::size_t count, const std::uint8_t* from, const std::uint8_t* to) {
+    const Vec wanted = PIXKIT_SIMD(set1_epi32)(load32(from));
+    const Vec replacement = PIXKIT_SIMD(set1_epi32)(load32(to));
+    Vec replaced = zeros();
+    for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
+        const Vec v = load(pixels);
+        const Vec match = equal32(v, wanted);
+        replaced = subtract32(replaced, match);
+        store(pixels, select(match, replacement, v));
+    }
+    return laneSum32(replaced) + scalar::replacePixel(pixels, count, from, to);
+}
+
+// --- flatten
+Vec flattened(Vec pixels, Vec fillWords, Vec fillPixels) {
+    const Vec alpha = alphaInAll(pixels);
+    const Vec rest = differing(alpha, all8(255));
+    const Vec under = bytesOf(dividedBy255(multiplyLow16(lowWords(rest), fillWords)),
+                              dividedBy255(multiplyLow16(highWords(rest), fillWords)));
+    const Vec clear = equal8(alpha, zeros());
+    return select(clear, fillPixels, addHeld8(under, pixels));
+}
+
+struct Fill {
+    Vec words, pixels;
+};
+
+Fill fillOf(const std::uint8_t* fill) {
+    const std::uint32_t pixel = fill[0] | std::uint32_t{fill[1]} << 8 | std::uint32_t{fill[2]} << 16;
+    const Vec pixels = all32(pixel | alphaByte);
+    return {lowWords(pixels), pixels};
+}
+
+void flatten24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* fill) {
+    const Fill under = fillOf(fill);
+    // Whole vectors are stored; the bytes behind their pixels belong to the next pixels, which follow.
+    for (; 3 * count >= vecBytes; count -= vecPixels, dst += 3 * vecPixels, src += vecBytes)
+        store(dst, packed3(flattened(load(src), under.words, under.pixels)));
+    scalar::flatten24(dst, src, count, fill);
+}
+
+void flatten32(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* fill) {
+    const Fill under = fillOf(fill);
+    for (; count >= vecPixels; count -= vecPixels, dst += vecBytes, src += vecBytes)
+        store(dst, either(flattened(load(src), under.words, under.pixels), all32(alphaByte)));
+    scalar::flatten32(dst, src, count, fill);
+}
+
+Vec reversed(Vec pixels) {
+#ifdef __AVX2__
+    return _mm256_permutevar8x32_epi32(pixels, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));
+#else
+    return _mm_shuffle_epi32(pixels, _MM_SHUFFLE(0, 1, 2, 3));
+#endif
+}
+
+void mirror(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+    for (; count >= vecPixels; count -= vecPixels, dst += vecBytes)
+        store(dst, reversed(load(src + 4 * (count - vecPixels))));
+    scalar::mirror(dst, src, count);
+}
+
+void useEffects(Table& table) {
+    table.invert = invert;
+    table.grayscale = grayscale;
+    table.adjustLightness = adjustLightness;
+    table.blendToColour = blendToColour;
+    table.replacePixel = replacePixel;
+    table.flatten24 = flatten24;
+    table.flatten32 = flatten32;
+    table.mirror = mirror;
+}
+
+} // namespace
+} // namespace pixkit::kernels

@@ -1,0 +1,6 @@
+#include "kernels/samples_simd.h"
+#include "kernels/variants.h"
+
+void pixkit::kernels::useSamplesAvx2(Table& table) noexcept {
+    useSamples(table);
+}

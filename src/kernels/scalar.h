@@ -1,0 +1,50 @@
+// The reference kernels: the plain definition of every entry of the table. The vector variants end their rows with
+// them, where less than one vector is left.
+#pragma once
+#include "kernels/kernels.h"
+
+namespace pixkit::kernels::scalar {
+
+bool scanAlpha(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan);
+void setOpaque(std::uint8_t* pixels, std::size_t count);
+bool premultiply(std::uint8_t* pixels, std::size_t count);
+void unpremultiply(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+
+void invert(std::uint8_t* pixels, std::size_t count);
+void grayscale(std::uint8_t* pixels, std::size_t count, const GrayWeights& weights);
+void adjustLightness(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::int16_t* adjust,
+                     bool lighten);
+void blendToColour(std::uint8_t* pixels, std::size_t count, const std::uint8_t* blendColour, std::uint32_t opacity);
+std::size_t replacePixel(std::uint8_t* pixels, std::size_t count, const std::uint8_t* from, const std::uint8_t* to);
+void flatten24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* fill);
+void flatten32(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* fill);
+void mirror(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+
+void swapRedBlue(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void pack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);
+void unpack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);
+void extractAlpha(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+
+void unfilterSub(std::uint8_t* row, std::size_t bytes, std::size_t step);
+void unfilterUp(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes);
+void unfilterAvg(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
+void unfilterPaeth(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
+
+void fromRgb8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromRgba8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromGreyAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromIndex8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* lut);
+void fromGrey16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromRgb16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromRgba16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromGreyAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void unpackSamples(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, unsigned depth);
+
+// The row filters from byte `from` on, everything before it being undone already.
+void unfilterSubFrom(std::uint8_t* row, std::size_t from, std::size_t bytes, std::size_t step);
+void unfilterAvgFrom(std::uint8_t* row, const std::uint8_t* above, std::size_t from, std::size_t bytes,
+                     std::size_t step);
+void unfilterPaethFrom(std::uint8_t* row, const std::uint8_t* above, std::size_t from, std::size_t bytes,
+                       std::size_t step);
+
+} // namespace pixkit::kernels::scalar

@@ -1,0 +1,91 @@
+#include "kernels/scalar.h"
+#include "kernels/variants.h"
+
+namespace pixkit::kernels {
+
+namespace {
+
+constexpr Table scalarTable = {
+    .scanAlpha = scalar::scanAlpha,
+    .setOpaque = scalar::setOpaque,
+    .premultiply = scalar::premultiply,
+    .unpremultiply = scalar::unpremultiply,
+    .invert = scalar::invert,
+    .grayscale = scalar::grayscale,
+    .adjustLightness = scalar::adjustLightness,
+    .blendToColour = scalar::blendToColour,
+    .replacePixel = scalar::replacePixel,
+    .flatten24 = scalar::flatten24,
+    .flatten32 = scalar::flatten32,
+    .mirror = scalar::mirror,
+    .swapRedBlue = scalar::swapRedBlue,
+    .pack24 = scalar::pack24,
+    .unpack24 = scalar::unpack24,
+    .extractAlpha = scalar::extractAlpha,
+    .unfilterSub = scalar::unfilterSub,
+    .unfilterUp = scalar::unfilterUp,
+    .unfilterAvg = scalar::unfilterAvg,
+    .unfilterPaeth = scalar::unfilterPaeth,
+    .fromRgb8 = scalar::fromRgb8,
+    .fromRgba8 = scalar::fromRgba8,
+    .fromGreyAlpha8 = scalar::fromGreyAlpha8,
+    .fromIndex8 = scalar::fromIndex8,
+    .fromGrey16 = scalar::fromGrey16,
+    .fromRgb16 = scalar::fromRgb16,
+    .fromRgba16 = scalar::fromRgba16,
+    .fromGreyAlpha16 = scalar::fromGreyAlpha16,
+    .unpackSamples = scalar::unpackSamples,
+};
+
+// Each level starts from the one below it: an entry without a variant of its own keeps the lower one.
+const Table& sse2Table() noexcept {
+    static const Table filled = [] {
+        Table table = scalarTable;
+#ifdef PIXKIT_X86
+        useAlphaSse2(table);
+        useEffectsSse2(table);
+        useLayoutsSse2(table);
+        useFiltersSse2(table);
+        useSamplesSse2(table);
+#endif
+        return table;
+    }();
+    return filled;
+}
+
+const Table& avx2Table() noexcept {
+    static const Table filled = [] {
+        Table table = sse2Table();
+#ifdef PIXKIT_X86
+        useAlphaAvx2(table);
+        useEffectsAvx2(table);
+        useLayoutsAvx2(table);
+        useFiltersAvx2(table);
+        useSamplesAvx2(table);
+#endif
+        return table;
+    }();
+    return filled;
+}
+
+} // namespace
+
+const Table* tableFor(CpuLevel level) noexcept {
+    if (level > detectedLevel()) return nullptr;
+    switch (level) {
+    case CpuLevel::scalar:
+        return &scalarTable;
+    case CpuLevel::sse2:
+        return &sse2Table();
+    case CpuLevel::avx2:
+        return &avx2Table();
+    }
+    return nullptr;
+}
+
+const Table& table() noexcept {
+    static const Table& chosen = *tableFor(level());
+    return chosen;
+}
+
+} // namespace pixkit::kernels

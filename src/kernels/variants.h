@@ -1,0 +1,22 @@
+// How the files of one instruction set enter their kernels into a table.
+#pragma once
+#include "kernels/kernels.h"
+
+namespace pixkit::kernels {
+
+void useAlphaSse2(Table& table) noexcept;
+void useEffectsSse2(Table& table) noexcept;
+void useLayoutsSse2(Table& table) noexcept;
+void useFiltersSse2(Table& table) noexcept;
+void useSamplesSse2(Table& table) noexcept;
+
+void useAlphaAvx2(Table& table) noexcept;
+void useEffectsAvx2(Table& table) noexcept;
+void useLayoutsAvx2(Table& table) noexcept;
+void useFiltersAvx2(Table& table) noexcept;
+void useSamplesAvx2(Table& table) noexcept;
+
+// The best level the processor and the operating system can run, whatever the environment says.
+CpuLevel detectedLevel() noexcept;
+
+} // namespace pixkit::kernels
