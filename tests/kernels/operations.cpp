@@ -1,0 +1,227 @@
+#include "operations.h"
+
+#include <algorithm>
+#include <array>
+
+namespace pixkit::kernels::test {
+
+namespace {
+
+using Bytes = std::uint8_t*;
+using Source = const std::uint8_t*;
+
+void putValidPixels(std::vector<std::uint8_t>& row, Numbers& numbers) {
+    for (std::size_t i = 0; i + 4 <= row.size();) {
+        const std::uint32_t kind = numbers.below(3);
+        for (std::uint32_t run = 1 + numbers.below(12); run > 0 && i + 4 <= row.size(); --run, i += 4) {
+            const std::uint32_t alpha = kind == 0 ? 0 : kind == 1 ? 255 : 1 + numbers.below(254);
+            for (std::size_t channel = 0; channel < 3; ++channel)
+                row[i + channel] = static_cast<std::uint8_t>(numbers.below(alpha + 1));
+            row[i + 3] = static_cast<std::uint8_t>(alpha);
+        }
+    }
+}
+
+constexpr std::array<GrayWeights, 13> weightChoices = {{
+    {0.299F, 0.587F, 0.114F},
+    {0.213F, 0.715F, 0.072F},
+    {0.333F, 0.334F, 0.333F},
+    {0.8F, 0.1F, 0.1F},
+    {0.1F, 0.8F, 0.1F},
+    {0.1F, 0.1F, 0.8F},
+    {0.45F, 0.45F, 0.1F},
+    {0.1F, 0.45F, 0.45F},
+    {0.5F, 0.25F, 0.25F}, // ties
+    {0.5F, 0.5F, 0.0F},   // ties, with a weight of nothing
+    {1.0F, 0.0F, 0.0F},   // outside what the fast form takes
+    {0.01F, 0.98F, 0.01F},
+    {0.25F, 0.75F, 0.0078125F},
+}};
+
+std::array<std::int16_t, 256> lightness(int percent) {
+    std::array<std::int16_t, 256> adjust{};
+    for (int alpha = 0; alpha < 256; ++alpha)
+        adjust[static_cast<std::size_t>(alpha)] = static_cast<std::int16_t>(alpha * percent / 100);
+    return adjust;
+}
+
+std::uint64_t summary(bool result, const AlphaScan& scan) {
+    std::uint64_t all = scan.zeroCount;
+    all = all * 1'000'003 + scan.opaqueCount;
+    return all * 64 + scan.state * 4U + (scan.partial ? 2U : 0U) + (result ? 1U : 0U);
+}
+
+// The entries that only take rows and a count.
+template <auto entry>
+std::uint64_t rows(const Table& table, Bytes dst, Source src, std::size_t count, unsigned) {
+    (table.*entry)(dst, src, count);
+    return 0;
+}
+
+template <auto entry>
+std::uint64_t swapping(const Table& table, Bytes dst, Source src, std::size_t count, unsigned swap) {
+    (table.*entry)(dst, src, count, swap != 0);
+    return 0;
+}
+
+template <auto entry>
+std::uint64_t flattening(const Table& table, Bytes dst, Source src, std::size_t count, unsigned fill) {
+    const std::uint8_t colour[] = {static_cast<std::uint8_t>(fill), static_cast<std::uint8_t>(fill >> 8),
+                                   static_cast<std::uint8_t>(fill >> 16)};
+    (table.*entry)(dst, src, count, colour);
+    return 0;
+}
+
+template <auto entry>
+std::uint64_t withAbove(const Table& table, Bytes dst, Source src, std::size_t count, unsigned step) {
+    (table.*entry)(dst, src, count, step);
+    return 0;
+}
+
+std::vector<Operation> made() {
+    std::vector<Operation> all = {
+        {"scanAlpha", 0, 32, false,
+         [](const Table& t, Bytes, Source src, std::size_t count, unsigned) {
+             AlphaScan scan;
+             const bool result = t.scanAlpha(src, count, scan);
+             return summary(result, scan);
+         },
+         0},
+        {"scanAlpha carried on", 0, 32, false,
+         [](const Table& t, Bytes, Source src, std::size_t count, unsigned) {
+             AlphaScan scan{3, 4, AlphaScan::colourInClear, false};
+             const bool result = t.scanAlpha(src, count, scan);
+             return summary(result, scan);
+         },
+         0},
+        {"setOpaque", 32, 0, true,
+         [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
+             t.setOpaque(dst, count);
+             return std::uint64_t{0};
+         },
+         0},
+        {"premultiply", 32, 0, true,
+         [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
+             return std::uint64_t{t.premultiply(dst, count)};
+         },
+         0},
+        {"unpremultiply", 32, 32, false, rows<&Table::unpremultiply>, 0},
+        {"unpremultiply in place", 32, 0, true,
+         [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
+             t.unpremultiply(dst, dst, count);
+             return std::uint64_t{0};
+         },
+         0},
+        {"invert", 32, 0, true,
+         [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
+             t.invert(dst, count);
+             return std::uint64_t{0};
+         },
+         0},
+        {"mirror", 32, 32, false, rows<&Table::mirror>, 0},
+        {"swapRedBlue", 32, 32, false, rows<&Table::swapRedBlue>, 0},
+        {"swapRedBlue in place", 32, 0, true,
+         [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
+             t.swapRedBlue(dst, dst, count);
+             return std::uint64_t{0};
+         },
+         0},
+        {"pack24", 24, 32, false, swapping<&Table::pack24>, 0},
+        {"pack24 swapped", 24, 32, false, swapping<&Table::pack24>, 1},
+        {"unpack24", 32, 24, false, swapping<&Table::unpack24>, 0},
+        {"unpack24 swapped", 32, 24, false, swapping<&Table::unpack24>, 1},
+        {"extractAlpha", 8, 32, false, rows<&Table::extractAlpha>, 0},
+        {"unfilterUp", 8, 8, true, rows<&Table::unfilterUp>, 0},
+        {"fromRgb8", 32, 24, false, rows<&Table::fromRgb8>, 0},
+        {"fromRgba8", 32, 32, false, rows<&Table::fromRgba8>, 0},
+        {"fromGreyAlpha8", 32, 16, false, rows<&Table::fromGreyAlpha8>, 0},
+        {"fromIndex8", 32, 8, false,
+         [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned) {
+             Numbers numbers(9);
+             const std::vector<std::uint8_t> lut = rowOf(Content::bytes, 1024, numbers);
+             t.fromIndex8(dst, src, count, lut.data());
+             return std::uint64_t{0};
+         },
+         0},
+        {"fromGrey16", 32, 16, false, rows<&Table::fromGrey16>, 0},
+        {"fromRgb16", 32, 48, false, rows<&Table::fromRgb16>, 0},
+        {"fromRgba16", 32, 64, false, rows<&Table::fromRgba16>, 0},
+        {"fromGreyAlpha16", 32, 32, false, rows<&Table::fromGreyAlpha16>, 0},
+    };
+    for (unsigned choice = 0; choice < weightChoices.size(); ++choice) {
+        all.push_back({"grayscale " + std::to_string(choice), 32, 0, true,
+                       [](const Table& t, Bytes dst, Source, std::size_t count, unsigned which) {
+                           t.grayscale(dst, count, weightChoices[which]);
+                           return std::uint64_t{0};
+                       },
+                       choice});
+    }
+    for (const unsigned percent : {0U, 1U, 25U, 99U, 100U, 110U, 150U, 199U, 200U}) { // 100 above what it means
+        all.push_back({"adjustLightness " + std::to_string(static_cast<int>(percent) - 100), 32, 32, false,
+                       [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned raised) {
+                           const int signedPercent = static_cast<int>(raised) - 100;
+                           t.adjustLightness(dst, src, count, lightness(signedPercent).data(), signedPercent > 0);
+                           return std::uint64_t{0};
+                       },
+                       percent});
+    }
+    for (const unsigned opacity : {1U, 33U, 50U, 99U, 100U}) {
+        all.push_back({"blendToColour " + std::to_string(opacity), 32, 0, true,
+                       [](const Table& t, Bytes dst, Source, std::size_t count, unsigned percent) {
+                           const std::uint8_t colour[] = {255, 130, 0};
+                           t.blendToColour(dst, count, colour, percent);
+                           return std::uint64_t{0};
+                       },
+                       opacity});
+    }
+    all.push_back({"replacePixel", 32, 0, true,
+                   [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
+                       const std::uint8_t clear[4] = {};
+                       const std::uint8_t colour[4] = {1, 2, 3, 255};
+                       return std::uint64_t{t.replacePixel(dst, count, clear, colour)};
+                   },
+                   0});
+    for (const unsigned fill : {0x000000U, 0xFFFFFFU, 0x40C001U}) {
+        all.push_back({"flatten24 " + std::to_string(fill), 24, 32, false, flattening<&Table::flatten24>, fill});
+        all.push_back({"flatten32 " + std::to_string(fill), 32, 32, false, flattening<&Table::flatten32>, fill});
+    }
+    for (unsigned step = 1; step <= 8; ++step) {
+        const std::string name = " step " + std::to_string(step);
+        all.push_back({"unfilterSub" + name, 8, 0, true,
+                       [](const Table& t, Bytes dst, Source, std::size_t count, unsigned distance) {
+                           t.unfilterSub(dst, count, distance);
+                           return std::uint64_t{0};
+                       },
+                       step});
+        all.push_back({"unfilterAvg" + name, 8, 8, true, withAbove<&Table::unfilterAvg>, step});
+        all.push_back({"unfilterPaeth" + name, 8, 8, true, withAbove<&Table::unfilterPaeth>, step});
+    }
+    for (const unsigned depth : {1U, 2U, 4U})
+        all.push_back(
+            {"unpackSamples " + std::to_string(depth), 8, depth, false, withAbove<&Table::unpackSamples>, depth});
+    return all;
+}
+
+} // namespace
+
+std::vector<std::uint8_t> rowOf(Content content, std::size_t bytes, Numbers& numbers) {
+    std::vector<std::uint8_t> row(bytes);
+    if (content == Content::bytes || content == Content::opaque)
+        std::generate(row.begin(), row.end(), [&] { return numbers.byte(); });
+    if (content == Content::opaque)
+        for (std::size_t i = 3; i < bytes; i += 4)
+            row[i] = 255;
+    if (content == Content::premultiplied || content == Content::spoiled) putValidPixels(row, numbers);
+    if (content == Content::spoiled && bytes >= 4) {
+        const std::size_t pixel = numbers.below(static_cast<std::uint32_t>(bytes / 4));
+        row[4 * pixel + numbers.below(3)] = 255;
+    }
+    return row;
+}
+
+const std::vector<Operation>& operations() {
+    static const std::vector<Operation> all = made();
+    return all;
+}
+
+} // namespace pixkit::kernels::test
