@@ -23,6 +23,17 @@ constexpr bool mapsBigBitmaps = true;
 constexpr bool mapsBigBitmaps = true;
 #endif
 
+constexpr std::size_t roundedUp(std::size_t bytes, std::size_t unit) noexcept {
+    return (bytes + unit - 1) / unit * unit;
+}
+
+// The last huge page is taken whole where little of it is wasted.
+constexpr std::size_t mappedSize(std::size_t bytes) noexcept {
+    constexpr std::size_t acceptableWaste = hugePage / 8;
+    const std::size_t whole = roundedUp(bytes, hugePage);
+    return whole - bytes <= acceptableWaste ? whole : roundedUp(bytes, page);
+}
+
 std::uint8_t* mapOnHugePages(std::size_t bytes) noexcept {
     const std::size_t reserved = bytes + hugePage;
     void* const mapping = mmap(nullptr, reserved, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
@@ -32,15 +43,21 @@ std::uint8_t* mapOnHugePages(std::size_t bytes) noexcept {
     std::uint8_t* const data = first + before;
     if (before != 0) munmap(first, before);
     munmap(data + bytes, hugePage - before);
-    madvise(data, bytes, MADV_HUGEPAGE); // only a hint: without huge pages everything works, slower
+    // Both are only hints: without them everything works, slower.
+    madvise(data, bytes, MADV_HUGEPAGE);
+#ifdef MADV_POPULATE_WRITE
+    // What is left behind the last whole huge page gets its small pages at one go.
+    const std::size_t rest = bytes % hugePage;
+    if (rest != 0) madvise(data + bytes - rest, rest, MADV_POPULATE_WRITE);
+#endif
     return data;
 }
 
 } // namespace
 
 PixelMemory::PixelMemory(std::size_t bytes) noexcept {
-    if (mapsBigBitmaps && bytes >= 2 * hugePage) {
-        const std::size_t rounded = (bytes + page - 1) / page * page;
+    if (mapsBigBitmaps && bytes >= hugePage) {
+        const std::size_t rounded = mappedSize(bytes);
         m_data = mapOnHugePages(rounded);
         if (m_data != nullptr) m_mapped = rounded;
         return;
