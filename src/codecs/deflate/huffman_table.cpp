@@ -169,18 +169,27 @@ bool build(CodeLengthTable& table, const std::uint8_t* lengths) noexcept {
 }
 
 void pairLiterals(LiteralTable& table) noexcept {
-    // Downwards, so that the entry of the second literal (always at a lower index) is still a single one.
-    for (unsigned i = (1u << table.bits) - 1; i != 0; --i) {
-        const Entry first = table.entries[i];
-        if (!isLiteral(first)) continue;
-        const Entry second = table.entries[i >> codeBits(first)];
-        if (!isLiteral(second) || codeBits(first) + codeBits(second) > table.bits) continue;
-        table.entries[i] = first + codeBits(second) + (second & 0x00ff0000) * 0x100 + pairFlag;
+    const unsigned size = 1u << table.bits;
+    // The entry at `index`, with the literal behind its own where both codes fit into the index. Everything that a code
+    // leaves of the index is the beginning of the next code.
+    const auto paired = [&](unsigned index) {
+        const Entry first = table.entries[index];
+        if (!isLiteral(first)) return first;
+        const Entry second = table.entries[index >> codeBits(first)];
+        if (!isLiteral(second) || codeBits(first) + codeBits(second) > table.bits) return first;
+        return first + codeBits(second) + (second & 0x00ff0000) * 0x100 + pairFlag;
+    };
+    // Each index is about as likely to come up as any other: a sample says how often pairs will. Under an eighth the
+    // pairing costs more than it gains.
+    unsigned pairs = 0;
+    for (unsigned sample = 0; sample < 64; ++sample) {
+        constexpr unsigned spread = 0x9e5; // odd, and without a pattern in the low bits, where codes begin
+        if ((paired(sample * spread & (size - 1)) & (literalFlag | pairFlag)) == (literalFlag | pairFlag)) ++pairs;
     }
-    // Index 0 is its own successor.
-    const Entry zero = table.entries[0];
-    if (isLiteral(zero) && 2 * codeBits(zero) <= table.bits)
-        table.entries[0] = zero + codeBits(zero) + (zero & 0x00ff0000) * 0x100 + pairFlag;
+    if (pairs < 8) return;
+    // Downwards, so that the entry of the second literal, at a lower index, is still a single one.
+    for (unsigned index = size; index-- != 0;)
+        table.entries[index] = paired(index);
 }
 
 } // namespace pixkit::deflate

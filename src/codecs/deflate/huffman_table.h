@@ -69,7 +69,8 @@ bool build(LiteralTable& table, const std::uint8_t* lengths, unsigned symbols) n
 bool build(DistanceTable& table, const std::uint8_t* lengths, unsigned symbols) noexcept;
 bool build(CodeLengthTable& table, const std::uint8_t* lengths) noexcept;
 
-// Lets entries of literals with short codes carry the next literal too. It is worth its time only before long blocks.
+// Lets entries of literals with short codes carry the next literal too, if the code is one where that happens often.
+// It is worth its time only before long blocks.
 void pairLiterals(LiteralTable& table) noexcept;
 
 } // namespace pixkit::deflate

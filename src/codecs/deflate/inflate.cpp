@@ -16,11 +16,28 @@ constexpr bool narrow = BitReader::wordBits < 64;
 constexpr unsigned literalsPerRound = narrow ? 1 : 3;
 static_assert(narrow || (literalsPerRound - 1) * literalTableBits + 20 + distanceTableBits <= BitReader::refilled);
 // Pairing literals costs time once per block, so that it pays only with so much data (bytes) to come.
-constexpr std::size_t pairingPays = 4096;
+constexpr std::size_t pairingPays = 16384;
 
-// The extra bits behind the code of an entry, out of bits that begin with the code.
-inline std::size_t extraBits(BitReader::Word bits, Entry entry) noexcept {
-    return static_cast<std::size_t>((bits & ((BitReader::Word{1} << dropBits(entry)) - 1)) >> codeBits(entry));
+// Takes the extra bits of a length or distance, which stand behind its code, and drops both.
+inline std::size_t takeExtra(BitReader& reader, Entry entry) noexcept {
+    const BitReader::Word bits = reader.peek() & ((BitReader::Word{1} << dropBits(entry)) - 1);
+    reader.drop(dropBits(entry));
+    return static_cast<std::size_t>(bits >> codeBits(entry));
+}
+
+// The same for a distance. A narrow word does not hold the 28 bits that it may have, so it is refilled in between.
+inline std::size_t takeDistanceExtra(BitReader& reader, Entry entry) noexcept {
+    if constexpr (!narrow) return takeExtra(reader, entry);
+    reader.drop(codeBits(entry));
+    reader.refillFast();
+    return takeExtra(reader, entry - codeBits(entry) * 0x101);
+}
+
+// The entry that a link leads to.
+template <typename Table>
+inline Entry follow(const Table& table, Entry link, BitReader& reader) noexcept {
+    reader.drop(dropBits(link));
+    return table.entries[baseOf(link) + (reader.peek() & ((1u << codeBits(link)) - 1))];
 }
 
 enum class Step : std::uint8_t {
@@ -45,7 +62,8 @@ class Inflater {
     Step readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengths, unsigned count) noexcept;
     Step useFixedCodes() noexcept;
     Step compressedBlock() noexcept;
-    Step decodeFast() noexcept;
+    // Apart from the rest, so that the compiler gives its loop all registers.
+    [[gnu::noinline]] Step decodeFast() noexcept;
     Step decodeSymbol() noexcept;
     template <typename Table>
     Step decodeEntry(const Table& table, Entry& entry) noexcept;
@@ -189,87 +207,53 @@ Step Inflater::decodeFast() noexcept {
     const std::uint8_t* const lastStart = end_ - outputMargin;
     const std::size_t literalMask = (std::size_t{1} << literals_.bits) - 1;
     const std::size_t distanceMask = (std::size_t{1} << distances_.bits) - 1;
-    Step step = Step::goOn;
+    const auto putLiterals = [&](Entry entry) {
+        const auto both = static_cast<std::uint16_t>(baseOf(entry));
+        std::memcpy(out, &both, 2);
+        out += 1 + (entry / pairFlag & 1);
+        reader.drop(dropBits(entry));
+    };
 
+    // Wherever enough bits are left, a look-up comes before the refill: it need not wait for it.
     reader.refillFast();
     Entry entry = literals_.entries[reader.peek() & literalMask];
     do {
-        const auto putLiterals = [&] {
-            const auto both = static_cast<std::uint16_t>(baseOf(entry));
-            std::memcpy(out, &both, 2);
-            out += 1 + (entry / pairFlag & 1);
-            reader.drop(dropBits(entry));
-        };
-        // The next entry is looked up before the refill where enough bits are left: it need not wait for it.
-        if (isLiteral(entry)) {
-            putLiterals();
-            if constexpr (literalsPerRound > 1) {
-                entry = literals_.entries[reader.peek() & literalMask];
-                if (isLiteral(entry)) {
-                    putLiterals();
-                    entry = literals_.entries[reader.peek() & literalMask];
-                    if (isLiteral(entry)) {
-                        putLiterals();
-                        entry = literals_.entries[reader.peek() & literalMask];
-                        reader.refillFast();
-                        continue;
-                    }
-                }
-            } else {
-                entry = literals_.entries[reader.peek() & literalMask];
-                reader.refillFast();
-                continue;
-            }
+        unsigned literals = literalsPerRound;
+        for (; literals != 0 && isLiteral(entry); --literals) {
+            putLiterals(entry);
+            entry = literals_.entries[reader.peek() & literalMask];
+        }
+        if (literals == 0) {
+            reader.refillFast();
+            continue;
         }
         if (isSpecial(entry)) [[unlikely]] {
-            if (isLink(entry)) {
-                reader.drop(dropBits(entry));
-                entry = literals_.entries[baseOf(entry) + (reader.peek() & ((1u << codeBits(entry)) - 1))];
-                if (isLiteral(entry)) {
-                    putLiterals();
-                    reader.refillFast();
-                    entry = literals_.entries[reader.peek() & literalMask];
-                    continue;
-                }
+            if (isLink(entry)) entry = follow(literals_, entry, reader);
+            if (isLiteral(entry)) {
+                putLiterals(entry);
+                reader.refillFast();
+                entry = literals_.entries[reader.peek() & literalMask];
+                continue;
             }
             if (isSpecial(entry)) {
                 reader.drop(dropBits(entry));
-                step = (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
-                break;
+                reader_ = reader;
+                out_ = out;
+                return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
             }
         }
-        const std::size_t length = baseOf(entry) + extraBits(reader.peek(), entry);
-        reader.drop(dropBits(entry));
+        const std::size_t length = baseOf(entry) + takeExtra(reader, entry);
 
         if constexpr (narrow) reader.refillFast();
         entry = distances_.entries[reader.peek() & distanceMask];
         if constexpr (!narrow) reader.refillFast();
-        if (isSpecial(entry)) [[unlikely]] {
-            if (isLink(entry)) {
-                reader.drop(dropBits(entry));
-                entry = distances_.entries[baseOf(entry) + (reader.peek() & ((1u << codeBits(entry)) - 1))];
-            }
-            if (isSpecial(entry)) {
-                step = Step::damaged;
-                break;
-            }
+        if (isLink(entry)) entry = follow(distances_, entry, reader);
+        const std::size_t distance = baseOf(entry) + takeDistanceExtra(reader, entry);
+        if (isSpecial(entry) || distance > static_cast<std::size_t>(out - begin)) {
+            out_ = out;
+            return Step::damaged;
         }
-        std::size_t distance = baseOf(entry);
-        if constexpr (narrow) {
-            // A distance with its extra bits may have 28.
-            reader.drop(codeBits(entry));
-            reader.refillFast();
-            const unsigned bits = dropBits(entry) - codeBits(entry);
-            distance += reader.peek() & ((1u << bits) - 1);
-            reader.drop(bits);
-        } else {
-            distance += extraBits(reader.peek(), entry);
-            reader.drop(dropBits(entry));
-        }
-        if (distance > static_cast<std::size_t>(out - begin)) [[unlikely]] {
-            step = Step::damaged;
-            break;
-        }
+
         if constexpr (narrow) reader.refillFast();
         entry = literals_.entries[reader.peek() & literalMask];
         if constexpr (!narrow) reader.refillFast();
@@ -279,7 +263,7 @@ Step Inflater::decodeFast() noexcept {
 
     reader_ = reader;
     out_ = out;
-    return step;
+    return Step::goOn;
 }
 
 // Finds the entry of the next code; goOn when the code is there as a whole. Drops the code, not its extra bits.
@@ -289,8 +273,7 @@ Step Inflater::decodeEntry(const Table& table, Entry& entry) noexcept {
     entry = table.entries[reader_.peek() & ((1u << table.bits) - 1)];
     if (isLink(entry)) {
         if (reader_.count() < dropBits(entry)) return Step::inputEnded;
-        reader_.drop(dropBits(entry));
-        entry = table.entries[baseOf(entry) + (reader_.peek() & ((1u << codeBits(entry)) - 1))];
+        entry = follow(table, entry, reader_);
     }
     if (reader_.count() < codeBits(entry)) return Step::inputEnded;
     reader_.drop(codeBits(entry));

@@ -28,12 +28,13 @@ inline void copyWide(std::uint8_t* out, std::size_t distance, std::size_t length
     const std::uint8_t* from = out - distance;
     std::uint8_t* const end = out + length;
     if (distance >= 16) {
-        // Most matches are short: sixteen bytes without asking, the rest in a loop.
-        std::memcpy(out, from, 16);
-        for (out += 16, from += 16; out < end; out += 32, from += 32) {
+        // Most matches are short and done after the first round.
+        do {
             std::memcpy(out, from, 16);
             std::memcpy(out + 16, from + 16, 16);
-        }
+            out += 32;
+            from += 32;
+        } while (out < end);
     } else if (distance >= 8) {
         // The first `distance` bytes of the pattern are right; each store covers what is wrong in the one before.
         // Reading once keeps the processor from waiting for bytes that it has just stored.
