@@ -1,5 +1,6 @@
 // The decoders that PNG loading is compared with. Each gives premultiplied B, G, R, A, rows bottom-up, as the component
-// does; the premultiplication is the component's own fast kernel for all of them, so that decoding is what differs.
+// does; those that decode straight colours are followed by a plain premultiplying loop, and only where a picture has
+// alpha.
 #pragma once
 #include <cstdint>
 #include <memory>
