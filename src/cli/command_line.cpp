@@ -1,0 +1,117 @@
+// The command line: options, help, and which sub-command runs.
+#include "cli/UsageError.h"
+#include "cli/commands.h"
+#include "cli/text.h"
+#include "surface/cPixSheet.h"
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <ostream>
+
+namespace pixkit::cli {
+
+namespace {
+
+void addInfo(CLI::App& app, InfoRequest& request) {
+    CLI::App* const sub = app.add_subcommand("info", "Show size, alpha class, type and bytes of pictures");
+    sub->add_option("FILE", request.files, "Pictures")->required()->type_name("");
+    sub->add_flag("--json", request.json, "As a JSON array");
+    sub->footer(
+        "\nThe alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2).\n\n"
+        "Examples:\n"
+        "  pixkit info photo.png\n"
+        "  pixkit info --json *.png");
+}
+
+// The callbacks run while the line is parsed, which keeps the order across options.
+void addEffect(CLI::App& sub, const EffectOption& effect, std::vector<EffectStep>& steps) {
+    CLI::Option* option = nullptr;
+    if (effect.argument == nullptr) {
+        option = sub.add_flag_callback(
+            effect.name, [&] { steps.push_back(makeStep(effect, "")); }, effect.help);
+    } else {
+        option = sub.add_option_function<std::string>(
+            effect.name, [&](const std::string& argument) { steps.push_back(makeStep(effect, argument)); },
+            effect.help);
+        option->type_name(effect.argument);
+    }
+    option->trigger_on_parse()->group("Effects, applied in the order given; each may be repeated");
+}
+
+void addConvert(CLI::App& app, ConvertRequest& request) {
+    CLI::App* const sub = app.add_subcommand("convert", "Apply effects to pictures and save the results");
+    sub->add_option("PATH", request.paths, "Pictures and, last, the file or folder for the results")
+        ->required()
+        ->type_name("");
+    for (const EffectOption& effect : effectOptions())
+        addEffect(*sub, effect, request.steps);
+    const char* const saving = "Saving";
+    sub->add_option_function<std::string>(
+           "--background", [&](const std::string& text) { request.background = parseColour(text); },
+           "What transparent pixels are flattened onto; #000000\nunless said otherwise")
+        ->type_name("COLOUR")
+        ->group(saving);
+    sub->add_flag("--keep-alpha", request.keepAlpha, "Save alpha: 32 bits a pixel, colour premultiplied")
+        ->group(saving);
+    sub->add_flag("--overwrite", request.overwrite, "Replace existing files without a question")->group(saving);
+    sub->footer("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
+                "says\nthe format; this version writes .bmp. Results in a folder are named like their pictures. "
+                "An existing file\nis replaced after a question at a terminal, and kept elsewhere.\n\n"
+                "Examples:\n"
+                "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
+                "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
+                "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
+}
+
+void addGallery(CLI::App& app, GalleryRequest& request) {
+    CLI::App* const sub = app.add_subcommand("gallery", "Show every effect on pictures in one HTML page");
+    sub->add_option("PICTURE", request.pictures, "Pictures")->required()->type_name("");
+    sub->add_option("-o,--output", request.folder, "Folder for the page and the results")
+        ->type_name("FOLDER")
+        ->capture_default_str();
+    sub->footer("Example:\n  pixkit gallery samples/pictures/*.png -o out/gallery");
+}
+
+int parseAndRun(std::vector<std::string>& arguments, Console& console) {
+    CLI::App app("Load pictures, change them, save them.", "pixkit");
+    InfoRequest infoRequest;
+    ConvertRequest convertRequest;
+    GalleryRequest galleryRequest;
+    app.allow_windows_style_options(false); // a path may begin with a slash everywhere
+    app.get_formatter()->column_width(34);
+    app.require_subcommand(1);
+    app.set_version_flag("--version", "pixkit " + cPixSheet().Version(), "Show the version");
+    app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG and writes BMP.\n"
+               "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
+    addInfo(app, infoRequest);
+    addConvert(app, convertRequest);
+    addGallery(app, galleryRequest);
+    if (arguments.empty()) {
+        console.err << app.help() << '\n';
+        return exitUsage;
+    }
+    try {
+        std::ranges::reverse(arguments); // the parser takes them from the end
+        app.parse(arguments);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error, console.out, console.err) == 0 ? exitOk : exitUsage;
+    }
+    if (app.got_subcommand("info")) return info(infoRequest, console);
+    if (app.got_subcommand("convert")) return convert(convertRequest, console);
+    return gallery(galleryRequest, console);
+}
+
+} // namespace
+
+int run(std::vector<std::string> arguments, Console& console) {
+    try {
+        return parseAndRun(arguments, console);
+    } catch (const UsageError& error) {
+        console.err << "pixkit: " << error.what() << "\n'pixkit --help' says more.\n";
+        return exitUsage;
+    } catch (const std::exception& error) {
+        console.err << "pixkit: " << error.what() << '\n';
+        return exitSomeFailed;
+    }
+}
+
+} // namespace pixkit::cli

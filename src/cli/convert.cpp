@@ -1,0 +1,103 @@
+// `pixkit convert`: load, apply the effects in the order given, save.
+#include "cli/MessageBoxes.h"
+#include "cli/UsageError.h"
+#include "cli/commands.h"
+#include "cli/files.h"
+#include "cli/text.h"
+#include "surface/cPixSheet.h"
+#include <filesystem>
+#include <map>
+#include <ostream>
+#include <stdexcept>
+
+namespace pixkit::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// One input after the other could not be done; the reason goes to the person, the rest goes on.
+class Failed : public std::runtime_error {
+  public:
+    Failed(const std::string& file, const std::string& reason) : std::runtime_error(file + ": " + reason) {}
+};
+
+// Where results go: one named file, or a folder that gives each its input's name.
+class Destination {
+  public:
+    explicit Destination(const std::vector<std::string>& paths) {
+        if (paths.size() < 2) throw UsageError("name at least one picture, and the file or folder for the result");
+        const std::string& name = paths.back();
+        m_path = toPath(name);
+        std::error_code error;
+        m_isFolder = paths.size() > 2 || fs::is_directory(m_path, error) || !m_path.has_filename();
+        if (m_isFolder && fs::exists(m_path, error) && !fs::is_directory(m_path, error)) {
+            throw UsageError("several pictures need a folder for their results, and " + name + " is a file");
+        }
+        if (!m_isFolder) {
+            if (const auto problem = formatProblem(m_path)) throw UsageError(name + ": " + *problem);
+        }
+    }
+
+    void prepare() const {
+        std::error_code error;
+        if (m_isFolder) fs::create_directories(m_path, error);
+        if (error) throw Failed(toUtf8(m_path), "cannot be made: " + error.message());
+    }
+
+    // Two inputs of one name must not end up in one file.
+    fs::path claimTarget(const std::string& input) {
+        fs::path target = m_isFolder ? m_path / toPath(input).stem() : m_path;
+        if (m_isFolder) target += ".bmp";
+        const auto [entry, isNew] = m_claims.emplace(target, input);
+        if (!isNew) throw Failed(input, "its result would replace that of " + entry->second + " in " + toUtf8(target));
+        return target;
+    }
+
+  private:
+    fs::path m_path;
+    bool m_isFolder = false;
+    std::map<fs::path, std::string> m_claims;
+};
+
+void convertOne(const std::string& input, const fs::path& targetPath, const ConvertRequest& request,
+                MessageBoxes& boxes, std::ostream& out) {
+    const std::string target = toUtf8(targetPath);
+    boxes.about(input);
+    cPixSheet sheet;
+    if (!sheet.LoadPicture_File(input)) throw Failed(input, loadFailureReason(toPath(input)));
+    for (const EffectStep& step : request.steps) {
+        if (!step.apply(sheet)) throw Failed(input, step.option + " failed, perhaps for lack of memory");
+    }
+    boxes.about(target);
+    if (!sheet.SaveToFile_Bitmap(target, request.keepAlpha, request.background, !request.overwrite)) {
+        throw Failed(target, boxes.refused() ? "exists already and was kept; --overwrite replaces it"
+                                             : saveFailureReason(targetPath));
+    }
+    out << input << " -> " << target << '\n';
+}
+
+} // namespace
+
+int convert(const ConvertRequest& request, Console& console) {
+    Destination destination(request.paths);
+    MessageBoxes boxes(console);
+    int exitCode = exitOk;
+    const auto attempt = [&](const auto& work) {
+        try {
+            work();
+        } catch (const Failed& failure) {
+            console.err << "pixkit convert: " << failure.what() << '\n';
+            exitCode = exitSomeFailed;
+        }
+    };
+    attempt([&] { destination.prepare(); });
+    if (exitCode != exitOk) return exitCode;
+    for (std::size_t i = 0; i + 1 < request.paths.size(); ++i) {
+        const std::string& input = request.paths[i];
+        attempt([&] { convertOne(input, destination.claimTarget(input), request, boxes, console.out); });
+    }
+    return exitCode;
+}
+
+} // namespace pixkit::cli

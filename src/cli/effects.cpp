@@ -1,0 +1,166 @@
+#include "cli/effects.h"
+#include "cli/UsageError.h"
+#include "cli/text.h"
+#include "surface/cPixSheet.h"
+#include <algorithm>
+#include <array>
+#include <charconv>
+
+namespace pixkit::cli {
+
+namespace {
+
+struct Formula {
+    const char* word;
+    const char* constant;
+    const char* title;
+    eGrayScaleFormulas value;
+};
+constexpr std::array<Formula, 8> formulas = {{
+    {"ntscpal", "gsclNTSCPAL", "NTSC / PAL", gsclNTSCPAL},
+    {"ccir709", "gsclCCIR709", "CCIR 709", gsclCCIR709},
+    {"simpleavg", "gsclSimpleAvg", "simple average", gsclSimpleAvg},
+    {"redmask", "gsclRedMask", "red mask", gsclRedMask},
+    {"greenmask", "gsclGreenMask", "green mask", gsclGreenMask},
+    {"bluemask", "gsclBlueMask", "blue mask", gsclBlueMask},
+    {"redgreenmask", "gsclRedGreenMask", "red-green mask", gsclRedGreenMask},
+    {"bluegreenmask", "gsclBlueGreenMask", "blue-green mask", gsclBlueGreenMask},
+}};
+
+EffectStep parseGrayscale(const std::string& argument) {
+    const std::string word = toLower(argument);
+    for (const Formula& formula : formulas) {
+        if (word != formula.word) continue;
+        return {"",
+                std::string("Grayscale, ") + formula.title,
+                std::string("MakeGrayScale(") + formula.constant + ")",
+                {},
+                [value = formula.value](cPixSheet& sheet) { return sheet.MakeGrayScale(value); }};
+    }
+    std::string known;
+    for (const Formula& formula : formulas)
+        known += std::string(known.empty() ? "" : ", ") + formula.word;
+    throw UsageError("'" + argument + "' is not a grayscale formula; known are " + known);
+}
+
+EffectStep parseInvert(const std::string&) {
+    return {"", "Inverted", "MakeImageInverse()", {}, [](cPixSheet& sheet) { return sheet.MakeImageInverse(); }};
+}
+
+template <class Number>
+bool parseWholeNumber(std::string_view text, Number& value) {
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc{} && result.ptr == end;
+}
+
+EffectStep lightness(const std::string& argument, float sign, const char* direction) {
+    float percent = 0;
+    // The negated test refuses a NaN as well. Zero would be refused by the member.
+    if (!parseWholeNumber(argument, percent) || !(percent > 0 && percent <= 100)) {
+        throw UsageError("'" + argument + "' is not a percentage above 0 and up to 100");
+    }
+    return {"",
+            argument + " % " + direction,
+            std::string("MakeLighterDarker(") + (sign < 0 ? "-" : "") + argument + ")",
+            {},
+            [signedPercent = sign * percent](cPixSheet& sheet) { return sheet.MakeLighterDarker(signedPercent); }};
+}
+
+EffectStep parseLighten(const std::string& argument) {
+    return lightness(argument, 1.0F, "lighter");
+}
+
+EffectStep parseDarken(const std::string& argument) {
+    return lightness(argument, -1.0F, "darker");
+}
+
+// A COLORREF as C++ has it; its digits stand in the order blue, green, red.
+std::string colourLiteral(std::int32_t colour) {
+    const std::string rgb = formatColour(colour);
+    return "0x" + rgb.substr(5, 2) + rgb.substr(3, 2) + rgb.substr(1, 2);
+}
+
+EffectStep parseTransparent(const std::string& argument) {
+    const std::int32_t colour = parseColour(argument);
+    return {"", "Colour made transparent", "MakeTransparent(" + colourLiteral(colour) + ")", colour,
+            [colour](cPixSheet& sheet) { return sheet.MakeTransparent(colour); }};
+}
+
+EffectStep parseFill(const std::string& argument) {
+    const std::int32_t colour = parseColour(argument);
+    return {"", "Empty pixels filled", "MakeTransparent(" + colourLiteral(colour) + ", true)", colour,
+            [colour](cPixSheet& sheet) { return sheet.MakeTransparent(colour, true); }};
+}
+
+EffectStep parseBlend(const std::string& argument) {
+    const std::size_t colon = argument.find(':');
+    const std::int32_t colour = parseColour(std::string_view(argument).substr(0, colon));
+    std::int32_t opacity = 33;
+    if (colon != std::string::npos) {
+        const std::string percent = argument.substr(colon + 1);
+        if (!parseWholeNumber(percent, opacity) || opacity < 1 || opacity > 100) {
+            throw UsageError("'" + percent + "' is not a whole percentage from 1 to 100");
+        }
+    }
+    return {"", "Blended at " + std::to_string(opacity) + " %",
+            "BlendToColor(" + colourLiteral(colour) + ", " + std::to_string(opacity) + ")", colour,
+            [colour, opacity](cPixSheet& sheet) { return sheet.BlendToColor(colour, opacity); }};
+}
+
+EffectStep parseMirror(const std::string& argument) {
+    const std::string axes = toLower(argument);
+    if (axes != "x" && axes != "y" && axes != "xy") {
+        throw UsageError("'" + argument +
+                         "' is not an axis to mirror; known are x (left to right), y (top to bottom) "
+                         "and xy");
+    }
+    const bool x = axes.front() == 'x';
+    const bool y = axes.back() == 'y';
+    return {"",
+            x && y ? "Mirrored both ways"
+            : x    ? "Mirrored left to right"
+                   : "Mirrored top to bottom",
+            std::string("MirrorImage(") + (x ? "true, " : "false, ") + (y ? "true)" : "false)"),
+            {},
+            [x, y](cPixSheet& sheet) { return sheet.MirrorImage(x, y); }};
+}
+
+constexpr std::array<EffectOption, 8> table = {{
+    {"--grayscale", "FORMULA",
+     "To grey by ntscpal, ccir709, simpleavg, redmask, greenmask,\nbluemask, redgreenmask or bluegreenmask",
+     parseGrayscale},
+    {"--invert", nullptr, "Each colour to its opposite", parseInvert},
+    {"--lighten", "PERCENT", "Lighter by more than 0 and up to 100 %", parseLighten},
+    {"--darken", "PERCENT", "Darker by more than 0 and up to 100 %", parseDarken},
+    {"--transparent", "COLOUR", "Pixels of exactly this colour become transparent", parseTransparent},
+    {"--fill", "COLOUR", "Fully transparent pixels become this colour", parseFill},
+    {"--blend", "COLOUR[:PERCENT]", "Mixed with a colour, at 33 % unless said otherwise", parseBlend},
+    {"--mirror", "AXES", "x: left to right, y: top to bottom, xy: both", parseMirror},
+}};
+
+} // namespace
+
+std::span<const EffectOption> effectOptions() {
+    return table;
+}
+
+EffectStep makeStep(const EffectOption& option, const std::string& argument) {
+    try {
+        EffectStep step = option.parse(argument);
+        const bool quoted = argument.starts_with('#'); // a shell would read the rest of the line as a comment
+        step.option = option.name;
+        if (option.argument != nullptr) step.option += quoted ? " '" + argument + "'" : " " + argument;
+        return step;
+    } catch (const UsageError& error) {
+        throw UsageError(std::string(option.name) + ": " + error.what());
+    }
+}
+
+EffectStep makeStep(std::string_view name, const std::string& argument) {
+    const auto found = std::ranges::find_if(table, [&](const EffectOption& option) { return name == option.name; });
+    if (found == table.end()) throw std::logic_error("no such effect: " + std::string(name));
+    return makeStep(*found, argument);
+}
+
+} // namespace pixkit::cli

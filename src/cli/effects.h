@@ -1,0 +1,41 @@
+// The effects that the command offers: one table of options, used by `convert` for its command line and by `gallery`
+// for its pictures.
+#pragma once
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace pixkit {
+class cPixSheet;
+}
+
+namespace pixkit::cli {
+
+// One effect with its settings, ready to be applied.
+struct EffectStep {
+    std::string option;                          // as on the command line: "--lighten 25"
+    std::string title;                           // for people: "25 % lighter"
+    std::string call;                            // the member behind it: "MakeLighterDarker(25)"
+    std::optional<std::int32_t> colour;          // the COLORREF in it, to be shown
+    std::function<bool(cPixSheet& sheet)> apply; // what the member answers
+};
+
+struct EffectOption {
+    const char* name;     // "--lighten"
+    const char* argument; // what its argument is called in the help; null for an option without one
+    const char* help;
+    // Throws UsageError when the argument makes no sense. Leaves the step's `option` to makeStep.
+    EffectStep (*parse)(const std::string& argument);
+};
+
+std::span<const EffectOption> effectOptions();
+
+// A step from an entry of the table and its argument, empty for an option without one. Throws UsageError.
+EffectStep makeStep(const EffectOption& option, const std::string& argument);
+// The same by the option's name, which must be one of the table's.
+EffectStep makeStep(std::string_view name, const std::string& argument);
+
+} // namespace pixkit::cli

@@ -1,0 +1,126 @@
+#include "cli/files.h"
+#include "cli/text.h"
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <string_view>
+#include <vector>
+
+namespace pixkit::cli {
+
+namespace fs = std::filesystem;
+using namespace std::string_view_literals;
+
+namespace {
+
+struct Signature {
+    FileKind kind;
+    std::string_view bytes;
+    std::size_t offset = 0;
+    bool inTail = false; // `offset` counts from the file's end
+};
+constexpr std::array<Signature, 18> signatures = {{
+    {{"a PNG file", true}, "\x89PNG\r\n\x1A\n"sv},
+    {{"a JPEG file", false}, "\xFF\xD8\xFF"sv},
+    {{"a GIF file", false}, "GIF87a"sv},
+    {{"a GIF file", false}, "GIF89a"sv},
+    {{"a BMP file", false}, "BM"sv},
+    {{"an icon file", false}, "\0\0\1\0"sv},
+    {{"a cursor file", false}, "\0\0\2\0"sv},
+    {{"a TGA file", false}, "TRUEVISION-XFILE.\0"sv, 18, true},
+    {{"a TIFF file", false}, "II*\0"sv},
+    {{"a TIFF file", false}, "MM\0*"sv},
+    {{"a WebP file", false}, "WEBP"sv, 8},
+    {{"an AVIF file", false}, "ftypavif"sv, 4},
+    {{"a HEIC file", false}, "ftyphei"sv, 4},
+    {{"a WMF file", false}, "\xD7\xCD\xC6\x9A"sv},
+    {{"an EMF file", false}, " EMF"sv, 40},
+    {{"an SVG file", false}, "<svg"sv},
+    {{"a PDF file", false}, "%PDF-"sv},
+    {{"a text file with markup", false}, "<?xml"sv},
+}};
+
+bool matches(const Signature& signature, std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail) {
+    const std::span<const std::uint8_t> bytes = signature.inTail ? tail : head;
+    if (bytes.size() < signature.offset) return false;
+    const std::size_t start = signature.inTail ? bytes.size() - signature.offset : signature.offset;
+    return bytes.size() - start >= signature.bytes.size() &&
+           std::ranges::equal(bytes.subspan(start, signature.bytes.size()), signature.bytes,
+                              [](std::uint8_t byte, char c) { return byte == static_cast<std::uint8_t>(c); });
+}
+
+std::vector<std::uint8_t> readPart(std::ifstream& file, std::uintmax_t start) {
+    std::vector<std::uint8_t> bytes(sniffedBytes);
+    file.clear();
+    file.seekg(static_cast<std::streamoff>(start));
+    file.read(reinterpret_cast<char*>(bytes.data()), sniffedBytes);
+    bytes.resize(static_cast<std::size_t>(file.gcount()));
+    return bytes;
+}
+
+std::string extensionOf(const fs::path& file) {
+    return toLower(toUtf8(file.extension()));
+}
+
+} // namespace
+
+const FileKind* sniff(std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail) {
+    const auto found =
+        std::ranges::find_if(signatures, [&](const Signature& signature) { return matches(signature, head, tail); });
+    return found == signatures.end() ? nullptr : &found->kind;
+}
+
+std::string loadFailureReason(const fs::path& file) {
+    constexpr std::uintmax_t largestRefusedFile = 56;
+    std::error_code error;
+    if (!fs::exists(file, error)) return error ? "cannot be opened: " + error.message() : "no such file";
+    if (fs::is_directory(file, error)) return "is a folder, not a picture";
+    const std::uintmax_t size = fs::file_size(file, error);
+    std::ifstream stream(file, std::ios::binary);
+    if (error || !stream) return "cannot be opened for reading";
+    if (size <= largestRefusedFile) {
+        return "has only " + std::to_string(size) + " bytes; no picture is that small";
+    }
+    const auto head = readPart(stream, 0);
+    const auto tail = readPart(stream, size > sniffedBytes ? size - sniffedBytes : 0);
+    if (const FileKind* kind = sniff(head, tail)) {
+        const std::string is = std::string("is ") + kind->description;
+        return kind->hasReader ? is + " that is damaged, or too large" : is + ", which this version cannot read";
+    }
+    // Older files of this format carry no mark at all.
+    if (extensionOf(file) == ".tga") return "is a TGA file by its name, which this version cannot read";
+    return "is not a picture in any format known here";
+}
+
+std::optional<std::string> formatProblem(const fs::path& target) {
+    struct Format {
+        std::string_view extension;
+        const char* name;
+    };
+    constexpr std::array<Format, 7> withoutWriter = {{{".png", "PNG"},
+                                                      {".gif", "GIF"},
+                                                      {".jpg", "JPEG"},
+                                                      {".jpeg", "JPEG"},
+                                                      {".tga", "TGA"},
+                                                      {".ico", "icon"},
+                                                      {".cur", "cursor"}}};
+    const std::string extension = extensionOf(target);
+    if (extension == ".bmp") return {};
+    if (extension.empty()) return "has no extension, which would say the format; this version writes .bmp";
+    for (const Format& format : withoutWriter) {
+        if (extension == format.extension) {
+            return std::string("there is no writer yet for ") + format.name + " files; this version writes .bmp";
+        }
+    }
+    return "the extension '" + extension + "' is not known; this version writes .bmp";
+}
+
+std::string saveFailureReason(const fs::path& target) {
+    std::error_code error;
+    if (fs::is_directory(target, error)) return "is a folder";
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    if (!fs::is_directory(folder, error)) return "its folder does not exist";
+    return "cannot be written";
+}
+
+} // namespace pixkit::cli

@@ -1,0 +1,241 @@
+// `pixkit gallery`: every effect on every picture, and a page that shows them side by side.
+#include "cli/MessageBoxes.h"
+#include "cli/Progress.h"
+#include "cli/commands.h"
+#include "cli/files.h"
+#include "cli/gallery_page.h"
+#include "cli/names.h"
+#include "cli/text.h"
+#include "surface/cPixSheet.h"
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <ostream>
+#include <set>
+#include <stdexcept>
+
+namespace pixkit::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class GalleryError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct Effect {
+    const char* group;
+    const char* title; // null: the step's own
+    std::vector<EffectStep> steps;
+};
+
+std::optional<std::int32_t> mostFrequentOpaqueColour(const cPixSheet& sheet) {
+    ByteArray bits;
+    if (!sheet.GetDIBbits(bits, false, false)) return {};
+    std::vector<std::int32_t> colours;
+    const auto bytes = bits.bytes();
+    for (std::size_t i = 0; i + 3 < bytes.size(); i += 4) {
+        if (bytes[i + 3] == 255) colours.push_back(bytes[i] | (bytes[i + 1] << 8) | (bytes[i + 2] << 16));
+    }
+    std::ranges::sort(colours);
+    std::optional<std::int32_t> best;
+    std::ptrdiff_t mostPixels = 0;
+    for (auto run = colours.begin(); run != colours.end();) {
+        const auto end = std::upper_bound(run, colours.end(), *run);
+        if (end - run > mostPixels) {
+            mostPixels = end - run;
+            best = *run;
+        }
+        run = end;
+    }
+    return best;
+}
+
+std::vector<Effect> effectsFor(const cPixSheet& picture) {
+    constexpr const char* fillColour = "#ffb000";
+    std::vector<Effect> effects;
+    const auto add = [&](const char* group, const char* option, const std::string& argument) {
+        effects.push_back({group, nullptr, {makeStep(option, argument)}});
+    };
+    for (const char* formula :
+         {"ntscpal", "ccir709", "simpleavg", "redmask", "greenmask", "bluemask", "redgreenmask", "bluegreenmask"})
+        add("Grayscale", "--grayscale", formula);
+    add("Light", "--invert", "");
+    for (const char* percent : {"25", "50"})
+        add("Light", "--lighten", percent);
+    for (const char* percent : {"25", "50"})
+        add("Light", "--darken", percent);
+    add("Colour", "--blend", "#0000ff:33");
+    add("Colour", "--blend", "#ff8000:66");
+    if (const auto key = mostFrequentOpaqueColour(picture)) {
+        add("Colour", "--transparent", formatColour(*key));
+        effects.push_back({"Colour",
+                           "The same, then empty pixels filled",
+                           {makeStep("--transparent", formatColour(*key)), makeStep("--fill", fillColour)}});
+    }
+    if (picture.Alpha() != AlphaNone) add("Colour", "--fill", fillColour);
+    for (const char* axes : {"x", "y", "xy"})
+        add("Mirror", "--mirror", axes);
+    return effects;
+}
+
+// Saves one picture's results into a folder of their own.
+class PictureFolder {
+  public:
+    PictureFolder(const fs::path& gallery, const fs::path& name) : m_gallery(gallery), m_name(name) {
+        std::error_code error;
+        fs::create_directories(gallery / name, error);
+        if (error) throw GalleryError("cannot make its folder: " + error.message());
+    }
+
+    GalleryCard save(const cPixSheet& sheet, const std::string& name) {
+        constexpr std::int64_t largestWithDownload = 1'000'000; // pixels
+        GalleryCard card;
+        card.alpha = alphaName(sheet.Alpha()).word;
+        card.colourFile = write(sheet, name + ".bmp", false);
+        if (sheet.Alpha() == AlphaNone) return card;
+        card.maskFile = saveMask(sheet);
+        if (std::int64_t{sheet.Width()} * sheet.Height() <= largestWithDownload) {
+            card.savedFile = write(sheet, name + "-32.bmp", true);
+        }
+        return card;
+    }
+
+  private:
+    // A picture with alpha is flattened onto black here, which leaves its premultiplied colours as they are.
+    std::string write(const cPixSheet& sheet, const std::string& name, bool keepAlpha) const {
+        const fs::path relative = m_name / toPath(name);
+        const std::string file = toUtf8(m_gallery / relative);
+        if (!sheet.SaveToFile_Bitmap(file, keepAlpha, 0, false)) {
+            throw GalleryError(file + ": " + saveFailureReason(toPath(file)));
+        }
+        return toUtf8(relative);
+    }
+
+    // Browsers do not agree on the alpha of BMP files, so it travels as a picture: what remains of the background.
+    // Most effects leave alpha alone and share one mask.
+    std::string saveMask(const cPixSheet& sheet) {
+        ByteArray alpha;
+        if (!sheet.GetAlphaMask(alpha, false, false)) throw GalleryError("no memory for its alpha mask");
+        const auto known = std::ranges::find_if(
+            m_masks, [&](const Mask& mask) { return std::ranges::equal(mask.alpha.bytes(), alpha.bytes()); });
+        if (known != m_masks.end()) return known->file;
+
+        ByteArray grey;
+        grey.redim(alpha.size() * 3);
+        std::uint8_t* pixel = grey.data();
+        for (const std::uint8_t a : alpha.bytes())
+            pixel = std::fill_n(pixel, 3, static_cast<std::uint8_t>(255 - a));
+        cPixSheet picture;
+        if (!picture.InitializeDIB(sheet.Width(), sheet.Height()) ||
+            !picture.SetDIBbits(grey, true, false, false, true)) {
+            throw GalleryError("no memory for its alpha mask");
+        }
+        const std::string file = write(picture, "mask-" + std::to_string(m_masks.size() + 1) + ".bmp", false);
+        m_masks.push_back({std::move(alpha), file});
+        return file;
+    }
+
+    struct Mask {
+        ByteArray alpha;
+        std::string file;
+    };
+    fs::path m_gallery;
+    fs::path m_name;
+    std::vector<Mask> m_masks;
+};
+
+GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string& number, PictureFolder& folder) {
+    cPixSheet copy;
+    picture.CopyImageTo(copy);
+    std::string fileName = number;
+    std::string options;
+    for (const EffectStep& step : effect.steps) {
+        if (!step.apply(copy)) throw GalleryError(step.option + " failed, perhaps for lack of memory");
+        options += (options.empty() ? "" : " ") + step.option;
+        fileName += step.option.substr(1, step.option.find(' ') - 1);
+    }
+    GalleryCard card = folder.save(copy, fileName);
+    card.title = effect.title != nullptr ? effect.title : effect.steps.front().title;
+    card.option = options;
+    for (const EffectStep& step : effect.steps) {
+        card.calls.push_back(step.call);
+        if (step.colour) card.colours.push_back(*step.colour);
+    }
+    return card;
+}
+
+GalleryPicture makePicture(const std::string& file, const fs::path& gallery, const fs::path& folderName,
+                           Progress& progress) {
+    cPixSheet sheet;
+    if (!sheet.LoadPicture_File(file)) throw GalleryError(loadFailureReason(toPath(file)));
+    PictureFolder folder(gallery, folderName);
+    GalleryPicture picture;
+    picture.name = toUtf8(toPath(file).filename());
+    picture.width = sheet.Width();
+    picture.height = sheet.Height();
+    std::error_code gone;
+    picture.facts = std::to_string(sheet.Width()) + " × " + std::to_string(sheet.Height()) + " pixels · " +
+                    imageTypeName(sheet.ImageType()).word + " · alpha: " + alphaName(sheet.Alpha()).word + " · " +
+                    std::to_string(fs::file_size(toPath(file), gone)) + " bytes";
+    picture.original = folder.save(sheet, "00-original");
+    picture.original.title = "As loaded";
+    std::size_t number = 0;
+    const std::vector<Effect> effects = effectsFor(sheet);
+    for (const Effect& effect : effects) {
+        progress.part(number, effects.size());
+        if (picture.groups.empty() || picture.groups.back().title != effect.group) {
+            picture.groups.push_back({effect.group, {}});
+        }
+        const std::string digits = std::to_string(100 + ++number).substr(1);
+        picture.groups.back().cards.push_back(makeCard(sheet, effect, digits, folder));
+    }
+    return picture;
+}
+
+// The picture's own name where that is still free.
+fs::path freeFolderName(const std::string& file, std::set<std::string>& taken) {
+    const std::string stem = toUtf8(toPath(file).stem());
+    std::string name = stem;
+    for (int copy = 2; !taken.insert(toLower(name)).second; ++copy)
+        name = stem + "-" + std::to_string(copy);
+    return toPath(name);
+}
+
+} // namespace
+
+int gallery(const GalleryRequest& request, Console& console) {
+    const fs::path folder = toPath(request.folder);
+    const std::string version = cPixSheet().Version();
+    std::vector<GalleryPicture> pictures;
+    std::set<std::string> folderNames = {"index.html"};
+    MessageBoxes boxes(console);
+    Progress progress(console, request.pictures.size());
+    int exitCode = exitOk;
+    for (const std::string& file : request.pictures) {
+        boxes.about(file);
+        progress.nextItem(file);
+        try {
+            pictures.push_back(makePicture(file, folder, freeFolderName(file, folderNames), progress));
+        } catch (const GalleryError& error) {
+            progress.clear();
+            console.err << "pixkit gallery: " << file << ": " << error.what() << '\n';
+            exitCode = exitSomeFailed;
+        }
+    }
+    progress.clear();
+    if (pictures.empty()) return exitCode;
+    const fs::path page = folder / "index.html";
+    std::ofstream html(page, std::ios::binary);
+    writeGalleryPage(html, pictures, version);
+    if (!html.flush()) {
+        console.err << "pixkit gallery: " << toUtf8(page) << ": cannot be written\n";
+        return exitSomeFailed;
+    }
+    console.out << "Look at " << toUtf8(fs::absolute(page)) << '\n';
+    return exitCode;
+}
+
+} // namespace pixkit::cli

@@ -1,0 +1,137 @@
+#include "cli/gallery_page.h"
+#include "cli/text.h"
+#include <algorithm>
+#include <ostream>
+
+namespace pixkit::cli {
+
+namespace {
+
+// Transparency is put together by the browser, exactly: the checkerboard times what alpha leaves of it, plus the
+// premultiplied colour. Where plus-lighter is unknown, screen comes close.
+constexpr const char* style = R"css(
+:root { color-scheme: light dark; --page: #f4f5f7; --card: #fff; --ink: #1d2127; --soft: #5d6672; --line: #dfe3e8;
+        --accent: #2457c5; --square-a: #fff; --square-b: #d5d8dd; }
+@media (prefers-color-scheme: dark) {
+  :root { --page: #14171b; --card: #1e2228; --ink: #e8eaee; --soft: #9aa4b1; --line: #2f353d; --accent: #8db4ff;
+          --square-a: #5b6067; --square-b: #44494f; }
+}
+* { box-sizing: border-box; }
+body { margin: 0; background: var(--page); color: var(--ink); font: 15px/1.45 system-ui, sans-serif; }
+body > header, main, footer { max-width: 1500px; margin: 0 auto; padding: 0 clamp(12px, 3vw, 32px); }
+h1 { margin: 28px 0 4px; font-size: 28px; letter-spacing: -.01em; }
+h2 { margin: 0; font-size: 20px; }
+h3 { margin: 26px 0 10px; font-size: 12px; letter-spacing: .09em; text-transform: uppercase; color: var(--soft); }
+p { margin: 0; max-width: 75ch; }
+a { color: var(--accent); text-decoration: none; }
+a:hover { text-decoration: underline; }
+.soft, footer { color: var(--soft); }
+nav { display: flex; flex-wrap: wrap; gap: 8px; margin: 18px 0 8px; }
+nav a { padding: 4px 12px; border: 1px solid var(--line); border-radius: 99px; background: var(--card); }
+section { margin: 36px 0 0; padding-top: 26px; border-top: 1px solid var(--line); }
+.original { max-width: 560px; margin-top: 16px; }
+.row { display: grid; gap: 14px; grid-template-columns: repeat(auto-fill, minmax(min(100%, 225px), 1fr)); }
+figure { margin: 0; display: flex; flex-direction: column; background: var(--card); border: 1px solid var(--line);
+         border-radius: 10px; overflow: hidden; }
+.frame { flex: 1; display: flex; align-items: center; justify-content: center; min-height: 110px; padding: 10px; }
+.picture { position: relative; display: block; isolation: isolate; max-width: 100%;
+           background: repeating-conic-gradient(var(--square-a) 0 25%, var(--square-b) 0 50%) 0 0 / 18px 18px; }
+.picture img { display: block; max-width: 100%; height: auto; }
+.picture .mask { mix-blend-mode: multiply; }
+.picture .mask + img { position: absolute; inset: 0; width: 100%; height: 100%; mix-blend-mode: screen;
+                       mix-blend-mode: plus-lighter; }
+.tiny img { image-rendering: pixelated; }
+figcaption { padding: 9px 12px 11px; border-top: 1px solid var(--line); font-size: 13px; }
+figcaption b { display: block; font-size: 14px; }
+code { font: 12px/1.5 ui-monospace, monospace; overflow-wrap: anywhere; }
+.swatch { display: inline-block; width: .8em; height: .8em; margin-left: .35em; border-radius: 3px;
+          border: 1px solid var(--line); vertical-align: -.05em; }
+footer { margin-top: 48px; padding-bottom: 40px; font-size: 13px; }
+)css";
+
+std::string link(const std::string& file, const std::string& text) {
+    return "<a href=\"" + urlPath(file) + "\">" + text + "</a>";
+}
+
+// Very small pictures are shown larger, pixel by pixel.
+std::int32_t magnification(const GalleryPicture& picture) {
+    const std::int32_t longest = std::max({picture.width, picture.height, 1});
+    return longest > 64 ? 1 : 128 / longest;
+}
+
+std::string image(const GalleryPicture& picture, const std::string& file, const char* cssClass,
+                  const std::string& alternative) {
+    const std::int32_t scale = magnification(picture);
+    return std::string("<img") + (*cssClass != '\0' ? std::string(" class=\"") + cssClass + "\"" : "") + " src=\"" +
+           urlPath(file) + "\" alt=\"" + htmlText(alternative) + "\" width=\"" + std::to_string(picture.width * scale) +
+           "\" height=\"" + std::to_string(picture.height * scale) + "\" loading=\"lazy\" decoding=\"async\">";
+}
+
+void writeFrame(std::ostream& html, const GalleryPicture& picture, const GalleryCard& card) {
+    const std::string alternative = picture.name + ", " + card.title;
+    html << "<div class=\"frame\"><a class=\"picture" << (magnification(picture) > 1 ? " tiny" : "") << "\" href=\""
+         << urlPath(card.savedFile.empty() ? card.colourFile : card.savedFile) << "\">";
+    if (!card.maskFile.empty()) html << image(picture, card.maskFile, "mask", "");
+    html << image(picture, card.colourFile, "", alternative) << "</a></div>\n";
+}
+
+void writeCaption(std::ostream& html, const GalleryCard& card) {
+    html << "<figcaption><b>" << htmlText(card.title);
+    for (const std::int32_t colour : card.colours) {
+        const std::string rgb = formatColour(colour);
+        html << "<span class=\"swatch\" style=\"background:" << rgb << "\" title=\"" << rgb << "\"></span>";
+    }
+    html << "</b>";
+    for (const std::string& call : card.calls)
+        html << "<code>" << htmlText(call) << "</code><br>";
+    if (!card.option.empty()) html << "<code class=\"soft\">" << htmlText(card.option) << "</code><br>";
+    html << "<span class=\"soft\">alpha: " << htmlText(card.alpha) << " · </span>";
+    if (card.maskFile.empty()) {
+        html << link(card.colourFile, "24-bit BMP");
+    } else {
+        if (!card.savedFile.empty()) html << link(card.savedFile, "32-bit BMP") << "<span class=\"soft\"> · </span>";
+        html << link(card.colourFile, "on black") << "<span class=\"soft\"> · </span>" << link(card.maskFile, "mask");
+    }
+    html << "</figcaption>";
+}
+
+void writeCard(std::ostream& html, const GalleryPicture& picture, const GalleryCard& card, const char* cssClass) {
+    html << "<figure" << cssClass << ">\n";
+    writeFrame(html, picture, card);
+    writeCaption(html, card);
+    html << "</figure>\n";
+}
+
+std::string anchor(std::size_t index) {
+    return "picture-" + std::to_string(index + 1);
+}
+
+} // namespace
+
+void writeGalleryPage(std::ostream& html, const std::vector<GalleryPicture>& pictures, const std::string& version) {
+    html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>pixkit gallery</title>\n"
+            "<style>"
+         << style << "</style>\n</head>\n<body>\n<header>\n<h1>pixkit gallery</h1>\n"
+         << "<p class=\"soft\">Each picture was loaded, changed by one call and saved as BMP. The checkerboard shows "
+            "where a result is transparent.</p>\n<nav>\n";
+    for (std::size_t i = 0; i < pictures.size(); ++i)
+        html << "<a href=\"#" << anchor(i) << "\">" << htmlText(pictures[i].name) << "</a>\n";
+    html << "</nav>\n</header>\n<main>\n";
+    for (std::size_t i = 0; i < pictures.size(); ++i) {
+        const GalleryPicture& picture = pictures[i];
+        html << "<section id=\"" << anchor(i) << "\">\n<h2>" << htmlText(picture.name) << "</h2>\n<p class=\"soft\">"
+             << htmlText(picture.facts) << "</p>\n";
+        writeCard(html, picture, picture.original, " class=\"original\"");
+        for (const GalleryGroup& group : picture.groups) {
+            html << "<h3>" << htmlText(group.title) << "</h3>\n<div class=\"row\">\n";
+            for (const GalleryCard& card : group.cards)
+                writeCard(html, picture, card, "");
+            html << "</div>\n";
+        }
+        html << "</section>\n";
+    }
+    html << "</main>\n<footer>Made by pixkit " << htmlText(version) << ".</footer>\n</body>\n</html>\n";
+}
+
+} // namespace pixkit::cli

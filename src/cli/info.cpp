@@ -1,0 +1,78 @@
+// `pixkit info`: what a picture is, one line a file.
+#include "cli/MessageBoxes.h"
+#include "cli/commands.h"
+#include "cli/files.h"
+#include "cli/names.h"
+#include "cli/text.h"
+#include "surface/cPixSheet.h"
+#include <iomanip>
+#include <ostream>
+
+namespace pixkit::cli {
+
+namespace {
+
+struct Facts {
+    std::string file;
+    std::int32_t width, height;
+    AlphaTypeEnum alpha;
+    eImageFormat type;
+    std::uintmax_t bytes;
+};
+
+std::string withNumber(const char* word, int number) {
+    return std::string(word) + " (" + std::to_string(number) + ")";
+}
+
+void printRow(std::ostream& out, const std::string& size, const std::string& alpha, const std::string& type,
+              const std::string& bytes, const std::string& file) {
+    out << std::setw(13) << size << "  " << std::left << std::setw(13) << alpha << "  " << std::setw(17) << type
+        << std::right << std::setw(11) << bytes << "  " << file << '\n';
+}
+
+void printLine(std::ostream& out, const Facts& facts) {
+    printRow(out, std::to_string(facts.width) + " x " + std::to_string(facts.height),
+             withNumber(alphaName(facts.alpha).word, facts.alpha),
+             withNumber(imageTypeName(facts.type).word, facts.type), std::to_string(facts.bytes), facts.file);
+}
+
+void printJson(std::ostream& out, const Facts& facts) {
+    out << "{\"file\": " << jsonString(facts.file) << ", \"width\": " << facts.width << ", \"height\": " << facts.height
+        << ", \"alpha\": {\"value\": " << facts.alpha << ", \"name\": \"" << alphaName(facts.alpha).constant
+        << "\"}, \"type\": {\"value\": " << facts.type << ", \"name\": \"" << imageTypeName(facts.type).constant
+        << "\"}, \"bytes\": " << facts.bytes << "}";
+}
+
+} // namespace
+
+int info(const InfoRequest& request, Console& console) {
+    int exitCode = exitOk;
+    bool first = true;
+    MessageBoxes boxes(console);
+    if (request.json) console.out << '[';
+    for (const std::string& file : request.files) {
+        const std::filesystem::path path = toPath(file);
+        boxes.about(file);
+        cPixSheet sheet;
+        if (!sheet.LoadPicture_File(file)) {
+            console.err << "pixkit info: " << file << ": " << loadFailureReason(path) << '\n';
+            exitCode = exitSomeFailed;
+            continue;
+        }
+        std::error_code gone; // the file may be deleted under our hands
+        const std::uintmax_t bytes = std::filesystem::file_size(path, gone);
+        const Facts facts{file, sheet.Width(), sheet.Height(), sheet.Alpha(), sheet.ImageType(), gone ? 0 : bytes};
+        if (request.json) {
+            console.out << (first ? "\n  " : ",\n  ");
+            printJson(console.out, facts);
+        } else {
+            if (first) printRow(console.out, "size", "alpha", "type", "bytes", "file");
+            printLine(console.out, facts);
+        }
+        first = false;
+    }
+    if (request.json) console.out << (first ? "]\n" : "\n]\n");
+    return exitCode;
+}
+
+} // namespace pixkit::cli

@@ -1,0 +1,11 @@
+#include "cli/commands.h"
+#include "platform/console.h"
+#include <iostream>
+
+int main(int argc, char** argv) {
+    using namespace pixkit;
+    const platform::Utf8Console utf8Console;
+    cli::Console console{std::cin, std::cout, std::cerr, platform::isTerminal(platform::StandardStream::input),
+                         platform::isTerminal(platform::StandardStream::error)};
+    return cli::run(platform::commandLineArguments(argc, argv), console);
+}

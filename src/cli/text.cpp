@@ -1,0 +1,107 @@
+#include "cli/text.h"
+#include "cli/UsageError.h"
+#include <charconv>
+
+namespace pixkit::cli {
+
+namespace {
+
+constexpr char lowerHexDigits[] = "0123456789abcdef";
+
+void appendHexByte(std::string& text, unsigned value) {
+    text += lowerHexDigits[(value >> 4) & 15];
+    text += lowerHexDigits[value & 15];
+}
+
+bool isAsciiAlphanumeric(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+} // namespace
+
+std::filesystem::path toPath(std::string_view utf8) {
+    return {std::u8string(utf8.begin(), utf8.end())};
+}
+
+std::string toUtf8(const std::filesystem::path& path) {
+    const std::u8string text = path.generic_u8string();
+    return {text.begin(), text.end()};
+}
+
+std::int32_t parseColour(std::string_view text) {
+    std::uint32_t rgb = 0;
+    const char* const end = text.data() + text.size();
+    if (text.size() != 7 || text[0] != '#' || text[1] == '-' || // from_chars would take the sign
+        std::from_chars(text.data() + 1, end, rgb, 16).ptr != end) {
+        throw UsageError("'" + std::string(text) + "' is not a colour; write it as '#rrggbb', such as '#ff8000'");
+    }
+    return static_cast<std::int32_t>((rgb >> 16) | (rgb & 0xFF00U) | ((rgb & 0xFFU) << 16));
+}
+
+std::string formatColour(std::int32_t colour) {
+    std::string text = "#";
+    for (int shift = 0; shift <= 16; shift += 8)
+        appendHexByte(text, static_cast<std::uint32_t>(colour) >> shift);
+    return text;
+}
+
+std::string toLower(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+    return lower;
+}
+
+std::string jsonString(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') {
+            quoted += {'\\', c};
+        } else if (static_cast<unsigned char>(c) < 0x20) {
+            quoted += "\\u00";
+            appendHexByte(quoted, static_cast<unsigned char>(c));
+        } else {
+            quoted += c;
+        }
+    }
+    return quoted + '"';
+}
+
+std::string htmlText(std::string_view text) {
+    std::string html;
+    for (const char c : text) {
+        switch (c) {
+        case '&':
+            html += "&amp;";
+            break;
+        case '<':
+            html += "&lt;";
+            break;
+        case '>':
+            html += "&gt;";
+            break;
+        case '"':
+            html += "&quot;";
+            break;
+        default:
+            html += c;
+        }
+    }
+    return html;
+}
+
+std::string urlPath(std::string_view utf8) {
+    constexpr std::string_view harmless = "/-._~";
+    std::string url;
+    for (const char c : utf8) {
+        if (isAsciiAlphanumeric(c) || harmless.find(c) != std::string_view::npos) {
+            url += c;
+        } else {
+            url += '%';
+            appendHexByte(url, static_cast<unsigned char>(c));
+        }
+    }
+    return url;
+}
+
+} // namespace pixkit::cli

@@ -1,0 +1,28 @@
+// Text in and out of the command: file names, colours, quoting.
+#pragma once
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace pixkit::cli {
+
+// File names are UTF-8 in arguments and messages; std::filesystem would read narrow ones in Windows' code page.
+std::filesystem::path toPath(std::string_view utf8);
+std::string toUtf8(const std::filesystem::path& path);
+
+// '#rrggbb' to a COLORREF (red in the lowest byte) and back. Throws UsageError for anything else.
+std::int32_t parseColour(std::string_view text);
+std::string formatColour(std::int32_t colour);
+
+// ASCII only; other bytes stay.
+std::string toLower(std::string_view text);
+
+// `text` between quotation marks, as JSON has it.
+std::string jsonString(std::string_view text);
+// `text` as HTML content or as the value of a quoted attribute.
+std::string htmlText(std::string_view text);
+// A relative file name as a link: bytes that mean something else in a URL are percent-encoded, slashes stay.
+std::string urlPath(std::string_view utf8);
+
+} // namespace pixkit::cli
