@@ -15,15 +15,15 @@ std::string utf8(const std::filesystem::path& path) {
 }
 
 // A folder of its own for each test, removed at its end.
-class Files : public testing::Test {
+class PlatformFiles : public testing::Test {
   protected:
-    Files() {
+    PlatformFiles() {
         const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-        m_folder = std::filesystem::temp_directory_path() / ("pixkit-files-" + name);
+        m_folder = std::filesystem::temp_directory_path() / ("pixkit-platform-" + name);
         std::filesystem::remove_all(m_folder);
         std::filesystem::create_directories(m_folder);
     }
-    ~Files() override {
+    ~PlatformFiles() override {
         disarmFaults();
         std::error_code ignored;
         for (const auto& entry : std::filesystem::directory_iterator(m_folder, ignored))
@@ -60,7 +60,7 @@ class Files : public testing::Test {
 
 } // namespace
 
-TEST_F(Files, NonAsciiNamesKeepTheirCharacters) {
+TEST_F(PlatformFiles, NonAsciiNamesKeepTheirCharacters) {
     const std::string name = "gr\xC3\xBC\xC3\x9F \xE6\x97\xA5\xE6\x9C\xAC.bin"; // German and Japanese letters
     const std::string path = make(name, "seven b");
     EXPECT_TRUE(std::filesystem::exists(std::filesystem::path(std::u8string(path.begin(), path.end()))));
@@ -69,7 +69,7 @@ TEST_F(Files, NonAsciiNamesKeepTheirCharacters) {
     EXPECT_EQ(GetFileAttributesW(path), invalidFileAttributes);
 }
 
-TEST_F(Files, NarrowNamesMeanThisFileOrNone) {
+TEST_F(PlatformFiles, NarrowNamesMeanThisFileOrNone) {
     // Narrow code pages lack these letters: such a name must fail rather than become "????" or "Z".
     for (const std::string name : {"plain.bin", "\xE6\x97\xA5\xE6\x9C\xAC.bin", "\xE2\x84\xA4.bin"}) {
         SCOPED_TRACE(name);
@@ -84,7 +84,7 @@ TEST_F(Files, NarrowNamesMeanThisFileOrNone) {
     }
 }
 
-TEST_F(Files, NamesThatAreNoneFail) {
+TEST_F(PlatformFiles, NamesThatAreNoneFail) {
     make("a");
     const std::string cut = in("a") + std::string(1, '\0') + ".bin";
     for (const std::string& name : {std::string(), cut, in("missing/file"), in("missing")}) {
@@ -100,7 +100,7 @@ TEST_F(Files, NamesThatAreNoneFail) {
     EXPECT_EQ(entries(), 1);
 }
 
-TEST_F(Files, ADirectoryIsNoFile) {
+TEST_F(PlatformFiles, ADirectoryIsNoFile) {
     EXPECT_EQ(CreateFileW(folder(), FileUse::openExisting), invalidHandle);
     EXPECT_EQ(CreateFileW(folder(), FileUse::createAlways), invalidHandle);
     EXPECT_NE(GetFileAttributesW(folder()) & fileAttributeDirectory, 0U);
@@ -108,7 +108,7 @@ TEST_F(Files, ADirectoryIsNoFile) {
     EXPECT_TRUE(std::filesystem::is_directory(folder()));
 }
 
-TEST_F(Files, ReadOnlyProtectsFromDeletingUntilItIsCleared) {
+TEST_F(PlatformFiles, ReadOnlyProtectsFromDeletingUntilItIsCleared) {
     const std::string path = make("kept.bin");
     EXPECT_EQ(GetFileAttributesW(path) & (fileAttributeReadonly | fileAttributeDirectory), 0U);
     ASSERT_TRUE(SetFileAttributesW(path, fileAttributeReadonly));
@@ -119,7 +119,7 @@ TEST_F(Files, ReadOnlyProtectsFromDeletingUntilItIsCleared) {
     EXPECT_TRUE(DeleteFileW(path));
 }
 
-TEST_F(Files, ReadingMovesOnAndStopsAtTheEnd) {
+TEST_F(PlatformFiles, ReadingMovesOnAndStopsAtTheEnd) {
     const std::string path = make("read.bin", "0123456789");
     const UniqueFile file(CreateFileW(path, FileUse::openExisting));
     EXPECT_EQ(GetFileSize(file.get()), 10);
@@ -139,12 +139,12 @@ TEST_F(Files, ReadingMovesOnAndStopsAtTheEnd) {
     EXPECT_EQ(next(30), "");
 }
 
-TEST_F(Files, CreatingEmptiesWhatWasThere) {
+TEST_F(PlatformFiles, CreatingEmptiesWhatWasThere) {
     make("twice.bin", "long content");
     EXPECT_EQ(contentOf(make("twice.bin", "short")), "short");
 }
 
-TEST_F(Files, HandlesOnlyDoWhatTheyWereOpenedFor) {
+TEST_F(PlatformFiles, HandlesOnlyDoWhatTheyWereOpenedFor) {
     const std::string path = make("mode.bin");
     std::uint32_t done = 99;
     char byte = 'x';
@@ -157,7 +157,7 @@ TEST_F(Files, HandlesOnlyDoWhatTheyWereOpenedFor) {
     EXPECT_FALSE(ReadFile(writer.get(), &byte, 1, done));
 }
 
-TEST_F(Files, HandlesThatAreNoFilesFailEverywhere) {
+TEST_F(PlatformFiles, HandlesThatAreNoFilesFailEverywhere) {
     const Handle stale = CreateFileW(make("stale.bin"), FileUse::openExisting);
     ASSERT_NE(stale, invalidHandle);
     EXPECT_NE(stale, 0);
@@ -175,7 +175,7 @@ TEST_F(Files, HandlesThatAreNoFilesFailEverywhere) {
     }
 }
 
-TEST_F(Files, FaultsReachEachCall) {
+TEST_F(PlatformFiles, FaultsReachEachCall) {
     const std::string path = make("fault.bin", "0123456789");
     {
         const ScopedFault fault(SeamCall::createFile);
@@ -202,7 +202,7 @@ TEST_F(Files, FaultsReachEachCall) {
     EXPECT_EQ(contentOf(path), "0123456789");
 }
 
-TEST_F(Files, AFullDiskTakesHalfOfAWrite) {
+TEST_F(PlatformFiles, AFullDiskTakesHalfOfAWrite) {
     std::uint32_t done = 0;
     {
         const UniqueFile file(CreateFileW(in("half.bin"), FileUse::createAlways));

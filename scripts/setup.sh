@@ -1,0 +1,65 @@
+#!/bin/bash
+# Installs what the project's commands need on Debian 12; does nothing, quickly, when all of it is there.
+#
+#   setup.sh [demo|native|windows|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
+#
+#   demo      compiler, CMake, Ninja and the command's argument parser
+#   native    demo, and what the native tests need
+#   windows   the compilers for 32- and 64-bit Windows (a Wine to run programs with is scripts/wine.sh's affair)
+#   checks    clang-format and clang-tidy
+#   bench     demo, and the libraries that scripts/bench.sh compares with
+#   fuzz      demo, clang and what the fuzz targets are compared with
+set -euo pipefail
+
+say() { echo "setup: $*" >&2; }
+
+packages_of() {
+    local build="g++ cmake ninja-build ccache libcli11-dev zlib1g"
+    case $1 in
+    demo) echo "$build" ;;
+    native) echo "$build googletest libpng-dev zlib1g-dev python3" ;;
+    windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix" ;;
+    checks) echo "clang-format clang-tidy" ;;
+    bench) echo "$build libbenchmark-dev libpng-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev pkg-config imagemagick valgrind python3" ;;
+    fuzz) echo "$build clang zlib1g-dev libpng-dev" ;;
+    *)
+        sed -n '2,12p' "$0" >&2
+        exit 2
+        ;;
+    esac
+}
+
+[ $# -gt 0 ] || set -- native windows checks
+wanted=()
+for subset in "$@"; do
+    packages=$(packages_of "$subset")
+    read -ra list <<<"$packages"
+    wanted+=("${list[@]}")
+done
+
+# An installed package's status is "ii"; the list may hold names twice.
+missing=()
+for package in $(printf '%s\n' "${wanted[@]}" | sort -u); do
+    status=$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null || true)
+    [ "${status%% *}" = ii ] || missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+as_root=()
+if [ "$(id -u)" != 0 ]; then
+    command -v sudo >/dev/null || { say "not root, no sudo; please install: ${missing[*]}"; exit 1; }
+    as_root=(sudo)
+fi
+command -v apt-get >/dev/null || { say "no apt-get here; please install the equivalents of: ${missing[*]}"; exit 1; }
+
+say "installing ${missing[*]}"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300)
+# An index that could not be fetched need not be one that is needed: only a failing installation is a failure.
+"${apt[@]}" update >"$log" 2>&1 </dev/null || say "warning: apt-get update did not succeed completely"
+if ! "${apt[@]}" install --no-install-recommends "${missing[@]}" >>"$log" 2>&1 </dev/null; then
+    tail -n 30 "$log" >&2
+    say "the installation failed"
+    exit 1
+fi
