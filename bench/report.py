@@ -18,7 +18,7 @@ def rates_by_case(paths):
     units = {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
-            runs = json.load(file)["benchmarks"]
+            runs = sorted(json.load(file)["benchmarks"], key=lambda run: run["family_index"])  # interleaving shuffles them
         for run in runs:
             if run.get("run_type") != "iteration" or run.get("error_occurred"):
                 continue
