@@ -30,7 +30,7 @@ nav { display: flex; flex-wrap: wrap; gap: 8px; margin: 18px 0 8px; }
 nav a { padding: 4px 12px; border: 1px solid var(--line); border-radius: 99px; background: var(--card); }
 section { margin: 36px 0 0; padding-top: 26px; border-top: 1px solid var(--line); }
 .original { max-width: 560px; margin-top: 16px; }
-.row { display: grid; gap: 14px; grid-template-columns: repeat(auto-fill, minmax(min(100%, 225px), 1fr)); }
+.row { display: grid; gap: 14px; grid-template-columns: repeat(auto-fill, minmax(min(100%, 245px), 1fr)); }
 figure { margin: 0; display: flex; flex-direction: column; background: var(--card); border: 1px solid var(--line);
          border-radius: 10px; overflow: hidden; }
 .frame { flex: 1; display: flex; align-items: center; justify-content: center; min-height: 110px; padding: 10px; }

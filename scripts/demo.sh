@@ -1,0 +1,37 @@
+#!/bin/bash
+# Shows what pixkit does: installs what the build needs, builds the command, applies every effect to pictures and leaves
+# a page with the results.
+#
+#   demo.sh [PICTURE...]   without arguments: the project's own pictures
+#
+# Results go to out/gallery; open out/gallery/index.html.
+set -euo pipefail
+caller=$PWD
+cd "$(dirname "$0")/.."
+
+case ${1:-} in
+-h | --help)
+    sed -n '2,7p' "$0"
+    exit 0
+    ;;
+esac
+
+pictures=()
+for picture in "$@"; do
+    case $picture in
+    /*) pictures+=("$picture") ;;
+    *) pictures+=("$caller/$picture") ;;
+    esac
+done
+[ ${#pictures[@]} -gt 0 ] || pictures=(samples/pictures/*.png)
+
+scripts/setup.sh demo
+
+if command -v ccache >/dev/null; then
+    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+fi
+# A folder of its own: the tests, and what they need, stay out of it.
+cmake --preset release -B build/demo -DPIXKIT_TESTS=OFF >/dev/null
+cmake --build build/demo --target pixkit-command
+
+build/demo/src/cli/pixkit gallery "${pictures[@]}" -o out/gallery
