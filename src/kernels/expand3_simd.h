@@ -26,6 +26,12 @@ inline __m128i gathered3(__m128i v) {
 #endif
 }
 
+// The same for two lanes of eight of which six bytes count.
+inline __m128i gathered6(__m128i v) {
+    const __m128i first = _mm_and_si128(v, _mm_setr_epi32(-1, 0xFFFF, 0, 0));
+    return _mm_or_si128(first, _mm_slli_si128(_mm_srli_si128(v, 8), 6));
+}
+
 // One vector of pixels from three bytes each; the fourth byte is 0. Reads `expand3Reads` bytes.
 #ifdef __AVX2__
 constexpr std::size_t expand3Reads = 28;

@@ -55,6 +55,17 @@ void fromGreyAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t coun
     scalar::fromGreyAlpha8(dst, src, count);
 }
 
+// Four looked-up pixels for one store. A gather instruction takes half as long again.
+void fromIndex8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* lut) {
+    const auto pixel = [lut](std::uint8_t index) { return _mm_cvtsi32_si128(load32(lut + std::size_t{4} * index)); };
+    for (; count >= 4; count -= 4, dst += 16, src += 4) {
+        const __m128i first = _mm_unpacklo_epi32(pixel(src[0]), pixel(src[1]));
+        const __m128i second = _mm_unpacklo_epi32(pixel(src[2]), pixel(src[3]));
+        store128(dst, _mm_unpacklo_epi64(first, second));
+    }
+    scalar::fromIndex8(dst, src, count, lut);
+}
+
 void fromGrey16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     for (; count >= 2 * vecPixels; count -= 2 * vecPixels, dst += 2 * vecBytes, src += vecBytes) {
         const Vec grey = both(load(src), all16(0xFF));
@@ -135,6 +146,7 @@ void useSamples(Table& table) {
     table.fromRgb8 = fromRgb8;
     table.fromRgba8 = fromRgba8;
     table.fromGreyAlpha8 = fromGreyAlpha8;
+    table.fromIndex8 = fromIndex8;
     table.fromGrey16 = fromGrey16;
     table.fromRgb16 = fromRgb16;
     table.fromRgba16 = fromRgba16;
