@@ -31,8 +31,9 @@ constexpr std::size_t pieceWidth = 1024;
 // Grey levels are looked up like palette entries; a palette that is missing is black, but for 1 bit, which is black and
 // white.
 void cPNGparser::InitializePalette() {
-    if ((m_ColorType != 0 && m_ColorType != 3) || !m_Palette.empty()) return;
-    m_Palette.assign(256 * 3, 0);
+    if ((m_ColorType != 0 && m_ColorType != 3) || m_PaletteSize != 0) return;
+    m_PaletteSize = m_Palette.size();
+    m_Palette.fill(0);
     if (m_ColorType == 3) {
         if (m_BitDepth == 1) std::fill_n(m_Palette.begin() + 3, 3, std::uint8_t{0xFF});
     } else if (m_BitDepth <= 8) {
@@ -49,23 +50,23 @@ void cPNGparser::prepareConversion() {
     const auto& kernel = kernels::table();
     const bool isKeyed = m_TransColor != -1;
     if ((m_ColorType == 0 || m_ColorType == 3) && m_BitDepth <= 8) {
-        const std::size_t entries = std::min<std::size_t>(256, m_Palette.size() / 3);
+        const std::size_t entries = m_PaletteSize / 3;
         for (std::size_t i = 0; i < 256; ++i) {
             std::uint8_t* pixel = &m_lookup[i * 4];
             std::fill_n(pixel, 3, std::uint8_t{0}); // an index beyond a short palette is black and opaque
             pixel[3] = 255;
             if (i >= entries) continue;
             std::reverse_copy(&m_Palette[i * 3], &m_Palette[i * 3] + 3, pixel);
-            if (m_ColorType == 3 && isKeyed && i < m_TransSimple.size()) pixel[3] = m_TransSimple[i];
+            if (m_ColorType == 3 && isKeyed && i < m_TransSize) pixel[3] = m_TransSimple[i];
             if (m_ColorType == 0 && static_cast<std::int32_t>(i) == m_TransColor) pixel[3] = 0;
         }
         kernel.premultiply(m_lookup.data(), 256);
-    } else if (isKeyed && m_BitDepth == 16 && !m_TransSimple.empty()) {
+    } else if (isKeyed && m_BitDepth == 16 && m_TransSize != 0) {
         // 16-bit samples are compared by their high bytes only, as they are shown by them only.
         if (m_ColorType == 0) {
             const std::uint8_t grey = m_TransSimple[0];
             m_transparentKey = {grey, grey, grey, 255};
-        } else if (m_ColorType == 2 && m_TransSimple.size() > 4) {
+        } else if (m_ColorType == 2 && m_TransSize > 4) {
             m_transparentKey = {m_TransSimple[4], m_TransSimple[2], m_TransSimple[0], 255};
         }
     } else if (isKeyed && m_ColorType == 2) {

@@ -63,8 +63,8 @@ bool cPNGparser::LoadFile(platform::Handle FileHandle, cPixSheet& dibClass) {
     }
     loadInto(dibClass, [&] {
         const auto fileSize = static_cast<std::size_t>(size);
-        const auto pngStream = std::make_unique_for_overwrite<std::uint8_t[]>(fileSize);
-        const std::span bytes(pngStream.get(), fileSize);
+        m_ownBytes = std::make_unique_for_overwrite<std::uint8_t[]>(fileSize);
+        const std::span bytes(m_ownBytes.get(), fileSize);
         std::copy_n(start.begin(), startSize, bytes.begin());
         if (readFile(FileHandle, bytes.subspan(startSize))) LoadPNG(bytes, RunningEnd::ofFile);
     });
@@ -96,15 +96,16 @@ bool cPNGparser::IsPNG(std::span<const std::uint8_t> bytes) noexcept {
 
 void cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base) {
     m_TransColor = -1;
-    if (walkChunks(pngStream, base) && !m_IDAT.empty()) PostLoadPNG();
+    m_pngStream = pngStream;
+    if (walkChunks(base) && !m_IDAT.empty()) PostLoadPNG();
 }
 
 // --- chunks
 
 // Returns false when the walk met an error. Chunk order is not enforced: a handler runs whenever its chunk is met, a
 // second IHDR overwrites the first, and IDAT chunks need not be adjacent.
-bool cPNGparser::walkChunks(std::span<const std::uint8_t> pngStream, RunningEnd base) {
-    const ByteReader reader(pngStream);
+bool cPNGparser::walkChunks(RunningEnd base) {
+    const ByteReader reader(m_pngStream);
     const bool bCRCchecks = zValidateZLIBversion(); // without zlib no CRC is ever checked
     std::size_t position = signature.size();
     std::uint64_t runningEnd = static_cast<std::uint64_t>(base);
@@ -112,7 +113,7 @@ bool cPNGparser::walkChunks(std::span<const std::uint8_t> pngStream, RunningEnd 
         const auto ChunkLen = reader.bigEndian32(position);
         if (!ChunkLen) return false;
         runningEnd += std::uint64_t{*ChunkLen} + chunkOverhead;
-        if (runningEnd > pngStream.size()) return false;
+        if (runningEnd > m_pngStream.size()) return false;
         const auto typeAndData = reader.slice(position + 4, std::size_t{*ChunkLen} + 4);
         if (!typeAndData) return false;
 
@@ -132,13 +133,11 @@ cPNGparser::ChunkResult cPNGparser::zHandleChunk(const Chunk& chunk) {
     case chunkType("PLTE"):
         return zChunk_PLTE(chunk);
     case chunkType("tRNS"):
-        zChunk_tRNS(
-            chunk); // can never stop the load, unlike the others: a picture without its transparency still shows
+        // Can never stop the load, unlike the others: a picture without its transparency still shows.
+        zChunk_tRNS(chunk);
         return ChunkResult::ok;
     case chunkType("IDAT"):
-        if (!zCheckCRCvalue(chunk)) return ChunkResult::error;
-        m_IDAT.push_back(chunk.data());
-        return ChunkResult::ok;
+        return zChunk_IDAT(chunk);
     default:
         return ChunkResult::ok; // unread, its CRC unchecked
     }
@@ -174,14 +173,17 @@ cPNGparser::ChunkResult cPNGparser::zChunk_PLTE(const Chunk& chunk) {
     if (m_ColorType == 0 || m_ColorType == 4) return ChunkResult::ok;
     const auto data = chunk.data();
     if (!zCheckCRCvalue(chunk) || data.size() % 3 != 0) return ChunkResult::error;
-    m_Palette.assign(data.begin(), data.end()); // the number of entries is not held against the bit depth
+    // The number of entries is not held against the bit depth; those that no index reaches are left out.
+    m_PaletteSize = std::min(data.size(), m_Palette.size());
+    std::copy_n(data.begin(), m_PaletteSize, m_Palette.begin());
     return ChunkResult::ok;
 }
 
 void cPNGparser::zChunk_tRNS(const Chunk& chunk) {
     if (m_ColorType == 4 || m_ColorType == 6 || !zCheckCRCvalue(chunk)) return;
     const auto data = chunk.data();
-    m_TransSimple.assign(data.begin(), data.end());
+    m_TransSize = std::min(data.size(), m_TransSimple.size());
+    std::copy_n(data.begin(), m_TransSize, m_TransSimple.begin());
     m_TransColor = -1;
     // Of each 16-bit sample only the low byte is kept.
     if (m_ColorType == 0 && data.size() >= 2) {
@@ -190,9 +192,42 @@ void cPNGparser::zChunk_tRNS(const Chunk& chunk) {
     } else if (m_ColorType == 2 && data.size() >= 6) {
         m_TransColor = data[1] << 16 | data[3] << 8 | data[5];
     } else if (m_ColorType == 3) {
-        m_TransSimple.resize(std::max<std::size_t>(m_TransSimple.size(), 256), 255); // entries not given are opaque
-        m_TransColor = 0;                                                            // marks that there is transparency
+        std::fill(m_TransSimple.begin() + static_cast<std::ptrdiff_t>(m_TransSize), m_TransSimple.end(),
+                  std::uint8_t{255}); // entries not given are opaque
+        m_TransSize = m_TransSimple.size();
+        m_TransColor = 0; // marks that there is transparency
     }
+}
+
+// Without memory the walk ends as at any other chunk that cannot be taken: no image, and nothing is said.
+cPNGparser::ChunkResult cPNGparser::zChunk_IDAT(const Chunk& chunk) {
+    if (!zCheckCRCvalue(chunk)) return ChunkResult::error;
+    try {
+        joinIDAT(chunk.data());
+    } catch (const std::bad_alloc&) {
+        return ChunkResult::error;
+    }
+    return ChunkResult::ok;
+}
+
+// Puts a payload behind those before it. One alone stays where it is; in a file later ones move down to it, over chunks
+// that have been walked already.
+void cPNGparser::joinIDAT(std::span<const std::uint8_t> payload) {
+    if (m_IDAT.empty()) {
+        m_IDAT = payload;
+        return;
+    }
+    std::size_t joinedAt = 0; // where in our own bytes the joined payloads begin
+    if (m_pngStream.data() == m_ownBytes.get()) {
+        joinedAt = static_cast<std::size_t>(m_IDAT.data() - m_pngStream.data());
+    } else if (!m_ownBytes) {
+        // Room for all that can come: memory that is not written to costs nothing, growing in steps would.
+        const auto rest = static_cast<std::size_t>(m_pngStream.data() + m_pngStream.size() - payload.data());
+        m_ownBytes = std::make_unique_for_overwrite<std::uint8_t[]>(m_IDAT.size() + rest);
+        std::copy(m_IDAT.begin(), m_IDAT.end(), m_ownBytes.get());
+    }
+    std::memmove(m_ownBytes.get() + joinedAt + m_IDAT.size(), payload.data(), payload.size());
+    m_IDAT = {m_ownBytes.get() + joinedAt, m_IDAT.size() + payload.size()};
 }
 
 // --- zlib
@@ -237,17 +272,14 @@ void cPNGparser::PostLoadPNG() {
     const std::size_t uncmprssSize = m_Width == 0 ? 0 : CalcUncompressedWidth();
     if (uncmprssSize == 0 || !isDepthSuited()) return; // no IHDR, or a combination that the PNG standard does not have
     const ZeroedBytes RawPNGdata = allocateZeroed(uncmprssSize);
-    {
-        std::unique_ptr<std::uint8_t[]> joined; // given back before the host takes memory for its pixels
-        const auto IDATdata = joinIDAT(joined);
-        if (!zInflate(RawPNGdata.get(), uncmprssSize, IDATdata)) {
-            // What zlib refuses, the built-in decoder decides, and without zlib it decides alone: a picture loads the
-            // same with and without the library.
-            const auto result = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, IDATdata.data(), IDATdata.size());
-            if (result.outcome == deflate::Outcome::damaged) return;
-            std::memset(RawPNGdata.get() + result.written, 0, uncmprssSize - result.written);
-        }
+    if (!zInflate(RawPNGdata.get(), uncmprssSize, m_IDAT)) {
+        // What zlib refuses, the built-in decoder decides, and without zlib it decides alone: a picture loads the same
+        // with and without the library.
+        const auto result = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, m_IDAT.data(), m_IDAT.size());
+        if (result.outcome == deflate::Outcome::damaged) return;
+        std::memset(RawPNGdata.get() + result.written, 0, uncmprssSize - result.written);
     }
+    m_ownBytes.reset(); // before the host takes memory for its pixels
     InitializePalette();
     if (!cHost->InitializeDIB(m_Width, m_Height)) return;
     UnfilterImage(RawPNGdata.get());
@@ -256,19 +288,6 @@ void cPNGparser::PostLoadPNG() {
     const AlphaTypeEnum keyed = m_TransColor == -1 ? AlphaNone : AlphaSimple;
     cHost->Alpha(hasAlphaChannel ? AlphaComplex : keyed);
     HostAccess::ImageType(*cHost, imgPNG);
-}
-
-// The IDAT payloads as one run of bytes: in place when there is only one, else copied into `joined`.
-std::span<const std::uint8_t> cPNGparser::joinIDAT(std::unique_ptr<std::uint8_t[]>& joined) const {
-    if (m_IDAT.size() == 1) return m_IDAT.front();
-    std::size_t lenIDAT = 0;
-    for (const auto& payload : m_IDAT)
-        lenIDAT += payload.size();
-    joined = std::make_unique_for_overwrite<std::uint8_t[]>(lenIDAT);
-    std::uint8_t* end = joined.get();
-    for (const auto& payload : m_IDAT)
-        end = std::copy(payload.begin(), payload.end(), end);
-    return {joined.get(), lenIDAT};
 }
 
 bool cPNGparser::isDepthSuited() const noexcept {

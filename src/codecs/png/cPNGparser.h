@@ -10,7 +10,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace pixkit {
 
@@ -55,17 +54,19 @@ class cPNGparser {
     void loadInto(cPixSheet& host, Body&& load);
     static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
     void LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
-    bool walkChunks(std::span<const std::uint8_t> pngStream, RunningEnd base);
+    bool walkChunks(RunningEnd base);
     ChunkResult zHandleChunk(const Chunk& chunk);
     ChunkResult zChunk_IHDR(const Chunk& chunk);
     ChunkResult zChunk_PLTE(const Chunk& chunk);
     void zChunk_tRNS(const Chunk& chunk);
+    ChunkResult zChunk_IDAT(const Chunk& chunk);
     bool zValidateZLIBversion();
     bool zCheckCRCvalue(const Chunk& chunk) const;
 
+    void joinIDAT(std::span<const std::uint8_t> payload);
+
     void PostLoadPNG();
     bool zInflate(std::uint8_t* output, std::size_t capacity, std::span<const std::uint8_t> input) const;
-    std::span<const std::uint8_t> joinIDAT(std::unique_ptr<std::uint8_t[]>& joined) const;
     bool isDepthSuited() const noexcept;
     DepthInfo GetDepthInfo() const noexcept;
     std::size_t passSize(std::size_t size, std::uint32_t start, std::uint32_t step) const noexcept;
@@ -86,11 +87,18 @@ class cPNGparser {
     std::uint8_t m_BitDepth = 0;
     std::uint8_t m_ColorType = 0;
     std::uint8_t m_Interlacing = 0;
-    std::vector<std::uint8_t> m_Palette;               // R, G, B per entry
-    std::vector<std::uint8_t> m_TransSimple;           // raw tRNS data; for palette images padded to 256 entries
-    std::int32_t m_TransColor = -1;                    // -1 = no transparent colour
-    std::vector<std::span<const std::uint8_t>> m_IDAT; // payloads in file order, in place
-    cCDECL cCfunction;                                 // zlib; empty when it was not found
+    // At most 256 entries can be meant, so PLTE and tRNS need no memory that could be missing.
+    std::array<std::uint8_t, 256 * 3> m_Palette; // R, G, B per entry
+    std::size_t m_PaletteSize = 0;               // bytes of it in use
+    std::array<std::uint8_t, 256> m_TransSimple; // raw tRNS data; for palette images padded with 255
+    std::size_t m_TransSize = 0;                 // bytes of it in use
+    std::int32_t m_TransColor = -1;              // -1 = no transparent colour
+    std::span<const std::uint8_t> m_IDAT;        // the payloads so far, joined
+    // The whole file, in which payloads are joined by moving them together; for a stream, which is not ours to write
+    // into, the joined payloads as soon as there are two.
+    std::unique_ptr<std::uint8_t[]> m_ownBytes;
+    std::span<const std::uint8_t> m_pngStream; // the data that is walked
+    cCDECL cCfunction;                         // zlib; empty when it was not found
     std::string m_runtimeError;
 
     std::array<std::uint8_t, 256 * 4> m_lookup;                  // ready pixels of grey levels or palette entries
