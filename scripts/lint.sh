@@ -16,7 +16,7 @@ failed=0
 mapfile -t sources < <(git ls-files '*.cpp' '*.h')
 clang-format --dry-run -Werror "${sources[@]}" || { echo "lint: clang-format wants other layouts (see above)"; failed=1; }
 
-settings=$(clang-tidy --version | cat - .clang-tidy tests/.clang-tidy src/CMakeLists.txt tests/CMakeLists.txt \
+settings=$(clang-tidy --version | cat - .clang-tidy src/CMakeLists.txt tests/CMakeLists.txt \
     cmake/Settings.cmake | sha256sum)
 export settings
 

@@ -273,6 +273,7 @@ TEST(Gdi, ThreadsMakeAndFreeObjectsAtOnce) {
     constexpr int rounds = 500;
     std::array<int, 4> successes{};
     std::vector<std::thread> threads;
+    threads.reserve(successes.size());
     for (int& count : successes)
         threads.emplace_back([&count] {
             for (int i = 0; i < rounds; ++i) {
