@@ -119,6 +119,13 @@ TEST_P(KernelLevel, ScanMissesAPixelThatProvesOrCountsPastIt) {
     }
 }
 
+TEST_P(KernelLevel, PremultiplyTakesSomeAlphaForClearOrOpaque) {
+    for (unsigned alpha = 0; alpha < 256; ++alpha) {
+        std::vector<std::uint8_t> row(4 * 50, static_cast<std::uint8_t>(alpha));
+        EXPECT_EQ(m_table->premultiply(row.data(), 50), alpha != 0 && alpha != 255) << alpha;
+    }
+}
+
 // Every colour against every alpha, in each of the three channels: the operations where these two bytes meet.
 TEST_P(KernelLevel, IsInexactForSomePairOfColourAndAlpha) {
     std::vector<std::uint8_t> pixels;

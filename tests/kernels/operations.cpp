@@ -22,7 +22,7 @@ void putValidPixels(std::vector<std::uint8_t>& row, Numbers& numbers) {
     }
 }
 
-constexpr std::array<GrayWeights, 13> weightChoices = {{
+constexpr std::array<GrayWeights, 14> weightChoices = {{
     {0.299F, 0.587F, 0.114F},
     {0.213F, 0.715F, 0.072F},
     {0.333F, 0.334F, 0.333F},
@@ -34,6 +34,7 @@ constexpr std::array<GrayWeights, 13> weightChoices = {{
     {0.5F, 0.25F, 0.25F}, // ties
     {0.5F, 0.5F, 0.0F},   // ties, with a weight of nothing
     {1.0F, 0.0F, 0.0F},   // outside what the fast form takes
+    {3.0F, 0.5F, 0.25F},  // sums beyond 8 bits
     {0.01F, 0.98F, 0.01F},
     {0.25F, 0.75F, 0.0078125F},
 }};
