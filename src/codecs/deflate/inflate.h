@@ -8,7 +8,7 @@ namespace pixkit::deflate {
 
 enum class Outcome : std::uint8_t {
     complete,   // the final block ended
-    outputFull, // the output was filled before the final block ended; what follows was not looked at
+    outputFull, // the output was filled and the stream does not end there; damage behind that point is not damage
     inputEnded, // the data ended early; every symbol that was whole has been written
     damaged,    // not a DEFLATE stream, or an impossible code, distance or length
 };
