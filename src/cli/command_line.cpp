@@ -89,6 +89,11 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
         console.err << app.help() << '\n';
         return exitUsage;
     }
+    const std::string& first = arguments.front();
+    if (!first.starts_with('-') &&
+        app.get_subcommands([&](const CLI::App* sub) { return sub->get_name() == first; }).empty()) {
+        throw UsageError("'" + first + "' is not a command; known are info, convert and gallery");
+    }
     try {
         std::ranges::reverse(arguments); // the parser takes them from the end
         app.parse(arguments);

@@ -1,0 +1,197 @@
+#include "CommandFixture.h"
+#include <functional>
+
+namespace pixkit::test {
+namespace {
+
+using cli::exitOk;
+using cli::exitSomeFailed;
+using cli::exitUsage;
+
+std::vector<std::uint8_t> bitmapOf(cPixSheet& sheet, bool keepAlpha, std::int32_t background = 0) {
+    ByteArray stream;
+    EXPECT_TRUE(sheet.SaveToStream_Bitmap(stream, keepAlpha, background));
+    return bytesOf(stream);
+}
+
+TEST_F(Command, ConvertAppliesRepeatedOptionsInTheOrderGiven) {
+    struct Case {
+        std::vector<std::string> options;
+        std::function<void(cPixSheet&)> calls;
+        bool keepAlpha = false;
+        std::int32_t background = 0;
+    };
+    const std::vector<Case> cases = {
+        {{}, [](cPixSheet&) {}},
+        {{"--background", "#102030"}, [](cPixSheet&) {}, false, 0x302010},
+        {{"--keep-alpha"}, [](cPixSheet&) {}, true},
+        {{"--lighten", "50", "--invert"},
+         [](cPixSheet& sheet) {
+             sheet.MakeLighterDarker(50);
+             sheet.MakeImageInverse();
+         }},
+        {{"--invert", "--lighten", "50"},
+         [](cPixSheet& sheet) {
+             sheet.MakeImageInverse();
+             sheet.MakeLighterDarker(50);
+         }},
+        {{"--lighten=60", "--darken", "12.5", "--lighten", "60", "--invert", "--invert", "--darken", "70"},
+         [](cPixSheet& sheet) {
+             sheet.MakeLighterDarker(60);
+             sheet.MakeLighterDarker(-12.5F);
+             sheet.MakeLighterDarker(60);
+             sheet.MakeImageInverse();
+             sheet.MakeImageInverse();
+             sheet.MakeLighterDarker(-70);
+         }},
+        {{"--transparent", "#ff0000", "--fill", "#00ff80", "--keep-alpha", "--mirror", "x"},
+         [](cPixSheet& sheet) {
+             sheet.MakeTransparent(0x0000FF);
+             sheet.MakeTransparent(0x80FF00, true);
+             sheet.MirrorImage(true, false);
+         },
+         true},
+        {{"--fill", "#00ff80", "--transparent", "#FF0000", "--keep-alpha"},
+         [](cPixSheet& sheet) {
+             sheet.MakeTransparent(0x80FF00, true);
+             sheet.MakeTransparent(0x0000FF);
+         },
+         true},
+        {{"--blend", "#0000ff", "--mirror", "y", "--blend", "#ffff00:70", "--mirror", "xy"},
+         [](cPixSheet& sheet) {
+             sheet.BlendToColor(0xFF0000, 33);
+             sheet.MirrorImage(false, true);
+             sheet.BlendToColor(0x00FFFF, 70);
+             sheet.MirrorImage(true, true);
+         }},
+    };
+    for (const Case& test : cases) {
+        std::vector<std::string> arguments = {"convert", name(u8"alpha.png"), name(u8"out.bmp"), "--overwrite"};
+        arguments.insert(arguments.end(), test.options.begin(), test.options.end());
+        const Result result = run(arguments);
+        EXPECT_EQ(result.exitCode, exitOk) << result.err;
+        cPixSheet sheet;
+        sheet.LoadPicture_File(name(u8"alpha.png"));
+        test.calls(sheet);
+        EXPECT_EQ(bytes(u8"out.bmp"), bitmapOf(sheet, test.keepAlpha, test.background))
+            << testing::PrintToString(test.options);
+    }
+}
+
+TEST_F(Command, EachGrayscaleWordMeansItsFormula) {
+    const char* const words[] = {"ntscpal",   "ccir709",  "simpleavg",    "redmask",
+                                 "greenmask", "bluemask", "redgreenmask", "BlueGreenMask"};
+    for (std::int32_t formula = gsclNTSCPAL; formula <= gsclBlueGreenMask; ++formula) {
+        run({"convert", "--grayscale", words[formula], name(u8"alpha.png"), name(u8"out.bmp"), "--overwrite"});
+        cPixSheet sheet;
+        sheet.LoadPicture_File(name(u8"alpha.png"));
+        sheet.MakeGrayScale(formula);
+        EXPECT_EQ(bytes(u8"out.bmp"), bitmapOf(sheet, false)) << words[formula];
+    }
+}
+
+TEST_F(Command, SenselessCommandLinesAreRefusedBeforeAnythingIsWritten) {
+    const std::string in = name(u8"alpha.png");
+    const std::string out = name(u8"out.bmp");
+    struct Case {
+        std::vector<std::string> arguments;
+        const char* reason; // part of the message
+    };
+    const std::vector<Case> cases = {
+        {{}, "Subcommands"},
+        {{"sharpen", in, out}, "'sharpen' is not a command"},
+        {{"info"}, "FILE"},
+        {{"convert", in}, "at least one picture"},
+        {{"convert", in, out, "--sepia"}, "--sepia"},
+        {{"convert", in, out, "--grayscale", "sepia"}, "bluegreenmask"},
+        {{"convert", in, out, "--lighten", "0"}, "percentage above 0"},
+        {{"convert", in, out, "--lighten", "101"}, "percentage above 0"},
+        {{"convert", in, out, "--darken", "-5"}, "percentage above 0"},
+        {{"convert", in, out, "--darken", "nan"}, "percentage above 0"},
+        {{"convert", in, out, "--darken", "10%"}, "percentage above 0"},
+        {{"convert", in, out, "--mirror", "z"}, "axis"},
+        {{"convert", in, out, "--blend", "#0000ff:0"}, "1 to 100"},
+        {{"convert", in, out, "--blend", "#0000ff:"}, "1 to 100"},
+        {{"convert", in, out, "--transparent", "ff00ff"}, "'#rrggbb'"},
+        {{"convert", in, out, "--fill", "#ff00f"}, "'#rrggbb'"},
+        {{"convert", in, out, "--background", "#ff00fg"}, "'#rrggbb'"},
+        {{"convert", in, out, "--background", "#-12345"}, "'#rrggbb'"},
+        {{"convert", in, out, "--background", ""}, "'#rrggbb'"},
+        {{"convert", in, name(u8"out.png")}, "no writer yet for PNG files"},
+        {{"convert", in, name(u8"out.JPG")}, "no writer yet for JPEG files"},
+        {{"convert", in, name(u8"out.xyz")}, "'.xyz' is not known"},
+        {{"convert", in, name(u8"out")}, "has no extension"},
+        {{"convert", in, in, name(u8"opaque.png")}, "is a file"},
+    };
+    for (const Case& test : cases) {
+        const Result result = run(test.arguments);
+        EXPECT_EQ(result.exitCode, exitUsage) << testing::PrintToString(test.arguments);
+        EXPECT_NE((result.out + result.err).find(test.reason), std::string::npos) << result.out << result.err;
+        EXPECT_FALSE(std::filesystem::exists(path(u8"out.bmp")));
+    }
+}
+
+TEST_F(Command, AFailedInputDoesNotStopTheOthers) {
+    const Result result = run({"convert", name(u8"alpha.png"), name(u8"gone.png"), name(u8"broken.png"),
+                               name(u8"opaque.png"), name(u8"new/results")});
+    EXPECT_EQ(result.exitCode, exitSomeFailed);
+    EXPECT_TRUE(std::filesystem::exists(path(u8"new/results/alpha.bmp")));
+    EXPECT_TRUE(std::filesystem::exists(path(u8"new/results/opaque.bmp")));
+    EXPECT_NE(result.err.find("gone.png: no such file"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("broken.png: is a PNG file that is damaged"), std::string::npos) << result.err;
+}
+
+TEST_F(Command, TwoInputsOfOneNameDoNotOverwriteEachOther) {
+    std::filesystem::create_directory(path(u8"other"));
+    writeFile(path(u8"other/alpha.png"), pngOpaque);
+    const Result result = run({"convert", name(u8"alpha.png"), name(u8"other/alpha.png"), name(u8"results")});
+    EXPECT_EQ(result.exitCode, exitSomeFailed);
+    cPixSheet first;
+    first.LoadPicture_File(name(u8"alpha.png"));
+    EXPECT_EQ(bytes(u8"results/alpha.bmp"), bitmapOf(first, false));
+}
+
+TEST_F(Command, AnExistingFileIsOnlyReplacedWhenSomebodyAgrees) {
+    const std::vector<std::uint8_t> old = {'o', 'l', 'd'};
+    struct Case {
+        const char* answers; // null: nobody is there
+        bool overwrite;
+        bool replaced;
+        bool asked;
+    };
+    const Case cases[] = {
+        {nullptr, false, false, false}, {"", false, false, true},     {"\n", false, false, true},
+        {"no\n", false, false, true},   {"Yes\n", false, true, true}, {nullptr, true, true, false},
+    };
+    for (const Case& test : cases) {
+        writeFile(path(u8"out.bmp"), old);
+        std::vector<std::string> arguments = {"convert", name(u8"alpha.png"), name(u8"out.bmp")};
+        if (test.overwrite) arguments.push_back("--overwrite");
+        const Result result = run(arguments, test.answers);
+        EXPECT_EQ(bytes(u8"out.bmp") != old, test.replaced) << result.err;
+        EXPECT_EQ(result.exitCode, test.replaced ? exitOk : exitSomeFailed);
+        EXPECT_EQ(result.err.find("[y/N]") != std::string::npos, test.asked) << result.err;
+        EXPECT_EQ(result.err.find("was kept") == std::string::npos, test.replaced) << result.err;
+    }
+}
+
+TEST_F(Command, AResultThatCannotBeWrittenIsAFailureWithAReason) {
+    std::filesystem::create_directory(path(u8"folder.bmp"));
+    std::filesystem::create_directories(path(u8"results/alpha.bmp"));
+    const Result noFolder = run({"convert", name(u8"alpha.png"), name(u8"missing/out.bmp")});
+    EXPECT_EQ(noFolder.exitCode, exitSomeFailed);
+    EXPECT_NE(noFolder.err.find("its folder does not exist"), std::string::npos) << noFolder.err;
+    const Result isFolder = run({"convert", name(u8"alpha.png"), name(u8"results"), "--overwrite"});
+    EXPECT_EQ(isFolder.exitCode, exitSomeFailed);
+    EXPECT_NE(isFolder.err.find("is a folder"), std::string::npos) << isFolder.err;
+}
+
+TEST_F(Command, NamesBeyondAsciiKeepTheirCharacters) {
+    writeFile(path(u8"größe 東京.png"), pngOpaque);
+    const Result result = run({"convert", name(u8"größe 東京.png"), m_folder.name(u8"")});
+    EXPECT_EQ(result.exitCode, exitOk) << result.err;
+    EXPECT_TRUE(std::filesystem::exists(path(u8"größe 東京.bmp")));
+}
+
+} // namespace
+} // namespace pixkit::test
