@@ -143,11 +143,9 @@ inline Vec multiplyHigh16(Vec a, Vec b) {
 inline Vec multiplyAddPairs16(Vec a, Vec b) {
     return PIXKIT_SIMD(madd_epi16)(a, b);
 }
-inline Vec smaller16(Vec a, Vec b) {
-    return PIXKIT_SIMD(min_epi16)(a, b);
+return PIXKIT_SIMD(min_epi16)(a, b);
 }
-inline Vec larger16(Vec a, Vec b) {
-    return PIXKIT_SIMD(max_epi16)(a, b);
+return PIXKIT_SIMD(max_epi16)(a, b);
 }
 inline Vec add32(Vec a, Vec b) {
     return PIXKIT_SIMD(add_epi32)(a, b);
@@ -215,7 +213,6 @@ inline VecFloat divide(VecFloat a, VecFloat b) {
 constexpr unsigned alphaByte = 0xFF000000U;
 constexpr unsigned colourBytes = 0x00FFFFFFU;
 constexpr std::uint64_t alphaWord = 0x00FF'0000'0000'0000U;
-constexpr std::uint64_t colourWords = 0x0000'FFFF'FFFF'FFFFU;
 
 #ifdef __AVX2__
 // The same shuffle in both halves; -1 gives a zero byte.
