@@ -110,10 +110,6 @@ template <int bits>
 inline Vec right16(Vec a) {
     return PIXKIT_SIMD(srli_epi16)(a, bits);
 }
-template <int bits>
-inline Vec left64(Vec a) {
-    return PIXKIT_SIMD(slli_epi64)(a, bits);
-}
 
 // --- arithmetic; "held" saturates
 inline Vec add8(Vec a, Vec b) {
@@ -142,10 +138,6 @@ inline Vec multiplyHigh16(Vec a, Vec b) {
 }
 inline Vec multiplyAddPairs16(Vec a, Vec b) {
     return PIXKIT_SIMD(madd_epi16)(a, b);
-}
-return PIXKIT_SIMD(min_epi16)(a, b);
-}
-return PIXKIT_SIMD(max_epi16)(a, b);
 }
 inline Vec add32(Vec a, Vec b) {
     return PIXKIT_SIMD(add_epi32)(a, b);
