@@ -145,7 +145,7 @@ inline Vec add32(Vec a, Vec b) {
 inline Vec subtract32(Vec a, Vec b) {
     return PIXKIT_SIMD(sub_epi32)(a, b);
 }
-// x / 255 truncated, for words up to 65,279: (x + 1) * 257 / 65,536 is that for each of them.
+// x / 255 truncated, for words below 65,535: (x + 1) * 257 / 65,536 is that for each of them.
 inline Vec dividedBy255(Vec x) {
     return multiplyHigh16(add16(x, all16(1)), all16(257));
 }
