@@ -1,35 +1,40 @@
 #include "cli/Progress.h"
+#include <algorithm>
 #include <ostream>
+#include <sstream>
 
 namespace pixkit::cli {
-
-namespace {
-constexpr const char* startOfEmptyLine = "\r\x1b[K";
-}
 
 void Progress::nextItem(const std::string& name) {
     m_name = name;
     ++m_item;
-    if (m_console.personWatches) return;
-    writeItem();
-    m_console.err << std::endl;
+    if (!m_console.personWatches) m_console.err << line() << std::endl;
 }
 
 void Progress::part(std::size_t done, std::size_t parts) {
     if (!m_console.personWatches) return;
-    m_console.err << startOfEmptyLine;
-    writeItem();
-    m_console.err << ": " << done << " of " << parts << std::flush;
-    m_shown = true;
+    std::ostringstream text;
+    text << line() << ": " << done << " of " << parts;
+    rewrite(text.str());
 }
 
 void Progress::clear() {
-    if (m_shown) m_console.err << startOfEmptyLine << std::flush;
-    m_shown = false;
+    if (m_shownLength == 0) return;
+    rewrite("");
+    m_console.err << '\r' << std::flush;
 }
 
-void Progress::writeItem() {
-    m_console.err << '[' << m_item << '/' << m_items << "] " << m_name;
+std::string Progress::line() const {
+    std::ostringstream text;
+    text << '[' << m_item << '/' << m_items << "] " << m_name;
+    return text.str();
+}
+
+// Spaces cover what the line before left: not every console knows how to erase.
+void Progress::rewrite(const std::string& line) {
+    const std::size_t length = line.size();
+    m_console.err << '\r' << line << std::string(std::max(m_shownLength, length) - length, ' ') << std::flush;
+    m_shownLength = length;
 }
 
 } // namespace pixkit::cli

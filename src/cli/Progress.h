@@ -21,13 +21,14 @@ class Progress {
     void clear();
 
   private:
-    void writeItem();
+    std::string line() const;
+    void rewrite(const std::string& line);
 
     Console& m_console;
     std::size_t m_items;
     std::size_t m_item = 0;
     std::string m_name;
-    bool m_shown = false;
+    std::size_t m_shownLength = 0;
 };
 
 } // namespace pixkit::cli

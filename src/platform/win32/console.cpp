@@ -4,7 +4,6 @@
 // windows.h needs to come before shellapi.h.
 #include <windows.h>
 
-#include <io.h>
 #include <shellapi.h>
 
 namespace pixkit::platform {
@@ -57,7 +56,10 @@ std::vector<std::string> commandLineArguments(int argc, const char* const* argv)
 }
 
 bool isTerminal(StandardStream stream) noexcept {
-    return _isatty(static_cast<int>(stream)) != 0;
+    // Not _isatty, which takes the null device for a terminal.
+    constexpr DWORD names[] = {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE};
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(names[static_cast<int>(stream)]), &mode) != FALSE;
 }
 
 Utf8Console::Utf8Console() noexcept : m_previousCodePage(GetConsoleOutputCP()) {
