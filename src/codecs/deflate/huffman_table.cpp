@@ -187,8 +187,8 @@ void pairLiterals(LiteralTable& table) noexcept {
         if ((paired(sample * spread & (size - 1)) & (literalFlag | pairFlag)) == (literalFlag | pairFlag)) ++pairs;
     }
     if (pairs < 8) return;
-    // Downwards, so that the entry of the second literal, at a lower index, is still a single one.
-    for (unsigned index = size; index-- != 0;)
+    // What a pair needs of its second literal stays as it was when that becomes a pair itself: any order will do.
+    for (unsigned index = 0; index < size; ++index)
         table.entries[index] = paired(index);
 }
 

@@ -272,6 +272,28 @@ TEST(Inflate, CodesOfEveryLengthAreConfused) {
     }
 }
 
+TEST(Inflate, TheLargestTablesAreOverrun) {
+    // The code lengths that need most entries for subtables, with 286 literal/length and 29 distance symbols.
+    const auto lengthsOf = [](std::initializer_list<std::pair<int, std::uint8_t>> counts) {
+        Lengths lengths;
+        for (const auto& [count, bits] : counts)
+            lengths.insert(lengths.end(), static_cast<std::size_t>(count), bits);
+        return lengths;
+    };
+    const Lengths literals = lengthsOf({{1, 1}, {1, 2}, {1, 3}, {1, 4}, {232, 12}, {47, 13}, {1, 14}, {2, 15}});
+    const Lengths distances = lengthsOf(
+        {{1, 1}, {1, 2}, {1, 3}, {1, 4}, {1, 5}, {13, 9}, {5, 10}, {1, 11}, {1, 12}, {1, 13}, {1, 14}, {2, 15}});
+    Sample sample;
+    sample.stored(pseudoRandom(32768, 256));
+    sample.stream.dynamic(literals, distances, true);
+    for (int byte = 0; byte < 256; ++byte)
+        sample.text(std::string(1, static_cast<char>(byte)));
+    for (unsigned distance = 1; distance <= 16384; distance = distance * 5 / 4 + 1)
+        sample.match(3, distance).match(258, distance);
+    sample.stream.end();
+    EXPECT_EQ(run(sample.stream.bytes(), sample.data.size() + 1000).data, sample.data);
+}
+
 // The head of a dynamic block up to its code length code: HLIT, HDIST and 19 three-bit lengths in the order of RFC
 // 1951.
 StreamWriter head(const Lengths& codeLengths, unsigned distances = 1) {
