@@ -1,0 +1,21 @@
+// Makes operator new fail on purpose, in the whole test program; what takes memory in other ways is left alone.
+#pragma once
+#include <cstddef>
+
+namespace pixkit::test {
+
+class AllocationFault {
+  public:
+    // Lets `after` allocations succeed, then fails `times` of them (negative: all) until the end of the scope.
+    explicit AllocationFault(long after, long times = 1) noexcept;
+    ~AllocationFault();
+    AllocationFault(const AllocationFault&) = delete;
+    AllocationFault& operator=(const AllocationFault&) = delete;
+
+    bool hasHappened() const noexcept;
+};
+
+// Blocks taken with operator new and not given back yet.
+std::ptrdiff_t liveAllocations() noexcept;
+
+} // namespace pixkit::test
