@@ -11,9 +11,13 @@ if(WIN32)
     # Windows entry points that need a newer system than XP are not used.
     target_compile_definitions(pixkit-settings INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0501)
 endif()
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
+    # x87 arithmetic would round differently.
+    target_compile_options(pixkit-settings INTERFACE -msse2 -mfpmath=sse)
+endif()
 if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
-    # x87 arithmetic would round differently; callers from other compilers only align the stack to four bytes.
-    target_compile_options(pixkit-settings INTERFACE -msse2 -mfpmath=sse -mincoming-stack-boundary=2)
+    # Callers from other compilers only align the stack to four bytes.
+    target_compile_options(pixkit-settings INTERFACE -mincoming-stack-boundary=2)
 endif()
 
 if(PIXKIT_SANITIZE)

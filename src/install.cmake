@@ -10,7 +10,7 @@ install(FILES "${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" "${CMAKE_CURRENT
 
 install(FILES "${PROJECT_SOURCE_DIR}/include/pixkit/pixkit.h" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit")
 install(FILES surface/cPixSheet.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/surface")
-install(FILES shared/ByteArray.h shared/PixelView.h shared/enumerations.h
+install(FILES shared/ByteArray.h shared/enumerations.h
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/shared")
 install(FILES diagnostics/guard.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/diagnostics")
 install(FILES platform/interaction.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/platform")

@@ -25,7 +25,8 @@ unsigned long trappedErrorCount() noexcept {
 void reportError(const char* procedure, const char* description) noexcept {
     trappedErrors.fetch_add(1, std::memory_order_relaxed);
     try {
-        if (const auto& handler = handlerSlot()) handler({procedure, description});
+        // A copy: the handler may replace itself while it runs.
+        if (const ErrorReportHandler handler = handlerSlot()) handler({procedure, description});
     } catch (...) { // NOLINT(bugprone-empty-catch)
         // A report that fails must not become a second error: the count above has to do.
     }

@@ -45,11 +45,11 @@ struct Table {
     // --- effects; pixels with alpha 0 stay as they are unless said otherwise
     // Colour = alpha - colour, not below 0.
     void (*invert)(std::uint8_t* pixels, std::size_t count);
-    // Colour = b*B + g*G + r*R evaluated exactly (double precision holds every such sum of single-precision weights
+    // Colour = b*B + g*G + r*R evaluated exactly (double precision holds every such sum of the component's weights
     // without loss), rounded to nearest, ties to even, low 8 bits.
     void (*grayscale)(std::uint8_t* pixels, std::size_t count, const GrayWeights& weights);
-    // Colour = colour + adjust[alpha], held within 0 .. alpha when `lighten`, within 0 .. 255 from below only when
-    // darkening (adjust <= 0). adjust has 256 entries. Alpha 0 copies. dst may equal src.
+    // Colour = colour + adjust[alpha]; with `lighten` (adjust >= 0) held at alpha, else (adjust <= 0) held at 0. adjust
+    // has 256 entries. Alpha 0 copies. dst may equal src.
     void (*adjustLightness)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::int16_t* adjust,
                             bool lighten);
     // Colour c = ((c * (100 - opacity) + blend_c * opacity) * alpha) / 25500 truncated; opacity 1 .. 100;

@@ -71,6 +71,10 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
                                    std::int32_t iconBitDepth) noexcept {
     const bool loaded = guarded("LoadPicture_Stream", false, [&] {
         if (inStream.dimensions() != 1) return false;
+        if (pvOverlapsStore(inStream)) { // the load frees the store before it reads
+            return LoadPicture_Stream(ByteArray(inStream), iconCx, iconCy, streamStart, streamLength, SaveFormat,
+                                      iconBitDepth);
+        }
         const std::int64_t start = std::max(streamStart, inStream.lowerBound());
         const std::int64_t available = inStream.upperBound() - start + 1;
         const std::int64_t length = streamLength == 0 ? available : streamLength;

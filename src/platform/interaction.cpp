@@ -17,7 +17,8 @@ void setMessageBoxHandler(MessageBoxHandler handler) {
 
 int MessageBoxW(const std::string& text, const std::string& caption, std::uint32_t style) noexcept {
     try {
-        if (const MessageBoxHandler& handler = handlerInUse()) return handler(text, caption, style);
+        // A copy: the handler may replace itself while it answers.
+        if (const MessageBoxHandler handler = handlerInUse()) return handler(text, caption, style);
         return systemMessageBox(text, caption, style);
     } catch (...) {
         // Nobody was asked, so nobody agreed.

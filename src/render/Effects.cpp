@@ -38,8 +38,7 @@ bool cPixSheet::MakeGrayScale(std::int32_t Formula) noexcept {
     return guarded("MakeGrayScale", false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || Formula == gsclNone) return false;
-        const GrayScaleRatios ratios = iparseGrayScaleRatios(Formula);
-        const kernels::GrayWeights weights{ratios.r, ratios.g, ratios.b};
+        const kernels::GrayWeights weights = iparseGrayScaleRatios(Formula);
         forEachRow(image, [&](std::uint8_t* row) { kernels::table().grayscale(row, image.width, weights); });
         return true;
     });

@@ -23,7 +23,7 @@ void spt_LightenDarken(float Lightness, PixelView rtnArray, std::size_t SrcX, st
     }
 }
 
-bool spt_MirrorDIB(MirrorRequest& request, PixelView mirrorBytes, ConstPixelView tHost) {
+bool spt_MirrorDIB(MirrorRequest& request, PixelView mirrorBytes, ConstPixelView cImage) {
     if (request.newWidth >= 1 && request.newHeight > 0) return false;
     const bool reverseColumns = request.newWidth < 1;
     const bool reverseRows = request.newHeight < 0;
@@ -32,7 +32,7 @@ bool spt_MirrorDIB(MirrorRequest& request, PixelView mirrorBytes, ConstPixelView
     const auto left = static_cast<std::size_t>(request.SrcX) * 4;
     const auto top = static_cast<std::size_t>(request.SrcY);
     for (std::size_t y = 0; y < height; ++y) {
-        const std::uint8_t* source = tHost.rowFromTop(top + y) + left;
+        const std::uint8_t* source = cImage.rowFromTop(top + y) + left;
         std::uint8_t* target = mirrorBytes.rowFromTop(reverseRows ? height - 1 - y : y);
         if (reverseColumns) {
             kernels::table().mirror(target, source, width);

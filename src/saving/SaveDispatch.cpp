@@ -14,7 +14,7 @@ bool cPixSheet::spt_DeleteFile(const std::string& FileName, bool PromptOverWrite
     // system's: a directory of that name exists too, and fails to be deleted.
     if (!iparseFileExists(FileName, false)) return true;
     if (PromptOverWrite && platform::MessageBoxW("Overwrite existing file?", "Overwrite Confirmation",
-                                                 platform::messageBoxYesNoQuestionDefaultNo) == platform::answerNo) {
+                                                 platform::messageBoxYesNoQuestionDefaultNo) != platform::answerYes) {
         return false;
     }
     return iparseDeleteFile(FileName, (m_osCAP & capNtFamily) != 0);

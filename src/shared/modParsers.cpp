@@ -1,9 +1,9 @@
 #include "shared/modParsers.h"
-#include "kernels/kernels.h"
 #include "platform/interaction.h"
 #include "platform/libraries.h"
 #include "shared/checked.h"
 #include <cstring>
+#include <stdexcept>
 
 namespace pixkit {
 
@@ -79,7 +79,7 @@ AlphaClassification iparseValidateAlphaChannel(ConstPixelView inStream, std::int
 
 // --- colour
 
-GrayScaleRatios iparseGrayScaleRatios(std::int32_t Formula) noexcept {
+kernels::GrayWeights iparseGrayScaleRatios(std::int32_t Formula) noexcept {
     switch (Formula) {
     case gsclNone:
         return {1.0F, 1.0F, 1.0F};
@@ -102,15 +102,18 @@ GrayScaleRatios iparseGrayScaleRatios(std::int32_t Formula) noexcept {
     }
 }
 
-void iparseBlendImageToColor(ConstPixelView cHost, std::int32_t FillColor, std::uint8_t* outStream, bool bitDepth24) {
+void iparseBlendImageToColor(ConstPixelView cHost, std::int32_t FillColor, std::span<std::uint8_t> outStream,
+                             bool bitDepth24) {
     const auto& kernel = kernels::table();
     const ColorChannels channels = iparseColorChannels(FillColor);
     const std::uint8_t fill[3] = {channels.b, channels.g, channels.r};
     const std::size_t used = cHost.width * (bitDepth24 ? 3 : 4);
-    const std::size_t rowLength = (used + 3) & ~std::size_t{3};
+    const auto rowLength =
+        static_cast<std::size_t>(iparseByteAlignOnWord(bitDepth24 ? 24 : 32, static_cast<std::int32_t>(cHost.width)));
+    if (outStream.size() < rowLength * cHost.height) throw std::out_of_range("subscript out of range");
     const auto flatten = bitDepth24 ? kernel.flatten24 : kernel.flatten32;
     for (std::size_t y = 0; y < cHost.height; ++y) {
-        std::uint8_t* out = outStream + y * rowLength;
+        std::uint8_t* out = outStream.data() + y * rowLength;
         flatten(out, cHost.row(y), cHost.width, fill);
         std::memset(out + used, 0, rowLength - used);
     }

@@ -1,9 +1,9 @@
 // Stateless helpers that readers, writers, effects and the surface share.
 #pragma once
+#include "kernels/kernels.h"
 #include "platform/files.h"
 #include "shared/PixelView.h"
 #include "shared/enumerations.h"
-#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -49,17 +49,15 @@ AlphaClassification iparseValidateAlphaChannel(ConstPixelView inStream, std::int
 
 // --- colour
 
-struct GrayScaleRatios {
-    float r, g, b;
-};
 // The weights of a formula; gsclNone gives 1, 1, 1, a value outside the enumeration the NTSC/PAL weights.
-GrayScaleRatios iparseGrayScaleRatios(std::int32_t Formula) noexcept;
+kernels::GrayWeights iparseGrayScaleRatios(std::int32_t Formula) noexcept;
 
 // Flattens premultiplied pixels onto a colour: alpha 255 copies, 0 writes the fill, between: fill * (255 - alpha) / 255
-// (truncated) + colour. With `bitDepth24` the rows of `outStream` hold B, G, R and are padded to four bytes with 0;
-// else B, G, R, 255. Rows are in the view's memory order; outStream must hold height rows of
+// (truncated) + colour, held at 255. With `bitDepth24` the rows of `outStream` hold B, G, R and are padded to four
+// bytes with 0; else B, G, R, 255. Rows are in the view's memory order; outStream must hold height rows of
 // iparseByteAlignOnWord(bitDepth24 ? 24 : 32, width) bytes.
-void iparseBlendImageToColor(ConstPixelView cHost, std::int32_t FillColor, std::uint8_t* outStream, bool bitDepth24);
+void iparseBlendImageToColor(ConstPixelView cHost, std::int32_t FillColor, std::span<std::uint8_t> outStream,
+                             bool bitDepth24);
 
 // Binary search in ascending colours; `PaletteItems` holds items 1 .. Count at its indexes 0 .. Count - 1. Returns the
 // 1-based index of `Color` with isNew false, or where it would have to be inserted with isNew true (1 when Count is 0).

@@ -1,5 +1,6 @@
 // What readers, writers and renderers may do to their host beyond its public members.
 #pragma once
+#include "shared/PixelView.h"
 #include "surface/cPixSheet.h"
 #include <utility>
 

@@ -58,6 +58,13 @@ struct BlockLayout {
     }
 };
 
+// Whether an array holds `rows` rows of `used` bytes, `rowLength` apart in one dimension. The padding behind the last
+// pixel is never read, so it need not be there.
+bool holdsRows(const ByteArray& array, std::size_t rowLength, std::size_t used, std::size_t rows) {
+    if (array.dimensions() == 2) return array.bound(1).count >= used && array.bound(2).count >= rows;
+    return array.size() >= (rows - 1) * rowLength + used;
+}
+
 void copyPixelsOut(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count, const BlockLayout& layout) {
     const auto& kernel = kernels::table();
     if (!layout.is32bpp) {
@@ -91,6 +98,7 @@ std::int32_t cPixSheet::GetPixel(std::int32_t x, std::int32_t y, std::int32_t* A
         HostAccess::pixels(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
     std::memcpy(pixel.data(), stored, 4);
     if (AlphaValue != nullptr) *AlphaValue = pixel[3];
+    // A channel above its alpha, which no valid image has, keeps the low 8 bits: it must not spill into the next one.
     if (!asPreMultiplied) kernels::table().unpremultiply(pixel.data(), pixel.data(), 1);
     return pixel[2] | pixel[1] << 8 | pixel[0] << 16;
 }
@@ -167,9 +175,13 @@ bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is3
         if (!rectangle) return false;
         const auto [left, top, width, height] = *rectangle;
         const BlockLayout layout{isBGRformat, is32bpp, isWordAligned, isBottomUp};
-        const std::size_t rowLength = layout.rowLength(width);
-        // The padding behind the last pixel is never read, so it need not be there.
-        if (inStream.size() < (height - 1) * rowLength + width * layout.pixelBytes()) return false;
+        // Two dimensions say themselves where each row begins.
+        const std::size_t rowLength = inStream.dimensions() == 2 ? inStream.bound(1).count : layout.rowLength(width);
+        if (!holdsRows(inStream, rowLength, width * layout.pixelBytes(), height)) return false;
+        if (pvOverlapsStore(inStream)) {
+            return SetDIBbits(ByteArray(inStream), isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY,
+                              dstWidth, dstHeight);
+        }
         for (std::size_t row = 0; row < height; ++row) {
             copyPixelsIn(image.rowFromTop(top + row) + left * 4,
                          inStream.data() + layout.rowIndex(row, height) * rowLength, width, layout);

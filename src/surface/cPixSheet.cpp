@@ -6,6 +6,7 @@
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
 #include <cstring>
+#include <functional>
 #include <utility>
 
 namespace pixkit {
@@ -87,7 +88,20 @@ std::intptr_t cPixSheet::LoadDIBinDC(bool bLoad) noexcept {
     if (m_Handle == 0) return 0;
     if (m_hDC == 0) m_hDC = platform::CreateCompatibleDC(platform::ScreenDC().get());
     if (m_prevDCobject == 0) m_prevDCobject = platform::SelectObject(m_hDC, m_Handle);
-    return m_prevDCobject != 0 ? m_hDC : 0;
+    if (m_prevDCobject != 0) return m_hDC;
+    if (!m_ManageDC && m_hDC != 0) {
+        platform::DeleteObject(m_hDC);
+        m_hDC = 0;
+    }
+    return 0;
+}
+
+// Whether an array lies over the pixel store: callers overlay arrays on BitsPointer.
+bool cPixSheet::pvOverlapsStore(const ByteArray& array) const noexcept {
+    const ConstPixelView image = HostAccess::pixels(*this);
+    const std::less<const std::uint8_t*> before;
+    return image && array.size() != 0 && before(array.data(), image.bits + image.stride * image.height) &&
+           before(image.bits, array.data() + array.size());
 }
 
 // --- copies

@@ -1,7 +1,6 @@
 // cPixSheet: one image, its pixel store, and everything that can be done to it.
 #pragma once
 #include "shared/ByteArray.h"
-#include "shared/PixelView.h"
 #include "shared/enumerations.h"
 #include <any>
 #include <cstdint>
@@ -121,8 +120,9 @@ class cPixSheet {
                     bool asWordAligned = true, bool asBottomUp = true, std::int32_t x = 0, std::int32_t y = 0,
                     std::int32_t Width = 0, std::int32_t Height = 0, bool asPreMultiplied = true) const noexcept;
     // Writes a rectangle in the layouts of GetDIBbits (3-byte pixels become opaque); then the whole image is classified
-    // and brought into canonical form, and Alpha set. False, and nothing changed, without an image or data, for
-    // negative positions, a rectangle outside the image, or data too short for it.
+    // and brought into canonical form, and Alpha set. A two-dimensional array's rows are as long as its first
+    // dimension, whatever isWordAligned says. False, and nothing changed, without an image or data, for negative
+    // positions, a rectangle outside the image, or data too short for it.
     bool SetDIBbits(const ByteArray& inStream, bool isBGRformat = true, bool is32bpp = true, bool isWordAligned = true,
                     bool isBottomUp = true, std::int32_t dstX = 0, std::int32_t dstY = 0, std::int32_t dstWidth = 0,
                     std::int32_t dstHeight = 0) noexcept;
@@ -179,6 +179,7 @@ class cPixSheet {
 
     void pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
                      eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache) noexcept;
+    bool pvOverlapsStore(const ByteArray& array) const noexcept;
     void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat);
     bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
     bool spt_DeleteFile(const std::string& FileName, bool PromptOverWrite) const;
@@ -196,7 +197,7 @@ class cPixSheet {
     std::int32_t m_GDItoken = 0;
     ByteArray m_ImageByteCache;       // source bytes kept by a load with SaveFormat
     std::uint32_t m_osCAP = 0;        // surface/Capabilities.h
-    eImageFormat m_Format = imgError; // a fresh instance says imgError; only EraseDIB says imgNone
+    eImageFormat m_Format = imgError; // a fresh instance says imgError; only an empty image says imgNone
     AlphaTypeEnum m_AlphaImage = AlphaNone;
 };
 

@@ -40,12 +40,12 @@ TEST(MakeGrayScale, WeighsTheRightChannelsByEveryFormula) {
     };
     for (const auto& [formula, grey] : rows) {
         cPixSheet sheet;
-        fill(sheet, 3, 1, {source, {0, 0, 0, 0}, {30, 20, 10, 40}});
+        fill(sheet, 3, 1, {source, {1, 2, 3, 0}, {30, 20, 10, 40}});
         ASSERT_TRUE(sheet.MakeGrayScale(formula));
         const auto pixels = pixelsOf(sheet);
         const auto level = static_cast<std::uint8_t>(grey);
         EXPECT_EQ(pixels[0], (Pixel{level, level, level, 255})) << formula;
-        EXPECT_EQ(pixels[1], (Pixel{0, 0, 0, 0}));
+        EXPECT_EQ(pixels[1], (Pixel{1, 2, 3, 0}));
         EXPECT_EQ(pixels[2][3], 40);
     }
     cPixSheet sheet;
@@ -70,7 +70,8 @@ TEST(MakeLighterDarker, MovesByAShareOfAlphaAndIgnoresWhatIsOutOfRange) {
     const Row rows[] = {
         {50, {100, 100, 100, 200}, {200, 200, 200, 200}, true},
         {60, {100, 99, 0, 200}, {200, 200, 120, 200}, true},
-        {-25, {100, 50, 10, 255}, {37, 0, 0, 255}, true}, // 255 * -63.75 / 255 = -63 truncated
+        {-25, {100, 50, 10, 255}, {37, 0, 0, 255}, true},   // 255 * -63.75 / 255 = -63 truncated
+        {1.0F, {10, 10, 10, 100}, {11, 11, 11, 100}, true}, // 254.99999 is nearest 255, so one whole level
         {100, {0, 1, 2, 7}, {7, 7, 7, 7}, true},
         {-100, {7, 6, 5, 7}, {0, 0, 0, 7}, true},
         {0.1F, {3, 3, 3, 255}, {3, 3, 3, 255}, true}, // an adjustment below one level truncates to none
@@ -109,6 +110,13 @@ TEST(MakeTransparent, MatchesExactOpaquePixelsOnly) {
     EXPECT_TRUE(sheet.MakeTransparent(-1, true));
     EXPECT_EQ(pixelsOf(sheet), (std::vector<Pixel>{{255, 255, 255, 255}, {0, 0, 0, 255}, {4, 5, 6, 255}}));
     EXPECT_EQ(sheet.Alpha(), AlphaNone) << "the reverse classifies anew";
+    fill(sheet, 2, 1, {{0, 0, 0, 0}, {4, 5, 6, 100}});
+    HostAccess::ImageType(sheet, imgTGA);
+    EXPECT_TRUE(sheet.MakeTransparent(0, true));
+    EXPECT_EQ(sheet.Alpha(), AlphaComplex);
+    EXPECT_TRUE(sheet.MakeTransparent(0));
+    EXPECT_EQ(sheet.Alpha(), AlphaSimple) << "whatever else the image holds";
+    EXPECT_EQ(sheet.ImageType(), imgTGA) << "only imgBitmap changes";
 }
 
 TEST(BlendToColor, AppliesAlphaToThePixelsOwnColourTwice) {
@@ -164,6 +172,9 @@ TEST(PixelWorkers, TakeTheirRectangleFromTheTop) {
     EXPECT_EQ(request.newWidth, 5);
     EXPECT_EQ(request.newHeight, 7);
     EXPECT_FALSE(spt_MirrorDIB(request, HostAccess::pixels(part), HostAccess::pixels(std::as_const(sheet))));
+    request = {1, 1, 2, 2, 0, 0}; // a width of 0 reverses columns, a height of 0 leaves rows
+    ASSERT_TRUE(spt_MirrorDIB(request, HostAccess::pixels(part), HostAccess::pixels(std::as_const(sheet))));
+    EXPECT_EQ(pixelsOf(part), (std::vector<Pixel>{{5, 5, 5, 255}, {4, 4, 4, 255}, {8, 8, 8, 255}, {7, 7, 7, 255}}));
 }
 
 } // namespace

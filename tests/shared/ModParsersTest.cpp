@@ -111,9 +111,10 @@ TEST(BlendImageToColor, PadsRowsAndTruncates) {
     const Bytes pixels = {10, 20, 30, 255, 64, 32, 16, 128, 0, 0, 0, 0};
     const ConstPixelView view{pixels.data(), 1, 3, 4};
     Bytes out(12, 0xEE);
-    iparseBlendImageToColor(view, 0x0A6480, out.data(), true); // B 10, G 100, R 128
+    iparseBlendImageToColor(view, 0x0A6480, out, true); // B 10, G 100, R 128
     EXPECT_EQ(out, (Bytes{10, 20, 30, 0, 64 + 4, 32 + 49, 16 + 63, 0, 10, 100, 128, 0}));
-    iparseBlendImageToColor(view, 0x0A6480, out.data(), false);
+    EXPECT_THROW(iparseBlendImageToColor(view, 0, std::span(out).first(11), true), std::out_of_range);
+    iparseBlendImageToColor(view, 0x0A6480, out, false);
     EXPECT_EQ(out, (Bytes{10, 20, 30, 255, 64 + 4, 32 + 49, 16 + 63, 255, 10, 100, 128, 255}));
 }
 
@@ -135,6 +136,14 @@ TEST(Files, AreFoundAndDeletedThroughWideAndNarrowFunctionsAlike) {
             EXPECT_EQ(iparseGetFileHandle(name, true, useUnicode), platform::invalidHandle);
         }
     }
+}
+
+TEST(Files, ANameOutsideTheCodePageNeedsTheWideFunctions) {
+    const test::TemporaryFolder folder;
+    test::writeFile(folder.path(u8"图.bin"), {1});
+    const platform::ScopedFault narrowDesktop(platform::SeamCall::desktopWindowUnicode);
+    EXPECT_TRUE(iparseFileExists(folder.name(u8"图.bin"), true));
+    EXPECT_TRUE(iparseDeleteFile(folder.name(u8"图.bin"), true));
 }
 
 TEST(ByteArray, OwnsCopiesAndLetsGoOfWhatItBorrows) {

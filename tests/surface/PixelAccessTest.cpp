@@ -103,6 +103,8 @@ TEST(GetAlphaMask, LaysOutRowsAsAsked) {
     EXPECT_EQ(out.dimensions(), 1);
     ASSERT_TRUE(sheet.GetAlphaMask(out, false, false, false, 1, 1, 99, 99)) << "cut at the right and bottom";
     EXPECT_EQ(bytesOf(out), (Bytes{0xF4, 0xF5}));
+    ASSERT_TRUE(sheet.GetAlphaMask(out, false, false, true, 1, 0, 0, 1));
+    EXPECT_EQ(bytesOf(out), (Bytes{0xF1, 0xF2})) << "bottom-up counts within the rectangle";
     ASSERT_TRUE(sheet.GetAlphaMask(out, false, false, false, 2, 0));
     EXPECT_EQ(bytesOf(out), (Bytes{0xF2, 0xF5})) << "a width of 0 is the image's, then cut";
 }
@@ -193,6 +195,35 @@ TEST(SetDIBbits, BringsTheWholeStoreIntoCanonicalForm) {
     ASSERT_TRUE(sheet.SetDIBbits(ByteArray({1, 2, 3, 0, 4, 5, 6, 0})));
     EXPECT_EQ(test::pixelsOf(sheet), (std::vector<Pixel>{{1, 2, 3, 255}, {4, 5, 6, 255}})) << "alpha carried nothing";
     EXPECT_EQ(sheet.Alpha(), AlphaNone);
+}
+
+TEST(SetDIBbits, TakesTheRowsOfATwoDimensionalArrayAsLongAsTheyAre) {
+    Bytes rows = {1, 1, 1, 255, 2, 2, 2, 255, 9, 9, 9, 9, 3, 3, 3, 255, 4, 4, 4, 255, 9, 9, 9, 9};
+    cPixSheet sheet;
+    sheet.InitializeDIB(2, 2);
+    const auto array = [&](std::uint32_t fast, std::uint32_t slow) {
+        return ByteArray::borrow(rows.data(), {0, fast}, {1, slow});
+    };
+    ASSERT_TRUE(sheet.SetDIBbits(array(12, 2), true, true, true, false));
+    EXPECT_EQ(test::pixelsOf(sheet),
+              (std::vector<Pixel>{{1, 1, 1, 255}, {2, 2, 2, 255}, {3, 3, 3, 255}, {4, 4, 4, 255}}));
+    sheet.EraseDIB();
+    ASSERT_TRUE(sheet.SetDIBbits(array(12, 2), true, true, true, false, 1, 0, 2, 2)) << "cut at the right edge";
+    EXPECT_EQ(test::pixelsOf(sheet), (std::vector<Pixel>{{0, 0, 0, 0}, {1, 1, 1, 255}, {0, 0, 0, 0}, {3, 3, 3, 255}}));
+    const auto before = test::pixelsOf(sheet);
+    EXPECT_FALSE(sheet.SetDIBbits(array(7, 3))) << "rows too short";
+    EXPECT_FALSE(sheet.SetDIBbits(array(24, 1))) << "too few rows";
+    EXPECT_EQ(test::pixelsOf(sheet), before);
+}
+
+TEST(SetDIBbits, AcceptsAnArrayThatLiesOverTheStoreItself) {
+    cPixSheet sheet;
+    test::fill(sheet, 1, 3, {{1, 1, 1, 255}, {2, 2, 2, 255}, {3, 3, 3, 255}});
+    const auto store = ByteArray::borrow(sheet.BitsPointer(), {0, 12});
+    ASSERT_TRUE(sheet.SetDIBbits(store, true, true, true, false)); // turns the picture upside down
+    EXPECT_EQ(test::pixelsOf(sheet), (std::vector<Pixel>{{3, 3, 3, 255}, {2, 2, 2, 255}, {1, 1, 1, 255}}));
+    sheet.InitializeDIB(10, 10);
+    EXPECT_FALSE(sheet.LoadPicture_Stream(ByteArray::borrow(sheet.BitsPointer(), {0, 400})));
 }
 
 TEST(SetDIBbits, RefusesTooShortDataWithoutWriting) {

@@ -187,9 +187,11 @@ TEST(LoadDIBinDC, SelectsAndFreesAsManageOwnDCSays) {
 TEST(LoadDIBinDC, GivesNothingWhenTheSystemRefuses) {
     cPixSheet sheet;
     numbered(sheet, 3, 3, 1);
+    const auto handlesBefore = platform::openHandles();
     for (const auto call : {SeamCall::createCompatibleDC, SeamCall::selectObject}) {
         const ScopedFault fault(call);
         EXPECT_EQ(sheet.LoadDIBinDC(true), 0);
+        EXPECT_EQ(platform::openHandles(), handlesBefore) << "a context that holds nothing must not stay";
     }
     EXPECT_NE(sheet.LoadDIBinDC(true), 0);
 }
@@ -288,6 +290,12 @@ TEST(SwapDIBs, ExchangesImagesAndNothingElseWhateverIsSelected) {
         first.SwapDIBs(&second);
         EXPECT_EQ(stateOf(first), secondBefore);
         EXPECT_EQ(stateOf(second), firstBefore);
+        {
+            const platform::UniqueHandle<&platform::DeleteDC> probe(platform::CreateCompatibleDC(0));
+            const auto stock = platform::SelectObject(probe.get(), first.Handle());
+            EXPECT_EQ(stock == 0, (selected & 1) != 0) << "what was selected is selected again, with the new image";
+            if (stock != 0) platform::SelectObject(probe.get(), stock);
+        }
         EXPECT_EQ(std::any_cast<int>(first.Tag()), 1);
         EXPECT_TRUE(second.ManageOwnDC());
         second.SwapDIBs(&first);

@@ -61,7 +61,7 @@ bool cBMPparser::SaveAsBMP(const cPixSheet& cHost, const std::string& FileName, 
         if (hasAlpha) {
             const auto rowLength = static_cast<std::size_t>(iparseByteAlignOnWord(24, cHost.Width()));
             rows.redim(rowLength, image.height);
-            iparseBlendImageToColor(image, TransparentFillColor, rows.data(), true);
+            iparseBlendImageToColor(image, TransparentFillColor, {rows.data(), rows.size()}, true);
         } else if (!cHost.GetDIBbits(rows, true, true, false, true, true)) {
             return false;
         }

@@ -28,7 +28,7 @@ void* openLibrary(const char* name) noexcept {
         const char* windowsName;
         const char* systemName;
     };
-    constexpr Alias zlib[] = {{"zlib1.dll", "libz.so.1"}, {"zlib.dll", "libz.so"}};
+    constexpr Alias zlib[] = {{"zlib1.dll", "libz.so.1"}, {"zlib.dll", "libz.so.1"}};
     for (const Alias& alias : zlib)
         if (std::strcmp(name, alias.windowsName) == 0)
             // zlib is looked for at every picture: once loaded it stays (RTLD_NODELETE), so that asking again only

@@ -32,7 +32,7 @@ Result withWideName(const std::string& name, Result failure, Function function) 
     try {
         std::wstring wide;
         return toUtf16(name, wide) ? function(wide.c_str()) : failure;
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
         return failure;
     }
 }
@@ -42,7 +42,7 @@ Result withNarrowName(const std::string& name, Result failure, Function function
     try {
         std::string narrow;
         return toNarrow(name, narrow) ? function(narrow.c_str()) : failure;
-    } catch (const std::bad_alloc&) {
+    } catch (...) {
         return failure;
     }
 }
