@@ -33,7 +33,7 @@ section { margin: 36px 0 0; padding-top: 26px; border-top: 1px solid var(--line)
 .row { display: grid; gap: 14px; grid-template-columns: repeat(auto-fill, minmax(min(100%, 245px), 1fr)); }
 figure { margin: 0; display: flex; flex-direction: column; background: var(--card); border: 1px solid var(--line);
          border-radius: 10px; overflow: hidden; }
-.frame { flex: 1; display: flex; align-items: center; justify-content: center; min-height: 110px; padding: 10px; }
+.frame { display: flex; align-items: center; justify-content: center; min-height: 110px; padding: 10px; }
 .picture { position: relative; display: block; isolation: isolate; max-width: 100%;
            background: repeating-conic-gradient(var(--square-a) 0 25%, var(--square-b) 0 50%) 0 0 / 18px 18px; }
 .picture img { display: block; max-width: 100%; height: auto; }
@@ -41,9 +41,9 @@ figure { margin: 0; display: flex; flex-direction: column; background: var(--car
 .picture .mask + img { position: absolute; inset: 0; width: 100%; height: 100%; mix-blend-mode: screen;
                        mix-blend-mode: plus-lighter; }
 .tiny img { image-rendering: pixelated; }
-figcaption { padding: 9px 12px 11px; border-top: 1px solid var(--line); font-size: 13px; }
+figcaption { flex: 1; padding: 9px 12px 11px; border-top: 1px solid var(--line); font-size: 13px; }
 figcaption b { display: block; font-size: 14px; }
-code { font: 12px/1.5 ui-monospace, monospace; overflow-wrap: anywhere; }
+code { font: 11px/1.6 ui-monospace, monospace; overflow-wrap: anywhere; }
 .swatch { display: inline-block; width: .8em; height: .8em; margin-left: .35em; border-radius: 3px;
           border: 1px solid var(--line); vertical-align: -.05em; }
 footer { margin-top: 48px; padding-bottom: 40px; font-size: 13px; }
@@ -85,7 +85,7 @@ void writeCaption(std::ostream& html, const GalleryCard& card) {
     for (const std::string& call : card.calls)
         html << "<code>" << htmlText(call) << "</code><br>";
     if (!card.option.empty()) html << "<code class=\"soft\">" << htmlText(card.option) << "</code><br>";
-    html << "<span class=\"soft\">alpha: " << htmlText(card.alpha) << " · </span>";
+    html << "<span class=\"soft\">alpha: " << htmlText(card.alpha) << "</span><br>";
     if (card.maskFile.empty()) {
         html << link(card.colourFile, "24-bit BMP");
     } else {
