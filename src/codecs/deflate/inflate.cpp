@@ -16,7 +16,7 @@ constexpr bool narrow = BitReader::wordBits < 64;
 constexpr unsigned literalsPerRound = narrow ? 1 : 3;
 static_assert(narrow || (literalsPerRound - 1) * literalTableBits + 20 + distanceTableBits <= BitReader::refilled);
 // Pairing literals costs time once per block, so that it pays only with so much data (bytes) to come.
-constexpr std::size_t pairingPays = 16384;
+constexpr std::size_t pairingPays = 8192;
 
 // Takes the extra bits of a length or distance, which stand behind its code, and drops both.
 inline std::size_t takeExtra(BitReader& reader, Entry entry) noexcept {
