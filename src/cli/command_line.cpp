@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <ostream>
+#include <stdexcept>
 
 namespace pixkit::cli {
 
@@ -68,7 +69,11 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
     sub->add_option("-o,--output", request.folder, "Folder for the page and the results")
         ->type_name("FOLDER")
         ->capture_default_str();
-    sub->footer("Example:\n  pixkit gallery samples/pictures/*.png -o out/gallery");
+    sub->footer(
+        "Results are uncompressed and there are about 22 of each picture: 12 MB for 240 x 300 pixels with alpha, "
+        "800 MB for\n4000 x 3000 without. Existing files in the folder are replaced.\n\n"
+        "Example:\n"
+        "  pixkit gallery samples/pictures/*.png -o out/gallery");
 }
 
 int parseAndRun(std::vector<std::string>& arguments, Console& console) {
@@ -109,7 +114,9 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
 
 int run(std::vector<std::string> arguments, Console& console) {
     try {
-        return parseAndRun(arguments, console);
+        const int exitCode = parseAndRun(arguments, console);
+        if (!console.out.flush()) throw std::runtime_error("the output cannot be written");
+        return exitCode;
     } catch (const UsageError& error) {
         console.err << "pixkit: " << error.what() << "\n'pixkit --help' says more.\n";
         return exitUsage;
