@@ -21,8 +21,8 @@ void invert(std::uint8_t* pixels, std::size_t count) {
 // weighted sum is exact in integers: a weight is high * 2^13 + low, both of which fit the signed words that
 // multiplyAddPairs16 takes, and the two sums of products are joined at the end.
 struct GrayWords {
-    Vec blueRedHigh, blueRedLow; // for the word pair B, R
-    Vec greenHigh, greenLow;     // for the word pair G, 1
+    Vec blueRedHigh, blueRedLow;       // for the word pair B, R
+    Vec greenAlphaHigh, greenAlphaLow; // for the word pair G, A; alpha weighs nothing
 };
 
 // The weight in units of 1/2^27, or -1 where that is not whole or not below 1.
@@ -47,30 +47,37 @@ bool prepareGray(const GrayWeights& weights, GrayWords& words) {
     if (r < 0 || g < 0 || b < 0) return false;
     const auto high = [](std::int32_t units) { return static_cast<std::uint32_t>(units) >> lowBits; };
     const auto low = [](std::int32_t units) { return static_cast<std::uint32_t>(units) & lowMask; };
-    constexpr std::uint32_t half = 1U << 13; // 1/2 in the units of the high parts, 1/2^14
-    words = {wordPairs(high(b), high(r)), wordPairs(low(b), low(r)), wordPairs(high(g), half), wordPairs(low(g), 0)};
+    words = {wordPairs(high(b), high(r)), wordPairs(low(b), low(r)), wordPairs(high(g), 0), wordPairs(low(g), 0)};
     return true;
 }
 
+// In each lane the gray in the low byte; what is above it is unspecified.
 Vec grayed(Vec pixels, const GrayWords& words) {
     const Vec blueRed = both(pixels, all32(0x00FF00FF));
-    const Vec greenOne = either(both(right32<8>(pixels), all32(0xFF)), all32(0x00010000));
-    const Vec low = add32(multiplyAddPairs16(blueRed, words.blueRedLow), multiplyAddPairs16(greenOne, words.greenLow));
+    const Vec greenAlpha = right16<8>(pixels);
+    const Vec low =
+        add32(multiplyAddPairs16(blueRed, words.blueRedLow), multiplyAddPairs16(greenAlpha, words.greenAlphaLow));
     const Vec high =
-        add32(multiplyAddPairs16(blueRed, words.blueRedHigh), multiplyAddPairs16(greenOne, words.greenHigh));
-    const Vec sum = add32(high, right32<lowBits>(low)); // with 1/2 added already, so the shift rounds ties up
+        add32(multiplyAddPairs16(blueRed, words.blueRedHigh), multiplyAddPairs16(greenAlpha, words.greenAlphaHigh));
+    const Vec sum = add32(add32(high, all32(1U << 13)), right32<lowBits>(low)); // with 1/2, so the shift rounds ties up
     const Vec rounded = right32<14>(sum);
     // A tie has no bits left below the shift; then the result is made even.
     const Vec tie = equal32(either(left32<18>(sum), left32<32 - lowBits>(low)), zeros());
-    return both(without(rounded, right32<31>(tie)), all32(0xFF));
+    return without(rounded, right32<31>(tie));
 }
 
 Vec grayInColours(Vec gray) {
 #ifdef __AVX2__
-    return shuffled(gray, _mm_setr_epi8(0, 0, 0, -1, 4, 4, 4, -1, 8, 8, 8, -1, 12, 12, 12, -1));
+    return shuffled(gray, _mm_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12));
 #else
+    gray = both(gray, all32(0xFF));
     return either(either(gray, left32<8>(gray)), left32<16>(gray));
 #endif
+}
+
+// The bytes that the effects leave as they are: alpha, and all of a clear pixel.
+Vec keptBytes(Vec pixels) {
+    return either(equal32(both(pixels, all32(alphaByte)), zeros()), all32(alphaByte));
 }
 
 void grayscale(std::uint8_t* pixels, std::size_t count, const GrayWeights& weights) {
@@ -78,9 +85,7 @@ void grayscale(std::uint8_t* pixels, std::size_t count, const GrayWeights& weigh
     if (prepareGray(weights, words)) {
         for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
             const Vec v = load(pixels);
-            const Vec alpha = both(v, all32(alphaByte));
-            const Vec gray = either(grayInColours(grayed(v, words)), alpha);
-            store(pixels, select(equal32(alpha, zeros()), v, gray));
+            store(pixels, select(keptBytes(v), v, grayInColours(grayed(v, words))));
         }
     }
     scalar::grayscale(pixels, count, weights);
@@ -105,11 +110,9 @@ void adjustLightness(std::uint8_t* dst, const std::uint8_t* src, std::size_t cou
         const Vec twice = either(left32<16>(lanes), both(lanes, all32(0xFFFF)));
         const Vec low = addHeld16(lowWords(v), PIXKIT_SIMD(unpacklo_epi32)(twice, twice));
         const Vec high = addHeld16(highWords(v), PIXKIT_SIMD(unpackhi_epi32)(twice, twice));
-        const Vec alpha = alphaInAll(v);
         Vec adjusted = bytesOf(low, high); // held within 0 .. 255
-        if (lighten) adjusted = PIXKIT_SIMD(min_epu8)(adjusted, alpha);
-        const Vec copied = either(equal8(alpha, zeros()), all32(alphaByte));
-        store(dst, select(copied, v, adjusted));
+        if (lighten) adjusted = PIXKIT_SIMD(min_epu8)(adjusted, alphaInAll(v));
+        store(dst, select(keptBytes(v), v, adjusted));
     }
     scalar::adjustLightness(dst, src, count, adjust, lighten);
 }
@@ -136,8 +139,7 @@ void blendToColour(std::uint8_t* pixels, std::size_t count, const std::uint8_t* 
     for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
         const Vec v = load(pixels);
         const Vec blended = bytesOf(blendedWords(lowWords(v), keep, added), blendedWords(highWords(v), keep, added));
-        const Vec copied = either(equal32(both(v, all32(alphaByte)), zeros()), all32(alphaByte));
-        store(pixels, select(copied, v, blended));
+        store(pixels, select(keptBytes(v), v, blended));
     }
     scalar::blendToColour(pixels, count, blendColour, opacity);
 }

@@ -91,8 +91,13 @@ inline Vec differing(Vec a, Vec b) {
 inline Vec without(Vec a, Vec mask) {
     return PIXKIT_SIMD_BITS(andnot)(mask, a);
 }
+// By bytes; a byte of the mask is all ones or all zeros.
 inline Vec select(Vec mask, Vec yes, Vec no) {
+#ifdef __AVX2__
+    return _mm256_blendv_epi8(no, yes, mask);
+#else
     return either(both(mask, yes), without(no, mask));
+#endif
 }
 template <int bits>
 inline Vec left32(Vec a) {
@@ -161,7 +166,11 @@ inline Vec above16(Vec a, Vec b) {
     return PIXKIT_SIMD(cmpgt_epi16)(a, b);
 }
 inline bool allZero(Vec a) {
-    return static_cast<unsigned>(PIXKIT_SIMD(movemask_epi8)(equal8(a, zeros()))) == (1ULL << vecBytes) - 1;
+#ifdef __AVX2__
+    return _mm256_testz_si256(a, a) != 0;
+#else
+    return _mm_movemask_epi8(equal8(a, zeros())) == 0xFFFF;
+#endif
 }
 // The sum of the 32-bit lanes.
 inline std::size_t laneSum32(Vec a) {
