@@ -1,0 +1,302 @@
+#include "com/Argument.h"
+#include "com/Arrays.h"
+#include <cstring>
+
+namespace pixkit::com {
+
+namespace {
+
+constexpr VARTYPE arrayOf(VARTYPE type) noexcept {
+    return static_cast<VARTYPE>(VT_ARRAY | type);
+}
+
+constexpr VARTYPE referenceTo(VARTYPE type) noexcept {
+    return static_cast<VARTYPE>(VT_BYREF | type);
+}
+
+constexpr VARTYPE withoutReference(VARTYPE type) noexcept {
+    return static_cast<VARTYPE>(type & ~VT_BYREF);
+}
+
+// Bytes of a number behind a reference; 0 for everything else.
+std::size_t numberSize(VARTYPE type) noexcept {
+    switch (type) {
+    case VT_I1:
+    case VT_UI1:
+        return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL:
+        return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+        return 4;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_DATE:
+    case VT_CY:
+        return 8;
+    default:
+        return 0;
+    }
+}
+
+bool isLeftOut(const VARIANTARG* passed) noexcept {
+    return passed == nullptr || (passed->vt == VT_ERROR && passed->scode == DISP_E_PARAMNOTFOUND);
+}
+
+bool isObject(VARTYPE type) noexcept {
+    return type == VT_DISPATCH || type == VT_UNKNOWN;
+}
+
+void zero(VARIANT& value, VARTYPE type) noexcept {
+    std::memset(&value, 0, sizeof value);
+    value.vt = type;
+}
+
+} // namespace
+
+Argument::~Argument() {
+    if (m_locked != nullptr) ::SafeArrayUnlock(m_locked);
+    if (m_array != nullptr && m_array != m_lent) ::SafeArrayDestroy(m_array);
+}
+
+HRESULT Argument::bind(const Parameter& parameter, VARIANTARG* passed, LCID locale) noexcept {
+    m_type = parameter.type;
+    // A variable of a variable occurs too, when a procedure passes on what it got by reference.
+    for (int depth = 0; depth < 4 && passed != nullptr && passed->vt == referenceTo(VT_VARIANT); ++depth) {
+        if (passed->pvarVal == nullptr) return DISP_E_TYPEMISMATCH;
+        passed = passed->pvarVal;
+        m_isVariable = true;
+    }
+    if (isLeftOut(passed)) {
+        if (!parameter.isOptional) return passed == nullptr ? DISP_E_BADPARAMCOUNT : DISP_E_PARAMNOTOPTIONAL;
+        m_isVariable = false;
+        return bindMissing(parameter);
+    }
+    if ((passed->vt & VT_BYREF) != 0 && passed->byref == nullptr) return DISP_E_TYPEMISMATCH;
+    m_source = passed;
+    switch (parameter.kind) {
+    case Parameter::Kind::value:
+        return bindValue(parameter.type, locale);
+    case Parameter::Kind::variant:
+        m_variant = m_source;
+        return S_OK;
+    case Parameter::Kind::reference:
+        return bindReference(parameter.type, locale);
+    case Parameter::Kind::object:
+    case Parameter::Kind::objectReference:
+        return bindObject(parameter);
+    case Parameter::Kind::arrayReference:
+        return bindArray(parameter.type, locale);
+    }
+    return DISP_E_TYPEMISMATCH;
+}
+
+HRESULT Argument::bindMissing(const Parameter& parameter) noexcept {
+    zero(m_call, parameter.type);
+    switch (parameter.kind) {
+    case Parameter::Kind::variant:
+        m_call.vt = VT_ERROR;
+        m_call.scode = DISP_E_PARAMNOTFOUND;
+        m_variant = &m_call;
+        return S_OK;
+    case Parameter::Kind::value:
+        if (parameter.defaultValue) m_call = *parameter.defaultValue; // lives as long as the description
+        return S_OK;
+    case Parameter::Kind::object:
+        return S_OK;
+    case Parameter::Kind::arrayReference:
+        passOwnArray(parameter.type);
+        return S_OK;
+    case Parameter::Kind::reference:
+    case Parameter::Kind::objectReference:
+        zero(m_local, parameter.type);
+        m_call.vt = referenceTo(parameter.type);
+        m_call.byref = &m_local.byref;
+        return S_OK;
+    }
+    return DISP_E_TYPEMISMATCH;
+}
+
+HRESULT Argument::bindValue(VARTYPE type, LCID locale) noexcept {
+    if (m_source->vt == type) {
+        m_call = *m_source;
+        return S_OK;
+    }
+    const HRESULT status = ::VariantChangeTypeEx(&m_local, m_source, locale, 0, type);
+    m_call = m_local;
+    return status;
+}
+
+HRESULT Argument::bindReference(VARTYPE type, LCID locale) noexcept {
+    if (m_source->vt == referenceTo(type)) {
+        m_call = *m_source;
+        return S_OK;
+    }
+    const VARTYPE found = withoutReference(m_source->vt);
+    if ((m_source->vt & VT_BYREF) != 0 && numberSize(found) == 0) return DISP_E_TYPEMISMATCH;
+    if (const HRESULT status = ::VariantChangeTypeEx(&m_local, m_source, locale, 0, type); FAILED(status))
+        return status;
+    m_before = m_local;
+    m_call.vt = referenceTo(type);
+    m_call.byref = &m_local.byref;
+    m_returns = Returns::reference;
+    return S_OK;
+}
+
+HRESULT Argument::bindObject(const Parameter& parameter) noexcept {
+    const VARTYPE found = withoutReference(m_source->vt);
+    IUnknown* object = nullptr;
+    if (isObject(found)) {
+        object = (m_source->vt & VT_BYREF) != 0 ? *m_source->ppunkVal : m_source->punkVal;
+    } else if (found != VT_EMPTY) {
+        return DISP_E_TYPEMISMATCH;
+    }
+    zero(m_local, VT_UNKNOWN);
+    if (object != nullptr &&
+        FAILED(object->QueryInterface(parameter.interfaceId, reinterpret_cast<void**>(&m_local.punkVal)))) {
+        m_local.punkVal = nullptr;
+        return DISP_E_TYPEMISMATCH;
+    }
+    m_before = m_local;
+    m_call = m_local;
+    if (parameter.kind == Parameter::Kind::objectReference) {
+        m_call.vt = referenceTo(VT_UNKNOWN);
+        m_call.byref = &m_local.byref;
+        m_returns = Returns::object;
+    }
+    return S_OK;
+}
+
+void Argument::passOwnArray(VARTYPE type) noexcept {
+    m_call.vt = referenceTo(arrayOf(type));
+    m_call.pparray = &m_array;
+}
+
+HRESULT Argument::bindArray(VARTYPE type, LCID locale) noexcept {
+    const bool isReference = (m_source->vt & VT_BYREF) != 0;
+    const VARTYPE found = withoutReference(m_source->vt);
+    if (found == VT_EMPTY) { // a variable that holds nothing yet
+        passOwnArray(type);
+        m_returns = Returns::array;
+        return S_OK;
+    }
+    if (found == arrayOf(VT_VARIANT)) return bindVariantArray(type, locale);
+    if (found != arrayOf(type)) return DISP_E_TYPEMISMATCH;
+    if (isReference || m_isVariable) { // the member works on the caller's array itself
+        m_call.vt = referenceTo(arrayOf(type));
+        m_call.pparray = isReference ? m_source->pparray : &m_source->parray;
+        if (!isReference) {
+            m_arrayVariable = m_source;
+            m_returns = Returns::array;
+        }
+        return S_OK;
+    }
+    // Passed by value: lent to the member, and locked, so that it cannot be replaced under the caller.
+    if (m_source->parray != nullptr) {
+        if (const HRESULT status = ::SafeArrayLock(m_source->parray); FAILED(status)) return status;
+        m_locked = m_source->parray;
+    }
+    m_array = m_lent = m_source->parray;
+    passOwnArray(type);
+    return S_OK;
+}
+
+HRESULT Argument::bindVariantArray(VARTYPE type, LCID locale) noexcept {
+    SAFEARRAY** const place = (m_source->vt & VT_BYREF) != 0 ? m_source->pparray
+                              : m_isVariable                 ? &m_source->parray
+                                                             : nullptr;
+    SAFEARRAY* const variants = place != nullptr ? *place : m_source->parray;
+    if (const HRESULT status = arrayFromVariants(variants, type, locale, &m_array); FAILED(status)) return status;
+    m_arrayBefore = m_array;
+    passOwnArray(type);
+    if (place != nullptr && (variants == nullptr || isReplaceable(variants))) {
+        m_variants = place;
+        m_returns = Returns::array;
+    } else if (m_array != nullptr && SUCCEEDED(::SafeArrayLock(m_array))) {
+        m_locked = m_array; // the member must see that what it returns could not be stored
+    }
+    return S_OK;
+}
+
+HRESULT Argument::giveBack(LCID locale) noexcept {
+    switch (m_returns) {
+    case Returns::nothing:
+        return S_OK;
+    case Returns::reference:
+        return giveBackReference(locale);
+    case Returns::object:
+        return giveBackObject();
+    case Returns::array:
+        return giveBackArray();
+    }
+    return S_OK;
+}
+
+HRESULT Argument::giveBackReference(LCID locale) noexcept {
+    const std::size_t size = numberSize(m_type);
+    // A variable that the member left alone keeps its type; an empty one learns that it is a zero.
+    const bool changed = std::memcmp(&m_local.byref, &m_before.byref, size) != 0 || m_source->vt == VT_EMPTY;
+    if (!changed) return S_OK;
+    if ((m_source->vt & VT_BYREF) == 0) {
+        if (!m_isVariable) return S_OK;
+        ::VariantClear(m_source);
+        *m_source = m_local.detach();
+        return S_OK;
+    }
+    const VARTYPE type = withoutReference(m_source->vt);
+    Variant converted;
+    const HRESULT status = ::VariantChangeTypeEx(&converted, &m_local, locale, 0, type);
+    if (SUCCEEDED(status)) std::memcpy(m_source->byref, &converted.byref, numberSize(type));
+    return status;
+}
+
+HRESULT Argument::giveBackObject() noexcept {
+    const bool isReference = (m_source->vt & VT_BYREF) != 0;
+    if (m_local.punkVal == m_before.punkVal || (!isReference && !m_isVariable)) return S_OK;
+    const bool asUnknown = m_source->vt == referenceTo(VT_UNKNOWN);
+    IUnknown* object = nullptr;
+    if (m_local.punkVal != nullptr) {
+        const HRESULT status = m_local.punkVal->QueryInterface(asUnknown ? IID_IUnknown : IID_IDispatch,
+                                                               reinterpret_cast<void**>(&object));
+        if (FAILED(status)) return status;
+    }
+    if (isReference) {
+        if (IUnknown* const replaced = std::exchange(*m_source->ppunkVal, object)) replaced->Release();
+    } else {
+        ::VariantClear(m_source);
+        m_source->vt = VT_DISPATCH;
+        m_source->punkVal = object;
+    }
+    return S_OK;
+}
+
+HRESULT Argument::giveBackArray() noexcept {
+    if (m_arrayVariable != nullptr) { // changed in place; scripts cannot look into an array that is not there
+        if (m_arrayVariable->parray == nullptr) ::VariantInit(m_arrayVariable);
+        return S_OK;
+    }
+    if (m_array == m_arrayBefore) return S_OK;
+    SAFEARRAY* variants = nullptr;
+    if (const HRESULT status = variantsFromArray(m_array, m_type, &variants); FAILED(status)) return status;
+    if (m_variants != nullptr) {
+        if (*m_variants != nullptr && FAILED(::SafeArrayDestroy(*m_variants))) {
+            ::SafeArrayDestroy(variants);
+            return DISP_E_ARRAYISLOCKED;
+        }
+        *m_variants = variants;
+    } else if (m_isVariable) {
+        m_source->vt = arrayOf(VT_VARIANT);
+        m_source->parray = variants;
+    } else {
+        ::SafeArrayDestroy(variants);
+    }
+    return S_OK;
+}
+
+} // namespace pixkit::com

@@ -1,0 +1,157 @@
+#include "com/Arrays.h"
+#include "com/Automation.h"
+#include <cstring>
+#include <limits>
+#include <vector>
+
+namespace pixkit::com {
+
+namespace {
+
+constexpr unsigned typeKnown =
+    FADF_HAVEVARTYPE | FADF_RECORD | FADF_HAVEIID | FADF_BSTR | FADF_UNKNOWN | FADF_DISPATCH | FADF_VARIANT;
+
+// SAFEARRAYs keep their bounds last dimension first.
+const SAFEARRAYBOUND& boundOf(const SAFEARRAY* array, unsigned dimension) noexcept {
+    return array->rgsabound[array->cDims - dimension];
+}
+
+ByteArray::Bound byteBound(const SAFEARRAY* array, unsigned dimension) noexcept {
+    const SAFEARRAYBOUND& bound = boundOf(array, dimension);
+    return {static_cast<std::int32_t>(bound.lLbound), static_cast<std::uint32_t>(bound.cElements)};
+}
+
+ByteArray borrowed(SAFEARRAY* array) {
+    if (array == nullptr || array->pvData == nullptr) return {};
+    auto* const data = static_cast<std::uint8_t*>(array->pvData);
+    return array->cDims == 1 ? ByteArray::borrow(data, byteBound(array, 1))
+                             : ByteArray::borrow(data, byteBound(array, 1), byteBound(array, 2));
+}
+
+SAFEARRAY* created(const ByteArray& bytes) noexcept {
+    SAFEARRAYBOUND bounds[2]; // first dimension first, unlike in the array itself
+    for (int i = 0; i < bytes.dimensions(); ++i) {
+        const ByteArray::Bound bound = bytes.bound(i + 1);
+        bounds[i].cElements = bound.count;
+        bounds[i].lLbound = bound.lower;
+    }
+    SAFEARRAY* const array = ::SafeArrayCreate(VT_UI1, static_cast<UINT>(bytes.dimensions()), bounds);
+    if (array != nullptr && bytes.size() != 0) std::memcpy(array->pvData, bytes.data(), bytes.size());
+    return array;
+}
+
+std::size_t elementCount(const SAFEARRAY* array) noexcept {
+    std::size_t count = array->pvData == nullptr ? 0 : 1;
+    for (unsigned i = 0; i < array->cDims; ++i)
+        count *= array->rgsabound[i].cElements;
+    return count;
+}
+
+// An array of the same bounds with elements of another type.
+SAFEARRAY* createdLike(const SAFEARRAY* array, VARTYPE type) {
+    std::vector<SAFEARRAYBOUND> bounds(array->rgsabound, array->rgsabound + array->cDims);
+    return ::SafeArrayCreate(type, array->cDims, std::vector<SAFEARRAYBOUND>(bounds.rbegin(), bounds.rend()).data());
+}
+
+HRESULT convertElement(VARIANT& element, VARTYPE type, LCID locale, std::uint8_t* out, std::size_t size) noexcept {
+    if (element.vt == type) {
+        std::memcpy(out, &element.byref, size);
+        return S_OK;
+    }
+    Variant value;
+    const HRESULT result = ::VariantChangeTypeEx(&value, &element, locale, 0, type);
+    if (SUCCEEDED(result)) std::memcpy(out, &value.byref, size);
+    return result;
+}
+
+} // namespace
+
+bool hasElements(SAFEARRAY* array, VARTYPE type) noexcept {
+    if ((array->fFeatures & typeKnown) == 0) return type == VT_UI1 && array->cbElements == 1;
+    VARTYPE found = VT_EMPTY;
+    return SUCCEEDED(::SafeArrayGetVartype(array, &found)) && found == type;
+}
+
+bool isReplaceable(const SAFEARRAY* array) noexcept {
+    return array->cLocks == 0 && (array->fFeatures & (FADF_AUTO | FADF_STATIC | FADF_EMBEDDED | FADF_FIXEDSIZE)) == 0;
+}
+
+InputArray::InputArray(SAFEARRAY* array) noexcept : m_usable(array == nullptr) {
+    if (array == nullptr || array->cDims > 2 || !hasElements(array, VT_UI1) || FAILED(::SafeArrayLock(array))) return;
+    m_locked = array;
+    m_usable = true;
+    m_bytes = borrowed(array);
+}
+
+InputArray::~InputArray() {
+    if (m_locked != nullptr) ::SafeArrayUnlock(m_locked);
+}
+
+OutputArray::OutputArray(SAFEARRAY** target) noexcept : m_target(target), m_usable(*target == nullptr) {
+    if (*target == nullptr) return;
+    m_usable = isReplaceable(*target) && hasElements(*target, VT_UI1);
+    // More dimensions than a ByteArray has do not matter: nothing reads what is about to be replaced.
+    if (m_usable && (*target)->cDims <= 2) m_bytes = borrowed(*target);
+    m_before = m_bytes.data();
+    m_wasAllocated = m_bytes.isAllocated();
+}
+
+bool OutputArray::store() noexcept {
+    if (m_bytes.data() == m_before && m_bytes.isAllocated() == m_wasAllocated) return true;
+    SAFEARRAY* filled = nullptr;
+    if (m_bytes.isAllocated()) {
+        filled = created(m_bytes);
+        if (filled == nullptr) return false;
+    }
+    // A caller may have locked its array meanwhile, from a window procedure that ran during the call.
+    if (*m_target != nullptr && FAILED(::SafeArrayDestroy(*m_target))) {
+        if (filled != nullptr) ::SafeArrayDestroy(filled);
+        return false;
+    }
+    *m_target = filled;
+    return true;
+}
+
+HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept try {
+    *result = nullptr;
+    if (variants == nullptr) return S_OK;
+    SAFEARRAY* const array = createdLike(variants, type);
+    if (array == nullptr) return E_OUTOFMEMORY;
+    auto* const elements = static_cast<VARIANT*>(variants->pvData);
+    auto* out = static_cast<std::uint8_t*>(array->pvData);
+    HRESULT status = ::SafeArrayLock(variants);
+    if (SUCCEEDED(status)) {
+        const std::size_t count = elementCount(variants);
+        for (std::size_t i = 0; i < count && SUCCEEDED(status); ++i, out += array->cbElements)
+            status = convertElement(elements[i], type, locale, out, array->cbElements);
+        ::SafeArrayUnlock(variants);
+    }
+    if (FAILED(status)) {
+        ::SafeArrayDestroy(array);
+        return status;
+    }
+    *result = array;
+    return S_OK;
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) noexcept try {
+    *result = nullptr;
+    if (array == nullptr) return S_OK;
+    SAFEARRAY* const variants = createdLike(array, VT_VARIANT);
+    if (variants == nullptr) return E_OUTOFMEMORY;
+    const auto* in = static_cast<const std::uint8_t*>(array->pvData);
+    auto* const elements = static_cast<VARIANT*>(variants->pvData);
+    const std::size_t count = elementCount(array);
+    for (std::size_t i = 0; i < count; ++i, in += array->cbElements) {
+        elements[i].vt = type;
+        std::memcpy(&elements[i].byref, in, array->cbElements);
+    }
+    *result = variants;
+    return S_OK;
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+} // namespace pixkit::com

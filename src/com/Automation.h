@@ -1,0 +1,62 @@
+// Owners of what Automation hands out, and its strings.
+#pragma once
+#include <windows.h>
+
+#include <ole2.h>
+
+#include <string>
+#include <utility>
+
+namespace pixkit::com {
+
+// A counted reference to an interface, released with this.
+template <class Interface>
+class ComPtr {
+  public:
+    ComPtr() = default;
+    ~ComPtr() { reset(); }
+    ComPtr(const ComPtr&) = delete;
+    ComPtr& operator=(const ComPtr&) = delete;
+
+    Interface* get() const noexcept { return m_pointer; }
+    Interface* operator->() const noexcept { return m_pointer; }
+    explicit operator bool() const noexcept { return m_pointer != nullptr; }
+    // Where a function stores a reference that becomes this one's own.
+    Interface** put() noexcept {
+        reset();
+        return &m_pointer;
+    }
+    void** putVoid() noexcept { return reinterpret_cast<void**>(put()); }
+    Interface* detach() noexcept { return std::exchange(m_pointer, nullptr); }
+    void reset() noexcept {
+        if (Interface* const released = detach()) released->Release();
+    }
+
+  private:
+    Interface* m_pointer = nullptr;
+};
+
+// A VARIANT that clears what it holds.
+class Variant : public VARIANT {
+  public:
+    Variant() noexcept { ::VariantInit(this); }
+    ~Variant() { ::VariantClear(this); }
+    Variant(const Variant&) = delete;
+    Variant& operator=(const Variant&) = delete;
+
+    // Hands the value over and becomes Empty.
+    VARIANT detach() noexcept {
+        const VARIANT value = *this;
+        ::VariantInit(this);
+        return value;
+    }
+};
+
+// UTF-8 of a string, up to its first NUL as all callers of system functions have it; a null BSTR is an empty string.
+// May throw std::bad_alloc.
+std::string toUtf8(const wchar_t* text);
+
+// Null without memory.
+BSTR toBstr(const std::string& utf8);
+
+} // namespace pixkit::com

@@ -1,0 +1,9 @@
+// Makes cPixSheet objects for COM.
+#pragma once
+#include "com/Automation.h"
+
+namespace pixkit::com {
+
+HRESULT createClassFactory(REFIID interfaceId, void** object) noexcept;
+
+} // namespace pixkit::com

@@ -1,0 +1,88 @@
+#include "com/Dispatch.h"
+#include "com/Argument.h"
+
+namespace pixkit::com {
+
+namespace {
+
+using Passed = std::array<VARIANTARG*, maximumParameters>; // by parameter; null = left out
+
+// Named arguments come first, positional ones after them in reverse. A property's value has a name of its own.
+HRESULT sortArguments(const Member& member, DISPPARAMS& arguments, Passed& passed, UINT* argumentError) noexcept {
+    const std::size_t count = member.parameters.size();
+    if (arguments.cArgs > count || arguments.cNamedArgs > arguments.cArgs) return DISP_E_BADPARAMCOUNT;
+    for (UINT i = 0; i < arguments.cNamedArgs; ++i) {
+        const DISPID name = arguments.rgdispidNamedArgs[i];
+        const bool isPut = name == DISPID_PROPERTYPUT && member.kind != INVOKE_FUNC && count != 0;
+        const std::size_t position = isPut ? count - 1 : static_cast<std::size_t>(name);
+        if (position >= count || passed[position] != nullptr) {
+            if (argumentError != nullptr) *argumentError = i;
+            return DISP_E_PARAMNOTFOUND;
+        }
+        passed[position] = &arguments.rgvarg[i];
+    }
+    for (UINT i = arguments.cNamedArgs; i < arguments.cArgs; ++i) {
+        const std::size_t position = arguments.cArgs - 1 - i;
+        if (passed[position] != nullptr) return DISP_E_BADPARAMCOUNT; // given by name too
+        passed[position] = &arguments.rgvarg[i];
+    }
+    return S_OK;
+}
+
+// One call of the virtual function table. A VARIANT result is written as a whole, others behind the VARIANT's type.
+HRESULT call(IDispatch* object, const Member& member, std::array<Argument, maximumParameters>& arguments,
+             Variant& result) noexcept {
+    std::array<VARTYPE, maximumParameters + 1> types;
+    std::array<VARIANTARG*, maximumParameters + 1> values;
+    UINT count = 0;
+    for (; count < member.parameters.size(); ++count) {
+        types[count] = arguments[count].callType();
+        values[count] = arguments[count].forCall();
+    }
+    VARIANTARG place;
+    if (member.hasResult) {
+        const bool whole = member.result.kind == Parameter::Kind::variant;
+        if (!whole) result.vt = member.result.type;
+        place.vt = static_cast<VARTYPE>(VT_BYREF | member.result.type);
+        place.byref = whole ? static_cast<void*>(&result) : &result.byref;
+        types[count] = place.vt;
+        values[count++] = &place;
+    }
+    VARIANT returned;
+    const HRESULT status =
+        ::DispCallFunc(object, member.tableOffset, CC_STDCALL, VT_I4, count, types.data(), values.data(), &returned);
+    return FAILED(status) ? status : returned.lVal;
+}
+
+} // namespace
+
+HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID locale, WORD flags,
+               DISPPARAMS* arguments, VARIANT* result, UINT* argumentError) noexcept {
+    if (arguments == nullptr) return E_POINTER;
+    const Member* const member = types.find(id, flags);
+    if (member == nullptr) return DISP_E_MEMBERNOTFOUND;
+
+    Passed passed{};
+    if (const HRESULT status = sortArguments(*member, *arguments, passed, argumentError); FAILED(status)) return status;
+    std::array<Argument, maximumParameters> bound;
+    for (std::size_t i = 0; i < member->parameters.size(); ++i) {
+        const HRESULT status = bound[i].bind(member->parameters[i], passed[i], locale);
+        if (SUCCEEDED(status)) continue;
+        if (argumentError != nullptr && passed[i] != nullptr)
+            *argumentError = static_cast<UINT>(passed[i] - arguments->rgvarg);
+        return status;
+    }
+
+    Variant returned;
+    HRESULT status = call(object, *member, bound, returned);
+    if (FAILED(status)) {
+        returned.detach(); // nothing was stored in it
+        return status;
+    }
+    for (std::size_t i = 0; i < member->parameters.size() && SUCCEEDED(status); ++i)
+        status = bound[i].giveBack(locale);
+    if (SUCCEEDED(status) && result != nullptr) *result = returned.detach();
+    return status;
+}
+
+} // namespace pixkit::com

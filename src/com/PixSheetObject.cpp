@@ -1,0 +1,194 @@
+#define INITGUID // this file defines what the generated header only declares
+#include "com/PixSheetObject.h"
+#include "com/Dispatch.h"
+#include "com/Resources.h"
+#include "com/version_record.h"
+#include <new>
+
+namespace pixkit::com {
+
+namespace {
+
+// Asking an object for this interface tells whether its pixels can be reached: only objects of this DLL know it. The
+// DLL's address is part of it, because another copy of the DLL may lay its objects out differently.
+IID privateInterface() noexcept {
+    IID id = {0x7dc461a7, 0xa86e, 0x4e24, {0xbb, 0xea, 0x97, 0x25, 0x69, 0xf7, 0x32, 0xfb}};
+    id.Data1 ^= static_cast<unsigned long>(reinterpret_cast<ULONG_PTR>(moduleInstance()) >> 16);
+    return id;
+}
+
+constexpr LONG beingDestroyed = 1L << 30;
+
+} // namespace
+
+HRESULT PixSheetObject::create(REFIID interfaceId, void** object) noexcept try {
+    auto* const created = new PixSheetObject(std::make_unique<cPixSheet>());
+    const HRESULT status = created->QueryInterface(interfaceId, object);
+    created->Release();
+    return status;
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+// --- IUnknown
+
+HRESULT PixSheetObject::QueryInterface(REFIID interfaceId, void** object) {
+    if (object == nullptr) return E_POINTER;
+    if (interfaceId == IID_IUnknown || interfaceId == IID_IDispatch || interfaceId == IID__cPixSheet) {
+        *object = static_cast<_cPixSheet*>(this);
+    } else if (interfaceId == IID_IProvideClassInfo) {
+        *object = static_cast<IProvideClassInfo*>(this);
+    } else if (interfaceId == IID_ISupportErrorInfo) {
+        *object = static_cast<ISupportErrorInfo*>(this);
+    } else if (interfaceId == privateInterface()) {
+        *object = this;
+    } else {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    AddRef();
+    return S_OK;
+}
+
+ULONG PixSheetObject::AddRef() {
+    return static_cast<ULONG>(::InterlockedIncrement(&m_references));
+}
+
+ULONG PixSheetObject::Release() {
+    const LONG left = ::InterlockedDecrement(&m_references);
+    if (left == 0) {
+        m_references = beingDestroyed; // what Tag held may still take and return references while it goes
+        delete this;
+    }
+    return static_cast<ULONG>(left);
+}
+
+PixSheetObject* PixSheetObject::ours(_cPixSheet* object) noexcept {
+    void* found = nullptr;
+    if (FAILED(object->QueryInterface(privateInterface(), &found)) || found == nullptr) return nullptr;
+    auto* const sheet = static_cast<PixSheetObject*>(found);
+    sheet->Release(); // the caller's reference keeps it
+    return sheet;
+}
+
+// --- IDispatch and what describes the object
+
+HRESULT PixSheetObject::types() noexcept {
+    return m_types ? S_OK : TypeInformation::get(m_types);
+}
+
+HRESULT PixSheetObject::GetTypeInfoCount(UINT* count) {
+    if (count == nullptr) return E_POINTER;
+    *count = 1;
+    return S_OK;
+}
+
+HRESULT PixSheetObject::GetTypeInfo(UINT index, LCID /*locale*/, ITypeInfo** info) {
+    if (info == nullptr) return E_POINTER;
+    *info = nullptr;
+    if (index != 0) return DISP_E_BADINDEX;
+    if (const HRESULT status = types(); FAILED(status)) return status;
+    *info = m_types->interfaceInfo();
+    (*info)->AddRef();
+    return S_OK;
+}
+
+HRESULT PixSheetObject::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID /*locale*/, DISPID* ids) {
+    if (!::IsEqualGUID(reserved, GUID{})) return DISP_E_UNKNOWNINTERFACE;
+    if (names == nullptr || ids == nullptr) return E_POINTER;
+    if (count == 0) return E_INVALIDARG;
+    if (const HRESULT status = types(); FAILED(status)) return status;
+    return m_types->interfaceInfo()->GetIDsOfNames(names, count, ids);
+}
+
+HRESULT PixSheetObject::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* arguments,
+                               VARIANT* result, EXCEPINFO* /*exception*/, UINT* argumentError) {
+    if (!::IsEqualGUID(reserved, GUID{})) return DISP_E_UNKNOWNINTERFACE;
+    if (const HRESULT status = types(); FAILED(status)) return status;
+    return invoke(*m_types, this, id, locale, flags, arguments, result, argumentError);
+}
+
+HRESULT PixSheetObject::GetClassInfo(ITypeInfo** info) {
+    if (info == nullptr) return E_POINTER;
+    *info = nullptr;
+    if (const HRESULT status = types(); FAILED(status)) return status;
+    *info = m_types->classInfo();
+    (*info)->AddRef();
+    return S_OK;
+}
+
+HRESULT PixSheetObject::InterfaceSupportsErrorInfo(REFIID /*interfaceId*/) {
+    return S_FALSE; // members never raise
+}
+
+// --- members that are more than forwarding
+
+HRESULT PixSheetObject::get_Tag(VARIANT* result) {
+    if (result == nullptr) return E_POINTER;
+    ::VariantInit(result);
+    return ::VariantCopy(result, &m_Tag);
+}
+
+HRESULT PixSheetObject::put_Tag(VARIANT value) {
+    Variant copied;
+    if (const HRESULT status = ::VariantCopyInd(&copied, &value); FAILED(status)) return status;
+    // The old value goes last: releasing an object may run code that asks for Tag.
+    std::swap(static_cast<VARIANT&>(copied), static_cast<VARIANT&>(m_Tag));
+    return S_OK;
+}
+
+HRESULT PixSheetObject::get_Version(BSTR* result) {
+    if (result == nullptr) return E_POINTER;
+    *result = nullptr;
+    return run([&] { *result = toBstr(versionText(moduleInstance())); });
+}
+
+HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG newHeight,
+                                    VARIANT_BOOL CopyOriginalFormat) {
+    if (cDIBclass == nullptr) return E_POINTER;
+    if (*cDIBclass != nullptr) {
+        PixSheetObject* const target = ours(*cDIBclass);
+        if (target == nullptr) return DISP_E_TYPEMISMATCH;
+        return run([&] { m_sheet->CopyImageTo(*target->m_sheet, newWidth, newHeight, isTrue(CopyOriginalFormat)); });
+    }
+    return run([&] {
+        std::unique_ptr<cPixSheet> copy;
+        m_sheet->CopyImageTo(copy, newWidth, newHeight, isTrue(CopyOriginalFormat));
+        if (copy) *cDIBclass = new PixSheetObject(std::move(copy));
+    });
+}
+
+HRESULT PixSheetObject::SwapDIBs(_cPixSheet** SwapFromDIB) {
+    if (SwapFromDIB == nullptr) return E_POINTER;
+    if (*SwapFromDIB == nullptr) return S_OK;
+    PixSheetObject* const other = ours(*SwapFromDIB);
+    if (other == nullptr) return DISP_E_TYPEMISMATCH;
+    return run([&] { m_sheet->SwapDIBs(other->m_sheet.get()); });
+}
+
+// Both optionals come by reference; C++ callers leave them out as null pointers.
+HRESULT PixSheetObject::GetPixel(LONG x, LONG y, LONG* AlphaValue, VARIANT_BOOL* asPreMultiplied, LONG* result) {
+    return give(result, [&] {
+        std::int32_t alpha = 0;
+        const bool premultiplied = asPreMultiplied != nullptr && isTrue(*asPreMultiplied);
+        const std::int32_t color = m_sheet->GetPixel(x, y, &alpha, premultiplied);
+        if (AlphaValue != nullptr) *AlphaValue = alpha;
+        return color;
+    });
+}
+
+// Resources other than custom ones, which a ResSection that is no string asks for, are pictures of the host program's
+// and not loaded: they give False.
+HRESULT PixSheetObject::LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSection, IDispatch* VBglobal, LONG iconCx,
+                                             LONG iconCy, LONG streamStart, LONG streamLength, LONG iconBitDepth,
+                                             VARIANT_BOOL* result) {
+    return give(result, [&] {
+        const bool loaded = withResource(ResIndex, ResSection, VBglobal, [&](const ByteArray& bytes) {
+            return m_sheet->LoadPicture_Stream(bytes, iconCx, iconCy, streamStart, streamLength, false, iconBitDepth);
+        });
+        if (!loaded) m_sheet->DestroyDIB(); // as every load that fails
+        return loaded;
+    });
+}
+
+} // namespace pixkit::com

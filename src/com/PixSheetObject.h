@@ -1,0 +1,274 @@
+// The cPixSheet object that COM clients hold: a thin shell over the native class. Every member forwards; what is done
+// here is conversion and nothing else.
+#pragma once
+#include "com/Arrays.h"
+#include "com/Automation.h"
+#include "com/TypeInformation.h"
+#include "com/module.h"
+#include "diagnostics/guard.h"
+#include "pixkit_com.h"
+#include "surface/cPixSheet.h"
+#include <ocidl.h>
+#include <type_traits>
+
+namespace pixkit::com {
+
+class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public ISupportErrorInfo {
+  public:
+    static HRESULT create(REFIID interfaceId, void** object) noexcept;
+
+    STDMETHODIMP QueryInterface(REFIID interfaceId, void** object) override;
+    STDMETHODIMP_(ULONG) AddRef() override;
+    STDMETHODIMP_(ULONG) Release() override;
+
+    STDMETHODIMP GetTypeInfoCount(UINT* count) override;
+    STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override;
+    STDMETHODIMP GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override;
+    STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* arguments, VARIANT* result,
+                        EXCEPINFO* exception, UINT* argumentError) override;
+
+    STDMETHODIMP GetClassInfo(ITypeInfo** info) override;
+    STDMETHODIMP InterfaceSupportsErrorInfo(REFIID interfaceId) override;
+
+    // --- properties
+
+    STDMETHODIMP get_Alpha(::AlphaTypeEnum* result) override {
+        return give(result, [&] { return m_sheet->Alpha(); });
+    }
+    STDMETHODIMP put_Alpha(::AlphaTypeEnum value) override {
+        return run([&] { m_sheet->Alpha(static_cast<pixkit::AlphaTypeEnum>(value)); });
+    }
+    STDMETHODIMP get_BitsPointer(LONG_PTR* result) override {
+        return give(result, [&] { return m_sheet->BitsPointer(); });
+    }
+    STDMETHODIMP get_Handle(LONG_PTR* result) override {
+        return give(result, [&] { return m_sheet->Handle(); });
+    }
+    STDMETHODIMP get_Width(LONG* result) override {
+        return give(result, [&] { return m_sheet->Width(); });
+    }
+    STDMETHODIMP get_Height(LONG* result) override {
+        return give(result, [&] { return m_sheet->Height(); });
+    }
+    STDMETHODIMP get_scanWidth(LONG* result) override {
+        return give(result, [&] { return m_sheet->scanWidth(); });
+    }
+    STDMETHODIMP get_ImageType(::eImageFormat* result) override {
+        return give(result, [&] { return m_sheet->ImageType(); });
+    }
+    STDMETHODIMP get_HighQualityInterpolation(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->HighQualityInterpolation(); });
+    }
+    STDMETHODIMP put_HighQualityInterpolation(VARIANT_BOOL value) override {
+        return run([&] { m_sheet->HighQualityInterpolation(isTrue(value)); });
+    }
+    STDMETHODIMP get_ManageOwnDC(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->ManageOwnDC(); });
+    }
+    STDMETHODIMP put_ManageOwnDC(VARIANT_BOOL value) override {
+        return run([&] { m_sheet->ManageOwnDC(isTrue(value)); });
+    }
+    STDMETHODIMP get_isAlphaBlendFriendly(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->isAlphaBlendFriendly(); });
+    }
+    STDMETHODIMP put_isAlphaBlendFriendly(VARIANT_BOOL value) override {
+        return run([&] { m_sheet->isAlphaBlendFriendly(isTrue(value)); });
+    }
+    STDMETHODIMP get_isGDIplusEnabled(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->isGDIplusEnabled(); });
+    }
+    STDMETHODIMP put_isGDIplusEnabled(VARIANT_BOOL value) override {
+        return run([&] { m_sheet->isGDIplusEnabled(isTrue(value)); });
+    }
+    STDMETHODIMP get_isZlibEnabled(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->isZlibEnabled(); });
+    }
+    STDMETHODIMP get_gdiToken(LONG* result) override {
+        return give(result, [&] { return m_sheet->gdiToken(); });
+    }
+    STDMETHODIMP put_gdiToken(LONG value) override {
+        return run([&] { m_sheet->gdiToken(value); });
+    }
+    STDMETHODIMP get_KeepGDIplusActive(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->KeepGDIplusActive(); });
+    }
+    STDMETHODIMP put_KeepGDIplusActive(VARIANT_BOOL value) override {
+        return run([&] { m_sheet->KeepGDIplusActive(isTrue(value)); });
+    }
+    STDMETHODIMP get_Tag(VARIANT* result) override;
+    STDMETHODIMP put_Tag(VARIANT value) override;
+    STDMETHODIMP putref_Tag(VARIANT value) override { return put_Tag(value); }
+    STDMETHODIMP get_Version(BSTR* result) override;
+
+    // --- surface
+
+    STDMETHODIMP InitializeDIB(LONG Width, LONG Height, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->InitializeDIB(Width, Height); });
+    }
+    STDMETHODIMP DestroyDIB() override {
+        return run([&] { m_sheet->DestroyDIB(); });
+    }
+    STDMETHODIMP EraseDIB() override {
+        return run([&] { m_sheet->EraseDIB(); });
+    }
+    STDMETHODIMP LoadDIBinDC(VARIANT_BOOL bLoad, LONG_PTR* result) override {
+        return give(result, [&] { return m_sheet->LoadDIBinDC(isTrue(bLoad)); });
+    }
+    STDMETHODIMP CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG newHeight,
+                             VARIANT_BOOL CopyOriginalFormat) override;
+    STDMETHODIMP SwapDIBs(_cPixSheet** SwapFromDIB) override;
+
+    // --- pixels
+
+    STDMETHODIMP GetPixel(LONG x, LONG y, LONG* AlphaValue, VARIANT_BOOL* asPreMultiplied, LONG* result) override;
+    STDMETHODIMP SetPixel(LONG x, LONG y, LONG Color, LONG AlphaValue, VARIANT_BOOL isPreMultiplied,
+                          LONG_PTR* result) override {
+        return give(result, [&] { return m_sheet->SetPixel(x, y, Color, AlphaValue, isTrue(isPreMultiplied)); });
+    }
+    STDMETHODIMP GetAlphaMask(SAFEARRAY** outStream, VARIANT_BOOL as2dArray, VARIANT_BOOL asWordAligned,
+                              VARIANT_BOOL asBottomUp, LONG x, LONG y, LONG Width, LONG Height,
+                              VARIANT_BOOL* result) override {
+        return fill(outStream, result, [&](ByteArray& bytes) {
+            return m_sheet->GetAlphaMask(bytes, isTrue(as2dArray), isTrue(asWordAligned), isTrue(asBottomUp), x, y,
+                                         Width, Height);
+        });
+    }
+    STDMETHODIMP GetDIBbits(SAFEARRAY** outStream, VARIANT_BOOL as2dArray, VARIANT_BOOL asBGRformat,
+                            VARIANT_BOOL as32bpp, VARIANT_BOOL asWordAligned, VARIANT_BOOL asBottomUp, LONG x, LONG y,
+                            LONG Width, LONG Height, VARIANT_BOOL asPreMultiplied, VARIANT_BOOL* result) override {
+        return fill(outStream, result, [&](ByteArray& bytes) {
+            return m_sheet->GetDIBbits(bytes, isTrue(as2dArray), isTrue(asBGRformat), isTrue(as32bpp),
+                                       isTrue(asWordAligned), isTrue(asBottomUp), x, y, Width, Height,
+                                       isTrue(asPreMultiplied));
+        });
+    }
+    STDMETHODIMP SetDIBbits(SAFEARRAY** inStream, VARIANT_BOOL isBGRformat, VARIANT_BOOL is32bpp,
+                            VARIANT_BOOL isWordAligned, VARIANT_BOOL isBottomUp, LONG dstX, LONG dstY, LONG dstWidth,
+                            LONG dstHeight, VARIANT_BOOL* result) override {
+        return read(inStream, result, [&](const ByteArray& bytes) {
+            return m_sheet->SetDIBbits(bytes, isTrue(isBGRformat), isTrue(is32bpp), isTrue(isWordAligned),
+                                       isTrue(isBottomUp), dstX, dstY, dstWidth, dstHeight);
+        });
+    }
+
+    // --- loading
+
+    STDMETHODIMP LoadPicture_File(BSTR FileName, LONG iconCx, LONG iconCy, VARIANT_BOOL SaveFormat, LONG iconBitDepth,
+                                  VARIANT_BOOL* result) override {
+        return give(result, [&] {
+            return m_sheet->LoadPicture_File(toUtf8(FileName), iconCx, iconCy, isTrue(SaveFormat), iconBitDepth);
+        });
+    }
+    STDMETHODIMP LoadPicture_Stream(SAFEARRAY** inStream, LONG iconCx, LONG iconCy, LONG streamStart, LONG streamLength,
+                                    VARIANT_BOOL SaveFormat, LONG iconBitDepth, VARIANT_BOOL* result) override {
+        return read(inStream, result, [&](const ByteArray& bytes) {
+            return m_sheet->LoadPicture_Stream(bytes, iconCx, iconCy, streamStart, streamLength, isTrue(SaveFormat),
+                                               iconBitDepth);
+        });
+    }
+    STDMETHODIMP LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSection, IDispatch* VBglobal, LONG iconCx,
+                                      LONG iconCy, LONG streamStart, LONG streamLength, LONG iconBitDepth,
+                                      VARIANT_BOOL* result) override;
+    STDMETHODIMP LoadPicture_FromOrignalFormat(LONG iconCx, LONG iconCy, LONG iconBitDepth,
+                                               VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->LoadPicture_FromOrignalFormat(iconCx, iconCy, iconBitDepth); });
+    }
+    STDMETHODIMP GetOrginalFormat(SAFEARRAY** outStream, VARIANT_BOOL* result) override {
+        return fill(outStream, result, [&](ByteArray& bytes) { return m_sheet->GetOrginalFormat(bytes); });
+    }
+
+    // --- saving
+
+    STDMETHODIMP SaveToFile_Bitmap(BSTR FileName, VARIANT_BOOL KeepPreMultipliedPixels, LONG TransparentFillColor,
+                                   VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
+        return give(result, [&] {
+            return m_sheet->SaveToFile_Bitmap(toUtf8(FileName), isTrue(KeepPreMultipliedPixels), TransparentFillColor,
+                                              isTrue(PromptOverWrite));
+        });
+    }
+    STDMETHODIMP SaveToStream_Bitmap(SAFEARRAY** outStream, VARIANT_BOOL KeepPreMultipliedPixels,
+                                     LONG TransparentFillColor, VARIANT_BOOL* result) override {
+        return fill(outStream, result, [&](ByteArray& bytes) {
+            return m_sheet->SaveToStream_Bitmap(bytes, isTrue(KeepPreMultipliedPixels), TransparentFillColor);
+        });
+    }
+
+    // --- rendering and effects
+
+    STDMETHODIMP MakeGrayScale(::eGrayScaleFormulas Formula, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->MakeGrayScale(Formula); });
+    }
+    STDMETHODIMP MakeImageInverse(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->MakeImageInverse(); });
+    }
+    STDMETHODIMP MakeLighterDarker(float Percent, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->MakeLighterDarker(Percent); });
+    }
+    STDMETHODIMP MakeTransparent(LONG TransparentColor, VARIANT_BOOL Revert, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->MakeTransparent(TransparentColor, isTrue(Revert)); });
+    }
+    STDMETHODIMP BlendToColor(LONG BlendColor, LONG BlendOpacity, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->BlendToColor(BlendColor, BlendOpacity); });
+    }
+    STDMETHODIMP MirrorImage(VARIANT_BOOL MirrorAxisX, VARIANT_BOOL MirrorAxisY, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->MirrorImage(isTrue(MirrorAxisX), isTrue(MirrorAxisY)); });
+    }
+
+  private:
+    explicit PixSheetObject(std::unique_ptr<cPixSheet> sheet) noexcept : m_sheet(std::move(sheet)) {}
+    ~PixSheetObject() = default;
+
+    // The object behind an interface when this very DLL made it; null for every other implementation.
+    static PixSheetObject* ours(_cPixSheet* object) noexcept;
+    HRESULT types() noexcept;
+
+    // Callers write True as any number but 0.
+    static bool isTrue(VARIANT_BOOL value) noexcept { return value != VARIANT_FALSE; }
+
+    static void convert(bool from, VARIANT_BOOL* to) noexcept { *to = from ? VARIANT_TRUE : VARIANT_FALSE; }
+    static void convert(std::uint8_t* from, LONG_PTR* to) noexcept { *to = reinterpret_cast<LONG_PTR>(from); }
+    template <class From, class To>
+    static void convert(From from, To* to) noexcept {
+        *to = static_cast<To>(from);
+    }
+
+    // The forms of a member. A null pointer for what it gives is refused before anything happens; whatever goes wrong
+    // inside becomes the member's failure value, never an HRESULT.
+    template <class Body>
+    static HRESULT run(Body&& body) noexcept {
+        guarded("_cPixSheet", false, [&] { return body(), true; });
+        return S_OK;
+    }
+    template <class Result, class Body>
+    static HRESULT give(Result* result, Body&& body) noexcept {
+        if (result == nullptr) return E_POINTER;
+        *result = Result();
+        return run([&] { convert(body(), result); });
+    }
+    template <class Body>
+    static HRESULT read(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body) noexcept {
+        if (stream == nullptr) return E_POINTER;
+        return give(result, [&] {
+            const InputArray array(*stream);
+            return array.isUsable() && body(array.bytes());
+        });
+    }
+    template <class Body>
+    static HRESULT fill(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body) noexcept {
+        if (stream == nullptr) return E_POINTER;
+        return give(result, [&] {
+            OutputArray array(stream);
+            if (!array.isUsable()) return false;
+            const bool filled = body(array.bytes());
+            return array.store() && filled;
+        });
+    }
+
+    ModuleReference m_module; // first, so that the DLL stays while the rest goes
+    LONG m_references = 1;
+    std::unique_ptr<cPixSheet> m_sheet;
+    Variant m_Tag;
+    std::shared_ptr<const TypeInformation> m_types;
+};
+
+} // namespace pixkit::com

@@ -1,0 +1,153 @@
+#include "com/Registration.h"
+#include "com/module.h"
+#include "pixkit_com.h"
+#include <olectl.h>
+#include <shlwapi.h>
+#include <string>
+#include <vector>
+
+namespace pixkit::com {
+
+namespace {
+
+constexpr wchar_t programId[] = L"pixkit.cPixSheet";
+constexpr wchar_t libraryVersion[] = L"3.0";
+// The system's own marshaller, which works from type libraries.
+constexpr wchar_t automationMarshaller[] = L"{00020424-0000-0000-C000-000000000046}";
+
+constexpr const wchar_t* thisSystem = sizeof(void*) == 8 ? L"win64" : L"win32";
+constexpr const wchar_t* otherSystem = sizeof(void*) == 8 ? L"win32" : L"win64";
+
+class Key {
+  public:
+    Key() = default;
+    ~Key() {
+        if (m_key != nullptr) ::RegCloseKey(m_key);
+    }
+    Key(const Key&) = delete;
+    Key& operator=(const Key&) = delete;
+
+    HKEY get() const { return m_key; }
+    HKEY* put() { return &m_key; }
+
+  private:
+    HKEY m_key = nullptr;
+};
+
+// The classes of a scope: the root itself and not the merged view, in which what is written lands where the same name
+// already is.
+LSTATUS openClasses(Scope scope, Key& classes) {
+    return ::RegCreateKeyExW(scope == Scope::user ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE, L"Software\\Classes", 0,
+                             nullptr, 0, KEY_READ, nullptr, classes.put(), nullptr);
+}
+
+std::wstring text(REFGUID id) {
+    wchar_t buffer[40];
+    ::StringFromGUID2(id, buffer, 40);
+    return buffer;
+}
+
+std::wstring classKey() {
+    return L"CLSID\\" + text(CLSID_cPixSheet);
+}
+
+std::wstring interfaceKey() {
+    return L"Interface\\" + text(IID__cPixSheet);
+}
+
+std::wstring libraryKey() {
+    return L"TypeLib\\" + text(LIBID_pixkit);
+}
+
+std::wstring versionKey() {
+    return libraryKey() + L"\\" + libraryVersion;
+}
+
+struct Value {
+    std::wstring key;
+    const wchar_t* name; // null: the key's own value
+    std::wstring content;
+};
+
+std::vector<Value> registeredValues(const std::wstring& path) {
+    const std::wstring folder = path.substr(0, path.find_last_of(L'\\'));
+    const std::wstring library = text(LIBID_pixkit);
+    return {
+        {classKey(), nullptr, programId},
+        {classKey() + L"\\InprocServer32", nullptr, path},
+        {classKey() + L"\\InprocServer32", L"ThreadingModel", L"Apartment"},
+        {classKey() + L"\\ProgID", nullptr, programId},
+        {classKey() + L"\\Programmable", nullptr, L""},
+        {classKey() + L"\\TypeLib", nullptr, library},
+        {classKey() + L"\\Version", nullptr, libraryVersion},
+        {programId, nullptr, programId},
+        {std::wstring(programId) + L"\\CLSID", nullptr, text(CLSID_cPixSheet)},
+        {interfaceKey(), nullptr, L"_cPixSheet"},
+        {interfaceKey() + L"\\ProxyStubClsid32", nullptr, automationMarshaller},
+        {interfaceKey() + L"\\TypeLib", nullptr, library},
+        {interfaceKey() + L"\\TypeLib", L"Version", libraryVersion},
+        {versionKey(), nullptr, L"pixkit imaging component 3.0"},
+        {versionKey() + L"\\0\\" + thisSystem, nullptr, path},
+        {versionKey() + L"\\FLAGS", nullptr, L"0"},
+        {versionKey() + L"\\HELPDIR", nullptr, folder},
+    };
+}
+
+LSTATUS write(HKEY classes, const Value& value) {
+    Key key;
+    const LSTATUS created =
+        ::RegCreateKeyExW(classes, value.key.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, key.put(), nullptr);
+    if (created != ERROR_SUCCESS) return created;
+    return ::RegSetValueExW(key.get(), value.name, 0, REG_SZ, reinterpret_cast<const BYTE*>(value.content.c_str()),
+                            static_cast<DWORD>((value.content.size() + 1) * sizeof(wchar_t)));
+}
+
+bool exists(HKEY classes, const std::wstring& name) {
+    Key key;
+    return ::RegOpenKeyExW(classes, name.c_str(), 0, KEY_READ, key.put()) == ERROR_SUCCESS;
+}
+
+// Keeps the first error that is not "there was none".
+void removeTree(HKEY classes, const std::wstring& name, LSTATUS& status) {
+    const auto removed = static_cast<LSTATUS>(::SHDeleteKeyW(classes, name.c_str()));
+    if (removed != ERROR_FILE_NOT_FOUND && status == ERROR_SUCCESS) status = removed;
+}
+
+LSTATUS removeAll(HKEY classes) {
+    LSTATUS status = ERROR_SUCCESS;
+    removeTree(classes, classKey(), status);
+    removeTree(classes, interfaceKey(), status);
+    removeTree(classes, versionKey() + L"\\0\\" + thisSystem, status);
+    if (exists(classes, versionKey() + L"\\0\\" + otherSystem)) return status;
+    removeTree(classes, versionKey(), status);
+    removeTree(classes, programId, status);
+    ::SHDeleteEmptyKeyW(classes, libraryKey().c_str()); // unless another version of the library is there
+    return status;
+}
+
+} // namespace
+
+HRESULT registerServer(Scope scope) noexcept try {
+    const std::wstring path = modulePath();
+    if (path.empty()) return E_OUTOFMEMORY;
+    Key classes;
+    LSTATUS status = openClasses(scope, classes);
+    for (const Value& value : registeredValues(path)) {
+        if (status == ERROR_SUCCESS) status = write(classes.get(), value);
+    }
+    if (status != ERROR_SUCCESS && classes.get() != nullptr) removeAll(classes.get());
+    return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+HRESULT unregisterServer(Scope scope) noexcept try {
+    Key classes;
+    LSTATUS status = openClasses(scope, classes);
+    if (status == ERROR_SUCCESS) status = removeAll(classes.get());
+    return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+} // namespace pixkit::com
