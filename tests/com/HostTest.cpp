@@ -1,0 +1,211 @@
+// The DLL within its surroundings: what it imports, the zlib beside it, resources of the program around it.
+#include "Pictures.h"
+#include "Server.h"
+#include <algorithm>
+#include <cstring>
+#include <set>
+
+namespace pixkit::test {
+
+class ImageFile {
+  public:
+    explicit ImageFile(HMODULE module)
+        : m_base(reinterpret_cast<std::uint8_t*>(module)),
+          m_headers(
+              *reinterpret_cast<IMAGE_NT_HEADERS*>(m_base + reinterpret_cast<IMAGE_DOS_HEADER*>(m_base)->e_lfanew)) {}
+
+    const IMAGE_NT_HEADERS& headers() const { return m_headers; }
+    template <class Use>
+    void eachImport(Use use) const {
+        const auto& directory = m_headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+        auto* import = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(m_base + directory.VirtualAddress);
+        for (; import->Name != 0; ++import) {
+            auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(m_base + import->OriginalFirstThunk);
+            auto* places = reinterpret_cast<IMAGE_THUNK_DATA*>(m_base + import->FirstThunk);
+            for (; names->u1.AddressOfData != 0; ++names, ++places) {
+                const bool byNumber = IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal);
+                const char* function =
+                    byNumber ? "" : reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(m_base + names->u1.AddressOfData)->Name;
+                use(reinterpret_cast<const char*>(m_base + import->Name), function, *places);
+            }
+        }
+    }
+
+  private:
+    std::uint8_t* m_base;
+    const IMAGE_NT_HEADERS& m_headers;
+};
+
+std::string lowerCase(std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
+    return name;
+}
+
+TEST(Surroundings, TheDllStandsAloneAndIsHardened) {
+    const Server server;
+    const ImageFile image(server.module());
+    const std::set<std::string> system = {"advapi32.dll", "gdi32.dll",  "kernel32.dll", "msimg32.dll",
+                                          "msvcrt.dll",   "ole32.dll",  "oleaut32.dll", "shell32.dll",
+                                          "shlwapi.dll",  "user32.dll", "comdlg32.dll"};
+    image.eachImport([&](const char* library, const char*, const IMAGE_THUNK_DATA&) {
+        EXPECT_EQ(system.count(lowerCase(library)), 1u) << library;
+    });
+    const WORD wanted = IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE | IMAGE_DLLCHARACTERISTICS_NX_COMPAT;
+    EXPECT_EQ(image.headers().OptionalHeader.DllCharacteristics & wanted, wanted);
+    EXPECT_NE(image.headers().FileHeader.Characteristics & IMAGE_FILE_DLL, 0);
+    EXPECT_EQ(image.headers().OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_DEBUG].Size, 0u);
+    EXPECT_LT(std::filesystem::file_size(programFolder() / "pixkit.dll"), 1'500'000u);
+}
+
+bool loadPng(_cPixSheet* sheet) {
+    const auto path = (std::filesystem::path(PIXKIT_SOURCE_DIR) / "samples/pictures/landscape.png").make_preferred();
+    VARIANT name = text(path.wstring().c_str());
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    EXPECT_EQ(sheet->LoadPicture_File(name.bstrVal, 32, 32, VARIANT_FALSE, 32, &loaded), S_OK);
+    ::VariantClear(&name);
+    return loaded == VARIANT_TRUE;
+}
+
+bool zlibEnabled(_cPixSheet* sheet) {
+    VARIANT_BOOL enabled = VARIANT_FALSE;
+    sheet->get_isZlibEnabled(&enabled);
+    return enabled == VARIANT_TRUE;
+}
+
+// The DLL in a folder with a zlib1.dll of the tests', which is held loaded.
+class BesideZlib {
+  public:
+    explicit BesideZlib(const char* folder)
+        : m_zlib(::LoadLibraryW((programFolder() / folder / "zlib1.dll").c_str())),
+          server(programFolder() / folder / "pixkit.dll") {
+        *sheet.put() = server.create();
+    }
+    ~BesideZlib() {
+        sheet.reset();
+        ::FreeLibrary(m_zlib);
+    }
+    BesideZlib(const BesideZlib&) = delete;
+    BesideZlib& operator=(const BesideZlib&) = delete;
+
+    // Null where the system put a DLL of its own in the place of the file: Wine does, unless told zlib1=n,b.
+    int (*function(const char* name) const)() {
+        return reinterpret_cast<int (*)()>(reinterpret_cast<void*>(::GetProcAddress(m_zlib, name)));
+    }
+
+  private:
+    HMODULE m_zlib;
+
+  public:
+    Server server;
+    ComPtr<_cPixSheet> sheet;
+};
+
+TEST(Surroundings, ZlibBesideTheDllIsFoundAndUsed) {
+    const BesideZlib beside("zlib-counting");
+    const auto calls = beside.function("zlibCalls");
+    if (calls == nullptr) GTEST_SKIP() << "the system replaces zlib1.dll";
+    EXPECT_TRUE(zlibEnabled(beside.sheet.get()));
+    loadPng(beside.sheet.get()); // refused: this zlib's checksums are wrong
+    EXPECT_GT(calls(), 0) << "another zlib was used";
+}
+
+TEST(Surroundings, AWrongZlibBesideTheDllIsSurvived) {
+    const BesideZlib beside("zlib-wrong");
+    if (beside.function("somethingElse") == nullptr) GTEST_SKIP() << "the system replaces zlib1.dll";
+    EXPECT_FALSE(zlibEnabled(beside.sheet.get()));
+    EXPECT_TRUE(loadPng(beside.sheet.get()));
+}
+
+HMODULE WINAPI noLibraryA(const char* /*name*/) {
+    return nullptr;
+}
+HMODULE WINAPI noLibraryW(const wchar_t* /*name*/) {
+    return nullptr;
+}
+
+TEST(Surroundings, WithoutAnyZlibPicturesStillLoad) {
+    const Server server;
+    int replaced = 0;
+    ImageFile(server.module()).eachImport([&](const char*, const char* function, IMAGE_THUNK_DATA& place) {
+        void* address = nullptr;
+        if (std::strcmp(function, "LoadLibraryA") == 0) address = reinterpret_cast<void*>(&noLibraryA);
+        if (std::strcmp(function, "LoadLibraryW") == 0) address = reinterpret_cast<void*>(&noLibraryW);
+        if (address == nullptr) return;
+        DWORD protection = 0;
+        ::VirtualProtect(&place, sizeof place, PAGE_READWRITE, &protection);
+        std::memcpy(&place, &address, sizeof address);
+        ++replaced;
+    });
+    ASSERT_EQ(replaced, 2);
+    ComPtr<_cPixSheet> sheet;
+    *sheet.put() = server.create();
+    EXPECT_FALSE(zlibEnabled(sheet.get()));
+    EXPECT_TRUE(loadPng(sheet.get()));
+}
+
+// A host's global object, as far as it is asked.
+class Host final : public IDispatch {
+  public:
+    STDMETHODIMP QueryInterface(REFIID id, void** result) override {
+        const bool known = id == IID_IUnknown || id == IID_IDispatch;
+        *result = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+    STDMETHODIMP GetTypeInfoCount(UINT* count) override { return *count = 0, S_OK; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
+        *ids = 77;
+        return ::lstrcmpiW(names[0], L"LoadResData") == 0 ? S_OK : DISP_E_UNKNOWNNAME;
+    }
+    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
+                        UINT*) override {
+        const bool asked = id == 77 && arguments->cArgs == 2 && arguments->rgvarg[1].lVal == 101 &&
+                           std::wstring(arguments->rgvarg[0].bstrVal) == L"PICTURES";
+        if (!asked) {
+            exception->bstrDescription = ::SysAllocString(L"Resource not found");
+            return DISP_E_EXCEPTION;
+        }
+        const Bytes bytes(
+            readFile((std::filesystem::path(PIXKIT_SOURCE_DIR) / "samples/pictures/landscape.png").make_preferred()));
+        result->vt = VT_ARRAY | VT_UI1;
+        return ::SafeArrayCopy(bytes.array, &result->parray);
+    }
+};
+
+using Resources = ComTest;
+
+TEST_F(Resources, TheHostsGlobalObjectIsAskedByName) {
+    Host host;
+    Variant loaded;
+    VARIANT index = number(101);
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {variable(index), text(L"PICTURES"), object(&host)}, &loaded),
+              S_OK);
+    EXPECT_EQ(loaded.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {number(102), text(L"PICTURES"), object(&host)}, &loaded),
+              S_OK);
+    EXPECT_EQ(loaded.boolVal, VARIANT_FALSE) << "what the host raises is no result";
+    LONG width = -1;
+    sheet->get_Width(&width);
+    EXPECT_EQ(width, 0) << "a failed load leaves the instance empty";
+}
+
+TEST_F(Resources, WithoutAHostObjectTheProgramsOwnResourcesServe) {
+    const struct {
+        VARIANT index, section;
+        VARIANT_BOOL expected;
+    } rows[] = {
+        {number(7), text(L"PICTURES"), VARIANT_TRUE},   {text(L"SPRITE"), text(L"pictures"), VARIANT_TRUE},
+        {text(L"#7"), text(L"PICTURES"), VARIANT_TRUE}, {number(8), text(L"PICTURES"), VARIANT_FALSE},
+        {number(7), text(L""), VARIANT_FALSE},          {number(-1), text(L"PICTURES"), VARIANT_FALSE},
+        {number(7), number(0), VARIANT_FALSE}, // a picture of the host's, which is no custom resource
+    };
+    for (const auto& row : rows) {
+        Variant loaded;
+        EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {row.index, row.section}, &loaded), S_OK);
+        EXPECT_EQ(loaded.boolVal, row.expected);
+    }
+}
+
+} // namespace pixkit::test

@@ -1,0 +1,202 @@
+// Callers that know names only, with values in every form in which scripts and hosts pass them.
+#include "Server.h"
+
+namespace pixkit::test {
+
+using LateBound = ComTest;
+
+TEST_F(LateBound, NumbersAndStringsOfAnyTypeAreTakenWhereATypedValueFits) {
+    short small = 6;
+    VARIANT held = number(7), byte;
+    byte.vt = VT_UI1;
+    byte.bVal = 5;
+    VARIANT unsignedLong;
+    unsignedLong.vt = VT_UI4;
+    unsignedLong.ulVal = 9;
+    VARIANT empty;
+    ::VariantInit(&empty);
+    const struct {
+        const char* form;
+        VARIANT value;
+        LONG expected;
+    } rows[] = {
+        {"Long", number(3), 3},          {"Double, rounded to even", real(2.5), 2},
+        {"String", text(L"12"), 12},     {"Byte", byte, 5},
+        {"unsigned", unsignedLong, 9},   {"Integer by reference", typed(VT_I2, &small), 6},
+        {"variable", variable(held), 7},
+    };
+    for (const auto& row : rows) {
+        Variant made, width;
+        EXPECT_EQ(call(sheet.get(), L"InitializeDIB", {row.value, number(1)}, &made), S_OK) << row.form;
+        EXPECT_EQ(made.vt, VT_BOOL);
+        EXPECT_EQ(made.boolVal, VARIANT_TRUE) << row.form;
+        EXPECT_EQ(call(sheet.get(), L"Width", {}, &width), S_OK);
+        EXPECT_EQ(width.lVal, row.expected) << row.form;
+    }
+    EXPECT_EQ(call(sheet.get(), L"InitializeDIB", {empty, number(1)}), S_OK); // Empty counts as 0, as everywhere
+}
+
+TEST_F(LateBound, NamesAreFoundInAnyCase) {
+    EXPECT_EQ(call(sheet.get(), L"initializedib", {number(2), number(2)}), S_OK);
+    Variant width;
+    EXPECT_EQ(call(sheet.get(), L"WIDTH", {}, &width), S_OK);
+    EXPECT_EQ(width.lVal, 2);
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_FromOrignalFormat"), S_OK);
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_FromOriginalFormat"), DISP_E_UNKNOWNNAME);
+}
+
+TEST_F(LateBound, OmittedAndNamedArgumentsGetTheirDefaults) {
+    ASSERT_TRUE(makeImage(2, 2));
+    Variant color;
+    // AlphaValue defaults to 255, whether it is left out at the end, in the middle, or everything is named.
+    EXPECT_EQ(call(sheet.get(), L"SetPixel", {number(0), number(0), number(0x0A0B0C)}), S_OK);
+    EXPECT_EQ(call(sheet.get(), L"SetPixel",
+                   {number(1), number(0), number(0x0A0B0C), missing(), typed(VT_BOOL, &color.boolVal)}),
+              S_OK);
+    EXPECT_EQ(call(sheet.get(), L"SetPixel", {}, nullptr,
+                   {{L"Color", number(0x0A0B0C)}, {L"y", number(1)}, {L"x", number(1)}}),
+              S_OK);
+    EXPECT_EQ(call(sheet.get(), L"SetPixel", {number(0), number(1)}, nullptr,
+                   {{L"AlphaValue", number(128)}, {L"Color", number(255)}}),
+              S_OK);
+    for (const auto& [x, y, expected] : {std::tuple{0, 0, 0x0A0B0C}, {1, 0, 0x0A0B0C}, {1, 1, 0x0A0B0C}}) {
+        EXPECT_EQ(pixel(x, y), expected) << x << ", " << y;
+    }
+    LONG alpha = 0, read = 0;
+    sheet->GetPixel(0, 1, &alpha, nullptr, &read);
+    EXPECT_EQ(alpha, 128);
+}
+
+TEST_F(LateBound, ByReferenceResultsComeBackInTheCallersOwnType) {
+    ASSERT_TRUE(makeImage(1, 1));
+    call(sheet.get(), L"SetPixel", {number(0), number(0), number(255), number(128)});
+    LONG asLong = 0;
+    short asInteger = 0;
+    double asDouble = 0;
+    VARIANT empty, old = text(L"17");
+    ::VariantInit(&empty);
+    for (const VARIANT& argument : {typed(VT_I4, &asLong), typed(VT_I2, &asInteger), typed(VT_R8, &asDouble),
+                                    variable(empty), variable(old), number(0), missing()}) {
+        Variant color;
+        EXPECT_EQ(call(sheet.get(), L"GetPixel", {number(0), number(0), argument}, &color), S_OK);
+        EXPECT_EQ(color.lVal, 255) << "type " << argument.vt;
+    }
+    EXPECT_EQ(asLong, 128);
+    EXPECT_EQ(asInteger, 128);
+    EXPECT_EQ(asDouble, 128);
+    EXPECT_EQ(empty.lVal, 128);
+    EXPECT_EQ(old.vt, VT_I4);
+    EXPECT_EQ(old.lVal, 128);
+    VARIANT flag = number(1);
+    Variant stored;
+    EXPECT_EQ(call(sheet.get(), L"GetPixel", {number(0), number(0), missing(), variable(flag)}, &stored), S_OK);
+    EXPECT_EQ(stored.lVal, 128);
+    EXPECT_EQ(flag.vt, VT_I4) << "a variable that nothing was written to changed its type";
+}
+
+TEST_F(LateBound, WrongCallsGetTheStandardErrorsAndTheOffendingArgument) {
+    ASSERT_TRUE(makeImage(2, 2));
+    VARIANT null;
+    null.vt = VT_NULL;
+    const VARIANT one = number(1);
+    const struct {
+        const wchar_t* member;
+        std::vector<VARIANT> arguments; // in order
+        HRESULT expected;
+        UINT argumentError; // counted from the last, as callers pass them
+    } rows[] = {
+        {L"InitializeDIB", {one, text(L"wide")}, DISP_E_TYPEMISMATCH, 0},
+        {L"InitializeDIB", {null, one}, DISP_E_TYPEMISMATCH, 1},
+        {L"InitializeDIB", {real(1e10), one}, DISP_E_OVERFLOW, 1},
+        {L"InitializeDIB", {one}, DISP_E_BADPARAMCOUNT, 99},
+        {L"InitializeDIB", {missing(), one}, DISP_E_PARAMNOTOPTIONAL, 1},
+        {L"InitializeDIB", {one, one, one}, DISP_E_BADPARAMCOUNT, 99},
+        {L"Width", {one}, DISP_E_BADPARAMCOUNT, 99},
+        {L"CopyImageTo", {one}, DISP_E_TYPEMISMATCH, 0},
+        {L"LoadPicture_Stream", {one}, DISP_E_TYPEMISMATCH, 0},
+        {L"LoadPicture_Stream", {typed(VT_ARRAY | VT_UI1, nullptr)}, DISP_E_TYPEMISMATCH, 0},
+        {L"GetPixel", {one, one, typed(VT_VARIANT, nullptr)}, DISP_E_TYPEMISMATCH, 0},
+    };
+    for (const auto& row : rows) {
+        UINT argumentError = 99;
+        EXPECT_EQ(call(sheet.get(), row.member, row.arguments, nullptr, {}, &argumentError), row.expected)
+            << std::filesystem::path(row.member) << " with " << row.arguments.size();
+        EXPECT_EQ(argumentError, row.argumentError) << std::filesystem::path(row.member);
+    }
+    EXPECT_EQ(call(sheet.get(), L"InitializeDIB", {one}, nullptr, {{L"Width", one}}), DISP_E_BADPARAMCOUNT)
+        << "an argument given twice";
+    EXPECT_EQ(put(sheet.get(), L"Width", one), DISP_E_MEMBERNOTFOUND) << "a property that can only be read";
+    EXPECT_EQ(sheet->Invoke(4711, GUID{}, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr), E_POINTER);
+    DISPPARAMS none{};
+    EXPECT_EQ(sheet->Invoke(4711, GUID{}, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr), DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(sheet->Invoke(4, IID_IUnknown, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr),
+              DISP_E_UNKNOWNINTERFACE);
+    LONG width = 0;
+    sheet->get_Width(&width);
+    EXPECT_EQ(width, 2) << "a refused call did something";
+}
+
+TEST_F(LateBound, PropertiesTakeScriptValues) {
+    Variant got;
+    EXPECT_EQ(put(sheet.get(), L"HighQualityInterpolation", number(5)), S_OK);
+    EXPECT_EQ(call(sheet.get(), L"HighQualityInterpolation", {}, &got), S_OK);
+    EXPECT_EQ(got.vt, VT_BOOL);
+    EXPECT_EQ(got.boolVal, VARIANT_TRUE);
+    VARIANT held = text(L"2");
+    EXPECT_EQ(put(sheet.get(), L"Alpha", variable(held)), S_OK);
+    EXPECT_EQ(call(sheet.get(), L"Alpha", {}, &got), S_OK);
+    EXPECT_EQ(got.lVal, AlphaComplex);
+    EXPECT_EQ(call(sheet.get(), L"BitsPointer", {}, &got), S_OK);
+    EXPECT_EQ(got.vt, sizeof(void*) == 8 ? VT_I8 : VT_I4);
+    EXPECT_EQ(call(sheet.get(), L"MakeLighterDarker", {text(L"1e1")}, &got), S_OK);
+}
+
+TEST_F(LateBound, FloatsReachTheMemberAsFloats) {
+    ASSERT_TRUE(makeImage(1, 1));
+    setPixel(0, 0, 0x646464);
+    Variant done;
+    EXPECT_EQ(call(sheet.get(), L"MakeLighterDarker", {real(20)}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(pixel(0, 0), 0x979797); // 100 + 255 * 20 \ 100
+}
+
+TEST_F(LateBound, NothingBecomesANewObjectInEveryFormOfVariable) {
+    ASSERT_TRUE(makeImage(3, 2));
+    IDispatch* dispatch = nullptr;
+    IUnknown* unknown = nullptr;
+    VARIANT nothing = object(nullptr), empty;
+    ::VariantInit(&empty);
+    for (const VARIANT& argument :
+         {typed(VT_DISPATCH, &dispatch), typed(VT_UNKNOWN, &unknown), variable(nothing), variable(empty)}) {
+        EXPECT_EQ(call(sheet.get(), L"CopyImageTo", {argument}), S_OK);
+    }
+    for (IUnknown* const created : {static_cast<IUnknown*>(dispatch), unknown, nothing.punkVal, empty.punkVal}) {
+        ASSERT_NE(created, nullptr);
+        ComPtr<_cPixSheet> copy;
+        EXPECT_EQ(created->QueryInterface(IID__cPixSheet, copy.putVoid()), S_OK);
+        LONG width = 0;
+        copy->get_Width(&width);
+        EXPECT_EQ(width, 3);
+        copy.reset();
+        EXPECT_EQ(created->Release(), 0u) << "one reference too many";
+    }
+    EXPECT_EQ(empty.vt, VT_DISPATCH);
+    EXPECT_EQ(call(sheet.get(), L"CopyImageTo", {object(nullptr)}), S_OK); // by value: made, and let go again
+}
+
+TEST_F(LateBound, ObjectsPassedAnyWayAreTheSameObject) {
+    ASSERT_TRUE(makeImage(3, 2));
+    ComPtr<_cPixSheet> other;
+    *other.put() = server.create();
+    IDispatch* dispatch = other.get();
+    VARIANT held = object(dispatch);
+    LONG width = 0;
+    for (const VARIANT& argument : {object(dispatch), typed(VT_DISPATCH, &dispatch), variable(held)}) {
+        EXPECT_EQ(call(sheet.get(), L"SwapDIBs", {argument}), S_OK);
+    }
+    other->get_Width(&width); // swapped three times
+    EXPECT_EQ(width, 3);
+    EXPECT_EQ((other->AddRef(), other->Release()), 1u);
+}
+
+} // namespace pixkit::test

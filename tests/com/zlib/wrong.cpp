@@ -1,0 +1,4 @@
+// A zlib1.dll by name only.
+extern "C" __declspec(dllexport) int somethingElse() {
+    return 1;
+}
