@@ -133,7 +133,7 @@ class PictureFolder {
             !picture.SetDIBbits(grey, true, false, false, true)) {
             throw GalleryError("no memory for its alpha mask");
         }
-        const std::string file = write(picture, "mask-" + std::to_string(m_masks.size() + 1) + ".bmp", false);
+        std::string file = write(picture, "mask-" + std::to_string(m_masks.size() + 1) + ".bmp", false);
         m_masks.push_back({std::move(alpha), file});
         return file;
     }
