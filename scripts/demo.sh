@@ -27,11 +27,7 @@ done
 
 scripts/setup.sh demo
 
-if command -v ccache >/dev/null; then
-    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
-    # Without a home folder that can be written to, every compilation would fail.
-    mkdir -p "${XDG_CACHE_HOME:-${HOME:-/}/.cache}/ccache" 2>/dev/null || export CCACHE_DIR=$PWD/build/ccache
-fi
+. scripts/compiler_cache.sh
 # A folder of its own: the tests, and what they need, stay out of it.
 cmake --preset release -B build/demo -DPIXKIT_TESTS=OFF >/dev/null
 cmake --build build/demo --target pixkit-command

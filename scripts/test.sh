@@ -22,9 +22,7 @@ esac
 
 logs=build/test-logs
 rm -rf "$logs" && mkdir -p "$logs" || exit 1
-if command -v ccache >/dev/null; then
-    export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
-fi
+. scripts/compiler_cache.sh
 
 passed=0 failed=0 skipped=0 failures=()
 total() {
@@ -90,6 +88,19 @@ tests() {
     [ "$bad" = 0 ] || failures+=("$name: $bad")
 }
 
+# Runs a test script whose last line is its own "N passed, N failed".
+script_tests() {
+    local name=$1 log=$logs/${1//[^A-Za-z0-9]/-}.log ran=0 bad=0 words
+    shift
+    step "$name" timeout 600 "$@" || bad=1
+    read -ra words < <(tail -n 1 "$log")
+    if [ "${words[*]:1:1} ${words[*]:3:1}" = "passed, failed" ]; then
+        ran=${words[0]} bad=${words[2]}
+    fi
+    passed=$((passed + ran)) failed=$((failed + bad))
+    [ "$bad" = 0 ] || failures+=("$name: $bad")
+}
+
 # Another project finds the installed library, and the example of the README is what it compiles.
 package() {
     local folder=$PWD/build/test-package
@@ -125,6 +136,7 @@ native() {
     if [ -x build/release/tests/pixkit-oracle-tests ]; then
         tests "native: comparisons with other libraries" build/release/tests/pixkit-oracle-tests
     fi
+    script_tests "native: the command" tests/cli/command_test.sh build/release/src/cli/pixkit
     check "native: install, and use as a package" package
     check "native: the README's example is the compiled one" readme_example
 }
@@ -144,6 +156,8 @@ windows() {
     build "windows 32: build" win32 || return
     step "windows 32: Wine" scripts/wine.sh setup || { fail "windows 32: Wine"; return; }
     tests "windows 32: tests" scripts/wine.sh run build/win32/tests/pixkit-tests.exe
+    tests "windows 32: tests of the component" scripts/wine.sh run build/win32/tests/com/pixkit-com-tests.exe
+    script_tests "windows 32: the command" tests/cli/command_test.sh scripts/wine.sh run build/win32/src/cli/pixkit.exe
     check "windows 32: the command makes the native one's bytes" same_pixels
     scripts/wine.sh stop
 }
