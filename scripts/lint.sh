@@ -1,5 +1,5 @@
 #!/bin/bash
-# Checks the layout of every tracked C++ file with clang-format, and the files of a native build with clang-tidy.
+# Checks the layout of every C++ file with clang-format, and the files of a native build with clang-tidy.
 #
 #   lint.sh BUILD-FOLDER      a configured native build, whose compile_commands.json says how files are compiled
 #
@@ -13,7 +13,7 @@ export marks=${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/pixkit-tidy
 mkdir -p "$marks"
 failed=0
 
-mapfile -t sources < <(git ls-files '*.cpp' '*.h')
+mapfile -t sources < <(find src include tests fuzz bench samples -name '*.cpp' -o -name '*.h')
 clang-format --dry-run -Werror "${sources[@]}" || { echo "lint: clang-format wants other layouts (see above)"; failed=1; }
 
 settings=$(clang-tidy --version | cat - .clang-tidy src/CMakeLists.txt tests/CMakeLists.txt \
