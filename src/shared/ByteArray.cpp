@@ -56,23 +56,36 @@ ByteArray& ByteArray::operator=(ByteArray&& other) noexcept {
         m_bounds[0] = std::exchange(other.m_bounds[0], {});
         m_bounds[1] = std::exchange(other.m_bounds[1], {});
         m_dimensions = std::exchange(other.m_dimensions, 0);
+        m_memory = nullptr;
         other.m_owned.clear();
     }
     return *this;
 }
 
+void ByteArray::place(int dimensions, Bound first, Bound second) {
+    Memory* const memory = m_memory;
+    if (memory == nullptr) {
+        *this = ByteArray(std::vector<std::uint8_t>(std::size_t{first.count} * (dimensions == 2 ? second.count : 1)));
+    } else {
+        std::uint8_t* const data = memory->redim(dimensions, first, second);
+        *this = borrow(data, first);
+        m_memory = memory;
+    }
+    m_bounds[0] = first;
+    m_bounds[1] = second;
+    m_dimensions = dimensions;
+}
+
 void ByteArray::redim(std::size_t count) {
-    *this = ByteArray(std::vector<std::uint8_t>(checkedCount(count)));
+    place(1, {0, checkedCount(count)}, {});
 }
 
 void ByteArray::redim(std::size_t fast, std::size_t slow) {
-    const std::uint64_t total = std::uint64_t{checkedCount(fast)} * checkedCount(slow);
-    if (total > std::numeric_limits<std::ptrdiff_t>::max()) throw std::length_error("array is too large");
-    ByteArray array(std::vector<std::uint8_t>(static_cast<std::size_t>(total)));
-    array.m_bounds[0] = {0, static_cast<std::uint32_t>(fast)};
-    array.m_bounds[1] = {0, static_cast<std::uint32_t>(slow)};
-    array.m_dimensions = 2;
-    *this = std::move(array);
+    const Bound first{0, checkedCount(fast)}, second{0, checkedCount(slow)};
+    if (std::uint64_t{first.count} * second.count > std::numeric_limits<std::ptrdiff_t>::max()) {
+        throw std::length_error("array is too large");
+    }
+    place(2, first, second);
 }
 
 void ByteArray::erase() noexcept {

@@ -17,6 +17,16 @@ class ByteArray {
         bool operator==(const Bound&) const = default;
     };
 
+    // Memory of another kind for what redim makes, such as a caller's own arrays.
+    class Memory {
+      public:
+        // All zero and large enough for the bounds; good until the next call. Throws std::bad_alloc.
+        virtual std::uint8_t* redim(int dimensions, Bound first, Bound second) = 0;
+
+      protected:
+        ~Memory() = default;
+    };
+
     ByteArray() = default;
     // One dimension holding `bytes`, first index `lower`.
     explicit ByteArray(std::vector<std::uint8_t> bytes, std::int32_t lower = 0);
@@ -25,6 +35,10 @@ class ByteArray {
     static ByteArray borrow(std::uint8_t* data, Bound first);
     static ByteArray borrow(std::uint8_t* data, Bound first, Bound second);
 
+    // From now on redim takes its memory from there; `memory` must outlive every use of the array. Assigning to the
+    // array ends that, and copies do not take it over.
+    void allocateFrom(Memory& memory) noexcept { m_memory = &memory; }
+
     // A copy always owns its bytes, whatever it was copied from.
     ByteArray(const ByteArray& other);
     ByteArray& operator=(const ByteArray& other);
@@ -32,7 +46,7 @@ class ByteArray {
     ByteArray& operator=(ByteArray&& other) noexcept;
     ~ByteArray() = default;
 
-    // Makes the array own `count` zero bytes, first index 0.
+    // Makes the array hold `count` zero bytes, first index 0.
     void redim(std::size_t count);
     // Two dimensions: `fast` bytes in each of `slow` rows, all zero, indexes from 0.
     void redim(std::size_t fast, std::size_t slow);
@@ -53,7 +67,10 @@ class ByteArray {
     std::span<const std::uint8_t> bytes() const noexcept { return {m_data, size()}; }
 
   private:
+    void place(int dimensions, Bound first, Bound second);
+
     std::vector<std::uint8_t> m_owned;
+    Memory* m_memory = nullptr; // null: m_owned
     std::uint8_t* m_data = nullptr;
     Bound m_bounds[2];
     int m_dimensions = 0;
