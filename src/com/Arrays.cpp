@@ -1,7 +1,8 @@
 #include "com/Arrays.h"
 #include "com/Automation.h"
 #include <cstring>
-#include <limits>
+#include <new>
+#include <utility>
 #include <vector>
 
 namespace pixkit::com {
@@ -28,16 +29,14 @@ ByteArray borrowed(SAFEARRAY* array) {
                              : ByteArray::borrow(data, byteBound(array, 1), byteBound(array, 2));
 }
 
-SAFEARRAY* created(const ByteArray& bytes) noexcept {
-    SAFEARRAYBOUND bounds[2]; // first dimension first, unlike in the array itself
-    for (int i = 0; i < bytes.dimensions(); ++i) {
-        const ByteArray::Bound bound = bytes.bound(i + 1);
-        bounds[i].cElements = bound.count;
-        bounds[i].lLbound = bound.lower;
-    }
-    SAFEARRAY* const array = ::SafeArrayCreate(VT_UI1, static_cast<UINT>(bytes.dimensions()), bounds);
-    if (array != nullptr && bytes.size() != 0) std::memcpy(array->pvData, bytes.data(), bytes.size());
-    return array;
+// Unlike in the array itself, bounds are given first dimension first.
+SAFEARRAY* created(int dimensions, ByteArray::Bound first, ByteArray::Bound second) noexcept {
+    SAFEARRAYBOUND bounds[2];
+    bounds[0].cElements = first.count;
+    bounds[0].lLbound = first.lower;
+    bounds[1].cElements = second.count;
+    bounds[1].lLbound = second.lower;
+    return ::SafeArrayCreate(VT_UI1, static_cast<UINT>(dimensions), bounds);
 }
 
 std::size_t elementCount(const SAFEARRAY* array) noexcept {
@@ -87,20 +86,50 @@ InputArray::~InputArray() {
     if (m_locked != nullptr) ::SafeArrayUnlock(m_locked);
 }
 
-OutputArray::OutputArray(SAFEARRAY** target) noexcept : m_target(target), m_usable(*target == nullptr) {
-    if (*target == nullptr) return;
-    m_usable = isReplaceable(*target) && hasElements(*target, VT_UI1);
-    // More dimensions than a ByteArray has do not matter: nothing reads what is about to be replaced.
-    if (m_usable && (*target)->cDims <= 2) m_bytes = borrowed(*target);
-    m_before = m_bytes.data();
-    m_wasAllocated = m_bytes.isAllocated();
+OutputArray::OutputArray(SAFEARRAY** target, Reuse reuse) noexcept
+    : m_target(target), m_reuse(reuse), m_usable(*target == nullptr) {
+    if (*target != nullptr) {
+        m_usable = isReplaceable(*target) && hasElements(*target, VT_UI1);
+        // More dimensions than a ByteArray has do not matter: nothing reads what is about to be replaced.
+        if (m_usable && (*target)->cDims <= 2) m_bytes = borrowed(*target);
+        m_before = m_bytes.data();
+        m_wasAllocated = m_bytes.isAllocated();
+    }
+    m_bytes.allocateFrom(*this);
+}
+
+OutputArray::~OutputArray() {
+    if (m_made != nullptr) ::SafeArrayDestroy(m_made);
+}
+
+std::uint8_t* OutputArray::redim(int dimensions, ByteArray::Bound first, ByteArray::Bound second) {
+    const bool sameShape = m_wasAllocated && (*m_target)->cDims == dimensions && byteBound(*m_target, 1) == first &&
+                           (dimensions == 1 || byteBound(*m_target, 2) == second);
+    if (m_reuse == Reuse::sameShape && sameShape) {
+        auto* const data = static_cast<std::uint8_t*>((*m_target)->pvData);
+        std::memset(data, 0, elementCount(*m_target));
+        return data;
+    }
+    SAFEARRAY* const made = created(dimensions, first, second);
+    if (made == nullptr) throw std::bad_alloc();
+    if (m_made != nullptr) ::SafeArrayDestroy(m_made);
+    m_made = made;
+    return static_cast<std::uint8_t*>(made->pvData);
+}
+
+// The bytes as an array of the caller's: the one that redim made, or a copy of bytes from elsewhere.
+SAFEARRAY* OutputArray::takeFilled() noexcept {
+    if (m_made != nullptr && m_bytes.data() == m_made->pvData) return std::exchange(m_made, nullptr);
+    SAFEARRAY* const filled = created(m_bytes.dimensions(), m_bytes.bound(1), m_bytes.bound(2));
+    if (filled != nullptr && m_bytes.size() != 0) std::memcpy(filled->pvData, m_bytes.data(), m_bytes.size());
+    return filled;
 }
 
 bool OutputArray::store() noexcept {
     if (m_bytes.data() == m_before && m_bytes.isAllocated() == m_wasAllocated) return true;
     SAFEARRAY* filled = nullptr;
     if (m_bytes.isAllocated()) {
-        filled = created(m_bytes);
+        filled = takeFilled();
         if (filled == nullptr) return false;
     }
     // A caller may have locked its array meanwhile, from a window procedure that ran during the call.

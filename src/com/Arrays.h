@@ -30,22 +30,32 @@ class InputArray {
     ByteArray m_bytes;
 };
 
-// A caller's array that a member fills. What the caller has stays as it is until store() succeeds.
-class OutputArray {
+// A caller's array that a member fills. What the caller has stays as it is until store() succeeds, except that pixels
+// asked for again in the same shape are written where they were the last time.
+class OutputArray final : private ByteArray::Memory {
   public:
-    explicit OutputArray(SAFEARRAY** target) noexcept;
+    enum class Reuse : bool { no, sameShape };
+
+    OutputArray(SAFEARRAY** target, Reuse reuse) noexcept;
+    ~OutputArray();
     OutputArray(const OutputArray&) = delete;
     OutputArray& operator=(const OutputArray&) = delete;
 
     // False for elements other than bytes, and for locked and fixed arrays.
     bool isUsable() const noexcept { return m_usable; }
-    // What a member is given to fill: at first the caller's own bytes.
+    // What a member is given to fill: at first the caller's own bytes. What redim makes lies in an array for the
+    // caller.
     ByteArray& bytes() noexcept { return m_bytes; }
     // Gives the caller what the member made of the bytes. False without memory for it.
     bool store() noexcept;
 
   private:
+    std::uint8_t* redim(int dimensions, ByteArray::Bound first, ByteArray::Bound second) override;
+    SAFEARRAY* takeFilled() noexcept;
+
     SAFEARRAY** m_target;
+    Reuse m_reuse;
+    SAFEARRAY* m_made = nullptr; // by redim, until store()
     const std::uint8_t* m_before = nullptr;
     bool m_wasAllocated = false;
     bool m_usable = false;

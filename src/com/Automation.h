@@ -17,6 +17,7 @@ class ComPtr {
     ~ComPtr() { reset(); }
     ComPtr(const ComPtr&) = delete;
     ComPtr& operator=(const ComPtr&) = delete;
+    ComPtr(ComPtr&& other) noexcept : m_pointer(other.detach()) {}
 
     Interface* get() const noexcept { return m_pointer; }
     Interface* operator->() const noexcept { return m_pointer; }
@@ -39,15 +40,17 @@ class ComPtr {
 // A VARIANT that clears what it holds.
 class Variant : public VARIANT {
   public:
-    Variant() noexcept { ::VariantInit(this); }
-    ~Variant() { ::VariantClear(this); }
+    Variant() noexcept : VARIANT{} {}
+    ~Variant() {
+        if (vt != VT_EMPTY) ::VariantClear(this);
+    }
     Variant(const Variant&) = delete;
     Variant& operator=(const Variant&) = delete;
 
     // Hands the value over and becomes Empty.
     VARIANT detach() noexcept {
         const VARIANT value = *this;
-        ::VariantInit(this);
+        vt = VT_EMPTY;
         return value;
     }
 };

@@ -128,7 +128,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP GetAlphaMask(SAFEARRAY** outStream, VARIANT_BOOL as2dArray, VARIANT_BOOL asWordAligned,
                               VARIANT_BOOL asBottomUp, LONG x, LONG y, LONG Width, LONG Height,
                               VARIANT_BOOL* result) override {
-        return fill(outStream, result, [&](ByteArray& bytes) {
+        return fill(outStream, Reuse::sameShape, result, [&](ByteArray& bytes) {
             return m_sheet->GetAlphaMask(bytes, isTrue(as2dArray), isTrue(asWordAligned), isTrue(asBottomUp), x, y,
                                          Width, Height);
         });
@@ -136,7 +136,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP GetDIBbits(SAFEARRAY** outStream, VARIANT_BOOL as2dArray, VARIANT_BOOL asBGRformat,
                             VARIANT_BOOL as32bpp, VARIANT_BOOL asWordAligned, VARIANT_BOOL asBottomUp, LONG x, LONG y,
                             LONG Width, LONG Height, VARIANT_BOOL asPreMultiplied, VARIANT_BOOL* result) override {
-        return fill(outStream, result, [&](ByteArray& bytes) {
+        return fill(outStream, Reuse::sameShape, result, [&](ByteArray& bytes) {
             return m_sheet->GetDIBbits(bytes, isTrue(as2dArray), isTrue(asBGRformat), isTrue(as32bpp),
                                        isTrue(asWordAligned), isTrue(asBottomUp), x, y, Width, Height,
                                        isTrue(asPreMultiplied));
@@ -174,7 +174,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         return give(result, [&] { return m_sheet->LoadPicture_FromOrignalFormat(iconCx, iconCy, iconBitDepth); });
     }
     STDMETHODIMP GetOrginalFormat(SAFEARRAY** outStream, VARIANT_BOOL* result) override {
-        return fill(outStream, result, [&](ByteArray& bytes) { return m_sheet->GetOrginalFormat(bytes); });
+        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) { return m_sheet->GetOrginalFormat(bytes); });
     }
 
     // --- saving
@@ -188,7 +188,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     STDMETHODIMP SaveToStream_Bitmap(SAFEARRAY** outStream, VARIANT_BOOL KeepPreMultipliedPixels,
                                      LONG TransparentFillColor, VARIANT_BOOL* result) override {
-        return fill(outStream, result, [&](ByteArray& bytes) {
+        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) {
             return m_sheet->SaveToStream_Bitmap(bytes, isTrue(KeepPreMultipliedPixels), TransparentFillColor);
         });
     }
@@ -215,6 +215,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
 
   private:
+    using Reuse = OutputArray::Reuse;
+
     explicit PixSheetObject(std::unique_ptr<cPixSheet> sheet) noexcept : m_sheet(std::move(sheet)) {}
     ~PixSheetObject() = default;
 
@@ -254,10 +256,10 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         });
     }
     template <class Body>
-    static HRESULT fill(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body) noexcept {
+    static HRESULT fill(SAFEARRAY** stream, OutputArray::Reuse reuse, VARIANT_BOOL* result, Body&& body) noexcept {
         if (stream == nullptr) return E_POINTER;
         return give(result, [&] {
-            OutputArray array(stream);
+            OutputArray array(stream, reuse);
             if (!array.isUsable()) return false;
             const bool filled = body(array.bytes());
             return array.store() && filled;

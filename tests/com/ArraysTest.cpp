@@ -167,6 +167,29 @@ TEST_F(Arrays, PixelsComeInOneOrTwoDimensionsAndGoBackIn) {
     }
 }
 
+TEST_F(Arrays, PixelsAskedForAgainLandInTheSameArrayWithCleanPadding) {
+    ASSERT_TRUE(makeImage(3, 2));
+    const auto get = [&](Bytes& bits, VARIANT_BOOL as2d) {
+        VARIANT_BOOL done = VARIANT_FALSE;
+        sheet->GetDIBbits(&bits.array, as2d, -1, 0, -1, -1, 0, 0, 0, 0, -1, &done); // 24 bits: 3 padding bytes a row
+        return done == VARIANT_TRUE;
+    };
+    Bytes bits;
+    ASSERT_TRUE(get(bits, VARIANT_TRUE));
+    const auto fresh = contentOf(bits.array);
+    const auto* const before = bits.array;
+    std::fill_n(static_cast<std::uint8_t*>(bits.array->pvData), fresh.size(), std::uint8_t{0xEE});
+    EXPECT_TRUE(get(bits, VARIANT_TRUE));
+    EXPECT_EQ(bits.array, before);
+    EXPECT_EQ(contentOf(bits.array), fresh);
+    EXPECT_TRUE(get(bits, VARIANT_FALSE)) << "another shape";
+    EXPECT_EQ(boundsOf(bits.array).size(), 1u);
+    EXPECT_EQ(contentOf(bits.array), fresh);
+    sheet->DestroyDIB();
+    EXPECT_FALSE(get(bits, VARIANT_FALSE));
+    EXPECT_EQ(contentOf(bits.array), fresh) << "a failed call lost what the array held";
+}
+
 TEST_F(Arrays, ScriptsGetArraysThatTheyCanIndex) {
     ASSERT_TRUE(makeImage(3, 2));
     setPixel(2, 0, 0x0000FF);
