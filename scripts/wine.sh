@@ -12,7 +12,8 @@
 #           the loader at the unpacked ld-linux. No root, no chroot, no mounts, the same Wine on every machine. About
 #           140 MB to download, 1.3 GB on disk.
 #   apt     as root: apt-get install wine32:i386. Refused when it would remove a package; undone when it fails.
-# Settings: PIXKIT_WINE_MODE=apt|unpack forces one way; XDG_CACHE_HOME moves the cache (~/.cache/pixkit-wine).
+# Settings: PIXKIT_WINE_MODE=apt|unpack forces one way; PIXKIT_WINE_PREFIX=FOLDER runs in a prefix of one's own, which is
+# made when it is not there; XDG_CACHE_HOME moves the cache (~/.cache/pixkit-wine).
 set -u
 
 CACHE=${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/pixkit-wine
@@ -98,7 +99,7 @@ setup_unpack() {
 
 # The variables that a run needs, by the way in which Wine was set up.
 load() {
-    export WINEPREFIX=$CACHE/prefix WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all}
+    export WINEPREFIX=${PIXKIT_WINE_PREFIX:-$CACHE/prefix} WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
     # Only Wine's own fonts, so that text looks the same on every machine.
     export FONTCONFIG_FILE=$CACHE/fonts.conf
@@ -164,6 +165,7 @@ run)
     shift
     setup
     load "$(cat "$CACHE/ready")"
+    [ -e "$WINEPREFIX/system.reg" ] || make_prefix || exit 1
     exec "$LOADER" "$@"
     ;;
 setup) setup ;;
