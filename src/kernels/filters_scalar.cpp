@@ -58,6 +58,11 @@ void unfilterAvg(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes
     unfilterAvgFrom(row, above, 0, bytes, step);
 }
 
+void unfilterAvgOfFirstRow(std::uint8_t* row, std::size_t bytes, std::size_t step) {
+    for (std::size_t i = step; i < bytes; ++i)
+        row[i] = sum(row[i], row[i - step] / 2U);
+}
+
 void unfilterPaeth(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step) {
     unfilterPaethFrom(row, above, 0, bytes, step);
 }

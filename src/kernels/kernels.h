@@ -78,10 +78,12 @@ struct Table {
 
     // --- PNG row filters, undone in place (PNG standard, filter method 0). `bytes` is the row without its filter
     // byte; `step` the distance in bytes to the pixel on the left, 1 .. 8, where left of the first pixel is 0.
-    // `above` is the unfiltered previous row; the caller passes zeros for the first row of a pass.
+    // `above` is the unfiltered previous row. The first row of a pass has zeros above: Up changes nothing there, Paeth
+    // is Sub, and Avg has an entry of its own.
     void (*unfilterSub)(std::uint8_t* row, std::size_t bytes, std::size_t step);
     void (*unfilterUp)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes);
     void (*unfilterAvg)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
+    void (*unfilterAvgOfFirstRow)(std::uint8_t* row, std::size_t bytes, std::size_t step);
     void (*unfilterPaeth)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
 
     // --- PNG samples to premultiplied B, G, R, A. Rows do not overlap. Partial alpha premultiplies truncated, alpha 0
@@ -97,6 +99,8 @@ struct Table {
     void (*fromGreyAlpha16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     // Samples of 1, 2 or 4 bits, most significant first, to one byte each; reads (count * depth + 7) / 8 bytes.
     void (*unpackSamples)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, unsigned depth);
+    // Copies 4-byte pixels to places `dstStep` pixels apart: a row of an interlace pass.
+    void (*scatter)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::size_t dstStep);
 };
 
 // Instruction sets a table may be built for, in rising order.

@@ -66,4 +66,9 @@ void unpackSamples(std::uint8_t* dst, const std::uint8_t* src, std::size_t count
     }
 }
 
+void scatter(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::size_t dstStep) {
+    for (std::size_t i = 0; i < count; ++i)
+        std::memcpy(dst + i * dstStep * 4, src + i * 4, 4);
+}
+
 } // namespace pixkit::kernels::scalar

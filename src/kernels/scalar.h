@@ -28,6 +28,7 @@ void extractAlpha(std::uint8_t* dst, const std::uint8_t* src, std::size_t count)
 void unfilterSub(std::uint8_t* row, std::size_t bytes, std::size_t step);
 void unfilterUp(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes);
 void unfilterAvg(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
+void unfilterAvgOfFirstRow(std::uint8_t* row, std::size_t bytes, std::size_t step);
 void unfilterPaeth(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
 
 void fromRgb8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
@@ -39,6 +40,7 @@ void fromRgb16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void fromRgba16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void fromGreyAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void unpackSamples(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, unsigned depth);
+void scatter(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::size_t dstStep);
 
 // The row filters from byte `from` on, everything before it being undone already.
 void unfilterSubFrom(std::uint8_t* row, std::size_t from, std::size_t bytes, std::size_t step);

@@ -25,6 +25,7 @@ constexpr Table scalarTable = {
     .unfilterSub = scalar::unfilterSub,
     .unfilterUp = scalar::unfilterUp,
     .unfilterAvg = scalar::unfilterAvg,
+    .unfilterAvgOfFirstRow = scalar::unfilterAvgOfFirstRow,
     .unfilterPaeth = scalar::unfilterPaeth,
     .fromRgb8 = scalar::fromRgb8,
     .fromRgba8 = scalar::fromRgba8,
@@ -35,6 +36,7 @@ constexpr Table scalarTable = {
     .fromRgba16 = scalar::fromRgba16,
     .fromGreyAlpha16 = scalar::fromGreyAlpha16,
     .unpackSamples = scalar::unpackSamples,
+    .scatter = scalar::scatter,
 };
 
 // Each level starts from the one below it: an entry without a variant of its own keeps the lower one.

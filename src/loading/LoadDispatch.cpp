@@ -4,6 +4,7 @@
 #include "loading/LoadRequest.h"
 #include "platform/files.h"
 #include "platform/interaction.h"
+#include "shared/limits.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
@@ -15,8 +16,7 @@ namespace pixkit {
 
 namespace {
 
-// Below these sizes no reader is asked. Files and arrays differ; callers know the two minimums.
-constexpr std::int64_t largestRefusedFile = 56;
+// Below this size of an array no reader is asked. The minimum of files is another one; callers know both.
 constexpr std::int64_t smallestStream = 20;
 
 void readPNG(LoadRequest& request, cPixSheet& host) {
@@ -47,8 +47,7 @@ bool cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
     }
     if (m_Handle == 0) return false;
     if (SaveFormat) {
-        const auto source = request.wholeSource();
-        m_ImageByteCache = ByteArray(std::vector<std::uint8_t>(source.begin(), source.end()));
+        m_ImageByteCache = ByteArray(request.takeSource());
     }
     return true;
 }

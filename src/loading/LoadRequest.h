@@ -21,6 +21,8 @@ class LoadRequest {
   public:
     // An open file, read from its beginning; its bytes are fetched when somebody first asks for them.
     LoadRequest(platform::Handle file, const IconRequest& icon) noexcept : m_file(file), m_icon(icon) {}
+    LoadRequest(const LoadRequest&) = delete; // its views look into itself
+    LoadRequest& operator=(const LoadRequest&) = delete;
     // `length` bytes of an array, which outlives the request, from element `offset` (counted from 0).
     LoadRequest(const ByteArray& stream, std::size_t offset, std::size_t length, const IconRequest& icon) noexcept
         : m_icon(icon), m_whole(stream.bytes()), m_slice(m_whole.subspan(offset, length)) {}
@@ -30,10 +32,13 @@ class LoadRequest {
     const IconRequest& icon() const noexcept { return m_icon; }
     // The bytes that readers look at. Throws std::runtime_error when the file cannot be read.
     std::span<const std::uint8_t> bytes();
-    // The bytes that SaveFormat keeps: the whole array, also what lies outside the slice.
-    std::span<const std::uint8_t> wholeSource();
+    // The bytes that SaveFormat keeps: the file's, or the whole array, also what lies outside the slice. Afterwards the
+    // request has no bytes any more.
+    std::vector<std::uint8_t> takeSource();
 
   private:
+    void fetchFile();
+
     platform::Handle m_file = platform::invalidHandle;
     IconRequest m_icon;
     std::vector<std::uint8_t> m_fileBytes;

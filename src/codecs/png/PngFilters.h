@@ -6,9 +6,15 @@
 namespace pixkit {
 
 // Undoes filter `filterType` of one row of `bytes` bytes in place. `above` is the unfiltered previous row, null in the
-// first row of a pass; `stepVal` the distance in bytes to the pixel on the left. An unknown filter type leaves the row
-// as it is: a picture with one strange row still shows.
+// first row of a pass, which stands for zeros; `stepVal` the distance in bytes to the pixel on the left. An unknown
+// filter type leaves the row as it is: a picture with one strange row still shows.
 void decodeFilter(std::uint8_t filterType, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
                   std::size_t stepVal) noexcept;
+
+// One filter each, with the same parameters.
+void DecodeFilter_Sub(std::uint8_t* row, std::size_t bytes, std::size_t stepVal) noexcept;
+void DecodeFilter_Up(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes) noexcept;
+void DecodeFilter_Avg(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t stepVal) noexcept;
+void DecodeFilter_Paeth(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t stepVal) noexcept;
 
 } // namespace pixkit

@@ -56,7 +56,11 @@ void cPNGparser::prepareConversion() {
             std::fill_n(pixel, 3, std::uint8_t{0}); // an index beyond a short palette is black and opaque
             pixel[3] = 255;
             if (i >= entries) continue;
-            std::reverse_copy(&m_Palette[i * 3], &m_Palette[i * 3] + 3, pixel);
+            if (m_ColorType == 0) {
+                std::fill_n(pixel, 3, m_Palette[i * 3]); // a palette left over from an earlier IHDR may hold colours
+            } else {
+                std::reverse_copy(&m_Palette[i * 3], &m_Palette[i * 3] + 3, pixel);
+            }
             if (m_ColorType == 3 && isKeyed && i < m_TransSize) pixel[3] = m_TransSimple[i];
             if (m_ColorType == 0 && static_cast<std::int32_t>(i) == m_TransColor) pixel[3] = 0;
         }
@@ -75,12 +79,11 @@ void cPNGparser::prepareConversion() {
     }
 }
 
-void cPNGparser::UnfilterImage(std::uint8_t* Filtered) {
-    prepareConversion();
-    if (m_Interlacing == 0) {
-        unfilterAndConvertPass(Filtered, m_MatrixDat.back());
-        return;
-    }
+void cPNGparser::UnfilterNI(std::uint8_t* Filtered) {
+    unfilterAndConvertPass(Filtered, m_MatrixDat.back());
+}
+
+void cPNGparser::UnfilterInterlaced(std::uint8_t* Filtered) {
     for (std::size_t pass = 0; pass < 7; ++pass) {
         Filtered = unfilterAndConvertPass(Filtered, m_MatrixDat[pass]);
     }
@@ -112,48 +115,76 @@ void cPNGparser::convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std:
     }
     std::array<std::uint8_t, pieceWidth * 4> piece;
     std::uint8_t* target = hostRow + std::size_t{pass.startColumn} * 4;
-    const std::size_t targetStep = std::size_t{pass.columnStep} * 4;
     for (std::size_t done = 0; done < count;) {
         const std::size_t pixels = std::min(pieceWidth, count - done);
         convertPixels(piece.data(), raw + GetBytesPerPixel(done), pixels);
-        for (std::size_t i = 0; i < pixels; ++i, target += targetStep) {
-            std::memcpy(target, &piece[i * 4], 4);
-        }
+        kernels::table().scatter(target, piece.data(), pixels, pass.columnStep);
+        target += pixels * pass.columnStep * 4;
         done += pixels;
     }
 }
 
+// Pixels of one row, which start at a byte, to premultiplied B, G, R, A.
 void cPNGparser::convertPixels(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const {
-    const auto& kernel = kernels::table();
-    const bool is16Bit = m_BitDepth == 16;
-    switch (m_ColorType) {
-    case 2:
-        (is16Bit ? kernel.fromRgb16 : kernel.fromRgb8)(dst, raw, count);
-        break;
-    case 4:
-        (is16Bit ? kernel.fromGreyAlpha16 : kernel.fromGreyAlpha8)(dst, raw, count);
-        break;
-    case 6:
-        (is16Bit ? kernel.fromRgba16 : kernel.fromRgba8)(dst, raw, count);
-        break;
-    default: // grey and palette
-        if (is16Bit) {
-            kernel.fromGrey16(dst, raw, count);
-        } else if (m_BitDepth == 8) {
-            kernel.fromIndex8(dst, raw, count, m_lookup.data());
-        } else {
-            std::array<std::uint8_t, pieceWidth> indexes;
-            for (std::size_t done = 0; done < count;) {
-                const std::size_t pixels = std::min(pieceWidth, count - done);
-                kernel.unpackSamples(indexes.data(), raw + GetBytesPerPixel(done), pixels, m_BitDepth);
-                kernel.fromIndex8(dst + done * 4, indexes.data(), pixels, m_lookup.data());
-                done += pixels;
-            }
-        }
+    if (m_BitDepth == 16) {
+        ConvertPNGtoBMP_16Bit(dst, raw, count);
+    } else if (m_ColorType == 0 || m_ColorType == 3) {
+        ConvertPNGtoBMP_Palettes(dst, raw, count);
+    } else {
+        ConvertPNGtoBMP_NonPalette(dst, raw, count);
     }
     if (m_transparentKey) {
         constexpr std::array<std::uint8_t, 4> transparent = {0, 0, 0, 0};
-        kernel.replacePixel(dst, count, m_transparentKey->data(), transparent.data());
+        kernels::table().replacePixel(dst, count, m_transparentKey->data(), transparent.data());
+    }
+}
+
+void cPNGparser::ConvertPNGtoBMP_16Bit(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const {
+    const auto& kernel = kernels::table();
+    switch (m_ColorType) {
+    case 2:
+        kernel.fromRgb16(dst, raw, count);
+        break;
+    case 4:
+        kernel.fromGreyAlpha16(dst, raw, count);
+        break;
+    case 6:
+        kernel.fromRgba16(dst, raw, count);
+        break;
+    default:
+        kernel.fromGrey16(dst, raw, count);
+        break;
+    }
+}
+
+void cPNGparser::ConvertPNGtoBMP_NonPalette(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const {
+    const auto& kernel = kernels::table();
+    switch (m_ColorType) {
+    case 4:
+        kernel.fromGreyAlpha8(dst, raw, count);
+        break;
+    case 6:
+        kernel.fromRgba8(dst, raw, count);
+        break;
+    default:
+        kernel.fromRgb8(dst, raw, count);
+        break;
+    }
+}
+
+// Palette indexes and grey levels, 1 to 8 bits.
+void cPNGparser::ConvertPNGtoBMP_Palettes(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const {
+    const auto& kernel = kernels::table();
+    if (m_BitDepth == 8) {
+        kernel.fromIndex8(dst, raw, count, m_lookup.data());
+        return;
+    }
+    std::array<std::uint8_t, pieceWidth> indexes;
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t pixels = std::min(pieceWidth, count - done);
+        kernel.unpackSamples(indexes.data(), raw + GetBytesPerPixel(done), pixels, m_BitDepth);
+        kernel.fromIndex8(dst + done * 4, indexes.data(), pixels, m_lookup.data());
+        done += pixels;
     }
 }
 

@@ -5,6 +5,7 @@
 #include "platform/files.h"
 #include "shared/ByteReader.h"
 #include "shared/checked.h"
+#include "shared/limits.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstdlib>
@@ -23,8 +24,7 @@ constexpr std::uint32_t chunkType(const char (&name)[5]) noexcept {
            static_cast<std::uint32_t>(name[2]) << 8 | static_cast<std::uint32_t>(name[3]);
 }
 
-// Files up to this size are not tested for the signature, and what they give does not count as a PNG.
-constexpr std::int64_t untestedFileSize = 56;
+// What is read of a file to test it for the signature.
 constexpr std::size_t testedBytes = 58;
 
 struct FreeDeleter {
@@ -57,7 +57,7 @@ bool cPNGparser::LoadFile(platform::Handle FileHandle, cPixSheet& dibClass) {
     std::array<std::uint8_t, testedBytes> start{};
     const auto startSize = static_cast<std::size_t>(std::min<std::int64_t>(size, testedBytes));
     if (!readFile(FileHandle, std::span(start).first(startSize))) return result;
-    if (size > untestedFileSize) {
+    if (size > largestRefusedFile) { // smaller ones are not tested, and what they give does not count as a PNG
         if (!IsPNG(start)) return result;
         result = true;
     }
@@ -241,29 +241,33 @@ constexpr int zlibOk = 0;
 } // namespace
 
 bool cPNGparser::zValidateZLIBversion() {
-    for (const char* m_zLIBname : {"zlib1.dll", "zlib.dll"}) {
-        cCfunction = cCDECL(m_zLIBname);
+    for (const char* zLIBname : {"zlib1.dll", "zlib.dll"}) {
+        cCfunction = cCDECL(zLIBname);
         if (cCfunction.function<UncompressFunction>("uncompress") != nullptr) return true;
     }
     cCfunction = cCDECL();
     return false;
 }
 
-// Whether a chunk's CRC may stand. A stored CRC of 0 is never checked, and a computed one of 0 counts as a mismatch:
-// files in circulation rely on the first, nothing on the second.
+// Whether a chunk's CRC may stand. A stored CRC of 0 is never checked, as files in circulation rely on; so a computed
+// one of 0 is always a mismatch.
 bool cPNGparser::zCheckCRCvalue(const Chunk& chunk) const {
     if (chunk.storedCrc == 0) return true;
     auto* const crc32 = cCfunction.function<Crc32Function>("crc32");
     if (crc32 == nullptr) return false;
     const auto computed = crc32(0, chunk.typeAndData.data(), static_cast<unsigned int>(chunk.typeAndData.size()));
-    return computed != 0 && computed == chunk.storedCrc;
+    return computed == chunk.storedCrc;
 }
 
-bool cPNGparser::zInflate(std::uint8_t* output, std::size_t capacity, std::span<const std::uint8_t> input) const {
+// The number of bytes written; nothing when there is no zlib or it refuses the data.
+std::optional<std::size_t> cPNGparser::zInflate(std::uint8_t* output, std::size_t capacity,
+                                                std::span<const std::uint8_t> input) const {
     auto* const uncompress = cCfunction.function<UncompressFunction>("uncompress");
+    if (uncompress == nullptr) return {};
     auto destLen = static_cast<unsigned long>(capacity);
-    return uncompress != nullptr &&
-           uncompress(output, &destLen, input.data(), static_cast<unsigned long>(input.size())) == zlibOk;
+    const int status = uncompress(output, &destLen, input.data(), static_cast<unsigned long>(input.size()));
+    if (status != zlibOk || destLen > capacity) return {};
+    return destLen;
 }
 
 // --- from compressed data to the host
@@ -272,17 +276,25 @@ void cPNGparser::PostLoadPNG() {
     const std::size_t uncmprssSize = m_Width == 0 ? 0 : CalcUncompressedWidth();
     if (uncmprssSize == 0 || !isDepthSuited()) return; // no IHDR, or a combination that the PNG standard does not have
     const ZeroedBytes RawPNGdata = allocateZeroed(uncmprssSize);
-    if (!zInflate(RawPNGdata.get(), uncmprssSize, m_IDAT)) {
+    auto written = zInflate(RawPNGdata.get(), uncmprssSize, m_IDAT);
+    if (!written) {
         // What zlib refuses, the built-in decoder decides, and without zlib it decides alone: a picture loads the same
         // with and without the library.
         const auto result = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, m_IDAT.data(), m_IDAT.size());
         if (result.outcome == deflate::Outcome::damaged) return;
-        std::memset(RawPNGdata.get() + result.written, 0, uncmprssSize - result.written);
+        written = result.written;
     }
+    // Rows that the data does not reach are zero, whatever a decoder used their place for.
+    std::memset(RawPNGdata.get() + *written, 0, uncmprssSize - *written);
     m_ownBytes.reset(); // before the host takes memory for its pixels
     InitializePalette();
     if (!cHost->InitializeDIB(m_Width, m_Height)) return;
-    UnfilterImage(RawPNGdata.get());
+    prepareConversion();
+    if (m_Interlacing == 1) {
+        UnfilterInterlaced(RawPNGdata.get());
+    } else {
+        UnfilterNI(RawPNGdata.get());
+    }
     const bool hasAlphaChannel = m_ColorType == 4 || m_ColorType == 6;
     // Palette images with partial alpha are classed as simple too: what draws them does not look closer.
     const AlphaTypeEnum keyed = m_TransColor == -1 ? AlphaNone : AlphaSimple;

@@ -66,7 +66,8 @@ class cPNGparser {
     void joinIDAT(std::span<const std::uint8_t> payload);
 
     void PostLoadPNG();
-    bool zInflate(std::uint8_t* output, std::size_t capacity, std::span<const std::uint8_t> input) const;
+    std::optional<std::size_t> zInflate(std::uint8_t* output, std::size_t capacity,
+                                        std::span<const std::uint8_t> input) const;
     bool isDepthSuited() const noexcept;
     DepthInfo GetDepthInfo() const noexcept;
     std::size_t passSize(std::size_t size, std::uint32_t start, std::uint32_t step) const noexcept;
@@ -75,11 +76,15 @@ class cPNGparser {
 
     // PngPixels.cpp
     void InitializePalette();
-    void UnfilterImage(std::uint8_t* Filtered);
+    void UnfilterNI(std::uint8_t* Filtered);
+    void UnfilterInterlaced(std::uint8_t* Filtered);
     void prepareConversion();
     std::uint8_t* unfilterAndConvertPass(std::uint8_t* rows, const Pass& pass);
     void convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count, const Pass& pass) const;
     void convertPixels(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
+    void ConvertPNGtoBMP_16Bit(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
+    void ConvertPNGtoBMP_NonPalette(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
+    void ConvertPNGtoBMP_Palettes(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
 
     cPixSheet* cHost = nullptr; // only for the length of a load
     std::int32_t m_Width = 0;

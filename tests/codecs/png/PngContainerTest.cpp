@@ -94,6 +94,9 @@ TEST_F(PngContainer, ChunksOutOfOrderRepeatedOrEmptyAreMisread) {
         {"IDAT of single bytes", PngBuilder().IHDR(rgb).IDAT(rgbStream, 1).IEND(), rgbLoaded},
         {"second IHDR replaces the first", PngBuilder().IHDR(square).IHDR(rgb).IDAT(rgbStream).IEND(), rgbLoaded},
         {"second IHDR after the data", PngBuilder().IHDR(square).IDAT(rgbStream).IHDR(rgb).IEND(), rgbLoaded},
+        {"a palette left over from an earlier IHDR gives greys, not colours",
+         PngBuilder().IHDR(indexed).chunk("PLTE", palette).IHDR({1, 1, 8, 0}).IDAT(indexStream).IEND(),
+         onePixel({10, 10, 10, 255})},
         {"second IHDR is impossible", PngBuilder().IHDR(rgb).IHDR(impossible).IDAT(rgbStream).IEND(), nothing},
         {"second PLTE and tRNS replace the first, before and after the data",
          PngBuilder()

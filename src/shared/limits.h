@@ -1,0 +1,10 @@
+// Limits that more than one room goes by.
+#pragma once
+#include <cstdint>
+
+namespace pixkit {
+
+// Files of this size and below are not loaded, and the PNG reader does not test them for its signature.
+inline constexpr std::int64_t largestRefusedFile = 56;
+
+} // namespace pixkit
