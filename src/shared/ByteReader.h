@@ -24,6 +24,19 @@ class ByteReader {
         return m_bytes[offset];
     }
 
+    std::optional<std::uint16_t> littleEndian16(std::size_t offset) const noexcept {
+        const auto bytes = slice(offset, 2);
+        if (!bytes) return {};
+        return static_cast<std::uint16_t>((*bytes)[0] | (*bytes)[1] << 8);
+    }
+
+    std::optional<std::uint32_t> littleEndian32(std::size_t offset) const noexcept {
+        const auto bytes = slice(offset, 4);
+        if (!bytes) return {};
+        const auto& b = *bytes;
+        return b[0] | std::uint32_t{b[1]} << 8 | std::uint32_t{b[2]} << 16 | std::uint32_t{b[3]} << 24;
+    }
+
     std::optional<std::uint32_t> bigEndian32(std::size_t offset) const noexcept {
         const auto bytes = slice(offset, 4);
         if (!bytes) return {};
