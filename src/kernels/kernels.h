@@ -90,13 +90,13 @@ struct Table {
     // gives 0, 0, 0, 0. 16-bit samples are big-endian and only their high byte counts.
     void (*fromRgb8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     void (*fromRgba8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
-    void (*fromGreyAlpha8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    void (*fromGrayAlpha8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     // One byte a pixel looked up in 256 ready pixels of four bytes.
     void (*fromIndex8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* lut);
-    void (*fromGrey16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    void (*fromGray16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     void (*fromRgb16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     void (*fromRgba16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
-    void (*fromGreyAlpha16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    void (*fromGrayAlpha16)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     // Samples of 1, 2 or 4 bits, most significant first, to one byte each; reads (count * depth + 7) / 8 bytes.
     void (*unpackSamples)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, unsigned depth);
     // Copies 4-byte pixels to places `dstStep` pixels apart: a row of an interlace pass.

@@ -27,7 +27,7 @@ void fromRgba8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
         putPixel(dst, src[0], src[1], src[2], src[3]);
 }
 
-void fromGreyAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+void fromGrayAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     for (; count > 0; --count, dst += 4, src += 2)
         putPixel(dst, src[0], src[0], src[0], src[1]);
 }
@@ -37,7 +37,7 @@ void fromIndex8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, c
         std::memcpy(dst + 4 * i, lut + 4 * std::size_t{src[i]}, 4);
 }
 
-void fromGrey16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+void fromGray16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     for (; count > 0; --count, dst += 4, src += 2)
         putPixel(dst, src[0], src[0], src[0], 255);
 }
@@ -52,7 +52,7 @@ void fromRgba16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
         putPixel(dst, src[0], src[2], src[4], src[6]);
 }
 
-void fromGreyAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+void fromGrayAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     for (; count > 0; --count, dst += 4, src += 4)
         putPixel(dst, src[0], src[0], src[0], src[2]);
 }

@@ -29,11 +29,11 @@ void storeInterleaved(std::uint8_t* dst, Vec blueGreen, Vec redAlpha) {
 #endif
 }
 
-// Two vectors of pixels from one of grey, alpha pairs.
-void storeGreyAlpha(std::uint8_t* dst, Vec pairs) {
-    const Vec grey = both(pairs, all16(0xFF));
+// Two vectors of pixels from one of gray, alpha pairs.
+void storeGrayAlpha(std::uint8_t* dst, Vec pairs) {
+    const Vec gray = both(pairs, all16(0xFF));
     const Vec alpha = right16<8>(pairs);
-    const Vec colour = dividedBy255(multiplyLow16(grey, alpha));
+    const Vec colour = dividedBy255(multiplyLow16(gray, alpha));
     storeInterleaved(dst, either(colour, left16<8>(colour)), either(colour, left16<8>(alpha)));
 }
 
@@ -49,10 +49,10 @@ void fromRgba8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     scalar::fromRgba8(dst, src, count);
 }
 
-void fromGreyAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+void fromGrayAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     for (; count >= 2 * vecPixels; count -= 2 * vecPixels, dst += 2 * vecBytes, src += vecBytes)
-        storeGreyAlpha(dst, load(src));
-    scalar::fromGreyAlpha8(dst, src, count);
+        storeGrayAlpha(dst, load(src));
+    scalar::fromGrayAlpha8(dst, src, count);
 }
 
 // Four looked-up pixels for one store. A gather instruction takes half as long again.
@@ -66,12 +66,12 @@ void fromIndex8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, c
     scalar::fromIndex8(dst, src, count, lut);
 }
 
-void fromGrey16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+void fromGray16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     for (; count >= 2 * vecPixels; count -= 2 * vecPixels, dst += 2 * vecBytes, src += vecBytes) {
-        const Vec grey = both(load(src), all16(0xFF));
-        storeInterleaved(dst, either(grey, left16<8>(grey)), either(grey, all16(0xFF00)));
+        const Vec gray = both(load(src), all16(0xFF));
+        storeInterleaved(dst, either(gray, left16<8>(gray)), either(gray, all16(0xFF00)));
     }
-    scalar::fromGrey16(dst, src, count);
+    scalar::fromGray16(dst, src, count);
 }
 
 // The first four pixels of three samples in 24 bytes, as lanes of R, G, B, 0.
@@ -98,10 +98,10 @@ void fromRgba16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     scalar::fromRgba16(dst, src, count);
 }
 
-void fromGreyAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+void fromGrayAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     for (; count >= 2 * vecPixels; count -= 2 * vecPixels, dst += 2 * vecBytes, src += 2 * vecBytes)
-        storeGreyAlpha(dst, highBytes(src));
-    scalar::fromGreyAlpha16(dst, src, count);
+        storeGrayAlpha(dst, highBytes(src));
+    scalar::fromGrayAlpha16(dst, src, count);
 }
 
 // --- small samples: each byte of samples of 2 * depth bits becomes two, until they are single
@@ -145,12 +145,12 @@ void unpackSamples(std::uint8_t* dst, const std::uint8_t* src, std::size_t count
 void useSamples(Table& table) {
     table.fromRgb8 = fromRgb8;
     table.fromRgba8 = fromRgba8;
-    table.fromGreyAlpha8 = fromGreyAlpha8;
+    table.fromGrayAlpha8 = fromGrayAlpha8;
     table.fromIndex8 = fromIndex8;
-    table.fromGrey16 = fromGrey16;
+    table.fromGray16 = fromGray16;
     table.fromRgb16 = fromRgb16;
     table.fromRgba16 = fromRgba16;
-    table.fromGreyAlpha16 = fromGreyAlpha16;
+    table.fromGrayAlpha16 = fromGrayAlpha16;
     table.unpackSamples = unpackSamples;
 }
 

@@ -33,12 +33,12 @@ void unfilterPaeth(std::uint8_t* row, const std::uint8_t* above, std::size_t byt
 
 void fromRgb8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void fromRgba8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
-void fromGreyAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromGrayAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void fromIndex8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* lut);
-void fromGrey16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromGray16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void fromRgb16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void fromRgba16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
-void fromGreyAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void fromGrayAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void unpackSamples(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, unsigned depth);
 void scatter(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::size_t dstStep);
 

@@ -135,7 +135,7 @@ std::vector<Operation> made() {
         {"unfilterUp", 8, 8, true, rows<&Table::unfilterUp>, 0},
         {"fromRgb8", 32, 24, false, rows<&Table::fromRgb8>, 0},
         {"fromRgba8", 32, 32, false, rows<&Table::fromRgba8>, 0},
-        {"fromGreyAlpha8", 32, 16, false, rows<&Table::fromGreyAlpha8>, 0},
+        {"fromGrayAlpha8", 32, 16, false, rows<&Table::fromGrayAlpha8>, 0},
         {"fromIndex8", 32, 8, false,
          [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned) {
              Numbers numbers(9);
@@ -144,10 +144,10 @@ std::vector<Operation> made() {
              return std::uint64_t{0};
          },
          0},
-        {"fromGrey16", 32, 16, false, rows<&Table::fromGrey16>, 0},
+        {"fromGray16", 32, 16, false, rows<&Table::fromGray16>, 0},
         {"fromRgb16", 32, 48, false, rows<&Table::fromRgb16>, 0},
         {"fromRgba16", 32, 64, false, rows<&Table::fromRgba16>, 0},
-        {"fromGreyAlpha16", 32, 32, false, rows<&Table::fromGreyAlpha16>, 0},
+        {"fromGrayAlpha16", 32, 32, false, rows<&Table::fromGrayAlpha16>, 0},
     };
     for (unsigned choice = 0; choice < weightChoices.size(); ++choice) {
         all.push_back({"grayscale " + std::to_string(choice), 32, 0, true,

@@ -166,7 +166,7 @@ TEST(KernelReference, PngSamplesBecomeOtherPixels) {
     EXPECT_EQ(out, (Bytes{50, 100, 200, 255, 8, 9, 128, 255}));
     reference().fromRgba8(out.data(), samples.data(), 2);
     EXPECT_EQ(out, (Bytes{25, 50, 100, 128, 0, 0, 0, 0}));
-    reference().fromGreyAlpha8(out.data(), samples.data() + 2, 2);
+    reference().fromGrayAlpha8(out.data(), samples.data() + 2, 2);
     EXPECT_EQ(out, (Bytes{25, 25, 25, 128, 0, 0, 0, 8})) << "50 with 128, 9 with 8";
     Bytes lut(1024);
     for (std::size_t i = 0; i < 4; ++i)
@@ -176,13 +176,13 @@ TEST(KernelReference, PngSamplesBecomeOtherPixels) {
 
     // The low bytes, here 255, count for nothing.
     const Bytes deep = {200, 255, 100, 255, 50, 255, 128, 255, 9, 255, 8, 255, 7, 255, 0, 255};
-    reference().fromGrey16(out.data(), deep.data(), 2);
+    reference().fromGray16(out.data(), deep.data(), 2);
     EXPECT_EQ(out, (Bytes{200, 200, 200, 255, 100, 100, 100, 255}));
     reference().fromRgb16(out.data(), deep.data(), 2);
     EXPECT_EQ(out, (Bytes{50, 100, 200, 255, 8, 9, 128, 255}));
     reference().fromRgba16(out.data(), deep.data(), 2);
     EXPECT_EQ(out, (Bytes{25, 50, 100, 128, 0, 0, 0, 0}));
-    reference().fromGreyAlpha16(out.data(), deep.data() + 4, 2);
+    reference().fromGrayAlpha16(out.data(), deep.data() + 4, 2);
     EXPECT_EQ(out, (Bytes{25, 25, 25, 128, 0, 0, 0, 8}));
 
     const Bytes packed = {0xB4, 0x1F}; // 1011 0100 0001 1111

@@ -28,7 +28,7 @@ constexpr std::size_t pieceWidth = 1024;
 
 } // namespace
 
-// Grey levels are looked up like palette entries; a palette that is missing is black, but for 1 bit, which is black and
+// Gray levels are looked up like palette entries; a palette that is missing is black, but for 1 bit, which is black and
 // white.
 void cPNGparser::InitializePalette() {
     if ((m_ColorType != 0 && m_ColorType != 3) || m_PaletteSize != 0) return;
@@ -68,8 +68,8 @@ void cPNGparser::prepareConversion() {
     } else if (isKeyed && m_BitDepth == 16 && m_TransSize != 0) {
         // 16-bit samples are compared by their high bytes only, as they are shown by them only.
         if (m_ColorType == 0) {
-            const std::uint8_t grey = m_TransSimple[0];
-            m_transparentKey = {grey, grey, grey, 255};
+            const std::uint8_t gray = m_TransSimple[0];
+            m_transparentKey = {gray, gray, gray, 255};
         } else if (m_ColorType == 2 && m_TransSize > 4) {
             m_transparentKey = {m_TransSimple[4], m_TransSimple[2], m_TransSimple[0], 255};
         }
@@ -146,13 +146,13 @@ void cPNGparser::ConvertPNGtoBMP_16Bit(std::uint8_t* dst, const std::uint8_t* ra
         kernel.fromRgb16(dst, raw, count);
         break;
     case 4:
-        kernel.fromGreyAlpha16(dst, raw, count);
+        kernel.fromGrayAlpha16(dst, raw, count);
         break;
     case 6:
         kernel.fromRgba16(dst, raw, count);
         break;
     default:
-        kernel.fromGrey16(dst, raw, count);
+        kernel.fromGray16(dst, raw, count);
         break;
     }
 }
@@ -161,7 +161,7 @@ void cPNGparser::ConvertPNGtoBMP_NonPalette(std::uint8_t* dst, const std::uint8_
     const auto& kernel = kernels::table();
     switch (m_ColorType) {
     case 4:
-        kernel.fromGreyAlpha8(dst, raw, count);
+        kernel.fromGrayAlpha8(dst, raw, count);
         break;
     case 6:
         kernel.fromRgba8(dst, raw, count);
@@ -172,7 +172,7 @@ void cPNGparser::ConvertPNGtoBMP_NonPalette(std::uint8_t* dst, const std::uint8_
     }
 }
 
-// Palette indexes and grey levels, 1 to 8 bits.
+// Palette indexes and gray levels, 1 to 8 bits.
 void cPNGparser::ConvertPNGtoBMP_Palettes(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const {
     const auto& kernel = kernels::table();
     if (m_BitDepth == 8) {

@@ -106,7 +106,7 @@ class cPNGparser {
     cCDECL cCfunction;                         // zlib; empty when it was not found
     std::string m_runtimeError;
 
-    std::array<std::uint8_t, 256 * 4> m_lookup;                  // ready pixels of grey levels or palette entries
+    std::array<std::uint8_t, 256 * 4> m_lookup;                  // ready pixels of gray levels or palette entries
     std::optional<std::array<std::uint8_t, 4>> m_transparentKey; // opaque pixel that stands for a transparent one
 };
 
