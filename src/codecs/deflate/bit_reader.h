@@ -26,13 +26,13 @@ class BitReader {
     // At least so many bits are there after a refill, unless the data ends.
     static constexpr unsigned refilled = wordBits - 8;
 
-    BitReader(const std::uint8_t* data, std::size_t bytes) noexcept : next_(data), end_(data + bytes) {}
+    BitReader(const std::uint8_t* data, std::size_t bytes) noexcept : m_next(data), m_end(data + bytes) {}
 
     // Refills where at least a word of data is known to follow: no branch, no loop.
     void refillFast() noexcept {
-        word_ |= loadWord<Word>(next_) << count_;
-        next_ += (wordBits - 1 - count_) >> 3;
-        count_ |= refilled;
+        m_word |= loadWord<Word>(m_next) << m_count;
+        m_next += (wordBits - 1 - m_count) >> 3;
+        m_count |= refilled;
     }
     // Refills anywhere. Near the end of the data fewer bits may be there; those missing read as zero.
     void refill() noexcept {
@@ -40,44 +40,44 @@ class BitReader {
             refillFast();
             return;
         }
-        for (; count_ < refilled && next_ != end_; count_ += 8)
-            word_ |= Word{*next_++} << count_;
+        for (; m_count < refilled && m_next != m_end; m_count += 8)
+            m_word |= Word{*m_next++} << m_count;
     }
 
-    Word peek() const noexcept { return word_; }
-    unsigned count() const noexcept { return count_; }
+    Word peek() const noexcept { return m_word; }
+    unsigned count() const noexcept { return m_count; }
     // Bytes that no refill has taken yet.
-    std::size_t bytesLeft() const noexcept { return static_cast<std::size_t>(end_ - next_); }
+    std::size_t bytesLeft() const noexcept { return static_cast<std::size_t>(m_end - m_next); }
 
     void drop(unsigned bits) noexcept {
-        word_ >>= bits;
-        count_ -= bits;
+        m_word >>= bits;
+        m_count -= bits;
     }
 
     // Takes `bits` (at most 16) bits, refilling as needed; false when the data ends first.
     bool take(unsigned bits, unsigned& value) noexcept {
-        if (count_ < bits) refill();
-        if (count_ < bits) return false;
-        value = static_cast<unsigned>(word_ & ((Word{1} << bits) - 1));
+        if (m_count < bits) refill();
+        if (m_count < bits) return false;
+        value = static_cast<unsigned>(m_word & ((Word{1} << bits) - 1));
         drop(bits);
         return true;
     }
 
     // Goes to the next byte border; whole bytes that a refill took are given back.
     void alignToByte() noexcept {
-        next_ -= count_ >> 3;
-        word_ = 0;
-        count_ = 0;
+        m_next -= m_count >> 3;
+        m_word = 0;
+        m_count = 0;
     }
     // Only on a byte border, after alignToByte.
-    const std::uint8_t* bytes() const noexcept { return next_; }
-    void skipBytes(std::size_t bytes) noexcept { next_ += bytes; }
+    const std::uint8_t* bytes() const noexcept { return m_next; }
+    void skipBytes(std::size_t bytes) noexcept { m_next += bytes; }
 
   private:
-    Word word_ = 0;
-    unsigned count_ = 0;
-    const std::uint8_t* next_;
-    const std::uint8_t* end_;
+    Word m_word = 0;
+    unsigned m_count = 0;
+    const std::uint8_t* m_next;
+    const std::uint8_t* m_end;
 };
 
 } // namespace pixkit::deflate

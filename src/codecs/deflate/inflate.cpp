@@ -40,6 +40,25 @@ inline Entry follow(const Table& table, Entry link, BitReader& reader) noexcept 
     return table.entries[baseOf(link) + (reader.peek() & ((1u << codeBits(link)) - 1))];
 }
 
+// Takes a literal, or the pair of them that shares the entry.
+inline void putLiterals(std::uint8_t*& out, Entry entry, BitReader& reader) noexcept {
+    const auto both = static_cast<std::uint16_t>(baseOf(entry));
+    std::memcpy(out, &both, 2);
+    out += 1 + (entry / pairFlag & 1);
+    reader.drop(dropBits(entry));
+}
+
+// Takes the distance behind a length, `mask` being that of the table's index; false for a code that is no distance.
+inline bool takeDistance(const DistanceTable& table, std::size_t mask, BitReader& reader,
+                         std::size_t& distance) noexcept {
+    if constexpr (narrow) reader.refillFast();
+    Entry entry = table.entries[reader.peek() & mask];
+    if constexpr (!narrow) reader.refillFast();
+    if (isLink(entry)) entry = follow(table, entry, reader);
+    distance = baseOf(entry) + takeDistanceExtra(reader, entry);
+    return !isSpecial(entry);
+}
+
 enum class Step : std::uint8_t {
     goOn,
     blockEnded,
@@ -51,7 +70,7 @@ enum class Step : std::uint8_t {
 class Inflater {
   public:
     Inflater(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept
-        : reader_(input, bytes), out_(output), begin_(output), end_(output + capacity) {}
+        : m_reader(input, bytes), m_out(output), m_begin(output), m_end(output + capacity) {}
 
     Result run() noexcept;
 
@@ -68,16 +87,16 @@ class Inflater {
     template <typename Table>
     Step decodeEntry(const Table& table, Entry& entry) noexcept;
 
-    std::size_t written() const noexcept { return static_cast<std::size_t>(out_ - begin_); }
-    std::size_t room() const noexcept { return static_cast<std::size_t>(end_ - out_); }
+    std::size_t written() const noexcept { return static_cast<std::size_t>(m_out - m_begin); }
+    std::size_t room() const noexcept { return static_cast<std::size_t>(m_end - m_out); }
 
-    BitReader reader_;
-    std::uint8_t* out_;
-    std::uint8_t* const begin_;
-    std::uint8_t* const end_;
-    bool codesAreFixed_ = false; // the tables hold the fixed codes
-    LiteralTable literals_;
-    DistanceTable distances_;
+    BitReader m_reader;
+    std::uint8_t* m_out;
+    std::uint8_t* const m_begin;
+    std::uint8_t* const m_end;
+    bool m_codesAreFixed = false; // the tables hold the fixed codes
+    LiteralTable m_literals;
+    DistanceTable m_distances;
 };
 
 Result Inflater::run() noexcept {
@@ -89,13 +108,13 @@ Result Inflater::run() noexcept {
     const std::size_t bytes = written();
     if (step == Step::blockEnded) return {Outcome::complete, bytes};
     // Full output is full output: nothing that stands behind the last byte that fits can spoil it.
-    if (out_ == end_) return {Outcome::outputFull, bytes};
+    if (m_out == m_end) return {Outcome::outputFull, bytes};
     return {step == Step::inputEnded ? Outcome::inputEnded : Outcome::damaged, bytes};
 }
 
 Step Inflater::block(bool& isLast) noexcept {
     unsigned header;
-    if (!reader_.take(3, header)) return Step::inputEnded;
+    if (!m_reader.take(3, header)) return Step::inputEnded;
     isLast = (header & 1) != 0;
     const unsigned type = header >> 1;
     if (type == 0) return storedBlock();
@@ -105,40 +124,40 @@ Step Inflater::block(bool& isLast) noexcept {
 }
 
 Step Inflater::storedBlock() noexcept {
-    reader_.alignToByte();
-    if (reader_.bytesLeft() < 4) return Step::inputEnded;
-    const unsigned length = loadWord<std::uint16_t>(reader_.bytes());
-    const unsigned complement = loadWord<std::uint16_t>(reader_.bytes() + 2);
+    m_reader.alignToByte();
+    if (m_reader.bytesLeft() < 4) return Step::inputEnded;
+    const unsigned length = loadWord<std::uint16_t>(m_reader.bytes());
+    const unsigned complement = loadWord<std::uint16_t>(m_reader.bytes() + 2);
     if ((length ^ complement) != 0xffff) return Step::damaged;
-    reader_.skipBytes(4);
+    m_reader.skipBytes(4);
 
-    const std::size_t bytes = std::min({std::size_t{length}, reader_.bytesLeft(), room()});
-    if (bytes != 0) std::memcpy(out_, reader_.bytes(), bytes);
-    out_ += bytes;
-    reader_.skipBytes(bytes);
+    const std::size_t bytes = std::min({std::size_t{length}, m_reader.bytesLeft(), room()});
+    if (bytes != 0) std::memcpy(m_out, m_reader.bytes(), bytes);
+    m_out += bytes;
+    m_reader.skipBytes(bytes);
     if (bytes == length) return Step::blockEnded;
-    return out_ == end_ ? Step::outputFull : Step::inputEnded;
+    return m_out == m_end ? Step::outputFull : Step::inputEnded;
 }
 
 Step Inflater::useFixedCodes() noexcept {
-    if (codesAreFixed_) return Step::goOn;
-    codesAreFixed_ = true;
+    if (m_codesAreFixed) return Step::goOn;
+    m_codesAreFixed = true;
     std::uint8_t lengths[literalSymbols]; // RFC 1951, 3.2.6
     std::memset(lengths, 8, 144);
     std::memset(lengths + 144, 9, 112);
     std::memset(lengths + 256, 7, 24);
     std::memset(lengths + 280, 8, 8);
-    build(literals_, lengths, literalSymbols);
+    build(m_literals, lengths, literalSymbols);
     std::memset(lengths, 5, distanceSymbols);
-    build(distances_, lengths, distanceSymbols);
+    build(m_distances, lengths, distanceSymbols);
     return Step::goOn;
 }
 
 // The head of a block with codes of its own (RFC 1951, 3.2.7).
 Step Inflater::readCodes() noexcept {
-    codesAreFixed_ = false;
+    m_codesAreFixed = false;
     unsigned counts;
-    if (!reader_.take(14, counts)) return Step::inputEnded;
+    if (!m_reader.take(14, counts)) return Step::inputEnded;
     const unsigned literalCount = (counts & 31) + 257, distanceCount = (counts >> 5 & 31) + 1;
     const unsigned codeLengthCount = (counts >> 10) + 4;
     if (literalCount > 286 || distanceCount > 30) return Step::damaged;
@@ -148,7 +167,7 @@ Step Inflater::readCodes() noexcept {
     std::uint8_t codeLengthLengths[codeLengthSymbols] = {};
     for (unsigned i = 0; i < codeLengthCount; ++i) {
         unsigned length;
-        if (!reader_.take(3, length)) return Step::inputEnded;
+        if (!m_reader.take(3, length)) return Step::inputEnded;
         codeLengthLengths[order[i]] = static_cast<std::uint8_t>(length);
     }
     CodeLengthTable codeLengths;
@@ -158,9 +177,9 @@ Step Inflater::readCodes() noexcept {
     const Step step = readCodeLengths(codeLengths, lengths, literalCount + distanceCount);
     if (step != Step::goOn) return step;
     if (lengths[256] == 0) return Step::damaged; // the block could not end
-    if (!build(literals_, lengths, literalCount)) return Step::damaged;
-    if (!build(distances_, lengths + literalCount, distanceCount)) return Step::damaged;
-    if (reader_.bytesLeft() >= pairingPays) pairLiterals(literals_);
+    if (!build(m_literals, lengths, literalCount)) return Step::damaged;
+    if (!build(m_distances, lengths + literalCount, distanceCount)) return Step::damaged;
+    if (m_reader.bytesLeft() >= pairingPays) pairLiterals(m_literals);
     return Step::goOn;
 }
 
@@ -176,7 +195,7 @@ Step Inflater::readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengt
         }
         // 16: the length before, 3 to 6 times. 17: zero, 3 to 10 times. 18: zero, 11 to 138 times.
         unsigned repeat;
-        if (!reader_.take(symbol == 16 ? 2 : symbol == 17 ? 3 : 7, repeat)) return Step::inputEnded;
+        if (!m_reader.take(symbol == 16 ? 2 : symbol == 17 ? 3 : 7, repeat)) return Step::inputEnded;
         repeat += symbol == 18 ? 11 : 3;
         if (symbol == 16 && have == 0) return Step::damaged;
         if (repeat > count - have) return Step::damaged;
@@ -198,116 +217,106 @@ Step Inflater::decodeFast() noexcept {
     // A round refills three times at most, and puts out its literals and one match.
     constexpr std::size_t inputMargin = 4 * sizeof(BitReader::Word);
     constexpr std::size_t outputMargin = 2 * literalsPerRound + longestMatch + copyOverrun;
-    if (reader_.bytesLeft() < inputMargin || room() < outputMargin) return Step::goOn;
+    if (m_reader.bytesLeft() < inputMargin || room() < outputMargin) return Step::goOn;
 
     // Copies, because a byte stored through `out` could change the members for all the compiler knows.
-    BitReader reader = reader_;
-    std::uint8_t* out = out_;
-    const std::uint8_t* const begin = begin_;
-    const std::uint8_t* const lastStart = end_ - outputMargin;
-    const std::size_t literalMask = (std::size_t{1} << literals_.bits) - 1;
-    const std::size_t distanceMask = (std::size_t{1} << distances_.bits) - 1;
-    const auto putLiterals = [&](Entry entry) {
-        const auto both = static_cast<std::uint16_t>(baseOf(entry));
-        std::memcpy(out, &both, 2);
-        out += 1 + (entry / pairFlag & 1);
-        reader.drop(dropBits(entry));
-    };
+    BitReader reader = m_reader;
+    std::uint8_t* out = m_out;
+    const std::uint8_t* const begin = m_begin;
+    const std::uint8_t* const lastStart = m_end - outputMargin;
+    const std::size_t literalMask = (std::size_t{1} << m_literals.bits) - 1;
+    const std::size_t distanceMask = (std::size_t{1} << m_distances.bits) - 1;
 
     // Wherever enough bits are left, a look-up comes before the refill: it need not wait for it.
     reader.refillFast();
-    Entry entry = literals_.entries[reader.peek() & literalMask];
+    Entry entry = m_literals.entries[reader.peek() & literalMask];
     do {
         unsigned literals = literalsPerRound;
         for (; literals != 0 && isLiteral(entry); --literals) {
-            putLiterals(entry);
-            entry = literals_.entries[reader.peek() & literalMask];
+            putLiterals(out, entry, reader);
+            entry = m_literals.entries[reader.peek() & literalMask];
         }
         if (literals == 0) {
             reader.refillFast();
             continue;
         }
         if (isSpecial(entry)) [[unlikely]] {
-            if (isLink(entry)) entry = follow(literals_, entry, reader);
+            if (isLink(entry)) entry = follow(m_literals, entry, reader);
             if (isLiteral(entry)) {
-                putLiterals(entry);
+                putLiterals(out, entry, reader);
                 reader.refillFast();
-                entry = literals_.entries[reader.peek() & literalMask];
+                entry = m_literals.entries[reader.peek() & literalMask];
                 continue;
             }
             if (isSpecial(entry)) {
                 reader.drop(dropBits(entry));
-                reader_ = reader;
-                out_ = out;
+                m_reader = reader;
+                m_out = out;
                 return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
             }
         }
         const std::size_t length = baseOf(entry) + takeExtra(reader, entry);
-
-        if constexpr (narrow) reader.refillFast();
-        entry = distances_.entries[reader.peek() & distanceMask];
-        if constexpr (!narrow) reader.refillFast();
-        if (isLink(entry)) entry = follow(distances_, entry, reader);
-        const std::size_t distance = baseOf(entry) + takeDistanceExtra(reader, entry);
-        if (isSpecial(entry) || distance > static_cast<std::size_t>(out - begin)) {
-            out_ = out;
+        std::size_t distance;
+        if (!takeDistance(m_distances, distanceMask, reader, distance) ||
+            distance > static_cast<std::size_t>(out - begin)) {
+            m_out = out;
             return Step::damaged;
         }
 
         if constexpr (narrow) reader.refillFast();
-        entry = literals_.entries[reader.peek() & literalMask];
+        entry = m_literals.entries[reader.peek() & literalMask];
         if constexpr (!narrow) reader.refillFast();
         copyWide(out, distance, length);
         out += length;
     } while (reader.bytesLeft() >= inputMargin && out <= lastStart);
 
-    reader_ = reader;
-    out_ = out;
+    m_reader = reader;
+    m_out = out;
     return Step::goOn;
 }
 
 // Finds the entry of the next code; goOn when the code is there as a whole. Drops the code, not its extra bits.
 template <typename Table>
 Step Inflater::decodeEntry(const Table& table, Entry& entry) noexcept {
-    reader_.refill();
-    entry = table.entries[reader_.peek() & ((1u << table.bits) - 1)];
+    m_reader.refill();
+    entry = table.entries[m_reader.peek() & ((1u << table.bits) - 1)];
     if (isLink(entry)) {
-        if (reader_.count() < dropBits(entry)) return Step::inputEnded;
-        entry = follow(table, entry, reader_);
+        if (m_reader.count() < dropBits(entry)) return Step::inputEnded;
+        entry = follow(table, entry, m_reader);
     }
-    if (reader_.count() < codeBits(entry)) return Step::inputEnded;
-    reader_.drop(codeBits(entry));
+    if (m_reader.count() < codeBits(entry)) return Step::inputEnded;
+    m_reader.drop(codeBits(entry));
     return Step::goOn;
 }
 
 // One literal or match, with every check: for the ends of the data and of the output.
 Step Inflater::decodeSymbol() noexcept {
     Entry entry;
-    Step step = decodeEntry(literals_, entry);
+    Step step = decodeEntry(m_literals, entry);
     if (step != Step::goOn) return step;
     if (isSpecial(entry)) return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
     if (isLiteral(entry)) {
-        if (out_ == end_) return Step::outputFull;
-        *out_++ = static_cast<std::uint8_t>(baseOf(entry)); // the first one, where the entry is a pair
+        if (m_out == m_end) return Step::outputFull;
+        *m_out++ = static_cast<std::uint8_t>(baseOf(entry)); // the first one, where the entry is a pair
         return Step::goOn;
     }
     unsigned extra;
-    if (!reader_.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
+    if (!m_reader.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
     const std::size_t length = baseOf(entry) + extra;
 
-    step = decodeEntry(distances_, entry);
+    step = decodeEntry(m_distances, entry);
     if (step != Step::goOn) return step;
     if (isSpecial(entry)) return Step::damaged;
-    if (!reader_.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
+    if (!m_reader.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
     const std::size_t distance = baseOf(entry) + extra;
     if (distance > written()) return Step::damaged;
 
     const std::size_t bytes = std::min(length, room());
     if (room() >= length + copyOverrun)
-        copyWide(out_, distance, bytes);
+        copyWide(m_out, distance, bytes);
     else
-        copyBytes(out_, distance, bytes);
-    out_ += bytes;
+        copyBytes(m_out, distance, bytes);
+    m_out += bytes;
     return bytes == length ? Step::goOn : Step::outputFull;
 }
 

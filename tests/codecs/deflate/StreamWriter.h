@@ -42,32 +42,32 @@ inline Lengths staircase(std::size_t symbols, std::size_t first, std::size_t ste
 class StreamWriter {
   public:
     StreamWriter& bits(unsigned value, unsigned count) {
-        for (unsigned i = 0; i < count; ++i, ++bitCount_) {
-            if (bitCount_ % 8 == 0) bytes_.push_back(0);
-            bytes_.back() = static_cast<std::uint8_t>(bytes_.back() | (value >> i & 1) << bitCount_ % 8);
+        for (unsigned i = 0; i < count; ++i, ++m_bitCount) {
+            if (m_bitCount % 8 == 0) m_bytes.push_back(0);
+            m_bytes.back() = static_cast<std::uint8_t>(m_bytes.back() | (value >> i & 1) << m_bitCount % 8);
         }
         return *this;
     }
     StreamWriter& stored(std::span<const std::uint8_t> data, bool last = false) {
         bits(last, 1).bits(0, 2).align().bits(static_cast<unsigned>(data.size()), 16);
         bits(~static_cast<unsigned>(data.size()), 16);
-        bytes_.insert(bytes_.end(), data.begin(), data.end());
-        bitCount_ = bytes_.size() * 8;
+        m_bytes.insert(m_bytes.end(), data.begin(), data.end());
+        m_bitCount = m_bytes.size() * 8;
         return *this;
     }
     StreamWriter& align() {
-        bitCount_ = bytes_.size() * 8;
+        m_bitCount = m_bytes.size() * 8;
         return *this;
     }
     StreamWriter& fixed(bool last = false) {
-        literals_ = fixedLiterals();
-        distances_ = Lengths(32, 5);
+        m_literals = fixedLiterals();
+        m_distances = Lengths(32, 5);
         return bits(last, 1).bits(1, 2);
     }
     // The head of a dynamic block, every code length written with four bits. Wrong codes are written as they are.
     StreamWriter& dynamic(const Lengths& literals, const Lengths& distances, bool last = false) {
-        literals_ = literals;
-        distances_ = distances;
+        m_literals = literals;
+        m_distances = distances;
         bits(last, 1).bits(2, 2);
         counts(literals.size(), distances.size(), 19);
         bits(0, 9); // 16, 17 and 18 are not used
@@ -89,8 +89,8 @@ class StreamWriter {
             bits(code >> i, 1);
         return *this;
     }
-    StreamWriter& literal(std::size_t symbol) { return huffman(literals_, symbol); }
-    StreamWriter& distance(std::size_t symbol) { return huffman(distances_, symbol); }
+    StreamWriter& literal(std::size_t symbol) { return huffman(m_literals, symbol); }
+    StreamWriter& distance(std::size_t symbol) { return huffman(m_distances, symbol); }
     StreamWriter& text(std::string_view text) {
         for (char c : text)
             literal(static_cast<std::uint8_t>(c));
@@ -112,12 +112,12 @@ class StreamWriter {
         return this->distance(distanceSymbol).bits(distance - base, extra);
     }
     StreamWriter& end() { return literal(256); }
-    const Bytes& bytes() const { return bytes_; }
+    const Bytes& bytes() const { return m_bytes; }
 
   private:
-    Bytes bytes_;
-    std::size_t bitCount_ = 0;
-    Lengths literals_, distances_;
+    Bytes m_bytes;
+    std::size_t m_bitCount = 0;
+    Lengths m_literals, m_distances;
 };
 
 } // namespace deflate_test
