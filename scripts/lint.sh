@@ -24,7 +24,7 @@ export settings
 tidy() {
     local file=$1 headers mark output
     # Comments and all, because some of them speak to clang-tidy; only the project's own headers.
-    headers=$(clang++ -std=c++20 -MM -Isrc -Iinclude -Itests -Itests/support -mavx2 "$file" 2>/dev/null |
+    headers=$(g++ -std=c++20 -MM -Isrc -Iinclude -Itests -Itests/support -mavx2 "$file" 2>/dev/null |
         tr -d '\\' | tr ' ' '\n' | grep -v -e '^/' -e ':$' | sort -u)
     mark=$marks/$({ echo "$settings $file"; sha256sum "$file" $headers; } | sha256sum | cut -c1-40)
     [ -e "$mark" ] && { touch "$mark"; return 0; }
