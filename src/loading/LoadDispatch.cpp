@@ -1,4 +1,5 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
+#include "codecs/bmp/cBMPparser.h"
 #include "codecs/png/cPNGparser.h"
 #include "diagnostics/guard.h"
 #include "loading/LoadRequest.h"
@@ -33,9 +34,13 @@ void readPNG(LoadRequest& request, cPixSheet& host) {
     }
 }
 
+void readBMP(LoadRequest& request, cPixSheet& host) {
+    cBMPparser::LoadStream(request.bytes(), host);
+}
+
 // In the order in which they are asked; whether one succeeded shows in the host. Formats without a signature come last.
 using Reader = void (*)(LoadRequest& request, cPixSheet& host);
-constexpr Reader readers[] = {readPNG};
+constexpr Reader readers[] = {readPNG, readBMP};
 
 } // namespace
 

@@ -1,0 +1,40 @@
+// What stands before the pixels of a BMP file: headers, masks, palette, and where the pixels are.
+#pragma once
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace pixkit {
+
+// biCompression of the headers from 40 bytes on.
+enum class BmpCompression : std::uint32_t { rgb = 0, rle8 = 1, rle4 = 2, bitFields = 3, alphaBitFields = 6 };
+
+// Which bits of a pixel are a channel; 0 = none.
+struct BmpMasks {
+    std::uint32_t red = 0, green = 0, blue = 0, alpha = 0;
+};
+
+struct BmpInfo {
+    std::int32_t width = 0, height = 0; // above 0; the pixels fit a store
+    bool isTopDown = false;
+    unsigned bitCount = 0; // 1, 2, 4, 8, 16, 24 or 32
+    BmpCompression compression = BmpCompression::rgb;
+    BmpMasks masks; // for 16 and 32 bits
+    // Ready pixels for 256 indexes; those that the file does not give are black. For up to 8 bits.
+    std::array<std::uint8_t, 256 * 4> palette{};
+    std::size_t pixelOffset = 0; // from the file's beginning; never beyond its end
+
+    bool isRunLength() const noexcept {
+        return compression == BmpCompression::rle8 || compression == BmpCompression::rle4;
+    }
+    // Bytes of a row that is not run-length coded, padded to four.
+    std::size_t rowBytes() const noexcept;
+};
+
+// Nothing when the data does not begin with "BM" or describes no picture that can be read. Says nothing of whether the
+// pixels are there.
+std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file);
+
+} // namespace pixkit
