@@ -71,6 +71,12 @@ PixSheetObject* PixSheetObject::ours(_cPixSheet* object) noexcept {
     return sheet;
 }
 
+bool PixSheetObject::liesInImage(const SAFEARRAY* array) const noexcept {
+    const auto first = reinterpret_cast<std::uintptr_t>(m_sheet->BitsPointer());
+    const auto size = static_cast<std::uintptr_t>(m_sheet->scanWidth()) * static_cast<unsigned>(m_sheet->Height());
+    return array != nullptr && first != 0 && reinterpret_cast<std::uintptr_t>(array->pvData) - first < size;
+}
+
 // --- IDispatch and what describes the object
 
 HRESULT PixSheetObject::types() noexcept {

@@ -223,6 +223,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     // The object behind an interface when this very DLL made it; null for every other implementation.
     static PixSheetObject* ours(_cPixSheet* object) noexcept;
     HRESULT types() noexcept;
+    // Whether an array was laid over the pixels by its owner: then it cannot be replaced, nor filled from them.
+    bool liesInImage(const SAFEARRAY* array) const noexcept;
 
     // Callers write True as any number but 0.
     static bool isTrue(VARIANT_BOOL value) noexcept { return value != VARIANT_FALSE; }
@@ -256,11 +258,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         });
     }
     template <class Body>
-    static HRESULT fill(SAFEARRAY** stream, OutputArray::Reuse reuse, VARIANT_BOOL* result, Body&& body) noexcept {
+    HRESULT fill(SAFEARRAY** stream, Reuse reuse, VARIANT_BOOL* result, Body&& body) noexcept {
         if (stream == nullptr) return E_POINTER;
         return give(result, [&] {
             OutputArray array(stream, reuse);
-            if (!array.isUsable()) return false;
+            if (!array.isUsable() || liesInImage(*stream)) return false;
             const bool filled = body(array.bytes());
             return array.store() && filled;
         });

@@ -12,42 +12,26 @@ std::mutex sharedMutex; // apartments load the library concurrently
 // Behind a pointer, so that nothing is released while the process ends, when other DLLs are gone already.
 std::shared_ptr<const TypeInformation>* shared = nullptr;
 
-// Descriptions that a type description hands out must go back to it.
-class FunctionDescription {
+// A description that a type description handed out and that must go back to it.
+template <class Description, auto release>
+class Lent {
   public:
-    FunctionDescription(ITypeInfo* info, UINT index) : m_info(info), m_status(info->GetFuncDesc(index, &m_function)) {}
-    ~FunctionDescription() {
-        if (m_function != nullptr) m_info->ReleaseFuncDesc(m_function);
+    explicit Lent(ITypeInfo* info) : m_info(info) {}
+    ~Lent() {
+        if (m_description != nullptr) (m_info->*release)(m_description);
     }
-    FunctionDescription(const FunctionDescription&) = delete;
-    FunctionDescription& operator=(const FunctionDescription&) = delete;
+    Lent(const Lent&) = delete;
+    Lent& operator=(const Lent&) = delete;
 
-    HRESULT status() const { return m_status; }
-    const FUNCDESC* operator->() const { return m_function; }
+    Description** put() { return &m_description; }
+    const Description* operator->() const { return m_description; }
 
   private:
     ITypeInfo* m_info;
-    FUNCDESC* m_function = nullptr;
-    HRESULT m_status;
+    Description* m_description = nullptr;
 };
-
-class TypeAttributes {
-  public:
-    explicit TypeAttributes(ITypeInfo* info) : m_info(info), m_status(info->GetTypeAttr(&m_attributes)) {}
-    ~TypeAttributes() {
-        if (m_attributes != nullptr) m_info->ReleaseTypeAttr(m_attributes);
-    }
-    TypeAttributes(const TypeAttributes&) = delete;
-    TypeAttributes& operator=(const TypeAttributes&) = delete;
-
-    HRESULT status() const { return m_status; }
-    const TYPEATTR* operator->() const { return m_attributes; }
-
-  private:
-    ITypeInfo* m_info;
-    TYPEATTR* m_attributes = nullptr;
-    HRESULT m_status;
-};
+using FunctionDescription = Lent<FUNCDESC, &ITypeInfo::ReleaseFuncDesc>;
+using TypeAttributes = Lent<TYPEATTR, &ITypeInfo::ReleaseTypeAttr>;
 
 VARTYPE plainType(VARTYPE type) {
     switch (type) {
@@ -67,8 +51,8 @@ HRESULT describeType(ITypeInfo* info, const TYPEDESC& type, Parameter& parameter
 HRESULT describeUserType(ITypeInfo* info, HREFTYPE reference, Parameter& parameter) {
     ComPtr<ITypeInfo> referred;
     if (const HRESULT status = info->GetRefTypeInfo(reference, referred.put()); FAILED(status)) return status;
-    const TypeAttributes attributes(referred.get());
-    if (FAILED(attributes.status())) return attributes.status();
+    TypeAttributes attributes(referred.get());
+    if (const HRESULT status = referred->GetTypeAttr(attributes.put()); FAILED(status)) return status;
     switch (attributes->typekind) {
     case TKIND_ENUM:
         parameter.type = VT_I4;
@@ -169,11 +153,12 @@ HRESULT TypeInformation::read() {
     HRESULT status = m_interface->GetRefTypeOfImplType(otherFace, &reference);
     if (SUCCEEDED(status)) status = m_interface->GetRefTypeInfo(reference, table.put());
     if (FAILED(status)) return status;
-    const TypeAttributes attributes(table.get());
-    if (FAILED(attributes.status())) return attributes.status();
+    TypeAttributes attributes(table.get());
+    status = table->GetTypeAttr(attributes.put());
+    if (FAILED(status)) return status;
     for (UINT i = 0; i < attributes->cFuncs && SUCCEEDED(status); ++i) {
-        const FunctionDescription function(table.get(), i);
-        status = function.status();
+        FunctionDescription function(table.get());
+        status = table->GetFuncDesc(i, function.put());
         if (SUCCEEDED(status)) status = describeMember(table.get(), function, m_members.emplace_back());
     }
     if (FAILED(status)) return status;

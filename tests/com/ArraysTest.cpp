@@ -126,6 +126,28 @@ TEST_F(Arrays, UnfitArraysAreRefusedAndNothingIsLost) {
     EXPECT_EQ(width(), 3);
 }
 
+TEST_F(Arrays, AnArrayLaidOverThePixelsIsNeitherFreedNorCleared) {
+    ASSERT_TRUE(makeImage(3, 2));
+    setPixel(2, 1, 0x0000FF);
+    LONG_PTR bits = 0;
+    sheet->get_BitsPointer(&bits);
+    SAFEARRAY overlay{}; // as callers make them to work on pixels directly
+    overlay.cDims = 1;
+    overlay.cbElements = 1;
+    overlay.pvData = reinterpret_cast<void*>(bits);
+    overlay.rgsabound[0].cElements = 24;
+    SAFEARRAY* array = &overlay;
+    VARIANT_BOOL done = VARIANT_TRUE;
+    EXPECT_EQ(sheet->GetDIBbits(&array, 0, -1, -1, -1, -1, 0, 0, 0, 0, -1, &done), S_OK);
+    EXPECT_EQ(done, VARIANT_FALSE);
+    EXPECT_FALSE(save(&array));
+    EXPECT_EQ(array, &overlay);
+    EXPECT_EQ(pixel(2, 1), 0x0000FF);
+    EXPECT_EQ(sheet->SetDIBbits(&array, -1, -1, -1, -1, 0, 0, 0, 0, &done), S_OK);
+    EXPECT_EQ(done, VARIANT_TRUE);
+    EXPECT_EQ(pixel(2, 1), 0x0000FF);
+}
+
 TEST_F(Arrays, OneElementAndEmptyArraysAreReadNotOverrun) {
     ASSERT_TRUE(makeImage(3, 2));
     for (const ULONG count : {0u, 1u}) {
