@@ -75,6 +75,7 @@ std::string loadFailureReason(const fs::path& file) {
     std::error_code error;
     if (!fs::exists(file, error)) return error ? "cannot be opened: " + error.message() : "no such file";
     if (fs::is_directory(file, error)) return "is a folder, not a picture";
+    if (!fs::is_regular_file(file, error)) return "is not a regular file"; // opening a pipe would wait for its writer
     const std::uintmax_t size = fs::file_size(file, error);
     std::ifstream stream(file, std::ios::binary);
     if (error || !stream) return "cannot be opened for reading";

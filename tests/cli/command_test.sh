@@ -116,6 +116,16 @@ check "its format is named" grep -q 'photo.png: is a JPEG file, which this versi
 check "the other picture is done" test -s "$folder/results/rings-colour-key.bmp"
 check "a wrong option" exits 2 convert $rings "$folder/result.bmp" --lighten much
 
+# Only natively: Windows has no such pipes, and timeout needs a program of its own.
+if [ ${#command[@]} = 1 ] && mkfifo "$folder/pipe.png" 2>/dev/null; then
+    natively=("${command[@]}")
+    command=(timeout 10 "${natively[@]}")
+    check "info of a pipe does not wait for a writer" exits 1 info "$folder/pipe.png"
+    check "the pipe is named" grep -q 'pipe.png: is not a regular file' "$err"
+    check "convert of a pipe does not wait either" exits 1 convert "$folder/pipe.png" "$folder/pipe.bmp"
+    command=("${natively[@]}")
+fi
+
 name="größe & 東京 100%"
 cp $rings "$folder/$name.png"
 check "a name beyond ASCII" exits 0 convert "$folder/$name.png" "$folder/$name.bmp"
