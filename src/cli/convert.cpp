@@ -45,11 +45,11 @@ class Destination {
         if (error) throw Failed(toUtf8(m_path), "cannot be made: " + error.message());
     }
 
-    // Two inputs of one name must not end up in one file.
+    // Two inputs of one name must not end up in one file, nor names that Windows' file systems take for one.
     fs::path claimTarget(const std::string& input) {
         fs::path target = m_isFolder ? m_path / toPath(input).stem() : m_path;
         if (m_isFolder) target += ".bmp";
-        const auto [entry, isNew] = m_claims.emplace(target, input);
+        const auto [entry, isNew] = m_claims.emplace(toLower(toUtf8(target)), input);
         if (!isNew) throw Failed(input, "its result would replace that of " + entry->second + " in " + toUtf8(target));
         return target;
     }
@@ -57,7 +57,7 @@ class Destination {
   private:
     fs::path m_path;
     bool m_isFolder = false;
-    std::map<fs::path, std::string> m_claims;
+    std::map<std::string, std::string> m_claims; // lower-case target to input
 };
 
 void convertOne(const std::string& input, const fs::path& targetPath, const ConvertRequest& request,

@@ -142,13 +142,16 @@ TEST_F(Command, AFailedInputDoesNotStopTheOthers) {
 }
 
 TEST_F(Command, TwoInputsOfOneNameDoNotOverwriteEachOther) {
-    std::filesystem::create_directory(path(u8"other"));
-    writeFile(path(u8"other/alpha.png"), pngOpaque);
-    const Result result = run({"convert", name(u8"alpha.png"), name(u8"other/alpha.png"), name(u8"results")});
-    EXPECT_EQ(result.exitCode, exitSomeFailed);
     cPixSheet first;
     first.LoadPicture_File(name(u8"alpha.png"));
-    EXPECT_EQ(bytes(u8"results/alpha.bmp"), bitmapOf(first, false));
+    std::filesystem::create_directory(path(u8"other"));
+    for (const char8_t* second : {u8"other/alpha.png", u8"other/ALPHA.PNG"}) { // Windows ignores case
+        writeFile(path(second), pngOpaque);
+        const Result result = run({"convert", name(u8"alpha.png"), name(second), name(u8"results"), "--overwrite"});
+        EXPECT_EQ(result.exitCode, exitSomeFailed);
+        EXPECT_NE(result.err.find("would replace that of"), std::string::npos) << result.err;
+        EXPECT_EQ(bytes(u8"results/alpha.bmp"), bitmapOf(first, false));
+    }
 }
 
 TEST_F(Command, AnExistingFileIsOnlyReplacedWhenSomebodyAgrees) {
