@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <ostream>
 #include <set>
 #include <stdexcept>
@@ -176,10 +177,11 @@ GalleryPicture makePicture(const std::string& file, const fs::path& gallery, con
     picture.name = toUtf8(toPath(file).filename());
     picture.width = sheet.Width();
     picture.height = sheet.Height();
-    std::error_code gone;
+    std::error_code gone; // the file may be deleted under our hands
+    const std::uintmax_t bytes = fs::file_size(toPath(file), gone);
     picture.facts = std::to_string(sheet.Width()) + " × " + std::to_string(sheet.Height()) + " pixels · " +
                     imageTypeName(sheet.ImageType()).word + " · alpha: " + alphaName(sheet.Alpha()).word + " · " +
-                    std::to_string(fs::file_size(toPath(file), gone)) + " bytes";
+                    std::to_string(gone ? 0 : bytes) + " bytes";
     picture.original = folder.save(sheet, "00-original");
     picture.original.title = "As loaded";
     std::size_t number = 0;
@@ -207,6 +209,7 @@ fs::path freeFolderName(const std::string& file, std::set<std::string>& taken) {
 } // namespace
 
 int gallery(const GalleryRequest& request, Console& console) {
+    constexpr const char* notEnoughMemory = "not enough memory";
     const fs::path folder = toPath(request.folder);
     const std::string version = cPixSheet().Version();
     std::vector<GalleryPicture> pictures;
@@ -214,15 +217,22 @@ int gallery(const GalleryRequest& request, Console& console) {
     MessageBoxes boxes(console);
     Progress progress(console, request.pictures.size());
     int exitCode = exitOk;
+    const auto reportFailure = [&](const std::string& file, const char* reason) {
+        progress.clear();
+        console.err << "pixkit gallery: " << file << ": " << reason << '\n';
+        exitCode = exitSomeFailed;
+    };
     for (const std::string& file : request.pictures) {
-        boxes.about(file);
-        progress.nextItem(file);
         try {
+            boxes.about(file);
+            progress.nextItem(file);
             pictures.push_back(makePicture(file, folder, freeFolderName(file, folderNames), progress));
-        } catch (const GalleryError& error) {
-            progress.clear();
-            console.err << "pixkit gallery: " << file << ": " << error.what() << '\n';
-            exitCode = exitSomeFailed;
+        } catch (const std::bad_alloc&) {
+            reportFailure(file, notEnoughMemory);
+        } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits
+            reportFailure(file, notEnoughMemory);
+        } catch (const std::exception& error) {
+            reportFailure(file, error.what());
         }
     }
     progress.clear();

@@ -1,6 +1,7 @@
 #include "CommandFixture.h"
 #include "cli/files.h"
 #include "cli/text.h"
+#include "support/AllocationFault.h"
 #include <regex>
 
 namespace pixkit::test {
@@ -91,6 +92,28 @@ TEST_F(Command, TheGalleryLinksOnlyToFilesThatAreThere) {
         ++links;
     }
     EXPECT_GT(links, 100U);
+}
+
+TEST_F(Command, APictureWithoutMemoryDoesNotEndTheGallery) {
+    bool happened = false;
+    for (long after = 0; !happened; ++after) { // until it is the first picture's work that finds no memory
+        std::istringstream in;
+        std::ostringstream out;
+        std::ostringstream err;
+        cli::Console console{in, out, err, false, false};
+        const cli::GalleryRequest request{{name(u8"alpha.png"), name(u8"opaque.png")}, name(u8"gallery")};
+        int exitCode = exitOk;
+        try {
+            const AllocationFault fault(after);
+            exitCode = cli::gallery(request, console);
+            ASSERT_TRUE(fault.hasHappened()) << "no failure of this kind came up";
+        } catch (const std::bad_alloc&) {
+            continue; // before the first picture
+        }
+        happened = err.str().find("alpha.png: not enough memory") != std::string::npos;
+        EXPECT_TRUE(!happened || exitCode == exitSomeFailed);
+    }
+    EXPECT_NE(text(u8"gallery/index.html").find("opaque/00-original.bmp"), std::string::npos);
 }
 
 TEST_F(Command, TheGalleryMasksAreWhatAlphaLeavesOfTheBackground) {
