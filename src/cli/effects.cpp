@@ -47,8 +47,9 @@ EffectStep parseInvert(const std::string&) {
     return {"", "Inverted", "MakeImageInverse()", {}, [](cPixSheet& sheet) { return sheet.MakeImageInverse(); }};
 }
 
+// False when something stands behind the number.
 template <class Number>
-bool parseWholeNumber(std::string_view text, Number& value) {
+bool parseEntirely(std::string_view text, Number& value) {
     const char* const end = text.data() + text.size();
     const auto result = std::from_chars(text.data(), end, value);
     return result.ec == std::errc{} && result.ptr == end;
@@ -57,7 +58,7 @@ bool parseWholeNumber(std::string_view text, Number& value) {
 EffectStep lightness(const std::string& argument, float sign, const char* direction) {
     float percent = 0;
     // The negated test refuses a NaN as well. Zero would be refused by the member.
-    if (!parseWholeNumber(argument, percent) || !(percent > 0 && percent <= 100)) {
+    if (!parseEntirely(argument, percent) || !(percent > 0 && percent <= 100)) {
         throw UsageError("'" + argument + "' is not a percentage above 0 and up to 100");
     }
     return {"",
@@ -99,7 +100,7 @@ EffectStep parseBlend(const std::string& argument) {
     std::int32_t opacity = 33;
     if (colon != std::string::npos) {
         const std::string percent = argument.substr(colon + 1);
-        if (!parseWholeNumber(percent, opacity) || opacity < 1 || opacity > 100) {
+        if (!parseEntirely(percent, opacity) || opacity < 1 || opacity > 100) {
             throw UsageError("'" + percent + "' is not a whole percentage from 1 to 100");
         }
     }
