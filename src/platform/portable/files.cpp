@@ -127,7 +127,9 @@ bool SetFileAttributesW(const std::string& name, std::uint32_t attributes) noexc
     constexpr mode_t everyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     const mode_t mode = existing.st_mode & 07777U;
     const bool readonly = (attributes & fileAttributeReadonly) != 0;
-    return chmod(name.c_str(), readonly ? mode & ~everyWrite : mode | S_IWUSR) == 0;
+    const mode_t wanted = readonly ? mode & ~everyWrite : mode | S_IWUSR;
+    // A mode that is right already is not set: only the file's owner may.
+    return wanted == mode || chmod(name.c_str(), wanted) == 0;
 }
 
 bool DeleteFileW(const std::string& name) noexcept {
