@@ -1,5 +1,5 @@
-// Failures on purpose, for tests: every call of the seam that can fail asks here first, on both sides. With nothing
-// armed the question costs one relaxed load.
+// Failures on purpose, for tests: every call of the seam whose failure somebody above handles asks here first, on both
+// sides. With nothing armed the question costs one relaxed load.
 #pragma once
 #include <cstdint>
 
@@ -10,11 +10,13 @@ enum class SeamCall : std::uint8_t {
     createCompatibleDC,
     selectObject,
     createDIBSection,
+    getDIBits,
     createFile,
     readFile,
     writeFile, // the failing write reports success with half the bytes done: a full disk
     setFilePointer,
     getFileSize,
+    getFileAttributes,
     setFileAttributes,
     deleteFile,
     loadLibrary,

@@ -194,8 +194,11 @@ TEST_F(PlatformFiles, FaultsReachEachCall) {
         EXPECT_LT(GetFileSize(file.get()), 0);
         disarmFaults();
     }
+    armFault(SeamCall::getFileAttributes);
     armFault(SeamCall::setFileAttributes);
     armFault(SeamCall::deleteFile);
+    EXPECT_EQ(GetFileAttributesW(path), invalidFileAttributes);
+    EXPECT_EQ(GetFileAttributesA(path), invalidFileAttributes);
     EXPECT_FALSE(SetFileAttributesW(path, fileAttributeNormal));
     EXPECT_FALSE(DeleteFileW(path));
     disarmFaults();

@@ -260,6 +260,12 @@ TEST(Gdi, FaultsReachEachCallAndEndWithTheirScope) {
         EXPECT_EQ(SelectObject(dc.get(), bitmap.get()), 0);
     }
     {
+        const ScopedFault fault(SeamCall::getDIBits);
+        std::array<std::uint8_t, 16> pixels{};
+        BitmapInfoHeader header = headerOf(2, 2, 32);
+        EXPECT_EQ(GetDIBits(dc.get(), bitmap.get(), 0, 2, pixels.data(), header), 0);
+    }
+    {
         const ScopedFault fault(SeamCall::createDIBSection, 1, 1);
         EXPECT_TRUE(makeBitmap(2, 2, 32)) << "the first one still succeeds";
         EXPECT_FALSE(makeBitmap(2, 2, 32));

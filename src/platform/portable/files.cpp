@@ -114,7 +114,7 @@ std::int64_t GetFileSize(Handle file) noexcept {
 
 std::uint32_t GetFileAttributesW(const std::string& name) noexcept {
     struct stat result {};
-    if (!status(name, result)) return invalidFileAttributes;
+    if (!status(name, result) || faultDue(SeamCall::getFileAttributes)) return invalidFileAttributes;
     std::uint32_t attributes = S_ISDIR(result.st_mode) ? fileAttributeDirectory : 0;
     if ((result.st_mode & S_IWUSR) == 0) attributes |= fileAttributeReadonly;
     return attributes != 0 ? attributes : fileAttributeNormal;

@@ -218,6 +218,7 @@ int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines
               BitmapInfoHeader& header) noexcept {
     const ObjectRef object = find(bitmap, ObjectType::bitmap);
     if (!object || !isDeviceContext(dc) || bits == nullptr || !isSupported(header)) return 0;
+    if (faultDue(SeamCall::getDIBits)) return 0;
     const Bitmap& source = *object->bitmap;
     {
         const std::scoped_lock lock(gdi().selection);

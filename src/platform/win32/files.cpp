@@ -104,11 +104,13 @@ std::int64_t GetFileSize(Handle file) noexcept {
 }
 
 std::uint32_t GetFileAttributesW(const std::string& name) noexcept {
+    if (faultDue(SeamCall::getFileAttributes)) return invalidFileAttributes;
     return withWideName(name, invalidFileAttributes,
                         [](const wchar_t* wide) -> std::uint32_t { return ::GetFileAttributesW(wide); });
 }
 
 std::uint32_t GetFileAttributesA(const std::string& name) noexcept {
+    if (faultDue(SeamCall::getFileAttributes)) return invalidFileAttributes;
     return withNarrowName(name, invalidFileAttributes,
                           [](const char* narrow) -> std::uint32_t { return ::GetFileAttributesA(narrow); });
 }

@@ -78,7 +78,7 @@ Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits) 
 int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits,
               BitmapInfoHeader& header) noexcept {
     // Without a buffer the system would answer with a description of the bitmap, and for a success.
-    if (bits == nullptr || !isSupported(header)) return 0;
+    if (bits == nullptr || !isSupported(header) || faultDue(SeamCall::getDIBits)) return 0;
     // Not every system answers 0 for a start behind the last row.
     if (start >= static_cast<std::uint64_t>(std::abs(std::int64_t{header.biHeight}))) return 0;
     // The system may write colour masks behind the header.
