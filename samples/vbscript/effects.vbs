@@ -3,7 +3,7 @@
 '   cscript effects.vbs PICTURE RESULT.bmp
 Option Explicit
 
-Dim sheet, copy, arguments
+Dim sheet, copy, again, arguments
 Set arguments = WScript.Arguments
 If arguments.Count <> 2 Then
     WScript.Echo "cscript effects.vbs PICTURE RESULT.bmp"
@@ -29,6 +29,12 @@ If Not copy.MirrorImage(True, False) Then Fail "MirrorImage"
 
 ' A transparent picture is flattened onto white; an existing file is replaced without a question.
 If Not copy.SaveToFile_Bitmap(arguments(1), False, RGB(255, 255, 255), False) Then Fail "cannot save " & arguments(1)
+
+' What was saved reads back.
+Set again = CreateObject("pixkit.cPixSheet")
+If Not again.LoadPicture_File(arguments(1)) Then Fail "cannot read " & arguments(1)
+If again.Width <> copy.Width Or again.Height <> copy.Height Then Fail "another size"
+If copy.Alpha = 0 And again.GetPixel(5, 5) <> copy.GetPixel(5, 5) Then Fail "another picture"
 WScript.Echo "saved " & arguments(1) & " from " & copy.Tag
 
 Sub Fail(what)
