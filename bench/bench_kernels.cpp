@@ -1,53 +1,24 @@
-// Every row kernel at every level on a picture of 1920 x 1080, row by row, against memcpy of its 8.3 MB.
-// Each round times the kernel and memcpy in turn; the counter `of_memcpy` is the ratio of their medians.
+// Every row kernel at every level on a picture of 1920 x 1080, row by row, against memcpy.
+#include "against_memcpy.h"
 #include "kernels/kernels.h"
-
-#include <benchmark/benchmark.h>
-
-#include <algorithm>
-#include <chrono>
-#include <cstring>
-#include <string>
-#include <vector>
+#include <iterator>
 
 namespace {
 
 using pixkit::kernels::CpuLevel;
 using pixkit::kernels::Table;
 
-constexpr std::size_t width = 1920;
-constexpr std::size_t height = 1080;
-constexpr std::size_t pixelBytes = 4 * width * height;
-
-// Drawing-like premultiplied pixels: runs of clear and opaque ones with soft edges between them.
-std::vector<std::uint8_t> drawnPixels() {
-    std::vector<std::uint8_t> pixels(pixelBytes);
-    std::uint32_t state = 1;
-    const auto below = [&](std::uint32_t limit) {
-        state = state * 1664525 + 1013904223;
-        return (state >> 8) % limit;
-    };
-    for (std::size_t i = 0; i < pixelBytes;) {
-        const std::uint32_t kind = below(5);
-        const std::uint32_t run = kind < 4 ? 20 + below(100) : 1 + below(10);
-        for (std::uint32_t k = 0; k < run && i < pixelBytes; ++k, i += 4) {
-            const std::uint32_t alpha = kind == 0 ? 0 : kind < 4 ? 255 : 1 + below(254);
-            for (std::size_t channel = 0; channel < 3; ++channel)
-                pixels[i + channel] = static_cast<std::uint8_t>(below(alpha + 1));
-            pixels[i + 3] = static_cast<std::uint8_t>(alpha);
-        }
-    }
-    return pixels;
-}
+using bench::height;
+using bench::pixelBytes;
+using bench::width;
 
 // What a kernel may use: `pixels` is the picture it works on, `other` a second one with up to 8 bytes a pixel.
 struct Pictures {
-    std::vector<std::uint8_t> pixels = drawnPixels();
+    std::vector<std::uint8_t> pixels;
     std::vector<std::uint8_t> other = std::vector<std::uint8_t>(2 * pixelBytes, 77);
-    std::vector<std::uint8_t> copy = std::vector<std::uint8_t>(pixelBytes);
     std::vector<std::int16_t> adjust = std::vector<std::int16_t>(256, 20);
 
-    Pictures() {
+    explicit Pictures(bool drawingLike) : pixels(bench::premultipliedPixels(drawingLike)) {
         for (std::size_t i = 0; i < other.size(); ++i)
             other[i] = static_cast<std::uint8_t>(i * 2654435761U >> 13);
     }
@@ -60,6 +31,7 @@ struct Pictures {
 struct Kernel {
     const char* name;
     void (*run)(const Table& table, Pictures& pictures, std::size_t y);
+    bool drawingLike = true;
 };
 
 template <auto entry, std::size_t srcBytes>
@@ -82,6 +54,14 @@ void sub(const Table& table, Pictures& p, std::size_t y) {
     table.unfilterSub(p.otherRow(y, step), step * width, step);
 }
 
+void premultiply(const Table& table, Pictures& p, std::size_t y) {
+    table.premultiply(p.row(y), width);
+}
+
+void unpremultiply(const Table& table, Pictures& p, std::size_t y) {
+    table.unpremultiply(p.row(y), p.row(y), width);
+}
+
 constexpr std::uint8_t someColour[4] = {10, 200, 90, 255};
 
 const Kernel kernels[] = {
@@ -92,8 +72,10 @@ const Kernel kernels[] = {
          benchmark::DoNotOptimize(scan);
      }},
     {"setOpaque", [](const Table& t, Pictures& p, std::size_t y) { t.setOpaque(p.otherRow(y), width); }},
-    {"premultiply", [](const Table& t, Pictures& p, std::size_t y) { t.premultiply(p.row(y), width); }},
-    {"unpremultiply", [](const Table& t, Pictures& p, std::size_t y) { t.unpremultiply(p.row(y), p.row(y), width); }},
+    {"premultiply", premultiply},
+    {"premultiplySoft", premultiply, false},
+    {"unpremultiply", unpremultiply},
+    {"unpremultiplySoft", unpremultiply, false},
     {"invert", [](const Table& t, Pictures& p, std::size_t y) { t.invert(p.row(y), width); }},
     {"grayscale",
      [](const Table& t, Pictures& p, std::size_t y) {
@@ -147,51 +129,12 @@ const Kernel kernels[] = {
      [](const Table& t, Pictures& p, std::size_t y) { t.unpackSamples(p.row(y), p.otherRow(y, 1), width, 4); }},
 };
 
-double median(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
-
-template <class Work>
-double secondsOf(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    benchmark::ClobberMemory();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-void setRate(benchmark::State& state) {
-    state.counters["Mpixel/s"] =
-        benchmark::Counter(static_cast<double>(width * height) * static_cast<double>(state.iterations()) / 1e6,
-                           benchmark::Counter::kIsRate);
-}
-
-void copyPicture(Pictures& pictures) {
-    std::memcpy(pictures.copy.data(), pictures.pixels.data(), pixelBytes);
-}
-
 void measure(benchmark::State& state, const Kernel& kernel, const Table& table) {
-    Pictures pictures;
-    std::vector<double> own;
-    std::vector<double> copying;
-    for (auto _ : state) {
-        copying.push_back(secondsOf([&] { copyPicture(pictures); }));
-        own.push_back(secondsOf([&] {
-            for (std::size_t y = 0; y < height; ++y)
-                kernel.run(table, pictures, y);
-        }));
-        state.SetIterationTime(own.back());
-    }
-    state.counters["of_memcpy"] = median(copying) / median(own);
-    setRate(state);
-}
-
-void measureCopy(benchmark::State& state) {
-    Pictures pictures;
-    for (auto _ : state)
-        state.SetIterationTime(secondsOf([&] { copyPicture(pictures); }));
-    setRate(state);
+    Pictures pictures(kernel.drawingLike);
+    bench::measureAgainstMemcpy(state, pictures.pixels.data(), [&] {
+        for (std::size_t y = 0; y < height; ++y)
+            kernel.run(table, pictures, y);
+    });
 }
 
 } // namespace
@@ -205,15 +148,10 @@ int main(int argc, char** argv) {
         for (std::size_t i = 0; i < std::size(levels); ++i) {
             const Table* const table = pixkit::kernels::tableFor(levels[i]);
             if (table == nullptr) continue;
-            benchmark::RegisterBenchmark((subject + (best ? "pixkit-" : "") + names[i]).c_str(),
-                                         [&kernel, table](benchmark::State& state) { measure(state, kernel, *table); })
-                ->UseManualTime()
-                ->Unit(benchmark::kMillisecond);
+            bench::addTimed(subject + (best ? "pixkit-" : "") + names[i],
+                            [&kernel, table](benchmark::State& state) { measure(state, kernel, *table); });
             best = false;
         }
-        benchmark::RegisterBenchmark((subject + "memcpy").c_str(), measureCopy)
-            ->UseManualTime()
-            ->Unit(benchmark::kMillisecond);
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

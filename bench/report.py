@@ -2,7 +2,9 @@
 """Prints one table per subject from Google Benchmark JSON files.
 
 Benchmarks are named SUBJECT/CASE/WHO. Rows are cases; each who has the median of its rate (Mpixel/s, or MB/s where bytes
-are counted), and the first column's rate divided by each other one's: above 1 means that the component is faster.
+are counted), and the first column's rate divided by each other one's: above 1 means that the component is faster. Where
+memcpy of the same bytes was timed in the same runs (the counter "memcpy Mpixel/s"), it has a column of its own, and each
+other rate stands as a share of it.
 """
 import collections
 import json
@@ -28,27 +30,38 @@ def rates_by_case(paths):
                     subjects[subject][case].setdefault(who, []).append(run[key] * scale)
                     units[subject] = unit
                     break
+            if "memcpy Mpixel/s" in run:
+                subjects[subject][case].setdefault("memcpy", []).append(run["memcpy Mpixel/s"])
     return subjects, units
+
+
+def print_table(subject, unit, cases):
+    whos = sorted({who for case in cases.values() for who in case}, key=lambda who: (not who.startswith("pixkit"), who))
+    first = max((who for who in whos if who.startswith("pixkit")), key=len, default=whos[0])
+    whos.remove(first)
+    whos.insert(0, first)
+    against_memcpy = "memcpy" in whos
+    in_brackets = "the share of memcpy's" if against_memcpy else f"{first} divided by it"
+    print(f"\n{subject}: median {unit}; in brackets {in_brackets}")
+    print(f"{'':20}" + "".join(f"{who:>26}" for who in whos))
+    for case, by_who in cases.items():
+        rates = {who: statistics.median(by_who[who]) for who in whos if who in by_who}
+        line = f"{case:20}"
+        for who in whos:
+            ratio = None
+            if who in rates and against_memcpy and who != "memcpy":
+                ratio = rates[who] / rates["memcpy"]
+            elif who in rates and not against_memcpy and who != first and first in rates:
+                ratio = rates[first] / rates[who]
+            rate = f"{rates[who]:.1f}" if who in rates else "-"
+            line += f"{rate:>16}" + (f" ({ratio:6.2f}) " if ratio else " " * 10)
+        print(line.rstrip())
 
 
 def main():
     subjects, units = rates_by_case(sys.argv[1:])
     for subject, cases in subjects.items():
-        whos = sorted({who for case in cases.values() for who in case}, key=lambda who: (not who.startswith("pixkit"), who))
-        first = max((who for who in whos if who.startswith("pixkit")), key=len, default=whos[0])
-        whos.remove(first)
-        print(f"\n{subject}: median {units[subject]}; in brackets {first} divided by it")
-        print(f"{'':20}{first:>22}" + "".join(f"{who:>26}" for who in whos))
-        for case, by_who in cases.items():
-            base = statistics.median(by_who[first]) if first in by_who else None
-            line = f"{case:20}" + (f"{base:22.1f}" if base else f"{'-':>22}")
-            for who in whos:
-                if who not in by_who:
-                    line += f"{'-':>26}"
-                    continue
-                rate = statistics.median(by_who[who])
-                line += f"{rate:16.1f}" + (f" ({base / rate:6.2f})" if base else " " * 9)
-            print(line)
+        print_table(subject, units[subject], cases)
 
 
 if __name__ == "__main__":

@@ -22,7 +22,9 @@ for program in build/bench/bench/bench_*; do
     "$program" --benchmark_filter="$filter" --benchmark_repetitions="$repetitions" --benchmark_min_time=0.05 \
         --benchmark_enable_random_interleaving=true --benchmark_out="out/bench/$name.json" \
         --benchmark_out_format=json >/dev/null 2>"out/bench/$name.log" || { tail -n 5 "out/bench/$name.log"; exit 1; }
-    results+=("out/bench/$name.json")
+    # A program without any benchmark that matches the filter leaves an empty file.
+    if [ -s "out/bench/$name.json" ]; then results+=("out/bench/$name.json"); fi
 done
+[ ${#results[@]} -gt 0 ] || { echo "no benchmark's name matches '$filter'"; exit 1; }
 python3 bench/report.py "${results[@]}"
 echo "raw figures: out/bench/*.json"
