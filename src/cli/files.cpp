@@ -24,7 +24,7 @@ constexpr std::array<Signature, 18> signatures = {{
     {{"a JPEG file", false}, "\xFF\xD8\xFF"sv},
     {{"a GIF file", false}, "GIF87a"sv},
     {{"a GIF file", false}, "GIF89a"sv},
-    {{"a BMP file", false}, "BM"sv},
+    {{"a BMP file", true}, "BM"sv},
     {{"an icon file", false}, "\0\0\1\0"sv},
     {{"a cursor file", false}, "\0\0\2\0"sv},
     {{"a TGA file", false}, "TRUEVISION-XFILE.\0"sv, 18, true},
@@ -86,7 +86,8 @@ std::string loadFailureReason(const fs::path& file) {
     const auto tail = readPart(stream, size > sniffedBytes ? size - sniffedBytes : 0);
     if (const FileKind* kind = sniff(head, tail)) {
         const std::string is = std::string("is ") + kind->description;
-        return kind->hasReader ? is + " that is damaged, or too large" : is + ", which this version cannot read";
+        return kind->hasReader ? is + " that is damaged, too large, or of a rare kind"
+                               : is + ", which this version cannot read";
     }
     // Older files of this format carry no mark at all.
     if (extensionOf(file) == ".tga") return "is a TGA file by its name, which this version cannot read";

@@ -91,6 +91,10 @@ check "another order makes another picture" same "$(bytes "$folder/d.bmp" 54 3)"
 check "keep-alpha" exits 0 convert $rings "$folder/e.bmp" --keep-alpha
 check "keep-alpha saves 32 bits" same "$(bytes "$folder/e.bmp" 28 2)" 2000
 check "keep-alpha saves alpha" same "$(bytes "$folder/e.bmp" 54 4)" 00000000
+check "a saved file is read" exits 0 convert "$folder/e.bmp" "$folder/f.bmp" --keep-alpha
+check "and is the same when saved again" cmp "$folder/e.bmp" "$folder/f.bmp"
+check "info of a saved file" exits 0 info "$folder/e.bmp"
+check "info knows premultiplied alpha" grep -q 'premult. BMP (7)' "$out"
 
 check "an existing file stays when nobody can be asked" exits 1 convert $rings "$folder/a.bmp" --invert
 check "it is said why" grep -q 'exists already' "$err"
