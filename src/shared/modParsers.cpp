@@ -157,6 +157,12 @@ platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bo
     return useWideFunctions(useUnicode) ? platform::CreateFileW(FileName, use) : platform::CreateFileA(FileName, use);
 }
 
+bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t> bytes) noexcept {
+    std::uint32_t done = 0;
+    const auto count = static_cast<std::uint32_t>(bytes.size());
+    return platform::WriteFile(FileHandle, bytes.data(), count, done) && done == count;
+}
+
 bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept {
     const auto attributes =
         useWideFunctions(useUnicode) ? platform::GetFileAttributesW(FileName) : platform::GetFileAttributesA(FileName);

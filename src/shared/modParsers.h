@@ -69,6 +69,8 @@ std::int32_t iparseFindColor(std::span<const std::int32_t> PaletteItems, std::in
 // Opens an existing file for reading, or creates one for writing when `bOpen` is false; -1 on failure. Here and below
 // the wide functions are used when `useUnicode` is true, else the desktop window decides between wide and narrow ones.
 platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bool useUnicode) noexcept;
+// Writes all the bytes, in one piece; false when fewer arrived.
+bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t> bytes) noexcept;
 // Whether the name has attributes: a directory counts as existing.
 bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept;
 // Sets the attributes to normal, so that read-only files go too, and deletes the file; true when both steps succeed.

@@ -1,5 +1,4 @@
 #include "codecs/bmp/cBMPparser.h"
-#include "platform/files.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
@@ -33,17 +32,11 @@ BmpHeader makeHeader(const cPixSheet& host, std::uint16_t bitCount, std::uint32_
     return header;
 }
 
-bool writeWhole(platform::Handle file, std::span<const std::uint8_t> bytes) {
-    std::uint32_t done = 0;
-    const auto count = static_cast<std::uint32_t>(bytes.size());
-    return platform::WriteFile(file, bytes.data(), count, done) && done == count;
-}
-
 bool writeFile(const cPixSheet& host, const std::string& FileName, const BmpHeader& header,
                std::span<const std::uint8_t> pixels) {
     const bool useUnicode = (HostAccess::osCAP(host) & capNtFamily) != 0;
     const platform::UniqueFile file(iparseGetFileHandle(FileName, false, useUnicode));
-    return file && writeWhole(file.get(), header) && writeWhole(file.get(), pixels);
+    return file && iparseWriteWhole(file.get(), header) && iparseWriteWhole(file.get(), pixels);
 }
 
 } // namespace
