@@ -1,6 +1,7 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
 #include "codecs/bmp/cBMPparser.h"
 #include "codecs/png/cPNGparser.h"
+#include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
 #include "loading/LoadRequest.h"
 #include "platform/files.h"
@@ -38,9 +39,13 @@ void readBMP(LoadRequest& request, cPixSheet& host) {
     cBMPparser::LoadStream(request.bytes(), host);
 }
 
+void readTGA(LoadRequest& request, cPixSheet& host) {
+    cTGAparser().LoadStream(request.bytes(), host, request.offset());
+}
+
 // In the order in which they are asked; whether one succeeded shows in the host. Formats without a signature come last.
 using Reader = void (*)(LoadRequest& request, cPixSheet& host);
-constexpr Reader readers[] = {readPNG, readBMP};
+constexpr Reader readers[] = {readPNG, readBMP, readTGA};
 
 } // namespace
 

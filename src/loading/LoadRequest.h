@@ -25,13 +25,15 @@ class LoadRequest {
     LoadRequest& operator=(const LoadRequest&) = delete;
     // `length` bytes of an array, which outlives the request, from element `offset` (counted from 0).
     LoadRequest(const ByteArray& stream, std::size_t offset, std::size_t length, const IconRequest& icon) noexcept
-        : m_icon(icon), m_whole(stream.bytes()), m_slice(m_whole.subspan(offset, length)) {}
+        : m_icon(icon), m_offset(offset), m_whole(stream.bytes()), m_slice(m_whole.subspan(offset, length)) {}
 
     // invalidHandle when the source is an array.
     platform::Handle file() const noexcept { return m_file; }
     const IconRequest& icon() const noexcept { return m_icon; }
     // The bytes that readers look at. Throws std::runtime_error when the file cannot be read.
     std::span<const std::uint8_t> bytes();
+    // Where in the array they begin, counted from 0; 0 in a file.
+    std::size_t offset() const noexcept { return m_offset; }
     // The bytes that SaveFormat keeps: the file's, or the whole array, also what lies outside the slice. Afterwards the
     // request has no bytes any more.
     std::vector<std::uint8_t> takeSource();
@@ -41,6 +43,7 @@ class LoadRequest {
 
     platform::Handle m_file = platform::invalidHandle;
     IconRequest m_icon;
+    std::size_t m_offset = 0;
     std::vector<std::uint8_t> m_fileBytes;
     std::span<const std::uint8_t> m_whole;
     std::span<const std::uint8_t> m_slice;

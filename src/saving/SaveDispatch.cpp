@@ -1,5 +1,6 @@
 // Every save to a file first settles whether the target may be written, then runs the writer that serves streams too.
 #include "codecs/bmp/cBMPparser.h"
+#include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
 #include "platform/interaction.h"
 #include "shared/modParsers.h"
@@ -33,6 +34,21 @@ bool cPixSheet::SaveToStream_Bitmap(ByteArray& outStream, bool KeepPreMultiplied
                                     std::int32_t TransparentFillColor) const noexcept {
     return guarded("SaveToStream_Bitmap", false, [&] {
         return cBMPparser::SaveAsBMP(*this, "", outStream, KeepPreMultipliedPixels, TransparentFillColor);
+    });
+}
+
+bool cPixSheet::SaveToFile_TGA(const std::string& FileName, bool Compress, bool ReduceBitDepth,
+                               bool AllowPreMultipliedPixels, bool PromptOverWrite) const noexcept {
+    return guarded("SaveToFile_TGA", false, [&] {
+        return spt_DeleteFile(FileName, PromptOverWrite) &&
+               cTGAparser::SaveAsTGA(FileName, AllowPreMultipliedPixels, Compress, ReduceBitDepth, *this);
+    });
+}
+
+bool cPixSheet::SaveToStream_TGA(ByteArray& outStream, bool Compress, bool ReduceBitDepth,
+                                 bool AllowPreMultipliedPixels) const noexcept {
+    return guarded("SaveToStream_TGA", false, [&] {
+        return cTGAparser::SaveToStream(outStream, AllowPreMultipliedPixels, Compress, ReduceBitDepth, *this);
     });
 }
 

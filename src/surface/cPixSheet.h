@@ -155,6 +155,16 @@ class cPixSheet {
     // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
     bool SaveToStream_Bitmap(ByteArray& outStream, bool KeepPreMultipliedPixels = false,
                              std::int32_t TransparentFillColor = 0) const noexcept;
+    // Saves as a TGA file (version 2.0): 32 bits a pixel when Alpha says that there is some, else 24. Compress
+    // run-length codes the pixels, where that makes them shorter. ReduceBitDepth writes an opaque image of at most 256
+    // colours with a palette and 8 bits a pixel. Colours of an image with alpha are saved straight, by GetPixel's rule,
+    // or, with AllowPreMultipliedPixels, as stored, which the file then says. Overwriting and failure as for
+    // SaveToFile_Bitmap; false also for more than 65,535 columns or rows.
+    bool SaveToFile_TGA(const std::string& FileName, bool Compress = false, bool ReduceBitDepth = false,
+                        bool AllowPreMultipliedPixels = false, bool PromptOverWrite = true) const noexcept;
+    // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
+    bool SaveToStream_TGA(ByteArray& outStream, bool Compress = false, bool ReduceBitDepth = false,
+                          bool AllowPreMultipliedPixels = false) const noexcept;
 
     // --- effects, in place (render/Effects.cpp); false, and nothing done, without an image
 

@@ -1,0 +1,76 @@
+// Reads TGA data into the pixels of a cPixSheet, and writes a cPixSheet as TGA (the Truevision TGA File Format
+// Specification, version 2.0). README.md in this folder teaches the format and lists where this reader goes its own
+// way.
+#pragma once
+#include "shared/ByteArray.h"
+#include "shared/PixelView.h"
+#include "surface/cPixSheet.h"
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+
+namespace pixkit {
+
+class cTGAparser {
+  public:
+    // Reads `inStream`, which the caller took from index `streamOffset` of its array. True when the host then holds the
+    // image. Data that is no TGA, or too short for its picture, leaves the host without one.
+    bool LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset);
+
+    // Writes the host as a TGA file with footer, bottom row first. The Alpha property decides between 24 bits a pixel
+    // and 32, whatever the pixels say. useBitReduction writes an opaque image of at most 256 colours with a palette;
+    // useCompression run-length codes, where that is shorter; with allowPreMultipliedAlpha the pixels of an image with
+    // alpha are written as stored, and an extension area says so, else as straight colours. False without an image,
+    // for one of more than 65,535 columns or rows, which the header cannot say, or when the file cannot be written
+    // whole.
+    static bool SaveAsTGA(const std::string& FileName, bool allowPreMultipliedAlpha, bool useCompression,
+                          bool useBitReduction, const cPixSheet& cHost);
+    // The bytes of that file, one dimension from 0. On failure outStream keeps what it held.
+    static bool SaveToStream(ByteArray& outStream, bool allowPreMultipliedAlpha, bool useCompression,
+                             bool useBitReduction, const cPixSheet& cHost);
+
+  private:
+    struct Header {
+        std::uint8_t idLength, colorMapType, imageType;
+        std::uint16_t firstEntry, mapLength;
+        std::uint8_t entrySize; // bits
+        std::uint16_t width, height;
+        std::uint8_t depth; // bits
+        std::uint8_t descriptor;
+
+        bool isColorMapped() const noexcept { return (imageType & 247) == 1; }
+        bool isRunLength() const noexcept { return (imageType & 8) != 0; }
+        bool isTopDown() const noexcept { return (descriptor & 32) != 0; }
+        bool isRightToLeft() const noexcept { return (descriptor & 64) != 0; }
+    };
+    // What a source pixel, or an entry of a colour map, looks like.
+    struct PixelLayout {
+        std::size_t bytes;
+        bool hasAlpha;
+        const std::uint8_t* lookup; // 256 ready pixels, for one byte a pixel
+    };
+    using Lookup = std::array<std::uint8_t, 256 * 4>;
+
+    bool isTGA() noexcept;
+    bool AllowAlphaChannel() const noexcept;
+    bool ProcessTrueColor(cPixSheet& cHost);
+    bool ProcessColorMap(cPixSheet& cHost);
+
+    // TgaPixels.cpp
+    static const std::array<std::uint8_t, 32> pal32LUT; // five bits of colour to eight
+    static const Lookup grayLookup;
+    static void convertPixels(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const PixelLayout& layout);
+    bool buildSurface(cPixSheet& cHost, const PixelLayout& layout) const;
+    std::uint8_t* destinationRow(PixelView image, std::size_t fileRow) const noexcept;
+    void placeRawRows(PixelView image, const PixelLayout& layout) const;
+    bool uncompress(PixelView image, const PixelLayout& layout) const;
+
+    std::span<const std::uint8_t> m_stream; // the TGA's own bytes
+    std::size_t m_streamOffset = 0;         // where they begin in the caller's array
+    Header m_header{};
+    std::size_t m_mapBytes = 0;
+    std::span<const std::uint8_t> m_pixelData; // all that follows the colour map
+};
+
+} // namespace pixkit
