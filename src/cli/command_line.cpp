@@ -48,18 +48,23 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
     const char* const saving = "Saving";
     sub->add_option_function<std::string>(
            "--background", [&](const std::string& text) { request.background = parseColour(text); },
-           "What transparent pixels are flattened onto; #000000\nunless said otherwise")
+           "BMP: what transparent pixels are flattened onto;\n#000000 unless said otherwise")
         ->type_name("COLOUR")
         ->group(saving);
-    sub->add_flag("--keep-alpha", request.keepAlpha, "Save alpha: 32 bits a pixel, colour premultiplied")
+    sub->add_flag("--keep-alpha", request.keepAlpha,
+                  "BMP: save alpha, 32 bits a pixel, colour premultiplied.\nTGA does it anyway, straight")
+        ->group(saving);
+    sub->add_flag("--tga-rle", request.tgaRle, "TGA: run-length coding, where it is shorter")->group(saving);
+    sub->add_flag("--tga-palette", request.tgaPalette, "TGA: a palette, for opaque results of at most 256\ncolours")
         ->group(saving);
     sub->add_flag("--overwrite", request.overwrite, "Replace existing files without a question")->group(saving);
     sub->footer("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
-                "says\nthe format; this version writes .bmp. Results in a folder are named like their pictures. "
+                "says\nthe format: .bmp or .tga. Results in a folder are .bmp, named like their pictures. "
                 "An existing file\nis replaced after a question at a terminal, and kept elsewhere.\n\n"
                 "Examples:\n"
                 "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
                 "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
+                "  pixkit convert logo.png logo.tga --tga-rle\n"
                 "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
 }
 
@@ -85,7 +90,8 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
     app.get_formatter()->column_width(34);
     app.require_subcommand(1);
     app.set_version_flag("--version", "pixkit " + cPixSheet().Version(), "Show the version");
-    app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG and BMP, and writes BMP.\n"
+    app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG, BMP and\nTGA, and writes BMP "
+               "and TGA.\n"
                "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
     addInfo(app, infoRequest);
     addConvert(app, convertRequest);

@@ -3,6 +3,7 @@
 #include "cli/Console.h"
 #include "cli/effects.h"
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,8 +22,10 @@ int info(const InfoRequest& request, Console& console);
 struct ConvertRequest {
     std::vector<std::string> paths; // the inputs and, last, the file or folder for the results
     std::vector<EffectStep> steps;
-    std::int32_t background = 0; // what transparent pixels are flattened onto
-    bool keepAlpha = false;
+    std::optional<std::int32_t> background; // BMP: what transparent pixels are flattened onto; nothing = black
+    bool keepAlpha = false;                 // BMP; TGA always keeps it
+    bool tgaRle = false;
+    bool tgaPalette = false;
     bool overwrite = false;
 };
 // Throws UsageError when the paths make no sense together.

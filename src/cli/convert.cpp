@@ -39,6 +39,8 @@ class Destination {
         }
     }
 
+    bool isTga() const { return !m_isFolder && cli::isTga(m_path); }
+
     void prepare() const {
         std::error_code error;
         if (m_isFolder) fs::create_directories(m_path, error);
@@ -70,7 +72,11 @@ void convertOne(const std::string& input, const fs::path& targetPath, const Conv
         if (!step.apply(sheet)) throw Failed(input, step.option + " failed, perhaps for lack of memory");
     }
     boxes.about(target);
-    if (!sheet.SaveToFile_Bitmap(target, request.keepAlpha, request.background, !request.overwrite)) {
+    const bool saved =
+        isTga(targetPath)
+            ? sheet.SaveToFile_TGA(target, request.tgaRle, request.tgaPalette, false, !request.overwrite)
+            : sheet.SaveToFile_Bitmap(target, request.keepAlpha, request.background.value_or(0), !request.overwrite);
+    if (!saved) {
         throw Failed(target, boxes.refused() ? "exists already and was kept; --overwrite replaces it"
                                              : saveFailureReason(targetPath));
     }
@@ -81,6 +87,12 @@ void convertOne(const std::string& input, const fs::path& targetPath, const Conv
 
 int convert(const ConvertRequest& request, Console& console) {
     Destination destination(request.paths);
+    if (destination.isTga() && request.background) {
+        throw UsageError("--background is for .bmp files; a .tga file keeps alpha");
+    }
+    if (!destination.isTga() && (request.tgaRle || request.tgaPalette)) {
+        throw UsageError("--tga-rle and --tga-palette are for .tga files, and the result is .bmp");
+    }
     MessageBoxes boxes(console);
     int exitCode = exitOk;
     const auto attempt = [&](const auto& work) {

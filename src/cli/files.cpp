@@ -27,7 +27,7 @@ constexpr std::array<Signature, 18> signatures = {{
     {{"a BMP file", true}, "BM"sv},
     {{"an icon file", false}, "\0\0\1\0"sv},
     {{"a cursor file", false}, "\0\0\2\0"sv},
-    {{"a TGA file", false}, "TRUEVISION-XFILE.\0"sv, 18, true},
+    {{"a TGA file", true}, "TRUEVISION-XFILE.\0"sv, 18, true},
     {{"a TIFF file", false}, "II*\0"sv},
     {{"a TIFF file", false}, "MM\0*"sv},
     {{"a WebP file", false}, "WEBP"sv, 8},
@@ -70,6 +70,10 @@ const FileKind* sniff(std::span<const std::uint8_t> head, std::span<const std::u
     return found == signatures.end() ? nullptr : &found->kind;
 }
 
+bool isTga(const fs::path& file) {
+    return extensionOf(file) == ".tga";
+}
+
 std::string loadFailureReason(const fs::path& file) {
     constexpr std::uintmax_t largestRefusedFile = 56;
     std::error_code error;
@@ -90,7 +94,7 @@ std::string loadFailureReason(const fs::path& file) {
                                : is + ", which this version cannot read";
     }
     // Older files of this format carry no mark at all.
-    if (extensionOf(file) == ".tga") return "is a TGA file by its name, which this version cannot read";
+    if (isTga(file)) return "is a TGA file by its name, but damaged, or too large";
     return "is not a picture in any format known here";
 }
 
@@ -99,22 +103,18 @@ std::optional<std::string> formatProblem(const fs::path& target) {
         std::string_view extension;
         const char* name;
     };
-    constexpr std::array<Format, 7> withoutWriter = {{{".png", "PNG"},
-                                                      {".gif", "GIF"},
-                                                      {".jpg", "JPEG"},
-                                                      {".jpeg", "JPEG"},
-                                                      {".tga", "TGA"},
-                                                      {".ico", "icon"},
-                                                      {".cur", "cursor"}}};
+    constexpr std::array<Format, 6> withoutWriter = {
+        {{".png", "PNG"}, {".gif", "GIF"}, {".jpg", "JPEG"}, {".jpeg", "JPEG"}, {".ico", "icon"}, {".cur", "cursor"}}};
     const std::string extension = extensionOf(target);
-    if (extension == ".bmp") return {};
-    if (extension.empty()) return "has no extension, which would say the format; this version writes .bmp";
+    if (extension == ".bmp" || isTga(target)) return {};
+    if (extension.empty()) return "has no extension, which would say the format; this version writes .bmp and .tga";
     for (const Format& format : withoutWriter) {
         if (extension == format.extension) {
-            return std::string("there is no writer yet for ") + format.name + " files; this version writes .bmp";
+            return std::string("there is no writer yet for ") + format.name +
+                   " files; this version writes .bmp and .tga";
         }
     }
-    return "the extension '" + extension + "' is not known; this version writes .bmp";
+    return "the extension '" + extension + "' is not known; this version writes .bmp and .tga";
 }
 
 std::string saveFailureReason(const fs::path& target) {

@@ -17,6 +17,9 @@ struct FileKind {
 inline constexpr std::size_t sniffedBytes = 64;
 const FileKind* sniff(std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail);
 
+// Whether a file is a TGA file by its extension.
+bool isTga(const std::filesystem::path& file);
+
 // Why a file that the component would not load is none it could: "no such file", "is a JPEG file, which this version
 // cannot read", ...
 std::string loadFailureReason(const std::filesystem::path& file);

@@ -78,6 +78,26 @@ TEST_F(Command, ConvertAppliesRepeatedOptionsInTheOrderGiven) {
     }
 }
 
+TEST_F(Command, AnOptionOfTgaFilesIsNotPassedOn) {
+    for (const bool rle : {false, true}) {
+        for (const bool palette : {false, true}) {
+            for (const std::u8string picture : {u8"opaque.png", u8"alpha.png"}) {
+                std::vector<std::string> arguments = {"convert", name(picture), name(u8"out.TGA"), "--overwrite"};
+                if (rle) arguments.emplace_back("--tga-rle");
+                if (palette) arguments.emplace_back("--tga-palette");
+                const Result result = run(arguments);
+                EXPECT_EQ(result.exitCode, exitOk) << result.err;
+                cPixSheet sheet;
+                sheet.LoadPicture_File(name(picture));
+                ByteArray expected;
+                sheet.SaveToStream_TGA(expected, rle, palette);
+                EXPECT_EQ(bytes(u8"out.TGA"), bytesOf(expected));
+            }
+        }
+    }
+    EXPECT_EQ(run({"info", name(u8"out.TGA")}).exitCode, exitOk);
+}
+
 TEST_F(Command, EachGrayscaleWordMeansItsFormula) {
     const char* const words[] = {"ntscpal",   "ccir709",  "simpleavg",    "redmask",
                                  "greenmask", "bluemask", "redgreenmask", "BlueGreenMask"};
@@ -119,6 +139,9 @@ TEST_F(Command, SenselessCommandLinesAreRefusedBeforeAnythingIsWritten) {
         {{"convert", in, out, "--background", ""}, "'#rrggbb'"},
         {{"convert", in, name(u8"out.png")}, "no writer yet for PNG files"},
         {{"convert", in, name(u8"out.JPG")}, "no writer yet for JPEG files"},
+        {{"convert", in, name(u8"out.TGA"), "--background", "#ffffff"}, "--background is for .bmp"},
+        {{"convert", in, out, "--tga-rle"}, "are for .tga"},
+        {{"convert", in, name(u8"results/"), "--tga-palette"}, "are for .tga"},
         {{"convert", in, name(u8"out.xyz")}, "'.xyz' is not known"},
         {{"convert", in, name(u8"out")}, "has no extension"},
         {{"convert", in, in, name(u8"opaque.png")}, "is a file"},

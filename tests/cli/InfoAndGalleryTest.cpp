@@ -53,7 +53,7 @@ TEST_F(Command, AnUnreadableFileIsNamedForWhatItHolds) {
         {u8"a", padded("BM"), "is a BMP file that is damaged"},
         {u8"a", padded(std::string("\0\0\1\0", 4)), "is an icon file, which"},
         {u8"a", padded("RIFF1234WEBP"), "is a WebP file, which"},
-        {u8"a", targa, "is a TGA file, which"},
+        {u8"a", targa, "is a TGA file that is damaged"},
         {u8"a.TGA", Bytes(100, 7), "is a TGA file by its name"},
         {u8"a", Bytes(100, 7), "is not a picture in any format known here"},
         {u8"a", Bytes(56, 'B'), "has only 56 bytes"},
