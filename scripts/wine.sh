@@ -101,6 +101,8 @@ setup_unpack() {
 load() {
     export WINEPREFIX=${PIXKIT_WINE_PREFIX:-$CACHE/prefix} WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
+    # Wine takes the encoding of file names and arguments from the locale.
+    export LC_ALL=C.UTF-8
     # Only Wine's own fonts, so that text looks the same on every machine.
     export FONTCONFIG_FILE=$CACHE/fonts.conf
     case $1 in
