@@ -5,7 +5,7 @@
 #
 #   demo      compiler, CMake, Ninja and the command's argument parser
 #   native    demo, and what the native tests need
-#   windows   the compilers for 32- and 64-bit Windows (a Wine to run programs with is scripts/wine.sh's affair)
+#   windows   the compilers for 32- and 64-bit Windows, and a 64-bit Wine (the 32-bit one is scripts/wine.sh's affair)
 #   checks    clang-format and clang-tidy
 #   bench     demo, and the libraries that scripts/bench.sh compares with
 #   fuzz      demo, clang and what the fuzz targets are compared with
@@ -18,7 +18,7 @@ packages_of() {
     case $1 in
     demo) echo "$build" ;;
     native) echo "$build googletest libpng-dev zlib1g-dev imagemagick python3" ;;
-    windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools" ;;
+    windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64" ;;
     checks) echo "clang-format clang-tidy" ;;
     bench) echo "$build libbenchmark-dev libpng-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev" ;;

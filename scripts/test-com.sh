@@ -4,8 +4,7 @@
 #
 #   test-com.sh [32] [64]    without arguments: both
 #
-# Needs what scripts/setup.sh installs; 64-bit programs run with Debian's wine64 (installed here when missing and this
-# is root). Logs go to build/test-logs-com. The last line is "N passed, N failed".
+# Needs what scripts/setup.sh installs; 64-bit programs run with Debian's wine64. Logs go to build/test-logs-com. The last line is "N passed, N failed".
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 
@@ -36,11 +35,7 @@ wine() {
 
 prepare() {
     [ "$1" = 32 ] && { wine 32 wineboot -u; return; } # wine.sh makes the prefix
-    if ! [ -x "$WINE64" ]; then
-        [ "$(id -u)" = 0 ] || { echo "wine64 is not installed"; return 1; }
-        DEBIAN_FRONTEND=noninteractive apt-get -y -o DPkg::Lock::Timeout=300 install --no-install-recommends wine64 ||
-            return 1
-    fi
+    [ -x "$WINE64" ] || { echo "wine64 is not installed: scripts/setup.sh windows"; return 1; }
     wine 64 wineboot -i &&
         wine 64 reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d null /f &&
         wine 64 reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f
@@ -87,7 +82,10 @@ leftovers() {
     done
 }
 
-build() { cmake --preset "win$1" && cmake --build --preset "win$1" --target pixkit-com pixkit-com-tests-beside cpp-client; }
+build() {
+    cmake --preset "win$1" &&
+        cmake --build --preset "win$1" --target pixkit-com pixkit-com-tests-beside cpp-client pixkit-tests
+}
 
 system_imports_only() {
     local size=$1 tool=i686-w64-mingw32-objdump
@@ -97,10 +95,12 @@ system_imports_only() {
     [ "${PIPESTATUS[2]}" = 1 ]
 }
 
+# Runs a GoogleTest program of a word size.
 gtest() {
-    local size=$1 name="component tests ($1 bits)" log=$logs/gtest-$1.log ran
+    local size=$1 name="$2 ($1 bits)" program=build/win$1/tests/$3 log=$logs/$3-$1.log ran
+    log=${log/com\//}
     printf '%-58s' "$name"
-    timeout 900 bash -c 'wine "$@"' gtest "$size" "build/win$size/tests/com/pixkit-com-tests.exe" >"$log" 2>&1 </dev/null
+    timeout 900 bash -c 'wine "$@"' gtest "$size" "$program" >"$log" 2>&1 </dev/null
     local status=$? bad
     ran=$(grep -c '^\[       OK \]' "$log")
     # A test that could not run here is not a passed one.
@@ -121,7 +121,9 @@ run_size() {
     step "build ($size bits)" build "$size" || { fail "build ($size bits)"; return; }
     step "Wine ($size bits)" prepare "$size" || { fail "Wine ($size bits)"; return; }
     check "imports of system libraries only ($size bits)" system_imports_only "$size"
-    gtest "$size"
+    gtest "$size" "tests of the component" com/pixkit-com-tests.exe
+    # The 32-bit ones are scripts/test.sh's affair.
+    [ "$size" = 32 ] || gtest "$size" "tests of the library" pixkit-tests.exe
 
     check "regsvr32 ($size bits)" wine "$size" regsvr32 /s "$dll"
     check "C++ client ($size bits)" client "$size" 'early bound ok, late bound ok' \

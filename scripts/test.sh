@@ -92,7 +92,7 @@ tests() {
 script_tests() {
     local name=$1 log=$logs/${1//[^A-Za-z0-9]/-}.log ran=0 bad=0 words
     shift
-    step "$name" timeout 600 "$@" || bad=1
+    step "$name" timeout 1200 "$@" || bad=1
     read -ra words < <(tail -n 1 "$log")
     if [ "${words[*]:1:1} ${words[*]:3:1}" = "passed, failed" ]; then
         ran=${words[0]} bad=${words[2]}
@@ -156,9 +156,9 @@ windows() {
     build "windows 32: build" win32 || return
     step "windows 32: Wine" scripts/wine.sh setup || { fail "windows 32: Wine"; return; }
     tests "windows 32: tests" scripts/wine.sh run build/win32/tests/pixkit-tests.exe
-    tests "windows 32: tests of the component" scripts/wine.sh run build/win32/tests/com/pixkit-com-tests.exe
     script_tests "windows 32: the command" tests/cli/command_test.sh scripts/wine.sh run build/win32/src/cli/pixkit.exe
     check "windows 32: the command makes the native one's bytes" same_pixels
+    script_tests "windows 32 and 64: the component and its clients" scripts/test-com.sh
     scripts/wine.sh stop
 }
 
