@@ -11,7 +11,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     cPixSheet sheet;
     const bool loaded = sheet.LoadPicture_Stream(ByteArray(std::vector<std::uint8_t>(data, data + bytes)));
     if (loaded != (sheet.Handle() != 0)) std::abort();
-    if (!loaded || sheet.ImageType() == imgPNG) return 0;
+    const eImageFormat type = sheet.ImageType();
+    if (type != imgBitmap && type != imgBmpARGB && type != imgBmpPARGB) return 0; // none, or another reader's
     const auto pixels = static_cast<std::size_t>(sheet.Width()) * static_cast<std::size_t>(sheet.Height());
     if (pixels > bytes * 128) std::abort(); // runs of 255 pixels in two bytes fill most
 
