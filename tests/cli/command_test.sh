@@ -109,6 +109,11 @@ if [ ${#command[@]} = 1 ] && command -v script >/dev/null; then
     check "Yes replaces the file" same "$(bytes "$folder/a.bmp" 54 3)" 000000
 fi
 
+check "a TGA file" exits 0 convert $rings "$folder/rings.tga" --tga-rle
+check "it is run-length coded, with alpha" same "$(bytes "$folder/rings.tga" 2 1) $(bytes "$folder/rings.tga" 16 2)" "0a 2008"
+check "a TGA file is read" exits 0 convert "$folder/rings.tga" "$folder/rings.bmp" --keep-alpha
+check "it is the same picture" cmp "$folder/rings.bmp" "$folder/e.bmp"
+
 check "a format without a writer" exits 2 convert $rings "$folder/result.png"
 check "it is named" grep -q 'no writer yet for PNG files' "$err"
 check "an unknown extension" exits 2 convert $rings "$folder/result.abc"
