@@ -25,7 +25,7 @@ struct BmpFile {
         Bytes file = {'B', 'M'};
         const auto put = [&](std::uint32_t value, int bytes) {
             for (int i = 0; i < bytes; ++i)
-                file.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+                file.push_back(static_cast<std::uint8_t>(std::uint64_t{value} >> (8 * i)));
         };
         const std::size_t masksBehind = headerSize < 52 ? masks.size() * 4 : 0;
         put(statedSize, 4);
@@ -38,7 +38,7 @@ struct BmpFile {
         put(1, 2);
         put(bitCount, 2);
         put(compression, 4);
-        put(0, 12);
+        file.insert(file.end(), 12, 0); // size of the pixels, resolution
         put(clrUsed, 4);
         file.resize(headerSize < 40 ? 14 + headerSize : 14 + 40);
         for (const std::uint32_t mask : masks)
