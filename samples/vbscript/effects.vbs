@@ -33,7 +33,9 @@ If Not copy.SaveToFile_Bitmap(arguments(1), False, RGB(255, 255, 255), False) Th
 ' What was saved reads back.
 Set again = CreateObject("pixkit.cPixSheet")
 If Not again.LoadPicture_File(arguments(1)) Then Fail "cannot read " & arguments(1)
-If again.Width <> copy.Width Or again.Height <> copy.Height Then Fail "another size"
+Dim sameSize
+sameSize = (again.Width = copy.Width) And (again.Height = copy.Height)
+If Not sameSize Then Fail "another size"
 If copy.Alpha = 0 And again.GetPixel(5, 5) <> copy.GetPixel(5, 5) Then Fail "another picture"
 WScript.Echo "saved " & arguments(1) & " from " & copy.Tag
 

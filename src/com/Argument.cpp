@@ -214,6 +214,7 @@ HRESULT Argument::bindVariantArray(VARTYPE type, LCID locale) noexcept {
     SAFEARRAY* const variants = place != nullptr ? *place : m_source->parray;
     if (const HRESULT status = arrayFromVariants(variants, type, locale, &m_array); FAILED(status)) return status;
     m_arrayBefore = m_array;
+    if (const HRESULT status = keepBytes(); FAILED(status)) return status;
     passOwnArray(type);
     if (place != nullptr && (variants == nullptr || isReplaceable(variants))) {
         m_variants = place;
@@ -222,6 +223,18 @@ HRESULT Argument::bindVariantArray(VARTYPE type, LCID locale) noexcept {
         m_locked = m_array; // the member must see that what it returns could not be stored
     }
     return S_OK;
+}
+
+HRESULT Argument::keepBytes() noexcept try {
+    if (m_array != nullptr) m_bytesBefore = bytesOf(m_array);
+    return S_OK;
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+bool Argument::isArrayChanged() const noexcept {
+    if (m_array != m_arrayBefore) return true;
+    return m_array != nullptr && std::memcmp(m_array->pvData, m_bytesBefore.data(), m_bytesBefore.size()) != 0;
 }
 
 HRESULT Argument::giveBack(LCID locale) noexcept {
@@ -281,7 +294,7 @@ HRESULT Argument::giveBackArray() noexcept {
         if (m_arrayVariable->parray == nullptr) ::VariantInit(m_arrayVariable);
         return S_OK;
     }
-    if (m_array == m_arrayBefore) return S_OK;
+    if (!isArrayChanged()) return S_OK;
     SAFEARRAY* variants = nullptr;
     if (const HRESULT status = variantsFromArray(m_array, m_type, &variants); FAILED(status)) return status;
     if (m_variants != nullptr) {
@@ -290,6 +303,8 @@ HRESULT Argument::giveBackArray() noexcept {
             return DISP_E_ARRAYISLOCKED;
         }
         *m_variants = variants;
+        // A script cannot look into an array that is not there.
+        if (variants == nullptr && m_isVariable && m_variants == &m_source->parray) ::VariantInit(m_source);
     } else if (m_isVariable) {
         m_source->vt = arrayOf(VT_VARIANT);
         m_source->parray = variants;

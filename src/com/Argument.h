@@ -5,6 +5,7 @@
 // the system's own DispInvoke does with these differs between systems, so nothing is left to it.
 #pragma once
 #include "com/TypeInformation.h"
+#include <vector>
 
 namespace pixkit::com {
 
@@ -31,6 +32,8 @@ class Argument {
     HRESULT bindArray(VARTYPE type, LCID locale) noexcept;
     HRESULT bindVariantArray(VARTYPE type, LCID locale) noexcept;
     void passOwnArray(VARTYPE type) noexcept;
+    HRESULT keepBytes() noexcept;
+    bool isArrayChanged() const noexcept;
     HRESULT giveBackReference(LCID locale) noexcept;
     HRESULT giveBackObject() noexcept;
     HRESULT giveBackArray() noexcept;
@@ -45,10 +48,11 @@ class Argument {
     VARIANT m_before = {};
     SAFEARRAY* m_array = nullptr; // what the member works on when it is not the caller's; owned unless lent
     SAFEARRAY* m_arrayBefore = nullptr;
-    SAFEARRAY* m_lent = nullptr;        // the caller's, passed by value
-    SAFEARRAY* m_locked = nullptr;      // to be unlocked after the call
-    SAFEARRAY** m_variants = nullptr;   // the caller's array of VARIANT, to be replaced
-    VARIANT* m_arrayVariable = nullptr; // the caller's variable that holds an array of the member's own type
+    std::vector<std::uint8_t> m_bytesBefore; // of m_array: a member may fill the same array anew
+    SAFEARRAY* m_lent = nullptr;             // the caller's, passed by value
+    SAFEARRAY* m_locked = nullptr;           // to be unlocked after the call
+    SAFEARRAY** m_variants = nullptr;        // the caller's array of VARIANT, to be replaced
+    VARIANT* m_arrayVariable = nullptr;      // the caller's variable that holds an array of the member's own type
     VARTYPE m_type = VT_EMPTY;
 };
 

@@ -66,9 +66,17 @@ HRESULT convertElement(VARIANT& element, VARTYPE type, LCID locale, std::uint8_t
 } // namespace
 
 bool hasElements(SAFEARRAY* array, VARTYPE type) noexcept {
-    if ((array->fFeatures & typeKnown) == 0) return type == VT_UI1 && array->cbElements == 1;
+    if (array->cDims == 0) return false;
+    if ((array->fFeatures & typeKnown) == 0) {
+        return array->cbElements == (type == VT_UI1 ? 1 : sizeof(VARIANT)) && (type == VT_UI1 || type == VT_VARIANT);
+    }
     VARTYPE found = VT_EMPTY;
     return SUCCEEDED(::SafeArrayGetVartype(array, &found)) && found == type;
+}
+
+std::vector<std::uint8_t> bytesOf(const SAFEARRAY* array) {
+    const auto* const data = static_cast<const std::uint8_t*>(array->pvData);
+    return {data, data + elementCount(array) * array->cbElements};
 }
 
 bool isReplaceable(const SAFEARRAY* array) noexcept {
@@ -144,6 +152,8 @@ bool OutputArray::store() noexcept {
 HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept try {
     *result = nullptr;
     if (variants == nullptr) return S_OK;
+    // Whatever the variable says of it: other elements read as VARIANTs would be wild.
+    if (!hasElements(variants, VT_VARIANT)) return DISP_E_TYPEMISMATCH;
     SAFEARRAY* const array = createdLike(variants, type);
     if (array == nullptr) return E_OUTOFMEMORY;
     auto* const elements = static_cast<VARIANT*>(variants->pvData);

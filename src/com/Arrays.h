@@ -2,6 +2,7 @@
 #pragma once
 #include "com/Automation.h"
 #include "shared/ByteArray.h"
+#include <vector>
 
 namespace pixkit::com {
 
@@ -66,5 +67,8 @@ class OutputArray final : private ByteArray::Memory {
 // result; null in gives null.
 HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept;
 HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) noexcept;
+
+// The elements of an array of plain numbers as bytes.
+std::vector<std::uint8_t> bytesOf(const SAFEARRAY* array);
 
 } // namespace pixkit::com

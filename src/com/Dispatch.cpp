@@ -58,7 +58,12 @@ HRESULT call(IDispatch* object, const Member& member, std::array<Argument, maxim
 
 HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID locale, WORD flags,
                DISPPARAMS* arguments, VARIANT* result, UINT* argumentError) noexcept {
+    if (result != nullptr) ::VariantInit(result);
     if (arguments == nullptr) return E_POINTER;
+    if ((arguments->cArgs != 0 && arguments->rgvarg == nullptr) ||
+        (arguments->cNamedArgs != 0 && arguments->rgdispidNamedArgs == nullptr)) {
+        return E_INVALIDARG;
+    }
     const Member* const member = types.find(id, flags);
     if (member == nullptr) return DISP_E_MEMBERNOTFOUND;
 
@@ -79,9 +84,16 @@ HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID 
         returned.detach(); // nothing was stored in it
         return status;
     }
-    for (std::size_t i = 0; i < member->parameters.size() && SUCCEEDED(status); ++i)
-        status = bound[i].giveBack(locale);
-    if (SUCCEEDED(status) && result != nullptr) *result = returned.detach();
+    // The member has done its work: every argument gets its value back and the caller the result, whatever one of them
+    // cannot hold.
+    for (std::size_t i = 0; i < member->parameters.size(); ++i) {
+        const HRESULT given = bound[i].giveBack(locale);
+        if (SUCCEEDED(given) || FAILED(status)) continue;
+        status = given;
+        if (argumentError != nullptr && passed[i] != nullptr)
+            *argumentError = static_cast<UINT>(passed[i] - arguments->rgvarg);
+    }
+    if (result != nullptr) *result = returned.detach();
     return status;
 }
 

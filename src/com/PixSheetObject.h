@@ -161,7 +161,13 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     STDMETHODIMP LoadPicture_Stream(SAFEARRAY** inStream, LONG iconCx, LONG iconCy, LONG streamStart, LONG streamLength,
                                     VARIANT_BOOL SaveFormat, LONG iconBitDepth, VARIANT_BOOL* result) override {
-        return read(inStream, result, [&](const ByteArray& bytes) {
+        if (inStream == nullptr) return E_POINTER;
+        return give(result, [&] {
+            const InputArray array(*inStream);
+            // An array that cannot be read is one without data: refused, and the instance emptied, by the native
+            // member.
+            const ByteArray nothing;
+            const ByteArray& bytes = array.isUsable() ? array.bytes() : nothing;
             return m_sheet->LoadPicture_Stream(bytes, iconCx, iconCy, streamStart, streamLength, isTrue(SaveFormat),
                                                iconBitDepth);
         });
@@ -190,6 +196,22 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
                                      LONG TransparentFillColor, VARIANT_BOOL* result) override {
         return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) {
             return m_sheet->SaveToStream_Bitmap(bytes, isTrue(KeepPreMultipliedPixels), TransparentFillColor);
+        });
+    }
+
+    STDMETHODIMP SaveToFile_TGA(BSTR FileName, VARIANT_BOOL Compress, VARIANT_BOOL ReduceBitDepth,
+                                VARIANT_BOOL AllowPreMultipliedPixels, VARIANT_BOOL PromptOverWrite,
+                                VARIANT_BOOL* result) override {
+        return give(result, [&] {
+            return m_sheet->SaveToFile_TGA(toUtf8(FileName), isTrue(Compress), isTrue(ReduceBitDepth),
+                                           isTrue(AllowPreMultipliedPixels), isTrue(PromptOverWrite));
+        });
+    }
+    STDMETHODIMP SaveToStream_TGA(SAFEARRAY** outStream, VARIANT_BOOL Compress, VARIANT_BOOL ReduceBitDepth,
+                                  VARIANT_BOOL AllowPreMultipliedPixels, VARIANT_BOOL* result) override {
+        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) {
+            return m_sheet->SaveToStream_TGA(bytes, isTrue(Compress), isTrue(ReduceBitDepth),
+                                             isTrue(AllowPreMultipliedPixels));
         });
     }
 

@@ -135,6 +135,7 @@ HRESULT registerServer(Scope scope) noexcept try {
     for (const Value& value : registeredValues(path)) {
         if (status == ERROR_SUCCESS) status = write(classes.get(), value);
     }
+    // All or nothing, also where an earlier registration was being replaced: half of each would be neither.
     if (status != ERROR_SUCCESS && classes.get() != nullptr) removeAll(classes.get());
     return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 } catch (...) {
@@ -145,6 +146,10 @@ HRESULT unregisterServer(Scope scope) noexcept try {
     Key classes;
     LSTATUS status = openClasses(scope, classes);
     if (status == ERROR_SUCCESS) status = removeAll(classes.get());
+    if (scope == Scope::user) { // a fresh profile had none of these before
+        for (const wchar_t* const parent : {L"CLSID", L"Interface", L"TypeLib"})
+            ::SHDeleteEmptyKeyW(classes.get(), parent);
+    }
     return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 } catch (...) {
     return E_OUTOFMEMORY;

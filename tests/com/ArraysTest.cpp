@@ -116,7 +116,8 @@ TEST_F(Arrays, UnfitArraysAreRefusedAndNothingIsLost) {
         EXPECT_EQ(array.array, before) << row.form;
         if (row.type != VT_UI1) {
             EXPECT_FALSE(load(&array.array)) << row.form;
-            EXPECT_EQ(width(), 3) << row.form;
+            EXPECT_EQ(width(), 0) << row.form << ": a load that is refused empties the instance";
+            ASSERT_TRUE(makeImage(3, 2));
         }
         if (row.locked) ::SafeArrayUnlock(array.array);
         array.array->fFeatures &= static_cast<USHORT>(~row.feature);
@@ -232,6 +233,29 @@ TEST_F(Arrays, ScriptsGetArraysThatTheyCanIndex) {
     sheet->EraseDIB();
     EXPECT_EQ(call(sheet.get(), L"SetDIBbits", {variable(variants)}), S_OK);
     EXPECT_EQ(pixel(2, 0), 0x0000FF) << "what came out did not go back in";
+
+    setPixel(2, 0, 0x00FF00);
+    Variant again;
+    EXPECT_EQ(call(sheet.get(), L"GetDIBbits", {variable(variants)}, &again), S_OK);
+    LONG green[] = {9, 1};
+    Variant value;
+    ::SafeArrayGetElement(variants.parray, green, &value);
+    EXPECT_EQ(value.bVal, 255) << "pixels asked for again in the same shape stayed the old ones";
+
+    Variant kept; // nothing was kept by a load, so there is nothing to give
+    EXPECT_EQ(call(sheet.get(), L"GetOrginalFormat", {variable(variants)}, &kept), S_OK);
+    EXPECT_EQ(kept.boolVal, VARIANT_FALSE);
+    EXPECT_TRUE((variants.vt & VT_ARRAY) == 0 || variants.parray != nullptr) << "an array that is not there";
+}
+
+TEST_F(Arrays, BytesThatPassForVariantsAreRefusedUnread) {
+    ASSERT_TRUE(makeImage(3, 2));
+    Bytes bytes(64);
+    Variant lie;
+    lie.vt = VT_ARRAY | VT_VARIANT;
+    lie.parray = bytes.array;
+    EXPECT_EQ(call(sheet.get(), L"SetDIBbits", {variable(lie)}), DISP_E_TYPEMISMATCH);
+    lie.vt = VT_EMPTY;
 }
 
 TEST_F(Arrays, TypedVariablesKeepTheirType) {
