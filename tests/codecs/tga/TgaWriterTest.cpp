@@ -211,6 +211,7 @@ TEST_F(TgaWriter, APaletteOf257ColoursOrAGrayOneIsWritten) {
         SCOPED_TRACE(colours);
         cPixSheet sheet;
         std::vector<Pixel> pixels;
+        pixels.reserve(static_cast<std::size_t>(colours));
         for (std::int32_t i = 0; i < colours; ++i) // far apart and close together, to meet in a hash table
             pixels.push_back({static_cast<std::uint8_t>(i * 64), static_cast<std::uint8_t>(i / 4),
                               static_cast<std::uint8_t>(i / 256 * 128), 255});
