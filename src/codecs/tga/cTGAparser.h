@@ -1,6 +1,5 @@
-// Reads TGA data into the pixels of a cPixSheet, and writes a cPixSheet as TGA (the Truevision TGA File Format
-// Specification, version 2.0). README.md in this folder teaches the format and lists where this reader goes its own
-// way.
+// Reads TGA data into the pixels of a cPixSheet, and writes a cPixSheet as TGA (the Truevision TGA file format,
+// version 2.0). README.md in this folder teaches the format and lists where this reader goes its own way.
 #pragma once
 #include "shared/ByteArray.h"
 #include "shared/PixelView.h"
