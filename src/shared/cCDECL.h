@@ -10,8 +10,6 @@ class cCDECL {
     cCDECL() noexcept = default;
     explicit cCDECL(const char* libraryName) noexcept : m_library(platform::LoadLibraryA(libraryName)) {}
 
-    explicit operator bool() const noexcept { return static_cast<bool>(m_library); }
-
     // An export as a function of this type; null when the library lacks it.
     template <class Function>
     Function* function(const char* name) const noexcept {
