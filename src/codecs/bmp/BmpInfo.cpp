@@ -64,7 +64,8 @@ bool isDepthSuited(const BmpInfo& info) {
 
 // Settles the masks and moves `position` over those that stand between header and palette. False when they are not all
 // there.
-bool readMasks(const ByteReader& file, std::size_t headerSize, std::size_t& position, BmpInfo& info) {
+bool readMasks(const ByteReader& file, std::size_t headerStart, std::size_t headerSize, std::size_t& position,
+               BmpInfo& info) {
     const bool isWide = info.bitCount == 32;
     const BmpMasks usual = isWide ? BmpMasks{0xFF0000, 0xFF00, 0xFF, 0} : BmpMasks{0x7C00, 0x3E0, 0x1F, 0};
     info.masks = usual;
@@ -76,7 +77,7 @@ bool readMasks(const ByteReader& file, std::size_t headerSize, std::size_t& posi
     const bool areInHeader = headerSize >= headerSizeWithMasks;
     const bool hasAlphaMask =
         areInHeader ? headerSize >= headerSizeWithAlphaMask : info.compression == BmpCompression::alphaBitFields;
-    const std::size_t start = areInHeader ? fileHeaderSize + infoHeaderSize : position;
+    const std::size_t start = areInHeader ? headerStart + infoHeaderSize : position;
     const std::size_t count = hasAlphaMask ? 4 : 3;
     if (!file.slice(start, count * 4)) return false;
     if (!areInHeader) position += count * 4;
@@ -142,12 +143,13 @@ std::size_t BmpInfo::rowBytes() const noexcept {
     return static_cast<std::size_t>((std::uint64_t{bitCount} * static_cast<std::uint64_t>(width) + 31) / 32 * 4);
 }
 
-std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file) {
-    const ByteReader reader(file);
-    if (reader.byte(0) != 'B' || reader.byte(1) != 'M') return {};
-    const auto headerSize = reader.littleEndian32(fileHeaderSize);
+namespace {
+
+// The header at `headerStart`, the masks and the extent of the palette that follow it.
+std::optional<BmpInfo> readHeaders(const ByteReader& file, std::size_t headerStart, PaletteExtent& palette) {
+    const auto headerSize = file.littleEndian32(headerStart);
     if (!headerSize || (*headerSize != coreHeaderSize && *headerSize < shortestOs2HeaderSize)) return {};
-    const auto headerBytes = reader.slice(fileHeaderSize, *headerSize);
+    const auto headerBytes = file.slice(headerStart, *headerSize);
     if (!headerBytes) return {};
     const ByteReader header(*headerBytes);
 
@@ -158,11 +160,32 @@ std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file) {
         return {};
     }
     if (!isSizeSuited(info) || !isDepthSuited(info)) return {};
-    std::size_t position = fileHeaderSize + *headerSize;
-    if (info.bitCount >= 16 && !readMasks(reader, *headerSize, position, info)) return {};
-    const PaletteExtent palette = declaredPalette(reader, header, position, info.bitCount);
-    info.pixelOffset = findPixels(reader, palette, info);
-    if (info.bitCount <= 8) readPalette(reader, palette, info);
+    std::size_t position = headerStart + *headerSize;
+    if (info.bitCount >= 16 && !readMasks(file, headerStart, *headerSize, position, info)) return {};
+    palette = declaredPalette(file, header, position, info.bitCount);
+    return info;
+}
+
+} // namespace
+
+std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file) {
+    const ByteReader reader(file);
+    if (reader.byte(0) != 'B' || reader.byte(1) != 'M') return {};
+    PaletteExtent palette{};
+    auto info = readHeaders(reader, fileHeaderSize, palette);
+    if (!info) return {};
+    info->pixelOffset = findPixels(reader, palette, *info);
+    if (info->bitCount <= 8) readPalette(reader, palette, *info);
+    return info;
+}
+
+std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib) {
+    const ByteReader reader(dib);
+    PaletteExtent palette{};
+    auto info = readHeaders(reader, 0, palette);
+    if (!info) return {};
+    info->pixelOffset = static_cast<std::size_t>(std::min<std::uint64_t>(palette.end(), dib.size()));
+    if (info->bitCount <= 8) readPalette(reader, palette, *info);
     return info;
 }
 

@@ -24,7 +24,7 @@ struct BmpInfo {
     BmpMasks masks; // for 16 and 32 bits
     // Ready pixels for 256 indexes; those that the file does not give are black. For up to 8 bits.
     std::array<std::uint8_t, 256 * 4> palette{};
-    std::size_t pixelOffset = 0; // from the file's beginning; never beyond its end
+    std::size_t pixelOffset = 0; // from the data's beginning; never beyond its end
 
     bool isRunLength() const noexcept {
         return compression == BmpCompression::rle8 || compression == BmpCompression::rle4;
@@ -36,5 +36,8 @@ struct BmpInfo {
 // Nothing when the data does not begin with "BM" or describes no picture that can be read. Says nothing of whether the
 // pixels are there.
 std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file);
+// The same for a picture without the file header, as icons hold it: the pixels follow the palette, and pixelOffset
+// counts from the picture's header.
+std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib);
 
 } // namespace pixkit

@@ -1,0 +1,30 @@
+// Rows of pixels, coded or not, to B, G, R, A.
+#pragma once
+#include "codecs/bmp/BmpInfo.h"
+#include "codecs/bmp/BmpMasks.h"
+#include "codecs/bmp/BmpRunLength.h"
+#include <vector>
+
+namespace pixkit {
+
+// Takes all the memory that it needs when it is made. `info` and `data`, which begins with the first row, outlive it.
+class BmpRows {
+  public:
+    BmpRows(const BmpInfo& info, std::span<const std::uint8_t> data);
+
+    // The next row in the order of the file: info.width pixels, alpha not applied to the colours.
+    void nextRow(std::uint8_t* dst);
+
+  private:
+    const std::uint8_t* nextRowBytes();
+
+    const BmpInfo& m_info;
+    std::span<const std::uint8_t> m_data; // what is left of it
+    std::size_t m_width, m_rowBytes;
+    BmpRunLength m_runLength;
+    BmpMaskedRows m_masked;
+    std::vector<std::uint8_t> m_indexes;   // of one row
+    std::vector<std::uint8_t> m_lastBytes; // of the row in which the data ends, and those after it
+};
+
+} // namespace pixkit
