@@ -11,6 +11,9 @@ struct HostAccess {
     static void SetOriginalFormat(cPixSheet& host, ByteArray inStream) noexcept {
         host.m_ImageByteCache = std::move(inStream);
     }
+    // 0, 0 in an image that was no cursor.
+    static CursorHotspot hotspot(const cPixSheet& host) noexcept { return host.m_hotspot; }
+    static void hotspot(cPixSheet& host, CursorHotspot value) noexcept { host.m_hotspot = value; }
     // The pixels of the host; an empty view when it holds no image.
     static PixelView pixels(cPixSheet& host) noexcept { return view(host); }
     static ConstPixelView pixels(const cPixSheet& host) noexcept { return view(host); }

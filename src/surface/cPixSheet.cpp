@@ -40,7 +40,7 @@ bool cPixSheet::InitializeDIB(std::int32_t Width, std::int32_t Height) noexcept 
     if (m_ManageDC && m_hDC == 0) m_hDC = platform::CreateCompatibleDC(screen.get());
     if (handle == 0) return false;
     // A fresh section is all zero, which is what EraseDIB would write: an erased image.
-    pvTakeImage(handle, static_cast<std::uint8_t*>(bits), Width, *height, imgNone, AlphaSimple, {});
+    pvTakeImage(handle, static_cast<std::uint8_t*>(bits), Width, *height, imgNone, AlphaSimple, {}, {});
     return true;
 }
 
@@ -52,11 +52,12 @@ void cPixSheet::DestroyDIB() noexcept {
         m_prevDCobject = 0;
     }
     if (m_Handle != 0) platform::DeleteObject(m_Handle);
-    pvTakeImage(0, nullptr, 0, 0, imgError, AlphaNone, {});
+    pvTakeImage(0, nullptr, 0, 0, imgError, AlphaNone, {}, {});
 }
 
 void cPixSheet::pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
-                            eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache) noexcept {
+                            eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache,
+                            CursorHotspot hotspot) noexcept {
     m_Handle = handle;
     m_Pointer = pointer;
     m_Width = width;
@@ -64,6 +65,7 @@ void cPixSheet::pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::in
     m_Format = format;
     m_AlphaImage = alpha;
     m_ImageByteCache = std::move(cache);
+    m_hotspot = hotspot;
 }
 
 void cPixSheet::EraseDIB() noexcept {
@@ -137,6 +139,8 @@ void cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32
     if (target.m_Handle == 0 || target.m_Width != newWidth || target.m_Height != newHeight) {
         if (!target.InitializeDIB(newWidth, newHeight)) return;
     }
+    target.m_hotspot = {static_cast<std::int32_t>(std::int64_t{m_hotspot.x} * newWidth / m_Width),
+                        static_cast<std::int32_t>(std::int64_t{m_hotspot.y} * newHeight / m_Height)};
     if (target.m_Width != m_Width || target.m_Height != m_Height) {
         target.EraseDIB(); // the scaled drawing is missing: what the target held before must not pass for a copy
         return;
@@ -165,13 +169,14 @@ void cPixSheet::SwapDIBs(cPixSheet* SwapFromDIB) noexcept {
         const auto height = other.m_Height;
         const auto format = other.m_Format;
         const auto alpha = other.m_AlphaImage;
+        const auto hotspot = other.m_hotspot;
         ByteArray cache = std::move(other.m_ImageByteCache);
         m_Width = ~m_Width;
         other.SwapDIBs(this);
-        pvTakeImage(handle, pointer, width, height, format, alpha, std::move(cache));
+        pvTakeImage(handle, pointer, width, height, format, alpha, std::move(cache), hotspot);
     } else {
         pvTakeImage(other.m_Handle, other.m_Pointer, ~other.m_Width, other.m_Height, other.m_Format, other.m_AlphaImage,
-                    std::move(other.m_ImageByteCache));
+                    std::move(other.m_ImageByteCache), other.m_hotspot);
     }
     if (wasSelected) LoadDIBinDC(true);
 }

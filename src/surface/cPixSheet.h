@@ -12,6 +12,12 @@ namespace pixkit {
 
 class LoadRequest;
 
+// The point of a cursor that clicks, in pixels from the top left; it may lie outside the image.
+struct CursorHotspot {
+    std::int32_t x = 0, y = 0;
+    bool operator==(const CursorHotspot&) const = default;
+};
+
 // Holds at most one image as a 32-bit device-independent bitmap: four bytes a pixel in the order B, G, R, A, colour
 // premultiplied by alpha (colour <= alpha), rows bottom-up (the first row in memory is the bottom row of the picture),
 // Width * 4 bytes each without padding. Public coordinates count y from the top of the picture.
@@ -188,7 +194,7 @@ class cPixSheet {
     friend struct HostAccess; // readers, writers and renderers (surface/HostAccess.h)
 
     void pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
-                     eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache) noexcept;
+                     eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache, CursorHotspot hotspot) noexcept;
     bool pvOverlapsStore(const ByteArray& array) const noexcept;
     void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat);
     bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
@@ -209,6 +215,7 @@ class cPixSheet {
     std::uint32_t m_osCAP = 0;        // surface/Capabilities.h
     eImageFormat m_Format = imgError; // a fresh instance says imgError; only an empty image says imgNone
     AlphaTypeEnum m_AlphaImage = AlphaNone;
+    CursorHotspot m_hotspot; // of an image that was a cursor, which a cursor file gets again
 };
 
 } // namespace pixkit
