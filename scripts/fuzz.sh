@@ -20,9 +20,13 @@ for program in build/fuzz/fuzz/fuzz_*; do
     [ "$target" = all ] || [ "$target" = "$name" ] || continue
     corpus=build/fuzz/corpus/${name%%_*} findings=build/fuzz/findings/$name
     mkdir -p "$corpus" "$findings"
+    seeds=()
+    for folder in fuzz/seeds tests/data/pictures; do
+        [ ! -d "$folder/${name%%_*}" ] || seeds+=("$folder/${name%%_*}")
+    done
     echo "fuzz_$name for $seconds s"
     "$program" -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=20 -max_len=16384 -print_final_stats=1 \
-        -artifact_prefix="$findings/" "$corpus" "fuzz/seeds/${name%%_*}" >"$findings.log" 2>&1 || status=1
+        -artifact_prefix="$findings/" "$corpus" "${seeds[@]}" >"$findings.log" 2>&1 || status=1
     grep -E 'ERROR|SUMMARY|exec|new_units|peak_rss' "$findings.log" | tail -n 8
 done
 exit $status

@@ -53,8 +53,14 @@ def filter_rows(rows, step, choice):
     return data
 
 
-def write_png(path, width, height, colour_type, depth, rows, palette=None, transparency=None, interlaced=False,
-              filters="best", level=9):
+def write_png(path, *arguments, **options):
+    """As png_bytes, to a file."""
+    with open(path, "wb") as file:
+        file.write(png_bytes(*arguments, **options))
+
+
+def png_bytes(width, height, colour_type, depth, rows, palette=None, transparency=None, interlaced=False, filters="best",
+              level=9):
     """`rows` holds one list of samples for each row. `palette` is a list of (r, g, b), `transparency` the bytes of a
     tRNS chunk."""
     channels = CHANNELS[colour_type]
@@ -70,13 +76,15 @@ def write_png(path, width, height, colour_type, depth, rows, palette=None, trans
             samples = [row[x * channels + c] for x in range(x0, width, dx) for c in range(channels)]
             part.append(pack_row(samples, depth))
         data += filter_rows(part, step, filters)
+    return png_from_rows(width, height, colour_type, depth, bytes(data), palette, transparency, interlaced, level)
+
+
+def png_from_rows(width, height, colour_type, depth, data, palette=None, transparency=None, interlaced=False, level=9):
+    """A file around filtered rows, whatever they are."""
     out = b"\x89PNG\r\n\x1a\n"
     out += chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, depth, colour_type, 0, 0, int(interlaced)))
     if palette is not None:
         out += chunk(b"PLTE", b"".join(bytes(entry) for entry in palette))
     if transparency is not None:
         out += chunk(b"tRNS", transparency)
-    out += chunk(b"IDAT", zlib.compress(bytes(data), level))
-    out += chunk(b"IEND", b"")
-    with open(path, "wb") as file:
-        file.write(out)
+    return out + chunk(b"IDAT", zlib.compress(data, level)) + chunk(b"IEND", b"")

@@ -1,0 +1,380 @@
+#!/usr/bin/env python3
+"""Draws the pictures of tests/data/pictures: every header, type, depth and compression of each format, files that are odd
+and files that are bad. What loading each of them must give stands in tests/data/ledger.txt (scripts/ledger.sh).
+
+Everything is made by hand, byte by byte, except what stands in folders that are named after the programs that made them;
+those are only made anew with --programs (ImageMagick and netpbm), and nothing is ever deleted.
+
+A new format is one function that yields (name, bytes), entered in FORMATS.
+"""
+import pathlib
+import random
+import struct
+import subprocess
+import sys
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent))
+import png_writer
+
+FOLDER = pathlib.Path(__file__).parent.parent / "tests" / "data" / "pictures"
+
+
+def noise(seed, count):
+    return random.Random(seed).randbytes(count)
+
+
+def changed(data, at, replacement):
+    """`data` with other bytes at an offset; a negative one counts from the end."""
+    at %= len(data)
+    return data[:at] + replacement + data[at + len(replacement):]
+
+
+# --- PNG
+
+def png_file(colour_type, depth, width, height, seed=0, **options):
+    """Smooth colours with noise in the low bits, so that every filter has work and zlib finds matches."""
+    few = random.Random(seed)
+    most = (1 << depth) - 1
+    rows = []
+    for y in range(height):
+        row = []
+        for x in range(width):
+            for channel in range(png_writer.CHANNELS[colour_type]):
+                slope = (x * (channel + 2) + y * 3) * (most + 1) // 64
+                row.append((slope + few.randrange(2 + most // 16)) & most)
+        rows.append(row)
+    if colour_type == 3:
+        entries = noise(seed + 1, 3 << depth)
+        options.setdefault("palette", [tuple(entries[i:i + 3]) for i in range(0, len(entries), 3)])
+    return png_writer.png_bytes(width, height, colour_type, depth, rows, filters="cycle", **options)
+
+
+def with_chunks(data, at, *chunks):
+    """Inserts chunks before the chunk of this kind."""
+    offset = data.index(at) - 4
+    return data[:offset] + b"".join(chunks) + data[offset:]
+
+
+def png():
+    chunk = png_writer.chunk
+    formats = ((0, 1), (0, 2), (0, 4), (0, 8), (0, 16), (2, 8), (2, 16), (3, 1), (3, 2), (3, 4), (3, 8), (4, 8), (4, 16),
+               (6, 8), (6, 16))
+    # Wider than any vector of pixels, with a tail.
+    for colour_type, depth in formats:
+        key = {0: struct.pack(">H", (1 << depth) // 2), 2: struct.pack(">HHH", 64, 96, 128), 3: noise(5, 1 << depth)}
+        for interlaced in (False, True):
+            for keyed in (False, True):
+                if keyed and colour_type not in key:
+                    continue
+                yield (f"wide-{colour_type}-{depth}" + "-interlaced" * interlaced + "-trns" * keyed,
+                       png_file(colour_type, depth, 67, 11, interlaced=interlaced,
+                                transparency=key[colour_type] if keyed else None))
+    for width, height in ((1, 1), (1, 9), (9, 1), (2, 3), (4, 4), (5, 5), (8, 8)):
+        yield f"interlaced-{width}x{height}", png_file(6, 8, width, height, interlaced=True)
+
+    good = png_file(2, 8, 9, 7)
+    end = good.index(b"IEND") - 4
+    data_at = good.index(b"IDAT") - 4
+    (length,) = struct.unpack(">I", good[data_at:data_at + 4])
+    stream = good[data_at + 8:data_at + 8 + length]
+    before, after = good[:data_at], good[end:]
+
+    def streamed(data):
+        return before + chunk(b"IDAT", data) + after
+
+    yield "odd-bytes-behind", good + noise(1, 40)
+    yield "odd-bytes-of-one-idat", before + b"".join(chunk(b"IDAT", bytes([b])) for b in stream) + after
+    yield "odd-empty-idats", before + chunk(b"IDAT", b"") + chunk(b"IDAT", stream) + chunk(b"IDAT", b"") + after
+    yield "odd-chunk-between-idats", (before + chunk(b"IDAT", stream[:9]) + chunk(b"tEXt", b"a\0b")
+                                      + chunk(b"IDAT", stream[9:]) + after)
+    yield "odd-ancillary-chunks", with_chunks(good, b"IDAT", chunk(b"gAMA", struct.pack(">I", 45455)),
+                                              chunk(b"pHYs", struct.pack(">IIB", 2835, 2835, 1)),
+                                              chunk(b"bKGD", struct.pack(">HHH", 1, 2, 3)), chunk(b"zzZz", noise(3, 9)))
+    yield "odd-unknown-critical-chunk", with_chunks(good, b"IDAT", chunk(b"ABCD", b"12"))
+    yield "odd-suggested-palette", with_chunks(good, b"IDAT", chunk(b"PLTE", noise(4, 12)))
+    yield "odd-wrong-adler", streamed(changed(stream, -2, b"\x12"))
+    yield "odd-no-adler", streamed(stream[:-4])
+    yield "odd-wrong-crc-of-text", with_chunks(good, b"IDAT", changed(chunk(b"tEXt", b"a\0b"), -1, b"\0"))
+    yield "odd-two-headers", good[:33] + good[8:]
+    yield "odd-short-palette", png_file(3, 8, 9, 7, palette=[(i, 2 * i, 255 - i) for i in range(100)])
+    yield "odd-long-trns", png_file(3, 4, 9, 7, transparency=noise(6, 40))
+    yield "odd-trns-of-rgba", png_file(6, 8, 9, 7, transparency=noise(6, 6))
+    yield "odd-short-trns", png_file(2, 8, 9, 7, transparency=b"\0\1")
+    yield "odd-filter-5", png_writer.png_from_rows(9, 7, 2, 8, b"".join(b"\5" + noise(y, 27) for y in range(7)))
+    yield "odd-rows-missing", png_writer.png_from_rows(9, 7, 2, 8, b"".join(b"\1" + noise(y, 27) for y in range(4)))
+    yield "odd-rows-too-many", png_writer.png_from_rows(9, 7, 2, 8, b"".join(b"\2" + noise(y, 27) for y in range(30)))
+    for level in (0, 1, 9):
+        yield f"deflate-level-{level}", png_file(2, 8, 30, 20, level=level)
+    # Other wrong checksums are only seen where there is a zlib, so what they come to is no matter for a ledger.
+    yield "odd-crc-0-of-header", changed(good, 29, b"\0\0\0\0")
+    yield "odd-crc-0-of-data", changed(good, end - 4, b"\0\0\0\0")
+    yield "bad-no-end", good[:end]
+    yield "bad-signature", changed(good, 7, b"\r")
+    yield "bad-no-data", before + after
+    yield "odd-no-palette", png_file(3, 8, 9, 7).replace(b"PLTE", b"plTE")
+    yield "bad-palette-of-767-bytes", png_file(3, 8, 9, 7).replace(b"\0\0\3\0PLTE", b"\0\0\2\xFFPLTE")
+    yield "bad-damaged-stream", streamed(changed(stream, 2, noise(9, len(stream) // 2)))
+    for name, header in {"width-0": (0, 7, 8, 2, 0, 0, 0), "height-0": (9, 0, 8, 2, 0, 0, 0),
+                         "width-negative": (1 << 31, 7, 8, 2, 0, 0, 0), "depth-3": (9, 7, 3, 2, 0, 0, 0),
+                         "rgb-4": (9, 7, 4, 2, 0, 0, 0), "colour-type-1": (9, 7, 8, 1, 0, 0, 0),
+                         "compression-1": (9, 7, 8, 2, 1, 0, 0), "filter-1": (9, 7, 8, 2, 0, 1, 0),
+                         "interlace-2": (9, 7, 8, 2, 0, 0, 2), "huge": (60000, 60000, 8, 2, 0, 0, 0)}.items():
+        yield f"bad-{name}", good[:8] + chunk(b"IHDR", struct.pack(">IIBBBBB", *header)) + good[33:]
+
+
+# --- BMP
+
+RGB565, BGRX = (0xF800, 0x7E0, 0x1F), (0xFF0000, 0xFF00, 0xFF)
+
+
+def bmp_file(depth, width, height, header=40, compression=0, masks=(), entries=None, pixels=None, used=0, offset=None,
+             seed=0):
+    """`header` is the size of the picture's header, which is its version."""
+    if entries is None:
+        entries = 1 << depth if depth <= 8 else 0
+    palette = noise(seed + 1, entries * (3 if header == 12 else 4))
+    if pixels is None:
+        pixels = noise(seed, (depth * width + 31) // 32 * 4 * abs(height))
+    if header == 12:
+        fields = struct.pack("<IHHHH", 12, width, height, 1, depth)
+    else:
+        fields = struct.pack("<IiiHHIIiiII", header, width, height, 1, depth, compression, 0, 2835, 2835, used, 0)[:header]
+    packed = struct.pack(f"<{len(masks)}I", *masks)
+    body = (fields + packed).ljust(header, b"\0") if header >= 52 else fields + packed
+    start = 14 + len(body) + len(palette) if offset is None else offset
+    size = 14 + len(body) + len(palette) + len(pixels)
+    return b"BM" + struct.pack("<IHHI", size, 0, 0, start) + body + palette + pixels
+
+
+def bgra(width, height, alpha, premultiplied):
+    """Pixels whose alpha comes from a function of x and y."""
+    source = random.Random(width * 100 + height)
+    out = bytearray()
+    for y in range(height):
+        for x in range(width):
+            a = alpha(x, y)
+            out += bytes(source.randrange(a + 1 if premultiplied else 256) for _ in range(3)) + bytes([a])
+    return bytes(out)
+
+
+ALPHAS = {"none": lambda x, y: 255, "zero": lambda x, y: 0, "simple": lambda x, y: 255 * ((x + y) % 2),
+          "complex": lambda x, y: (x * 13 + y * 29) % 256}
+
+
+def bmp():
+    for header in (12, 16, 40, 52, 56, 64, 108, 124):
+        for depth in (1, 4, 8, 24) if header == 12 else (1, 2, 4, 8, 16, 24):
+            yield f"header-{header}-{depth}", bmp_file(depth, 35, 6, header, seed=depth)
+    for depth in (1, 4, 8, 16, 24, 32):
+        yield f"top-down-{depth}", bmp_file(depth, 13, -6)
+    for width in (1, 3, 8, 9):
+        for depth in (1, 2, 4, 8, 16, 24):
+            if width < 8 or depth < 8:
+                yield f"width-{width}-{depth}", bmp_file(depth, width, 3, seed=width)
+    fields = {"565": (16, RGB565), "555": (16, (0x7C00, 0x3E0, 0x1F)), "444": (16, (0xF00, 0xF0, 0xF)),
+              "4444": (16, (0xF00, 0xF0, 0xF, 0xF000)), "1555": (16, (0x7C00, 0x3E0, 0x1F, 0x8000)),
+              "123": (16, (1, 6, 0x38)), "bgrx": (32, BGRX), "rgbx": (32, (0xFF, 0xFF00, 0xFF0000)),
+              "bgra": (32, BGRX + (0xFF000000,)), "rgba": (32, (0xFF, 0xFF00, 0xFF0000, 0xFF000000)),
+              "abgr": (32, (0xFF000000, 0xFF0000, 0xFF00, 0xFF)), "1010102": (32, (0x3FF00000, 0xFFC00, 0x3FF, 0xC0000000)),
+              "11-11-10": (32, (0xFFE00000, 0x1FFC00, 0x3FF)), "one-of-32": (32, (0xFFFFFFFF, 0, 0)),
+              "holes": (32, (0xF0F, 0xF000F000, 0x0F0F0000)), "overlapping": (32, (0xFFFF, 0xFFFF00, 0xFF0000)),
+              "none": (16, (0, 0, 0)), "only-alpha": (32, (0, 0, 0, 0xFF000000))}
+    for name, (depth, masks) in fields.items():
+        behind = 3 if len(masks) == 3 else 6
+        yield f"fields-{name}", bmp_file(depth, 19, 5, 40, behind, masks, seed=depth)
+        if depth == 32:
+            yield f"fields-{name}-v3", bmp_file(depth, 19, 5, 56, 3, masks, seed=depth)
+        yield f"fields-{name}-v5", bmp_file(depth, 19, 5, 124, 3, masks, seed=depth)
+    for name, alpha in ALPHAS.items():
+        for premultiplied in (False, True):
+            kind = "premultiplied" if premultiplied else "straight"
+            yield f"alpha-{name}-{kind}", bmp_file(32, 37, 5, pixels=bgra(37, 5, alpha, premultiplied))
+    # What proves that colours are straight, at the end of the first row, and at the beginning of the last.
+    clear = bgra(37, 5, ALPHAS["none"], True)
+    for name, at in (("first", 36 * 4), ("last", 37 * 4 * 4)):
+        yield f"alpha-straight-in-the-{name}-row", bmp_file(32, 37, 5, pixels=changed(clear, at, b"\x80\x81\x80\x80"))
+        yield f"alpha-clear-colour-in-the-{name}-row", bmp_file(32, 37, 5, pixels=changed(clear, at, b"\1\2\3\0"))
+
+    runs8 = bytes((5, 1, 3, 2, 0, 5, 9, 8, 7, 6, 5, 0, 0, 0, 40, 3, 0, 0, 0, 2, 4, 1, 6, 9, 0, 0, 0, 3, 1, 2, 3, 0, 0, 1))
+    runs4 = bytes((5, 0x12, 3, 0x34, 0, 5, 0x98, 0x76, 0x50, 0, 0, 0, 40, 0x56, 0, 0, 0, 2, 4, 1, 6, 0x9A, 0, 0, 0, 3, 0x12,
+                   0x30, 0, 1))
+    for name, depth, codes in (("rle8", 8, runs8), ("rle4", 4, runs4)):
+        method = 1 if depth == 8 else 2
+        filler = b"\0\0" * 8  # so that the codes may describe all pixels
+
+        def coded(pixels, height=6, **options):
+            return bmp_file(depth, 17, height, compression=method, pixels=pixels, **options)
+        yield name, coded(codes)
+        yield f"{name}-v5", coded(codes, header=124)
+        yield f"{name}-top-down", coded(codes, -6)
+        yield f"odd-{name}-no-end", coded(codes[:-2])
+        yield f"odd-{name}-literals-cut", coded(codes[:-5])
+        yield f"odd-{name}-end-at-once", coded(b"\0\1" + filler)
+        yield f"odd-{name}-delta-out", coded(b"\0\2\xFF\xFF\5\1" + filler)
+        yield f"odd-{name}-delta-cut", coded(filler + b"\0\2\1")
+        yield f"odd-{name}-rows-too-many", coded(b"\5\1\0\0" * 20)
+        yield f"odd-{name}-noise", coded(noise(depth, 200))
+        yield f"bad-{name}-too-little", coded(codes, 600)
+        yield f"bad-{name}-depth", bmp_file(12 - depth, 17, 6, compression=method, pixels=codes)
+    yield "odd-palette-short", bmp_file(8, 9, 5, entries=7, used=7)
+    yield "odd-palette-long", bmp_file(4, 9, 5, entries=40, used=40)
+    yield "odd-palette-300", bmp_file(8, 9, 5, entries=300, used=300)
+    yield "odd-palette-none", bmp_file(4, 9, 5, entries=0)
+    yield "odd-palette-count-huge", bmp_file(4, 9, 5, used=0xFFFFFFFF)
+    yield "odd-palette-of-24", bmp_file(24, 9, 5, entries=6, used=6)
+    for name, offset in (("0", 0), ("in-header", 30), ("out-of-file", 0x40000000), ("late", 70), ("early", 54)):
+        yield f"odd-offset-{name}", bmp_file(8, 9, 5, offset=offset)
+    yield "odd-header-200", bmp_file(24, 9, 5, 200)
+    whole = bmp_file(24, 9, 5)
+    for name, length in (("padding", 1), ("pixel", 5), ("rows", 28 * 2)):
+        yield f"odd-cut-{name}", whole[:-length]
+    yield "odd-cut-32", bmp_file(32, 9, 5, pixels=bgra(9, 5, ALPHAS["none"], True))[:-50]
+    yield "odd-bytes-behind", whole + noise(1, 50)
+    yield "bad-cut", whole[:-28 * 3]
+    for name, arguments in {"width-0": (24, 0, 5), "width-negative": (24, -9, 5), "height-0": (24, 9, 0),
+                            "depth-0": (0, 9, 5), "depth-3": (3, 9, 5), "depth-64": (64, 9, 5)}.items():
+        yield f"bad-{name}", bmp_file(*arguments, pixels=noise(2, 200))
+    yield "bad-huge", bmp_file(24, 1 << 30, 1 << 30, pixels=noise(2, 200))
+    yield "bad-height-least", bmp_file(24, 9, -1 << 31, pixels=noise(2, 200))
+    for compression in (3, 4, 5, 11):
+        yield f"bad-compression-{compression}-24", bmp_file(24, 9, 5, compression=compression)
+    yield "bad-header-13", bmp_file(24, 9, 5, 13)
+    yield "bad-header-larger-than-file", changed(whole, 14, b"\xFF\xFF\xFF\x7F")
+
+
+# --- TGA
+
+def tga_file(kind, depth, width, height, descriptor=0, pixels=None, mapping=None, identity=b"", seed=0):
+    """`mapping` is (first entry, number of entries, bits of an entry)."""
+    first, count, bits = mapping or (0, 0, 0)
+    if pixels is None:
+        pixels = noise(seed, width * height * ((depth + 7) // 8))
+    head = struct.pack("<BBBHHBHHHHBB", len(identity), mapping is not None, kind, first, count, bits, 3, 4, width, height,
+                       depth, descriptor)
+    return head + identity + noise(seed + 1, (first + count) * ((bits + 7) // 8)) + pixels
+
+
+def packets(seed, pixels, size):
+    """Run-length packets that describe this many pixels, some of them across rows."""
+    source = random.Random(seed)
+    out = bytearray()
+    while pixels > 0:
+        count = min(pixels, source.choice((1, 2, 3, 40, 128)))
+        is_run = source.randrange(2)
+        out += bytes([count - 1 | is_run << 7]) + source.randbytes(size if is_run else size * count)
+        pixels -= count
+    return bytes(out)
+
+
+def tga_tail(data, attributes=None):
+    """Extension area, when an attributes type is given, and footer."""
+    area, at = b"", 0
+    if attributes is not None:
+        area, at = struct.pack("<H", 495) + bytes(492) + bytes([attributes]), len(data)
+    return data + area + struct.pack("<II", at, 0) + b"TRUEVISION-XFILE.\0"
+
+
+def tga():
+    for descriptor in (0x00, 0x10, 0x20, 0x30, 0x40, 0x60):
+        for depth in (15, 16, 24, 32):
+            size = (depth + 7) // 8
+            bits = descriptor | {16: 1, 32: 8}.get(depth, 0)
+            yield f"rgb-{depth}-{descriptor:02x}", tga_file(2, depth, 21, 5, bits, seed=depth)
+            yield f"rgb-{depth}-{descriptor:02x}-rle", tga_file(10, depth, 21, 5, bits, packets(depth, 105, size))
+        for depth in (8, 16, 32):
+            size = depth // 8
+            yield f"gray-{depth}-{descriptor:02x}", tga_file(3, depth, 21, 5, descriptor, seed=depth)
+            yield f"gray-{depth}-{descriptor:02x}-rle", tga_file(11, depth, 21, 5, descriptor, packets(depth, 105, size))
+    for bits in (8, 15, 16, 24, 32):
+        for first, count in ((0, 256), (0, 40), (9, 40), (0, 300)):
+            yield f"map-{bits}-{first}-{count}", tga_file(1, 8, 13, 5, 0, mapping=(first, count, bits), seed=bits)
+        yield f"map-{bits}-rle", tga_file(9, 8, 13, 5, 0x20, packets(bits, 65, 1), (0, 256, bits))
+        for attributes in (0, 2, 3, 4):
+            yield (f"map-{bits}-attributes-{attributes}",
+                   tga_tail(tga_file(1, 8, 13, 5, 0, mapping=(0, 256, bits), seed=bits), attributes))
+    for depth in (16, 32):
+        for attributes in (0, 2, 3, 4):
+            yield f"rgb-{depth}-attributes-{attributes}", tga_tail(tga_file(2, depth, 21, 5, 8, seed=depth), attributes)
+    for name, alpha in ALPHAS.items():
+        for premultiplied in (False, True):
+            kind = "premultiplied" if premultiplied else "straight"
+            yield f"alpha-{name}-{kind}", tga_file(2, 32, 37, 5, 8, bgra(37, 5, alpha, premultiplied))
+    whole = tga_file(2, 24, 9, 5)
+    coded = tga_file(10, 24, 21, 5, 0, packets(7, 105, 3))
+    yield "identity", tga_file(2, 24, 9, 5, identity=noise(8, 255))
+    yield "footer", tga_tail(whole)
+    yield "odd-map-of-rgb", tga_file(2, 24, 9, 5, mapping=(0, 16, 24))
+    yield "odd-bytes-behind", whole + noise(9, 60)
+    yield "odd-rle-packet-beyond-the-end", tga_file(10, 24, 9, 5, 0, b"\xFF\1\2\3")
+    yield "odd-extension-out-of-file", changed(tga_tail(whole, 3), -26, b"\xFF\xFF\xFF\x7F")
+    yield "odd-extension-of-wrong-size", changed(tga_tail(tga_file(2, 16, 9, 5, 1), 0), 18 + 90, b"\xF0\1")
+    yield "odd-signature-in-small-letters", tga_tail(whole).replace(b"TRUEVISION", b"truevision")
+    yield "bad-cut", whole[:-1]
+    yield "bad-rle-cut", coded[:-1]
+    yield "bad-map-cut", tga_file(1, 8, 9, 5, 0, mapping=(0, 256, 24))[:-1]
+    yield "bad-rle-too-little", tga_file(10, 24, 2100, 500, 0, packets(7, 105, 3))
+    yield "bad-footer-eats-pixels", tga_tail(whole[:-20])
+    for name, arguments in {"type-0": (0, 24, 9, 5), "type-4": (4, 24, 9, 5), "type-32": (32, 8, 9, 5),
+                            "depth-0": (2, 0, 9, 5), "depth-12": (2, 12, 9, 5), "width-0": (2, 24, 0, 5),
+                            "height-0": (2, 24, 9, 0)}.items():
+        yield f"bad-{name}", tga_file(*arguments, pixels=noise(2, 200))
+    yield "bad-map-missing", tga_file(1, 8, 9, 5)
+    yield "bad-map-depth-16", tga_file(1, 16, 9, 5, mapping=(0, 256, 24))
+    yield "bad-map-empty", tga_file(1, 8, 9, 5, mapping=(0, 0, 24))
+    yield "bad-map-bits-12", tga_file(1, 8, 9, 5, mapping=(0, 16, 12))
+
+
+FORMATS = {"png": png, "bmp": bmp, "tga": tga}
+
+
+# --- by other programs
+
+def by_programs(folder):
+    """The same small picture, as ImageMagick and netpbm write it."""
+    netpbm, magick = folder / "netpbm", folder / "imagemagick"
+    for place in (netpbm, magick):
+        place.mkdir(parents=True, exist_ok=True)
+    source = FOLDER / "png" / "wide-2-8.png"
+    with_alpha = FOLDER / "png" / "wide-6-8.png"
+
+    def run(target, command, **options):
+        target.write_bytes(subprocess.run(command, check=True, stdout=subprocess.PIPE, **options).stdout)
+
+    ways = {"bmp": ("", "-compress RLE -colors 16", "-colors 2", "-colors 200", "-type Grayscale"),
+            "bmp3": ("", "-colors 16"), "bmp2": ("", "-colors 16"),
+            "tga": ("", "-compress RLE", "-type Palette", "-type Palette -compress RLE", "-type Grayscale"),
+            "png": ("", "-colors 16", "-type Grayscale", "-interlace PNG")}
+    for kind, options in ways.items():
+        for way in options:
+            for picture, mark in ((source, ""), (with_alpha, "-alpha")):
+                if mark and way != "" and kind != "png":
+                    continue
+                name = kind + mark + "-" + "-".join(way.replace("-", "").lower().split())
+                target = magick / (name.strip("-") + "." + kind[:3])
+                run(target, ["convert-im6.q16", str(picture), *way.split(), "-strip",
+                             "-define", "png:exclude-chunk=all", f"{kind}:-"])
+    pnm = subprocess.run(["pngtopnm", str(source)], check=True, stdout=subprocess.PIPE).stdout
+    few = subprocess.run(["pnmquant", "16"], input=pnm, check=True, stdout=subprocess.PIPE).stdout
+    gray = subprocess.run(["ppmtopgm"], input=pnm, check=True, stdout=subprocess.PIPE).stdout
+    bits = subprocess.run(["pgmtopbm", "-threshold"], input=gray, check=True, stdout=subprocess.PIPE).stdout
+    for name, picture in {"colours": pnm, "few": few, "gray": gray, "bits": bits}.items():
+        for variant, arguments in {"windows": ["-windows"], "os2": ["-os2"]}.items():
+            run(netpbm / f"{name}-{variant}.bmp", ["ppmtobmp", *arguments], input=picture)
+        run(netpbm / f"{name}.png", ["pnmtopng"], input=picture)
+        kind = {"few": "-cmap", "gray": "-mono", "bits": "-mono"}.get(name, "-rgb")
+        for variant, arguments in {"rle": [], "raw": ["-norle"]}.items():
+            run(netpbm / f"{name}-{variant}.tga", ["ppmtotga", kind, *arguments], input=picture)
+
+
+def main():
+    for kind, draw in FORMATS.items():
+        folder = FOLDER / kind
+        folder.mkdir(parents=True, exist_ok=True)
+        for name, data in draw():
+            (folder / f"{name}.{kind}").write_bytes(data)
+    if "--programs" in sys.argv:
+        by_programs(FOLDER)
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,115 @@
+// All pictures of tests/data/pictures (scripts/draw_test_pictures.py), good, odd and bad, and inputs that once did
+// harm: what each of them gives is written down in tests/data/ledger.txt, one line a file. scripts/ledger.sh writes the
+// ledger anew; the difference is then seen in review.
+#include "support/PngLoading.h"
+#include <algorithm>
+#include <cstdlib>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+
+using namespace pixkit;
+using namespace pixkit::test;
+
+namespace {
+
+const std::filesystem::path data = std::filesystem::path(PIXKIT_SOURCE_DIR) / "tests" / "data";
+
+// Names in the ledger, relative to tests/data, in the order of the alphabet on every system.
+std::vector<std::string> pictureNames() {
+    std::vector<std::string> names;
+    for (const char* folder : {"pictures", "regression"}) {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(data / folder))
+            if (entry.is_regular_file()) names.push_back(entry.path().lexically_relative(data).generic_string());
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+// FNV-1a, 64 bits, over the store: rows bottom-up, B, G, R, A.
+std::uint64_t checksumOf(const cPixSheet& sheet) {
+    std::uint64_t checksum = 0xCBF29CE484222325U;
+    for (const std::uint8_t byte : std::span(sheet.BitsPointer(), static_cast<std::size_t>(sheet.scanWidth()) *
+                                                                      static_cast<std::size_t>(sheet.Height())))
+        checksum = (checksum ^ byte) * 0x100000001B3U;
+    return checksum;
+}
+
+// Of a refused load nothing remains.
+std::string outcome(const cPixSheet& sheet, bool isLoaded) {
+    EXPECT_EQ(sheet.Handle() != 0, isLoaded);
+    EXPECT_EQ(sheet.BitsPointer() != nullptr, isLoaded);
+    EXPECT_EQ(sheet.ImageType() != imgError, isLoaded);
+    if (!isLoaded) return "refused";
+    constexpr const char* alphas[] = {"AlphaNone", "AlphaSimple", "AlphaComplex"};
+    std::ostringstream text;
+    text << sheet.Width() << "x" << sheet.Height() << " " << alphas[sheet.Alpha()] << " type " << sheet.ImageType()
+         << " " << std::hex << std::setfill('0') << std::setw(16) << checksumOf(sheet);
+    return text.str();
+}
+
+// Of bytes that end where their memory does, over an existing image.
+std::string loadExactly(std::span<const std::uint8_t> bytes) {
+    const auto copy = std::make_unique<std::uint8_t[]>(bytes.size());
+    std::ranges::copy(bytes, copy.get());
+    cPixSheet sheet;
+    sheet.InitializeDIB(3, 2);
+    const bool isLoaded =
+        sheet.LoadPicture_Stream(ByteArray::borrow(copy.get(), {0, static_cast<std::uint32_t>(bytes.size())}));
+    return outcome(sheet, isLoaded);
+}
+
+std::string loadFile(const std::filesystem::path& path) {
+    const auto name = path.u8string();
+    cPixSheet sheet;
+    sheet.InitializeDIB(3, 2);
+    const bool isLoaded = sheet.LoadPicture_File({name.begin(), name.end()});
+    return outcome(sheet, isLoaded);
+}
+
+class Ledger : public QuietLoads {};
+
+} // namespace
+
+TEST_F(Ledger, APictureGivesSomethingElseThanIsWrittenDown) {
+    std::ostringstream actual;
+    for (const std::string& name : pictureNames()) {
+        SCOPED_TRACE(name);
+        const Bytes bytes = readFile(data / name);
+        const std::string result = loadExactly(bytes);
+        // Smaller files are refused without a look.
+        if (bytes.size() > 56) {
+            EXPECT_EQ(loadFile(data / name), result) << "as a file";
+        }
+        const platform::ScopedFault noZlib(platform::SeamCall::loadLibrary);
+        EXPECT_EQ(loadExactly(bytes), result) << "without libraries";
+        actual << name << ": " << result << '\n';
+    }
+    const auto path = data / "ledger.txt";
+    if (std::getenv("PIXKIT_WRITE_LEDGER") != nullptr) {
+        std::ofstream(path, std::ios::binary) << actual.str();
+        return;
+    }
+    const Bytes written = readFile(path);
+    std::istringstream expected(std::string(written.begin(), written.end()));
+    std::istringstream found(actual.str());
+    for (std::string line, other; std::getline(found, line);) {
+        ASSERT_TRUE(std::getline(expected, other)) << line << " and more are not in the ledger (scripts/ledger.sh)";
+        ASSERT_EQ(line, other) << "scripts/ledger.sh writes the ledger anew";
+    }
+    std::string more;
+    EXPECT_FALSE(std::getline(expected, more)) << "there is no file for " << more;
+}
+
+// Every prefix of up to 1000 bytes, then of each thirtieth part of the file.
+TEST_F(Ledger, ACutPictureIsNotSurvived) {
+    for (const std::string& name : pictureNames()) {
+        SCOPED_TRACE(name);
+        const Bytes bytes = readFile(data / name);
+        const std::size_t step = bytes.size() / 30 + 1;
+        for (std::size_t size = 20; size < bytes.size(); size += size < 1000 ? 1 : step) {
+            loadExactly(std::span(bytes).first(size));
+            if (HasFailure()) FAIL() << "cut to " << size;
+        }
+    }
+}
