@@ -27,6 +27,13 @@ struct GrayWeights {
     float r, g, b;
 };
 
+// The two rows that interpolation mixes, or one: then `second` is null.
+struct WeightedRows {
+    const std::uint8_t* first;
+    const std::uint8_t* second;
+    double firstWeight, secondWeight;
+};
+
 struct Table {
     // --- alpha
     // Scans pixels left to right and updates `scan`; stops and returns false at the pixel that proves the data not
@@ -65,6 +72,15 @@ struct Table {
     void (*flatten32)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* fill);
     // Copies pixels in reverse order. The rows do not overlap.
     void (*mirror)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+
+    // --- resampling; rows do not overlap
+    // Pixel i is the one that starts `offsets[i]` bytes behind src.
+    void (*gatherPixels)(std::uint8_t* dst, const std::uint8_t* src, const std::int32_t* offsets, std::size_t count);
+    // Pixel i is mixed from the pixel `offsets[i]` bytes into each row and the one behind it, which is there even where
+    // its weight is 0. A byte is the sum, in double precision and in this order, of first row near, far, second row
+    // near, far, each byte * (column weight * row weight), rounded down. No sum reaches 256.
+    void (*sampleBilinear)(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets,
+                           const double* nearWeights, const double* farWeights, std::size_t count);
 
     // --- layouts
     // Exchanges the first and third byte of each 4-byte pixel.

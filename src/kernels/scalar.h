@@ -20,6 +20,10 @@ void flatten24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, co
 void flatten32(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::uint8_t* fill);
 void mirror(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 
+void gatherPixels(std::uint8_t* dst, const std::uint8_t* src, const std::int32_t* offsets, std::size_t count);
+void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets, const double* nearWeights,
+                    const double* farWeights, std::size_t count);
+
 void swapRedBlue(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void pack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);
 void unpack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);

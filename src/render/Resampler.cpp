@@ -1,0 +1,168 @@
+#include "render/Resampler.h"
+#include "kernels/kernels.h"
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <vector>
+
+namespace pixkit {
+
+namespace {
+
+// One axis of a picture that is scaled: `sourceSize` pixels from `sourceStart`, columns or stored rows, become
+// `scaledSize`, of which `count` from `start` are computed.
+struct Axis {
+    std::size_t sourceStart, sourceSize, scaledSize, start, count;
+
+    double ratio() const { return static_cast<double>(sourceSize) / static_cast<double>(scaledSize); }
+    std::size_t last() const { return sourceStart + sourceSize - 1; }
+    // The pixel that a position falls on. A position close below the end may have been rounded up to it.
+    std::size_t pixelAt(double position) const { return std::min(static_cast<std::size_t>(position), last()); }
+    double scaled(std::size_t i) const { return static_cast<double>(start + i) * ratio(); }
+};
+
+void resampleNearest(PixelView output, ConstPixelView source, const Axis& columns, const Axis& rows) {
+    std::vector<std::int32_t> xLUdbl(columns.count); // where in a row each column's pixel is, in bytes
+    for (std::size_t i = 0; i < columns.count; ++i) {
+        const double position = columns.scaled(i) + static_cast<double>(columns.sourceStart);
+        xLUdbl[i] = static_cast<std::int32_t>(columns.pixelAt(position) * 4);
+    }
+    const std::uint8_t* before = nullptr;
+    for (std::size_t i = 0; i < rows.count; ++i) {
+        const double position = std::floor(rows.scaled(i)) + static_cast<double>(rows.sourceStart);
+        const std::uint8_t* const row = source.row(rows.pixelAt(position));
+        if (row == before) {
+            std::memcpy(output.row(i), output.row(i - 1), output.width * 4);
+        } else {
+            kernels::table().gatherPixels(output.row(i), row, xLUdbl.data(), columns.count);
+        }
+        before = row;
+    }
+}
+
+// The weight of a pixel at a distance below 1; written out, because 1 - (1 - x) need not be x.
+double scaler(double distance) {
+    return 1.0 - std::abs(distance);
+}
+
+class BilinearColumns {
+  public:
+    BilinearColumns(const Axis& columns, std::size_t sourceWidth)
+        : m_offsets(columns.count), m_near(columns.count), m_far(columns.count) {
+        for (std::size_t i = 0; i < columns.count; ++i) {
+            const double position = columns.scaled(i) + static_cast<double>(columns.sourceStart);
+            const std::size_t iX = columns.pixelAt(position);
+            if (iX < columns.last()) {
+                const double fX = position - static_cast<double>(iX);
+                set(i, iX, scaler(fX - 0.0), scaler(fX - 1.0));
+            } else if (iX + 1 < sourceWidth || iX == 0) {
+                set(i, iX, 1.0, 0.0); // the last column alone
+            } else {
+                set(i, iX - 1, 0.0, 1.0); // the same, without reaching behind the row
+            }
+        }
+    }
+    const std::int32_t* offsets() const { return m_offsets.data(); }
+    const double* nearWeights() const { return m_near.data(); }
+    const double* farWeights() const { return m_far.data(); }
+
+  private:
+    void set(std::size_t i, std::size_t column, double near, double far) {
+        m_offsets[i] = static_cast<std::int32_t>(column * 4);
+        m_near[i] = near;
+        m_far[i] = far;
+    }
+
+    std::vector<std::int32_t> m_offsets;
+    std::vector<double> m_near, m_far;
+};
+
+kernels::WeightedRows bilinearRows(ConstPixelView source, const Axis& rows, std::size_t i) {
+    const double position = rows.scaled(i) + static_cast<double>(rows.sourceStart);
+    const std::size_t iY = rows.pixelAt(position);
+    if (iY == 0) return {source.row(0), nullptr, 1.0, 0.0};
+    // Wanted, although columns do the opposite and the picture sits a stored row higher for it: row iY has the fraction
+    // for its weight, row iY - 1 the rest, even where iY - 1 lies below the source rectangle.
+    const double fY = 1.0 - (position - static_cast<double>(iY));
+    const double upper = scaler(0.0 - fY);
+    const double lower = scaler(1.0 - fY);
+    if (upper == 0.0) return {source.row(iY - 1), nullptr, lower, 0.0};
+    if (lower == 0.0) return {source.row(iY), nullptr, upper, 0.0};
+    return {source.row(iY), source.row(iY - 1), upper, lower};
+}
+
+// Rows of one pixel become rows of two, because the kernel reads pairs.
+class DoubledPixels {
+  public:
+    void replace(kernels::WeightedRows& rows) {
+        duplicate(rows.first, m_first);
+        if (rows.second != nullptr) duplicate(rows.second, m_second);
+    }
+
+  private:
+    static void duplicate(const std::uint8_t*& row, std::uint8_t (&pair)[8]) {
+        std::memcpy(pair, row, 4);
+        std::memcpy(pair + 4, row, 4);
+        row = pair;
+    }
+    std::uint8_t m_first[8] = {}, m_second[8] = {};
+};
+
+void resampleBilinear(PixelView output, ConstPixelView source, const Axis& columns, const Axis& rows) {
+    const BilinearColumns weights(columns, source.width);
+    DoubledPixels doubled;
+    for (std::size_t i = 0; i < rows.count; ++i) {
+        kernels::WeightedRows weighted = bilinearRows(source, rows, i);
+        if (source.width == 1) doubled.replace(weighted);
+        kernels::table().sampleBilinear(output.row(i), weighted, weights.offsets(), weights.nearWeights(),
+                                        weights.farWeights(), columns.count);
+    }
+}
+
+void resample(PixelView output, ConstPixelView source, const Axis& columns, const Axis& rows, bool HighQuality) {
+    (HighQuality ? resampleBilinear : resampleNearest)(output, source, columns, rows);
+}
+
+std::size_t size(std::int64_t value) {
+    return static_cast<std::size_t>(value);
+}
+
+} // namespace
+
+bool spt_pvResize(PixelBuffer& rSizedBytes, ConstPixelView source, std::int32_t SrcX, std::int32_t SrcY,
+                  std::int32_t srcWidth, std::int32_t srcHeight, std::int32_t& destX, std::int32_t& destY,
+                  std::int32_t& destWidth, std::int32_t& destHeight, bool HighQuality, const VisiblePart& visible) {
+    const auto imageWidth = static_cast<std::int64_t>(source.width);
+    const auto imageHeight = static_cast<std::int64_t>(source.height);
+    const std::int64_t sourceWidth = srcWidth == 0 ? imageWidth : srcWidth;
+    const std::int64_t sourceHeight = srcHeight == 0 ? imageHeight : srcHeight;
+    if (SrcX < 0 || SrcY < 0 || sourceWidth < 1 || sourceHeight < 1 || SrcX + sourceWidth > imageWidth ||
+        SrcY + sourceHeight > imageHeight || destWidth < 1 || destHeight < 1)
+        return false;
+
+    const std::int64_t left = std::max(destX, visible.left);
+    const std::int64_t top = std::max(destY, visible.top);
+    const std::int64_t right = std::min<std::int64_t>(std::int64_t{destX} + destWidth, visible.right);
+    const std::int64_t bottom = std::min<std::int64_t>(std::int64_t{destY} + destHeight, visible.bottom);
+    if (left >= right || top >= bottom) return false;
+
+    const Axis columns = {size(SrcX), size(sourceWidth), size(destWidth), size(left - destX), size(right - left)};
+    const Axis rows = {size(imageHeight - sourceHeight - SrcY), size(sourceHeight), size(destHeight),
+                       size(std::int64_t{destY} + destHeight - bottom), size(bottom - top)};
+    PixelBuffer sized(columns.count, rows.count);
+    resample(sized.view(), source, columns, rows, HighQuality);
+    rSizedBytes = std::move(sized);
+    destX = static_cast<std::int32_t>(left);
+    destY = static_cast<std::int32_t>(top);
+    destWidth = static_cast<std::int32_t>(columns.count);
+    destHeight = static_cast<std::int32_t>(rows.count);
+    return true;
+}
+
+void spt_pvResize(PixelView rSizedBytes, ConstPixelView source, bool HighQuality) {
+    const Axis columns = {0, source.width, rSizedBytes.width, 0, rSizedBytes.width};
+    const Axis rows = {0, source.height, rSizedBytes.height, 0, rSizedBytes.height};
+    resample(rSizedBytes, source, columns, rows, HighQuality);
+}
+
+} // namespace pixkit
