@@ -19,6 +19,7 @@ enum class SeamCall : std::uint8_t {
     getFileAttributes,
     setFileAttributes,
     deleteFile,
+    moveFile,
     loadLibrary,
     getProcAddress,
     desktopWindowUnicode, // "fails" = the desktop answers that it is not Unicode

@@ -12,6 +12,7 @@ namespace pixkit::platform {
 enum class FileUse : std::uint8_t {
     openExisting, // read only, shared for reading
     createAlways, // write only, truncates an existing file
+    createNew,    // write only, fails when the name exists
 };
 
 // invalidHandle on failure. A directory is not a file: it fails.
@@ -43,6 +44,14 @@ bool SetFileAttributesA(const std::string& name, std::uint32_t attributes) noexc
 // A directory is not deleted: false.
 bool DeleteFileW(const std::string& name) noexcept;
 bool DeleteFileA(const std::string& name) noexcept;
+
+// Gives a file another name, in one step: whoever held that name is replaced or, on failure, untouched. What DeleteFile
+// would refuse is not replaced.
+bool MoveFileExW(const std::string& from, const std::string& to) noexcept;
+bool MoveFileExA(const std::string& from, const std::string& to) noexcept;
+
+// How much of a name, from its beginning, is the folder; the last separator counts. 0 for a bare file name.
+std::size_t folderLength(const std::string& name) noexcept;
 
 using UniqueFile = UniqueHandle<&CloseHandle, invalidHandle>;
 

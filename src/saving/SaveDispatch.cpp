@@ -1,32 +1,39 @@
-// Every save to a file first settles whether the target may be written, then runs the writer that serves streams too.
+// Every save to a file first settles whether the target may be written, then runs the writer that serves streams too,
+// on a file beside the target, which takes the target's place when it is complete: a full disk costs nobody both.
 #include "codecs/bmp/cBMPparser.h"
 #include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
 #include "platform/interaction.h"
+#include "saving/NeighbourFile.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/cPixSheet.h"
 
 namespace pixkit {
 
-bool cPixSheet::spt_DeleteFile(const std::string& FileName, bool PromptOverWrite) const {
+bool cPixSheet::spt_SaveToFile(const std::string& FileName, bool PromptOverWrite,
+                               const std::function<bool(const std::string&)>& writer) const {
     if (FileName.empty() || m_Handle == 0) return false;
-    // Whether the file exists is asked through the desktop's own choice of functions, the deletion through the
-    // system's: a directory of that name exists too, and fails to be deleted.
-    if (!iparseFileExists(FileName, false)) return true;
-    if (PromptOverWrite && platform::MessageBoxW("Overwrite existing file?", "Overwrite Confirmation",
-                                                 platform::messageBoxYesNoQuestionDefaultNo) != platform::answerYes) {
+    // Whether the file exists is asked through the desktop's own choice of functions, everything else goes through the
+    // system's.
+    if (PromptOverWrite && iparseFileExists(FileName, false) &&
+        platform::MessageBoxW("Overwrite existing file?", "Overwrite Confirmation",
+                              platform::messageBoxYesNoQuestionDefaultNo) != platform::answerYes) {
         return false;
     }
-    return iparseDeleteFile(FileName, (m_osCAP & capNtFamily) != 0);
+    const bool useUnicode = (m_osCAP & capNtFamily) != 0;
+    if (iparseIsDirectory(FileName, useUnicode)) return false;
+    NeighbourFile neighbour(FileName, useUnicode);
+    return neighbour.exists() && writer(neighbour.name()) && neighbour.takeItsPlace();
 }
 
 bool cPixSheet::SaveToFile_Bitmap(const std::string& FileName, bool KeepPreMultipliedPixels,
                                   std::int32_t TransparentFillColor, bool PromptOverWrite) const noexcept {
     return guarded("SaveToFile_Bitmap", false, [&] {
         ByteArray noStream;
-        return spt_DeleteFile(FileName, PromptOverWrite) &&
-               cBMPparser::SaveAsBMP(*this, FileName, noStream, KeepPreMultipliedPixels, TransparentFillColor);
+        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
+            return cBMPparser::SaveAsBMP(*this, name, noStream, KeepPreMultipliedPixels, TransparentFillColor);
+        });
     });
 }
 
@@ -40,8 +47,9 @@ bool cPixSheet::SaveToStream_Bitmap(ByteArray& outStream, bool KeepPreMultiplied
 bool cPixSheet::SaveToFile_TGA(const std::string& FileName, bool Compress, bool ReduceBitDepth,
                                bool AllowPreMultipliedPixels, bool PromptOverWrite) const noexcept {
     return guarded("SaveToFile_TGA", false, [&] {
-        return spt_DeleteFile(FileName, PromptOverWrite) &&
-               cTGAparser::SaveAsTGA(FileName, AllowPreMultipliedPixels, Compress, ReduceBitDepth, *this);
+        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
+            return cTGAparser::SaveAsTGA(name, AllowPreMultipliedPixels, Compress, ReduceBitDepth, *this);
+        });
     });
 }
 

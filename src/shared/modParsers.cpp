@@ -150,10 +150,19 @@ bool useWideFunctions(bool useUnicode) noexcept {
     return useUnicode || platform::isDesktopWindowUnicode();
 }
 
+std::uint32_t attributesOf(const std::string& FileName, bool wide) noexcept {
+    return wide ? platform::GetFileAttributesW(FileName) : platform::GetFileAttributesA(FileName);
+}
+
 } // namespace
 
 platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bool useUnicode) noexcept {
     const auto use = bOpen ? platform::FileUse::openExisting : platform::FileUse::createAlways;
+    return useWideFunctions(useUnicode) ? platform::CreateFileW(FileName, use) : platform::CreateFileA(FileName, use);
+}
+
+platform::Handle iparseCreateNewFile(const std::string& FileName, bool useUnicode) noexcept {
+    constexpr auto use = platform::FileUse::createNew;
     return useWideFunctions(useUnicode) ? platform::CreateFileW(FileName, use) : platform::CreateFileA(FileName, use);
 }
 
@@ -164,9 +173,12 @@ bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t>
 }
 
 bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept {
-    const auto attributes =
-        useWideFunctions(useUnicode) ? platform::GetFileAttributesW(FileName) : platform::GetFileAttributesA(FileName);
-    return attributes != platform::invalidFileAttributes;
+    return attributesOf(FileName, useWideFunctions(useUnicode)) != platform::invalidFileAttributes;
+}
+
+bool iparseIsDirectory(const std::string& FileName, bool useUnicode) noexcept {
+    const std::uint32_t attributes = attributesOf(FileName, useWideFunctions(useUnicode));
+    return attributes != platform::invalidFileAttributes && (attributes & platform::fileAttributeDirectory) != 0;
 }
 
 bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept {
@@ -174,6 +186,18 @@ bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept {
         return platform::SetFileAttributesW(FileName, platform::fileAttributeNormal) && platform::DeleteFileW(FileName);
     }
     return platform::SetFileAttributesA(FileName, platform::fileAttributeNormal) && platform::DeleteFileA(FileName);
+}
+
+bool iparseReplaceFile(const std::string& FileName, const std::string& ReplacedName, bool useUnicode) noexcept {
+    const bool wide = useWideFunctions(useUnicode);
+    const auto setAttributes = wide ? platform::SetFileAttributesW : platform::SetFileAttributesA;
+    const auto moveFile = wide ? platform::MoveFileExW : platform::MoveFileExA;
+    const std::uint32_t attributes = attributesOf(ReplacedName, wide);
+    if (attributes == platform::invalidFileAttributes) return moveFile(FileName, ReplacedName);
+    if (!setAttributes(ReplacedName, platform::fileAttributeNormal)) return false;
+    if (moveFile(FileName, ReplacedName)) return true;
+    setAttributes(ReplacedName, attributes);
+    return false;
 }
 
 bool iparseValidateDLL(const char* DllName, const char* dllProc) noexcept {

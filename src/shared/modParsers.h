@@ -69,12 +69,18 @@ std::int32_t iparseFindColor(std::span<const std::int32_t> PaletteItems, std::in
 // Opens an existing file for reading, or creates one for writing when `bOpen` is false; -1 on failure. Here and below
 // the wide functions are used when `useUnicode` is true, else the desktop window decides between wide and narrow ones.
 platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bool useUnicode) noexcept;
+// Creates a file for writing; -1 when the name exists already, or on failure.
+platform::Handle iparseCreateNewFile(const std::string& FileName, bool useUnicode) noexcept;
 // Writes all the bytes, in one piece; false when fewer arrived.
 bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t> bytes) noexcept;
 // Whether the name has attributes: a directory counts as existing.
 bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept;
+bool iparseIsDirectory(const std::string& FileName, bool useUnicode) noexcept;
 // Sets the attributes to normal, so that read-only files go too, and deletes the file; true when both steps succeed.
 bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept;
+// Makes a file the content of another name in one step. Whoever has that name is replaced, read-only or not; on failure
+// it stays as it was.
+bool iparseReplaceFile(const std::string& FileName, const std::string& ReplacedName, bool useUnicode) noexcept;
 // Whether a library can be loaded and exports a function.
 bool iparseValidateDLL(const char* DllName, const char* dllProc) noexcept;
 

@@ -4,6 +4,7 @@
 #include "shared/enumerations.h"
 #include <any>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -153,9 +154,9 @@ class cPixSheet {
     // --- saving (saving/SaveDispatch.cpp)
 
     // Saves as a BMP file. An opaque image has 24 bits a pixel; one with alpha 32, premultiplied as stored, when
-    // KeepPreMultipliedPixels, else it is flattened onto TransparentFillColor at 24. An existing file is deleted first,
-    // after a Yes/No question when PromptOverWrite. False without an image, on a No, or when the file cannot be
-    // deleted, created or written whole.
+    // KeepPreMultipliedPixels, else it is flattened onto TransparentFillColor at 24. An existing file, read-only or
+    // not, is replaced, after a Yes/No question when PromptOverWrite. False without an image, on a No, for a directory,
+    // or when the file cannot be written whole or put in the place of the old one, which then is as it was.
     bool SaveToFile_Bitmap(const std::string& FileName, bool KeepPreMultipliedPixels = false,
                            std::int32_t TransparentFillColor = 0, bool PromptOverWrite = true) const noexcept;
     // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
@@ -198,7 +199,8 @@ class cPixSheet {
     bool pvOverlapsStore(const ByteArray& array) const noexcept;
     void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat);
     bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
-    bool spt_DeleteFile(const std::string& FileName, bool PromptOverWrite) const;
+    bool spt_SaveToFile(const std::string& FileName, bool PromptOverWrite,
+                        const std::function<bool(const std::string&)>& writer) const;
 
     std::any m_Tag;
     bool m_StretchQuality = false;

@@ -119,6 +119,29 @@ TEST_F(PlatformFiles, ReadOnlyProtectsFromDeletingUntilItIsCleared) {
     EXPECT_TRUE(DeleteFileW(path));
 }
 
+TEST_F(PlatformFiles, MovingReplacesWhatDeletingWouldRefuseOrLosesAFile) {
+    const std::string from = make("from.bin", "new"), to = make("to.bin", "old");
+    EXPECT_EQ(CreateFileW(to, FileUse::createNew), invalidHandle);
+    ASSERT_TRUE(SetFileAttributesW(to, fileAttributeReadonly));
+    EXPECT_FALSE(MoveFileExW(from, to));
+    EXPECT_EQ(contentOf(to), "old");
+    ASSERT_TRUE(SetFileAttributesW(to, fileAttributeNormal));
+    EXPECT_FALSE(MoveFileExW(from, folder()));
+    EXPECT_FALSE(MoveFileExW(in("missing"), to));
+    {
+        const ScopedFault fault(SeamCall::moveFile);
+        EXPECT_FALSE(MoveFileExW(from, to));
+        EXPECT_FALSE(MoveFileExA(from, to));
+    }
+    EXPECT_EQ(contentOf(from) + contentOf(to), "newold");
+    EXPECT_TRUE(MoveFileExA(from, to));
+    EXPECT_TRUE(MoveFileExW(to, from)) << "nobody had that name any more";
+    EXPECT_EQ(contentOf(from), "new");
+    EXPECT_EQ(entries(), 1);
+    EXPECT_EQ(from.substr(0, folderLength(from)) + "from.bin", from);
+    EXPECT_EQ(folderLength("from.bin"), 0U);
+}
+
 TEST_F(PlatformFiles, ReadingMovesOnAndStopsAtTheEnd) {
     const std::string path = make("read.bin", "0123456789");
     const UniqueFile file(CreateFileW(path, FileUse::openExisting));

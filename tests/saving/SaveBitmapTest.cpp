@@ -1,4 +1,5 @@
 #include "platform/faults.h"
+#include "platform/files.h"
 #include "platform/interaction.h"
 #include "support/Pictures.h"
 #include <gtest/gtest.h>
@@ -114,30 +115,51 @@ TEST(SaveBitmap, AsksBeforeItOverwritesAndANoLeavesTheFile) {
         EXPECT_TRUE(sheet.SaveToFile_Bitmap(name, false, 0, false));
         EXPECT_TRUE(sheet.SaveToFile_Bitmap(folder.name(u8"new.bmp")));
         EXPECT_EQ(yes.asked.size(), 1U) << "neither PromptOverWrite False nor a new file asks";
-        EXPECT_FALSE(sheet.SaveToFile_Bitmap(folder.name(u8""))) << "a directory exists and cannot be deleted";
+        EXPECT_FALSE(sheet.SaveToFile_Bitmap(folder.name(u8""))) << "a directory exists and is not replaced";
         EXPECT_FALSE(sheet.SaveToFile_Bitmap(""));
         EXPECT_FALSE(sheet.SaveToFile_Bitmap(folder.name(u8"no such folder/picture.bmp")));
     }
 }
 
-TEST(SaveBitmap, ReportsEveryFailureOfTheFileSystem) {
+// Read-only folder, full disk, full disk at the end, old file that cannot be made writable, old file in use.
+TEST(SaveBitmap, AFailureCostsTheOldFileOrGoesUnreported) {
     const test::TemporaryFolder folder;
     const auto name = folder.name(u8"picture.bmp");
+    const auto path = folder.path(u8"picture.bmp");
+    const Bytes old = {1, 2, 3};
     cPixSheet sheet;
     fill(sheet, 1, 1, {{1, 2, 3, 255}});
+    const auto filesThere = [&] { return std::distance(std::filesystem::directory_iterator(folder.path(u8"")), {}); };
     const std::pair<SeamCall, int> failures[] = {
-        {SeamCall::createFile, 0}, {SeamCall::writeFile, 0},         {SeamCall::writeFile, 1},
-        {SeamCall::deleteFile, 0}, {SeamCall::setFileAttributes, 0},
+        {SeamCall::createFile, 0}, {SeamCall::createFile, 1},        {SeamCall::writeFile, 0},
+        {SeamCall::writeFile, 1},  {SeamCall::setFileAttributes, 0}, {SeamCall::moveFile, 0},
     };
     for (const auto& [call, after] : failures) {
         SCOPED_TRACE(static_cast<int>(call));
-        test::writeFile(folder.path(u8"picture.bmp"), {1});
+        test::writeFile(path, old);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_read);
         {
             const ScopedFault fault(call, after, 1); // once: what follows a failure must not mend it
             EXPECT_FALSE(sheet.SaveToFile_Bitmap(name, false, 0, false));
         }
+        EXPECT_EQ(test::readFile(path), old);
+        EXPECT_NE(platform::GetFileAttributesW(name) & platform::fileAttributeReadonly, 0U);
+        EXPECT_EQ(filesThere(), 1) << "the half-written file was left behind";
         EXPECT_TRUE(sheet.SaveToFile_Bitmap(name, false, 0, false)) << "no handle may be left open";
     }
+    test::writeFile(path, old);
+    test::writeFile(folder.path(u8"~pixkit0.bmp"), old); // somebody else's
+    {
+        // In use: Windows does not let such a file go, other systems do.
+        const platform::UniqueFile reader(platform::CreateFileW(name, platform::FileUse::openExisting));
+        if (!sheet.SaveToFile_Bitmap(name, false, 0, false)) {
+            EXPECT_EQ(test::readFile(path), old);
+        }
+    }
+    EXPECT_TRUE(sheet.SaveToFile_Bitmap(name, false, 0, false));
+    EXPECT_EQ(test::readFile(path).size(), 58U);
+    EXPECT_EQ(test::readFile(folder.path(u8"~pixkit0.bmp")), old);
+    EXPECT_EQ(filesThere(), 2);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "platform/portable/HandleTable.h"
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <memory>
 #include <new>
@@ -36,9 +37,16 @@ bool status(const std::string& name, struct stat& result) noexcept {
     return isName(name) && stat(name.c_str(), &result) == 0;
 }
 
+// Neither directories nor devices are deleted or replaced, and on no system a file marked read-only.
+bool mayGo(const struct stat& file) noexcept {
+    return S_ISREG(file.st_mode) && (file.st_mode & S_IWUSR) != 0;
+}
+
 // Without blocking, so that a pipe that nobody writes to is refused by the caller instead of waited for.
 int openFile(const std::string& name, FileUse use) noexcept {
-    const int how = use == FileUse::openExisting ? O_RDONLY : O_WRONLY | O_CREAT | O_TRUNC;
+    int how = O_RDONLY;
+    if (use == FileUse::createAlways) how = O_WRONLY | O_CREAT | O_TRUNC;
+    if (use == FileUse::createNew) how = O_WRONLY | O_CREAT | O_EXCL;
     return open(name.c_str(), how | O_CLOEXEC | O_NONBLOCK, 0666);
 }
 
@@ -135,8 +143,18 @@ bool SetFileAttributesW(const std::string& name, std::uint32_t attributes) noexc
 bool DeleteFileW(const std::string& name) noexcept {
     struct stat target {};
     if (!status(name, target) || faultDue(SeamCall::deleteFile)) return false;
-    // Neither directories nor devices, and on no system a file marked read-only.
-    return S_ISREG(target.st_mode) && (target.st_mode & S_IWUSR) != 0 && unlink(name.c_str()) == 0;
+    return mayGo(target) && unlink(name.c_str()) == 0;
+}
+
+bool MoveFileExW(const std::string& from, const std::string& to) noexcept {
+    struct stat target {};
+    if (!isName(from) || !isName(to) || faultDue(SeamCall::moveFile)) return false;
+    if (status(to, target) && !mayGo(target)) return false;
+    return rename(from.c_str(), to.c_str()) == 0;
+}
+
+std::size_t folderLength(const std::string& name) noexcept {
+    return name.rfind('/') + 1; // nowhere is the greatest number
 }
 
 // There is one kind of name here.
@@ -151,6 +169,9 @@ bool SetFileAttributesA(const std::string& name, std::uint32_t attributes) noexc
 }
 bool DeleteFileA(const std::string& name) noexcept {
     return DeleteFileW(name);
+}
+bool MoveFileExA(const std::string& from, const std::string& to) noexcept {
+    return MoveFileExW(from, to);
 }
 
 } // namespace pixkit::platform

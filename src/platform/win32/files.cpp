@@ -23,7 +23,7 @@ struct OpenMode {
 
 OpenMode modeOf(FileUse use) noexcept {
     if (use == FileUse::openExisting) return {GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING};
-    return {GENERIC_WRITE, 0, CREATE_ALWAYS};
+    return {GENERIC_WRITE, 0, static_cast<DWORD>(use == FileUse::createNew ? CREATE_NEW : CREATE_ALWAYS)};
 }
 
 // Calls `function` with the name in UTF-16, or gives `failure` for a name that has none.
@@ -135,6 +135,28 @@ bool DeleteFileW(const std::string& name) noexcept {
 bool DeleteFileA(const std::string& name) noexcept {
     if (faultDue(SeamCall::deleteFile)) return false;
     return withNarrowName(name, false, [](const char* narrow) { return ::DeleteFileA(narrow) != FALSE; });
+}
+
+bool MoveFileExW(const std::string& from, const std::string& to) noexcept {
+    if (faultDue(SeamCall::moveFile)) return false;
+    return withWideName(from, false, [&](const wchar_t* wideFrom) {
+        return withWideName(to, false, [&](const wchar_t* wideTo) {
+            return ::MoveFileExW(wideFrom, wideTo, MOVEFILE_REPLACE_EXISTING) != FALSE;
+        });
+    });
+}
+
+bool MoveFileExA(const std::string& from, const std::string& to) noexcept {
+    if (faultDue(SeamCall::moveFile)) return false;
+    return withNarrowName(from, false, [&](const char* narrowFrom) {
+        return withNarrowName(to, false, [&](const char* narrowTo) {
+            return ::MoveFileExA(narrowFrom, narrowTo, MOVEFILE_REPLACE_EXISTING) != FALSE;
+        });
+    });
+}
+
+std::size_t folderLength(const std::string& name) noexcept {
+    return name.find_last_of("/\\:") + 1; // nowhere is the greatest number
 }
 
 } // namespace pixkit::platform

@@ -269,7 +269,7 @@ TEST_F(TgaWriter, AFailedSaveSaysTrueOrSpoilsTheArray) {
     EXPECT_FALSE(sheet.SaveToFile_TGA(folder.name(u8"missing/a.tga")));
 
     // Header, pixels, extension area, footer.
-    std::vector<std::pair<SeamCall, int>> failures = {{SeamCall::createFile, 0}, {SeamCall::deleteFile, 0}};
+    std::vector<std::pair<SeamCall, int>> failures = {{SeamCall::createFile, 0}, {SeamCall::moveFile, 0}};
     for (int after = 0; after < 4; ++after)
         failures.emplace_back(SeamCall::writeFile, after);
     for (const auto& [call, after] : failures) {
