@@ -11,6 +11,10 @@ enum class SeamCall : std::uint8_t {
     selectObject,
     createDIBSection,
     getDIBits,
+    getObject,
+    oleLoadPicture,
+    oleCreatePictureIndirect,
+    renderPicture,
     createFile,
     readFile,
     writeFile, // the failing write reports success with half the bytes done: a full disk

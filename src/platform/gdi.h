@@ -3,6 +3,7 @@
 // zero, stale (already deleted) or of another kind makes the call fail with the stated value; nothing crashes.
 #pragma once
 #include "platform/handle.h"
+#include <array>
 #include <cstdint>
 
 namespace pixkit::platform {
@@ -46,15 +47,29 @@ bool DeleteObject(Handle object) noexcept;
 
 ObjectType GetObjectType(Handle object) noexcept;
 
-// A bitmap of 24 or 32 bits whose pixels the caller reaches through `bits` (rows padded to four bytes, every byte 0 at
-// first: fresh pages of the system). Returns 0, and null `bits`, on failure.
-Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits) noexcept;
+// The colours of a bitmap of 8 bits: bytes B, G, R, 0 in the memory of each entry (RGBQUAD).
+using ColorTable = std::array<std::uint32_t, 256>;
+
+// A bitmap of 24 or 32 bits, or of 8 with its colours, whose pixels the caller reaches through `bits` (rows padded to
+// four bytes, every byte 0 at first: fresh pages of the system). Returns 0, and null `bits`, on failure.
+Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits,
+                        const ColorTable* colors = nullptr) noexcept;
 
 // Copies `lines` rows from row `start` (counted in the order that header.biHeight asks for) of a bitmap into `bits` at
-// header's size, 24 or 32 bits, BI_RGB. Returns the number of rows copied, 0 on failure. The bitmap must not be
+// header's size, BI_RGB: 24 or 32 bits (alpha 0 where the bitmap has none), or from a bitmap of 8 bits its 8 bits and
+// `colors`. Rows are padded to four bytes. Returns the number of rows copied, 0 on failure. The bitmap must not be
 // selected.
-int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits,
-              BitmapInfoHeader& header) noexcept;
+int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits, BitmapInfoHeader& header,
+              ColorTable* colors = nullptr) noexcept;
+
+// What GetObject tells of a bitmap (BITMAP).
+struct BitmapRecord {
+    std::int32_t bmWidth = 0;
+    std::int32_t bmHeight = 0; // never negative
+    std::uint16_t bmBitsPixel = 0;
+};
+// False for anything but a bitmap.
+bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept;
 
 // The screen's device context for the length of a scope.
 class ScreenDC {

@@ -142,6 +142,19 @@ std::int32_t iparseFindColor(std::span<const std::int32_t> PaletteItems, std::in
     return Color > PaletteItems[static_cast<std::size_t>(probe) - 1] ? probe + 1 : probe;
 }
 
+// --- system pictures
+
+std::unique_ptr<platform::StdPicture> iparseArrayToPicture(std::span<const std::uint8_t> inArray, std::size_t Offset,
+                                                           std::size_t Size) noexcept {
+    if (Offset > inArray.size() || Size > inArray.size() - Offset) return nullptr;
+    return platform::OleLoadPicture(inArray.subspan(Offset, Size));
+}
+
+std::unique_ptr<platform::StdPicture> iparseHandleToStdPicture(platform::Handle hImage,
+                                                               platform::PictureType imgType) noexcept {
+    return platform::OleCreatePictureIndirect(hImage, imgType, false);
+}
+
 // --- files and libraries
 
 namespace {

@@ -2,9 +2,12 @@
 #pragma once
 #include "kernels/kernels.h"
 #include "platform/files.h"
+#include "platform/pictures.h"
 #include "shared/PixelView.h"
 #include "shared/enumerations.h"
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 
@@ -63,6 +66,16 @@ void iparseBlendImageToColor(ConstPixelView cHost, std::int32_t FillColor, std::
 // 1-based index of `Color` with isNew false, or where it would have to be inserted with isNew true (1 when Count is 0).
 std::int32_t iparseFindColor(std::span<const std::int32_t> PaletteItems, std::int32_t Color, std::int32_t Count,
                              bool& isNew) noexcept;
+
+// --- system pictures
+
+// The picture in `Size` bytes of an array from byte `Offset` on, as the system's picture loader sees it; null when it
+// knows none there, or when the array does not hold that many bytes.
+std::unique_ptr<platform::StdPicture> iparseArrayToPicture(std::span<const std::uint8_t> inArray, std::size_t Offset,
+                                                           std::size_t Size) noexcept;
+// A picture around a bitmap or icon, which stays the caller's and must outlive it; null when the handle is not one.
+std::unique_ptr<platform::StdPicture> iparseHandleToStdPicture(platform::Handle hImage,
+                                                               platform::PictureType imgType) noexcept;
 
 // --- files and libraries; names are UTF-8
 

@@ -296,3 +296,42 @@ TEST(Gdi, ThreadsMakeAndFreeObjectsAtOnce) {
     for (const int count : successes)
         EXPECT_EQ(count, rounds);
 }
+
+TEST(Gdi, EightBitsAreReadAsIndexesWithTheirColoursOrAsThoseColours) {
+    ColorTable colors{};
+    for (std::uint32_t i = 0; i < 256; ++i)
+        colors[i] = i | (255 - i) << 8 | 7U << 16;
+    const ScreenDC screen;
+    EXPECT_EQ(CreateDIBSection(screen.get(), headerOf(3, 2, 8), nullptr), 0) << "colours are needed";
+    void* pixels = nullptr;
+    const Bitmap bitmap(CreateDIBSection(screen.get(), headerOf(3, 2, 8), &pixels, &colors));
+    ASSERT_TRUE(bitmap);
+    const Bytes indexes{1, 2, 3, 0, 4, 5, 50, 0};
+    std::memcpy(pixels, indexes.data(), indexes.size());
+
+    BitmapRecord record;
+    ASSERT_TRUE(GetObjectA(bitmap.get(), record));
+    EXPECT_EQ(record.bmWidth, 3);
+    EXPECT_EQ(record.bmHeight, 2);
+    EXPECT_EQ(record.bmBitsPixel, 8);
+    EXPECT_FALSE(GetObjectA(screen.get(), record));
+
+    Bytes read(8, 99);
+    ColorTable found{};
+    BitmapInfoHeader header = headerOf(3, 2, 8);
+    EXPECT_EQ(GetDIBits(screen.get(), bitmap.get(), 0, 2, read.data(), header, &found), 2);
+    EXPECT_EQ(read, indexes);
+    EXPECT_EQ(found, colors);
+    EXPECT_EQ(GetDIBits(screen.get(), bitmap.get(), 0, 2, read.data(), header), 0) << "nowhere to put the colours";
+    Bytes wide(24);
+    header = headerOf(3, -2, 32); // from the top
+    EXPECT_EQ(GetDIBits(screen.get(), bitmap.get(), 0, 2, wide.data(), header), 2);
+    EXPECT_EQ(Bytes(wide.begin(), wide.begin() + 12), (Bytes{4, 251, 7, 0, 5, 250, 7, 0, 50, 205, 7, 0}));
+    header = headerOf(3, 2, 24);
+    EXPECT_EQ(GetDIBits(screen.get(), bitmap.get(), 0, 2, wide.data(), header), 2);
+    EXPECT_EQ(Bytes(wide.begin() + 12, wide.end()), (Bytes{4, 251, 7, 5, 250, 7, 50, 205, 7, 0, 0, 0}));
+
+    const Bitmap deep = makeBitmap(3, 2, 32);
+    header = headerOf(3, 2, 8);
+    EXPECT_EQ(GetDIBits(screen.get(), deep.get(), 0, 2, read.data(), header, &found), 0) << "no palette was chosen";
+}

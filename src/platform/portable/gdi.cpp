@@ -1,8 +1,7 @@
 // Memory bitmaps and memory device contexts without a window system.
 #include "platform/gdi.h"
 #include "platform/faults.h"
-#include "platform/portable/HandleTable.h"
-#include "platform/portable/PixelMemory.h"
+#include "platform/portable/GdiObjects.h"
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -15,41 +14,6 @@
 namespace pixkit::platform {
 
 namespace {
-
-struct Bitmap {
-    explicit Bitmap(std::size_t bytes) noexcept : pixels(bytes) {}
-    PixelMemory pixels;
-    std::size_t width = 0;
-    std::size_t height = 0;
-    std::size_t stride = 0;
-    std::uint16_t bitCount = 0;
-    bool topDown = false;
-    Handle selectedInto = 0; // the device context that holds it; always 0 for the stock bitmap
-    bool condemned = false;  // deleted while selected: dies when it is deselected
-};
-
-struct GdiObject {
-    ObjectType type = ObjectType::none;
-    std::unique_ptr<Bitmap> bitmap; // of a bitmap
-    Handle selected = 0;            // of a memory device context: the bitmap in it
-};
-using ObjectRef = std::shared_ptr<GdiObject>;
-
-struct Gdi {
-    HandleTable<GdiObject> objects{HandleKind::gdi};
-    std::mutex selection; // held while bitmaps and device contexts get to know or leave each other
-    Handle stockBitmap = 0;
-};
-
-Gdi& gdi() noexcept {
-    static NeverDestroyed<Gdi> instance;
-    return instance.value;
-}
-
-ObjectRef find(Handle handle, ObjectType type) noexcept {
-    ObjectRef object = gdi().objects.find(handle);
-    return object && object->type == type ? object : nullptr;
-}
 
 bool isDeviceContext(Handle handle) noexcept {
     const ObjectType type = GetObjectType(handle);
@@ -66,11 +30,12 @@ std::uint64_t rowsOf(const BitmapInfoHeader& header) noexcept {
 }
 
 // Whether the header describes pixels that this side can hold: the size of them all must fit biSizeImage.
-bool isSupported(const BitmapInfoHeader& header) noexcept {
+bool isSupported(const BitmapInfoHeader& header, const ColorTable* colors) noexcept {
     constexpr std::uint32_t BI_RGB = 0;
     if (header.biSize < sizeof(BitmapInfoHeader) || header.biPlanes != 1 || header.biCompression != BI_RGB)
         return false;
-    if (header.biBitCount != 24 && header.biBitCount != 32) return false;
+    const auto bits = header.biBitCount;
+    if (bits != 24 && bits != 32 && (bits != 8 || colors == nullptr)) return false;
     if (header.biWidth <= 0 || header.biHeight == 0) return false;
     const auto width = static_cast<std::uint64_t>(header.biWidth);
     return strideOf(width, header.biBitCount) * rowsOf(header) <= std::numeric_limits<std::uint32_t>::max();
@@ -84,7 +49,7 @@ Handle addObject(ObjectType type, std::unique_ptr<Bitmap> bitmap, Handle selecte
     return gdi().objects.add(std::move(object));
 }
 
-Handle addBitmap(const BitmapInfoHeader& header, void** bits) {
+Handle addBitmap(const BitmapInfoHeader& header, void** bits, const ColorTable* colors) {
     const auto width = static_cast<std::size_t>(header.biWidth);
     const auto height = static_cast<std::size_t>(rowsOf(header));
     const auto stride = static_cast<std::size_t>(strideOf(width, header.biBitCount));
@@ -96,6 +61,11 @@ Handle addBitmap(const BitmapInfoHeader& header, void** bits) {
     bitmap->stride = stride;
     bitmap->bitCount = header.biBitCount;
     bitmap->topDown = header.biHeight < 0;
+    if (header.biBitCount == 8) {
+        bitmap->colors = std::make_unique<ColorTable>(*colors);
+        for (std::uint32_t& color : *bitmap->colors)
+            reinterpret_cast<std::uint8_t*>(&color)[3] = 0; // no alpha, whatever the caller left there
+    }
     const Handle handle = addObject(ObjectType::bitmap, std::move(bitmap), 0);
     if (handle != 0 && bits != nullptr) *bits = pixels;
     return handle;
@@ -105,29 +75,50 @@ Handle addBitmap(const BitmapInfoHeader& header, void** bits) {
 
 // A bitmap has left its device context. Returns it when it was condemned and dies now.
 ObjectRef bitmapWasDeselected(Handle handle) noexcept {
-    const ObjectRef object = find(handle, ObjectType::bitmap);
+    const ObjectRef object = findObject(handle, ObjectType::bitmap);
     if (!object) return nullptr;
     object->bitmap->selectedInto = 0;
     return object->bitmap->condemned ? gdi().objects.remove(handle) : nullptr;
 }
 
-void copyRow(const std::uint8_t* from, std::uint16_t fromBits, std::uint8_t* to, std::uint16_t toBits,
-             std::size_t width, std::size_t toStride) noexcept {
-    const std::size_t used = width * toBits / 8;
-    if (fromBits == toBits) {
-        std::memcpy(to, from, used);
+} // namespace
+
+Gdi& gdi() noexcept {
+    static NeverDestroyed<Gdi> instance;
+    return instance.value;
+}
+
+ObjectRef findObject(Handle handle, ObjectType type) noexcept {
+    ObjectRef object = gdi().objects.find(handle);
+    return object && object->type == type ? object : nullptr;
+}
+
+ObjectRef findSelectedBitmap(Handle dc) noexcept {
+    const std::scoped_lock lock(gdi().selection);
+    const ObjectRef context = findObject(dc, ObjectType::memoryDC);
+    // The stock bitmap is everybody's: what is drawn on it is seen by none.
+    if (!context || context->selected == gdi().stockBitmap) return nullptr;
+    return findObject(context->selected, ObjectType::bitmap);
+}
+
+void convertRow(const Bitmap& source, const std::uint8_t* from, std::uint8_t* to, std::uint16_t toBits,
+                std::size_t width) noexcept {
+    const std::size_t toStep = toBits / 8U;
+    if (source.bitCount == toBits) {
+        std::memcpy(to, from, width * toStep);
+    } else if (source.bitCount == 8 && toBits == 32) {
+        const std::uint32_t* const colors = source.colors->data();
+        for (std::size_t x = 0; x < width; ++x)
+            std::memcpy(to + x * 4, colors + from[x], 4);
     } else {
-        const std::size_t fromStep = fromBits / 8U;
-        const std::size_t toStep = toBits / 8U;
+        const auto* const colors = source.colors ? reinterpret_cast<const std::uint8_t*>(source.colors->data()) : from;
+        const std::size_t fromStep = source.bitCount / 8U;
         for (std::size_t x = 0; x < width; ++x) {
-            std::memcpy(to + x * toStep, from + x * fromStep, 3);
+            std::memcpy(to + x * toStep, source.bitCount == 8 ? colors + from[x] * 4 : from + x * fromStep, 3);
             if (toStep == 4) to[x * toStep + 3] = 0; // as the system does: 24-bit pixels have no alpha to copy
         }
     }
-    std::memset(to + used, 0, toStride - used);
 }
-
-} // namespace
 
 Handle GetDC(Handle window) noexcept {
     if (window != 0 || faultDue(SeamCall::getDC)) return 0;
@@ -139,7 +130,7 @@ Handle GetDC(Handle window) noexcept {
 }
 
 bool ReleaseDC(Handle window, Handle dc) noexcept {
-    return window == 0 && find(dc, ObjectType::dc) && gdi().objects.remove(dc) != nullptr;
+    return window == 0 && findObject(dc, ObjectType::dc) && gdi().objects.remove(dc) != nullptr;
 }
 
 Handle CreateCompatibleDC(Handle dc) noexcept {
@@ -148,7 +139,7 @@ Handle CreateCompatibleDC(Handle dc) noexcept {
     try {
         const std::scoped_lock lock(gdi().selection);
         if (gdi().stockBitmap == 0) {
-            gdi().stockBitmap = addBitmap({.biWidth = 1, .biHeight = 1}, nullptr);
+            gdi().stockBitmap = addBitmap({.biWidth = 1, .biHeight = 1}, nullptr, nullptr);
             if (gdi().stockBitmap == 0) return 0;
             --openHandleCount; // it stays for good: nobody leaks it
         }
@@ -161,7 +152,7 @@ Handle CreateCompatibleDC(Handle dc) noexcept {
 bool DeleteDC(Handle dc) noexcept {
     ObjectRef bitmap;
     const std::scoped_lock lock(gdi().selection);
-    const ObjectRef context = find(dc, ObjectType::memoryDC);
+    const ObjectRef context = findObject(dc, ObjectType::memoryDC);
     if (!context) return false;
     if (context->selected != gdi().stockBitmap) bitmap = bitmapWasDeselected(context->selected);
     gdi().objects.remove(dc);
@@ -172,8 +163,8 @@ Handle SelectObject(Handle dc, Handle object) noexcept {
     if (faultDue(SeamCall::selectObject)) return 0;
     ObjectRef dying;
     const std::scoped_lock lock(gdi().selection);
-    const ObjectRef context = find(dc, ObjectType::memoryDC);
-    const ObjectRef incoming = find(object, ObjectType::bitmap);
+    const ObjectRef context = findObject(dc, ObjectType::memoryDC);
+    const ObjectRef incoming = findObject(object, ObjectType::bitmap);
     if (!context || !incoming) return 0;
     const Handle before = context->selected;
     if (before == object) return before;
@@ -185,10 +176,10 @@ Handle SelectObject(Handle dc, Handle object) noexcept {
 }
 
 bool DeleteObject(Handle object) noexcept {
-    if (find(object, ObjectType::memoryDC)) return DeleteDC(object);
+    if (findObject(object, ObjectType::memoryDC)) return DeleteDC(object);
     ObjectRef dying;
     const std::scoped_lock lock(gdi().selection);
-    const ObjectRef bitmap = find(object, ObjectType::bitmap);
+    const ObjectRef bitmap = findObject(object, ObjectType::bitmap);
     if (!bitmap) return false;
     if (object == gdi().stockBitmap) return true; // the system says so too, and keeps it
     if (bitmap->bitmap->selectedInto != 0)
@@ -203,21 +194,21 @@ ObjectType GetObjectType(Handle object) noexcept {
     return found ? found->type : ObjectType::none;
 }
 
-Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits) noexcept {
+Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits, const ColorTable* colors) noexcept {
     if (bits != nullptr) *bits = nullptr;
     if (dc != 0 && !isDeviceContext(dc)) return 0;
-    if (!isSupported(header) || faultDue(SeamCall::createDIBSection)) return 0;
+    if (!isSupported(header, colors) || faultDue(SeamCall::createDIBSection)) return 0;
     try {
-        return addBitmap(header, bits);
+        return addBitmap(header, bits, colors);
     } catch (const std::bad_alloc&) {
         return 0;
     }
 }
 
-int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits,
-              BitmapInfoHeader& header) noexcept {
-    const ObjectRef object = find(bitmap, ObjectType::bitmap);
-    if (!object || !isDeviceContext(dc) || bits == nullptr || !isSupported(header)) return 0;
+int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits, BitmapInfoHeader& header,
+              ColorTable* colors) noexcept {
+    const ObjectRef object = findObject(bitmap, ObjectType::bitmap);
+    if (!object || !isDeviceContext(dc) || bits == nullptr || !isSupported(header, colors)) return 0;
     if (faultDue(SeamCall::getDIBits)) return 0;
     const Bitmap& source = *object->bitmap;
     {
@@ -225,18 +216,29 @@ int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines
         if (source.selectedInto != 0) return 0;
     }
     if (static_cast<std::size_t>(header.biWidth) != source.width || rowsOf(header) != source.height) return 0;
-    if (start >= source.height) return 0;
+    if (start >= source.height || (header.biBitCount == 8 && source.bitCount != 8)) return 0;
 
     const auto stride = static_cast<std::size_t>(strideOf(source.width, header.biBitCount));
+    const std::size_t used = source.width * header.biBitCount / 8;
     const std::size_t count = std::min<std::size_t>(lines, source.height - start);
     const bool sameOrder = (header.biHeight < 0) == source.topDown;
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t row = sameOrder ? start + i : source.height - 1 - start - i;
-        copyRow(source.pixels.data() + row * source.stride, source.bitCount,
-                static_cast<std::uint8_t*>(bits) + i * stride, header.biBitCount, source.width, stride);
+        std::uint8_t* const to = static_cast<std::uint8_t*>(bits) + i * stride;
+        convertRow(source, source.pixels.data() + row * source.stride, to, header.biBitCount, source.width);
+        std::memset(to + used, 0, stride - used);
     }
+    if (header.biBitCount == 8) *colors = *source.colors;
     header.biSizeImage = static_cast<std::uint32_t>(stride * source.height);
     return static_cast<int>(count);
+}
+
+bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept {
+    const ObjectRef object = findObject(bitmap, ObjectType::bitmap);
+    if (!object || faultDue(SeamCall::getObject)) return false;
+    const Bitmap& found = *object->bitmap;
+    record = {static_cast<std::int32_t>(found.width), static_cast<std::int32_t>(found.height), found.bitCount};
+    return true;
 }
 
 } // namespace pixkit::platform

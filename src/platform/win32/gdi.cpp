@@ -22,12 +22,18 @@ bool isDeviceContext(Handle handle) noexcept {
     return type == ObjectType::dc || type == ObjectType::memoryDC;
 }
 
-// The system also takes 1 to 16 bits and compressions; nobody above asks for them, and their colour tables would not
-// fit the header that this seam passes.
-bool isSupported(const BitmapInfoHeader& header) noexcept {
-    return header.biSize == sizeof(BitmapInfoHeader) && (header.biBitCount == 24 || header.biBitCount == 32) &&
+// The system also takes other depths and compressions; nobody above asks for them.
+bool isSupported(const BitmapInfoHeader& header, const void* colors) noexcept {
+    const auto bits = header.biBitCount;
+    return header.biSize == sizeof(BitmapInfoHeader) && (bits == 24 || bits == 32 || (bits == 8 && colors)) &&
            header.biCompression == BI_RGB && header.biWidth > 0 && header.biHeight != 0;
 }
+
+// BITMAPINFO with room for the colours of 8 bits, or the masks that the system may write.
+struct BitmapInfo {
+    BitmapInfoHeader header;
+    ColorTable colors{};
+};
 
 } // namespace
 
@@ -63,34 +69,44 @@ ObjectType GetObjectType(Handle object) noexcept {
     return static_cast<ObjectType>(::GetObjectType(native<HGDIOBJ>(object)));
 }
 
-Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits) noexcept {
+Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits, const ColorTable* colors) noexcept {
     if (bits != nullptr) *bits = nullptr;
     // The system does not look at the device context when there is no palette; a stale one is refused all the same.
     if (dc != 0 && !isDeviceContext(dc)) return 0;
-    if (!isSupported(header) || faultDue(SeamCall::createDIBSection)) return 0;
+    if (!isSupported(header, colors) || faultDue(SeamCall::createDIBSection)) return 0;
+    BitmapInfo info{header};
+    if (colors != nullptr) info.colors = *colors;
     void* pixels = nullptr; // the system refuses to make a section that nobody can reach
-    const Handle section = ours(::CreateDIBSection(native<HDC>(dc), reinterpret_cast<const BITMAPINFO*>(&header),
+    const Handle section = ours(::CreateDIBSection(native<HDC>(dc), reinterpret_cast<const BITMAPINFO*>(&info),
                                                    DIB_RGB_COLORS, &pixels, nullptr, 0));
     if (section != 0 && bits != nullptr) *bits = pixels;
     return section;
 }
 
-int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits,
-              BitmapInfoHeader& header) noexcept {
+int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits, BitmapInfoHeader& header,
+              ColorTable* colors) noexcept {
     // Without a buffer the system would answer with a description of the bitmap, and for a success.
-    if (bits == nullptr || !isSupported(header) || faultDue(SeamCall::getDIBits)) return 0;
+    if (bits == nullptr || !isSupported(header, colors) || faultDue(SeamCall::getDIBits)) return 0;
     // Not every system answers 0 for a start behind the last row.
     if (start >= static_cast<std::uint64_t>(std::abs(std::int64_t{header.biHeight}))) return 0;
-    // The system may write colour masks behind the header.
-    struct {
-        BITMAPINFOHEADER header;
-        DWORD masks[3];
-    } info{};
-    info.header = reinterpret_cast<const BITMAPINFOHEADER&>(header);
+    // More colours would be matched with a palette that nobody chose.
+    BitmapRecord record;
+    if (header.biBitCount == 8 && (!GetObjectA(bitmap, record) || record.bmBitsPixel != 8)) return 0;
+    BitmapInfo info{header};
     const int rows = ::GetDIBits(native<HDC>(dc), native<HBITMAP>(bitmap), start, lines, bits,
                                  reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS);
-    if (rows > 0) header.biSizeImage = info.header.biSizeImage;
-    return rows > 0 ? rows : 0;
+    if (rows <= 0) return 0;
+    header.biSizeImage = info.header.biSizeImage;
+    if (header.biBitCount == 8) *colors = info.colors;
+    return rows;
+}
+
+bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept {
+    BITMAP native{};
+    if (GetObjectType(bitmap) != ObjectType::bitmap || faultDue(SeamCall::getObject)) return false;
+    if (::GetObjectA(reinterpret_cast<HGDIOBJ>(bitmap), sizeof native, &native) != sizeof native) return false;
+    record = {native.bmWidth, native.bmHeight, native.bmBitsPixel};
+    return true;
 }
 
 } // namespace pixkit::platform

@@ -1,0 +1,69 @@
+#include "platform/portable/BitmapPicture.h"
+#include "platform/faults.h"
+#include "platform/portable/GdiObjects.h"
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <vector>
+
+namespace pixkit::platform {
+
+namespace {
+
+// One axis of a rectangle that is stretched from `source` pixels and cut at the target's edges.
+struct Axis {
+    Axis(std::int32_t position, std::int32_t size, std::size_t sourceSize, std::size_t targetSize) noexcept
+        : start(position), length(size), source(sourceSize), first(std::max<std::int64_t>(start, 0)),
+          last(std::min<std::int64_t>(start + length, static_cast<std::int64_t>(targetSize))) {}
+    // Which pixel of the source the target's pixel shows.
+    std::size_t sourceOf(std::int64_t target) const noexcept {
+        return static_cast<std::size_t>(target - start) * source / static_cast<std::size_t>(length);
+    }
+    std::size_t visible() const noexcept { return last > first ? static_cast<std::size_t>(last - first) : 0; }
+
+    std::int64_t start, length;
+    std::size_t source;
+    std::int64_t first, last; // in the target
+};
+
+void drawStretched(const Bitmap& source, const Bitmap& target, const Axis& across, const Axis& down) {
+    const std::size_t count = across.visible();
+    if (count == 0 || down.visible() == 0) return;
+    const std::size_t step = target.bitCount / 8U;
+    const auto firstColumn = static_cast<std::size_t>(across.first);
+    const bool unstretched = across.length == static_cast<std::int64_t>(across.source);
+    std::vector<std::uint8_t> line(unstretched ? 0 : source.width * step); // a whole row before it is stretched
+    for (std::int64_t y = down.first; y < down.last; ++y) {
+        const std::uint8_t* const from = source.rowFromTop(down.sourceOf(y));
+        std::uint8_t* const to = target.rowFromTop(static_cast<std::size_t>(y)) + firstColumn * step;
+        if (unstretched) {
+            const std::size_t skipped = across.sourceOf(across.first);
+            convertRow(source, from + skipped * source.bitCount / 8, to, target.bitCount, count);
+            continue;
+        }
+        convertRow(source, from, line.data(), target.bitCount, source.width);
+        for (std::size_t x = 0; x < count; ++x)
+            std::memcpy(to + x * step, &line[across.sourceOf(across.first + static_cast<std::int64_t>(x)) * step],
+                        step);
+    }
+}
+
+} // namespace
+
+bool BitmapPicture::Render(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width,
+                           std::int32_t height) const noexcept {
+    if (width <= 0 || height <= 0 || faultDue(SeamCall::renderPicture)) return false;
+    const ObjectRef source = findObject(m_bitmap, ObjectType::bitmap);
+    const ObjectRef target = findSelectedBitmap(dc);
+    if (!source || !target || source == target || target->bitmap->bitCount == 8) return false;
+    const Bitmap& from = *source->bitmap;
+    const Bitmap& to = *target->bitmap;
+    try {
+        drawStretched(from, to, Axis(x, width, from.width, to.width), Axis(y, height, from.height, to.height));
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+} // namespace pixkit::platform
