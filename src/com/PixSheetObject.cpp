@@ -183,6 +183,18 @@ HRESULT PixSheetObject::GetPixel(LONG x, LONG y, LONG* AlphaValue, VARIANT_BOOL*
     });
 }
 
+HRESULT PixSheetObject::ScaleImage(LONG destWidth, LONG destHeight, LONG* newWidth, LONG* newHeight,
+                                   ::eScaleOptions ScaleMode) {
+    if (newWidth == nullptr || newHeight == nullptr) return E_POINTER;
+    return run([&] {
+        std::int32_t width = *newWidth;
+        std::int32_t height = *newHeight;
+        m_sheet->ScaleImage(destWidth, destHeight, width, height, ScaleMode);
+        *newWidth = width;
+        *newHeight = height;
+    });
+}
+
 // Resources other than custom ones, which a ResSection that is no string asks for, are pictures of the host program's
 // and not loaded: they give False.
 HRESULT PixSheetObject::LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSection, IDispatch* VBglobal, LONG iconCx,

@@ -235,6 +235,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP MirrorImage(VARIANT_BOOL MirrorAxisX, VARIANT_BOOL MirrorAxisY, VARIANT_BOOL* result) override {
         return give(result, [&] { return m_sheet->MirrorImage(isTrue(MirrorAxisX), isTrue(MirrorAxisY)); });
     }
+    STDMETHODIMP Resize(LONG newWidth, LONG newHeight, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->Resize(newWidth, newHeight); });
+    }
+    STDMETHODIMP ScaleImage(LONG destWidth, LONG destHeight, LONG* newWidth, LONG* newHeight,
+                            ::eScaleOptions ScaleMode) override;
 
   private:
     using Reuse = OutputArray::Reuse;

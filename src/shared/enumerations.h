@@ -44,6 +44,13 @@ enum eGrayScaleFormulas : std::int32_t {
     gsclBlueGreenMask = 7,
 };
 
+// How ScaleImage fits the image into a size.
+enum eScaleOptions : std::int32_t {
+    ScaleToSize = 0,       // as large as fits
+    scaleDownAsNeeded = 1, // as large as fits, but never enlarged
+    ScaleStretch = 2,      // the size as it is
+};
+
 // Bit-depth selectors of the icon writer.
 enum eConstants : std::int32_t {
     HIGH_COLOR = 16776960,

@@ -191,6 +191,18 @@ class cPixSheet {
     // MirrorAxisX flips left to right, MirrorAxisY top to bottom. False when neither is asked for.
     bool MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept;
 
+    // --- size (render/Resize.cpp)
+
+    // Resamples the image to a new size, bilinearly with HighQualityInterpolation, else taking the nearest pixels. 0
+    // keeps a width or height; a negative one mirrors, at its absolute value. Alpha, ImageType, the original-format
+    // bytes and every setting stay. False, and the image untouched, without one or when the new size cannot be made.
+    bool Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept;
+    // Computes the size at which the image fits destWidth x destHeight in its proportions: ScaleToSize as large as
+    // possible, scaleDownAsNeeded never larger than the image. ScaleStretch gives the destination's size, any other
+    // mode the image's own. Without an image, or when the result is beyond 32 bits, both stay as they are.
+    void ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std::int32_t& newWidth, std::int32_t& newHeight,
+                    std::int32_t ScaleMode = scaleDownAsNeeded) const noexcept;
+
   private:
     friend struct HostAccess; // readers, writers and renderers (surface/HostAccess.h)
 

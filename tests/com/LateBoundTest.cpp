@@ -160,6 +160,31 @@ TEST_F(LateBound, FloatsReachTheMemberAsFloats) {
     EXPECT_EQ(pixel(0, 0), 0x979797); // 100 + 255 * 20 \ 100
 }
 
+TEST_F(LateBound, SizesComeBackByReferenceAndResizeTakesThem) {
+    ASSERT_TRUE(makeImage(200, 100));
+    LONG width = 0;
+    short height = 0;
+    VARIANT held = text(L"0");
+    EXPECT_EQ(call(sheet.get(), L"ScaleImage", {number(50), number(50), typed(VT_I4, &width), typed(VT_I2, &height)}),
+              S_OK);
+    EXPECT_EQ(width, 50);
+    EXPECT_EQ(height, 25);
+    EXPECT_EQ(call(sheet.get(), L"ScaleImage", {number(400), number(1000), variable(held), typed(VT_I2, &height)},
+                   nullptr, {{L"ScaleMode", number(0)}}),
+              S_OK);
+    EXPECT_EQ(held.lVal, 400);
+    EXPECT_EQ(height, 200);
+    EXPECT_EQ(sheet->ScaleImage(1, 1, &width, nullptr, ::ScaleToSize), E_POINTER);
+
+    Variant done;
+    EXPECT_EQ(call(sheet.get(), L"Resize", {number(-40), text(L"0")}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(sheet->get_Width(&width), S_OK);
+    EXPECT_EQ(width, 40);
+    EXPECT_EQ(call(sheet.get(), L"Resize", {number(40000), number(40000)}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_FALSE);
+}
+
 TEST_F(LateBound, NothingBecomesANewObjectInEveryFormOfVariable) {
     ASSERT_TRUE(makeImage(3, 2));
     IDispatch* dispatch = nullptr;

@@ -1,0 +1,86 @@
+// The image at another size, and which size fits where.
+#include "diagnostics/guard.h"
+#include "render/PixelWorkers.h"
+#include "render/Resampler.h"
+#include "shared/checked.h"
+#include "surface/HostAccess.h"
+#include "surface/cPixSheet.h"
+#include <algorithm>
+#include <cmath>
+
+namespace pixkit {
+
+namespace {
+
+// The image, or its mirrored copy where a new size is negative; that size becomes positive.
+ConstPixelView mirroredAsAsked(ConstPixelView image, MirrorRequest& request, PixelBuffer& aMirrorBytes) {
+    if (request.newWidth >= 1 && request.newHeight > 0) return image;
+    aMirrorBytes = PixelBuffer(image.width, image.height);
+    spt_MirrorDIB(request, aMirrorBytes.view(), image);
+    return aMirrorBytes.view();
+}
+
+// Where a point of the image goes when that is resized, and mirrored for a negative size.
+std::int32_t movedPoint(std::int32_t point, std::int32_t size, std::int32_t newSize) {
+    const auto moved = static_cast<std::int32_t>(point * std::int64_t{std::abs(newSize)} / size);
+    return newSize < 0 ? -newSize - 1 - moved : moved;
+}
+
+std::int32_t roundedDown(double value) {
+    return longOrOverflow(static_cast<std::int64_t>(std::floor(value)));
+}
+
+} // namespace
+
+bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
+    return guarded("Resize", false, [&] {
+        const ConstPixelView image = HostAccess::pixels(*this);
+        if (!image) return false;
+        if (newWidth == 0) newWidth = m_Width;
+        if (newHeight == 0) newHeight = m_Height;
+        if (newWidth == m_Width && newHeight == m_Height) return true;
+
+        // From here on the image is only read until its successor is complete.
+        cPixSheet resized;
+        if (!resized.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight)) return false;
+        const CursorHotspot hotspot = {movedPoint(m_hotspot.x, m_Width, newWidth),
+                                       movedPoint(m_hotspot.y, m_Height, newHeight)};
+        MirrorRequest request{0, 0, m_Width, m_Height, newWidth, newHeight};
+        PixelBuffer aMirrorBytes;
+        const ConstPixelView source = mirroredAsAsked(image, request, aMirrorBytes);
+        spt_pvResize(HostAccess::pixels(resized), source, m_StretchQuality);
+
+        resized.m_AlphaImage = m_AlphaImage;
+        resized.m_Format = m_Format;
+        resized.m_ImageByteCache = std::move(m_ImageByteCache);
+        resized.m_hotspot = hotspot;
+        SwapDIBs(&resized);
+        return true;
+    });
+}
+
+void cPixSheet::ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std::int32_t& newWidth,
+                           std::int32_t& newHeight, std::int32_t ScaleMode) const noexcept {
+    if (m_Handle == 0) return;
+    guarded("ScaleImage", false, [&] {
+        std::int32_t width = m_Width;
+        std::int32_t height = m_Height;
+        if (ScaleMode == ScaleStretch) {
+            width = destWidth;
+            height = destHeight;
+        } else if (ScaleMode == ScaleToSize || ScaleMode == scaleDownAsNeeded) {
+            // The ratios are held in single precision, which decides on which side of a whole size some results fall.
+            auto ratioX = static_cast<float>(static_cast<double>(destWidth) / m_Width);
+            auto ratioY = static_cast<float>(static_cast<double>(destHeight) / m_Height);
+            if (ScaleMode == scaleDownAsNeeded && ratioX >= 1.0F && ratioY >= 1.0F) ratioX = ratioY = 1.0F;
+            const auto ratio = static_cast<double>(std::min(ratioX, ratioY));
+            width = roundedDown(ratio * m_Width);
+            height = roundedDown(ratio * m_Height);
+        }
+        newWidth = width;
+        newHeight = height;
+        return true;
+    });
+}
+
+} // namespace pixkit
