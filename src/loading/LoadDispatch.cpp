@@ -1,5 +1,6 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
 #include "codecs/bmp/cBMPparser.h"
+#include "codecs/ico/cICOparser.h"
 #include "codecs/png/cPNGparser.h"
 #include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
@@ -35,6 +36,11 @@ void readPNG(LoadRequest& request, cPixSheet& host) {
     }
 }
 
+void readICO(LoadRequest& request, cPixSheet& host) {
+    const IconRequest& icon = request.icon();
+    cICOparser().LoadStream(request.bytes(), icon.cX, icon.cY, host, icon.bitDepth);
+}
+
 void readBMP(LoadRequest& request, cPixSheet& host) {
     cBMPparser::LoadStream(request.bytes(), host);
 }
@@ -45,7 +51,7 @@ void readTGA(LoadRequest& request, cPixSheet& host) {
 
 // In the order in which they are asked; whether one succeeded shows in the host. Formats without a signature come last.
 using Reader = void (*)(LoadRequest& request, cPixSheet& host);
-constexpr Reader readers[] = {readPNG, readBMP, readTGA};
+constexpr Reader readers[] = {readPNG, readICO, readBMP, readTGA};
 
 } // namespace
 
@@ -100,6 +106,20 @@ bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t 
                                               std::int32_t iconBitDepth) noexcept {
     const ByteArray source = std::move(m_ImageByteCache); // the load erases the cache, and keeps the same bytes anew
     return LoadPicture_Stream(source, iconCx, iconCy, 0, 0, true, iconBitDepth);
+}
+
+std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) const noexcept {
+    return guarded("SourceIconSizes", std::int32_t{0}, [&] {
+        constexpr eImageFormat ofIcons[] = {imgIcon, imgCursor, imgIconARGB, imgPNGicon, imgCursorARGB};
+        cICOparser parser;
+        if (m_Handle == 0 || std::ranges::count(ofIcons, m_Format) == 0) return 0;
+        if (!parser.LoadDirectory(m_ImageByteCache.bytes())) return 0;
+        std::vector<IconSourceSize> sizes;
+        for (std::int32_t i = 0; i < parser.IconCount(); ++i)
+            sizes.push_back({parser.Width(i), parser.Height(i), parser.bitDepth(i), parser.isPNG(i) ? 1 : 0});
+        sizeArray = std::move(sizes);
+        return parser.IconCount();
+    });
 }
 
 bool cPixSheet::GetOrginalFormat(ByteArray& outStream) const noexcept {

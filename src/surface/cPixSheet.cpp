@@ -139,8 +139,8 @@ void cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32
     if (target.m_Handle == 0 || target.m_Width != newWidth || target.m_Height != newHeight) {
         if (!target.InitializeDIB(newWidth, newHeight)) return;
     }
-    target.m_hotspot = {static_cast<std::int32_t>(std::int64_t{m_hotspot.x} * newWidth / m_Width),
-                        static_cast<std::int32_t>(std::int64_t{m_hotspot.y} * newHeight / m_Height)};
+    target.m_hotspot = {static_cast<std::int32_t>(std::int64_t{m_hotspot.x} * target.m_Width / m_Width),
+                        static_cast<std::int32_t>(std::int64_t{m_hotspot.y} * target.m_Height / m_Height)};
     if (target.m_Width != m_Width || target.m_Height != m_Height) {
         target.EraseDIB(); // the scaled drawing is missing: what the target held before must not pass for a copy
         return;

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace pixkit {
 
@@ -17,6 +18,13 @@ class LoadRequest;
 struct CursorHotspot {
     std::int32_t x = 0, y = 0;
     bool operator==(const CursorHotspot&) const = default;
+};
+
+// One image of an icon file as its own header describes it: pixels, bits of a source pixel, 1 for a PNG and 0 for a
+// bitmap.
+struct IconSourceSize {
+    std::int32_t Width, Height, bitDepth, isPNG;
+    bool operator==(const IconSourceSize&) const = default;
 };
 
 // Holds at most one image as a 32-bit device-independent bitmap: four bytes a pixel in the order B, G, R, A, colour
@@ -150,6 +158,9 @@ class cPixSheet {
                                        std::int32_t iconBitDepth = 32) noexcept;
     // A copy of the kept original-format bytes; false, and outStream unallocated, when there are none.
     bool GetOrginalFormat(ByteArray& outStream) const noexcept;
+    // The images of the icon or cursor file that the image came from, if a load with SaveFormat kept the file, in its
+    // order; those that cannot be read are left out. Returns how many. 0, and sizeArray as it was, otherwise.
+    std::int32_t SourceIconSizes(std::vector<IconSourceSize>& sizeArray) const noexcept;
 
     // --- saving (saving/SaveDispatch.cpp)
 

@@ -1,0 +1,42 @@
+#include "codecs/ico/IcoMask.h"
+#include <algorithm>
+#include <cstring>
+
+namespace pixkit {
+
+namespace {
+
+void hideUnderMask(PixelView pixels, const std::uint8_t* mask) {
+    for (std::size_t y = 0; y < pixels.height; ++y) {
+        std::uint8_t* pixel = pixels.row(y);
+        for (std::size_t x = 0; x < pixels.width; ++x, pixel += 4)
+            if (*mask++ != 0) std::memset(pixel, 0, 4);
+    }
+}
+
+// Whether any pixel was black, and is transparent now.
+bool showInverted(PixelView pixels) {
+    bool isAnyHidden = false;
+    for (std::size_t y = 0; y < pixels.height; ++y) {
+        std::uint8_t* pixel = pixels.row(y);
+        for (std::size_t x = 0; x < pixels.width; ++x, pixel += 4) {
+            const bool isHidden = (pixel[0] | pixel[1] | pixel[2]) == 0;
+            isAnyHidden |= isHidden;
+            for (std::size_t channel = 0; channel < 4; ++channel)
+                pixel[channel] = static_cast<std::uint8_t>(isHidden ? 0 : channel == 3 ? 255 : 255 - pixel[channel]);
+        }
+    }
+    return isAnyHidden;
+}
+
+} // namespace
+
+AlphaTypeEnum applyIcoMask(PixelView pixels, std::span<const std::uint8_t> mask) {
+    const auto isClear = [](std::uint8_t bit) { return bit == 0; };
+    if (std::ranges::all_of(mask, isClear)) return AlphaNone;
+    if (std::ranges::none_of(mask, isClear)) return showInverted(pixels) ? AlphaSimple : AlphaNone;
+    hideUnderMask(pixels, mask.data());
+    return AlphaSimple;
+}
+
+} // namespace pixkit

@@ -1,0 +1,113 @@
+#include "codecs/ico/cICOparser.h"
+#include "codecs/bmp/BmpRows.h"
+#include "codecs/ico/IcoMask.h"
+#include "codecs/png/cPNGparser.h"
+#include "kernels/kernels.h"
+#include "shared/modParsers.h"
+#include "surface/HostAccess.h"
+#include <algorithm>
+#include <cstdlib>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace pixkit {
+
+namespace {
+
+// How little an image suits a request: the least is the best. Among equals the first in the file is taken.
+using Distance = std::tuple<int, std::int64_t, int, int>;
+
+Distance distance(const IcoEntry& entry, std::int32_t cX, std::int32_t cY, std::int32_t bitDepth) {
+    enum { exact, larger, smaller };
+    const bool isExact = (cX == 0 || entry.width == cX) && (cY == 0 || entry.height == cY);
+    const int size = isExact ? exact : entry.width >= cX && entry.height >= cY ? larger : smaller;
+    const std::int64_t area = std::int64_t{entry.width} * entry.height;
+    const int wanted = bitDepth == 0 ? 32 : bitDepth;
+    return {size, size == larger ? area : -area, std::abs(entry.bitDepth - wanted), -entry.bitDepth};
+}
+
+// A file may list one damaged image tens of thousands of times.
+constexpr int mostAttempts = 4;
+
+bool hasAnyAlpha(ConstPixelView pixels) {
+    for (std::size_t y = 0; y < pixels.height; ++y) {
+        const std::uint8_t* const row = pixels.row(y);
+        for (std::size_t x = 0; x < pixels.width; ++x)
+            if (row[x * 4 + 3] != 0) return true;
+    }
+    return false;
+}
+
+// One byte a pixel in the order of the store. Rows that the file lacks are clear.
+std::vector<std::uint8_t> expandMask(const IcoBitmap& bitmap) {
+    const auto width = static_cast<std::size_t>(bitmap.info.width);
+    const auto height = static_cast<std::size_t>(bitmap.info.height);
+    const std::size_t rowBytes = bitmap.maskRowBytes();
+    std::vector<std::uint8_t> mask(width * height);
+    const std::size_t rows = std::min(height, bitmap.mask.size() / rowBytes);
+    for (std::size_t y = 0; y < rows; ++y) {
+        const std::size_t storeRow = bitmap.info.isTopDown ? height - 1 - y : y;
+        kernels::table().unpackSamples(&mask[storeRow * width], &bitmap.mask[y * rowBytes], width, 1);
+    }
+    return mask;
+}
+
+} // namespace
+
+bool cICOparser::LoadDirectory(std::span<const std::uint8_t> Stream) {
+    auto directory = readIcoDirectory(Stream);
+    if (directory) m_directory = std::move(*directory);
+    return directory.has_value();
+}
+
+bool cICOparser::LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY, cPixSheet& Host,
+                            std::int32_t bitDepth) {
+    if (!LoadDirectory(Stream)) return false;
+    std::vector<const IcoEntry*> candidates;
+    for (const IcoEntry& entry : m_directory.entries)
+        candidates.push_back(&entry);
+    for (int attempt = 0; attempt < mostAttempts && !candidates.empty(); ++attempt) {
+        const auto best = std::ranges::min_element(
+            candidates, {}, [&](const IcoEntry* entry) { return distance(*entry, cX, cY, bitDepth); });
+        if (loadEntry(**best, Host)) return true;
+        candidates.erase(best);
+    }
+    return false;
+}
+
+bool cICOparser::loadEntry(const IcoEntry& entry, cPixSheet& host) const {
+    if (!entry.isPNG) {
+        if (!loadBitmap(entry, host)) return false;
+    } else {
+        // As a stream, for which the PNG reader has no least size.
+        cPNGparser().LoadStream(entry.payload, host);
+        if (host.Handle() == 0) return false;
+        HostAccess::ImageType(host, imgPNGicon);
+    }
+    HostAccess::hotspot(host, entry.hotspot);
+    return true;
+}
+
+bool cICOparser::loadBitmap(const IcoEntry& entry, cPixSheet& host) const {
+    const auto bitmap = readIcoBitmap(entry);
+    if (!bitmap) return false;
+    BmpRows rows(bitmap->info, bitmap->colours);
+    if (!host.InitializeDIB(bitmap->info.width, bitmap->info.height)) return false;
+    const PixelView pixels = HostAccess::pixels(host);
+    for (std::size_t y = 0; y < pixels.height; ++y)
+        rows.nextRow(bitmap->info.isTopDown ? pixels.rowFromTop(y) : pixels.row(y));
+    if (bitmap->info.masks.alpha != 0 && hasAnyAlpha(pixels)) {
+        host.Alpha(iparseValidateAlphaChannel(pixels, true, imgNone).bIsAlpha);
+        HostAccess::ImageType(host, m_directory.isCursor ? imgCursorARGB : imgIconARGB);
+        return true;
+    }
+    // Alpha that is everywhere 0 says nothing, and the mask rules as at other depths.
+    for (std::size_t y = 0; y < pixels.height; ++y)
+        kernels::table().setOpaque(pixels.row(y), pixels.width);
+    host.Alpha(applyIcoMask(pixels, expandMask(*bitmap)));
+    HostAccess::ImageType(host, m_directory.isCursor ? imgCursor : imgIcon);
+    return true;
+}
+
+} // namespace pixkit

@@ -1,0 +1,43 @@
+// Icon and cursor files. README.md in this folder explains the format and lists what the reader is lenient about.
+#pragma once
+#include "codecs/ico/IcoDirectory.h"
+#include <cstdint>
+#include <optional>
+#include <span>
+
+namespace pixkit {
+
+class cPixSheet;
+
+// One parser serves one file, whose bytes outlive it.
+class cICOparser {
+  public:
+    // Reads the image of an icon or cursor file that suits a size in pixels and a depth in bits best: one of exactly
+    // that size, else the next larger, else the largest; among those the nearest depth, the greater of two. 0 for cX,
+    // cY or bitDepth means any: then the largest, or deepest. Should that image be damaged, the next best is taken.
+    // Alpha and ImageType follow from the image: imgPNGicon for a PNG; imgIconARGB or imgCursorARGB where a bitmap's
+    // alpha counts, imgIcon or imgCursor where its mask does. The hotspot stays with the host (HostAccess). False, and
+    // an empty host, for other data, or when no image can be read.
+    bool LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY, cPixSheet& Host,
+                    std::int32_t bitDepth);
+
+    // Only looks at what the file holds, for the members below; false for other data.
+    bool LoadDirectory(std::span<const std::uint8_t> Stream);
+    // How many images the file has that can be read as far as their headers tell.
+    std::int32_t IconCount() const noexcept { return static_cast<std::int32_t>(m_directory.entries.size()); }
+    // Of image `Index`, from 0 to IconCount() - 1 in the file's order: size in pixels, bits of a source pixel, and
+    // whether it is a PNG. Its own header says so; what the directory claims does not count.
+    std::int32_t Width(std::int32_t Index) const { return entry(Index).width; }
+    std::int32_t Height(std::int32_t Index) const { return entry(Index).height; }
+    std::int32_t bitDepth(std::int32_t Index) const { return entry(Index).bitDepth; }
+    bool isPNG(std::int32_t Index) const { return entry(Index).isPNG; }
+
+  private:
+    const IcoEntry& entry(std::int32_t index) const { return m_directory.entries.at(static_cast<std::size_t>(index)); }
+    bool loadEntry(const IcoEntry& entry, cPixSheet& host) const;
+    bool loadBitmap(const IcoEntry& entry, cPixSheet& host) const;
+
+    IcoDirectory m_directory;
+};
+
+} // namespace pixkit
