@@ -90,8 +90,8 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
     app.get_formatter()->column_width(34);
     app.require_subcommand(1);
     app.set_version_flag("--version", "pixkit " + cPixSheet().Version(), "Show the version");
-    app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG, BMP and\nTGA, and writes BMP "
-               "and TGA.\n"
+    app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG, BMP,\nTGA, icons and "
+               "cursors, and writes BMP and TGA.\n"
                "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
     addInfo(app, infoRequest);
     addConvert(app, convertRequest);

@@ -51,7 +51,7 @@ TEST_F(Command, AnUnreadableFileIsNamedForWhatItHolds) {
         {u8"a", padded("\xFF\xD8\xFF\xE0"), "is a JPEG file, which this version cannot read"},
         {u8"a.png", padded("GIF89a"), "is a GIF file, which"},
         {u8"a", padded("BM"), "is a BMP file that is damaged"},
-        {u8"a", padded(std::string("\0\0\1\0", 4)), "is an icon file, which"},
+        {u8"a", padded(std::string("\0\0\1\0", 4)), "is an icon file that"},
         {u8"a", padded("RIFF1234WEBP"), "is a WebP file, which"},
         {u8"a", targa, "is a TGA file that is damaged"},
         {u8"a.TGA", Bytes(100, 7), "is a TGA file by its name"},

@@ -11,6 +11,11 @@ namespace pixkit::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
+inline Bytes operator+(Bytes a, const Bytes& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
 std::uint32_t crc32(std::span<const std::uint8_t> bytes);
 
 // What IHDR says, and which filters the rows of a pass go through, in turn.

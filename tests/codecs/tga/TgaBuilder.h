@@ -43,11 +43,6 @@ struct Tga {
     }
 };
 
-inline Bytes operator+(Bytes a, const Bytes& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
 inline Bytes footer(std::uint32_t extensionOffset = 0, std::string_view signature = "TRUEVISION-XFILE.") {
     Bytes bytes(8);
     for (std::size_t i = 0; i < 4; ++i)
