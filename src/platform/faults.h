@@ -15,6 +15,10 @@ enum class SeamCall : std::uint8_t {
     oleLoadPicture,
     oleCreatePictureIndirect,
     renderPicture,
+    getClipBox,
+    bitBlt,
+    setDIBitsToDevice,
+    alphaBlend,
     createFile,
     readFile,
     writeFile, // the failing write reports success with half the bytes done: a full disk

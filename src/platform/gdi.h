@@ -71,6 +71,50 @@ struct BitmapRecord {
 // False for anything but a bitmap.
 bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept;
 
+// --- drawing. Coordinates count from the top left corner of what the device context draws on, and what lies outside of
+// it is left out; on Windows they are logical ones, with all that a mapping mode may do. Areas of 32-bit pixels keep
+// their alpha when they are copied; pixels that come from 24 bits get alpha 0.
+
+// RECT: right and bottom lie just outside.
+struct Rect {
+    std::int32_t left = 0, top = 0, right = 0, bottom = 0;
+};
+enum class ClipBox : std::int32_t { error = 0, empty = 1, simple = 2, complex = 3 };
+// What drawing into a device context can reach, as the smallest rectangle around it.
+ClipBox GetClipBox(Handle dc, Rect& box) noexcept;
+
+inline constexpr std::uint32_t rasterCopy = 0x00CC0020; // SRCCOPY, the one raster operation asked for
+// Copies a rectangle from one device context to another, or within one.
+bool BitBlt(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,
+            std::int32_t sourceX, std::int32_t sourceY, std::uint32_t rasterOperation) noexcept;
+
+// Draws a rectangle of a DIB of 24 or 32 bits whose rows `startScan` to `startScan + lines` are at `bits`. sourceY
+// counts upwards from the lower edge of the DIB. Returns the number of rows taken, 0 on failure.
+int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t width, std::uint32_t height,
+                      std::int32_t sourceX, std::int32_t sourceY, std::uint32_t startScan, std::uint32_t lines,
+                      const void* bits, const BitmapInfoHeader& header) noexcept;
+
+enum class StretchMode : std::int32_t { none = 0, blackOnWhite = 1, whiteOnBlack = 2, colorOnColor = 3, halftone = 4 };
+// Returns the mode before; none on failure.
+StretchMode SetStretchBltMode(Handle dc, StretchMode mode) noexcept;
+
+// BLENDFUNCTION, field for field.
+struct BlendFunction {
+    std::uint8_t BlendOp = 0; // source over
+    std::uint8_t BlendFlags = 0;
+    std::uint8_t SourceConstantAlpha = 255;
+    std::uint8_t AlphaFormat = 0; // 1: the source has alpha, and its colour is premultiplied by it
+};
+// Draws a rectangle over another, stretched to its size (nearest pixels, whatever the stretch mode). False, and nothing
+// drawn, for negative sizes, a rectangle that does not lie within the source, and rectangles of one device context that
+// overlap. Rounding is the system's own; the portable side truncates.
+bool AlphaBlend(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,
+                std::int32_t sourceX, std::int32_t sourceY, std::int32_t sourceWidth, std::int32_t sourceHeight,
+                BlendFunction blend) noexcept;
+
+// Waits for drawing that the system may have put off: to be called before the bits of a bitmap are touched.
+void GdiFlush() noexcept;
+
 // The screen's device context for the length of a scope.
 class ScreenDC {
   public:

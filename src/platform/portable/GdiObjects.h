@@ -5,6 +5,7 @@
 #include "platform/portable/PixelMemory.h"
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 
@@ -32,6 +33,7 @@ struct GdiObject {
     ObjectType type = ObjectType::none;
     std::unique_ptr<Bitmap> bitmap; // of a bitmap
     Handle selected = 0;            // of a memory device context: the bitmap in it
+    StretchMode stretchMode = StretchMode::blackOnWhite;
 };
 using ObjectRef = std::shared_ptr<GdiObject>;
 
@@ -46,12 +48,29 @@ Gdi& gdi() noexcept;
 // The object when it is of this type; null otherwise.
 ObjectRef findObject(Handle handle, ObjectType type) noexcept;
 
+// A device context of either kind; null otherwise.
+ObjectRef findDC(Handle handle) noexcept;
+
 // The bitmap that is selected into a memory device context; null when there is none to draw on.
 ObjectRef findSelectedBitmap(Handle dc) noexcept;
 
+// Bytes in a row of `width` pixels.
+constexpr std::uint64_t strideOf(std::uint64_t width, std::uint16_t bitCount) noexcept {
+    return (width * bitCount + 31) / 32 * 4;
+}
+inline std::uint64_t rowsOf(const BitmapInfoHeader& header) noexcept {
+    return static_cast<std::uint64_t>(std::abs(std::int64_t{header.biHeight}));
+}
+// Whether the header describes pixels that this side can hold: the size of them all must fit biSizeImage.
+bool isSupported(const BitmapInfoHeader& header, const ColorTable* colors = nullptr) noexcept;
+
 // Pixels of one row in another depth: 8 bits through `colors` into 24 or 32, those two into each other, alpha 0 where
-// there is none to copy.
-void convertRow(const Bitmap& source, const std::uint8_t* from, std::uint8_t* to, std::uint16_t toBits,
-                std::size_t width) noexcept;
+// there is none to copy. Rows of the same depth may overlap.
+void convertRow(std::uint16_t fromBits, const ColorTable* colors, const std::uint8_t* from, std::uint8_t* to,
+                std::uint16_t toBits, std::size_t width) noexcept;
+inline void convertRow(const Bitmap& source, const std::uint8_t* from, std::uint8_t* to, std::uint16_t toBits,
+                       std::size_t width) noexcept {
+    convertRow(source.bitCount, source.colors.get(), from, to, toBits, width);
+}
 
 } // namespace pixkit::platform

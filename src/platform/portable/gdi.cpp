@@ -15,32 +15,6 @@ namespace pixkit::platform {
 
 namespace {
 
-bool isDeviceContext(Handle handle) noexcept {
-    const ObjectType type = GetObjectType(handle);
-    return type == ObjectType::dc || type == ObjectType::memoryDC;
-}
-
-// Bytes in a row of `width` pixels.
-std::uint64_t strideOf(std::uint64_t width, std::uint16_t bitCount) noexcept {
-    return (width * bitCount + 31) / 32 * 4;
-}
-
-std::uint64_t rowsOf(const BitmapInfoHeader& header) noexcept {
-    return static_cast<std::uint64_t>(std::abs(std::int64_t{header.biHeight}));
-}
-
-// Whether the header describes pixels that this side can hold: the size of them all must fit biSizeImage.
-bool isSupported(const BitmapInfoHeader& header, const ColorTable* colors) noexcept {
-    constexpr std::uint32_t BI_RGB = 0;
-    if (header.biSize < sizeof(BitmapInfoHeader) || header.biPlanes != 1 || header.biCompression != BI_RGB)
-        return false;
-    const auto bits = header.biBitCount;
-    if (bits != 24 && bits != 32 && (bits != 8 || colors == nullptr)) return false;
-    if (header.biWidth <= 0 || header.biHeight == 0) return false;
-    const auto width = static_cast<std::uint64_t>(header.biWidth);
-    return strideOf(width, header.biBitCount) * rowsOf(header) <= std::numeric_limits<std::uint32_t>::max();
-}
-
 Handle addObject(ObjectType type, std::unique_ptr<Bitmap> bitmap, Handle selected) {
     auto object = std::make_shared<GdiObject>();
     object->type = type;
@@ -88,9 +62,25 @@ Gdi& gdi() noexcept {
     return instance.value;
 }
 
+bool isSupported(const BitmapInfoHeader& header, const ColorTable* colors) noexcept {
+    constexpr std::uint32_t BI_RGB = 0;
+    if (header.biSize < sizeof(BitmapInfoHeader) || header.biPlanes != 1 || header.biCompression != BI_RGB)
+        return false;
+    const auto bits = header.biBitCount;
+    if (bits != 24 && bits != 32 && (bits != 8 || colors == nullptr)) return false;
+    if (header.biWidth <= 0 || header.biHeight == 0) return false;
+    const auto width = static_cast<std::uint64_t>(header.biWidth);
+    return strideOf(width, header.biBitCount) * rowsOf(header) <= std::numeric_limits<std::uint32_t>::max();
+}
+
 ObjectRef findObject(Handle handle, ObjectType type) noexcept {
     ObjectRef object = gdi().objects.find(handle);
     return object && object->type == type ? object : nullptr;
+}
+
+ObjectRef findDC(Handle handle) noexcept {
+    ObjectRef object = gdi().objects.find(handle);
+    return object && (object->type == ObjectType::dc || object->type == ObjectType::memoryDC) ? object : nullptr;
 }
 
 ObjectRef findSelectedBitmap(Handle dc) noexcept {
@@ -101,20 +91,19 @@ ObjectRef findSelectedBitmap(Handle dc) noexcept {
     return findObject(context->selected, ObjectType::bitmap);
 }
 
-void convertRow(const Bitmap& source, const std::uint8_t* from, std::uint8_t* to, std::uint16_t toBits,
-                std::size_t width) noexcept {
+void convertRow(std::uint16_t fromBits, const ColorTable* colors, const std::uint8_t* from, std::uint8_t* to,
+                std::uint16_t toBits, std::size_t width) noexcept {
     const std::size_t toStep = toBits / 8U;
-    if (source.bitCount == toBits) {
-        std::memcpy(to, from, width * toStep);
-    } else if (source.bitCount == 8 && toBits == 32) {
-        const std::uint32_t* const colors = source.colors->data();
+    if (fromBits == toBits) {
+        std::memmove(to, from, width * toStep);
+    } else if (fromBits == 8 && toBits == 32) {
         for (std::size_t x = 0; x < width; ++x)
-            std::memcpy(to + x * 4, colors + from[x], 4);
+            std::memcpy(to + x * 4, colors->data() + from[x], 4);
     } else {
-        const auto* const colors = source.colors ? reinterpret_cast<const std::uint8_t*>(source.colors->data()) : from;
-        const std::size_t fromStep = source.bitCount / 8U;
+        const auto* const entries = colors != nullptr ? reinterpret_cast<const std::uint8_t*>(colors->data()) : from;
+        const std::size_t fromStep = fromBits / 8U;
         for (std::size_t x = 0; x < width; ++x) {
-            std::memcpy(to + x * toStep, source.bitCount == 8 ? colors + from[x] * 4 : from + x * fromStep, 3);
+            std::memcpy(to + x * toStep, fromBits == 8 ? entries + from[x] * 4 : from + x * fromStep, 3);
             if (toStep == 4) to[x * toStep + 3] = 0; // as the system does: 24-bit pixels have no alpha to copy
         }
     }
@@ -134,7 +123,7 @@ bool ReleaseDC(Handle window, Handle dc) noexcept {
 }
 
 Handle CreateCompatibleDC(Handle dc) noexcept {
-    if (dc != 0 && !isDeviceContext(dc)) return 0;
+    if (dc != 0 && !findDC(dc)) return 0;
     if (faultDue(SeamCall::createCompatibleDC)) return 0;
     try {
         const std::scoped_lock lock(gdi().selection);
@@ -196,7 +185,7 @@ ObjectType GetObjectType(Handle object) noexcept {
 
 Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits, const ColorTable* colors) noexcept {
     if (bits != nullptr) *bits = nullptr;
-    if (dc != 0 && !isDeviceContext(dc)) return 0;
+    if (dc != 0 && !findDC(dc)) return 0;
     if (!isSupported(header, colors) || faultDue(SeamCall::createDIBSection)) return 0;
     try {
         return addBitmap(header, bits, colors);
@@ -208,7 +197,7 @@ Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits, 
 int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits, BitmapInfoHeader& header,
               ColorTable* colors) noexcept {
     const ObjectRef object = findObject(bitmap, ObjectType::bitmap);
-    if (!object || !isDeviceContext(dc) || bits == nullptr || !isSupported(header, colors)) return 0;
+    if (!object || !findDC(dc) || bits == nullptr || !isSupported(header, colors)) return 0;
     if (faultDue(SeamCall::getDIBits)) return 0;
     const Bitmap& source = *object->bitmap;
     {

@@ -109,4 +109,44 @@ bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept {
     return true;
 }
 
+ClipBox GetClipBox(Handle dc, Rect& box) noexcept {
+    if (faultDue(SeamCall::getClipBox)) return ClipBox::error;
+    RECT nativeBox{};
+    const int region = ::GetClipBox(native<HDC>(dc), &nativeBox);
+    box = {nativeBox.left, nativeBox.top, nativeBox.right, nativeBox.bottom};
+    return static_cast<ClipBox>(region);
+}
+
+bool BitBlt(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,
+            std::int32_t sourceX, std::int32_t sourceY, std::uint32_t rasterOperation) noexcept {
+    if (faultDue(SeamCall::bitBlt)) return false;
+    return ::BitBlt(native<HDC>(dc), x, y, width, height, native<HDC>(source), sourceX, sourceY, rasterOperation) !=
+           FALSE;
+}
+
+int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t width, std::uint32_t height,
+                      std::int32_t sourceX, std::int32_t sourceY, std::uint32_t startScan, std::uint32_t lines,
+                      const void* bits, const BitmapInfoHeader& header) noexcept {
+    if (bits == nullptr || !isSupported(header) || faultDue(SeamCall::setDIBitsToDevice)) return 0;
+    return ::SetDIBitsToDevice(native<HDC>(dc), x, y, width, height, sourceX, sourceY, startScan, lines, bits,
+                               reinterpret_cast<const BITMAPINFO*>(&header), DIB_RGB_COLORS);
+}
+
+StretchMode SetStretchBltMode(Handle dc, StretchMode mode) noexcept {
+    return static_cast<StretchMode>(::SetStretchBltMode(native<HDC>(dc), static_cast<int>(mode)));
+}
+
+bool AlphaBlend(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,
+                std::int32_t sourceX, std::int32_t sourceY, std::int32_t sourceWidth, std::int32_t sourceHeight,
+                BlendFunction blend) noexcept {
+    if (faultDue(SeamCall::alphaBlend)) return false;
+    const BLENDFUNCTION function = {blend.BlendOp, blend.BlendFlags, blend.SourceConstantAlpha, blend.AlphaFormat};
+    return ::AlphaBlend(native<HDC>(dc), x, y, width, height, native<HDC>(source), sourceX, sourceY, sourceWidth,
+                        sourceHeight, function) != FALSE;
+}
+
+void GdiFlush() noexcept {
+    ::GdiFlush();
+}
+
 } // namespace pixkit::platform
