@@ -82,6 +82,13 @@ struct Table {
     void (*sampleBilinear)(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets,
                            const double* nearWeights, const double* farWeights, std::size_t count);
 
+    // --- drawing premultiplied pixels over others, alpha included; source pixels with alpha 0 change nothing, whatever
+    // colour they hold; results are held at 255, which colours not above their alpha never exceed. Rows do not overlap.
+    // d = d * (255 - alpha) / 255 truncated + s.
+    void (*blendOver)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    // d = (d * (255 - alpha * globalAlpha / 255) + s * globalAlpha) / 255, both truncated.
+    void (*blendScaled)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha);
+
     // --- layouts
     // Exchanges the first and third byte of each 4-byte pixel.
     void (*swapRedBlue)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);

@@ -24,6 +24,9 @@ void gatherPixels(std::uint8_t* dst, const std::uint8_t* src, const std::int32_t
 void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets, const double* nearWeights,
                     const double* farWeights, std::size_t count);
 
+void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha);
+
 void swapRedBlue(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void pack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);
 void unpack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);

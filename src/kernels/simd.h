@@ -132,6 +132,9 @@ inline Vec add16(Vec a, Vec b) {
 inline Vec addHeld16(Vec a, Vec b) {
     return PIXKIT_SIMD(adds_epi16)(a, b);
 }
+inline Vec addHeldUnsigned16(Vec a, Vec b) {
+    return PIXKIT_SIMD(adds_epu16)(a, b);
+}
 inline Vec subtract16(Vec a, Vec b) {
     return PIXKIT_SIMD(sub_epi16)(a, b);
 }

@@ -20,6 +20,8 @@ constexpr Table scalarTable = {
     .mirror = scalar::mirror,
     .gatherPixels = scalar::gatherPixels,
     .sampleBilinear = scalar::sampleBilinear,
+    .blendOver = scalar::blendOver,
+    .blendScaled = scalar::blendScaled,
     .swapRedBlue = scalar::swapRedBlue,
     .pack24 = scalar::pack24,
     .unpack24 = scalar::unpack24,
@@ -48,6 +50,7 @@ const Table& sse2Table() noexcept {
 #ifdef PIXKIT_X86
         useAlphaSse2(table);
         useEffectsSse2(table);
+        useBlendSse2(table);
         useLayoutsSse2(table);
         useFiltersSse2(table);
         useSamplesSse2(table);
@@ -63,6 +66,7 @@ const Table& avx2Table() noexcept {
 #ifdef PIXKIT_X86
         useAlphaAvx2(table);
         useEffectsAvx2(table);
+        useBlendAvx2(table);
         useLayoutsAvx2(table);
         useFiltersAvx2(table);
         useSamplesAvx2(table);

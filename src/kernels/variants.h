@@ -6,12 +6,14 @@ namespace pixkit::kernels {
 
 void useAlphaSse2(Table& table) noexcept;
 void useEffectsSse2(Table& table) noexcept;
+void useBlendSse2(Table& table) noexcept;
 void useLayoutsSse2(Table& table) noexcept;
 void useFiltersSse2(Table& table) noexcept;
 void useSamplesSse2(Table& table) noexcept;
 
 void useAlphaAvx2(Table& table) noexcept;
 void useEffectsAvx2(Table& table) noexcept;
+void useBlendAvx2(Table& table) noexcept;
 void useLayoutsAvx2(Table& table) noexcept;
 void useFiltersAvx2(Table& table) noexcept;
 void useSamplesAvx2(Table& table) noexcept;

@@ -160,6 +160,31 @@ TEST_P(KernelLevel, BlendsInexactlyAtSomeOpacity) {
     }
 }
 
+// Every alpha over every value, with the brightest and the darkest colour that the alpha allows and one that breaks the
+// rule, at every global alpha.
+TEST_P(KernelLevel, DrawsInexactlyForSomeAlphaValueAndOpacity) {
+    std::vector<std::uint8_t> source;
+    std::vector<std::uint8_t> under;
+    for (unsigned value = 0; value < 256; ++value) {
+        for (unsigned alpha = 0; alpha < 256; ++alpha) {
+            for (const unsigned byte : {alpha, 0U, 255U, alpha})
+                source.push_back(static_cast<std::uint8_t>(byte));
+            under.insert(under.end(), 4, static_cast<std::uint8_t>(value));
+        }
+    }
+    const Table& reference = *tableFor(CpuLevel::scalar);
+    for (unsigned globalAlpha = 0; globalAlpha <= 255; ++globalAlpha) {
+        std::vector<std::uint8_t> expected = under;
+        std::vector<std::uint8_t> got = under;
+        reference.blendScaled(expected.data(), source.data(), 65536, static_cast<std::uint8_t>(globalAlpha));
+        m_table->blendScaled(got.data(), source.data(), 65536, static_cast<std::uint8_t>(globalAlpha));
+        ASSERT_TRUE(got == expected) << globalAlpha;
+        if (globalAlpha != 255) continue;
+        m_table->blendOver(under.data(), source.data(), 65536);
+        EXPECT_TRUE(under == expected) << "both ways of drawing agree at full opacity";
+    }
+}
+
 // As the PNG standard words it: the distances to the estimate, in order of preference.
 int predicted(int left, int above, int upperLeft) {
     int best = left;

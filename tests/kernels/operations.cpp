@@ -120,6 +120,7 @@ std::vector<Operation> made() {
          },
          0},
         {"mirror", 32, 32, false, rows<&Table::mirror>, 0},
+        {"blendOver", 32, 32, true, rows<&Table::blendOver>, 0},
         {"swapRedBlue", 32, 32, false, rows<&Table::swapRedBlue>, 0},
         {"swapRedBlue in place", 32, 0, true,
          [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
@@ -165,6 +166,14 @@ std::vector<Operation> made() {
                            return std::uint64_t{0};
                        },
                        percent});
+    }
+    for (const unsigned globalAlpha : {0U, 2U, 127U, 254U, 255U}) {
+        all.push_back({"blendScaled " + std::to_string(globalAlpha), 32, 32, true,
+                       [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned scale) {
+                           t.blendScaled(dst, src, count, static_cast<std::uint8_t>(scale));
+                           return std::uint64_t{0};
+                       },
+                       globalAlpha});
     }
     for (const unsigned opacity : {1U, 33U, 50U, 99U, 100U}) {
         all.push_back({"blendToColour " + std::to_string(opacity), 32, 0, true,

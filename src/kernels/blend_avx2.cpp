@@ -1,0 +1,6 @@
+#include "kernels/blend_simd.h"
+#include "kernels/variants.h"
+
+void pixkit::kernels::useBlendAvx2(Table& table) noexcept {
+    useBlend(table);
+}
