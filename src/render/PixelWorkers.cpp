@@ -1,26 +1,31 @@
 #include "render/PixelWorkers.h"
 #include "kernels/kernels.h"
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 
 namespace pixkit {
 
-void spt_LightenDarken(float Lightness, PixelView rtnArray, std::size_t SrcX, std::size_t SrcY, ConstPixelView cImage) {
+LightnessTable::LightnessTable(float Lightness) noexcept {
     // The factor is held in single precision, what leads to it and what it enters is not: the same tones on every
     // system.
     const auto factor = static_cast<float>(static_cast<double>(Lightness) / 100.0 * 255.0);
-    std::array<std::int16_t, 256> adjust;
-    for (std::size_t alpha = 0; alpha < adjust.size(); ++alpha) {
+    for (std::size_t alpha = 0; alpha < m_adjust.size(); ++alpha) {
         const long scaled = std::lrint(static_cast<double>(alpha) * static_cast<double>(factor));
-        adjust[alpha] = static_cast<std::int16_t>(scaled / 255);
+        m_adjust[alpha] = static_cast<std::int16_t>(scaled / 255);
     }
+    m_lightens = factor > 0.0F;
+}
+
+void LightnessTable::apply(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const {
+    kernels::table().adjustLightness(dst, src, count, m_adjust.data(), m_lightens);
+}
+
+void spt_LightenDarken(float Lightness, PixelView rtnArray, std::size_t SrcX, std::size_t SrcY, ConstPixelView cImage) {
+    const LightnessTable lightness(Lightness);
     const std::size_t bottomRow = cImage.height - SrcY - rtnArray.height;
-    for (std::size_t y = 0; y < rtnArray.height; ++y) {
-        kernels::table().adjustLightness(rtnArray.row(y), cImage.row(bottomRow + y) + SrcX * 4, rtnArray.width,
-                                         adjust.data(), factor > 0.0F);
-    }
+    for (std::size_t y = 0; y < rtnArray.height; ++y)
+        lightness.apply(rtnArray.row(y), cImage.row(bottomRow + y) + SrcX * 4, rtnArray.width);
 }
 
 bool spt_MirrorDIB(MirrorRequest& request, PixelView mirrorBytes, ConstPixelView cImage) {
