@@ -30,13 +30,13 @@ ByteArray borrowed(SAFEARRAY* array) {
 }
 
 // Unlike in the array itself, bounds are given first dimension first.
-SAFEARRAY* created(int dimensions, ByteArray::Bound first, ByteArray::Bound second) noexcept {
+SAFEARRAY* created(VARTYPE type, int dimensions, ByteArray::Bound first, ByteArray::Bound second) noexcept {
     SAFEARRAYBOUND bounds[2];
     bounds[0].cElements = first.count;
     bounds[0].lLbound = first.lower;
     bounds[1].cElements = second.count;
     bounds[1].lLbound = second.lower;
-    return ::SafeArrayCreate(VT_UI1, static_cast<UINT>(dimensions), bounds);
+    return ::SafeArrayCreate(type, static_cast<UINT>(dimensions), bounds);
 }
 
 std::size_t elementCount(const SAFEARRAY* array) noexcept {
@@ -63,12 +63,37 @@ HRESULT convertElement(VARIANT& element, VARTYPE type, LCID locale, std::uint8_t
     return result;
 }
 
+// 0 for elements that nobody asks for.
+ULONG elementSize(VARTYPE type) noexcept {
+    switch (type) {
+    case VT_UI1:
+        return 1;
+    case VT_I4:
+        return 4;
+    case VT_VARIANT:
+        return sizeof(VARIANT);
+    default:
+        return 0;
+    }
+}
+
+// Gives the caller `filled`, which may be null, for what it has. A caller may have locked its array meanwhile, from a
+// window procedure that ran during the call: then it keeps it.
+bool replace(SAFEARRAY** target, SAFEARRAY* filled) noexcept {
+    if (*target != nullptr && FAILED(::SafeArrayDestroy(*target))) {
+        if (filled != nullptr) ::SafeArrayDestroy(filled);
+        return false;
+    }
+    *target = filled;
+    return true;
+}
+
 } // namespace
 
 bool hasElements(SAFEARRAY* array, VARTYPE type) noexcept {
     if (array->cDims == 0) return false;
     if ((array->fFeatures & typeKnown) == 0) {
-        return array->cbElements == (type == VT_UI1 ? 1 : sizeof(VARIANT)) && (type == VT_UI1 || type == VT_VARIANT);
+        return array->cbElements == elementSize(type);
     }
     VARTYPE found = VT_EMPTY;
     return SUCCEEDED(::SafeArrayGetVartype(array, &found)) && found == type;
@@ -118,7 +143,7 @@ std::uint8_t* OutputArray::redim(int dimensions, ByteArray::Bound first, ByteArr
         std::memset(data, 0, elementCount(*m_target));
         return data;
     }
-    SAFEARRAY* const made = created(dimensions, first, second);
+    SAFEARRAY* const made = created(VT_UI1, dimensions, first, second);
     if (made == nullptr) throw std::bad_alloc();
     if (m_made != nullptr) ::SafeArrayDestroy(m_made);
     m_made = made;
@@ -128,7 +153,7 @@ std::uint8_t* OutputArray::redim(int dimensions, ByteArray::Bound first, ByteArr
 // The bytes as an array of the caller's: the one that redim made, or a copy of bytes from elsewhere.
 SAFEARRAY* OutputArray::takeFilled() noexcept {
     if (m_made != nullptr && m_bytes.data() == m_made->pvData) return std::exchange(m_made, nullptr);
-    SAFEARRAY* const filled = created(m_bytes.dimensions(), m_bytes.bound(1), m_bytes.bound(2));
+    SAFEARRAY* const filled = created(VT_UI1, m_bytes.dimensions(), m_bytes.bound(1), m_bytes.bound(2));
     if (filled != nullptr && m_bytes.size() != 0) std::memcpy(filled->pvData, m_bytes.data(), m_bytes.size());
     return filled;
 }
@@ -140,13 +165,15 @@ bool OutputArray::store() noexcept {
         filled = takeFilled();
         if (filled == nullptr) return false;
     }
-    // A caller may have locked its array meanwhile, from a window procedure that ran during the call.
-    if (*m_target != nullptr && FAILED(::SafeArrayDestroy(*m_target))) {
-        if (filled != nullptr) ::SafeArrayDestroy(filled);
-        return false;
-    }
-    *m_target = filled;
-    return true;
+    return replace(m_target, filled);
+}
+
+bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_t fast, std::uint32_t slow) noexcept {
+    if (*target != nullptr && (!isReplaceable(*target) || !hasElements(*target, VT_I4))) return false;
+    SAFEARRAY* const filled = created(VT_I4, 2, {0, fast}, {0, slow});
+    if (filled == nullptr) return false;
+    std::memcpy(filled->pvData, values, std::size_t{fast} * slow * sizeof *values);
+    return replace(target, filled);
 }
 
 HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept try {

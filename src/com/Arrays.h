@@ -63,6 +63,11 @@ class OutputArray final : private ByteArray::Memory {
     ByteArray m_bytes;
 };
 
+// Replaces a caller's array by one of 32-bit numbers with two dimensions from 0, `fast` numbers in each of `slow` rows;
+// `values` holds them row by row. False, and the array as it was, for other elements, a locked or fixed array, or
+// without memory.
+bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_t fast, std::uint32_t slow) noexcept;
+
 // The same array with elements of another type: what scripts can index are arrays of VARIANT. The caller owns the
 // result; null in gives null.
 HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept;

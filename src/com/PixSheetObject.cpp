@@ -195,6 +195,18 @@ HRESULT PixSheetObject::ScaleImage(LONG destWidth, LONG destHeight, LONG* newWid
     });
 }
 
+// As in the native class, the caller's array changes only where there is something to tell.
+HRESULT PixSheetObject::SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) {
+    if (sizeArray == nullptr) return E_POINTER;
+    return give(result, [&] {
+        static_assert(sizeof(IconSourceSize) == 4 * sizeof(std::int32_t));
+        std::vector<IconSourceSize> sizes;
+        const std::int32_t count = m_sheet->SourceIconSizes(sizes);
+        if (count == 0 || liesInImage(*sizeArray)) return 0;
+        return replaceByLongs(sizeArray, &sizes.front().Width, 4, static_cast<std::uint32_t>(count)) ? count : 0;
+    });
+}
+
 // Resources other than custom ones, which a ResSection that is no string asks for, are pictures of the host program's
 // and not loaded: they give False.
 HRESULT PixSheetObject::LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSection, IDispatch* VBglobal, LONG iconCx,

@@ -182,6 +182,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP GetOrginalFormat(SAFEARRAY** outStream, VARIANT_BOOL* result) override {
         return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) { return m_sheet->GetOrginalFormat(bytes); });
     }
+    STDMETHODIMP SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) override;
 
     // --- saving
 

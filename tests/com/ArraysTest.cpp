@@ -41,6 +41,63 @@ SAFEARRAY* variantsOf(const std::vector<std::uint8_t>& bytes) {
     return array;
 }
 
+// Rows of the array are the image's width, height, depth and whether it is a PNG; its columns are the images.
+TEST_F(Arrays, IconSizesComeInAnyFormOfLongArray) {
+    // 1 x 1 and 2 x 1 pixels of 24 bits.
+    const auto image = [](std::uint8_t width) {
+        std::vector<std::uint8_t> bitmap(40 + 8);
+        bitmap[0] = 40, bitmap[4] = width, bitmap[8] = 2, bitmap[14] = 24;
+        return bitmap;
+    };
+    std::vector<std::uint8_t> icon = {0, 0, 1, 0, 2, 0};
+    for (const std::uint8_t width : {std::uint8_t{1}, std::uint8_t{2}}) {
+        const std::uint8_t offset = static_cast<std::uint8_t>(38 + 48 * (width - 1));
+        icon.insert(icon.end(), {width, 1, 0, 0, 0, 0, 0, 0, 48, 0, 0, 0, offset, 0, 0, 0});
+    }
+    for (const std::uint8_t width : {std::uint8_t{1}, std::uint8_t{2}}) {
+        const auto bitmap = image(width);
+        icon.insert(icon.end(), bitmap.begin(), bitmap.end());
+    }
+    Bytes file(icon);
+    VARIANT_BOOL loaded = VARIANT_FALSE;
+    ASSERT_EQ(sheet->LoadPicture_Stream(&file.array, 2, 1, 0, 0, VARIANT_TRUE, 32, &loaded), S_OK);
+    ASSERT_EQ(width(), 2);
+
+    Bytes longs(3, 5, VT_I4);
+    SAFEARRAY* none = nullptr;
+    Variant empty, variants;
+    variants.vt = VT_ARRAY | VT_VARIANT;
+    variants.parray = ::SafeArrayCreateVector(VT_VARIANT, 0, 2);
+    for (const VARIANT& form :
+         {typed(VT_ARRAY | VT_I4, &longs.array), typed(VT_ARRAY | VT_I4, &none), variable(empty), variable(variants)}) {
+        Variant count;
+        EXPECT_EQ(call(sheet.get(), L"SourceIconSizes", {form}, &count), S_OK);
+        EXPECT_EQ(count.lVal, 2);
+        SAFEARRAY* const sizes = form.vt == (VT_BYREF | VT_VARIANT) ? form.pvarVal->parray : *form.pparray;
+        EXPECT_EQ(boundsOf(sizes), (std::vector<std::pair<LONG, LONG>>{{0, 3}, {0, 1}}));
+        const bool areVariants = sizes->cbElements == sizeof(VARIANT);
+        for (LONG i = 0; i < 8; ++i) {
+            constexpr LONG expected[] = {1, 1, 24, 0, 2, 1, 24, 0};
+            EXPECT_EQ(areVariants ? static_cast<VARIANT*>(sizes->pvData)[i].lVal : static_cast<LONG*>(sizes->pvData)[i],
+                      expected[i]);
+        }
+    }
+    ::SafeArrayDestroy(none);
+    LONG count = 7;
+    Bytes bytes(8);
+    EXPECT_EQ(sheet->SourceIconSizes(&bytes.array, &count), S_OK);
+    EXPECT_EQ(count, 0) << "elements of another type";
+    ::SafeArrayLock(longs.array);
+    EXPECT_EQ(sheet->SourceIconSizes(&longs.array, &count), S_OK);
+    EXPECT_EQ(count, 0) << "locked";
+    ::SafeArrayUnlock(longs.array);
+    EXPECT_EQ(sheet->SourceIconSizes(nullptr, &count), E_POINTER);
+    ASSERT_TRUE(makeImage(1, 1));
+    EXPECT_EQ(sheet->SourceIconSizes(&longs.array, &count), S_OK);
+    EXPECT_EQ(count, 0) << "no icon";
+    EXPECT_EQ(boundsOf(longs.array).size(), 2u) << "lost";
+}
+
 TEST_F(Arrays, EveryFormOfByteArrayLoadsTheSamePicture) {
     ASSERT_GT(png.size(), 57u);
     Bytes plain(png);
