@@ -160,7 +160,7 @@ HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG 
     return run([&] {
         std::unique_ptr<cPixSheet> copy;
         m_sheet->CopyImageTo(copy, newWidth, newHeight, isTrue(CopyOriginalFormat));
-        if (copy) *cDIBclass = new PixSheetObject(std::move(copy));
+        if (copy) *cDIBclass = newObject(std::move(copy));
     });
 }
 
@@ -204,6 +204,19 @@ HRESULT PixSheetObject::SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) {
         const std::int32_t count = m_sheet->SourceIconSizes(sizes);
         if (count == 0 || liesInImage(*sizeArray)) return 0;
         return replaceByLongs(sizeArray, &sizes.front().Width, 4, static_cast<std::uint32_t>(count)) ? count : 0;
+    });
+}
+
+HRESULT PixSheetObject::TrimImage(::eTrimOptions TrimOptions, VARIANT_BOOL ReportOnly, LONG* x, LONG* y, LONG* Width,
+                                  LONG* Height, VARIANT_BOOL* result) {
+    return give(result, [&] {
+        TrimRectangle kept;
+        if (!m_sheet->TrimImage(TrimOptions, isTrue(ReportOnly), &kept)) return false;
+        if (x != nullptr) *x = kept.x;
+        if (y != nullptr) *y = kept.y;
+        if (Width != nullptr) *Width = kept.Width;
+        if (Height != nullptr) *Height = kept.Height;
+        return true;
     });
 }
 

@@ -242,6 +242,16 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP ScaleImage(LONG destWidth, LONG destHeight, LONG* newWidth, LONG* newHeight,
                             ::eScaleOptions ScaleMode) override;
 
+    STDMETHODIMP CreateDropShadow(LONG blurDepth, LONG Color, _cPixSheet** result) override {
+        return give(result, [&] { return newObject(m_sheet->CreateDropShadow(blurDepth, Color)); });
+    }
+    STDMETHODIMP CreateCheckerBoard(LONG CheckerSize, LONG FirstColor, LONG SecondColor,
+                                    VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->CreateCheckerBoard(CheckerSize, FirstColor, SecondColor); });
+    }
+    STDMETHODIMP TrimImage(::eTrimOptions TrimOptions, VARIANT_BOOL ReportOnly, LONG* x, LONG* y, LONG* Width,
+                           LONG* Height, VARIANT_BOOL* result) override;
+
   private:
     using Reuse = OutputArray::Reuse;
 
@@ -253,6 +263,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     HRESULT types() noexcept;
     // Whether an array was laid over the pixels by its owner: then it cannot be replaced, nor filled from them.
     bool liesInImage(const SAFEARRAY* array) const noexcept;
+
+    // An object around a native one; null for null.
+    static PixSheetObject* newObject(std::unique_ptr<cPixSheet> sheet) {
+        return sheet ? new PixSheetObject(std::move(sheet)) : nullptr;
+    }
 
     // Callers write True as any number but 0.
     static bool isTrue(VARIANT_BOOL value) noexcept { return value != VARIANT_FALSE; }

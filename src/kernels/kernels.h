@@ -89,6 +89,17 @@ struct Table {
     // d = (d * (255 - alpha * globalAlpha / 255) + s * globalAlpha) / 255, both truncated.
     void (*blendScaled)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha);
 
+    // --- shadows
+    // Moves a box one row on, for `count` sums of alpha, one a column: adds the alpha of each pixel of the row that
+    // enters it and takes off that of the row that leaves it. Either row may be null: outside the picture.
+    void (*slideAlphaSums)(std::uint16_t* sums, const std::uint8_t* entering, const std::uint8_t* leaving,
+                           std::size_t count);
+    // Pixel i is the shade of the average alpha in its box, (sums[i + 1] + ... + sums[i + window]) / window^2
+    // truncated. `sums` has count + window entries, of at most 255 * window each; window is 1 .. 21. `shades` are 256
+    // ready pixels: one colour premultiplied (truncated) by each alpha.
+    void (*shadeBoxes)(std::uint8_t* dst, const std::uint16_t* sums, std::size_t count, std::size_t window,
+                       const std::uint8_t* shades);
+
     // --- layouts
     // Exchanges the first and third byte of each 4-byte pixel.
     void (*swapRedBlue)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);

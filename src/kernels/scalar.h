@@ -27,6 +27,10 @@ void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int3
 void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha);
 
+void slideAlphaSums(std::uint16_t* sums, const std::uint8_t* entering, const std::uint8_t* leaving, std::size_t count);
+void shadeBoxes(std::uint8_t* dst, const std::uint16_t* sums, std::size_t count, std::size_t window,
+                const std::uint8_t* shades);
+
 void swapRedBlue(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void pack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);
 void unpack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);

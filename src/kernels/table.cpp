@@ -22,6 +22,8 @@ constexpr Table scalarTable = {
     .sampleBilinear = scalar::sampleBilinear,
     .blendOver = scalar::blendOver,
     .blendScaled = scalar::blendScaled,
+    .slideAlphaSums = scalar::slideAlphaSums,
+    .shadeBoxes = scalar::shadeBoxes,
     .swapRedBlue = scalar::swapRedBlue,
     .pack24 = scalar::pack24,
     .unpack24 = scalar::unpack24,
@@ -54,6 +56,7 @@ const Table& sse2Table() noexcept {
         useLayoutsSse2(table);
         useFiltersSse2(table);
         useSamplesSse2(table);
+        useShadowSse2(table);
 #endif
         return table;
     }();
@@ -70,6 +73,7 @@ const Table& avx2Table() noexcept {
         useLayoutsAvx2(table);
         useFiltersAvx2(table);
         useSamplesAvx2(table);
+        useShadowAvx2(table);
 #endif
         return table;
     }();

@@ -10,6 +10,7 @@ void useBlendSse2(Table& table) noexcept;
 void useLayoutsSse2(Table& table) noexcept;
 void useFiltersSse2(Table& table) noexcept;
 void useSamplesSse2(Table& table) noexcept;
+void useShadowSse2(Table& table) noexcept;
 
 void useAlphaAvx2(Table& table) noexcept;
 void useEffectsAvx2(Table& table) noexcept;
@@ -17,6 +18,7 @@ void useBlendAvx2(Table& table) noexcept;
 void useLayoutsAvx2(Table& table) noexcept;
 void useFiltersAvx2(Table& table) noexcept;
 void useSamplesAvx2(Table& table) noexcept;
+void useShadowAvx2(Table& table) noexcept;
 
 // The best level the processor and the operating system can run, whatever the environment says.
 CpuLevel detectedLevel() noexcept;

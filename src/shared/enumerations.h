@@ -51,6 +51,15 @@ enum eScaleOptions : std::int32_t {
     ScaleStretch = 2,      // the size as it is
 };
 
+// Sides that TrimImage cuts, to be combined.
+enum eTrimOptions : std::int32_t {
+    trimLeft = 1,
+    trimTop = 2,
+    trimRight = 4,
+    trimBottom = 8,
+    trimAll = 15,
+};
+
 // Bit-depth selectors of the icon writer.
 enum eConstants : std::int32_t {
     HIGH_COLOR = 16776960,

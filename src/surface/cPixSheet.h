@@ -27,6 +27,11 @@ struct IconSourceSize {
     bool operator==(const IconSourceSize&) const = default;
 };
 
+// A part of an image: the position counts from its top left corner.
+struct TrimRectangle {
+    std::int32_t x = 0, y = 0, Width = 0, Height = 0;
+};
+
 // Holds at most one image as a 32-bit device-independent bitmap: four bytes a pixel in the order B, G, R, A, colour
 // premultiplied by alpha (colour <= alpha), rows bottom-up (the first row in memory is the bottom row of the picture),
 // Width * 4 bytes each without padding. Public coordinates count y from the top of the picture.
@@ -213,6 +218,25 @@ class cPixSheet {
     // mode the image's own. Without an image, or when the result is beyond 32 bits, both stay as they are.
     void ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std::int32_t& newWidth, std::int32_t& newHeight,
                     std::int32_t ScaleMode = scaleDownAsNeeded) const noexcept;
+
+    // --- pictures made from others (render/DropShadow.cpp, CheckerBoard.cpp, Trim.cpp); null or false, and nothing
+    // done, without an image
+
+    // A soft shadow of the picture's silhouette in one colour, as a new image that reaches blurDepth (0 .. 10, values
+    // outside count as the nearest) pixels beyond each edge: its alpha is the average of the picture's over a square
+    // of 2 * blurDepth + 1 pixels, truncated. The time does not depend on the depth. The new instance is drawn by the
+    // same means as this one (interpolation, AlphaBlend, GDI+). Null also when there is no memory.
+    std::unique_ptr<cPixSheet> CreateDropShadow(std::int32_t blurDepth = 4,
+                                                std::int32_t Color = 0xC0C0C0) const noexcept;
+    // Paints over the image: squares of CheckerSize pixels, FirstColor at the top left, opaque. It becomes
+    // imgCheckerBoard and AlphaNone. False for a CheckerSize below 1.
+    bool CreateCheckerBoard(std::int32_t CheckerSize = 12, std::int32_t FirstColor = 0xFFFFFF,
+                            std::int32_t SecondColor = 0xC0C0C0) noexcept;
+    // Cuts fully transparent columns and rows off the sides that TrimOptions names (eTrimOptions, combined). *Kept
+    // receives what is kept of the image as it was, all of it when there is nothing to cut; with ReportOnly that is all
+    // that happens. Alpha, ImageType, original-format bytes and settings stay. False, and *Kept untouched, when no side
+    // is named, when the image is transparent throughout and would vanish, and when there is no memory.
+    bool TrimImage(std::int32_t TrimOptions = trimAll, bool ReportOnly = false, TrimRectangle* Kept = nullptr) noexcept;
 
   private:
     friend struct HostAccess; // readers, writers and renderers (surface/HostAccess.h)

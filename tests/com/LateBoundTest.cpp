@@ -185,6 +185,42 @@ TEST_F(LateBound, SizesComeBackByReferenceAndResizeTakesThem) {
     EXPECT_EQ(done.boolVal, VARIANT_FALSE);
 }
 
+TEST_F(LateBound, ShadowsBoardsAndTrimmingGiveWhatScriptsAskedFor) {
+    Variant made, done;
+    EXPECT_EQ(call(sheet.get(), L"CreateDropShadow", {}, &made), S_OK);
+    EXPECT_TRUE(made.vt == VT_DISPATCH && made.pdispVal == nullptr) << "no image, so Nothing";
+    ASSERT_TRUE(makeImage(6, 4));
+    call(sheet.get(), L"SetPixel", {number(2), number(1), number(255)});
+    EXPECT_EQ(call(sheet.get(), L"CreateDropShadow", {}, &made, {{L"blurDepth", number(2)}}), S_OK);
+    ASSERT_TRUE(made.vt == VT_DISPATCH && made.pdispVal != nullptr);
+    Variant size, shade;
+    VARIANT alpha = number(0);
+    EXPECT_EQ(call(made.pdispVal, L"Width", {}, &size), S_OK);
+    EXPECT_EQ(size.lVal, 10);
+    EXPECT_EQ(call(made.pdispVal, L"GetPixel", {number(4), number(3), variable(alpha)}, &shade), S_OK);
+    EXPECT_EQ(alpha.lVal, 255 / 25);
+
+    VARIANT left = text(L"none"), height = left;
+    EXPECT_EQ(call(sheet.get(), L"TrimImage",
+                   {missing(), number(-1), variable(left), missing(), missing(), variable(height)}, &done),
+              S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(left.lVal, 2);
+    EXPECT_EQ(height.lVal, 1);
+    EXPECT_EQ(call(sheet.get(), L"TrimImage", {number(eTrimOptions::trimLeft | eTrimOptions::trimTop)}, &done), S_OK);
+    EXPECT_EQ(call(sheet.get(), L"Width", {}, &size), S_OK);
+    EXPECT_EQ(size.lVal, 4);
+
+    EXPECT_EQ(call(sheet.get(), L"CreateCheckerBoard", {number(0)}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_FALSE);
+    EXPECT_EQ(call(sheet.get(), L"CreateCheckerBoard", {number(1), missing(), number(0x0000FF)}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(pixel(0, 0), 0xFFFFFF);
+    EXPECT_EQ(pixel(1, 0), 0x0000FF);
+    EXPECT_EQ(call(sheet.get(), L"ImageType", {}, &size), S_OK);
+    EXPECT_EQ(size.lVal, imgCheckerBoard);
+}
+
 TEST_F(LateBound, NothingBecomesANewObjectInEveryFormOfVariable) {
     ASSERT_TRUE(makeImage(3, 2));
     IDispatch* dispatch = nullptr;

@@ -185,6 +185,25 @@ TEST_P(KernelLevel, DrawsInexactlyForSomeAlphaValueAndOpacity) {
     }
 }
 
+// Sums that rise by one every `window` columns: the tally takes every value that a box may have, one after the other.
+TEST_P(KernelLevel, DividesSomeTallyOfABoxInexactly) {
+    std::vector<std::uint8_t> shades;
+    for (unsigned alpha = 0; alpha < 256; ++alpha)
+        for (const unsigned colour : {255U, 1U, 128U, 255U})
+            shades.push_back(static_cast<std::uint8_t>(colour * alpha / 255));
+    for (std::size_t window = 1; window <= 21; ++window) {
+        const std::size_t count = 255 * window * window;
+        std::vector<std::uint16_t> sums(count + window);
+        for (std::size_t i = 0; i < sums.size(); ++i)
+            sums[i] = static_cast<std::uint16_t>(i / window);
+        std::vector<std::uint8_t> row(4 * count);
+        m_table->shadeBoxes(row.data(), sums.data(), count, window, shades.data());
+        for (std::size_t i = 0; i < count; ++i)
+            ASSERT_EQ(std::memcmp(&row[4 * i], &shades[(i + 1) / (window * window) * 4], 4), 0)
+                << "tally " << i + 1 << " of a window of " << window;
+    }
+}
+
 // As the PNG standard words it: the distances to the estimate, in order of preference.
 int predicted(int left, int above, int upperLeft) {
     int best = left;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 
 namespace pixkit::kernels::test {
 
@@ -76,6 +77,41 @@ std::uint64_t flattening(const Table& table, Bytes dst, Source src, std::size_t 
 template <auto entry>
 std::uint64_t withAbove(const Table& table, Bytes dst, Source src, std::size_t count, unsigned step) {
     (table.*entry)(dst, src, count, step);
+    return 0;
+}
+
+// Sums of alpha that a box may hold, and the shades of one colour, from random bytes.
+std::vector<std::uint16_t> boxSums(Source src, std::size_t entries, unsigned window) {
+    std::vector<std::uint16_t> sums(entries);
+    for (std::size_t i = 0; i < entries; ++i)
+        sums[i] = static_cast<std::uint16_t>((src[4 * i] * 256U + src[4 * i + 1]) % (255 * window + 1));
+    return sums;
+}
+
+std::vector<std::uint8_t> shadesOf(const std::array<unsigned, 4>& opaque) {
+    std::vector<std::uint8_t> shades;
+    for (unsigned alpha = 0; alpha < 256; ++alpha)
+        for (const unsigned channel : opaque)
+            shades.push_back(static_cast<std::uint8_t>(channel * alpha / 255));
+    return shades;
+}
+
+// `which`: 1 a row enters, 2 one leaves, 3 both.
+std::uint64_t slideSums(const Table& t, Bytes dst, Source src, std::size_t count, unsigned which) {
+    std::vector<std::uint16_t> sums(count);
+    if (count > 0) std::memcpy(sums.data(), dst, count * 2);
+    t.slideAlphaSums(sums.data(), (which & 1) != 0 ? src : nullptr, (which & 2) != 0 ? src + 4 * count : nullptr,
+                     count);
+    if (count > 0) std::memcpy(dst, sums.data(), count * 2);
+    return 0;
+}
+
+std::uint64_t shade(const Table& t, Bytes dst, Source src, std::size_t count, unsigned window) {
+    const std::vector<std::uint8_t> shades = shadesOf({200, window * 12, 1, 255});
+    std::vector<std::uint16_t> sums(window);
+    const std::vector<std::uint16_t> rest = boxSums(src, count, window);
+    sums.insert(sums.end(), rest.begin(), rest.end());
+    t.shadeBoxes(dst, sums.data(), count, window, shades.data());
     return 0;
 }
 
@@ -195,6 +231,10 @@ std::vector<Operation> made() {
         all.push_back({"flatten24 " + std::to_string(fill), 24, 32, false, flattening<&Table::flatten24>, fill});
         all.push_back({"flatten32 " + std::to_string(fill), 32, 32, false, flattening<&Table::flatten32>, fill});
     }
+    for (const unsigned which : {1U, 2U, 3U})
+        all.push_back({"slideAlphaSums " + std::to_string(which), 16, 64, true, slideSums, which});
+    for (const unsigned window : {1U, 3U, 9U, 15U, 17U, 21U})
+        all.push_back({"shadeBoxes " + std::to_string(window), 32, 32, false, shade, window});
     for (unsigned step = 1; step <= 8; ++step) {
         const std::string name = " step " + std::to_string(step);
         all.push_back({"unfilterSub" + name, 8, 0, true,

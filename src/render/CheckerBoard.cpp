@@ -1,0 +1,54 @@
+// The backdrop that makes transparency visible.
+#include "diagnostics/guard.h"
+#include "shared/modParsers.h"
+#include "surface/HostAccess.h"
+#include "surface/cPixSheet.h"
+#include <array>
+#include <cstring>
+
+namespace pixkit {
+
+namespace {
+
+using OpaquePixel = std::array<std::uint8_t, 4>;
+
+OpaquePixel opaquePixel(std::int32_t Color) {
+    const ColorChannels channels = iparseColorChannels(Color);
+    return {channels.b, channels.g, channels.r, 255};
+}
+
+void paintSquares(std::uint8_t* row, std::size_t width, std::size_t size, const OpaquePixel& first,
+                  const OpaquePixel& second) {
+    for (std::size_t x = 0; x < width; ++x)
+        std::memcpy(row + x * 4, (x / size % 2 == 0 ? first : second).data(), 4);
+}
+
+} // namespace
+
+// Filled here and not with the system's brushes: they give the same colours but leave alpha 0, so that the image would
+// have to be gone over again, and would need a device context.
+bool cPixSheet::CreateCheckerBoard(std::int32_t CheckerSize, std::int32_t FirstColor,
+                                   std::int32_t SecondColor) noexcept {
+    return guarded("CreateCheckerBoard", false, [&] {
+        const PixelView image = HostAccess::pixels(*this);
+        if (!image || CheckerSize < 1) return false;
+        const auto size = static_cast<std::size_t>(CheckerSize);
+        const OpaquePixel first = opaquePixel(FirstColor);
+        const OpaquePixel second = opaquePixel(SecondColor);
+        for (std::size_t y = 0; y < image.height; ++y) {
+            std::uint8_t* const row = image.rowFromTop(y);
+            const bool startsWithFirst = y / size % 2 == 0;
+            if (y == 0 || y == size) {
+                paintSquares(row, image.width, size, startsWithFirst ? first : second,
+                             startsWithFirst ? second : first);
+            } else {
+                std::memcpy(row, image.rowFromTop(startsWithFirst ? 0 : size), image.stride);
+            }
+        }
+        m_AlphaImage = AlphaNone;
+        m_Format = imgCheckerBoard;
+        return true;
+    });
+}
+
+} // namespace pixkit
