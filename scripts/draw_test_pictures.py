@@ -158,7 +158,7 @@ def bgra(width, height, alpha, premultiplied):
 
 
 ALPHAS = {"none": lambda x, y: 255, "zero": lambda x, y: 0, "simple": lambda x, y: 255 * ((x + y) % 2),
-          "complex": lambda x, y: (x * 13 + y * 29) % 256}
+          "complex": lambda x, y: (x * 13 + y * 29) % 256, "late": lambda x, y: 0 if y < 3 else 255 - 90 * (x % 2)}
 
 
 def bmp():
@@ -189,6 +189,10 @@ def bmp():
         for premultiplied in (False, True):
             kind = "premultiplied" if premultiplied else "straight"
             yield f"alpha-{name}-{kind}", bmp_file(32, 37, 5, pixels=bgra(37, 5, alpha, premultiplied))
+            yield f"alpha-{name}-{kind}-top-down", bmp_file(32, 37, -5, pixels=bgra(37, 5, alpha, premultiplied))
+    edged = bytes(37 * 4 * 2) + bgra(37, 3, ALPHAS["zero"], False)
+    yield "alpha-zero-below-an-edge", bmp_file(32, 37, 5, pixels=edged)
+    yield "alpha-zero-below-an-edge-but-one", bmp_file(32, 37, 5, pixels=changed(edged, -4, b"\1\2\3\xFF"))
     # What proves that colours are straight, at the end of the first row, and at the beginning of the last.
     clear = bgra(37, 5, ALPHAS["none"], True)
     for name, at in (("first", 36 * 4), ("last", 37 * 4 * 4)):

@@ -1,5 +1,6 @@
 // Reference kernels for the alpha channel.
 #include "kernels/scalar.h"
+#include <cstring>
 
 namespace pixkit::kernels::scalar {
 
@@ -24,19 +25,28 @@ bool scanAlpha(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan) {
     return true;
 }
 
+bool copyScanningAlpha(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, AlphaScan& scan) {
+    if (count > 0) std::memcpy(dst, src, count * 4);
+    return scanAlpha(src, count, scan);
+}
+
 void setOpaque(std::uint8_t* pixels, std::size_t count) {
     for (std::uint8_t* p = pixels; count > 0; --count, p += 4)
         p[3] = 255;
 }
 
 bool premultiply(std::uint8_t* pixels, std::size_t count) {
+    return copyPremultiplying(pixels, pixels, count);
+}
+
+bool copyPremultiplying(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     bool partial = false;
-    for (std::uint8_t* p = pixels; count > 0; --count, p += 4) {
-        const unsigned alpha = p[3];
-        if (alpha == 255) continue; // colour * 255 / 255 is the colour
+    for (; count > 0; --count, dst += 4, src += 4) {
+        const unsigned alpha = src[3];
         for (int channel = 0; channel < 3; ++channel)
-            p[channel] = static_cast<std::uint8_t>(p[channel] * alpha / 255);
-        partial = partial || alpha != 0;
+            dst[channel] = static_cast<std::uint8_t>(src[channel] * alpha / 255);
+        dst[3] = static_cast<std::uint8_t>(alpha);
+        partial = partial || alpha % 255 != 0;
     }
     return partial;
 }

@@ -6,19 +6,48 @@
 namespace pixkit::kernels {
 namespace {
 
-// Passes whole vectors that leave the verdict `consistent`; returns the first pixel that it did not pass.
-std::size_t scanConsistent(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan) {
+// What makes a pixel's verdict other than `consistent` is left over: colour above alpha.
+Vec colourOverAlpha(Vec pixels) {
+    return subtractHeld8(pixels, alphaInAll(pixels));
+}
+
+// Pixels with alpha 0 and 255, counted in lanes. Clear pixels must have no colour.
+struct AlphaCounts {
     Vec clear = zeros();
     Vec opaque = zeros();
-    std::size_t i = 0;
-    for (; count - i >= vecPixels; i += vecPixels) {
-        const Vec v = load(pixels + 4 * i);
-        if (!allZero(subtractHeld8(v, alphaInAll(v)))) break;
-        clear = subtract32(clear, equal32(v, zeros()));
-        opaque = subtract32(opaque, equal32(both(v, all32(alphaByte)), all32(alphaByte)));
+    void add(Vec pixels) {
+        clear = subtract32(clear, equal32(pixels, zeros()));
+        opaque = subtract32(opaque, equal32(both(pixels, all32(alphaByte)), all32(alphaByte)));
     }
-    const std::size_t clearCount = laneSum32(clear);
-    const std::size_t opaqueCount = laneSum32(opaque);
+};
+
+template <bool isCopying>
+void storeIfCopying(std::uint8_t* dst, Vec pixels) {
+    if constexpr (isCopying) store(dst, pixels);
+}
+
+// Passes whole vectors that leave the verdict `consistent`; returns the first pixel that it did not pass.
+template <bool isCopying>
+std::size_t scanConsistent(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, AlphaScan& scan) {
+    AlphaCounts counts;
+    std::size_t i = 0;
+    for (; count - i >= 2 * vecPixels; i += 2 * vecPixels) {
+        const Vec v = load(src + 4 * i);
+        const Vec w = load(src + 4 * i + vecBytes);
+        if (!allZero(either(colourOverAlpha(v), colourOverAlpha(w)))) break;
+        storeIfCopying<isCopying>(dst + 4 * i, v);
+        storeIfCopying<isCopying>(dst + 4 * i + vecBytes, w);
+        counts.add(v);
+        counts.add(w);
+    }
+    for (; count - i >= vecPixels; i += vecPixels) {
+        const Vec v = load(src + 4 * i);
+        if (!allZero(colourOverAlpha(v))) break;
+        storeIfCopying<isCopying>(dst + 4 * i, v);
+        counts.add(v);
+    }
+    const std::size_t clearCount = laneSum32(counts.clear);
+    const std::size_t opaqueCount = laneSum32(counts.opaque);
     scan.zeroCount += clearCount;
     scan.opaqueCount += opaqueCount;
     if (clearCount + opaqueCount < i) scan.partial = true;
@@ -26,27 +55,48 @@ std::size_t scanConsistent(const std::uint8_t* pixels, std::size_t count, AlphaS
 }
 
 // Passes whole vectors of clear pixels.
-std::size_t scanClear(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan) {
+template <bool isCopying>
+std::size_t scanClear(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, AlphaScan& scan) {
     std::size_t i = 0;
-    while (count - i >= vecPixels && allZero(both(load(pixels + 4 * i), all32(alphaByte))))
-        i += vecPixels;
+    for (; count - i >= vecPixels; i += vecPixels) {
+        const Vec v = load(src + 4 * i);
+        if (!allZero(both(v, all32(alphaByte)))) break;
+        storeIfCopying<isCopying>(dst + 4 * i, v);
+    }
     scan.zeroCount += i;
     return i;
 }
 
-bool scanAlpha(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan) {
+template <bool isCopying>
+bool scanRow(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, AlphaScan& scan) {
     while (count >= vecPixels) {
-        const std::size_t passed =
-            scan.state == AlphaScan::consistent ? scanConsistent(pixels, count, scan) : scanClear(pixels, count, scan);
-        pixels += 4 * passed;
+        const std::size_t passed = scan.state == AlphaScan::consistent
+                                       ? scanConsistent<isCopying>(dst, src, count, scan)
+                                       : scanClear<isCopying>(dst, src, count, scan);
+        src += 4 * passed;
         count -= passed;
+        if constexpr (isCopying) dst += 4 * passed;
         if (count < vecPixels) break;
         // The vector that changes the verdict is settled pixel by pixel.
-        if (!scalar::scanAlpha(pixels, vecPixels, scan)) return false;
-        pixels += vecBytes;
+        if (!scalar::scanAlpha(src, vecPixels, scan)) {
+            if constexpr (isCopying) std::memcpy(dst, src, count * 4);
+            return false;
+        }
+        storeIfCopying<isCopying>(dst, load(src));
+        src += vecBytes;
         count -= vecPixels;
+        if constexpr (isCopying) dst += vecBytes;
     }
-    return scalar::scanAlpha(pixels, count, scan);
+    if constexpr (isCopying) return scalar::copyScanningAlpha(dst, src, count, scan);
+    return scalar::scanAlpha(src, count, scan);
+}
+
+bool scanAlpha(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan) {
+    return scanRow<false>(nullptr, pixels, count, scan);
+}
+
+bool copyScanningAlpha(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, AlphaScan& scan) {
+    return scanRow<true>(dst, src, count, scan);
 }
 
 void setOpaque(std::uint8_t* pixels, std::size_t count) {
@@ -61,14 +111,18 @@ Vec partialAlpha(Vec pixels) {
     return both(add32(pixels, all32(0x01000000)), all32(0xFE000000U));
 }
 
-bool premultiply(std::uint8_t* pixels, std::size_t count) {
+bool copyPremultiplying(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     Vec partial = zeros();
-    for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
-        const Vec v = load(pixels);
+    for (; count >= vecPixels; count -= vecPixels, dst += vecBytes, src += vecBytes) {
+        const Vec v = load(src);
         partial = either(partial, partialAlpha(v));
-        store(pixels, premultiplied(v));
+        store(dst, premultiplied(v));
     }
-    return scalar::premultiply(pixels, count) || !allZero(partial);
+    return scalar::copyPremultiplying(dst, src, count) || !allZero(partial);
+}
+
+bool premultiply(std::uint8_t* pixels, std::size_t count) {
+    return copyPremultiplying(pixels, pixels, count);
 }
 
 // One division a pixel. The true quotient is either whole or at least 1/65,025 of itself below the next whole number;
@@ -101,8 +155,10 @@ void unpremultiply(std::uint8_t* dst, const std::uint8_t* src, std::size_t count
 
 void useAlpha(Table& table) {
     table.scanAlpha = scanAlpha;
+    table.copyScanningAlpha = copyScanningAlpha;
     table.setOpaque = setOpaque;
     table.premultiply = premultiply;
+    table.copyPremultiplying = copyPremultiplying;
     table.unpremultiply = unpremultiply;
 }
 

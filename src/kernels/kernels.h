@@ -41,11 +41,15 @@ struct Table {
     // Alpha 255: in `colourInClear` proves, else counts in opaqueCount. Between: in `colourInClear`, or with any
     // colour byte above alpha, proves; else sets `partial`.
     bool (*scanAlpha)(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan);
+    // The same, and copies all pixels. Rows do not overlap.
+    bool (*copyScanningAlpha)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, AlphaScan& scan);
     // Sets every alpha byte to 255.
     void (*setOpaque)(std::uint8_t* pixels, std::size_t count);
     // Straight to premultiplied in place: alpha 0 clears all four bytes, 255 keeps, else colour = colour * alpha / 255
     // truncated. Returns whether any alpha was 1 to 254.
     bool (*premultiply)(std::uint8_t* pixels, std::size_t count);
+    // The same from one row to another.
+    bool (*copyPremultiplying)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     // Premultiplied to straight: alpha 0 and 255 copy, else colour = (colour * 255 / alpha) truncated, low 8 bits.
     void (*unpremultiply)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 

@@ -6,8 +6,10 @@
 namespace pixkit::kernels::scalar {
 
 bool scanAlpha(const std::uint8_t* pixels, std::size_t count, AlphaScan& scan);
+bool copyScanningAlpha(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, AlphaScan& scan);
 void setOpaque(std::uint8_t* pixels, std::size_t count);
 bool premultiply(std::uint8_t* pixels, std::size_t count);
+bool copyPremultiplying(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void unpremultiply(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 
 void invert(std::uint8_t* pixels, std::size_t count);

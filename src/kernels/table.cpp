@@ -7,8 +7,10 @@ namespace {
 
 constexpr Table scalarTable = {
     .scanAlpha = scalar::scanAlpha,
+    .copyScanningAlpha = scalar::copyScanningAlpha,
     .setOpaque = scalar::setOpaque,
     .premultiply = scalar::premultiply,
+    .copyPremultiplying = scalar::copyPremultiplying,
     .unpremultiply = scalar::unpremultiply,
     .invert = scalar::invert,
     .grayscale = scalar::grayscale,

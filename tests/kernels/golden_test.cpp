@@ -19,7 +19,7 @@ class Fnv1a64 {
     std::uint64_t m_hash = 0xCBF29CE484222325U;
 };
 
-constexpr std::uint64_t goldenChecksum = 0x5C771B6AAE972650U;
+constexpr std::uint64_t goldenChecksum = 0x312446B90C2B6E89U;
 
 std::uint64_t checksum(const Table& table) {
     Fnv1a64 hash;

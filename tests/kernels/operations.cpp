@@ -115,22 +115,20 @@ std::uint64_t shade(const Table& t, Bytes dst, Source src, std::size_t count, un
     return 0;
 }
 
+template <bool isCopying>
+std::uint64_t scanning(const Table& table, Bytes dst, Source src, std::size_t count, unsigned isCarriedOn) {
+    AlphaScan scan;
+    if (isCarriedOn != 0) scan = {3, 4, AlphaScan::colourInClear, false};
+    const bool result = isCopying ? table.copyScanningAlpha(dst, src, count, scan) : table.scanAlpha(src, count, scan);
+    return summary(result, scan);
+}
+
 std::vector<Operation> made() {
     std::vector<Operation> all = {
-        {"scanAlpha", 0, 32, false,
-         [](const Table& t, Bytes, Source src, std::size_t count, unsigned) {
-             AlphaScan scan;
-             const bool result = t.scanAlpha(src, count, scan);
-             return summary(result, scan);
-         },
-         0},
-        {"scanAlpha carried on", 0, 32, false,
-         [](const Table& t, Bytes, Source src, std::size_t count, unsigned) {
-             AlphaScan scan{3, 4, AlphaScan::colourInClear, false};
-             const bool result = t.scanAlpha(src, count, scan);
-             return summary(result, scan);
-         },
-         0},
+        {"scanAlpha", 0, 32, false, scanning<false>, 0},
+        {"scanAlpha carried on", 0, 32, false, scanning<false>, 1},
+        {"copyScanningAlpha", 32, 32, false, scanning<true>, 0},
+        {"copyScanningAlpha carried on", 32, 32, false, scanning<true>, 1},
         {"setOpaque", 32, 0, true,
          [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
              t.setOpaque(dst, count);
@@ -140,6 +138,11 @@ std::vector<Operation> made() {
         {"premultiply", 32, 0, true,
          [](const Table& t, Bytes dst, Source, std::size_t count, unsigned) {
              return std::uint64_t{t.premultiply(dst, count)};
+         },
+         0},
+        {"copyPremultiplying", 32, 32, false,
+         [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned) {
+             return std::uint64_t{t.copyPremultiplying(dst, src, count)};
          },
          0},
         {"unpremultiply", 32, 32, false, rows<&Table::unpremultiply>, 0},

@@ -11,6 +11,8 @@ class BmpMaskedRows {
   public:
     BmpMaskedRows(const BmpMasks& masks, unsigned bitCount);
 
+    // Whether words are B, G, R, A already.
+    bool areAsStored() const noexcept { return m_layout == Layout::bgra && m_hasAlpha; }
     // Rows do not overlap.
     void convert(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const;
 

@@ -28,10 +28,22 @@ bool cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& Hos
     BmpRows rows(*info, data);
     if (!Host.InitializeDIB(info->width, info->height)) return false;
     const PixelView pixels = HostAccess::pixels(Host);
-    for (std::size_t y = 0; y < pixels.height; ++y)
-        rows.nextRow(info->isTopDown ? pixels.rowFromTop(y) : pixels.row(y));
     AlphaClassification alpha;
-    if (info->masks.alpha != 0) alpha = iparseValidateAlphaChannel(pixels, true, imgNone);
+    if (info->masks.alpha != 0) {
+        AlphaOfRows store(pixels, info->isTopDown);
+        for (std::size_t y = 0; y < pixels.height; ++y) {
+            if (rows.areAsStored()) {
+                store.copy(rows.nextRowBytes());
+            } else {
+                rows.nextRow(store.next());
+                store.isWritten();
+            }
+        }
+        alpha = store.finish();
+    } else {
+        for (std::size_t y = 0; y < pixels.height; ++y)
+            rows.nextRow(info->isTopDown ? pixels.rowFromTop(y) : pixels.row(y));
+    }
     Host.Alpha(alpha.bIsAlpha);
     HostAccess::ImageType(Host, alpha.imgType);
     return true;

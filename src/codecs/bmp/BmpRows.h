@@ -14,10 +14,12 @@ class BmpRows {
 
     // The next row in the order of the file: info.width pixels, alpha not applied to the colours.
     void nextRow(std::uint8_t* dst);
-
-  private:
+    // Whether rows in the file have the store's own layout, alpha included.
+    bool areAsStored() const noexcept { return m_info.bitCount == 32 && m_masked.areAsStored(); }
+    // The next row as it stands in the file, which must not be run-length coded.
     const std::uint8_t* nextRowBytes();
 
+  private:
     const BmpInfo& m_info;
     std::span<const std::uint8_t> m_data; // what is left of it
     std::size_t m_width, m_rowBytes;

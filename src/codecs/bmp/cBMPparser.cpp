@@ -2,9 +2,9 @@
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
-#include <algorithm>
 #include <array>
 #include <span>
+#include <vector>
 
 namespace pixkit {
 
@@ -45,7 +45,7 @@ bool cBMPparser::SaveAsBMP(const cPixSheet& cHost, const std::string& FileName, 
                            bool Keep32bppFormat, std::int32_t TransparentFillColor) {
     const ConstPixelView image = HostAccess::pixels(cHost);
     if (!image) return false;
-    const bool hasAlpha = iparseValidateAlphaChannel(image, imgNone).bIsAlpha != AlphaNone;
+    const bool hasAlpha = iparseHasAlpha(image);
     const bool as32bpp = hasAlpha && Keep32bppFormat;
 
     ByteArray rows; // 24-bit rows; a 32-bit file takes the store as it is
@@ -64,10 +64,11 @@ bool cBMPparser::SaveAsBMP(const cPixSheet& cHost, const std::string& FileName, 
     const BmpHeader header = makeHeader(cHost, as32bpp ? 32 : 24, imageSize);
 
     if (!FileName.empty()) return writeFile(cHost, FileName, header, pixels);
-    ByteArray stream;
-    stream.redim(headerSize + pixels.size());
-    std::ranges::copy(pixels, std::ranges::copy(header, stream.data()).out);
-    outStream = std::move(stream);
+    std::vector<std::uint8_t> stream; // filled as it grows, because setting it to 0 first would cost as much again
+    stream.reserve(headerSize + pixels.size());
+    stream.insert(stream.end(), header.begin(), header.end());
+    stream.insert(stream.end(), pixels.begin(), pixels.end());
+    outStream = ByteArray(std::move(stream));
     return true;
 }
 
