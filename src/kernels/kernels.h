@@ -34,6 +34,13 @@ struct WeightedRows {
     double firstWeight, secondWeight;
 };
 
+// The quantisation of one kind of 8 x 8 block, in the order of transformBlocks' coefficients. A magnitude x, eight times
+// a coefficient, is divided by d (eight times the table's entry, 8 .. 2,040) and rounded, halves up:
+// ((x + bias) * reciprocal >> 16) * scale >> 16, which is exactly (x + d / 2) / d for every x below 15,000.
+struct BlockQuantiser {
+    std::uint16_t bias[64], reciprocal[64], scale[64];
+};
+
 struct Table {
     // --- alpha
     // Scans pixels left to right and updates `scan`; stops and returns false at the pixel that proves the data not
@@ -139,6 +146,20 @@ struct Table {
     void (*unpackSamples)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, unsigned depth);
     // Copies 4-byte pixels to places `dstStep` pixels apart: a row of an interlace pass.
     void (*scatter)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::size_t dstStep);
+
+    // --- JPEG samples (ITU-T T.81; colours as in JFIF 1.02). No two rows overlap.
+    // Y, Cb and Cr of pixels, each a row of `count` bytes, rounded to nearest from factors of 15 bits. Alpha is not
+    // looked at; equal B, G and R give Y as they are.
+    void (*toYCbCr)(std::uint8_t* y, std::uint8_t* cb, std::uint8_t* cr, const std::uint8_t* src, std::size_t count);
+    // The means of 2 x 2 samples, `count` of them from two rows of 2 * count; the sum of four gains 1 and 2 by turns
+    // before it is divided.
+    void (*halveSamples)(std::uint8_t* dst, const std::uint8_t* upper, const std::uint8_t* lower, std::size_t count);
+    // Discrete cosine transform (Loeffler, Ligtenberg and Moschytz, factors of 13 bits) and quantisation of `count`
+    // blocks that stand side by side in eight rows `stride` bytes apart. A block gives 64 coefficients; that of
+    // horizontal frequency u and vertical frequency v stands at 8 * u + v. Bit i of its `nonzero` says that coefficient
+    // i is not 0. Coefficients need the alignment of their type.
+    void (*transformBlocks)(std::int16_t* coefficients, std::uint64_t* nonzero, const std::uint8_t* samples,
+                            std::size_t stride, std::size_t count, const BlockQuantiser& quantiser);
 };
 
 // Instruction sets a table may be built for, in rising order.

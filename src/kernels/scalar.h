@@ -55,6 +55,11 @@ void fromGrayAlpha16(std::uint8_t* dst, const std::uint8_t* src, std::size_t cou
 void unpackSamples(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, unsigned depth);
 void scatter(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::size_t dstStep);
 
+void toYCbCr(std::uint8_t* y, std::uint8_t* cb, std::uint8_t* cr, const std::uint8_t* src, std::size_t count);
+void halveSamples(std::uint8_t* dst, const std::uint8_t* upper, const std::uint8_t* lower, std::size_t count);
+void transformBlocks(std::int16_t* coefficients, std::uint64_t* nonzero, const std::uint8_t* samples,
+                     std::size_t stride, std::size_t count, const BlockQuantiser& quantiser);
+
 // The row filters from byte `from` on, everything before it being undone already.
 void unfilterSubFrom(std::uint8_t* row, std::size_t from, std::size_t bytes, std::size_t step);
 void unfilterAvgFrom(std::uint8_t* row, const std::uint8_t* above, std::size_t from, std::size_t bytes,

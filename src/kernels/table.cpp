@@ -45,6 +45,9 @@ constexpr Table scalarTable = {
     .fromGrayAlpha16 = scalar::fromGrayAlpha16,
     .unpackSamples = scalar::unpackSamples,
     .scatter = scalar::scatter,
+    .toYCbCr = scalar::toYCbCr,
+    .halveSamples = scalar::halveSamples,
+    .transformBlocks = scalar::transformBlocks,
 };
 
 // Each level starts from the one below it: an entry without a variant of its own keeps the lower one.
@@ -59,6 +62,7 @@ const Table& sse2Table() noexcept {
         useFiltersSse2(table);
         useSamplesSse2(table);
         useShadowSse2(table);
+        useJpegSse2(table);
 #endif
         return table;
     }();
@@ -76,6 +80,7 @@ const Table& avx2Table() noexcept {
         useFiltersAvx2(table);
         useSamplesAvx2(table);
         useShadowAvx2(table);
+        useJpegAvx2(table);
 #endif
         return table;
     }();

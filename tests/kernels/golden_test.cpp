@@ -19,7 +19,7 @@ class Fnv1a64 {
     std::uint64_t m_hash = 0xCBF29CE484222325U;
 };
 
-constexpr std::uint64_t goldenChecksum = 0x312446B90C2B6E89U;
+constexpr std::uint64_t goldenChecksum = 0xC4B087F30636CFBDU;
 
 std::uint64_t checksum(const Table& table) {
     Fnv1a64 hash;

@@ -1,5 +1,6 @@
 #include "operations.h"
 
+#include "codecs/jpg/JpgQuantisation.h"
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -121,6 +122,37 @@ std::uint64_t scanning(const Table& table, Bytes dst, Source src, std::size_t co
     if (isCarriedOn != 0) scan = {3, 4, AlphaScan::colourInClear, false};
     const bool result = isCopying ? table.copyScanningAlpha(dst, src, count, scan) : table.scanAlpha(src, count, scan);
     return summary(result, scan);
+}
+
+void addJpeg(std::vector<Operation>& all) {
+    all.push_back({"toYCbCr", 24, 32, false,
+                   [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned) {
+                       t.toYCbCr(dst, dst + count, dst + 2 * count, src, count);
+                       return std::uint64_t{0};
+                   },
+                   0});
+    all.push_back({"halveSamples", 8, 32, false,
+                   [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned) {
+                       t.halveSamples(dst, src, src + 2 * count, count);
+                       return std::uint64_t{0};
+                   },
+                   0});
+    for (const unsigned quality : {1U, 50U, 70U, 100U}) {
+        all.push_back({"transformBlocks " + std::to_string(quality), 1024, 512, false,
+                       [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned argument) {
+                           const BlockQuantiser quantiser =
+                               jpgBlockQuantiser(jpgQuantisation(false, static_cast<std::int32_t>(argument)));
+                           std::vector<std::int16_t> coefficients(64 * count); // dst need not be aligned for them
+                           std::vector<std::uint64_t> nonzero(count);
+                           t.transformBlocks(coefficients.data(), nonzero.data(), src, 8 * count, count, quantiser);
+                           if (count > 0) std::memcpy(dst, coefficients.data(), 128 * count);
+                           std::uint64_t all64 = 0;
+                           for (const std::uint64_t bits : nonzero)
+                               all64 = all64 * 1'000'003 + bits;
+                           return all64;
+                       },
+                       quality});
+    }
 }
 
 std::vector<Operation> made() {
@@ -252,6 +284,7 @@ std::vector<Operation> made() {
     for (const unsigned depth : {1U, 2U, 4U})
         all.push_back(
             {"unpackSamples " + std::to_string(depth), 8, depth, false, withAbove<&Table::unpackSamples>, depth});
+    addJpeg(all);
     return all;
 }
 
