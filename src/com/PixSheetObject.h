@@ -216,6 +216,17 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         });
     }
 
+    STDMETHODIMP SaveToFile_JPG(BSTR FileName, LONG Quality, LONG TransparentFillColor, VARIANT_BOOL PromptOverWrite,
+                                VARIANT_BOOL* result) override {
+        return give(result, [&] {
+            return m_sheet->SaveToFile_JPG(toUtf8(FileName), Quality, TransparentFillColor, isTrue(PromptOverWrite));
+        });
+    }
+    STDMETHODIMP SaveToStream_JPG(SAFEARRAY** outStream, LONG Quality, VARIANT_BOOL* result) override {
+        return fill(outStream, Reuse::no, result,
+                    [&](ByteArray& bytes) { return m_sheet->SaveToStream_JPG(bytes, Quality); });
+    }
+
     // --- rendering and effects
 
     STDMETHODIMP MakeGrayScale(::eGrayScaleFormulas Formula, VARIANT_BOOL* result) override {

@@ -1,6 +1,7 @@
 // Every save to a file first settles whether the target may be written, then runs the writer that serves streams too,
 // on a file beside the target, which takes the target's place when it is complete: a full disk costs nobody both.
 #include "codecs/bmp/cBMPparser.h"
+#include "codecs/jpg/cJPGWriter.h"
 #include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
 #include "platform/interaction.h"
@@ -58,6 +59,22 @@ bool cPixSheet::SaveToStream_TGA(ByteArray& outStream, bool Compress, bool Reduc
     return guarded("SaveToStream_TGA", false, [&] {
         return cTGAparser::SaveToStream(outStream, AllowPreMultipliedPixels, Compress, ReduceBitDepth, *this);
     });
+}
+
+bool cPixSheet::SaveToFile_JPG(const std::string& FileName, std::int32_t Quality, std::int32_t TransparentFillColor,
+                               bool PromptOverWrite) const noexcept {
+    return guarded("SaveToFile_JPG", false, [&] {
+        ByteArray noStream;
+        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
+            return cJPGWriter::SaveAsJPG(*this, name, noStream, Quality, TransparentFillColor);
+        });
+    });
+}
+
+bool cPixSheet::SaveToStream_JPG(ByteArray& outStream, std::int32_t Quality) const noexcept {
+    constexpr std::int32_t black = 0;
+    return guarded("SaveToStream_JPG", false,
+                   [&] { return cJPGWriter::SaveAsJPG(*this, "", outStream, Quality, black); });
 }
 
 } // namespace pixkit

@@ -189,6 +189,15 @@ class cPixSheet {
     bool SaveToStream_TGA(ByteArray& outStream, bool Compress = false, bool ReduceBitDepth = false,
                           bool AllowPreMultipliedPixels = false) const noexcept;
 
+    // Saves as a baseline JPEG file, Quality 1 (smallest) to 100 (best), values outside counting as the nearer end.
+    // Transparency is flattened onto TransparentFillColor. Below 90 chroma has half the picture's width and height; a
+    // picture in grays is saved as such. Overwriting and failure as for SaveToFile_Bitmap; false also for more than
+    // 65,535 columns or rows.
+    bool SaveToFile_JPG(const std::string& FileName, std::int32_t Quality = 70, std::int32_t TransparentFillColor = 0,
+                        bool PromptOverWrite = true) const noexcept;
+    // The bytes of that file, flattened onto black, in one dimension from 0. On failure outStream keeps what it held.
+    bool SaveToStream_JPG(ByteArray& outStream, std::int32_t Quality = 70) const noexcept;
+
     // --- effects, in place (render/Effects.cpp); false, and nothing done, without an image
 
     // Gray = the formula's mix of the premultiplied channels, rounded to nearest, ties to even. False for gsclNone; a
