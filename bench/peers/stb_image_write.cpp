@@ -3,8 +3,7 @@
 #define STBI_WRITE_NO_STDIO
 #include <stb/stb_image_write.h>
 
-void bench::encodeJpegStb(const std::uint8_t* rgb, int width, int height, int quality,
-                          std::vector<std::uint8_t>& out) {
+void bench::encodeJpegStb(const std::uint8_t* rgb, int width, int height, int quality, std::vector<std::uint8_t>& out) {
     out.clear();
     stbi_write_jpg_to_func(
         [](void* context, void* data, int size) {

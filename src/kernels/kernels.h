@@ -34,8 +34,8 @@ struct WeightedRows {
     double firstWeight, secondWeight;
 };
 
-// The quantisation of one kind of 8 x 8 block, in the order of transformBlocks' coefficients. A magnitude x, eight times
-// a coefficient, is divided by d (eight times the table's entry, 8 .. 2,040) and rounded, halves up:
+// The quantisation of one kind of 8 x 8 block, in the order of transformBlocks' coefficients. A magnitude x, eight
+// times a coefficient, is divided by d (eight times the table's entry, 8 .. 2,040) and rounded, halves up:
 // ((x + bias) * reciprocal >> 16) * scale >> 16, which is exactly (x + d / 2) / d for every x below 15,000.
 struct BlockQuantiser {
     std::uint16_t bias[64], reciprocal[64], scale[64];
