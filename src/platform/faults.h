@@ -12,6 +12,7 @@ enum class SeamCall : std::uint8_t {
     createDIBSection,
     getDIBits,
     getObject,
+    getIconInfo,
     oleLoadPicture,
     oleCreatePictureIndirect,
     renderPicture,

@@ -1,4 +1,7 @@
 #include "codecs/ico/IcoMask.h"
+#include "kernels/kernels.h"
+#include "shared/modParsers.h"
+#include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstring>
 
@@ -29,6 +32,15 @@ bool showInverted(PixelView pixels) {
     return isAnyHidden;
 }
 
+bool hasAnyAlpha(ConstPixelView pixels) {
+    for (std::size_t y = 0; y < pixels.height; ++y) {
+        const std::uint8_t* const row = pixels.row(y);
+        for (std::size_t x = 0; x < pixels.width; ++x)
+            if (row[x * 4 + 3] != 0) return true;
+    }
+    return false;
+}
+
 } // namespace
 
 AlphaTypeEnum applyIcoMask(PixelView pixels, std::span<const std::uint8_t> mask) {
@@ -37,6 +49,22 @@ AlphaTypeEnum applyIcoMask(PixelView pixels, std::span<const std::uint8_t> mask)
     if (std::ranges::none_of(mask, isClear)) return showInverted(pixels) ? AlphaSimple : AlphaNone;
     hideUnderMask(pixels, mask.data());
     return AlphaSimple;
+}
+
+bool completeIconByAlpha(cPixSheet& host, bool isCursor) {
+    const PixelView pixels = HostAccess::pixels(host);
+    if (!hasAnyAlpha(pixels)) return false;
+    host.Alpha(iparseValidateAlphaChannel(pixels, true, imgNone).bIsAlpha);
+    HostAccess::ImageType(host, isCursor ? imgCursorARGB : imgIconARGB);
+    return true;
+}
+
+void completeIconByMask(cPixSheet& host, std::span<const std::uint8_t> mask, bool isCursor) {
+    const PixelView pixels = HostAccess::pixels(host);
+    for (std::size_t y = 0; y < pixels.height; ++y)
+        kernels::table().setOpaque(pixels.row(y), pixels.width);
+    host.Alpha(applyIcoMask(pixels, mask));
+    HostAccess::ImageType(host, isCursor ? imgCursor : imgIcon);
 }
 
 } // namespace pixkit

@@ -16,4 +16,13 @@ namespace pixkit {
 // one sees of them over white, opaque. Returns AlphaSimple if anything became transparent, else AlphaNone.
 AlphaTypeEnum applyIcoMask(PixelView pixels, std::span<const std::uint8_t> mask);
 
+class cPixSheet;
+
+// The last step of reading an icon whose colours are in the host, alpha not applied to them.
+// By their alpha, if any is not 0: premultiplies as iparseValidateAlphaChannel decides. False, and nothing done,
+// otherwise.
+bool completeIconByAlpha(cPixSheet& host, bool isCursor);
+// By the mask, as above; alpha bytes do not count.
+void completeIconByMask(cPixSheet& host, std::span<const std::uint8_t> mask, bool isCursor);
+
 } // namespace pixkit

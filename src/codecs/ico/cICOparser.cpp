@@ -3,7 +3,6 @@
 #include "codecs/ico/IcoMask.h"
 #include "codecs/png/cPNGparser.h"
 #include "kernels/kernels.h"
-#include "shared/modParsers.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstdlib>
@@ -29,15 +28,6 @@ Distance distance(const IcoEntry& entry, std::int32_t cX, std::int32_t cY, std::
 
 // A file may list one damaged image tens of thousands of times.
 constexpr int mostAttempts = 4;
-
-bool hasAnyAlpha(ConstPixelView pixels) {
-    for (std::size_t y = 0; y < pixels.height; ++y) {
-        const std::uint8_t* const row = pixels.row(y);
-        for (std::size_t x = 0; x < pixels.width; ++x)
-            if (row[x * 4 + 3] != 0) return true;
-    }
-    return false;
-}
 
 // One byte a pixel in the order of the store. Rows that the file lacks are clear.
 std::vector<std::uint8_t> expandMask(const IcoBitmap& bitmap) {
@@ -97,16 +87,9 @@ bool cICOparser::loadBitmap(const IcoEntry& entry, cPixSheet& host) const {
     const PixelView pixels = HostAccess::pixels(host);
     for (std::size_t y = 0; y < pixels.height; ++y)
         rows.nextRow(bitmap->info.isTopDown ? pixels.rowFromTop(y) : pixels.row(y));
-    if (bitmap->info.masks.alpha != 0 && hasAnyAlpha(pixels)) {
-        host.Alpha(iparseValidateAlphaChannel(pixels, true, imgNone).bIsAlpha);
-        HostAccess::ImageType(host, m_directory.isCursor ? imgCursorARGB : imgIconARGB);
-        return true;
-    }
     // Alpha that is everywhere 0 says nothing, and the mask rules as at other depths.
-    for (std::size_t y = 0; y < pixels.height; ++y)
-        kernels::table().setOpaque(pixels.row(y), pixels.width);
-    host.Alpha(applyIcoMask(pixels, expandMask(*bitmap)));
-    HostAccess::ImageType(host, m_directory.isCursor ? imgCursor : imgIcon);
+    if (bitmap->info.masks.alpha != 0 && completeIconByAlpha(host, m_directory.isCursor)) return true;
+    completeIconByMask(host, expandMask(*bitmap), m_directory.isCursor);
     return true;
 }
 

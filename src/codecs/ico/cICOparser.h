@@ -1,6 +1,7 @@
 // Icon and cursor files. README.md in this folder explains the format and lists what the reader is lenient about.
 #pragma once
 #include "codecs/ico/IcoDirectory.h"
+#include "platform/handle.h"
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -31,6 +32,10 @@ class cICOparser {
     std::int32_t Height(std::int32_t Index) const { return entry(Index).height; }
     std::int32_t bitDepth(std::int32_t Index) const { return entry(Index).bitDepth; }
     bool isPNG(std::int32_t Index) const { return entry(Index).isPNG; }
+
+    // Reads an icon or cursor of the system's, which stays as it is: with colours, alpha in them, or monochrome. Alpha,
+    // ImageType and hotspot as from a file. False, and an empty host, for a handle that is none, or without memory.
+    static bool ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host);
 
   private:
     const IcoEntry& entry(std::int32_t index) const { return m_directory.entries.at(static_cast<std::size_t>(index)); }

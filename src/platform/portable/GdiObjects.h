@@ -24,6 +24,7 @@ struct Bitmap {
     std::size_t stride = 0;
     std::uint16_t bitCount = 0;
     bool topDown = false;
+    bool isMonochrome = false;          // to others it has 1 bit a pixel; here it has 8
     std::unique_ptr<ColorTable> colors; // of 8 bits
     Handle selectedInto = 0;            // the device context that holds it; always 0 for the stock bitmap
     bool condemned = false;             // deleted while selected: dies when it is deselected
@@ -44,6 +45,9 @@ struct Gdi {
 };
 
 Gdi& gdi() noexcept;
+
+// The handle of a new bitmap; 0 when there is no room for it. May throw std::bad_alloc.
+Handle addBitmap(std::unique_ptr<Bitmap> bitmap);
 
 // The object when it is of this type; null otherwise.
 ObjectRef findObject(Handle handle, ObjectType type) noexcept;

@@ -16,7 +16,7 @@ namespace pixkit::platform {
 
 // From bit 0: the place (20 bits), the kind (3), the use count of the place (the rest, without the sign bit). No kind
 // is 0 and use counts start at 1, so no handle is 0 or invalidHandle, nor equal to one of another kind.
-enum class HandleKind : std::uint8_t { gdi = 1, file = 2, library = 3 };
+enum class HandleKind : std::uint8_t { gdi = 1, file = 2, library = 3, icon = 4 };
 
 inline std::atomic<std::size_t> openHandleCount = 0; // of all tables together, for openHandles()
 

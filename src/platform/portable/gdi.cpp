@@ -57,6 +57,10 @@ ObjectRef bitmapWasDeselected(Handle handle) noexcept {
 
 } // namespace
 
+Handle addBitmap(std::unique_ptr<Bitmap> bitmap) {
+    return addObject(ObjectType::bitmap, std::move(bitmap), 0);
+}
+
 Gdi& gdi() noexcept {
     static NeverDestroyed<Gdi> instance;
     return instance.value;
@@ -205,7 +209,7 @@ int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines
         if (source.selectedInto != 0) return 0;
     }
     if (static_cast<std::size_t>(header.biWidth) != source.width || rowsOf(header) != source.height) return 0;
-    if (start >= source.height || (header.biBitCount == 8 && source.bitCount != 8)) return 0;
+    if (start >= source.height || (header.biBitCount == 8 && (source.bitCount != 8 || source.isMonochrome))) return 0;
 
     const auto stride = static_cast<std::size_t>(strideOf(source.width, header.biBitCount));
     const std::size_t used = source.width * header.biBitCount / 8;
@@ -226,7 +230,8 @@ bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept {
     const ObjectRef object = findObject(bitmap, ObjectType::bitmap);
     if (!object || faultDue(SeamCall::getObject)) return false;
     const Bitmap& found = *object->bitmap;
-    record = {static_cast<std::int32_t>(found.width), static_cast<std::int32_t>(found.height), found.bitCount};
+    record = {static_cast<std::int32_t>(found.width), static_cast<std::int32_t>(found.height),
+              found.isMonochrome ? std::uint16_t{1} : found.bitCount};
     return true;
 }
 

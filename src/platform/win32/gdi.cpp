@@ -23,7 +23,7 @@ bool isDeviceContext(Handle handle) noexcept {
 }
 
 // The system also takes other depths and compressions; nobody above asks for them.
-bool isSupported(const BitmapInfoHeader& header, const void* colors) noexcept {
+bool isSupported(const BitmapInfoHeader& header, const void* colors = nullptr) noexcept {
     const auto bits = header.biBitCount;
     return header.biSize == sizeof(BitmapInfoHeader) && (bits == 24 || bits == 32 || (bits == 8 && colors)) &&
            header.biCompression == BI_RGB && header.biWidth > 0 && header.biHeight != 0;

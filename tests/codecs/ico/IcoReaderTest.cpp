@@ -284,7 +284,7 @@ TEST_F(IcoReader, SizesAreMiscountedOrCannotBeReloaded) {
     ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(icon), 16, 16, 0, 0, true));
     EXPECT_EQ(sheet.SourceIconSizes(sizes), 3);
     EXPECT_EQ(sizes, (std::vector<IconSourceSize>{{16, 16, 4, 0}, {300, 200, 32, 1}, {8, 9, 32, 0}}));
-    for (const IconSourceSize& size : sizes) {
+    for (const IconSourceSize& size : std::vector(sizes)) {
         ASSERT_TRUE(sheet.LoadPicture_FromOrignalFormat(size.Width, size.Height, size.bitDepth));
         EXPECT_EQ(sheet.Height(), size.Height);
         EXPECT_EQ(sheet.SourceIconSizes(sizes), 3);

@@ -1,0 +1,73 @@
+// Icons and cursors of the system's.
+#include "codecs/ico/IcoMask.h"
+#include "codecs/ico/cICOparser.h"
+#include "platform/gdi.h"
+#include "platform/icons.h"
+#include "surface/HostAccess.h"
+#include <algorithm>
+#include <vector>
+
+namespace pixkit {
+
+namespace {
+
+using UniqueBitmap = platform::UniqueHandle<platform::DeleteObject>;
+
+// A bitmap's pixels with 32 bits each, rows bottom-up; empty on failure.
+struct BitmapPixels {
+    std::size_t width = 0, height = 0;
+    std::uint16_t bitCount = 0; // of the bitmap
+    std::vector<std::uint8_t> bytes;
+};
+
+BitmapPixels pixelsOf(platform::Handle bitmap) {
+    platform::BitmapRecord record;
+    if (!platform::GetObjectA(bitmap, record) || record.bmWidth <= 0 || record.bmHeight <= 0) return {};
+    BitmapPixels pixels{
+        static_cast<std::size_t>(record.bmWidth), static_cast<std::size_t>(record.bmHeight), record.bmBitsPixel, {}};
+    pixels.bytes.resize(pixels.width * pixels.height * 4);
+    platform::BitmapInfoHeader header;
+    header.biWidth = record.bmWidth;
+    header.biHeight = record.bmHeight;
+    const platform::ScreenDC screen;
+    const int rows = platform::GetDIBits(screen.get(), bitmap, 0, static_cast<std::uint32_t>(record.bmHeight),
+                                         pixels.bytes.data(), header);
+    return rows == record.bmHeight ? std::move(pixels) : BitmapPixels{};
+}
+
+// One byte for each pixel of the icon: not 0 where the mask's is white. Clear where the sizes do not agree.
+std::vector<std::uint8_t> maskBytes(const BitmapPixels& mask, std::size_t width, std::size_t height,
+                                    std::size_t firstRow) {
+    std::vector<std::uint8_t> bytes(width * height);
+    if (mask.width != width || mask.height < firstRow + height) return bytes;
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = mask.bytes[(firstRow * width + i) * 4];
+    return bytes;
+}
+
+} // namespace
+
+bool cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host) {
+    Host.DestroyDIB();
+    platform::IconInfo info;
+    if (!platform::GetIconInfo(hIcon, info)) return false;
+    const UniqueBitmap maskBitmap(info.hbmMask);
+    const UniqueBitmap colorBitmap(info.hbmColor);
+    const BitmapPixels mask = pixelsOf(maskBitmap.get());
+    const bool isMonochrome = !colorBitmap;
+    const BitmapPixels color = isMonochrome ? mask : pixelsOf(colorBitmap.get());
+    const std::size_t height = isMonochrome ? color.height / 2 : color.height;
+    if (height == 0 || !Host.InitializeDIB(static_cast<std::int32_t>(color.width), static_cast<std::int32_t>(height)))
+        return false;
+    const PixelView pixels = HostAccess::pixels(Host);
+    // In a monochrome icon the lower half, whose rows come first, is what the colours are elsewhere.
+    std::copy_n(color.bytes.begin(), pixels.stride * height, pixels.bits);
+    const bool isCursor = !info.fIcon;
+    if (color.bitCount != 32 || !completeIconByAlpha(Host, isCursor))
+        completeIconByMask(Host, maskBytes(mask, color.width, height, isMonochrome ? height : 0), isCursor);
+    if (isCursor)
+        HostAccess::hotspot(Host, {static_cast<std::int32_t>(info.xHotspot), static_cast<std::int32_t>(info.yHotspot)});
+    return true;
+}
+
+} // namespace pixkit
