@@ -303,6 +303,12 @@ def tga():
         for premultiplied in (False, True):
             kind = "premultiplied" if premultiplied else "straight"
             yield f"alpha-{name}-{kind}", tga_file(2, 32, 37, 5, 8, bgra(37, 5, alpha, premultiplied))
+    # Wide enough for what decodes several packets at once, with packets that cross rows.
+    for depth, kind, mapping in ((8, 11, None), (8, 9, (0, 200, 24)), (16, 10, None), (24, 10, None), (32, 10, None)):
+        for name, descriptor in (("", 1), ("-top-down", 0x21)):
+            pixels = packets(depth + kind, 300 * 7, depth // 8)
+            yield f"wide-{kind}-{depth}{name}-rle", tga_file(kind, depth, 300, 7, descriptor, pixels, mapping)
+        yield f"bad-wide-{kind}-{depth}-rle-cut", tga_file(kind, depth, 300, 7, 1, pixels[:-1], mapping)
     whole = tga_file(2, 24, 9, 5)
     coded = tga_file(10, 24, 21, 5, 0, packets(7, 105, 3))
     yield "identity", tga_file(2, 24, 9, 5, identity=noise(8, 255))

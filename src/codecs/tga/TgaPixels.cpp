@@ -1,21 +1,13 @@
 // Pixels: raw rows and run-length packets to B, G, R, A in the rows of the store.
+#include "codecs/tga/TgaRunLength.h"
 #include "codecs/tga/cTGAparser.h"
 #include "kernels/kernels.h"
-#include "shared/ByteReader.h"
 #include "shared/modParsers.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstring>
 
 namespace pixkit {
-
-// The low three bits repeat below the five, not the high three as usual: the colours of 16-bit files are known by it.
-const std::array<std::uint8_t, 32> cTGAparser::pal32LUT = [] {
-    std::array<std::uint8_t, 32> table{};
-    for (unsigned x = 0; x < table.size(); ++x)
-        table[x] = static_cast<std::uint8_t>(x * 8 + (x & 7));
-    return table;
-}();
 
 const cTGAparser::Lookup cTGAparser::grayLookup = [] {
     Lookup pixels{};
@@ -27,19 +19,6 @@ const cTGAparser::Lookup cTGAparser::grayLookup = [] {
 }();
 
 namespace {
-
-// The best that run-length coding can do is packets of 128 equal pixels.
-bool canFill(std::size_t pixels, std::size_t dataBytes, std::size_t bytesPerPixel) noexcept {
-    const std::size_t fewestPackets = (pixels + 127) / 128;
-    return dataBytes / (1 + bytesPerPixel) >= fewestPackets;
-}
-
-void fillPixels(std::uint8_t* dst, const std::uint8_t* pixel, std::size_t count) noexcept {
-    std::uint32_t value = 0;
-    std::memcpy(&value, pixel, 4);
-    for (std::size_t i = 0; i < count; ++i)
-        std::memcpy(dst + i * 4, &value, 4);
-}
 
 // Pixels of a right-to-left file begin at the last pixel's place less one byte, and the store is one row after the
 // other: each byte lies one lower than it would, which mixes up the channels. Programs that set this bit have been
@@ -60,21 +39,15 @@ void turnRightToLeft(PixelView image, bool hasAlpha) noexcept {
 
 } // namespace
 
-// Alpha that the layout does not have comes out as 255.
-void cTGAparser::convertPixels(std::uint8_t* dst, const std::uint8_t* src, std::size_t count,
-                               const PixelLayout& layout) {
-    switch (layout.bytes) {
+void TgaLayout::convert(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const {
+    switch (bytes) {
     case 1:
-        kernels::table().fromIndex8(dst, src, count, layout.lookup);
+        kernels::table().fromIndex8(dst, src, count, lookup);
         break;
     case 2:
-        for (std::size_t i = 0; i < count; ++i, src += 2, dst += 4) {
-            const unsigned v = src[0] | static_cast<unsigned>(src[1]) << 8;
-            dst[0] = pal32LUT[v & 31];
-            dst[1] = pal32LUT[v >> 5 & 31];
-            dst[2] = pal32LUT[v >> 10 & 31];
-            // A set bit means transparent here: the polarity of the programs that this reader was made for.
-            dst[3] = layout.hasAlpha && (v & 0x8000) != 0 ? 0 : 255;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::uint32_t pixel = tgaPixel<2>(src + i * 2, *this);
+            std::memcpy(dst + i * 4, &pixel, 4);
         }
         break;
     case 3:
@@ -85,73 +58,44 @@ void cTGAparser::convertPixels(std::uint8_t* dst, const std::uint8_t* src, std::
     }
 }
 
-bool cTGAparser::buildSurface(cPixSheet& cHost, const PixelLayout& layout) const {
-    const bool isRunLength = m_header.isRunLength();
+bool cTGAparser::buildSurface(cPixSheet& cHost, const TgaLayout& layout) const {
     const std::size_t pixels = std::size_t{m_header.width} * m_header.height;
-    if (isRunLength && !canFill(pixels, m_pixelData.size(), layout.bytes)) return false;
+    if (m_header.isRunLength() && !TgaRunLength::canHold(pixels, m_pixelData.size(), layout.bytes)) return false;
     if (!cHost.InitializeDIB(m_header.width, m_header.height)) return false;
     const PixelView image = HostAccess::pixels(cHost);
-    if (!isRunLength) {
-        placeRawRows(image, layout);
-    } else if (!uncompress(image, layout)) {
+    const bool isTurned = m_header.isRightToLeft();
+    AlphaOfRows rows(image, m_header.isTopDown());
+    // Without alpha all pixels are opaque already, which is what the classification would come to.
+    const bool isClassified = layout.hasAlpha && !isTurned;
+    if (!placeRows(image, layout, isClassified ? &rows : nullptr)) {
         cHost.DestroyDIB();
         return false;
     }
     AlphaTypeEnum alpha = AlphaNone;
-    const bool isTurned = m_header.isRightToLeft();
-    if (isTurned) turnRightToLeft(image, layout.hasAlpha);
-    // Without alpha all pixels are opaque already, which is what the classification would come to.
-    if (isTurned || layout.hasAlpha) alpha = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
+    if (isTurned) {
+        turnRightToLeft(image, layout.hasAlpha);
+        alpha = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
+    } else if (isClassified) {
+        alpha = rows.finish().bIsAlpha;
+    }
     cHost.Alpha(alpha);
     HostAccess::ImageType(cHost, imgTGA);
     return true;
 }
 
-std::uint8_t* cTGAparser::destinationRow(PixelView image, std::size_t fileRow) const noexcept {
-    return m_header.isTopDown() ? image.rowFromTop(fileRow) : image.row(fileRow);
-}
-
-void cTGAparser::placeRawRows(PixelView image, const PixelLayout& layout) const {
-    const std::size_t rowBytes = image.width * layout.bytes;
-    for (std::size_t y = 0; y < image.height; ++y)
-        convertPixels(destinationRow(image, y), m_pixelData.data() + y * rowBytes, image.width, layout);
-}
-
-// Packets may cross rows; what a packet holds beyond the image is left alone. False when the data ends before the image
-// is full.
-bool cTGAparser::uncompress(PixelView image, const PixelLayout& layout) const {
-    const ByteReader reader(m_pixelData);
-    std::size_t at = 0;
-    std::size_t left = 0; // of the packet
-    bool isRun = false;
-    std::array<std::uint8_t, 4> runPixel{};
+// False when run-length packets end before the image is full.
+bool cTGAparser::placeRows(PixelView image, const TgaLayout& layout, AlphaOfRows* alpha) const {
+    TgaRunLength packets(m_pixelData, layout);
+    const std::uint8_t* raw = m_pixelData.data();
     for (std::size_t y = 0; y < image.height; ++y) {
-        std::uint8_t* dst = destinationRow(image, y);
-        for (std::size_t x = 0; x < image.width;) {
-            if (left == 0) {
-                const auto head = reader.byte(at++);
-                if (!head) return false;
-                left = (*head & 127U) + 1;
-                isRun = *head >= 128;
-                if (isRun) {
-                    const auto source = reader.slice(at, layout.bytes);
-                    if (!source) return false;
-                    convertPixels(runPixel.data(), source->data(), 1, layout);
-                    at += layout.bytes;
-                }
-            }
-            const std::size_t count = std::min(left, image.width - x);
-            if (isRun) {
-                fillPixels(dst + x * 4, runPixel.data(), count);
-            } else {
-                const auto source = reader.slice(at, count * layout.bytes);
-                if (!source) return false;
-                convertPixels(dst + x * 4, source->data(), count, layout);
-                at += count * layout.bytes;
-            }
-            x += count;
-            left -= count;
+        std::uint8_t* const dst = m_header.isTopDown() ? image.rowFromTop(y) : image.row(y);
+        if (m_header.isRunLength()) {
+            if (!packets.nextRow(dst, image.width)) return false;
+        } else {
+            layout.convert(dst, raw, image.width);
+            raw += image.width * layout.bytes;
         }
+        if (alpha != nullptr) alpha->isWritten();
     }
     return true;
 }

@@ -116,7 +116,7 @@ bool cTGAparser::ProcessColorMap(cPixSheet& cHost) {
     const bool hasAlpha = (m_header.entrySize == 16 || m_header.entrySize == 32) && AllowAlphaChannel();
 
     Lookup palette{}; // an index beyond the map is transparent black, or black where there is no alpha
-    convertPixels(palette.data(), map, entries, {bytesPerEntry, hasAlpha, grayLookup.data()});
+    TgaLayout{bytesPerEntry, hasAlpha, grayLookup.data()}.convert(palette.data(), map, entries);
     if (!hasAlpha) kernels::table().setOpaque(palette.data(), 256);
     return buildSurface(cHost, {1, hasAlpha, palette.data()});
 }

@@ -1,6 +1,7 @@
 // Reads TGA data into the pixels of a cPixSheet, and writes a cPixSheet as TGA (the Truevision TGA file format,
 // version 2.0). README.md in this folder teaches the format and lists where this reader goes its own way.
 #pragma once
+#include "codecs/tga/TgaSamples.h"
 #include "shared/ByteArray.h"
 #include "shared/PixelView.h"
 #include "surface/cPixSheet.h"
@@ -10,6 +11,8 @@
 #include <string>
 
 namespace pixkit {
+
+class AlphaOfRows;
 
 class cTGAparser {
   public:
@@ -43,12 +46,6 @@ class cTGAparser {
         bool isTopDown() const noexcept { return (descriptor & 32) != 0; }
         bool isRightToLeft() const noexcept { return (descriptor & 64) != 0; }
     };
-    // What a source pixel, or an entry of a colour map, looks like.
-    struct PixelLayout {
-        std::size_t bytes;
-        bool hasAlpha;
-        const std::uint8_t* lookup; // 256 ready pixels, for one byte a pixel
-    };
     using Lookup = std::array<std::uint8_t, 256 * 4>;
 
     bool isTGA() noexcept;
@@ -57,13 +54,9 @@ class cTGAparser {
     bool ProcessColorMap(cPixSheet& cHost);
 
     // TgaPixels.cpp
-    static const std::array<std::uint8_t, 32> pal32LUT; // five bits of colour to eight
     static const Lookup grayLookup;
-    static void convertPixels(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const PixelLayout& layout);
-    bool buildSurface(cPixSheet& cHost, const PixelLayout& layout) const;
-    std::uint8_t* destinationRow(PixelView image, std::size_t fileRow) const noexcept;
-    void placeRawRows(PixelView image, const PixelLayout& layout) const;
-    bool uncompress(PixelView image, const PixelLayout& layout) const;
+    bool buildSurface(cPixSheet& cHost, const TgaLayout& layout) const;
+    bool placeRows(PixelView image, const TgaLayout& layout, AlphaOfRows* alpha) const;
 
     std::span<const std::uint8_t> m_stream; // the TGA's own bytes
     std::size_t m_streamOffset = 0;         // where they begin in the caller's array
