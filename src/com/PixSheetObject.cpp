@@ -207,6 +207,20 @@ HRESULT PixSheetObject::SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) {
     });
 }
 
+HRESULT PixSheetObject::TileImage(LONG_PTR destinationDC, LONG destX, LONG destY, LONG destWidth, LONG destHeight,
+                                  LONG Opacity, LONG offsetX, LONG offsetY, LONG Gap, _cPixSheet** destHostDIB,
+                                  VARIANT_BOOL* result) {
+    PixSheetObject* host = nullptr;
+    if (destHostDIB != nullptr && *destHostDIB != nullptr) {
+        host = ours(*destHostDIB);
+        if (host == nullptr) return DISP_E_TYPEMISMATCH;
+    }
+    return give(result, [&] {
+        return m_sheet->TileImage(destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY, Gap,
+                                  host != nullptr ? host->m_sheet.get() : nullptr);
+    });
+}
+
 HRESULT PixSheetObject::TrimImage(::eTrimOptions TrimOptions, VARIANT_BOOL ReportOnly, LONG* x, LONG* y, LONG* Width,
                                   LONG* Height, VARIANT_BOOL* result) {
     return give(result, [&] {

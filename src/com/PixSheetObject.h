@@ -260,6 +260,9 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
                                     VARIANT_BOOL* result) override {
         return give(result, [&] { return m_sheet->CreateCheckerBoard(CheckerSize, FirstColor, SecondColor); });
     }
+    STDMETHODIMP TileImage(LONG_PTR destinationDC, LONG destX, LONG destY, LONG destWidth, LONG destHeight,
+                           LONG Opacity, LONG offsetX, LONG offsetY, LONG Gap, _cPixSheet** destHostDIB,
+                           VARIANT_BOOL* result) override;
     STDMETHODIMP TrimImage(::eTrimOptions TrimOptions, VARIANT_BOOL ReportOnly, LONG* x, LONG* y, LONG* Width,
                            LONG* Height, VARIANT_BOOL* result) override;
 

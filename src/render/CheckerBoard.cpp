@@ -1,5 +1,6 @@
 // The backdrop that makes transparency visible.
 #include "diagnostics/guard.h"
+#include "platform/gdi.h"
 #include "shared/modParsers.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
@@ -32,6 +33,7 @@ bool cPixSheet::CreateCheckerBoard(std::int32_t CheckerSize, std::int32_t FirstC
     return guarded("CreateCheckerBoard", false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || CheckerSize < 1) return false;
+        platform::GdiFlush();
         const auto size = static_cast<std::size_t>(CheckerSize);
         const OpaquePixel first = opaquePixel(FirstColor);
         const OpaquePixel second = opaquePixel(SecondColor);

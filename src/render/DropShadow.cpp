@@ -1,6 +1,7 @@
 // The soft shadow of a picture's silhouette.
 #include "diagnostics/guard.h"
 #include "kernels/kernels.h"
+#include "platform/gdi.h"
 #include "shared/checked.h"
 #include "shared/modParsers.h"
 #include "surface/HostAccess.h"
@@ -54,6 +55,7 @@ std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, s
         const std::int32_t height = longOrOverflow(std::int64_t{m_Height} + t2xBlur);
         auto shadowDIB = std::make_unique<cPixSheet>();
         if (!shadowDIB->InitializeDIB(width, height)) return std::unique_ptr<cPixSheet>();
+        platform::GdiFlush();
         castShadow(HostAccess::pixels(*shadowDIB), picture, shadesOf(Color));
         // Without a blur the silhouette has the picture's own alpha.
         shadowDIB->m_AlphaImage = t2xBlur == 0 ? m_AlphaImage : AlphaComplex;

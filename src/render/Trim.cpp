@@ -1,5 +1,6 @@
 // Cutting off transparent borders.
 #include "diagnostics/guard.h"
+#include "platform/gdi.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
@@ -57,6 +58,7 @@ bool cPixSheet::TrimImage(std::int32_t TrimOptions, bool ReportOnly, TrimRectang
     return guarded("TrimImage", false, [&] {
         const ConstPixelView image = HostAccess::pixels(*this);
         if (!image || (TrimOptions & trimAll) == 0) return false;
+        platform::GdiFlush();
         const Bounds bounds = visibleBounds(image, TrimOptions);
         if (bounds.top == bounds.bottom) return false;
         const TrimRectangle kept = {static_cast<std::int32_t>(bounds.left), static_cast<std::int32_t>(bounds.top),

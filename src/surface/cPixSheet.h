@@ -228,8 +228,8 @@ class cPixSheet {
     void ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std::int32_t& newWidth, std::int32_t& newHeight,
                     std::int32_t ScaleMode = scaleDownAsNeeded) const noexcept;
 
-    // --- pictures made from others (render/DropShadow.cpp, CheckerBoard.cpp, Trim.cpp); null or false, and nothing
-    // done, without an image
+    // --- shadows, backdrops, tiles, trimming (render/DropShadow.cpp, CheckerBoard.cpp, Tile.cpp, Trim.cpp); null or
+    // false, and nothing done, without an image
 
     // A soft shadow of the picture's silhouette in one colour, as a new image that reaches blurDepth (0 .. 10, values
     // outside count as the nearest) pixels beyond each edge: its alpha is the average of the picture's over a square
@@ -241,6 +241,16 @@ class cPixSheet {
     // imgCheckerBoard and AlphaNone. False for a CheckerSize below 1.
     bool CreateCheckerBoard(std::int32_t CheckerSize = 12, std::int32_t FirstColor = 0xFFFFFF,
                             std::int32_t SecondColor = 0xC0C0C0) noexcept;
+    // Repeats the picture over a rectangle of a device context, or of a host when one is given, cut at the rectangle's
+    // edges. A tile begins at the rectangle's top left corner moved by offsetX to the right and offsetY down; Gap
+    // pixels (0 or more) are left as they are between tiles. Opacity is a percentage; above 100 it wraps: 150 is 50.
+    // Tiles are drawn by the software blender on every system (render/Blender.h): a host's alpha is blended as well,
+    // its Alpha and ImageType stay, and it may be this instance. True also when nothing had to be drawn: an Opacity
+    // below 1, or a rectangle outside of the destination. False for a rectangle without width or height, a negative
+    // Gap, no destination, and one that cannot be read or written.
+    bool TileImage(std::intptr_t destinationDC, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
+                   std::int32_t destHeight, std::int32_t Opacity = 100, std::int32_t offsetX = 0,
+                   std::int32_t offsetY = 0, std::int32_t Gap = 0, cPixSheet* destHostDIB = nullptr) const noexcept;
     // Cuts fully transparent columns and rows off the sides that TrimOptions names (eTrimOptions, combined). *Kept
     // receives what is kept of the image as it was, all of it when there is nothing to cut; with ReportOnly that is all
     // that happens. Alpha, ImageType, original-format bytes and settings stay. False, and *Kept untouched, when no side

@@ -219,6 +219,22 @@ TEST_F(LateBound, ShadowsBoardsAndTrimmingGiveWhatScriptsAskedFor) {
     EXPECT_EQ(pixel(1, 0), 0x0000FF);
     EXPECT_EQ(call(sheet.get(), L"ImageType", {}, &size), S_OK);
     EXPECT_EQ(size.lVal, imgCheckerBoard);
+
+    // The host is the last of the optional arguments, and a variable in scripts.
+    ComPtr<_cPixSheet> host;
+    *host.put() = server.create();
+    VARIANT_BOOL initialized = VARIANT_FALSE;
+    host->InitializeDIB(20, 20, &initialized);
+    VARIANT held = object(host.get());
+    EXPECT_EQ(call(sheet.get(), L"TileImage", {number(0), number(0), number(0), number(20), number(20)}, &done,
+                   {{L"destHostDIB", variable(held)}, {L"offsetX", number(1)}}),
+              S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+    LONG color = 0;
+    host->GetPixel(19, 19, nullptr, nullptr, &color);
+    EXPECT_EQ(color, pixel((19 - 1) % 4, 19 % 3));
+    EXPECT_EQ(call(sheet.get(), L"TileImage", {number(0), number(0), number(0), number(20), number(20)}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_FALSE) << "no destination";
 }
 
 TEST_F(LateBound, NothingBecomesANewObjectInEveryFormOfVariable) {

@@ -1,0 +1,118 @@
+// A picture repeated over a rectangle.
+#include "diagnostics/guard.h"
+#include "platform/gdi.h"
+#include "render/Blender.h"
+#include "render/PixelBuffer.h"
+#include "surface/HostAccess.h"
+#include "surface/cPixSheet.h"
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace pixkit {
+
+namespace {
+
+std::int64_t wrapped(std::int64_t position, std::int64_t period) {
+    const std::int64_t rest = position % period;
+    return rest < 0 ? rest + period : rest;
+}
+
+// The endless plane of tiles, with a gap of nothing to the right of each and below.
+class TiledPlane {
+  public:
+    TiledPlane(ConstPixelView tile, std::int64_t gap)
+        : m_tile(tile), m_width(static_cast<std::int64_t>(tile.width)),
+          m_height(static_cast<std::int64_t>(tile.height)), m_periodX(m_width + gap), m_periodY(m_height + gap) {}
+
+    std::int64_t rowsToRepeat() const noexcept { return m_periodY; }
+
+    // Fills `part` with what lies from column x and row y of the plane on; a tile begins at 0, 0.
+    void copyTo(PixelView part, std::int64_t x, std::int64_t y) const {
+        for (std::size_t row = 0; row < part.height; ++row) {
+            std::uint8_t* const target = part.rowFromTop(row);
+            const std::int64_t tileRow = wrapped(y + static_cast<std::int64_t>(row), m_periodY);
+            if (tileRow >= m_height) {
+                std::memset(target, 0, part.width * 4);
+            } else if (static_cast<std::int64_t>(row) >= m_periodY) {
+                std::memcpy(target, part.rowFromTop(row - static_cast<std::size_t>(m_periodY)), part.width * 4);
+            } else {
+                copyRow(target, static_cast<std::int64_t>(part.width),
+                        m_tile.rowFromTop(static_cast<std::size_t>(tileRow)), wrapped(x, m_periodX));
+            }
+        }
+    }
+
+  private:
+    void copyRow(std::uint8_t* target, std::int64_t count, const std::uint8_t* tileRow, std::int64_t x) const {
+        std::int64_t done = 0;
+        while (done < std::min(count, m_periodX)) {
+            const std::int64_t run = std::min((x < m_width ? m_width : m_periodX) - x, count - done);
+            if (x < m_width)
+                std::memcpy(target + 4 * done, tileRow + 4 * x, static_cast<std::size_t>(4 * run));
+            else
+                std::memset(target + 4 * done, 0, static_cast<std::size_t>(4 * run));
+            done += run;
+            x = wrapped(x + run, m_periodX);
+        }
+        // What is there is repeated, twice as much each time: narrow tiles cost no more than wide ones.
+        while (done < count) {
+            const std::int64_t from = done % m_periodX;
+            const std::int64_t run = std::min(done - from, count - done);
+            std::memcpy(target + 4 * done, target + 4 * from, static_cast<std::size_t>(4 * run));
+            done += run;
+        }
+    }
+
+    ConstPixelView m_tile;
+    std::int64_t m_width, m_height, m_periodX, m_periodY;
+};
+
+// The rows of the plane that are laid out and drawn at once: as many as stay in the second-level cache, and where tiles
+// are low, whole tiles, so that the same band serves from top to bottom.
+std::int64_t bandRows(const PixelRect& area, std::int64_t rowsToRepeat) {
+    constexpr std::int64_t bandPixels = 1 << 17;
+    const std::int64_t rows = std::clamp<std::int64_t>(bandPixels / area.width(), 1, area.height());
+    return rows > rowsToRepeat ? rows - rows % rowsToRepeat : rows;
+}
+
+} // namespace
+
+bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
+                          std::int32_t destHeight, std::int32_t Opacity, std::int32_t offsetX, std::int32_t offsetY,
+                          std::int32_t Gap, cPixSheet* destHostDIB) const noexcept {
+    return guarded("TileImage", false, [&] {
+        const ConstPixelView image = HostAccess::pixels(*this);
+        if (!image) return false;
+        if (Opacity < 1) return true;
+        if (destWidth < 1 || destHeight < 1 || Gap < 0) return false;
+        const auto limits = spt_DestinationLimits(destinationDC, destHostDIB);
+        if (!limits) return false;
+        const PixelRect area =
+            PixelRect{destX, destY, std::int64_t{destX} + destWidth, std::int64_t{destY} + destHeight}.cut(*limits);
+        if (area.isEmpty()) return true;
+
+        platform::GdiFlush();
+        PixelBuffer before; // an image tiled over itself is read as it was
+        if (destHostDIB == this) {
+            before = PixelBuffer(image.width, image.height);
+            std::memcpy(before.view().bits, image.bits, image.stride * image.height);
+        }
+        const TiledPlane plane(before ? std::as_const(before).view() : image, Gap);
+        const std::int32_t percent = Opacity % 100 == 0 ? 100 : Opacity % 100; // wraps, as everywhere in drawing
+        const std::int64_t rows = bandRows(area, plane.rowsToRepeat());
+        PixelBuffer band(static_cast<std::size_t>(area.width()), static_cast<std::size_t>(rows));
+        for (std::int64_t y = area.top; y < area.bottom; y += rows) {
+            if (y == area.top || rows % plane.rowsToRepeat() != 0)
+                plane.copyTo(band.view(), area.left - destX - offsetX, y - destY - offsetY);
+            const auto drawnRows = static_cast<std::int32_t>(std::min(rows, area.bottom - y));
+            if (!spt_Win9xBlend(destinationDC, std::as_const(band).view(), 0, 0, static_cast<std::int32_t>(area.left),
+                                static_cast<std::int32_t>(y), static_cast<std::int32_t>(area.width()), drawnRows,
+                                percent * 255 / 100, destHostDIB, gsclNone, 0.0F))
+                return false;
+        }
+        return true;
+    });
+}
+
+} // namespace pixkit
