@@ -85,7 +85,7 @@ struct Table {
     void (*mirror)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 
     // --- resampling; rows do not overlap
-    // Pixel i is the one that starts `offsets[i]` bytes behind src.
+    // Pixel i is the one that starts `offsets[i]` bytes behind src; offsets never fall from one to the next.
     void (*gatherPixels)(std::uint8_t* dst, const std::uint8_t* src, const std::int32_t* offsets, std::size_t count);
     // Pixel i is mixed from the pixel `offsets[i]` bytes into each row and the one behind it, which is there even where
     // its weight is 0. A byte is the sum, in double precision and in this order, of first row near, far, second row

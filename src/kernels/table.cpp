@@ -63,6 +63,7 @@ const Table& sse2Table() noexcept {
         useSamplesSse2(table);
         useShadowSse2(table);
         useJpegSse2(table);
+        useResampleSse2(table);
 #endif
         return table;
     }();
@@ -81,6 +82,7 @@ const Table& avx2Table() noexcept {
         useSamplesAvx2(table);
         useShadowAvx2(table);
         useJpegAvx2(table);
+        useResampleAvx2(table);
 #endif
         return table;
     }();

@@ -12,6 +12,7 @@ void useFiltersSse2(Table& table) noexcept;
 void useSamplesSse2(Table& table) noexcept;
 void useShadowSse2(Table& table) noexcept;
 void useJpegSse2(Table& table) noexcept;
+void useResampleSse2(Table& table) noexcept;
 
 void useAlphaAvx2(Table& table) noexcept;
 void useEffectsAvx2(Table& table) noexcept;
@@ -21,6 +22,7 @@ void useFiltersAvx2(Table& table) noexcept;
 void useSamplesAvx2(Table& table) noexcept;
 void useShadowAvx2(Table& table) noexcept;
 void useJpegAvx2(Table& table) noexcept;
+void useResampleAvx2(Table& table) noexcept;
 
 // The best level the processor and the operating system can run, whatever the environment says.
 CpuLevel detectedLevel() noexcept;

@@ -3,6 +3,7 @@
 #include "codecs/jpg/JpgQuantisation.h"
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 
 namespace pixkit::kernels::test {
@@ -113,6 +114,38 @@ std::uint64_t shade(const Table& t, Bytes dst, Source src, std::size_t count, un
     const std::vector<std::uint16_t> rest = boxSums(src, count, window);
     sums.insert(sums.end(), rest.begin(), rest.end());
     t.shadeBoxes(dst, sums.data(), count, window, shades.data());
+    return 0;
+}
+
+// Columns that walk over a row of as many pixels, by a third of a pixel and `ratio` sixteenths, until its end.
+struct Columns {
+    Columns(std::size_t count, unsigned ratio) : offsets(count), near(count), far(count) {
+        for (std::size_t i = 0; i < count; ++i) {
+            const double position =
+                std::min(static_cast<double>(i) * (ratio / 16.0 + 1.0 / 3.0), static_cast<double>(count) - 1.25);
+            const double whole = std::floor(std::max(position, 0.0));
+            offsets[i] = static_cast<std::int32_t>(whole) * 4;
+            far[i] = std::max(position, 0.0) - whole;
+            near[i] = 1.0 - far[i];
+        }
+    }
+    std::vector<std::int32_t> offsets;
+    std::vector<double> near, far;
+};
+
+std::uint64_t gathering(const Table& table, Bytes dst, Source src, std::size_t count, unsigned ratio) {
+    table.gatherPixels(dst, src, Columns(count, ratio).offsets.data(), count);
+    return 0;
+}
+
+// The source holds two rows one after the other; a ratio above 100 asks for the first alone.
+std::uint64_t interpolating(const Table& table, Bytes dst, Source src, std::size_t count, unsigned ratio) {
+    if (count < 2) return 0;
+    const Columns columns(count, ratio % 100);
+    const WeightedRows both = {src, src + 4 * count, 0.3, 0.7};
+    const WeightedRows one = {src, nullptr, 1.0, 0.0};
+    table.sampleBilinear(dst, ratio > 100 ? one : both, columns.offsets.data(), columns.near.data(), columns.far.data(),
+                         count);
     return 0;
 }
 
@@ -262,6 +295,10 @@ std::vector<Operation> made() {
                        return std::uint64_t{t.replacePixel(dst, count, clear, colour)};
                    },
                    0});
+    for (const unsigned ratio : {0U, 4U, 13U, 29U, 60U})
+        all.push_back({"gatherPixels " + std::to_string(ratio), 32, 32, false, gathering, ratio});
+    for (const unsigned ratio : {0U, 9U, 20U, 109U, 120U})
+        all.push_back({"sampleBilinear " + std::to_string(ratio), 32, 64, false, interpolating, ratio});
     for (const unsigned fill : {0x000000U, 0xFFFFFFU, 0x40C001U}) {
         all.push_back({"flatten24 " + std::to_string(fill), 24, 32, false, flattening<&Table::flatten24>, fill});
         all.push_back({"flatten32 " + std::to_string(fill), 32, 32, false, flattening<&Table::flatten32>, fill});

@@ -1,0 +1,111 @@
+// Resampling to half as large again and to 70 %, and rotation by 30 degrees, beside pixman and cairo. Sizes are those
+// of the source.
+#include "render/Resampler.h"
+#include <benchmark/benchmark.h>
+#include <pixman.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+using pixkit::PixelBuffer;
+
+struct Size {
+    const char* name;
+    std::size_t width, height;
+};
+constexpr Size sizes[] = {{"256", 256, 256}, {"1080p", 1920, 1080}, {"4096", 4096, 4096}};
+constexpr double factors[] = {1.5, 0.7};
+
+// Premultiplied noise over slow gradients.
+PixelBuffer picture(std::size_t width, std::size_t height) {
+    PixelBuffer buffer(width, height);
+    std::uint32_t state = 1;
+    for (std::size_t y = 0; y < height; ++y) {
+        for (std::size_t x = 0; x < width; ++x) {
+            state = state * 1664525 + 1013904223;
+            const auto alpha = static_cast<std::uint32_t>(128 + (x + y) % 128);
+            std::uint8_t* const p = buffer.view().row(y) + 4 * x;
+            for (unsigned channel = 0; channel < 3; ++channel)
+                p[channel] = static_cast<std::uint8_t>((state >> (8 * channel)) % (alpha + 1));
+            p[3] = static_cast<std::uint8_t>(alpha);
+        }
+    }
+    return buffer;
+}
+
+std::size_t scaled(std::size_t size, double factor) {
+    return static_cast<std::size_t>(static_cast<double>(size) * factor);
+}
+
+void countPixels(benchmark::State& state, const PixelBuffer& output) {
+    const double pixels = static_cast<double>(output.width()) * static_cast<double>(output.height());
+    state.counters["Mpixel/s"] =
+        benchmark::Counter(pixels * static_cast<double>(state.iterations()) / 1e6, benchmark::Counter::kIsRate);
+}
+
+void ownResize(benchmark::State& state, const Size& size, double factor, bool highQuality) {
+    const PixelBuffer source = picture(size.width, size.height);
+    PixelBuffer output(scaled(size.width, factor), scaled(size.height, factor));
+    std::fill_n(output.view().bits, output.width() * output.height() * 4, std::uint8_t{0});
+    for (auto _ : state) {
+        pixkit::spt_pvResize(output.view(), source.view(), highQuality);
+        benchmark::ClobberMemory();
+    }
+    countPixels(state, output);
+}
+
+struct PixmanImage {
+    explicit PixmanImage(pixkit::ConstPixelView view)
+        : image(pixman_image_create_bits(PIXMAN_a8r8g8b8, static_cast<int>(view.width), static_cast<int>(view.height),
+                                         reinterpret_cast<std::uint32_t*>(const_cast<std::uint8_t*>(view.bits)),
+                                         static_cast<int>(view.stride))) {}
+    ~PixmanImage() { pixman_image_unref(image); }
+    PixmanImage(const PixmanImage&) = delete;
+    PixmanImage& operator=(const PixmanImage&) = delete;
+    pixman_image_t* image;
+};
+
+void pixmanResize(benchmark::State& state, const Size& size, double factor, bool highQuality) {
+    const PixelBuffer source = picture(size.width, size.height);
+    PixelBuffer output(scaled(size.width, factor), scaled(size.height, factor));
+    std::fill_n(output.view().bits, output.width() * output.height() * 4, std::uint8_t{0});
+    const PixmanImage from(source.view());
+    const PixmanImage to(output.view());
+    pixman_transform_t transform;
+    pixman_transform_init_scale(&transform, pixman_double_to_fixed(1 / factor), pixman_double_to_fixed(1 / factor));
+    pixman_image_set_transform(from.image, &transform);
+    pixman_image_set_filter(from.image, highQuality ? PIXMAN_FILTER_BILINEAR : PIXMAN_FILTER_NEAREST, nullptr, 0);
+    pixman_image_set_repeat(from.image, PIXMAN_REPEAT_PAD);
+    for (auto _ : state) {
+        pixman_image_composite32(PIXMAN_OP_SRC, from.image, nullptr, to.image, 0, 0, 0, 0, 0, 0,
+                                 static_cast<int>(output.width()), static_cast<int>(output.height()));
+        benchmark::ClobberMemory();
+    }
+    countPixels(state, output);
+}
+
+template <class Run>
+void add(const std::string& name, Run run) {
+    benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    for (const bool highQuality : {false, true}) {
+        for (const Size& size : sizes) {
+            for (const double factor : factors) {
+                const std::string name = std::string(highQuality ? "bilinear/" : "nearest/") + size.name + "-to-" +
+                                         std::to_string(static_cast<int>(factor * 100)) + "%/";
+                const auto with = [&](auto resize) {
+                    return [=, &size](benchmark::State& state) { resize(state, size, factor, highQuality); };
+                };
+                add(name + "pixkit", with(ownResize));
+                add(name + "pixman", with(pixmanResize));
+            }
+        }
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}
