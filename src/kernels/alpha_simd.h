@@ -22,8 +22,8 @@ struct AlphaCounts {
 };
 
 template <bool isCopying>
-void storeIfCopying(std::uint8_t* dst, Vec pixels) {
-    if constexpr (isCopying) store(dst, pixels);
+void storeIfCopying(std::uint8_t* dst, std::size_t byte, Vec pixels) {
+    if constexpr (isCopying) store(dst + byte, pixels); // else dst is null
 }
 
 // Passes whole vectors that leave the verdict `consistent`; returns the first pixel that it did not pass.
@@ -35,15 +35,15 @@ std::size_t scanConsistent(std::uint8_t* dst, const std::uint8_t* src, std::size
         const Vec v = load(src + 4 * i);
         const Vec w = load(src + 4 * i + vecBytes);
         if (!allZero(either(colourOverAlpha(v), colourOverAlpha(w)))) break;
-        storeIfCopying<isCopying>(dst + 4 * i, v);
-        storeIfCopying<isCopying>(dst + 4 * i + vecBytes, w);
+        storeIfCopying<isCopying>(dst, 4 * i, v);
+        storeIfCopying<isCopying>(dst, 4 * i + vecBytes, w);
         counts.add(v);
         counts.add(w);
     }
     for (; count - i >= vecPixels; i += vecPixels) {
         const Vec v = load(src + 4 * i);
         if (!allZero(colourOverAlpha(v))) break;
-        storeIfCopying<isCopying>(dst + 4 * i, v);
+        storeIfCopying<isCopying>(dst, 4 * i, v);
         counts.add(v);
     }
     const std::size_t clearCount = laneSum32(counts.clear);
@@ -61,7 +61,7 @@ std::size_t scanClear(std::uint8_t* dst, const std::uint8_t* src, std::size_t co
     for (; count - i >= vecPixels; i += vecPixels) {
         const Vec v = load(src + 4 * i);
         if (!allZero(both(v, all32(alphaByte)))) break;
-        storeIfCopying<isCopying>(dst + 4 * i, v);
+        storeIfCopying<isCopying>(dst, 4 * i, v);
     }
     scan.zeroCount += i;
     return i;
@@ -82,7 +82,7 @@ bool scanRow(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, Alph
             if constexpr (isCopying) std::memcpy(dst, src, count * 4);
             return false;
         }
-        storeIfCopying<isCopying>(dst, load(src));
+        storeIfCopying<isCopying>(dst, 0, load(src));
         src += vecBytes;
         count -= vecPixels;
         if constexpr (isCopying) dst += vecBytes;
