@@ -54,6 +54,14 @@ HRESULT call(IDispatch* object, const Member& member, std::array<Argument, maxim
     return FAILED(status) ? status : returned.lVal;
 }
 
+// Late-bound callers use an object through its IDispatch and know no other interface; Nothing is one of that kind too.
+HRESULT resultForCaller(const Member& member, Variant& result) noexcept {
+    if (member.result.kind != Parameter::Kind::object) return S_OK;
+    if (result.punkVal != nullptr) return ::VariantChangeType(&result, &result, 0, VT_DISPATCH);
+    result.vt = VT_DISPATCH;
+    return S_OK;
+}
+
 } // namespace
 
 HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID locale, WORD flags,
@@ -84,6 +92,7 @@ HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID 
         returned.detach(); // nothing was stored in it
         return status;
     }
+    status = resultForCaller(*member, returned);
     // The member has done its work: every argument gets its value back and the caller the result, whatever one of them
     // cannot hold.
     for (std::size_t i = 0; i < member->parameters.size(); ++i) {
