@@ -131,6 +131,22 @@ struct Table {
     void (*unfilterAvgOfFirstRow)(std::uint8_t* row, std::size_t bytes, std::size_t step);
     void (*unfilterPaeth)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
 
+    // --- PNG row filters, applied. The parameters are those above; `above` is never null, and no row is written to but
+    // dst, which overlaps neither.
+    void (*filterSub)(std::uint8_t* dst, const std::uint8_t* row, std::size_t bytes, std::size_t step);
+    void (*filterUp)(std::uint8_t* dst, const std::uint8_t* row, const std::uint8_t* above, std::size_t bytes);
+    void (*filterAvg)(std::uint8_t* dst, const std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+                      std::size_t step);
+    void (*filterPaeth)(std::uint8_t* dst, const std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+                        std::size_t step);
+    // For each of the five filter types the sum of what it would give, taken as signed bytes without their signs.
+    void (*filterSums)(std::uint64_t* sums, const std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+                       std::size_t step);
+
+    // --- checksums
+    // Adler-32 (RFC 1950, 8.2) of what `sum` stands for, 1 for nothing, and then these bytes.
+    std::uint32_t (*adler32)(std::uint32_t sum, const std::uint8_t* bytes, std::size_t count);
+
     // --- PNG samples to premultiplied B, G, R, A. Rows do not overlap. Partial alpha premultiplies truncated, alpha 0
     // gives 0, 0, 0, 0. 16-bit samples are big-endian and only their high byte counts.
     void (*fromRgb8)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);

@@ -44,6 +44,16 @@ void unfilterAvg(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes
 void unfilterAvgOfFirstRow(std::uint8_t* row, std::size_t bytes, std::size_t step);
 void unfilterPaeth(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
 
+void filterSub(std::uint8_t* dst, const std::uint8_t* row, std::size_t bytes, std::size_t step);
+void filterUp(std::uint8_t* dst, const std::uint8_t* row, const std::uint8_t* above, std::size_t bytes);
+void filterAvg(std::uint8_t* dst, const std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+               std::size_t step);
+void filterPaeth(std::uint8_t* dst, const std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+                 std::size_t step);
+void filterSums(std::uint64_t* sums, const std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
+                std::size_t step);
+std::uint32_t adler32(std::uint32_t sum, const std::uint8_t* bytes, std::size_t count);
+
 void fromRgb8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void fromRgba8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void fromGrayAlpha8(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
@@ -66,5 +76,14 @@ void unfilterAvgFrom(std::uint8_t* row, const std::uint8_t* above, std::size_t f
                      std::size_t step);
 void unfilterPaethFrom(std::uint8_t* row, const std::uint8_t* above, std::size_t from, std::size_t bytes,
                        std::size_t step);
+
+// The same for filtering, from byte `from` to before byte `to`; the sums are added to.
+void filterSubPart(std::uint8_t* dst, const std::uint8_t* row, std::size_t from, std::size_t to, std::size_t step);
+void filterAvgPart(std::uint8_t* dst, const std::uint8_t* row, const std::uint8_t* above, std::size_t from,
+                   std::size_t to, std::size_t step);
+void filterPaethPart(std::uint8_t* dst, const std::uint8_t* row, const std::uint8_t* above, std::size_t from,
+                     std::size_t to, std::size_t step);
+void filterSumsPart(std::uint64_t* sums, const std::uint8_t* row, const std::uint8_t* above, std::size_t from,
+                    std::size_t to, std::size_t step);
 
 } // namespace pixkit::kernels::scalar

@@ -35,6 +35,12 @@ constexpr Table scalarTable = {
     .unfilterAvg = scalar::unfilterAvg,
     .unfilterAvgOfFirstRow = scalar::unfilterAvgOfFirstRow,
     .unfilterPaeth = scalar::unfilterPaeth,
+    .filterSub = scalar::filterSub,
+    .filterUp = scalar::filterUp,
+    .filterAvg = scalar::filterAvg,
+    .filterPaeth = scalar::filterPaeth,
+    .filterSums = scalar::filterSums,
+    .adler32 = scalar::adler32,
     .fromRgb8 = scalar::fromRgb8,
     .fromRgba8 = scalar::fromRgba8,
     .fromGrayAlpha8 = scalar::fromGrayAlpha8,
@@ -64,6 +70,7 @@ const Table& sse2Table() noexcept {
         useShadowSse2(table);
         useJpegSse2(table);
         useResampleSse2(table);
+        useFilteringSse2(table);
 #endif
         return table;
     }();
@@ -83,6 +90,7 @@ const Table& avx2Table() noexcept {
         useShadowAvx2(table);
         useJpegAvx2(table);
         useResampleAvx2(table);
+        useFilteringAvx2(table);
 #endif
         return table;
     }();

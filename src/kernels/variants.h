@@ -13,6 +13,7 @@ void useSamplesSse2(Table& table) noexcept;
 void useShadowSse2(Table& table) noexcept;
 void useJpegSse2(Table& table) noexcept;
 void useResampleSse2(Table& table) noexcept;
+void useFilteringSse2(Table& table) noexcept;
 
 void useAlphaAvx2(Table& table) noexcept;
 void useEffectsAvx2(Table& table) noexcept;
@@ -23,6 +24,7 @@ void useSamplesAvx2(Table& table) noexcept;
 void useShadowAvx2(Table& table) noexcept;
 void useJpegAvx2(Table& table) noexcept;
 void useResampleAvx2(Table& table) noexcept;
+void useFilteringAvx2(Table& table) noexcept;
 
 // The best level the processor and the operating system can run, whatever the environment says.
 CpuLevel detectedLevel() noexcept;

@@ -45,8 +45,8 @@ bool SetFileAttributesA(const std::string& name, std::uint32_t attributes) noexc
 bool DeleteFileW(const std::string& name) noexcept;
 bool DeleteFileA(const std::string& name) noexcept;
 
-// Gives a file another name, in one step: whoever held that name is replaced or, on failure, untouched. What DeleteFile
-// would refuse is not replaced.
+// Gives a file another name, in one step: whoever held that name is replaced or, on failure, untouched. A directory
+// is not replaced, and a file marked read-only not on every system.
 bool MoveFileExW(const std::string& from, const std::string& to) noexcept;
 bool MoveFileExA(const std::string& from, const std::string& to) noexcept;
 

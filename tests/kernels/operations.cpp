@@ -318,6 +318,31 @@ std::vector<Operation> made() {
         all.push_back({"unfilterAvg" + name, 8, 8, true, withAbove<&Table::unfilterAvg>, step});
         all.push_back({"unfilterPaeth" + name, 8, 8, true, withAbove<&Table::unfilterPaeth>, step});
     }
+    for (const unsigned step : {1U, 2U, 3U, 4U, 5U, 8U}) {
+        const std::string name = " step " + std::to_string(step);
+        all.push_back({"filterSub" + name, 8, 8, false, withAbove<&Table::filterSub>, step});
+        // Two rows, the second of which is above.
+        all.push_back({"filterUp, Avg, Paeth" + name, 24, 16, false,
+                       [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned distance) {
+                           t.filterUp(dst, src, src + count, count);
+                           t.filterAvg(dst + count, src, src + count, count, distance);
+                           t.filterPaeth(dst + 2 * count, src, src + count, count, distance);
+                           return std::uint64_t{0};
+                       },
+                       step});
+        all.push_back({"filterSums" + name, 0, 16, false,
+                       [](const Table& t, Bytes, Source src, std::size_t count, unsigned distance) {
+                           std::uint64_t sums[5];
+                           t.filterSums(sums, src, src + count, count, distance);
+                           return (((sums[0] * 1009 + sums[1]) * 1009 + sums[2]) * 1009 + sums[3]) * 1009 + sums[4];
+                       },
+                       step});
+    }
+    all.push_back({"adler32", 0, 64, false,
+                   [](const Table& t, Bytes, Source src, std::size_t count, unsigned) {
+                       return std::uint64_t{t.adler32(0xFFF0FFF0, src, 8 * count)};
+                   },
+                   0});
     for (const unsigned depth : {1U, 2U, 4U})
         all.push_back(
             {"unpackSamples " + std::to_string(depth), 8, depth, false, withAbove<&Table::unpackSamples>, depth});
