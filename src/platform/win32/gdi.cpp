@@ -127,7 +127,7 @@ bool BitBlt(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::
 int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t width, std::uint32_t height,
                       std::int32_t sourceX, std::int32_t sourceY, std::uint32_t startScan, std::uint32_t lines,
                       const void* bits, const BitmapInfoHeader& header) noexcept {
-    if (bits == nullptr || !isSupported(header) || faultDue(SeamCall::setDIBitsToDevice)) return 0;
+    if (bits == nullptr || !isSupported(header, nullptr) || faultDue(SeamCall::setDIBitsToDevice)) return 0;
     return ::SetDIBitsToDevice(native<HDC>(dc), x, y, width, height, sourceX, sourceY, startScan, lines, bits,
                                reinterpret_cast<const BITMAPINFO*>(&header), DIB_RGB_COLORS);
 }
