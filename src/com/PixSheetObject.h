@@ -247,6 +247,29 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP MirrorImage(VARIANT_BOOL MirrorAxisX, VARIANT_BOOL MirrorAxisY, VARIANT_BOOL* result) override {
         return give(result, [&] { return m_sheet->MirrorImage(isTrue(MirrorAxisX), isTrue(MirrorAxisY)); });
     }
+    STDMETHODIMP Render(LONG_PTR destinationDC, LONG destX, LONG destY, LONG destWidth, LONG destHeight, LONG SrcX,
+                        LONG SrcY, LONG srcWidth, LONG srcHeight, LONG Opacity, VARIANT_BOOL Blend,
+                        VARIANT_BOOL SetHalfTone, _cPixSheet** destHostDIB, ::eGrayScaleFormulas grayScale,
+                        float LightAdjustment, float Angle, VARIANT_BOOL CenterOnDestXY,
+                        VARIANT_BOOL* result) override {
+        return drawOnto(destHostDIB, result, [&](cPixSheet* host) {
+            return m_sheet->Render(destinationDC, destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight,
+                                   Opacity, isTrue(Blend), isTrue(SetHalfTone), host, grayScale, LightAdjustment, Angle,
+                                   isTrue(CenterOnDestXY));
+        });
+    }
+    STDMETHODIMP RenderDropShadow_JIT(LONG_PTR hDC, LONG x, LONG y, LONG blurDepth, LONG Color, LONG Opacity,
+                                      float LightAdjustment, _cPixSheet** destHostDIB, VARIANT_BOOL* result) override {
+        return drawOnto(destHostDIB, result, [&](cPixSheet* host) {
+            return m_sheet->RenderDropShadow_JIT(hDC, x, y, blurDepth, Color, Opacity, LightAdjustment, host);
+        });
+    }
+    STDMETHODIMP CreateGDIplusToken(LONG* result) override {
+        return give(result, [&] { return m_sheet->CreateGDIplusToken(); });
+    }
+    STDMETHODIMP DestroyGDIplusToken(LONG Token, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->DestroyGDIplusToken(Token); });
+    }
     STDMETHODIMP Resize(LONG newWidth, LONG newHeight, VARIANT_BOOL* result) override {
         return give(result, [&] { return m_sheet->Resize(newWidth, newHeight); });
     }
@@ -305,6 +328,14 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         if (result == nullptr) return E_POINTER;
         *result = Result();
         return run([&] { convert(body(), result); });
+    }
+    // `body` gets the object to draw on, or null where the caller names none.
+    template <class Body>
+    static HRESULT drawOnto(_cPixSheet** host, VARIANT_BOOL* result, Body&& body) noexcept {
+        if (host == nullptr || *host == nullptr) return give(result, [&] { return body(nullptr); });
+        PixSheetObject* const target = ours(*host);
+        if (target == nullptr) return DISP_E_TYPEMISMATCH;
+        return give(result, [&] { return body(target->m_sheet.get()); });
     }
     template <class Body>
     static HRESULT read(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body) noexcept {

@@ -141,14 +141,20 @@ void cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32
     }
     target.m_hotspot = {static_cast<std::int32_t>(std::int64_t{m_hotspot.x} * target.m_Width / m_Width),
                         static_cast<std::int32_t>(std::int64_t{m_hotspot.y} * target.m_Height / m_Height)};
-    if (target.m_Width != m_Width || target.m_Height != m_Height) {
-        target.EraseDIB(); // the scaled drawing is missing: what the target held before must not pass for a copy
-        return;
+    if (target.m_Width == m_Width && target.m_Height == m_Height) {
+        std::memcpy(target.m_Pointer, m_Pointer,
+                    static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height) * 4);
+    } else {
+        target.EraseDIB(); // what the target held before must not shine through, nor pass for a copy
+        const bool usedAlphaBlend = isAlphaBlendFriendly();
+        isAlphaBlendFriendly(false); // the same pixels on every system
+        const bool isDrawn =
+            Render(0, 0, 0, target.m_Width, target.m_Height, 0, 0, m_Width, m_Height, 100, true, false, &target);
+        isAlphaBlendFriendly(usedAlphaBlend);
+        if (!isDrawn) return;
     }
     target.m_AlphaImage = m_AlphaImage;
     target.m_Format = m_Format;
-    std::memcpy(target.m_Pointer, m_Pointer,
-                static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height) * 4);
     if (CopyOriginalFormat) HostAccess::SetOriginalFormat(target, m_ImageByteCache);
 }
 

@@ -13,6 +13,7 @@
 namespace pixkit {
 
 class LoadRequest;
+struct RenderRequest;
 
 // The point of a cursor that clicks, in pixels from the top left; it may lie outside the image.
 struct CursorHotspot {
@@ -108,8 +109,8 @@ class cPixSheet {
     // Copies the image, its Alpha, ImageType and gdiToken into another instance, which is resized when it needs to be.
     // 0 for a size means this image's. With CopyOriginalFormat the original-format bytes go along. Does nothing without
     // an image or when the target is this instance. A null pointer receives a new instance, which also takes over
-    // isGDIplusEnabled and HighQualityInterpolation. A copy at another size needs Render, which this version lacks: the
-    // target is then left as an empty (fully transparent) image of the new size.
+    // isGDIplusEnabled and HighQualityInterpolation. A copy at another size is drawn as Render does without AlphaBlend;
+    // should there be no memory for that, the target is left an empty (fully transparent) image of the new size.
     void CopyImageTo(cPixSheet& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
                      bool CopyOriginalFormat = false) noexcept;
     void CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
@@ -216,6 +217,43 @@ class cPixSheet {
     // MirrorAxisX flips left to right, MirrorAxisY top to bottom. False when neither is asked for.
     bool MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept;
 
+    // --- drawing (render/Render.cpp)
+
+    // Draws the rectangle SrcX, SrcY (counted from the top), srcWidth, srcHeight of the image onto a device context, or
+    // onto the image of destHostDIB where one is given, into the rectangle destX, destY, destWidth, destHeight.
+    // - Of the four sizes, 0 means the image's. Negative ones mirror. SrcX or SrcY below 0 count as 0; a source
+    //   rectangle that reaches beyond the image is cut there, without the destination. Different sizes stretch:
+    //   bilinear with HighQualityInterpolation, else by nearest pixels.
+    // - Opacity is a percentage; above 100 it starts again (150 draws at 50, 200 at 100); below 1 draws nothing.
+    // - Blend has no effect. SetHalfTone sets that stretch mode while the system draws.
+    // - grayScale (gsclNone = none) and LightAdjustment (-100 .. 100 per cent, else ignored) change what is drawn.
+    // - CenterOnDestXY takes destX, destY as the centre of the destination.
+    // Angles that are no whole multiple of 360 degrees are not drawn yet and give false.
+    //
+    // The system's AlphaBlend draws where isAlphaBlendFriendly, as long as nothing is mirrored, gray, adjusted or
+    // stretched with interpolation; it rounds. All else is drawn by the component with divisions that truncate, onto a
+    // device context as 24-bit colour. A host's alpha is blended too; its Alpha and ImageType stay what they were, so
+    // set Alpha when the drawing brings translucent pixels. What lies outside of the destination is left out; nothing
+    // in sight to draw is a success. An image can be drawn over itself.
+    //
+    // True when it was drawn, or for an Opacity below 1 when there is an image. False without an image or destination,
+    // for a source rectangle without pixels, sizes whose sums or opposites 32 bits do not hold, and where the system
+    // fails.
+    bool Render(std::intptr_t destinationDC, std::int32_t destX = 0, std::int32_t destY = 0, std::int32_t destWidth = 0,
+                std::int32_t destHeight = 0, std::int32_t SrcX = 0, std::int32_t SrcY = 0, std::int32_t srcWidth = 0,
+                std::int32_t srcHeight = 0, std::int32_t Opacity = 100, bool Blend = true, bool SetHalfTone = true,
+                cPixSheet* destHostDIB = nullptr, std::int32_t grayScale = gsclNone, float LightAdjustment = 0,
+                float Angle = 0, bool CenterOnDestXY = false) noexcept;
+    // Draws the shadow that CreateDropShadow makes with its top left corner at x, y, as Render does. False without an
+    // image or where the shadow cannot be made or drawn.
+    bool RenderDropShadow_JIT(std::intptr_t hDC, std::int32_t x, std::int32_t y, std::int32_t blurDepth = 4,
+                              std::int32_t Color = 0xC0C0C0, std::int32_t Opacity = 50, float LightAdjustment = 0,
+                              cPixSheet* destHostDIB = nullptr) noexcept;
+    // Starts GDI+ and returns a token that the caller gives back with DestroyGDIplusToken; 0 where GDI+ is not used.
+    std::int32_t CreateGDIplusToken() noexcept;
+    // Ends the use of GDI+ that a token stands for; false for 0 and where GDI+ is not used.
+    bool DestroyGDIplusToken(std::int32_t Token) noexcept;
+
     // --- size (render/Resize.cpp)
 
     // Resamples the image to a new size, bilinearly with HighQualityInterpolation, else taking the nearest pixels. 0
@@ -264,6 +302,9 @@ class cPixSheet {
                      eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache, CursorHotspot hotspot) noexcept;
     bool pvOverlapsStore(const ByteArray& array) const noexcept;
     void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat);
+    bool pvCanUseAlphaBlend(const RenderRequest& request) const;
+    bool pvAlphaBlend(const RenderRequest& request);
+    bool pvRenderInSoftware(RenderRequest request) const;
     bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
     bool spt_SaveToFile(const std::string& FileName, bool PromptOverWrite,
                         const std::function<bool(const std::string&)>& writer) const;

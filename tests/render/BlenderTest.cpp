@@ -1,8 +1,8 @@
 // The software blender on both kinds of destination.
 #include "render/Blender.h"
 #include "kernels/operations.h"
-#include "platform/faults.h"
 #include "platform/gdi.h"
+#include "render/Canvas.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 
@@ -16,43 +16,11 @@
 using namespace pixkit;
 using kernels::test::Numbers;
 using platform::Handle;
+using test::Canvas;
 
 namespace {
 
 using Pixel = std::array<std::uint8_t, 4>;
-
-// A memory device context with a bitmap whose bits can be seen.
-class Canvas {
-  public:
-    Canvas(std::int32_t width, std::int32_t height, std::uint16_t bitCount) {
-        platform::BitmapInfoHeader header;
-        header.biWidth = width;
-        header.biHeight = height;
-        header.biBitCount = bitCount;
-        stride = (static_cast<std::size_t>(width) * bitCount / 8 + 3) / 4 * 4;
-        size = stride * static_cast<std::size_t>(height);
-        const platform::ScreenDC screen;
-        void* memory = nullptr;
-        m_bitmap = platform::CreateDIBSection(screen.get(), header, &memory);
-        bits = static_cast<std::uint8_t*>(memory);
-        dc = platform::CreateCompatibleDC(screen.get());
-        platform::SelectObject(dc, m_bitmap);
-    }
-    ~Canvas() {
-        platform::DeleteDC(dc);
-        platform::DeleteObject(m_bitmap);
-    }
-    Canvas(const Canvas&) = delete;
-    Canvas& operator=(const Canvas&) = delete;
-
-    Handle dc = 0;
-    std::uint8_t* bits = nullptr;
-    std::size_t stride = 0;
-    std::size_t size = 0;
-
-  private:
-    Handle m_bitmap = 0;
-};
 
 void fill(cPixSheet& sheet, std::int32_t width, std::int32_t height, Numbers& numbers) {
     sheet.InitializeDIB(width, height);

@@ -237,17 +237,23 @@ TEST(CopyImageTo, CopiesBytesAndOnlyResizesWhenItMust) {
     EXPECT_EQ(target.Width(), 3) << "an empty instance copies nothing";
 }
 
-TEST(CopyImageTo, AtAnotherSizeLeavesAnEmptyImageOfThatSizeAndNeverStalePixels) {
+TEST(CopyImageTo, AtAnotherSizeKeepsStalePixelsOrSettingsOfTheWrongSide) {
     cPixSheet source;
     numbered(source, 3, 2, 1);
+    source.Alpha(AlphaComplex);
+    HostAccess::ImageType(source, imgTGA);
+    cPixSheet resized;
+    source.CopyImageTo(resized);
+    resized.Resize(5, 4);
     for (const bool alreadyThatSize : {false, true}) {
         cPixSheet target;
         if (alreadyThatSize) numbered(target, 5, 4, 9);
+        const bool friendly = source.isAlphaBlendFriendly();
         source.CopyImageTo(target, 5, 4);
-        EXPECT_EQ(target.Width(), 5);
-        EXPECT_EQ(test::pixelsOf(target), std::vector<Pixel>(20, Pixel{0, 0, 0, 0}));
-        EXPECT_EQ(target.ImageType(), imgNone);
-        EXPECT_EQ(target.Alpha(), AlphaSimple);
+        EXPECT_EQ(source.isAlphaBlendFriendly(), friendly);
+        EXPECT_EQ(test::pixelsOf(target), test::pixelsOf(resized));
+        EXPECT_EQ(target.ImageType(), imgTGA);
+        EXPECT_EQ(target.Alpha(), AlphaComplex);
     }
     cPixSheet target;
     source.CopyImageTo(target, -3, 2);
