@@ -12,15 +12,29 @@ namespace pixkit::cli {
 
 namespace {
 
+void addIconOptions(CLI::App& sub, IconChoice& icon) {
+    const char* const choosing = "Icons and cursors";
+    sub.add_option_function<std::string>(
+           "--icon-size", [&icon](const std::string& text) { parseIconSize(text, icon); },
+           "Take the image of this size, else the next larger\nor the largest; 0 for any, 32 unless said otherwise")
+        ->type_name("N|WxH")
+        ->group(choosing);
+    sub.add_option("--icon-depth", icon.depth, "Of those, the one of the nearest depth in bits, 0 for\nthe deepest")
+        ->type_name("BITS")
+        ->check(CLI::Range(0, 32))
+        ->group(choosing);
+}
+
 void addInfo(CLI::App& app, InfoRequest& request) {
     CLI::App* const sub = app.add_subcommand("info", "Show size, alpha class, type and bytes of pictures");
     sub->add_option("FILE", request.files, "Pictures")->required()->type_name("");
     sub->add_flag("--json", request.json, "As a JSON array");
-    sub->footer(
-        "\nThe alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2).\n\n"
-        "Examples:\n"
-        "  pixkit info photo.png\n"
-        "  pixkit info --json *.png");
+    addIconOptions(*sub, request.icon);
+    sub->footer("\nOf an icon or cursor file, all images are listed.\n"
+                "The alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2).\n\n"
+                "Examples:\n"
+                "  pixkit info photo.png\n"
+                "  pixkit info --json *.png");
 }
 
 // The callbacks run while the line is parsed, which keeps the order across options.
@@ -45,6 +59,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         ->type_name("");
     for (const EffectOption& effect : effectOptions())
         addEffect(*sub, effect, request.steps);
+    addIconOptions(*sub, request.icon);
     const char* const saving = "Saving";
     sub->add_option_function<std::string>(
            "--background", [&](const std::string& text) { request.background = parseColour(text); },
@@ -65,6 +80,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
                 "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
                 "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
                 "  pixkit convert logo.png logo.tga --tga-rle\n"
+                "  pixkit convert favicon.ico favicon.tga --icon-size 48\n"
                 "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
 }
 
@@ -74,6 +90,7 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
     sub->add_option("-o,--output", request.folder, "Folder for the page and the results")
         ->type_name("FOLDER")
         ->capture_default_str();
+    addIconOptions(*sub, request.icon);
     sub->footer(
         "Results are uncompressed and there are about 22 of each picture: 12 MB for 240 x 300 pixels with alpha, "
         "800 MB for\n4000 x 3000 without. Existing files in the folder are replaced.\n\n"

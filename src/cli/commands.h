@@ -1,6 +1,7 @@
 // The sub-commands, each with what its command line asks for. They return the program's exit code.
 #pragma once
 #include "cli/Console.h"
+#include "cli/IconChoice.h"
 #include "cli/effects.h"
 #include <cstdint>
 #include <optional>
@@ -16,11 +17,13 @@ inline constexpr int exitUsage = 2;
 struct InfoRequest {
     std::vector<std::string> files;
     bool json = false;
+    IconChoice icon = {};
 };
 int info(const InfoRequest& request, Console& console);
 
 struct ConvertRequest {
     std::vector<std::string> paths; // the inputs and, last, the file or folder for the results
+    IconChoice icon = {};
     std::vector<EffectStep> steps;
     std::optional<std::int32_t> background; // BMP: what transparent pixels are flattened onto; nothing = black
     bool keepAlpha = false;                 // BMP; TGA always keeps it
@@ -34,6 +37,7 @@ int convert(const ConvertRequest& request, Console& console);
 struct GalleryRequest {
     std::vector<std::string> pictures;
     std::string folder = "out/gallery";
+    IconChoice icon = {};
 };
 int gallery(const GalleryRequest& request, Console& console);
 

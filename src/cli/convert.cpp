@@ -67,7 +67,7 @@ void convertOne(const std::string& input, const fs::path& targetPath, const Conv
     const std::string target = toUtf8(targetPath);
     boxes.about(input);
     cPixSheet sheet;
-    if (!sheet.LoadPicture_File(input)) throw Failed(input, loadFailureReason(toPath(input)));
+    if (!load(sheet, input, request.icon)) throw Failed(input, loadFailureReason(toPath(input)));
     for (const EffectStep& step : request.steps) {
         if (!step.apply(sheet)) throw Failed(input, step.option + " failed, perhaps for lack of memory");
     }

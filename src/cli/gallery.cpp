@@ -168,10 +168,10 @@ GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string
     return card;
 }
 
-GalleryPicture makePicture(const std::string& file, const fs::path& gallery, const fs::path& folderName,
-                           Progress& progress) {
+GalleryPicture makePicture(const std::string& file, const IconChoice& icon, const fs::path& gallery,
+                           const fs::path& folderName, Progress& progress) {
     cPixSheet sheet;
-    if (!sheet.LoadPicture_File(file)) throw GalleryError(loadFailureReason(toPath(file)));
+    if (!load(sheet, file, icon)) throw GalleryError(loadFailureReason(toPath(file)));
     PictureFolder folder(gallery, folderName);
     GalleryPicture picture;
     picture.name = toUtf8(toPath(file).filename());
@@ -226,7 +226,7 @@ int gallery(const GalleryRequest& request, Console& console) {
         try {
             boxes.about(file);
             progress.nextItem(file);
-            pictures.push_back(makePicture(file, folder, freeFolderName(file, folderNames), progress));
+            pictures.push_back(makePicture(file, request.icon, folder, freeFolderName(file, folderNames), progress));
         } catch (const std::bad_alloc&) {
             reportFailure(file, notEnoughMemory);
         } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits

@@ -7,6 +7,7 @@
 #include "surface/cPixSheet.h"
 #include <iomanip>
 #include <ostream>
+#include <vector>
 
 namespace pixkit::cli {
 
@@ -18,6 +19,7 @@ struct Facts {
     AlphaTypeEnum alpha;
     eImageFormat type;
     std::uintmax_t bytes;
+    std::vector<IconSourceSize> images; // of an icon file
 };
 
 std::string withNumber(const char* word, int number) {
@@ -30,17 +32,45 @@ void printRow(std::ostream& out, const std::string& size, const std::string& alp
         << std::right << std::setw(11) << bytes << "  " << file << '\n';
 }
 
+void printImages(std::ostream& out, const std::vector<IconSourceSize>& images) {
+    const char* separator = "               in the file: ";
+    for (const IconSourceSize& image : images) {
+        out << separator << image.Width << " x " << image.Height << " at " << image.bitDepth
+            << (image.isPNG != 0 ? " bits (PNG)" : " bits");
+        separator = ", ";
+    }
+    if (!images.empty()) out << '\n';
+}
+
 void printLine(std::ostream& out, const Facts& facts) {
     printRow(out, std::to_string(facts.width) + " x " + std::to_string(facts.height),
              withNumber(alphaName(facts.alpha).word, facts.alpha),
              withNumber(imageTypeName(facts.type).word, facts.type), std::to_string(facts.bytes), facts.file);
+    printImages(out, facts.images);
 }
 
 void printJson(std::ostream& out, const Facts& facts) {
     out << "{\"file\": " << jsonString(facts.file) << ", \"width\": " << facts.width << ", \"height\": " << facts.height
         << ", \"alpha\": {\"value\": " << facts.alpha << ", \"name\": \"" << alphaName(facts.alpha).constant
         << "\"}, \"type\": {\"value\": " << facts.type << ", \"name\": \"" << imageTypeName(facts.type).constant
-        << "\"}, \"bytes\": " << facts.bytes << "}";
+        << "\"}, \"bytes\": " << facts.bytes;
+    const char* separator = ", \"images\": [";
+    for (const IconSourceSize& image : facts.images) {
+        out << separator << "{\"width\": " << image.Width << ", \"height\": " << image.Height
+            << ", \"depth\": " << image.bitDepth << ", \"png\": " << (image.isPNG != 0 ? "true" : "false") << "}";
+        separator = ", ";
+    }
+    out << (facts.images.empty() ? "}" : "]}");
+}
+
+// The file is only kept for those that hold several images.
+std::vector<IconSourceSize> imagesOf(cPixSheet& sheet, const std::string& file, const IconChoice& icon) {
+    std::vector<IconSourceSize> images;
+    const eImageFormat type = sheet.ImageType();
+    const bool isIcon =
+        type == imgIcon || type == imgIconARGB || type == imgPNGicon || type == imgCursor || type == imgCursorARGB;
+    if (isIcon && load(sheet, file, icon, true)) sheet.SourceIconSizes(images);
+    return images;
 }
 
 } // namespace
@@ -54,14 +84,20 @@ int info(const InfoRequest& request, Console& console) {
         const std::filesystem::path path = toPath(file);
         boxes.about(file);
         cPixSheet sheet;
-        if (!sheet.LoadPicture_File(file)) {
+        if (!load(sheet, file, request.icon)) {
             console.err << "pixkit info: " << file << ": " << loadFailureReason(path) << '\n';
             exitCode = exitSomeFailed;
             continue;
         }
         std::error_code gone; // the file may be deleted under our hands
         const std::uintmax_t bytes = std::filesystem::file_size(path, gone);
-        const Facts facts{file, sheet.Width(), sheet.Height(), sheet.Alpha(), sheet.ImageType(), gone ? 0 : bytes};
+        const Facts facts{file,
+                          sheet.Width(),
+                          sheet.Height(),
+                          sheet.Alpha(),
+                          sheet.ImageType(),
+                          gone ? 0 : bytes,
+                          imagesOf(sheet, file, request.icon)};
         if (request.json) {
             console.out << (first ? "\n  " : ",\n  ");
             printJson(console.out, facts);

@@ -32,6 +32,26 @@ TEST_F(Command, InfoWritesValidJsonWhateverFails) {
     EXPECT_EQ(cli::jsonString("a\"b\\c\n\xC3\xA4"), "\"a\\\"b\\\\c\\u000a\xC3\xA4\"");
 }
 
+TEST_F(Command, IconsAreListedAndChosenBySize) {
+    writeFile(path(u8"a.ico"),
+              readFile(std::filesystem::path(PIXKIT_SOURCE_DIR) / "tests/data/pictures/ico/several.ico"));
+    const std::string icon = name(u8"a.ico");
+    const Result listed = run({"info", icon});
+    EXPECT_NE(listed.out.find("\n               in the file: 16 x 16 at 4 bits, 32 x 32 at 8 bits, 9 x 7 at 24 bits, "
+                              "20 x 18 at 32 bits (PNG), 32 x 32 at 24 bits\n"),
+              std::string::npos)
+        << listed.out;
+    EXPECT_NE(listed.out.find("32 x 32  on or off"), std::string::npos) << listed.out;
+    const Result json = run({"info", "--json", icon, "--icon-size", "20x18", "--icon-depth", "0"});
+    EXPECT_NE(json.out.find(R"("width": 20, "height": 18)"), std::string::npos) << json.out;
+    EXPECT_NE(json.out.find(R"({"width": 20, "height": 18, "depth": 32, "png": true}, {)"), std::string::npos);
+    EXPECT_EQ(run({"convert", icon, name(u8"b.tga"), "--icon-size", "16"}).exitCode, exitOk);
+    EXPECT_NE(run({"info", name(u8"b.tga")}).out.find(" 16 x 16 "), std::string::npos);
+    for (const char* wrong : {"", "x", "16x", "x16", "-1", "16x16x16", "65536", "1.5", "large"})
+        EXPECT_EQ(run({"info", icon, "--icon-size", wrong}).exitCode, cli::exitUsage) << wrong;
+    EXPECT_EQ(run({"info", icon, "--icon-depth", "33"}).exitCode, cli::exitUsage);
+}
+
 TEST_F(Command, AnUnreadableFileIsNamedForWhatItHolds) {
     using Bytes = std::vector<std::uint8_t>;
     const auto padded = [](const std::string& head) {

@@ -1,0 +1,23 @@
+// Which image of an icon or cursor file a command takes.
+#pragma once
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace pixkit {
+class cPixSheet;
+}
+
+namespace pixkit::cli {
+
+// Pixels and bits; 0 means any. The values without options are the component's own.
+struct IconChoice {
+    std::int32_t width = 32, height = 32, depth = 32;
+};
+
+// 'N' or 'WxH' from 0 to 65535 into width and height; throws UsageError for anything else.
+void parseIconSize(std::string_view text, IconChoice& choice);
+
+bool load(cPixSheet& sheet, const std::string& file, const IconChoice& choice, bool keepsFile = false);
+
+} // namespace pixkit::cli
