@@ -1,8 +1,9 @@
-// What we write as TGA, ImageMagick reads with the same pixels, and the other way round.
+// What we write as TGA, ImageMagick and stb_image read with the same pixels, and what ImageMagick writes, so do we.
 #include "codecs/tga/TgaBuilder.h"
 #include "shared/modParsers.h"
 #include "surface/HostAccess.h"
 #include <cstdlib>
+#include <stb/stb_image.h>
 
 using namespace pixkit;
 using namespace pixkit::test;
@@ -38,16 +39,25 @@ Bytes rgbaOf(const cPixSheet& sheet, bool asPreMultiplied) {
 
 } // namespace
 
+// Premultiplied pixels are written as they are stored, and neither program heeds the area that says so.
 TEST(TgaOracle, WhatIsWrittenIsReadDifferently) {
     for (const std::int32_t width : {1, 5, 128, 300}) {
-        for (int options = 0; options < 8; ++options) {
-            const bool hasAlpha = (options & 4) != 0;
+        for (int options = 0; options < 16; ++options) {
+            SCOPED_TRACE(std::to_string(width) + ", options " + std::to_string(options));
+            const bool hasAlpha = (options & 4) != 0, isPremultiplied = (options & 8) != 0;
             const TemporaryFolder folder;
             cPixSheet sheet;
             fillWithNoise(sheet, width, 7, hasAlpha);
-            ASSERT_TRUE(sheet.SaveToFile_TGA(folder.name(u8"ours.tga"), (options & 1) != 0, (options & 2) != 0));
-            EXPECT_EQ(convert(folder, "ours.tga -auto-orient -depth 8 rgba:out", u8"out"), rgbaOf(sheet, false))
-                << width << ' ' << options;
+            const std::string name = folder.name(u8"ours.tga");
+            ASSERT_TRUE(sheet.SaveToFile_TGA(name, (options & 1) != 0, (options & 2) != 0, isPremultiplied));
+            const Bytes expected = rgbaOf(sheet, isPremultiplied);
+            EXPECT_EQ(convert(folder, "ours.tga -auto-orient -depth 8 rgba:out", u8"out"), expected);
+            int stbWidth = 0, stbHeight = 0, channels = 0;
+            stbi_uc* const pixels = stbi_load(name.c_str(), &stbWidth, &stbHeight, &channels, 4);
+            ASSERT_NE(pixels, nullptr);
+            EXPECT_EQ(Bytes(pixels, pixels + expected.size()), expected);
+            EXPECT_EQ(channels, hasAlpha ? 4 : 3);
+            stbi_image_free(pixels);
         }
     }
 }

@@ -1,0 +1,4 @@
+#define STB_IMAGE_IMPLEMENTATION
+#define STBI_ONLY_BMP
+#define STBI_ONLY_TGA
+#include <stb/stb_image.h>
