@@ -226,7 +226,8 @@ def bmp():
     yield "odd-palette-none", bmp_file(4, 9, 5, entries=0)
     yield "odd-palette-count-huge", bmp_file(4, 9, 5, used=0xFFFFFFFF)
     yield "odd-palette-of-24", bmp_file(24, 9, 5, entries=6, used=6)
-    for name, offset in (("0", 0), ("in-header", 30), ("out-of-file", 0x40000000), ("late", 70), ("early", 54)):
+    for name, offset in (("0", 0), ("in-header", 30), ("out-of-file", 0x40000000), ("in-palette", 70),
+                         ("at-palette", 54), ("too-far", 14 + 40 + 1024 + 5)):
         yield f"odd-offset-{name}", bmp_file(8, 9, 5, offset=offset)
     yield "odd-header-200", bmp_file(24, 9, 5, 200)
     whole = bmp_file(24, 9, 5)
@@ -235,14 +236,18 @@ def bmp():
     yield "odd-cut-32", bmp_file(32, 9, 5, pixels=bgra(9, 5, ALPHAS["none"], True))[:-50]
     yield "odd-bytes-behind", whole + noise(1, 50)
     yield "bad-cut", whole[:-28 * 3]
-    for name, arguments in {"width-0": (24, 0, 5), "width-negative": (24, -9, 5), "height-0": (24, 9, 0),
-                            "depth-0": (0, 9, 5), "depth-3": (3, 9, 5), "depth-64": (64, 9, 5)}.items():
-        yield f"bad-{name}", bmp_file(*arguments, pixels=noise(2, 200))
-    yield "bad-huge", bmp_file(24, 1 << 30, 1 << 30, pixels=noise(2, 200))
-    yield "bad-height-least", bmp_file(24, 9, -1 << 31, pixels=noise(2, 200))
-    for compression in (3, 4, 5, 11):
-        yield f"bad-compression-{compression}-24", bmp_file(24, 9, 5, compression=compression)
-    yield "bad-header-13", bmp_file(24, 9, 5, 13)
+    least, most = -1 << 31, (1 << 31) - 1
+    for depth, width, height, header, compression in (
+            (24, 0, 5, 40, 0), (24, -9, 5, 40, 0), (24, 9, 0, 40, 0), (24, 0, 5, 12, 0), (24, least, 5, 40, 0),
+            (24, 9, least, 40, 0), (1, most, most, 40, 0), (32, most, -most, 40, 0), (1, 65536, 65536, 40, 0),
+            (32, 1 << 27, 32, 40, 0), (24, 20000, 20000, 40, 0), (0, 9, 5, 40, 0), (3, 9, 5, 40, 0), (64, 9, 5, 40, 0),
+            (8, 9, 5, 40, 2), (4, 9, 5, 40, 1), (24, 9, 5, 40, 1), (24, 9, 5, 40, 3), (8, 9, 5, 40, 3), (24, 9, 5, 40, 4),
+            (0, 9, 5, 40, 5), (32, 9, 5, 40, 11), (1, 9, 5, 64, 3), (24, 9, 5, 64, 4), (24, 9, 5, 13, 0),
+            (24, 9, 5, 15, 0)):
+        yield (f"bad-{header}-{depth}-{compression}-{width}x{height}",
+               bmp_file(depth, width, height, header, compression, pixels=noise(2, 200)))
+    for name, at in (("signature", 0), ("signature-too", 1), ("header-size", 14)):
+        yield f"bad-{name}", changed(whole, at, bytes([whole[at] ^ 0x80]))
     yield "bad-header-larger-than-file", changed(whole, 14, b"\xFF\xFF\xFF\x7F")
 
 

@@ -92,8 +92,13 @@ bool cTGAparser::placeRows(PixelView image, const TgaLayout& layout, AlphaOfRows
         if (m_header.isRunLength()) {
             if (!packets.nextRow(dst, image.width)) return false;
         } else {
-            layout.convert(dst, raw, image.width);
+            const std::uint8_t* const src = raw;
             raw += image.width * layout.bytes;
+            if (layout.bytes == 4 && alpha != nullptr) {
+                alpha->copy(src);
+                continue;
+            }
+            layout.convert(dst, src, image.width);
         }
         if (alpha != nullptr) alpha->isWritten();
     }

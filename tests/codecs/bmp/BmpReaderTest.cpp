@@ -19,18 +19,6 @@ Bytes paletteOf(int entries, std::size_t entrySize = 4) {
     }
     return palette;
 }
-Pixel entry(int index) {
-    return {static_cast<std::uint8_t>(index), static_cast<std::uint8_t>(100 + index), 200, 255};
-}
-constexpr Pixel black = {0, 0, 0, 255};
-
-std::vector<Pixel> entries(std::initializer_list<int> indexes) {
-    std::vector<Pixel> pixels;
-    for (const int index : indexes)
-        pixels.push_back(index < 0 ? black : entry(index));
-    return pixels;
-}
-
 struct Case {
     const char* what;
     BmpFile file;
@@ -45,62 +33,6 @@ void expectOpaque(std::span<const Case> cases) {
 }
 
 } // namespace
-
-TEST_F(BmpReader, AHeaderIsMisread) {
-    const Bytes two = {1, 2, 3, 0, 4, 5, 6, 0}; // one pixel a row
-    const std::vector<Pixel> bottomUp = {{4, 5, 6, 255}, {1, 2, 3, 255}}, topDown = {{1, 2, 3, 255}, {4, 5, 6, 255}};
-    const Case cases[] = {
-        {"core", {12, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"OS/2, the shortest", {16, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"OS/2, shortened within a field", {18, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"info", {40, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"V2", {52, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"V3", {56, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"OS/2, full", {64, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"V4", {108, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"V5", {124, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"one from the future", {200, 1, 2, 24, 0, {}, {}, two}, bottomUp},
-        {"top-down", {40, 1, -2, 24, 0, {}, {}, two}, topDown},
-        {"a gap before the pixels", {40, 1, 2, 24, 0, {}, {}, two, 0, {}, 9}, bottomUp},
-        {"a palette that nobody needs", {40, 1, 2, 24, 0, {}, paletteOf(3), two, 3}, bottomUp},
-        {"and one that is not there", {40, 1, 2, 24, 0, {}, {}, two, 3}, bottomUp},
-        {"no offset of the pixels", {40, 1, 2, 24, 0, {}, {}, two, 0, 0}, bottomUp},
-        {"no offset, and a palette", {40, 1, 2, 24, 0, {}, paletteOf(3), two, 3, 0}, bottomUp},
-        {"an offset within the header", {124, 1, 2, 24, 0, {}, {}, two, 0, 54}, bottomUp},
-        {"an offset at the end", {40, 1, 2, 24, 0, {}, {}, two, 0, 62}, bottomUp},
-        {"an offset that leaves too little", {40, 1, 2, 24, 0, {}, {}, two, 0, 55}, bottomUp},
-        {"an offset far away, and a palette count that cannot be",
-         {40, 1, 2, 24, 0, {}, {}, two, 0x40000000, 9999},
-         bottomUp},
-        {"a file size that is too large", {40, 1, 2, 24, 0, {}, {}, two, 0, {}, 0, 0xFFFFFFFF}, bottomUp},
-        {"a file size that is too small", {40, 1, 2, 24, 0, {}, {}, two, 0, {}, 0, 3}, bottomUp},
-    };
-    expectOpaque(cases);
-}
-
-TEST_F(BmpReader, IndexesOrPalettesAreMisread) {
-    const Bytes bits1 = {0xA5, 0x40, 0, 0}, bits4 = {0x01, 0x2F, 0xE0, 0}, bits2 = {0x1B, 0x80, 0, 0};
-    const Bytes bytes8 = {0, 1, 255, 2};
-    const auto one = entries({1, 0, 1, 0, 0, 1, 0, 1, 0, 1});
-    const Case cases[] = {
-        {"1 bit", {40, 10, 1, 1, 0, {}, paletteOf(2), bits1}, one},
-        {"1 bit, core", {12, 10, 1, 1, 0, {}, paletteOf(2, 3), bits1}, one},
-        {"2 bits", {40, 5, 1, 2, 0, {}, paletteOf(4), bits2}, entries({0, 1, 2, 3, 2})},
-        {"4 bits", {40, 5, 1, 4, 0, {}, paletteOf(16), bits4}, entries({0, 1, 2, 15, 14})},
-        {"4 bits, core", {12, 5, 1, 4, 0, {}, paletteOf(16, 3), bits4}, entries({0, 1, 2, 15, 14})},
-        {"8 bits", {40, 4, 1, 8, 0, {}, paletteOf(256), bytes8}, entries({0, 1, 255, 2})},
-        {"8 bits, V5", {124, 4, 1, 8, 0, {}, paletteOf(256), bytes8}, entries({0, 1, 255, 2})},
-        {"a short palette", {40, 4, 1, 8, 0, {}, paletteOf(2), bytes8, 2}, entries({0, 1, -1, -1})},
-        {"one cut by the pixels' offset", {40, 4, 1, 8, 0, {}, paletteOf(2), bytes8}, entries({0, 1, -1, -1})},
-        {"the same, core", {12, 4, 1, 8, 0, {}, paletteOf(2, 3), bytes8}, entries({0, 1, -1, -1})},
-        {"an oversized palette", {40, 10, 1, 1, 0, {}, paletteOf(5), bits1, 5}, one},
-        {"oversized, no offset", {40, 10, 1, 1, 0, {}, paletteOf(5), bits1, 5, 0}, one},
-        {"oversized, more than 256", {40, 4, 1, 8, 0, {}, paletteOf(300), bytes8, 300}, entries({0, 1, 255, 2})},
-        {"a count that cannot be, no offset", {40, 10, 1, 1, 0, {}, paletteOf(2), bits1, 0xFFFFFFFF, 0}, one},
-        {"no palette at all", {40, 10, 1, 1, 0, {}, {}, bits1, 0, 54}, std::vector<Pixel>(10, black)},
-    };
-    expectOpaque(cases);
-}
 
 TEST_F(BmpReader, MasksOrTheirScalingAreWrong) {
     const std::vector<std::uint32_t> rgb565 = {0xF800, 0x07E0, 0x1F}, rgb8 = {0xFF0000, 0xFF00, 0xFF};
@@ -220,70 +152,6 @@ TEST_F(BmpReader, AlphaIsMisjudged) {
     };
     for (const auto& row : rows)
         EXPECT_EQ(loadBmp(row.file), (LoadedBmp{row.file.width, 1, row.pixels, row.alpha, row.type})) << row.what;
-}
-
-TEST_F(BmpReader, WhatIsNoPictureIsTakenForOne) {
-    const Bytes pixels(64, 1);
-    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max(), least = -most - 1;
-    const BmpFile refused[] = {
-        {40, 0, 1, 24, 0, {}, {}, pixels},
-        {40, 1, 0, 24, 0, {}, {}, pixels},
-        {40, -1, 1, 24, 0, {}, {}, pixels},
-        {40, least, 1, 24, 0, {}, {}, pixels},
-        {40, 1, least, 24, 0, {}, {}, pixels},
-        {12, 0, 1, 24, 0, {}, {}, pixels},
-        {40, most, most, 1, 0, {}, {}, pixels},
-        {40, most, -most, 32, 0, {}, {}, pixels},
-        {40, 65536, 65536, 1, 0, {}, {}, pixels},
-        {40, 0x8000000, 32, 32, 0, {}, {}, pixels},
-        {40, 20000, 20000, 24, 0, {}, {}, pixels}, // the data cannot fill it
-        {40, 1, 1, 0, 0, {}, {}, pixels},
-        {40, 1, 1, 3, 0, {}, {}, pixels},
-        {40, 1, 1, 64, 0, {}, {}, pixels},
-        {40, 1, 1, 8, 2, {}, paletteOf(256), pixels},
-        {40, 1, 1, 4, 1, {}, paletteOf(16), pixels},
-        {40, 1, 1, 24, 1, {}, {}, pixels},
-        {40, 1, 1, 24, 3, {0xFF0000, 0xFF00, 0xFF}, {}, pixels},
-        {40, 1, 1, 8, 3, {0xFF0000, 0xFF00, 0xFF}, {}, pixels},
-        {40, 1, 1, 24, 4, {}, {}, pixels},
-        {40, 1, 1, 0, 5, {}, {}, pixels},
-        {40, 1, 1, 32, 11, {}, {}, pixels},
-        {64, 1, 1, 1, 3, {}, paletteOf(2), pixels},
-        {64, 1, 1, 24, 4, {}, {}, pixels},
-        {13, 1, 1, 24, 0, {}, {}, pixels},
-        {15, 1, 1, 24, 0, {}, {}, pixels},
-    };
-    for (const BmpFile& file : refused)
-        EXPECT_EQ(loadBmp(file), LoadedBmp()) << file.headerSize << ": " << file.width << " x " << file.height << ", "
-                                              << file.bitCount << ", " << file.compression;
-    const BmpFile good{40, 1, 1, 24, 0, {}, {}, {1, 2, 3, 0}};
-    for (const std::size_t byte : {0U, 1U, 14U, 17U}) { // signature, header size
-        Bytes data = good.build();
-        data[byte] ^= 0x80;
-        EXPECT_EQ(loadBmp(data), LoadedBmp()) << byte;
-    }
-    EXPECT_NE(loadBmp(good), LoadedBmp());
-}
-
-// Half of the rows' bytes must be there; what the data lacks is 0.
-TEST_F(BmpReader, DataThatEndsEarlyIsShownWrong) {
-    const Bytes two = {1, 2, 3, 0, 4, 5, 6, 0}, one32 = {9, 8, 7, 255};
-    const auto cut = [](BmpFile file, std::size_t missing) {
-        file.pixels.resize(file.pixels.size() - missing);
-        return file;
-    };
-    const BmpFile bottomUp{40, 1, 2, 24, 0, {}, {}, two}, topDown{40, 1, -2, 24, 0, {}, {}, two};
-    const Case cases[] = {
-        {"only padding is missing", cut(bottomUp, 1), {{4, 5, 6, 255}, {1, 2, 3, 255}}},
-        {"within a pixel", cut(bottomUp, 2), {{4, 5, 0, 255}, {1, 2, 3, 255}}},
-        {"half", cut(bottomUp, 4), {{0, 0, 0, 255}, {1, 2, 3, 255}}},
-        {"half, top-down", cut(topDown, 4), {{1, 2, 3, 255}, {0, 0, 0, 255}}},
-        {"indexes", {40, 1, 2, 8, 0, {}, paletteOf(256), {7, 0, 0, 0}}, {entry(0), entry(7)}},
-    };
-    expectOpaque(cases);
-    EXPECT_EQ(loadBmp(BmpFile{40, 1, 2, 32, 0, {}, {}, one32}),
-              (LoadedBmp{1, 2, {{0, 0, 0, 0}, {9, 8, 7, 255}}, AlphaSimple, imgBmpPARGB}));
-    EXPECT_EQ(loadBmp(cut(bottomUp, 5)), LoadedBmp()) << "less than half";
 }
 
 TEST_F(BmpReader, WhatTheWriterWritesDoesNotComeBack) {
