@@ -1,6 +1,10 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
 #include "codecs/bmp/cBMPparser.h"
+<<<<<<< HEAD
 #include "codecs/ico/cICOparser.h"
+=======
+#include "codecs/gif/cGIFparser.h"
+>>>>>>> 2e586a6 (Read GIF: the first frame, through the system's picture loader)
 #include "codecs/png/cPNGparser.h"
 #include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
@@ -36,9 +40,14 @@ void readPNG(LoadRequest& request, cPixSheet& host) {
     }
 }
 
+<<<<<<< HEAD
 void readICO(LoadRequest& request, cPixSheet& host) {
     const IconRequest& icon = request.icon();
     cICOparser().LoadStream(request.bytes(), icon.cX, icon.cY, host, icon.bitDepth);
+=======
+void readGIF(LoadRequest& request, cPixSheet& host) {
+    cGIFparser().LoadStream(request.bytes(), host);
+>>>>>>> 2e586a6 (Read GIF: the first frame, through the system's picture loader)
 }
 
 void readBMP(LoadRequest& request, cPixSheet& host) {
@@ -51,7 +60,7 @@ void readTGA(LoadRequest& request, cPixSheet& host) {
 
 // In the order in which they are asked; whether one succeeded shows in the host. Formats without a signature come last.
 using Reader = void (*)(LoadRequest& request, cPixSheet& host);
-constexpr Reader readers[] = {readPNG, readICO, readBMP, readTGA};
+constexpr Reader readers[] = {readPNG, readGIF, readICO, readBMP, readTGA};
 
 } // namespace
 

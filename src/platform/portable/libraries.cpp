@@ -25,14 +25,15 @@ HandleTable<Library>& libraries() noexcept {
 
 void* openLibrary(const char* name) noexcept {
     struct Alias {
-        const char* windowsName;
+        const char* asked;
         const char* systemName;
     };
-    constexpr Alias zlib[] = {{"zlib1.dll", "libz.so.1"}, {"zlib.dll", "libz.so.1"}};
-    for (const Alias& alias : zlib)
-        if (std::strcmp(name, alias.windowsName) == 0)
-            // zlib is looked for at every picture: once loaded it stays (RTLD_NODELETE), so that asking again only
-            // counts a reference instead of mapping and relocating it anew.
+    constexpr Alias staying[] = {
+        {"zlib1.dll", "libz.so.1"}, {"zlib.dll", "libz.so.1"}, {"libturbojpeg.so.0", "libturbojpeg.so.0"}};
+    for (const Alias& alias : staying)
+        if (std::strcmp(name, alias.asked) == 0)
+            // These are looked for at every picture: once loaded they stay (RTLD_NODELETE), so that asking again only
+            // counts a reference instead of mapping and relocating them anew.
             return dlopen(alias.systemName, RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     return dlopen(name, RTLD_NOW | RTLD_LOCAL);
 }

@@ -1,12 +1,19 @@
 #include "platform/pictures.h"
 #include "platform/faults.h"
 #include "platform/portable/BitmapPicture.h"
+#include "platform/portable/loaders.h"
 #include <new>
 
 namespace pixkit::platform {
 
 std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) noexcept {
     if (bytes.empty() || faultDue(SeamCall::oleLoadPicture)) return nullptr;
+    try {
+        for (const auto load : {loadGif, loadJpeg})
+            if (auto picture = load(bytes)) return picture;
+    } catch (const std::bad_alloc&) {
+        // as if the picture were not there
+    }
     return nullptr;
 }
 
@@ -14,10 +21,6 @@ std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType t
     if (faultDue(SeamCall::oleCreatePictureIndirect)) return nullptr;
     if (type != PictureType::bitmap || GetObjectType(image) != ObjectType::bitmap) return nullptr;
     return std::unique_ptr<StdPicture>(new (std::nothrow) BitmapPicture(image, own));
-}
-
-bool canLoadJpeg() noexcept {
-    return false;
 }
 
 bool canLoadMetafiles() noexcept {

@@ -1,0 +1,141 @@
+// From the picture that the loader made of the frame to the store.
+#include "codecs/gif/cGIFparser.h"
+#include "kernels/kernels.h"
+#include "platform/gdi.h"
+#include "platform/pictures.h"
+#include "shared/modParsers.h"
+#include "surface/HostAccess.h"
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <cstring>
+#include <optional>
+#include <stdexcept>
+
+namespace pixkit {
+
+namespace {
+
+using platform::BitmapInfoHeader;
+using platform::ColorTable;
+
+// What each number of 8 bits becomes in the store, and for which numbers there is nothing.
+struct ReadyPixels {
+    void set(std::size_t number, std::uint8_t b, std::uint8_t g, std::uint8_t r, std::uint8_t a) noexcept {
+        const std::uint8_t pixel[4] = {b, g, r, a};
+        std::memcpy(&pixels[number * 4], pixel, 4);
+    }
+    // Throws when one of the numbers has no pixel.
+    void check(std::span<const std::uint8_t> numbers) const {
+        if (missing.none()) return;
+        if (std::ranges::any_of(numbers, [this](std::uint8_t number) { return missing[number]; })) {
+            throw std::out_of_range("subscript out of range");
+        }
+    }
+
+    alignas(4) std::array<std::uint8_t, 1024> pixels{};
+    std::bitset<256> missing;
+};
+
+// The index of a pixel whose frame has the grays (i, i, i), and this colour at entry 0.
+std::uint8_t indexOf(std::uint32_t color, std::uint32_t entry0) noexcept {
+    constexpr std::uint32_t withoutAlpha = 0xFFFFFF;
+    return (color & withoutAlpha) == entry0 ? std::uint8_t{0} : static_cast<std::uint8_t>(color);
+}
+
+void readLines(const platform::StdPicture& picture, PixelView host, std::size_t y, std::size_t count, void* lines,
+               std::uint16_t bitCount, ColorTable* colors) {
+    BitmapInfoHeader header{.biWidth = static_cast<std::int32_t>(host.width),
+                            .biHeight = static_cast<std::int32_t>(host.height)};
+    header.biBitCount = bitCount;
+    const int done = platform::GetDIBits(platform::ScreenDC().get(), picture.handle(), static_cast<std::uint32_t>(y),
+                                         static_cast<std::uint32_t>(count), lines, header, colors);
+    if (done != static_cast<int>(count)) throw std::runtime_error("the picture's pixels cannot be read");
+}
+
+// The picture has 8 bits: its numbers are looked up. They are the indexes, unless the system has put its colours into
+// another order.
+void convertNumbers(const platform::StdPicture& picture, PixelView host, const ReadyPixels& ofIndex,
+                    std::uint32_t entry0) {
+    constexpr std::size_t linesAtOnce = 32; // stay in the cache
+    const std::size_t stride = (host.width + 3) / 4 * 4;
+    std::vector<std::uint8_t> lines(stride * std::min(linesAtOnce, host.height));
+    ReadyPixels ofNumber;
+    for (std::size_t y = 0; y < host.height; y += linesAtOnce) {
+        const std::size_t count = std::min(linesAtOnce, host.height - y);
+        ColorTable colors;
+        readLines(picture, host, y, count, lines.data(), 8, &colors);
+        for (std::size_t number = 0; y == 0 && number < colors.size(); ++number) {
+            const std::size_t index = indexOf(colors[number], entry0);
+            std::memcpy(&ofNumber.pixels[number * 4], &ofIndex.pixels[index * 4], 4);
+            ofNumber.missing[number] = ofIndex.missing[index];
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::uint8_t* const numbers = lines.data() + i * stride;
+            ofNumber.check({numbers, host.width});
+            kernels::table().fromIndex8(host.row(y + i), numbers, host.width, ofNumber.pixels.data());
+        }
+    }
+}
+
+// Any other picture is read as colours, which tell the indexes.
+void convertColors(const platform::StdPicture& picture, PixelView host, const ReadyPixels& ofIndex,
+                   std::uint32_t entry0) {
+    readLines(picture, host, 0, host.height, host.bits, 32, nullptr);
+    std::vector<std::uint8_t> indexes(host.width);
+    for (std::size_t y = 0; y < host.height; ++y) {
+        std::uint8_t* const row = host.row(y);
+        for (std::size_t x = 0; x < host.width; ++x) {
+            std::uint32_t color;
+            std::memcpy(&color, row + x * 4, 4);
+            indexes[x] = indexOf(color, entry0);
+        }
+        ofIndex.check(indexes);
+        kernels::table().fromIndex8(row, indexes.data(), host.width, ofIndex.pixels.data());
+    }
+}
+
+// A picture without transparency draws itself.
+void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
+    const auto dc = host.LoadDIBinDC(true);
+    const bool drawn = dc != 0 && picture.Render(dc, 0, 0, host.Width(), host.Height());
+    host.LoadDIBinDC(false);
+    if (!drawn) throw std::runtime_error("the picture cannot be drawn");
+    constexpr std::int32_t alphaUnused = -1; // what drawing leaves there says nothing
+    iparseValidateAlphaChannel(HostAccess::pixels(host), true, alphaUnused);
+    host.Alpha(AlphaNone);
+}
+
+} // namespace
+
+// `TransIndex` is -1 without transparency; `tblOffset` is where the colour table in force begins in the data.
+bool cGIFparser::ConvertGIFto32bpp(int TransIndex, std::size_t tblOffset, cPixSheet& cHost) const {
+    const auto picture = iparseArrayToPicture(c_GIFframe, 0, c_GIFframe.size());
+    platform::BitmapRecord bitmap;
+    if (!picture || !platform::GetObjectA(picture->handle(), bitmap)) return false;
+    if (!cHost.InitializeDIB(bitmap.bmWidth, bitmap.bmHeight)) return false;
+    if (TransIndex < 0) {
+        drawOpaque(*picture, cHost);
+    } else {
+        ReadyPixels ofIndex;
+        for (std::size_t index = 0; index < 256; ++index) {
+            // An index beyond the table takes what follows in the data for its colour, as far as there is data.
+            const std::size_t color = tblOffset + 3 * index;
+            ofIndex.missing[index] = color + 2 >= c_GIFdata.size();
+            if (!ofIndex.missing[index]) ofIndex.set(index, at(color + 2), at(color + 1), at(color), 255);
+        }
+        const auto transparent = static_cast<std::size_t>(TransIndex);
+        ofIndex.set(transparent, 0, 0, 0, 0);
+        ofIndex.missing.reset(transparent);
+
+        const std::uint8_t* const zero = &c_GIFframe[m_frameTable];
+        const auto entry0 = std::uint32_t{zero[0]} << 16 | std::uint32_t{zero[1]} << 8 | zero[2];
+        const auto convert = bitmap.bmBitsPixel == 8 ? convertNumbers : convertColors;
+        convert(*picture, HostAccess::pixels(cHost), ofIndex, entry0);
+        cHost.Alpha(AlphaSimple);
+    }
+    HostAccess::ImageType(cHost, imgGIF);
+    return true;
+}
+
+} // namespace pixkit
