@@ -1,10 +1,7 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
 #include "codecs/bmp/cBMPparser.h"
-<<<<<<< HEAD
-#include "codecs/ico/cICOparser.h"
-=======
 #include "codecs/gif/cGIFparser.h"
->>>>>>> 2e586a6 (Read GIF: the first frame, through the system's picture loader)
+#include "codecs/ico/cICOparser.h"
 #include "codecs/png/cPNGparser.h"
 #include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
@@ -40,14 +37,13 @@ void readPNG(LoadRequest& request, cPixSheet& host) {
     }
 }
 
-<<<<<<< HEAD
+void readGIF(LoadRequest& request, cPixSheet& host) {
+    cGIFparser().LoadStream(request.bytes(), host);
+}
+
 void readICO(LoadRequest& request, cPixSheet& host) {
     const IconRequest& icon = request.icon();
     cICOparser().LoadStream(request.bytes(), icon.cX, icon.cY, host, icon.bitDepth);
-=======
-void readGIF(LoadRequest& request, cPixSheet& host) {
-    cGIFparser().LoadStream(request.bytes(), host);
->>>>>>> 2e586a6 (Read GIF: the first frame, through the system's picture loader)
 }
 
 void readBMP(LoadRequest& request, cPixSheet& host) {

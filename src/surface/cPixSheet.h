@@ -14,6 +14,9 @@ namespace pixkit {
 
 class LoadRequest;
 struct RenderRequest;
+namespace platform {
+class StdPicture;
+}
 
 // The point of a cursor that clicks, in pixels from the top left; it may lie outside the image.
 struct CursorHotspot {
@@ -159,6 +162,9 @@ class cPixSheet {
     bool LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
                             std::int32_t streamStart = 0, std::int32_t streamLength = 0, bool SaveFormat = false,
                             std::int32_t iconBitDepth = 32) noexcept;
+    // Loads a system picture (platform/pictures.h): a bitmap's pixels, or what a metafile draws at its natural size;
+    // null only empties the instance.
+    bool LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept;
     // Loads the kept original-format bytes again, which are kept again. False, and empty, when there are none.
     bool LoadPicture_FromOrignalFormat(std::int32_t iconCx = 32, std::int32_t iconCy = 32,
                                        std::int32_t iconBitDepth = 32) noexcept;

@@ -21,6 +21,8 @@ bool canFill(const BmpInfo& info, std::size_t bytes) {
 } // namespace
 
 bool cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
+    const bool isBmp = Stream.size() >= 2 && Stream[0] == 'B' && Stream[1] == 'M';
+    if (!isBmp) return LoadSystemPicture(Stream, Host);
     const auto info = readBmpInfo(Stream);
     if (!info) return false;
     const auto data = Stream.subspan(info->pixelOffset);

@@ -1,12 +1,12 @@
 // From the data to a GIF of the first frame alone.
 #include "codecs/gif/cGIFparser.h"
-#include "codecs/gif/GifSignature.h"
 #include "shared/ByteReader.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <exception>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
 
 namespace pixkit {
 
@@ -23,6 +23,16 @@ constexpr bool hasColorTable(std::uint8_t packed) noexcept {
 }
 constexpr std::size_t colorsOf(std::uint8_t packed) noexcept {
     return std::size_t{2} << (packed & 7);
+}
+
+// In capitals or not.
+bool hasGifSignature(std::span<const std::uint8_t> data) noexcept {
+    using namespace std::string_view_literals;
+    const auto lower = [](std::uint8_t byte) {
+        return static_cast<char>(byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte);
+    };
+    return data.size() >= 6 && (std::ranges::equal(data.first(6), "gif89a"sv, {}, lower) ||
+                                std::ranges::equal(data.first(6), "gif87a"sv, {}, lower));
 }
 
 } // namespace
