@@ -1,5 +1,6 @@
 #include "cli/files.h"
 #include "cli/text.h"
+#include "platform/pictures.h"
 #include <algorithm>
 #include <array>
 #include <fstream>
@@ -13,6 +14,16 @@ using namespace std::string_view_literals;
 
 namespace {
 
+constexpr bool always() {
+    return true;
+}
+constexpr bool never() {
+    return false;
+}
+constexpr FileKind jpegFile = {"a JPEG file", platform::canLoadJpeg,
+                               "which is not supported here: libturbojpeg.so.0 cannot be loaded"};
+constexpr const char* onlyOnWindows = "which is not supported here: only Windows draws it";
+
 struct Signature {
     FileKind kind;
     std::string_view bytes;
@@ -20,24 +31,24 @@ struct Signature {
     bool inTail = false; // `offset` counts from the file's end
 };
 constexpr std::array<Signature, 18> signatures = {{
-    {{"a PNG file", true}, "\x89PNG\r\n\x1A\n"sv},
-    {{"a JPEG file", false}, "\xFF\xD8\xFF"sv},
-    {{"a GIF file", false}, "GIF87a"sv},
-    {{"a GIF file", false}, "GIF89a"sv},
-    {{"a BMP file", true}, "BM"sv},
-    {{"an icon file", true}, "\0\0\1\0"sv},
-    {{"a cursor file", true}, "\0\0\2\0"sv},
-    {{"a TGA file", true}, "TRUEVISION-XFILE.\0"sv, 18, true},
-    {{"a TIFF file", false}, "II*\0"sv},
-    {{"a TIFF file", false}, "MM\0*"sv},
-    {{"a WebP file", false}, "WEBP"sv, 8},
-    {{"an AVIF file", false}, "ftypavif"sv, 4},
-    {{"a HEIC file", false}, "ftyphei"sv, 4},
-    {{"a WMF file", false}, "\xD7\xCD\xC6\x9A"sv},
-    {{"an EMF file", false}, " EMF"sv, 40},
-    {{"an SVG file", false}, "<svg"sv},
-    {{"a PDF file", false}, "%PDF-"sv},
-    {{"a text file with markup", false}, "<?xml"sv},
+    {{"a PNG file", always}, "\x89PNG\r\n\x1A\n"sv},
+    {jpegFile, "\xFF\xD8\xFF"sv},
+    {{"a GIF file", always}, "GIF87a"sv},
+    {{"a GIF file", always}, "GIF89a"sv},
+    {{"a BMP file", always}, "BM"sv},
+    {{"an icon file", always}, "\0\0\1\0"sv},
+    {{"a cursor file", always}, "\0\0\2\0"sv},
+    {{"a TGA file", always}, "TRUEVISION-XFILE.\0"sv, 18, true},
+    {{"a TIFF file", never}, "II*\0"sv},
+    {{"a TIFF file", never}, "MM\0*"sv},
+    {{"a WebP file", never}, "WEBP"sv, 8},
+    {{"an AVIF file", never}, "ftypavif"sv, 4},
+    {{"a HEIC file", never}, "ftyphei"sv, 4},
+    {{"a WMF file", platform::canLoadMetafiles, onlyOnWindows}, "\xD7\xCD\xC6\x9A"sv},
+    {{"an EMF file", platform::canLoadMetafiles, onlyOnWindows}, " EMF"sv, 40},
+    {{"an SVG file", never}, "<svg"sv},
+    {{"a PDF file", never}, "%PDF-"sv},
+    {{"a text file with markup", never}, "<?xml"sv},
 }};
 
 bool matches(const Signature& signature, std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail) {
@@ -90,8 +101,7 @@ std::string loadFailureReason(const fs::path& file) {
     const auto tail = readPart(stream, size > sniffedBytes ? size - sniffedBytes : 0);
     if (const FileKind* kind = sniff(head, tail)) {
         const std::string is = std::string("is ") + kind->description;
-        return kind->hasReader ? is + " that is damaged, too large, or of a rare kind"
-                               : is + ", which this version cannot read";
+        return kind->hasReader() ? is + " that is damaged, too large, or of a rare kind" : is + ", " + kind->otherwise;
     }
     // Older files of this format carry no mark at all.
     if (isTga(file)) return "is a TGA file by its name, but damaged, or too large";

@@ -12,7 +12,8 @@ namespace pixkit::cli {
 // and last bytes of the file, as many as there are up to sniffedBytes. Null when it is none that is known here.
 struct FileKind {
     const char* description; // with its article: "a JPEG file"
-    bool hasReader;          // in this version
+    bool (*hasReader)();     // whether it can be read, in this version and on this machine
+    const char* otherwise = "which this version cannot read";
 };
 inline constexpr std::size_t sniffedBytes = 64;
 const FileKind* sniff(std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail);

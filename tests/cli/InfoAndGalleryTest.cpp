@@ -1,4 +1,6 @@
 #include "CommandFixture.h"
+#include "platform/faults.h"
+#include "platform/pictures.h"
 #include "cli/files.h"
 #include "cli/text.h"
 #include "support/AllocationFault.h"
@@ -68,8 +70,8 @@ TEST_F(Command, AnUnreadableFileIsNamedForWhatItHolds) {
         const char* reason;
     };
     const Case cases[] = {
-        {u8"a", padded("\xFF\xD8\xFF\xE0"), "is a JPEG file, which this version cannot read"},
-        {u8"a.png", padded("GIF89a"), "is a GIF file, which"},
+        {u8"a", padded("\xFF\xD8\xFF\xE0"), "is a JPEG file that is damaged"},
+        {u8"a.png", padded("GIF89a"), "is a GIF file that is damaged"},
         {u8"a", padded("BM"), "is a BMP file that is damaged"},
         {u8"a", padded(std::string("\0\0\1\0", 4)), "is an icon file that"},
         {u8"a", padded("RIFF1234WEBP"), "is a WebP file, which"},
@@ -86,6 +88,12 @@ TEST_F(Command, AnUnreadableFileIsNamedForWhatItHolds) {
             << cli::loadFailureReason(path(test.file)) << " instead of " << test.reason;
     }
     EXPECT_EQ(cli::loadFailureReason(path(u8"")), "is a folder, not a picture");
+    if (platform::canLoadMetafiles()) return; // Windows needs no library for JPEG either
+    writeFile(path(u8"a"), padded("\xFF\xD8\xFF\xE0"));
+    const platform::ScopedFault noLibrary(platform::SeamCall::loadLibrary);
+    EXPECT_EQ(cli::loadFailureReason(path(u8"a")).find("is a JPEG file, which is not supported here"), 0U);
+    writeFile(path(u8"a"), padded("\xD7\xCD\xC6\x9A"));
+    EXPECT_EQ(cli::loadFailureReason(path(u8"a")).find("is a WMF file, which is not supported here"), 0U);
 }
 
 TEST_F(Command, TheGalleryLinksOnlyToFilesThatAreThere) {

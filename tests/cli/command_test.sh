@@ -121,7 +121,7 @@ check "it is not taken for a missing writer" grep -q "'.abc' is not known" "$err
 check "nothing was written" not ls "$folder"/result.* 2>/dev/null
 { printf '\377\330\377\340'; head -c 100 /dev/zero; } >"$folder/photo.png"
 check "a JPEG under a wrong name" exits 1 convert "$folder/photo.png" $rings "$folder/results"
-check "its format is named" grep -q 'photo.png: is a JPEG file, which this version cannot read' "$err"
+check "its format is named" grep -q 'photo.png: is a JPEG file that is damaged' "$err"
 check "the other picture is done" test -s "$folder/results/rings-colour-key.bmp"
 check "a wrong option" exits 2 convert $rings "$folder/result.bmp" --lighten much
 
