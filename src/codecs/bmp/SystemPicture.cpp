@@ -73,13 +73,21 @@ bool convertBitmap(platform::Handle bitmap, cPixSheet& host) {
     return true;
 }
 
+// Whether a reader of this component's own has refused the data already. Some systems' loaders might show something of
+// it yet, others of the same name not, and some fall over a GIF without colours.
+bool hasOwnReader(std::span<const std::uint8_t> data) noexcept {
+    constexpr std::array<std::uint8_t, 3> gif{'G', 'I', 'F'}; // of any version
+    constexpr std::array<std::uint8_t, 4> png{0x89, 'P', 'N', 'G'};
+    const auto begins = [&](std::span<const std::uint8_t> signature) {
+        return data.size() >= signature.size() && std::ranges::equal(data.first(signature.size()), signature);
+    };
+    return begins(gif) || begins(png);
+}
+
 } // namespace
 
 bool cBMPparser::LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
-    // Another reader has asked the loader for the frame of a GIF already. The rest of the file holds nothing more to
-    // look at, and loaders are known to fall over one that has no colours; any version is theirs to read.
-    constexpr std::array<std::uint8_t, 3> gif{'G', 'I', 'F'};
-    if (Stream.size() >= gif.size() && std::ranges::equal(Stream.first(gif.size()), gif)) return false;
+    if (hasOwnReader(Stream)) return false;
     const auto picture = iparseArrayToPicture(Stream, 0, Stream.size());
     return picture && ConvertstdPicTo32bpp(*picture, Host);
 }

@@ -10,6 +10,8 @@
 
 namespace pixkit {
 
+using namespace std::string_view_literals;
+
 namespace {
 
 constexpr std::size_t screenEnd = 13;        // signature and logical screen descriptor
@@ -27,7 +29,6 @@ constexpr std::size_t colorsOf(std::uint8_t packed) noexcept {
 
 // In capitals or not.
 bool hasGifSignature(std::span<const std::uint8_t> data) noexcept {
-    using namespace std::string_view_literals;
     const auto lower = [](std::uint8_t byte) {
         return static_cast<char>(byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte);
     };
@@ -132,6 +133,7 @@ void cGIFparser::buildFrame() {
         c_GIFframe.insert(c_GIFframe.end(), part.begin(), part.end());
     };
     append(0, gHeaderLen);
+    std::ranges::copy("GIF89a"sv, c_GIFframe.begin()); // as every loader knows it
     if (g89aStart != 0) {
         const std::size_t control = c_GIFframe.size();
         append(g89aStart, controlLength);
