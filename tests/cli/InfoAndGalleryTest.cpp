@@ -1,8 +1,8 @@
 #include "CommandFixture.h"
-#include "platform/faults.h"
-#include "platform/pictures.h"
 #include "cli/files.h"
 #include "cli/text.h"
+#include "platform/faults.h"
+#include "platform/pictures.h"
 #include "support/AllocationFault.h"
 #include <regex>
 
