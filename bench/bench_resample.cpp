@@ -1,7 +1,12 @@
 // Resampling to half as large again and to 70 %, and rotation by 30 degrees, beside pixman and cairo. Sizes are those
 // of the source.
 #include "render/Resampler.h"
+#include "render/Rotator.h"
+#include "surface/HostAccess.h"
+#include "surface/cPixSheet.h"
 #include <benchmark/benchmark.h>
+#include <cairo.h>
+#include <numbers>
 #include <pixman.h>
 #include <string>
 #include <vector>
@@ -85,6 +90,49 @@ void pixmanResize(benchmark::State& state, const Size& size, double factor, bool
     countPixels(state, output);
 }
 
+// The picture about its centre by 30 degrees, over a host of its size; only the host's pixels count.
+void ownRotation(benchmark::State& state, const Size& size, bool highQuality) {
+    const PixelBuffer source = picture(size.width, size.height);
+    const auto width = static_cast<std::int32_t>(size.width);
+    const auto height = static_cast<std::int32_t>(size.height);
+    pixkit::cPixSheet host;
+    host.InitializeDIB(width, height);
+    for (auto _ : state) {
+        pixkit::spt_RotateImage(source.view(), highQuality, 0, 30, 0, 0, width, height, 0, 0, width, height, 100, &host,
+                                pixkit::gsclNone, 0);
+        benchmark::ClobberMemory();
+    }
+    countPixels(state, source);
+}
+
+void cairoRotation(benchmark::State& state, const Size& size, bool highQuality) {
+    PixelBuffer source = picture(size.width, size.height);
+    PixelBuffer output = picture(size.width, size.height);
+    const auto surface = [](PixelBuffer& buffer) {
+        return cairo_image_surface_create_for_data(buffer.view().bits, CAIRO_FORMAT_ARGB32,
+                                                   static_cast<int>(buffer.width()), static_cast<int>(buffer.height()),
+                                                   static_cast<int>(buffer.view().stride));
+    };
+    cairo_surface_t* const from = surface(source);
+    cairo_surface_t* const to = surface(output);
+    cairo_t* const cairo = cairo_create(to);
+    const double x = static_cast<double>(size.width) / 2;
+    const double y = static_cast<double>(size.height) / 2;
+    cairo_translate(cairo, x, y);
+    cairo_rotate(cairo, 30 * std::numbers::pi / 180);
+    cairo_translate(cairo, -x, -y);
+    cairo_set_source_surface(cairo, from, 0, 0);
+    cairo_pattern_set_filter(cairo_get_source(cairo), highQuality ? CAIRO_FILTER_BILINEAR : CAIRO_FILTER_NEAREST);
+    for (auto _ : state) {
+        cairo_paint(cairo);
+        benchmark::ClobberMemory();
+    }
+    cairo_destroy(cairo);
+    cairo_surface_destroy(to);
+    cairo_surface_destroy(from);
+    countPixels(state, source);
+}
+
 template <class Run>
 void add(const std::string& name, Run run) {
     benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
@@ -104,6 +152,16 @@ int main(int argc, char** argv) {
                 add(name + "pixkit", with(ownResize));
                 add(name + "pixman", with(pixmanResize));
             }
+        }
+    }
+    for (const bool highQuality : {false, true}) {
+        for (const Size& size : sizes) {
+            const std::string name = std::string("rotate 30/") + size.name + (highQuality ? "-bilinear/" : "-nearest/");
+            const auto with = [&](auto rotate) {
+                return [=, &size](benchmark::State& state) { rotate(state, size, highQuality); };
+            };
+            add(name + "pixkit", with(ownRotation));
+            add(name + "cairo", with(cairoRotation));
         }
     }
     benchmark::Initialize(&argc, argv);

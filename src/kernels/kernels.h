@@ -41,6 +41,13 @@ struct BlockQuantiser {
     std::uint16_t bias[64], reciprocal[64], scale[64];
 };
 
+// A straight walk over pixels: `u` counts columns, `v` rows from `origin`, both with 32 bits behind the point.
+struct PixelWalk {
+    const std::uint8_t* origin;
+    std::size_t stride;
+    std::int64_t u, v, du, dv;
+};
+
 struct Table {
     // --- alpha
     // Scans pixels left to right and updates `scan`; stops and returns false at the pixel that proves the data not
@@ -92,6 +99,11 @@ struct Table {
     // near, far, each byte * (column weight * row weight), rounded down. No sum reaches 256.
     void (*sampleBilinear)(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets,
                            const double* nearWeights, const double* farWeights, std::size_t count);
+    // The pixel that each of `count` positions falls on.
+    void (*walkNearest)(std::uint8_t* dst, const PixelWalk& walk, std::size_t count);
+    // The mean of that pixel, of the next in its row and of these two in the next row, which are all there, weighted by
+    // the upper eight bits behind the points; bytes are rounded down.
+    void (*walkBilinear)(std::uint8_t* dst, const PixelWalk& walk, std::size_t count);
 
     // --- drawing premultiplied pixels over others, alpha included; source pixels with alpha 0 change nothing, whatever
     // colour they hold; results are held at 255, which colours not above their alpha never exceed. Rows do not overlap.

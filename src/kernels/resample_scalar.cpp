@@ -27,4 +27,47 @@ void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int3
     }
 }
 
+namespace {
+
+// Steps are taken without signs, because the one behind the last pixel may leave the range of positions.
+class Walker {
+  public:
+    explicit Walker(const PixelWalk& walk) : m_walk(walk), m_u(bits(walk.u)), m_v(bits(walk.v)) {}
+    const std::uint8_t* pixel() const { return m_walk.origin + (m_v >> 32) * m_walk.stride + (m_u >> 32) * 4; }
+    unsigned columnFraction() const { return static_cast<unsigned>(m_u >> 24) & 255U; }
+    unsigned rowFraction() const { return static_cast<unsigned>(m_v >> 24) & 255U; }
+    void step() {
+        m_u += bits(m_walk.du);
+        m_v += bits(m_walk.dv);
+    }
+
+  private:
+    static std::uint64_t bits(std::int64_t value) { return static_cast<std::uint64_t>(value); }
+    const PixelWalk m_walk;
+    std::uint64_t m_u, m_v;
+};
+
+} // namespace
+
+void walkNearest(std::uint8_t* dst, const PixelWalk& walk, std::size_t count) {
+    Walker walker(walk);
+    for (; count > 0; --count, dst += 4, walker.step())
+        std::memcpy(dst, walker.pixel(), 4);
+}
+
+void walkBilinear(std::uint8_t* dst, const PixelWalk& walk, std::size_t count) {
+    Walker walker(walk);
+    for (; count > 0; --count, dst += 4, walker.step()) {
+        const std::uint8_t* const p = walker.pixel();
+        const std::uint8_t* const next = p + walk.stride;
+        const unsigned fx = walker.columnFraction();
+        const unsigned fy = walker.rowFraction();
+        for (int channel = 0; channel < 4; ++channel) {
+            const unsigned left = p[channel] * (256 - fy) + next[channel] * fy;
+            const unsigned right = p[channel + 4] * (256 - fy) + next[channel + 4] * fy;
+            dst[channel] = static_cast<std::uint8_t>((left * (256 - fx) + right * fx) >> 16);
+        }
+    }
+}
+
 } // namespace pixkit::kernels::scalar

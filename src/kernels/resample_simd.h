@@ -147,7 +147,63 @@ void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int3
     sample(dst, rows, offsets, nearWeights, farWeights, count);
 }
 
+#ifndef __AVX2__ // two positions in a vector were tried and are slower than one
+
+// --- walks: a vector holds the four channels of a pixel and of the next in its row as words
+
+// Weights of a pixel and of the next, as pairs of words, for positions with 32 bits behind the point.
+inline __m128i weightPairs(const std::uint32_t* fractions) {
+    const __m128i next = _mm_srli_epi32(load128(reinterpret_cast<const std::uint8_t*>(fractions)), 24);
+    return _mm_add_epi32(_mm_sub_epi32(_mm_slli_epi32(next, 16), next), _mm_set1_epi32(256));
+}
+
+// The channels of one position as four numbers. Sums of 16 bits are kept in signed words, 32,768 below what they are.
+inline __m128i mixedChannels(const std::uint8_t* p, std::size_t stride, __m128i columnWeights, __m128i rowWeights) {
+    const __m128i row = _mm_unpacklo_epi8(load64(p), _mm_setzero_si128());
+    const __m128i nextRow = _mm_unpacklo_epi8(load64(p + stride), _mm_setzero_si128());
+    const __m128i offset = _mm_set1_epi32(32768);
+    const __m128i left = _mm_madd_epi16(_mm_unpacklo_epi16(row, nextRow), rowWeights);
+    const __m128i right = _mm_madd_epi16(_mm_unpackhi_epi16(row, nextRow), rowWeights);
+    const __m128i sides = _mm_packs_epi32(_mm_sub_epi32(left, offset), _mm_sub_epi32(right, offset));
+    const __m128i pairs = _mm_unpacklo_epi16(sides, _mm_unpackhi_epi64(sides, sides));
+    const __m128i total = _mm_add_epi32(_mm_madd_epi16(pairs, columnWeights), _mm_set1_epi32(32768 * 256));
+    return _mm_srli_epi32(total, 16);
+}
+
+void walkBilinear(std::uint8_t* dst, const PixelWalk& from, std::size_t count) {
+    PixelWalk walk = from;
+    auto u = static_cast<std::uint64_t>(walk.u);
+    auto v = static_cast<std::uint64_t>(walk.v);
+    const auto du = static_cast<std::uint64_t>(walk.du);
+    const auto dv = static_cast<std::uint64_t>(walk.dv);
+    for (; count >= 4; count -= 4, dst += 16) {
+        const std::uint8_t* p[4];
+        std::uint32_t columns[4];
+        std::uint32_t rows[4];
+        for (int i = 0; i < 4; ++i, u += du, v += dv) {
+            p[i] = walk.origin + (v >> 32) * walk.stride + (u >> 32) * 4;
+            columns[i] = static_cast<std::uint32_t>(u);
+            rows[i] = static_cast<std::uint32_t>(v);
+        }
+        const __m128i x = weightPairs(columns);
+        const __m128i y = weightPairs(rows);
+        const __m128i first = mixedChannels(p[0], walk.stride, _mm_shuffle_epi32(x, 0x00), _mm_shuffle_epi32(y, 0x00));
+        const __m128i second = mixedChannels(p[1], walk.stride, _mm_shuffle_epi32(x, 0x55), _mm_shuffle_epi32(y, 0x55));
+        const __m128i third = mixedChannels(p[2], walk.stride, _mm_shuffle_epi32(x, 0xAA), _mm_shuffle_epi32(y, 0xAA));
+        const __m128i fourth = mixedChannels(p[3], walk.stride, _mm_shuffle_epi32(x, 0xFF), _mm_shuffle_epi32(y, 0xFF));
+        store128(dst, _mm_packus_epi16(_mm_packs_epi32(first, second), _mm_packs_epi32(third, fourth)));
+    }
+    walk.u = static_cast<std::int64_t>(u);
+    walk.v = static_cast<std::int64_t>(v);
+    scalar::walkBilinear(dst, walk, count);
+}
+
+#endif
+
 void useResample(Table& table) {
+#ifndef __AVX2__
+    table.walkBilinear = walkBilinear;
+#endif
     table.gatherPixels = gatherPixels;
     table.sampleBilinear = sampleBilinear;
 }

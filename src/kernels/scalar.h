@@ -32,6 +32,8 @@ void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, 
 void slideAlphaSums(std::uint16_t* sums, const std::uint8_t* entering, const std::uint8_t* leaving, std::size_t count);
 void shadeBoxes(std::uint8_t* dst, const std::uint16_t* sums, std::size_t count, std::size_t window,
                 const std::uint8_t* shades);
+void walkNearest(std::uint8_t* dst, const PixelWalk& walk, std::size_t count);
+void walkBilinear(std::uint8_t* dst, const PixelWalk& walk, std::size_t count);
 
 void swapRedBlue(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void pack24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);

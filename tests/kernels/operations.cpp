@@ -149,6 +149,21 @@ std::uint64_t interpolating(const Table& table, Bytes dst, Source src, std::size
     return 0;
 }
 
+// Over a source of 8 rows whose lengths are half the count, from its middle in a direction that stays within.
+template <auto entry>
+std::uint64_t walking(const Table& table, Bytes dst, Source src, std::size_t count, unsigned direction) {
+    const std::size_t width = count / 2;
+    if (width < 2) return 0;
+    const auto step = static_cast<std::int64_t>((static_cast<std::uint64_t>(width - 2) << 32) / (2 * count));
+    const std::int64_t down = (std::int64_t{3} << 32) / static_cast<std::int64_t>(count);
+    const std::int64_t signs[][2] = {{1, 1}, {-1, 1}, {1, -1}, {-1, -1}, {0, 1}, {1, 0}};
+    const auto [right, up] = signs[direction];
+    const std::int64_t u = static_cast<std::int64_t>(static_cast<std::uint64_t>(width - 2) << 31) + 0x12345678;
+    (table.*entry)(dst, {src, 4 * width, width == 2 ? 0 : u, (std::int64_t{7} << 31) + 7, right * step, up * down},
+                   count);
+    return 0;
+}
+
 template <bool isCopying>
 std::uint64_t scanning(const Table& table, Bytes dst, Source src, std::size_t count, unsigned isCarriedOn) {
     AlphaScan scan;
@@ -299,6 +314,11 @@ std::vector<Operation> made() {
         all.push_back({"gatherPixels " + std::to_string(ratio), 32, 32, false, gathering, ratio});
     for (const unsigned ratio : {0U, 9U, 20U, 109U, 120U})
         all.push_back({"sampleBilinear " + std::to_string(ratio), 32, 64, false, interpolating, ratio});
+    for (unsigned direction = 0; direction < 6; ++direction) {
+        const std::string name = " towards " + std::to_string(direction);
+        all.push_back({"walkNearest" + name, 32, 128, false, walking<&Table::walkNearest>, direction});
+        all.push_back({"walkBilinear" + name, 32, 128, false, walking<&Table::walkBilinear>, direction});
+    }
     for (const unsigned fill : {0x000000U, 0xFFFFFFU, 0x40C001U}) {
         all.push_back({"flatten24 " + std::to_string(fill), 24, 32, false, flattening<&Table::flatten24>, fill});
         all.push_back({"flatten32 " + std::to_string(fill), 32, 32, false, flattening<&Table::flatten32>, fill});
