@@ -4,6 +4,9 @@
 #include "com/Resources.h"
 #include "com/version_record.h"
 #include <new>
+#include <optional>
+#include <string>
+#include <variant>
 
 namespace pixkit::com {
 
@@ -141,6 +144,48 @@ HRESULT PixSheetObject::put_Tag(VARIANT value) {
     // The old value goes last: releasing an object may run code that asks for Tag.
     std::swap(static_cast<VARIANT&>(copied), static_cast<VARIANT&>(m_Tag));
     return S_OK;
+}
+
+HRESULT PixSheetObject::PngPropertyGet(::ePngProperties Property, BSTR Keyword, VARIANT* result) {
+    if (result == nullptr) return E_POINTER;
+    *result = VARIANT{};
+    return run([&] {
+        const PngValue value = m_sheet->PngPropertyGet(static_cast<pixkit::ePngProperties>(Property), toUtf8(Keyword));
+        if (const auto* number = std::get_if<std::int32_t>(&value)) {
+            result->vt = Property == ::pngInterlaced ? VT_BOOL : VT_I4;
+            if (Property == ::pngInterlaced) {
+                convert(*number != 0, &result->boolVal);
+            } else {
+                result->lVal = *number;
+            }
+        } else if (const auto* date = std::get_if<double>(&value)) {
+            result->vt = VT_DATE;
+            result->date = *date;
+        } else if (const auto* text = std::get_if<std::string>(&value)) {
+            result->bstrVal = toBstr(*text);
+            if (result->bstrVal != nullptr) result->vt = VT_BSTR;
+        }
+    });
+}
+
+std::optional<PngValue> PixSheetObject::pngValueOf(const VARIANT& value) {
+    Variant plain; // by value, also where it came by reference
+    if (FAILED(::VariantCopyInd(&plain, const_cast<VARIANT*>(&value)))) return {};
+    switch (plain.vt) {
+    case VT_EMPTY:
+    case VT_NULL:
+    case VT_ERROR: // left out
+        return PngValue();
+    case VT_BSTR:
+        return PngValue(toUtf8(plain.bstrVal));
+    case VT_DATE:
+        return PngValue(plain.date);
+    default: { // scripts keep numbers in any type
+        Variant number;
+        if (FAILED(::VariantChangeType(&number, &plain, 0, VT_I4))) return {};
+        return PngValue(static_cast<std::int32_t>(number.lVal));
+    }
+    }
 }
 
 HRESULT PixSheetObject::get_Version(BSTR* result) {

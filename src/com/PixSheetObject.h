@@ -227,6 +227,21 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
                     [&](ByteArray& bytes) { return m_sheet->SaveToStream_JPG(bytes, Quality); });
     }
 
+    STDMETHODIMP SaveToFile_PNG(BSTR FileName, VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->SaveToFile_PNG(toUtf8(FileName), isTrue(PromptOverWrite)); });
+    }
+    STDMETHODIMP SaveToStream_PNG(SAFEARRAY** outStream, VARIANT_BOOL* result) override {
+        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) { return m_sheet->SaveToStream_PNG(bytes); });
+    }
+    STDMETHODIMP PngPropertyGet(::ePngProperties Property, BSTR Keyword, VARIANT* result) override;
+    STDMETHODIMP PngPropertySet(::ePngProperties Property, VARIANT Value, BSTR Keyword, VARIANT_BOOL* result) override {
+        return give(result, [&] {
+            const auto value = pngValueOf(Value);
+            return value &&
+                   m_sheet->PngPropertySet(static_cast<pixkit::ePngProperties>(Property), *value, toUtf8(Keyword));
+        });
+    }
+
     // --- rendering and effects
 
     STDMETHODIMP MakeGrayScale(::eGrayScaleFormulas Formula, VARIANT_BOOL* result) override {
@@ -305,6 +320,9 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     static PixSheetObject* newObject(std::unique_ptr<cPixSheet> sheet) {
         return sheet ? new PixSheetObject(std::move(sheet)) : nullptr;
     }
+
+    // Nothing for a value of a kind that no property has.
+    static std::optional<PngValue> pngValueOf(const VARIANT& value);
 
     // Callers write True as any number but 0.
     static bool isTrue(VARIANT_BOOL value) noexcept { return value != VARIANT_FALSE; }

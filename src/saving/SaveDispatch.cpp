@@ -2,6 +2,7 @@
 // on a file beside the target, which takes the target's place when it is complete: a full disk costs nobody both.
 #include "codecs/bmp/cBMPparser.h"
 #include "codecs/jpg/cJPGWriter.h"
+#include "codecs/png/cPNGwriter.h"
 #include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
 #include "platform/interaction.h"
@@ -59,6 +60,27 @@ bool cPixSheet::SaveToStream_TGA(ByteArray& outStream, bool Compress, bool Reduc
     return guarded("SaveToStream_TGA", false, [&] {
         return cTGAparser::SaveToStream(outStream, AllowPreMultipliedPixels, Compress, ReduceBitDepth, *this);
     });
+}
+
+bool cPixSheet::SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite) const noexcept {
+    return guarded("SaveToFile_PNG", false, [&] {
+        ByteArray noStream;
+        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
+            return cPNGwriter::SavePNGex(*this, name, noStream, m_PNGprops);
+        });
+    });
+}
+
+bool cPixSheet::SaveToStream_PNG(ByteArray& outStream) const noexcept {
+    return guarded("SaveToStream_PNG", false, [&] { return cPNGwriter::SavePNGex(*this, "", outStream, m_PNGprops); });
+}
+
+bool cPixSheet::PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword) noexcept {
+    return guarded("PngPropertySet", false, [&] { return m_PNGprops.set(Property, Value, Keyword); });
+}
+
+PngValue cPixSheet::PngPropertyGet(ePngProperties Property, const std::string& Keyword) const noexcept {
+    return guarded("PngPropertyGet", PngValue(), [&] { return m_PNGprops.get(Property, Keyword); });
 }
 
 bool cPixSheet::SaveToFile_JPG(const std::string& FileName, std::int32_t Quality, std::int32_t TransparentFillColor,

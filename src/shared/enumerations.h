@@ -60,6 +60,42 @@ enum eTrimOptions : std::int32_t {
     trimAll = 15,
 };
 
+// What PngPropertyGet and PngPropertySet are about.
+enum ePngProperties : std::int32_t {
+    // texts, under the keywords that the PNG standard gives
+    pngTitle = 1,
+    pngAuthor = 2,
+    pngDescription = 3,
+    pngCopyright = 4,
+    pngCreationTime = 5, // of the original, in words
+    pngSoftware = 6,
+    pngDisclaimer = 7,
+    pngWarning = 8,
+    pngSource = 9,
+    pngComment = 10,
+    pngText = 11, // a text under a keyword of the caller's
+    // what else the file says
+    pngBackgroundColor = 12, // COLORREF to show the picture on
+    pngPixelsPerMeterX = 13,
+    pngPixelsPerMeterY = 14,
+    pngLastModified = 15, // date and time of UTC
+    // how it is written
+    pngCompressionLevel = 16, // 0 to 9
+    pngFilterMethod = 17,     // eFilterMethods
+    pngInterlaced = 18,       // Boolean
+};
+
+// What is subtracted from the bytes of a PNG's rows before compression.
+enum eFilterMethods : std::int32_t {
+    filterDefault = 0, // none for palettes and less than 8 bits, else adaptive
+    filterNone = 1,
+    filterSub = 2,
+    filterUp = 3,
+    filterAverage = 4,
+    filterPaeth = 5,
+    filterAdaptive = 6, // for each row the one that leaves the smallest sum
+};
+
 // Bit-depth selectors of the icon writer.
 enum eConstants : std::int32_t {
     HIGH_COLOR = 16776960,

@@ -2,6 +2,7 @@
 #pragma once
 #include "shared/ByteArray.h"
 #include "shared/enumerations.h"
+#include "surface/PngProperties.h"
 #include <any>
 #include <cstdint>
 #include <functional>
@@ -196,6 +197,24 @@ class cPixSheet {
     bool SaveToStream_TGA(ByteArray& outStream, bool Compress = false, bool ReduceBitDepth = false,
                           bool AllowPreMultipliedPixels = false) const noexcept;
 
+    // Saves as a PNG file, in the smallest form that holds the pixels exactly (codecs/png/README.md), with the texts
+    // and other properties of PngPropertySet. Colours are written straight, by GetPixel's rule. With Alpha AlphaNone
+    // the alpha bytes mean nothing. Overwriting and failure as for SaveToFile_Bitmap.
+    bool SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite = true) const noexcept;
+    // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
+    bool SaveToStream_PNG(ByteArray& outStream) const noexcept;
+    // What PNG files that this instance saves say, and how they are written. Properties belong to the instance: loads
+    // and DestroyDIB leave them, CopyImageTo and SwapDIBs do not take them along. Texts are UTF-8; pngText needs a
+    // Keyword of 1 to 79 printable Latin-1 characters without spaces at the ends or two together, the others bring
+    // their own. Colours, densities (pixels in a metre), level (0 .. 9), filter (eFilterMethods) and interlacing (not
+    // 0) are whole numbers; pngLastModified is a double, days since 30 December 1899, or a text "2024-02-29 12:34:56"
+    // of UTC. An empty value or text takes a property back. False, and nothing changed, for a keyword or value that PNG
+    // does not allow, and for a property that does not exist.
+    bool PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword = {}) noexcept;
+    // The value as it was set, pngLastModified as a double. Nothing (std::monostate) for what was not, except that
+    // level, filter and interlacing then give what is in force (6, filterDefault, 0).
+    PngValue PngPropertyGet(ePngProperties Property, const std::string& Keyword = {}) const noexcept;
+
     // Saves as a baseline JPEG file, Quality 1 (smallest) to 100 (best), values outside counting as the nearer end.
     // Transparency is flattened onto TransparentFillColor. Below 90 chroma has half the picture's width and height; a
     // picture in grays is saved as such. Overwriting and failure as for SaveToFile_Bitmap; false also for more than
@@ -330,6 +349,7 @@ class cPixSheet {
     std::uint32_t m_osCAP = 0;        // surface/Capabilities.h
     eImageFormat m_Format = imgError; // a fresh instance says imgError; only an empty image says imgNone
     AlphaTypeEnum m_AlphaImage = AlphaNone;
+    PngProperties m_PNGprops;
     CursorHotspot m_hotspot; // of an image that was a cursor, which a cursor file gets again
 };
 

@@ -1,0 +1,165 @@
+#include "codecs/png/PngChunks.h"
+#include "codecs/deflate/deflate.h"
+#include "shared/crc32.h"
+#include "shared/modParsers.h"
+#include <algorithm>
+#include <stdexcept>
+
+namespace pixkit {
+
+namespace {
+
+constexpr std::size_t chunkHead = 8; // length and type
+
+unsigned grayBits(const PngForm& form, unsigned gray) noexcept {
+    return gray * ((1U << form.bitDepth) - 1) / 255;
+}
+
+// Lines end with a line feed in the file, whatever they ended with.
+std::string withLineFeeds(const std::string& text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+        result.push_back(text[i] == '\r' ? '\n' : text[i]);
+    }
+    return result;
+}
+
+// The text as a zlib stream, when it is long and that is shorter.
+std::vector<std::uint8_t> compressedText(const std::string& text) {
+    constexpr std::size_t worthTrying = 256;
+    if (text.size() < worthTrying) return {};
+    const std::vector<std::uint8_t> bytes(text.begin(), text.end());
+    std::vector<std::uint8_t> stream;
+    deflate::compressZlib(bytes, deflate::smallestLevel, stream);
+    if (stream.size() >= bytes.size()) stream.clear();
+    return stream;
+}
+
+// What tEXt may hold: printable characters of Latin-1 and line feeds (PNG standard, 11.3.4.3).
+bool isPlainLatin1(const std::string& latin1) noexcept {
+    return std::ranges::all_of(latin1, [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte == '\n' || (byte >= 32 && byte <= 126) || byte >= 161;
+    });
+}
+
+void writeText(PngChunkWriter& out, const PngProperties::Text& entry) {
+    const std::string keyword = latin1Of(entry.keyword).value_or("");
+    const std::string utf8 = withLineFeeds(entry.value);
+    const auto latin1 = latin1Of(utf8);
+    const bool isLatin1 = latin1 && isPlainLatin1(*latin1);
+    const std::string& text = isLatin1 ? *latin1 : utf8;
+    const std::vector<std::uint8_t> stream = compressedText(text);
+    const bool isCompressed = !stream.empty();
+
+    out.begin(!isLatin1 ? "iTXt" : isCompressed ? "zTXt" : "tEXt");
+    out.put(keyword);
+    out.put8(0);
+    if (!isLatin1) out.put8(isCompressed ? 1 : 0);
+    if (!isLatin1 || isCompressed) out.put8(0); // compression method
+    if (!isLatin1) out.put16(0);                // neither a language nor a translated keyword
+    if (isCompressed) {
+        out.bytes().insert(out.bytes().end(), stream.begin(), stream.end());
+    } else {
+        out.put(text);
+    }
+    out.end();
+}
+
+} // namespace
+
+PngChunkWriter::PngChunkWriter() : m_bytes{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'} {}
+
+void PngChunkWriter::begin(std::string_view type) {
+    m_start = m_bytes.size();
+    put32(0);
+    put(type);
+}
+
+void PngChunkWriter::end() {
+    const std::size_t length = m_bytes.size() - m_start - chunkHead;
+    if (length > 0x7FFFFFFF) throw std::length_error("a chunk takes no more than 2 GiB");
+    for (unsigned i = 0; i < 4; ++i)
+        m_bytes[m_start + i] = static_cast<std::uint8_t>(length >> (24 - 8 * i));
+    put32(crc32(0, std::span(m_bytes).subspan(m_start + 4)));
+}
+
+void pngWritePalette(PngChunkWriter& out, const PngForm& form) {
+    if (form.palette.empty()) return;
+    out.begin("PLTE");
+    for (const PngPixel stored : form.palette) {
+        const PngPixel colour = pngStraight(stored);
+        out.put8(colour >> 16);
+        out.put16(colour);
+    }
+    out.end();
+}
+
+void pngWriteTransparency(PngChunkWriter& out, const PngForm& form) {
+    if (form.clearColour) {
+        out.begin("tRNS");
+        if (form.colorType == PngColorType::gray) {
+            out.put16(grayBits(form, (*form.clearColour)[0]));
+        } else {
+            for (const std::uint8_t sample : *form.clearColour)
+                out.put16(sample);
+        }
+        out.end();
+    }
+    // Translucent entries are the first of a palette; those that are not given are opaque.
+    if (form.palette.empty() || form.palette.front() >> 24 == 255) return;
+    out.begin("tRNS");
+    for (const PngPixel colour : form.palette)
+        if (colour >> 24 != 255) out.put8(colour >> 24);
+    out.end();
+}
+
+void pngWriteDensity(PngChunkWriter& out, const PngProperties& props) {
+    const auto density = props.density();
+    if (!density) return;
+    out.begin("pHYs");
+    out.put32(static_cast<std::uint32_t>(density->first));
+    out.put32(static_cast<std::uint32_t>(density->second));
+    out.put8(1); // pixels in a metre
+    out.end();
+}
+
+void pngWriteBackground(PngChunkWriter& out, const PngForm& form, const PngProperties& props) {
+    const auto color = props.backgroundColor();
+    if (!color) return;
+    const ColorChannels channels = iparseColorChannels(*color);
+    out.begin("bKGD");
+    switch (form.colorType) {
+    case PngColorType::palette: // the form was chosen with this colour in it
+        out.put8(
+            form.indexes->indexOf(0xFF000000U | PngPixel{channels.r} << 16 | PngPixel{channels.g} << 8 | channels.b));
+        break;
+    case PngColorType::gray:
+    case PngColorType::grayAlpha:
+        out.put16(grayBits(form, channels.g));
+        break;
+    default:
+        out.put16(channels.r);
+        out.put16(channels.g);
+        out.put16(channels.b);
+    }
+    out.end();
+}
+
+void pngWriteTime(PngChunkWriter& out, const PngProperties& props) {
+    if (!props.lastModified()) return;
+    const PngTime& time = *props.lastModified();
+    out.begin("tIME");
+    out.put16(time.year);
+    for (const std::uint8_t part : {time.month, time.day, time.hour, time.minute, time.second})
+        out.put8(part);
+    out.end();
+}
+
+void pngWriteTexts(PngChunkWriter& out, const PngProperties& props) {
+    for (const PngProperties::Text& text : props.texts())
+        writeText(out, text);
+}
+
+} // namespace pixkit

@@ -1,0 +1,295 @@
+#include "codecs/png/PngForm.h"
+#include "kernels/kernels.h"
+#include <algorithm>
+#include <bitset>
+#include <cstring>
+#include <tuple>
+
+namespace pixkit {
+
+namespace {
+
+constexpr PngPixel opaque = 0xFF000000U;
+
+using Colour = std::array<std::uint8_t, 3>; // R, G, B
+
+PngPixel pixelAt(const std::uint8_t* p, bool hasAlpha) noexcept {
+    const PngPixel pixel = p[0] | PngPixel{p[1]} << 8 | PngPixel{p[2]} << 16 | PngPixel{p[3]} << 24;
+    if (!hasAlpha) return pixel | opaque;
+    return p[3] == 0 ? 0 : pixel;
+}
+std::uint8_t blueOf(PngPixel pixel) noexcept {
+    return static_cast<std::uint8_t>(pixel);
+}
+std::uint8_t greenOf(PngPixel pixel) noexcept {
+    return static_cast<std::uint8_t>(pixel >> 8);
+}
+std::uint8_t redOf(PngPixel pixel) noexcept {
+    return static_cast<std::uint8_t>(pixel >> 16);
+}
+unsigned alphaOf(PngPixel pixel) noexcept {
+    return pixel >> 24;
+}
+bool isGrayPixel(PngPixel pixel) noexcept {
+    return blueOf(pixel) == greenOf(pixel) && greenOf(pixel) == redOf(pixel);
+}
+
+// What is in a picture. Rows are left as soon as nothing new can come.
+struct Survey {
+    bool isGray = true;
+    bool hasClear = false;
+    bool hasPartial = false;
+    std::bitset<256> grays;                                                         // opaque ones
+    std::shared_ptr<PngPaletteIndex> palette = std::make_shared<PngPaletteIndex>(); // null: too many colours
+
+    void see(PngPixel pixel) noexcept {
+        const unsigned alpha = alphaOf(pixel);
+        hasClear |= alpha == 0;
+        hasPartial |= alpha != 0 && alpha != 255;
+        if (isGray) {
+            isGray = isGrayPixel(pixel);
+            if (alpha == 255) grays.set(blueOf(pixel));
+        }
+        if (palette && !palette->add(pixel)) palette.reset();
+    }
+    // In a picture of many colours only alpha can still tell something.
+    void seeAlphas(const std::uint8_t* row, std::size_t count) noexcept {
+        bool clear = false;
+        bool partial = false;
+        for (std::size_t x = 0; x < count; ++x) {
+            const unsigned alpha = row[4 * x + 3];
+            clear |= alpha == 0;
+            partial |= static_cast<std::uint8_t>(alpha + 1) > 1;
+        }
+        hasClear |= clear;
+        hasPartial |= partial;
+    }
+    void seeRow(const std::uint8_t* row, std::size_t count, bool hasAlpha) noexcept {
+        if (!isGray && !palette) {
+            if (hasAlpha) seeAlphas(row, count);
+            return;
+        }
+        PngPixel last = ~pixelAt(row, hasAlpha); // pixels like the one before need no look
+        for (std::size_t x = 0; x < count; ++x) {
+            const PngPixel pixel = pixelAt(row + 4 * x, hasAlpha);
+            if (pixel != last) see(pixel);
+            last = pixel;
+        }
+    }
+};
+
+// Grays that a depth has are the multiples of a step (PNG standard, 13.12).
+unsigned grayStep(unsigned bitDepth) noexcept {
+    return 255U / ((1U << bitDepth) - 1);
+}
+
+// The least depth at which all grays, and one that is free for clear pixels where those are, can be said.
+std::optional<PngForm> grayForm(const Survey& survey) {
+    for (const unsigned depth : {1U, 2U, 4U, 8U}) {
+        const unsigned step = grayStep(depth);
+        std::size_t found = 0;
+        std::optional<unsigned> free;
+        for (unsigned gray = 0; gray < 256; gray += step) {
+            if (survey.grays[gray]) {
+                ++found;
+            } else if (!free) {
+                free = gray;
+            }
+        }
+        if (found < survey.grays.count() || (survey.hasClear && !free)) continue;
+        PngForm form{PngColorType::gray, depth, {}, {}, {}};
+        if (survey.hasClear) {
+            const auto gray = static_cast<std::uint8_t>(*free);
+            form.clearColour = {gray, gray, gray};
+        }
+        return form;
+    }
+    return {};
+}
+
+// A colour that no opaque pixel has.
+std::optional<Colour> freeColour(ConstPixelView image, const std::optional<Colour>& background) {
+    std::vector<std::uint64_t> used(std::size_t{1} << 18); // a bit for each colour
+    const auto use = [&](PngPixel colour) { used[colour >> 6 & 0x3FFFF] |= std::uint64_t{1} << (colour & 63); };
+    for (std::size_t y = 0; y < image.height; ++y) {
+        const std::uint8_t* row = image.row(y);
+        for (std::size_t x = 0; x < image.width; ++x)
+            if (row[4 * x + 3] != 0) use(pixelAt(row + 4 * x, true));
+    }
+    if (background) use(PngPixel{(*background)[0]} << 16 | PngPixel{(*background)[1]} << 8 | (*background)[2]);
+    for (PngPixel colour = 0; colour < 1U << 24; ++colour) {
+        if ((used[colour >> 6] >> (colour & 63) & 1) == 0)
+            return Colour{redOf(colour), greenOf(colour), blueOf(colour)};
+    }
+    return {};
+}
+
+PngForm trueColourForm(ConstPixelView image, const Survey& survey, const std::optional<Colour>& background) {
+    if (survey.isGray && !survey.hasPartial) {
+        if (auto form = grayForm(survey)) return std::move(*form);
+    }
+    if (survey.isGray) return {PngColorType::grayAlpha, 8, {}, {}, {}};
+    if (!survey.hasPartial && !survey.hasClear) return {PngColorType::rgb, 8, {}, {}, {}};
+    if (!survey.hasPartial) {
+        if (const auto colour = freeColour(image, background)) return {PngColorType::rgb, 8, {}, {}, colour};
+    }
+    return {PngColorType::rgba, 8, {}, {}, {}};
+}
+
+PngForm paletteForm(std::shared_ptr<PngPaletteIndex> indexes) {
+    std::vector<PngPixel> palette = indexes->arrange();
+    unsigned depth = 1;
+    while (palette.size() > std::size_t{1} << depth)
+        depth *= 2;
+    return {PngColorType::palette, depth, std::move(palette), std::move(indexes), {}};
+}
+
+// --- samples
+
+// Puts `count` samples of one byte together, the first into the highest bits; the rest of the last byte is 0.
+void packSamples(std::uint8_t* out, const std::uint8_t* samples, std::size_t count, unsigned bitDepth) {
+    const std::size_t inByte = 8 / bitDepth;
+    for (std::size_t i = 0; i < count; i += inByte) {
+        unsigned byte = 0;
+        for (std::size_t k = 0; k < inByte; ++k)
+            byte = byte << bitDepth | (i + k < count ? samples[i + k] : 0U);
+        *out++ = static_cast<std::uint8_t>(byte);
+    }
+}
+
+void graySamples(const PngForm& form, bool hasAlpha, std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
+    const unsigned step = grayStep(form.bitDepth);
+    const unsigned clear = form.clearColour ? (*form.clearColour)[0] : 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const bool isClear = hasAlpha && pixels[4 * i + 3] == 0;
+        out[i] = static_cast<std::uint8_t>((isClear ? clear : pixels[4 * i]) / step);
+    }
+}
+
+void paletteSamples(const PngForm& form, bool hasAlpha, std::uint8_t* out, const std::uint8_t* pixels,
+                    std::size_t count) {
+    PngPixel last = pixelAt(pixels, hasAlpha);
+    std::uint8_t index = form.indexes->indexOf(last);
+    for (std::size_t i = 0; i < count; ++i) {
+        const PngPixel pixel = pixelAt(pixels + 4 * i, hasAlpha);
+        if (pixel != last) index = form.indexes->indexOf(pixel);
+        last = pixel;
+        out[i] = index;
+    }
+}
+
+void rgbSamples(const PngForm& form, std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
+    kernels::table().pack24(out, pixels, count, true);
+    if (!form.clearColour) return;
+    for (std::size_t i = 0; i < count; ++i)
+        if (pixels[4 * i + 3] == 0) std::memcpy(out + 3 * i, form.clearColour->data(), 3);
+}
+
+// Straight R, G, B, A; whatever colour a clear pixel has is not written.
+void rgbaSamples(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
+    const auto& kernel = kernels::table();
+    kernel.unpremultiply(out, pixels, count);
+    kernel.swapRedBlue(out, out, count);
+    for (std::size_t i = 0; i < count; ++i)
+        if (pixels[4 * i + 3] == 0) std::memset(out + 4 * i, 0, 3);
+}
+
+} // namespace
+
+std::size_t PngPaletteIndex::slotOf(PngPixel colour) const noexcept {
+    std::size_t slot = colour * 0x9E3779B1U >> 22; // 10 bits
+    while (m_slots[slot].isUsed && m_slots[slot].colour != colour)
+        slot = (slot + 1) % m_slots.size();
+    return slot;
+}
+
+bool PngPaletteIndex::add(PngPixel colour) noexcept {
+    Slot& slot = m_slots[slotOf(colour)];
+    if (slot.isUsed) return true;
+    if (m_count == mostColours) return false;
+    slot.colour = colour;
+    slot.isUsed = true;
+    ++m_count;
+    return true;
+}
+
+std::vector<PngPixel> PngPaletteIndex::arrange() {
+    std::vector<PngPixel> colours;
+    for (const Slot& slot : m_slots)
+        if (slot.isUsed) colours.push_back(slot.colour);
+    const auto rank = [](PngPixel colour) {
+        const unsigned brightness = 2 * redOf(colour) + 5 * greenOf(colour) + blueOf(colour);
+        return std::tuple(alphaOf(colour) == 255, brightness, colour);
+    };
+    std::ranges::sort(colours, {}, rank);
+    for (std::size_t i = 0; i < colours.size(); ++i)
+        m_slots[slotOf(colours[i])].index = static_cast<std::uint8_t>(i);
+    return colours;
+}
+
+std::size_t PngForm::bitsPerPixel() const noexcept {
+    switch (colorType) {
+    case PngColorType::rgb:
+        return 24;
+    case PngColorType::grayAlpha:
+        return 16;
+    case PngColorType::rgba:
+        return 32;
+    default:
+        return bitDepth;
+    }
+}
+
+std::vector<PngForm> pngFormsOf(ConstPixelView image, bool hasAlpha, const std::optional<Colour>& background) {
+    Survey survey;
+    if (background) {
+        survey.see(opaque | PngPixel{(*background)[0]} << 16 | PngPixel{(*background)[1]} << 8 | (*background)[2]);
+    }
+    for (std::size_t y = 0; y < image.height; ++y)
+        survey.seeRow(image.row(y), image.width, hasAlpha);
+
+    std::vector<PngForm> forms;
+    PngForm trueColour = trueColourForm(image, survey, background);
+    // A palette must need fewer bits to be worth its chunk.
+    if (survey.palette) {
+        PngForm palette = paletteForm(survey.palette);
+        if (palette.bitsPerPixel() < trueColour.bitsPerPixel()) forms.push_back(std::move(palette));
+    }
+    forms.push_back(std::move(trueColour));
+    return forms;
+}
+
+void pngSamplesOf(const PngForm& form, bool hasAlpha, std::uint8_t* samples, const std::uint8_t* pixels,
+                  std::size_t count, std::uint8_t* scratch) {
+    std::uint8_t* const bytes = form.bitDepth < 8 ? scratch : samples;
+    switch (form.colorType) {
+    case PngColorType::gray:
+        graySamples(form, hasAlpha, bytes, pixels, count);
+        break;
+    case PngColorType::palette:
+        paletteSamples(form, hasAlpha, bytes, pixels, count);
+        break;
+    case PngColorType::rgb:
+        return rgbSamples(form, samples, pixels, count);
+    case PngColorType::grayAlpha:
+        rgbaSamples(scratch, pixels, count);
+        for (std::size_t i = 0; i < count; ++i) {
+            samples[2 * i] = scratch[4 * i];
+            samples[2 * i + 1] = scratch[4 * i + 3];
+        }
+        return;
+    case PngColorType::rgba:
+        return rgbaSamples(samples, pixels, count);
+    }
+    if (form.bitDepth < 8) packSamples(samples, bytes, count, form.bitDepth);
+}
+
+PngPixel pngStraight(PngPixel pixel) noexcept {
+    const std::uint8_t stored[4] = {blueOf(pixel), greenOf(pixel), redOf(pixel),
+                                    static_cast<std::uint8_t>(alphaOf(pixel))};
+    std::uint8_t straight[4];
+    kernels::table().unpremultiply(straight, stored, 1);
+    return pixelAt(straight, true);
+}
+
+} // namespace pixkit

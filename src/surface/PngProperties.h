@@ -1,0 +1,61 @@
+// What an instance wants said in, and done with, the PNG files that it saves.
+#pragma once
+#include "shared/enumerations.h"
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace pixkit {
+
+// The value of a property: nothing, a number, a date (days since 30 December 1899, of UTC) or a text in UTF-8.
+using PngValue = std::variant<std::monostate, std::int32_t, double, std::string>;
+
+struct PngTime {
+    std::uint16_t year;
+    std::uint8_t month, day, hour, minute, second;
+    bool operator==(const PngTime&) const = default;
+};
+
+class PngProperties {
+  public:
+    // See cPixSheet::PngPropertySet and PngPropertyGet.
+    bool set(ePngProperties property, const PngValue& value, const std::string& keyword);
+    PngValue get(ePngProperties property, const std::string& keyword) const;
+
+    // --- for the writer
+
+    struct Text {
+        std::string keyword, value; // UTF-8
+    };
+    // In the order in which the keywords first came.
+    std::span<const Text> texts() const noexcept { return m_texts; }
+    std::optional<std::int32_t> backgroundColor() const noexcept { return number(pngBackgroundColor); }
+    // Pixels in a metre; an axis that was not set has the other's.
+    std::optional<std::pair<std::int32_t, std::int32_t>> density() const noexcept;
+    const std::optional<PngTime>& lastModified() const noexcept { return m_lastModified; }
+    int compressionLevel() const noexcept { return number(pngCompressionLevel).value_or(6); }
+    eFilterMethods filter() const noexcept {
+        return static_cast<eFilterMethods>(number(pngFilterMethod).value_or(filterDefault));
+    }
+    bool isInterlaced() const noexcept { return number(pngInterlaced).value_or(0) != 0; }
+
+  private:
+    bool setText(const std::string& keyword, const PngValue& value);
+    bool setTime(const PngValue& value);
+    bool setNumber(ePngProperties property, const PngValue& value);
+    std::optional<std::int32_t> number(ePngProperties property) const noexcept;
+
+    std::vector<Text> m_texts;
+    std::vector<std::pair<ePngProperties, std::int32_t>> m_numbers;
+    std::optional<PngTime> m_lastModified;
+};
+
+// The text in Latin-1; nothing when it has other characters, or is not UTF-8.
+std::optional<std::string> latin1Of(std::string_view utf8);
+
+} // namespace pixkit
