@@ -223,6 +223,17 @@ class cPixSheet {
                         bool PromptOverWrite = true) const noexcept;
     // The bytes of that file, flattened onto black, in one dimension from 0. On failure outStream keeps what it held.
     bool SaveToStream_JPG(ByteArray& outStream, std::int32_t Quality = 70) const noexcept;
+    // Saves as a GIF file. Where Alpha says that there is alpha, pixels whose alpha is below OpaquenessTolerance become
+    // transparent and all others opaque, in their straight colours (GetPixel's rule). UseAdaptivePalette: the image's
+    // own colours when they are at most 256, transparency counting as one, else a palette that fits it; without, the
+    // 216 web-safe colours, with errors diffused. Overwriting and failure as for SaveToFile_Bitmap; false also for more
+    // than 65,535 columns or rows.
+    bool SaveToFile_GIF(const std::string& FileName, bool UseAdaptivePalette = true,
+                        std::uint8_t OpaquenessTolerance = 128, bool PromptOverWrite = true) const noexcept;
+    // The bytes of that file in one dimension from 0; nobody is asked anything. On failure outStream keeps what it
+    // held.
+    bool SaveToStream_GIF(ByteArray& outStream, bool UseAdaptivePalette = true, std::uint8_t OpaquenessTolerance = 128,
+                          bool PromptOverWrite = true) const noexcept;
 
     // --- effects, in place (render/Effects.cpp); false, and nothing done, without an image
 
