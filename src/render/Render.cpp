@@ -4,12 +4,14 @@
 #include "render/Blender.h"
 #include "render/PixelWorkers.h"
 #include "render/Resampler.h"
+#include "render/Rotator.h"
 #include "shared/checked.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 namespace pixkit {
 
@@ -110,7 +112,12 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
                               SrcY,          srcWidth,        srcHeight, Opacity,       SetHalfTone, destHostDIB,
                               grayScale,     LightAdjustment, Angle,     CenterOnDestXY};
         request.normalise(m_Width, m_Height);
-        if (request.isRotating()) return false;
+        if (request.isRotating()) {
+            return spt_RotateImage(HostAccess::pixels(std::as_const(*this)), m_StretchQuality, request.destinationDC,
+                                   request.Angle, request.destX, request.destY, request.destWidth, request.destHeight,
+                                   request.SrcX, request.SrcY, request.srcWidth, request.srcHeight, request.Opacity,
+                                   request.destHostDIB, request.grayScale, request.LightAdjustment);
+        }
         return pvCanUseAlphaBlend(request) ? pvAlphaBlend(request) : pvRenderInSoftware(request);
     });
 }

@@ -264,7 +264,8 @@ class cPixSheet {
     // - Blend has no effect. SetHalfTone sets that stretch mode while the system draws.
     // - grayScale (gsclNone = none) and LightAdjustment (-100 .. 100 per cent, else ignored) change what is drawn.
     // - CenterOnDestXY takes destX, destY as the centre of the destination.
-    // Angles that are no whole multiple of 360 degrees are not drawn yet and give false.
+    // - Angle turns the stretched rectangle clockwise about its centre, in degrees; multiples of 90 move the pixels of
+    //   an unstretched picture without mixing them.
     //
     // The system's AlphaBlend draws where isAlphaBlendFriendly, as long as nothing is mirrored, gray, adjusted or
     // stretched with interpolation; it rounds. All else is drawn by the component with divisions that truncate, onto a
