@@ -61,6 +61,9 @@ const float nan = std::numeric_limits<float>::quiet_NaN();
 const Call calls[] = {
     {"defaults", 1, 0, 0, 0, 0, 0, 0, 0, 0, false, true, plain},
     {"whole turns", 1, 0, 0, 0, 0, 0, 0, 0, -720, false, true, plain},
+    {"half a turn", 1, 0, 0, 0, 0, 0, 0, 0, 180, false, true, ".fed./.cba./...../....."},
+    {"a quarter, clockwise", 1, 1, 3, 3, 0, 0, 0, 0, 90, false, true, "...../.dda./.eeb./.ffc."},
+    {"turned to be mirrored", 1, 0, 0, -2, 0, 0, 0, 0, -180, false, true, ".cba./.fed./...../....."},
     {"a part", 0, 1, 2, 1, 1, 1, 2, 1, 0, false, true, "...../ef.../...../....."},
     {"cut at left and top", -1, -1, 0, 0, 0, 0, 0, 0, 0, false, true, "ef.../...../...../....."},
     {"cut at right and bottom", 3, 3, 0, 0, 0, 0, 0, 0, 0, false, true, "...../...../...../...ab"},
