@@ -1,5 +1,6 @@
 // Vector kernels for drawing one picture over another.
 #pragma once
+#include "kernels/gray_simd.h"
 #include "kernels/scalar.h"
 #include "kernels/simd.h"
 
@@ -38,17 +39,6 @@ inline Vec over(Vec under, Vec pixels) {
     return addHeld8(kept, withoutColourInClear(pixels));
 }
 
-void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
-    for (; count >= vecPixels; count -= vecPixels, dst += vecBytes, src += vecBytes) {
-        const Vec v = load(src);
-        if (isOpaque(v))
-            store(dst, v);
-        else if (!isClear(v))
-            store(dst, over(load(dst), v));
-    }
-    scalar::blendOver(dst, src, count);
-}
-
 // Of pixels widened to words. A word of 255 stays below 65,280 / 255 in valid pictures; what invalid ones exceed it by
 // is held here and when the words become bytes.
 inline Vec scaledOverWords(Vec under, Vec pixels, Vec globalAlpha) {
@@ -57,22 +47,134 @@ inline Vec scaledOverWords(Vec under, Vec pixels, Vec globalAlpha) {
     return dividedBy255Held(addHeldUnsigned16(multiplyLow16(under, rest), scaled));
 }
 
-void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha) {
-    const Vec scale = all16(globalAlpha);
-    for (; count >= vecPixels; count -= vecPixels, dst += vecBytes, src += vecBytes) {
-        const Vec v = load(src);
-        if (isClear(v)) continue;
-        const Vec visible = withoutColourInClear(v);
-        const Vec under = load(dst);
-        store(dst, bytesOf(scaledOverWords(lowWords(under), lowWords(visible), scale),
-                           scaledOverWords(highWords(under), highWords(visible), scale)));
+// Changes nothing.
+struct Plain {
+    Vec operator()(Vec pixels) const { return pixels; }
+};
+
+// The magnitude of a lightness adjustment in the low byte of each lane.
+struct LinearAdjustment {
+    Vec scale, bias;
+    Vec operator()(Vec pixels) const { return right32<24>(add32(multiplyLow32(right32<24>(pixels), scale), bias)); }
+};
+struct TabledAdjustment {
+    const std::int16_t* adjust;
+    bool lightens;
+    Vec operator()(Vec pixels) const {
+        std::uint8_t bytes[vecBytes];
+        store(bytes, pixels);
+        std::int32_t lanes[vecPixels];
+        for (std::size_t i = 0; i < vecPixels; ++i)
+            lanes[i] = lightens ? adjust[bytes[4 * i + 3]] : -adjust[bytes[4 * i + 3]];
+        Vec v;
+        std::memcpy(&v, lanes, sizeof v);
+        return v;
     }
-    scalar::blendScaled(dst, src, count, globalAlpha);
+};
+
+template <class Adjustment>
+struct Lighter {
+    Adjustment adjustment;
+    Vec operator()(Vec pixels) const {
+        const Vec lit = addHeld8(pixels, grayInColours(adjustment(pixels)));
+        return PIXKIT_SIMD(min_epu8)(lit, alphaInAll(pixels));
+    }
+};
+template <class Adjustment>
+struct Darker {
+    Adjustment adjustment;
+    Vec operator()(Vec pixels) const { return subtractHeld8(pixels, grayInColours(adjustment(pixels))); }
+};
+
+template <class Before>
+struct Gray {
+    Before before;
+    GrayWords words;
+    Vec operator()(Vec pixels) const {
+        const Vec changed = before(pixels);
+        return either(both(changed, all32(alphaByte)), grayInColours(grayed(changed, words)));
+    }
+};
+
+// Both draw whole vectors and return how many pixels these were.
+template <class Change>
+std::size_t blendOverVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, Change change) {
+    const std::size_t whole = count - count % vecPixels;
+    for (std::size_t i = 0; i < 4 * whole; i += vecBytes) {
+        const Vec v = load(src + i);
+        if (isOpaque(v))
+            store(dst + i, change(v));
+        else if (!isClear(v))
+            store(dst + i, over(load(dst + i), change(v)));
+    }
+    return whole;
+}
+
+template <class Change>
+std::size_t blendScaledVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
+                               Change change) {
+    const Vec scale = all16(globalAlpha);
+    const std::size_t whole = count - count % vecPixels;
+    for (std::size_t i = 0; i < 4 * whole; i += vecBytes) {
+        const Vec v = load(src + i);
+        if (isClear(v)) continue;
+        const Vec visible = withoutColourInClear(change(v));
+        const Vec under = load(dst + i);
+        store(dst + i, bytesOf(scaledOverWords(lowWords(under), lowWords(visible), scale),
+                               scaledOverWords(highWords(under), highWords(visible), scale)));
+    }
+    return whole;
+}
+
+void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+    const std::size_t done = blendOverVectors(dst, src, count, Plain());
+    scalar::blendOver(dst + 4 * done, src + 4 * done, count - done);
+}
+
+void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha) {
+    const std::size_t done = blendScaledVectors(dst, src, count, globalAlpha, Plain());
+    scalar::blendScaled(dst + 4 * done, src + 4 * done, count - done, globalAlpha);
+}
+
+template <class Change>
+std::size_t blendChanged(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
+                         Change change) {
+    return globalAlpha == 255 ? blendOverVectors(dst, src, count, change)
+                              : blendScaledVectors(dst, src, count, globalAlpha, change);
+}
+
+template <class Light>
+std::size_t blendLit(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
+                     const Tone& tone, const Light& light) {
+    if (!tone.isGray) return blendChanged(dst, src, count, globalAlpha, light);
+    GrayWords words;
+    if (!prepareGray(tone.weights, words)) return 0;
+    return blendChanged(dst, src, count, globalAlpha, Gray<Light>{light, words});
+}
+
+template <class Adjustment>
+std::size_t blendAdjusted(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
+                          const Tone& tone, const Adjustment& adjustment) {
+    return tone.lightens ? blendLit(dst, src, count, globalAlpha, tone, Lighter<Adjustment>{adjustment})
+                         : blendLit(dst, src, count, globalAlpha, tone, Darker<Adjustment>{adjustment});
+}
+
+void blendToned(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
+                const Tone& tone) {
+    std::size_t done = 0;
+    if (!tone.isLight)
+        done = blendLit(dst, src, count, globalAlpha, tone, Plain());
+    else if (tone.isLinear)
+        done = blendAdjusted(dst, src, count, globalAlpha, tone, LinearAdjustment{all32(tone.scale), all32(tone.bias)});
+    else
+        done = blendAdjusted(dst, src, count, globalAlpha, tone, TabledAdjustment{tone.adjust, tone.lightens});
+    scalar::blendToned(dst + 4 * done, src + 4 * done, count - done, globalAlpha, tone);
 }
 
 void useBlend(Table& table) {
     table.blendOver = blendOver;
     table.blendScaled = blendScaled;
+    table.blendToned = blendToned;
 }
 
 } // namespace

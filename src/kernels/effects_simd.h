@@ -1,5 +1,6 @@
 // Vector kernels for the effects.
 #pragma once
+#include "kernels/gray_simd.h"
 #include "kernels/scalar.h"
 #include "kernels/simd.h"
 
@@ -17,64 +18,6 @@ void invert(std::uint8_t* pixels, std::size_t count) {
 }
 
 // --- grayscale
-// A single-precision weight from 1/16 on is a whole number of 1/2^27, and so are many smaller ones. In these units the
-// weighted sum is exact in integers: a weight is high * 2^13 + low, both of which fit the signed words that
-// multiplyAddPairs16 takes, and the two sums of products are joined at the end.
-struct GrayWords {
-    Vec blueRedHigh, blueRedLow;       // for the word pair B, R
-    Vec greenAlphaHigh, greenAlphaLow; // for the word pair G, A; alpha weighs nothing
-};
-
-// The weight in units of 1/2^27, or -1 where that is not whole or not below 1.
-std::int32_t weightUnits(float weight) {
-    if (!(weight >= 0.0F && weight < 1.0F)) return -1;
-    const float units = weight * 0x1p27F; // exact: only the exponent changes
-    const std::int32_t whole = static_cast<std::int32_t>(units);
-    return static_cast<float>(whole) == units ? whole : -1;
-}
-
-constexpr int lowBits = 13;
-constexpr unsigned lowMask = (1U << lowBits) - 1;
-
-Vec wordPairs(std::uint32_t low, std::uint32_t high) {
-    return all32(low | high << 16);
-}
-
-bool prepareGray(const GrayWeights& weights, GrayWords& words) {
-    const std::int32_t r = weightUnits(weights.r);
-    const std::int32_t g = weightUnits(weights.g);
-    const std::int32_t b = weightUnits(weights.b);
-    if (r < 0 || g < 0 || b < 0) return false;
-    const auto high = [](std::int32_t units) { return static_cast<std::uint32_t>(units) >> lowBits; };
-    const auto low = [](std::int32_t units) { return static_cast<std::uint32_t>(units) & lowMask; };
-    words = {wordPairs(high(b), high(r)), wordPairs(low(b), low(r)), wordPairs(high(g), 0), wordPairs(low(g), 0)};
-    return true;
-}
-
-// In each lane the gray in the low byte; what is above it is unspecified.
-Vec grayed(Vec pixels, const GrayWords& words) {
-    const Vec blueRed = both(pixels, all32(0x00FF00FF));
-    const Vec greenAlpha = right16<8>(pixels);
-    const Vec low =
-        add32(multiplyAddPairs16(blueRed, words.blueRedLow), multiplyAddPairs16(greenAlpha, words.greenAlphaLow));
-    const Vec high =
-        add32(multiplyAddPairs16(blueRed, words.blueRedHigh), multiplyAddPairs16(greenAlpha, words.greenAlphaHigh));
-    const Vec sum = add32(add32(high, all32(1U << 13)), right32<lowBits>(low)); // with 1/2, so the shift rounds ties up
-    const Vec rounded = right32<14>(sum);
-    // A tie has no bits left below the shift; then the result is made even.
-    const Vec tie = equal32(either(left32<18>(sum), left32<32 - lowBits>(low)), zeros());
-    return without(rounded, right32<31>(tie));
-}
-
-Vec grayInColours(Vec gray) {
-#ifdef __AVX2__
-    return shuffled(gray, _mm_setr_epi8(0, 0, 0, 0, 4, 4, 4, 4, 8, 8, 8, 8, 12, 12, 12, 12));
-#else
-    gray = both(gray, all32(0xFF));
-    return either(either(gray, left32<8>(gray)), left32<16>(gray));
-#endif
-}
-
 // The bytes that the effects leave as they are: alpha, and all of a clear pixel.
 Vec keptBytes(Vec pixels) {
     return either(equal32(both(pixels, all32(alphaByte)), zeros()), all32(alphaByte));

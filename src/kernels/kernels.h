@@ -48,6 +48,20 @@ struct PixelWalk {
     std::int64_t u, v, du, dv;
 };
 
+// How a source is changed on its way to where it is drawn: lightened or darkened first, then made gray.
+struct Tone {
+    bool isLight = false;
+    bool lightens = false;         // with adjust >= 0, colours held at alpha; else with adjust <= 0, held at 0
+    std::int16_t adjust[256] = {}; // for each alpha, -255 .. 255
+    // Where this is so, |adjust[alpha]| is (alpha * scale + bias) >> 24 for every alpha, in 32 bits.
+    bool isLinear = false;
+    std::uint32_t scale = 0;
+    std::uint32_t bias = 0;
+
+    bool isGray = false;
+    GrayWeights weights{};
+};
+
 struct Table {
     // --- alpha
     // Scans pixels left to right and updates `scan`; stops and returns false at the pixel that proves the data not
@@ -111,6 +125,9 @@ struct Table {
     void (*blendOver)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     // d = (d * (255 - alpha * globalAlpha / 255) + s * globalAlpha) / 255, both truncated.
     void (*blendScaled)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha);
+    // The same of pixels that adjustLightness and grayscale have changed as the tone says.
+    void (*blendToned)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
+                       const Tone& tone);
 
     // --- shadows
     // Moves a box one row on, for `count` sums of alpha, one a column: adds the alpha of each pixel of the row that

@@ -28,6 +28,8 @@ void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int3
 
 void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha);
+void blendToned(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
+                const Tone& tone);
 
 void slideAlphaSums(std::uint16_t* sums, const std::uint8_t* entering, const std::uint8_t* leaving, std::size_t count);
 void shadeBoxes(std::uint8_t* dst, const std::uint16_t* sums, std::size_t count, std::size_t window,

@@ -150,6 +150,17 @@ inline Vec multiplyAddPairs16(Vec a, Vec b) {
 inline Vec add32(Vec a, Vec b) {
     return PIXKIT_SIMD(add_epi32)(a, b);
 }
+// The low half of each product.
+inline Vec multiplyLow32(Vec a, Vec b) {
+#ifdef __AVX2__
+    return _mm256_mullo_epi32(a, b);
+#else
+    const Vec even = _mm_mul_epu32(a, b);
+    const Vec odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32));
+    return _mm_unpacklo_epi32(_mm_shuffle_epi32(even, _MM_SHUFFLE(0, 0, 2, 0)),
+                              _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
+#endif
+}
 inline Vec subtract32(Vec a, Vec b) {
     return PIXKIT_SIMD(sub_epi32)(a, b);
 }

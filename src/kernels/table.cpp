@@ -26,6 +26,7 @@ constexpr Table scalarTable = {
     .walkBilinear = scalar::walkBilinear,
     .blendOver = scalar::blendOver,
     .blendScaled = scalar::blendScaled,
+    .blendToned = scalar::blendToned,
     .slideAlphaSums = scalar::slideAlphaSums,
     .shadeBoxes = scalar::shadeBoxes,
     .swapRedBlue = scalar::swapRedBlue,

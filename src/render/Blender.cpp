@@ -1,45 +1,39 @@
 #include "render/Blender.h"
 #include "kernels/kernels.h"
 #include "platform/gdi.h"
+#include "render/PixelBuffer.h"
 #include "render/PixelWorkers.h"
 #include "shared/modParsers.h"
 #include "surface/HostAccess.h"
 #include <array>
 #include <cstring>
 #include <functional>
-#include <memory>
-#include <vector>
 
 namespace pixkit {
 
 namespace {
 
-constexpr std::size_t piecePixels = 512; // pieces of rows that stay in the first-level cache
-
 // Draws runs of pixels with what is decided once for a whole picture: opacity, gray, lightness.
 class RunBlender {
   public:
     RunBlender(std::int32_t GlobalAlpha, std::int32_t grayScale, float lightAdj)
-        : m_globalAlpha(static_cast<std::uint8_t>(GlobalAlpha)), m_isGray(grayScale != gsclNone),
-          m_isLight(lightAdj != 0.0F) {
-        if (m_isGray) m_weights = iparseGrayScaleRatios(grayScale);
-        if (m_isLight) m_lightness = LightnessTable(lightAdj);
+        : m_globalAlpha(static_cast<std::uint8_t>(GlobalAlpha)) {
+        if (lightAdj != 0.0F) m_tone = spt_LightnessTone(lightAdj);
+        m_tone.isGray = grayScale != gsclNone;
+        if (m_tone.isGray) m_tone.weights = iparseGrayScaleRatios(grayScale);
     }
 
     void onto32(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const {
-        if (!m_isGray && !m_isLight) {
-            blend(dst, src, count);
-            return;
-        }
-        std::array<std::uint8_t, 4 * piecePixels> adjusted;
-        for (std::size_t done = 0; done < count; done += piecePixels) {
-            const std::size_t piece = std::min(piecePixels, count - done);
-            adjust(adjusted.data(), src + 4 * done, piece);
-            blend(dst + 4 * done, adjusted.data(), piece);
-        }
+        if (m_tone.isLight || m_tone.isGray)
+            kernels::table().blendToned(dst, src, count, m_globalAlpha, m_tone);
+        else if (m_globalAlpha == 255)
+            kernels::table().blendOver(dst, src, count);
+        else
+            kernels::table().blendScaled(dst, src, count, m_globalAlpha);
     }
 
     void onto24(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const {
+        constexpr std::size_t piecePixels = 512; // stay in the first-level cache
         std::array<std::uint8_t, 4 * piecePixels> wide;
         for (std::size_t done = 0; done < count; done += piecePixels) {
             const std::size_t piece = std::min(piecePixels, count - done);
@@ -50,59 +44,40 @@ class RunBlender {
     }
 
   private:
-    void blend(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const {
-        if (m_globalAlpha == 255)
-            kernels::table().blendOver(dst, src, count);
-        else
-            kernels::table().blendScaled(dst, src, count, m_globalAlpha);
-    }
-
-    void adjust(std::uint8_t* adjusted, const std::uint8_t* src, std::size_t count) const {
-        if (m_isLight)
-            m_lightness.apply(adjusted, src, count);
-        else
-            std::memcpy(adjusted, src, 4 * count);
-        if (m_isGray) kernels::table().grayscale(adjusted, count, m_weights);
-    }
-
     std::uint8_t m_globalAlpha;
-    bool m_isGray;
-    bool m_isLight;
-    kernels::GrayWeights m_weights{};
-    LightnessTable m_lightness;
+    kernels::Tone m_tone;
 };
 
-struct Placed {
-    PixelRect destination;   // not empty, within the destination
-    std::int64_t SrcX, SrcY; // where it starts in the source, within which it lies
-};
-
-const std::uint8_t* sourceRow(ConstPixelView source, const Placed& placed, std::int64_t row) {
-    return source.rowFromTop(static_cast<std::size_t>(placed.SrcY + row)) + 4 * placed.SrcX;
+// The part of a view that starts at left and, counted from its top, at top; all of it lies within.
+template <class Byte>
+BasicPixelView<Byte> partOf(BasicPixelView<Byte> view, std::int64_t left, std::int64_t top, const PixelRect& size) {
+    const auto width = static_cast<std::size_t>(size.width());
+    const auto height = static_cast<std::size_t>(size.height());
+    const std::size_t lowest = view.height - static_cast<std::size_t>(top) - height;
+    return {view.row(lowest) + 4 * left, width, height, view.stride};
 }
 
-bool overlaps(ConstPixelView a, ConstPixelView b) {
+template <class A, class B>
+bool overlap(BasicPixelView<A> a, BasicPixelView<B> b) {
     const std::less<const std::uint8_t*> before;
     return before(a.bits, b.bits + b.stride * b.height) && before(b.bits, a.bits + a.stride * a.height);
 }
 
-void blendOntoHost(PixelView host, ConstPixelView source, const Placed& placed, const RunBlender& blender) {
-    const auto width = static_cast<std::size_t>(placed.destination.width());
-    const bool isItself = overlaps(host, source);
-    // An image drawn onto itself is read as it was before.
-    std::vector<std::uint8_t> before;
-    if (isItself) {
-        for (std::int64_t row = 0; row < placed.destination.height(); ++row) {
-            const std::uint8_t* const from = sourceRow(source, placed, row);
-            before.insert(before.end(), from, from + 4 * width);
-        }
+// Rows are taken in the order of memory: the other way round its prefetching would not keep up.
+void blendOntoPixels(PixelView host, ConstPixelView source, const RunBlender& blender) {
+    PixelBuffer before;
+    if (overlap(host, source)) { // an image drawn onto itself is read as it was before
+        before = PixelBuffer(source.width, source.height);
+        for (std::size_t y = 0; y < source.height; ++y)
+            std::memcpy(before.view().row(y), source.row(y), 4 * source.width);
+        source = before.view();
     }
-    for (std::int64_t row = 0; row < placed.destination.height(); ++row) {
-        std::uint8_t* const dst =
-            host.rowFromTop(static_cast<std::size_t>(placed.destination.top + row)) + 4 * placed.destination.left;
-        const auto index = static_cast<std::size_t>(row);
-        blender.onto32(dst, isItself ? before.data() + index * 4 * width : sourceRow(source, placed, row), width);
+    if (host.stride == 4 * host.width && source.stride == host.stride) {
+        blender.onto32(host.bits, source.bits, host.width * host.height);
+        return;
     }
+    for (std::size_t y = 0; y < host.height; ++y)
+        blender.onto32(host.row(y), source.row(y), host.width);
 }
 
 // The pixels of a part of a device context as a 24-bit copy, in a memory device context of its own.
@@ -129,9 +104,8 @@ class Copy24 {
 
     // Whether there is a copy.
     explicit operator bool() const noexcept { return m_bits != nullptr; }
-    std::uint8_t* rowFromTop(std::int64_t y) const {
-        const auto stride = static_cast<std::size_t>(iparseByteAlignOnWord(24, m_header.biWidth));
-        return m_bits + static_cast<std::size_t>(m_header.biHeight - 1 - y) * stride;
+    std::uint8_t* row(std::size_t memoryRow) const {
+        return m_bits + memoryRow * static_cast<std::size_t>(iparseByteAlignOnWord(24, m_header.biWidth));
     }
     bool writeBack(platform::Handle destinationDC, const PixelRect& part) const noexcept {
         const auto rows = static_cast<std::uint32_t>(m_header.biHeight);
@@ -150,15 +124,13 @@ class Copy24 {
     std::uint8_t* m_bits = nullptr;
 };
 
-bool blendOntoDC(platform::Handle destinationDC, ConstPixelView source, const Placed& placed,
+bool blendOntoDC(platform::Handle destinationDC, const PixelRect& destination, ConstPixelView source,
                  const RunBlender& blender) {
-    const Copy24 copy(destinationDC, placed.destination);
+    const Copy24 copy(destinationDC, destination);
     if (!copy) return false;
-    for (std::int64_t row = 0; row < placed.destination.height(); ++row) {
-        blender.onto24(copy.rowFromTop(row), sourceRow(source, placed, row),
-                       static_cast<std::size_t>(placed.destination.width()));
-    }
-    return copy.writeBack(destinationDC, placed.destination);
+    for (std::size_t y = 0; y < source.height; ++y)
+        blender.onto24(copy.row(y), source.row(y), source.width);
+    return copy.writeBack(destinationDC, destination);
 }
 
 } // namespace
@@ -196,11 +168,12 @@ bool spt_Win9xBlend(platform::Handle destinationDC, ConstPixelView source, std::
     const PixelRect destination = wanted.cut(*limits).cut(there);
     if (destination.isEmpty()) return true;
 
-    const Placed placed{destination, destination.left - shiftX, destination.top - shiftY};
+    source = partOf(source, destination.left - shiftX, destination.top - shiftY, destination);
     const RunBlender blender(GlobalAlpha, grayScale, lightAdj);
     platform::GdiFlush();
-    if (tHost == nullptr) return blendOntoDC(destinationDC, source, placed, blender);
-    blendOntoHost(HostAccess::pixels(*tHost), source, placed, blender);
+    if (tHost == nullptr) return blendOntoDC(destinationDC, destination, source, blender);
+    blendOntoPixels(partOf(HostAccess::pixels(*tHost), destination.left, destination.top, destination), source,
+                    blender);
     return true;
 }
 

@@ -1,24 +1,14 @@
 // Workers that effects and drawing share: lightness-adjusted and mirrored copies of a part of an image.
 #pragma once
+#include "kernels/kernels.h"
 #include "shared/PixelView.h"
-#include <array>
 #include <cstdint>
 
 namespace pixkit {
 
-// A lightness adjustment for runs of pixels: what each alpha adds to the colours or takes from them. Lightness is a
+// A lightness adjustment alone: what each alpha adds to the colours or takes from them. Lightness is a
 // percentage, -100 .. 100, of each pixel's alpha: 0 .. alpha is the range of a premultiplied channel.
-class LightnessTable {
-  public:
-    LightnessTable() noexcept = default; // changes nothing
-    explicit LightnessTable(float Lightness) noexcept;
-    // `dst` may equal `src`, else they do not overlap.
-    void apply(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const;
-
-  private:
-    std::array<std::int16_t, 256> m_adjust{};
-    bool m_lightens = false;
-};
+kernels::Tone spt_LightnessTone(float Lightness) noexcept;
 
 // Fills `rtnArray` with the lightness-adjusted copy of the rectangle of its size whose left edge is SrcX and whose top
 // row is SrcY, counted from the top of `cImage`, within which it lies; both views are bottom-up. `rtnArray` may be the

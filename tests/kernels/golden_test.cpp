@@ -19,7 +19,7 @@ class Fnv1a64 {
     std::uint64_t m_hash = 0xCBF29CE484222325U;
 };
 
-constexpr std::uint64_t goldenChecksum = 0x2D782BD55F10370DU;
+constexpr std::uint64_t goldenChecksum = 0x1A7358C541CCB507U;
 
 std::uint64_t checksum(const Table& table) {
     Fnv1a64 hash;

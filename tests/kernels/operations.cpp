@@ -1,4 +1,5 @@
 #include "operations.h"
+#include "render/PixelWorkers.h"
 
 #include "codecs/jpg/JpgQuantisation.h"
 #include <algorithm>
@@ -47,6 +48,24 @@ std::array<std::int16_t, 256> lightness(int percent) {
     for (int alpha = 0; alpha < 256; ++alpha)
         adjust[static_cast<std::size_t>(alpha)] = static_cast<std::int16_t>(alpha * percent / 100);
     return adjust;
+}
+
+// Light, gray, both, each found by a line and looked up, and at both kinds of opacity.
+const std::vector<Tone>& toneChoices() {
+    static const std::vector<Tone> all = [] {
+        std::vector<Tone> tones;
+        for (const float percent : {0.0F, 25.0F, -37.5F, 100.0F, -100.0F}) {
+            for (unsigned kind = 0; kind < 8; ++kind) {
+                Tone tone = percent == 0.0F ? Tone() : spt_LightnessTone(percent);
+                tone.isLinear = tone.isLinear && (kind & 2) != 0;
+                tone.isGray = (kind & 4) != 0;
+                tone.weights = weightChoices[(kind & 2) == 0 ? 0 : 8];
+                if (tone.isGray || tone.isLight) tones.push_back(tone);
+            }
+        }
+        return tones;
+    }();
+    return all;
 }
 
 std::uint64_t summary(bool result, const AlphaScan& scan) {
@@ -293,6 +312,14 @@ std::vector<Operation> made() {
                            return std::uint64_t{0};
                        },
                        globalAlpha});
+    }
+    for (unsigned choice = 0; choice < toneChoices().size(); ++choice) {
+        all.push_back({"blendToned " + std::to_string(choice), 32, 32, true,
+                       [](const Table& t, Bytes dst, Source src, std::size_t count, unsigned which) {
+                           t.blendToned(dst, src, count, which % 2 == 0 ? 255 : 77, toneChoices()[which]);
+                           return std::uint64_t{0};
+                       },
+                       choice});
     }
     for (const unsigned opacity : {1U, 33U, 50U, 99U, 100U}) {
         all.push_back({"blendToColour " + std::to_string(opacity), 32, 0, true,
