@@ -279,12 +279,20 @@ HRESULT PixSheetObject::TrimImage(::eTrimOptions TrimOptions, VARIANT_BOOL Repor
     });
 }
 
-// Resources other than custom ones, which a ResSection that is no string asks for, are pictures of the host program's
-// and not loaded: they give False.
+// Whatever object the caller has that knows the system's picture interface.
+HRESULT PixSheetObject::LoadPicture_StdPicture(IPictureDisp** Picture, VARIANT_BOOL* result) {
+    if (Picture == nullptr) return E_POINTER;
+    return give(result, [&] { return m_sheet->LoadPicture_StdPicture(pictureOf(*Picture).get()); });
+}
+
 HRESULT PixSheetObject::LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSection, IDispatch* VBglobal, LONG iconCx,
                                              LONG iconCy, LONG streamStart, LONG streamLength, LONG iconBitDepth,
                                              VARIANT_BOOL* result) {
     return give(result, [&] {
+        if (!isCustomResource(ResSection)) {
+            const auto picture = resourcePicture(ResIndex, ResSection, VBglobal, iconCx, iconCy);
+            return m_sheet->LoadPicture_StdPicture(picture.get());
+        }
         const bool loaded = withResource(ResIndex, ResSection, VBglobal, [&](const ByteArray& bytes) {
             return m_sheet->LoadPicture_Stream(bytes, iconCx, iconCy, streamStart, streamLength, false, iconBitDepth);
         });

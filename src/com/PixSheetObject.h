@@ -183,6 +183,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) { return m_sheet->GetOrginalFormat(bytes); });
     }
     STDMETHODIMP SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) override;
+    STDMETHODIMP LoadPicture_StdPicture(IPictureDisp** Picture, VARIANT_BOOL* result) override;
+    STDMETHODIMP LoadPicture_ByHandle(LONG_PTR* Handle, VARIANT_BOOL* result) override {
+        if (Handle == nullptr) return E_POINTER;
+        return give(result, [&] { return m_sheet->LoadPicture_ByHandle(*Handle); });
+    }
 
     // --- saving
 

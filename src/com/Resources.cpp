@@ -1,6 +1,11 @@
 #include "com/Resources.h"
 #include "com/Arrays.h"
 #include "com/Automation.h"
+#include "platform/gdi.h"
+#include "platform/icons.h"
+#include "platform/win32/OlePicture.h"
+#include <algorithm>
+#include <ocidl.h>
 #include <windows.h>
 
 namespace pixkit::com {
@@ -9,10 +14,9 @@ namespace {
 
 using Use = std::function<bool(const ByteArray&)>;
 
-// host.LoadResData(index, section). What the host raises only means that there is nothing.
-HRESULT callLoadResData(IDispatch* host, VARIANT& index, VARIANT& section, VARIANT& result) {
-    wchar_t name[] = L"LoadResData";
-    wchar_t* names[] = {name};
+// host.function(index, section). What the host raises only means that there is nothing.
+HRESULT callHost(IDispatch* host, const wchar_t* function, VARIANT& index, VARIANT& section, VARIANT& result) {
+    wchar_t* names[] = {const_cast<wchar_t*>(function)};
     DISPID id = 0;
     if (const HRESULT status = host->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id); FAILED(status))
         return status;
@@ -29,7 +33,8 @@ HRESULT callLoadResData(IDispatch* host, VARIANT& index, VARIANT& section, VARIA
 
 bool withHostResource(IDispatch* host, VARIANT& index, VARIANT& section, const Use& use) {
     Variant found, value;
-    if (FAILED(callLoadResData(host, index, section, found)) || FAILED(::VariantCopyInd(&value, &found))) return false;
+    if (FAILED(callHost(host, L"LoadResData", index, section, found)) || FAILED(::VariantCopyInd(&value, &found)))
+        return false;
     if (value.vt == (VT_ARRAY | VT_VARIANT)) { // from a host written in script
         SAFEARRAY* bytes = nullptr;
         if (FAILED(arrayFromVariants(value.parray, VT_UI1, LOCALE_INVARIANT, &bytes))) return false;
@@ -42,13 +47,15 @@ bool withHostResource(IDispatch* host, VARIANT& index, VARIANT& section, const U
     return array.isUsable() && use(array.bytes());
 }
 
-bool withProgramResource(VARIANT& index, VARIANT& section, const Use& use) {
+// As the system's functions want it; null for neither a number nor a name.
+const wchar_t* resourceName(VARIANT& index) {
+    if (index.vt == VT_BSTR) return index.bstrVal;
     Variant number;
-    const wchar_t* name = index.bstrVal;
-    if (index.vt != VT_BSTR) {
-        if (FAILED(::VariantChangeType(&number, &index, 0, VT_UI2))) return false;
-        name = MAKEINTRESOURCEW(number.uiVal);
-    }
+    return SUCCEEDED(::VariantChangeType(&number, &index, 0, VT_UI2)) ? MAKEINTRESOURCEW(number.uiVal) : nullptr;
+}
+
+bool withProgramResource(VARIANT& index, VARIANT& section, const Use& use) {
+    const wchar_t* const name = resourceName(index);
     if (name == nullptr || section.bstrVal == nullptr) return false;
     const HMODULE program = ::GetModuleHandleW(nullptr);
     const HRSRC resource = ::FindResourceW(program, name, section.bstrVal);
@@ -58,7 +65,46 @@ bool withProgramResource(VARIANT& index, VARIANT& section, const Use& use) {
     return data != nullptr && use(ByteArray::borrow(data, {0, ::SizeofResource(program, resource)}));
 }
 
+// `kind` counts as the system's IMAGE_BITMAP, IMAGE_ICON and IMAGE_CURSOR do.
+std::unique_ptr<platform::StdPicture> programPicture(VARIANT& index, LONG kind, int iconCx, int iconCy) {
+    const wchar_t* const name = resourceName(index);
+    if (name == nullptr || kind < IMAGE_BITMAP || kind > IMAGE_CURSOR) return nullptr;
+    const bool isBitmap = kind == IMAGE_BITMAP;
+    const HANDLE image =
+        ::LoadImageW(::GetModuleHandleW(nullptr), name, static_cast<UINT>(kind), isBitmap ? 0 : std::max(iconCx, 0),
+                     isBitmap ? 0 : std::max(iconCy, 0), isBitmap ? LR_CREATEDIBSECTION : LR_DEFAULTCOLOR);
+    const auto handle = reinterpret_cast<platform::Handle>(image);
+    const auto type = isBitmap ? platform::PictureType::bitmap : platform::PictureType::icon;
+    auto picture = image != nullptr ? platform::OleCreatePictureIndirect(handle, type, true) : nullptr;
+    if (image != nullptr && !picture) isBitmap ? platform::DeleteObject(handle) : platform::DestroyIcon(handle);
+    return picture;
+}
+
 } // namespace
+
+bool isCustomResource(VARIANT& section) {
+    Variant plain;
+    return SUCCEEDED(::VariantCopyInd(&plain, &section)) && plain.vt == VT_BSTR;
+}
+
+std::unique_ptr<platform::StdPicture> pictureOf(IUnknown* object) {
+    ComPtr<IPicture> picture;
+    if (object == nullptr || FAILED(object->QueryInterface(IID_IPicture, picture.putVoid()))) return nullptr;
+    return platform::wrapPicture(picture.get());
+}
+
+std::unique_ptr<platform::StdPicture> resourcePicture(VARIANT& index, VARIANT& section, IDispatch* host, int iconCx,
+                                                      int iconCy) {
+    Variant plainIndex, plainSection, kind; // references followed
+    if (FAILED(::VariantCopyInd(&plainIndex, &index)) || FAILED(::VariantCopyInd(&plainSection, &section)) ||
+        FAILED(::VariantChangeType(&kind, &plainSection, 0, VT_I4)))
+        return nullptr;
+    if (host == nullptr) return programPicture(plainIndex, kind.lVal, iconCx, iconCy);
+    Variant found, value;
+    if (FAILED(callHost(host, L"LoadResPicture", plainIndex, kind, found)) || FAILED(::VariantCopyInd(&value, &found)))
+        return nullptr;
+    return value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN ? pictureOf(value.punkVal) : nullptr;
+}
 
 bool withResource(VARIANT& index, VARIANT& section, IDispatch* host, const Use& use) {
     Variant plainIndex, plainSection; // references followed

@@ -1,15 +1,56 @@
-// Loading from what the system already has in memory.
+// Loading from what the system or the program already has in memory: pictures, handles, resources.
 #include "codecs/bmp/cBMPparser.h"
+#include "codecs/ico/cICOparser.h"
 #include "diagnostics/guard.h"
+#include "platform/gdi.h"
 #include "platform/pictures.h"
+#include "shared/resources.h"
 #include "surface/cPixSheet.h"
+#include <utility>
 
 namespace pixkit {
 
 bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept {
     const bool loaded = guarded("LoadPicture_StdPicture", false, [&] {
         DestroyDIB();
-        return Picture != nullptr && cBMPparser::ConvertstdPicTo32bpp(*Picture, *this);
+        if (Picture == nullptr) return false;
+        return Picture->Type() == platform::PictureType::icon
+                   ? cICOparser::ConvertstdPicTo32bpp(Picture->handle(), *this)
+                   : cBMPparser::ConvertstdPicTo32bpp(*Picture, *this);
+    });
+    if (!loaded) DestroyDIB();
+    return loaded;
+}
+
+bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
+    const bool loaded = guarded("LoadPicture_ByHandle", false, [&] {
+        if (Handle != 0 && Handle == m_Handle) { // the load frees the image before it reads
+            LoadDIBinDC(false);
+            cPixSheet other;
+            const bool copied = other.LoadPicture_ByHandle(Handle);
+            SwapDIBs(&other);
+            return copied;
+        }
+        DestroyDIB();
+        return platform::GetObjectType(Handle) == platform::ObjectType::bitmap
+                   ? cBMPparser::ConvertstdPicTo32bpp(Handle, *this)
+                   : cICOparser::ConvertstdPicTo32bpp(Handle, *this);
+    });
+    if (!loaded) DestroyDIB();
+    return loaded;
+}
+
+bool cPixSheet::LoadPicture_Resource(const ResourceId& ResIndex, const ResourceId& ResSection, std::int32_t iconCx,
+                                     std::int32_t iconCy, std::int32_t streamStart, std::int32_t streamLength,
+                                     std::int32_t iconBitDepth) noexcept {
+    const bool loaded = guarded("LoadPicture_Resource", false, [&] {
+        const ResourceProvider provider = resourceProvider();
+        if (const auto* const section = std::get_if<std::string>(&ResSection)) {
+            return provider.bytes && LoadPicture_Stream(ByteArray(provider.bytes(ResIndex, *section)), iconCx, iconCy,
+                                                        streamStart, streamLength, false, iconBitDepth);
+        }
+        const auto kind = static_cast<PictureResource>(std::get<std::int32_t>(ResSection));
+        return provider.picture && LoadPicture_StdPicture(provider.picture(ResIndex, kind).get());
     });
     if (!loaded) DestroyDIB();
     return loaded;

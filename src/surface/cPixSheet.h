@@ -9,11 +9,13 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace pixkit {
 
 class LoadRequest;
+using ResourceId = std::variant<std::int32_t, std::string>; // shared/resources.h
 struct RenderRequest;
 namespace platform {
 class StdPicture;
@@ -163,9 +165,16 @@ class cPixSheet {
     bool LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
                             std::int32_t streamStart = 0, std::int32_t streamLength = 0, bool SaveFormat = false,
                             std::int32_t iconBitDepth = 32) noexcept;
-    // Loads a system picture (platform/pictures.h): a bitmap's pixels, or what a metafile draws at its natural size;
-    // null only empties the instance.
+    // Loads a system picture (platform/pictures.h): the pixels of a bitmap or icon, or what a metafile draws at its
+    // natural size; null only empties the instance.
     bool LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept;
+    // Loads a bitmap, icon or cursor by its handle, which stays the caller's. False for any other.
+    bool LoadPicture_ByHandle(std::intptr_t Handle) noexcept;
+    // Loads a resource of the program's, which its resource provider (shared/resources.h) gives: for a ResSection that
+    // is a name, bytes, taken as by LoadPicture_Stream; for a number (0 bitmap, 1 icon, 2 cursor) a picture.
+    bool LoadPicture_Resource(const ResourceId& ResIndex, const ResourceId& ResSection, std::int32_t iconCx = 32,
+                              std::int32_t iconCy = 32, std::int32_t streamStart = 0, std::int32_t streamLength = 0,
+                              std::int32_t iconBitDepth = 32) noexcept;
     // Loads the kept original-format bytes again, which are kept again. False, and empty, when there are none.
     bool LoadPicture_FromOrignalFormat(std::int32_t iconCx = 32, std::int32_t iconCy = 32,
                                        std::int32_t iconBitDepth = 32) noexcept;

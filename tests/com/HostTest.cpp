@@ -3,6 +3,7 @@
 #include "Server.h"
 #include <algorithm>
 #include <cstring>
+#include <olectl.h>
 #include <set>
 
 namespace pixkit::test {
@@ -156,11 +157,22 @@ class Host final : public IDispatch {
     STDMETHODIMP GetTypeInfoCount(UINT* count) override { return *count = 0, S_OK; }
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
-        *ids = 77;
-        return ::lstrcmpiW(names[0], L"LoadResData") == 0 ? S_OK : DISP_E_UNKNOWNNAME;
+        *ids = ::lstrcmpiW(names[0], L"LoadResData") == 0 ? 77 : 78;
+        return *ids == 77 || ::lstrcmpiW(names[0], L"LoadResPicture") == 0 ? S_OK : DISP_E_UNKNOWNNAME;
     }
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
                         UINT*) override {
+        if (id == 78) {
+            EXPECT_EQ(arguments->rgvarg[1].lVal, 101);
+            EXPECT_EQ(arguments->rgvarg[0].lVal, 1) << "an icon";
+            PICTDESC description{};
+            description.cbSizeofstruct = sizeof description;
+            description.picType = PICTYPE_ICON;
+            description.icon.hicon = ::CopyIcon(::LoadIconW(nullptr, IDI_APPLICATION));
+            result->vt = VT_DISPATCH;
+            return ::OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE,
+                                              reinterpret_cast<void**>(&result->pdispVal));
+        }
         const bool asked = id == 77 && arguments->cArgs == 2 && arguments->rgvarg[1].lVal == 101 &&
                            std::wstring(arguments->rgvarg[0].bstrVal) == L"PICTURES";
         if (!asked) {
@@ -186,6 +198,12 @@ TEST_F(Resources, TheHostsGlobalObjectIsAskedByName) {
     EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {number(102), text(L"PICTURES"), object(&host)}, &loaded),
               S_OK);
     EXPECT_EQ(loaded.boolVal, VARIANT_FALSE) << "what the host raises is no result";
+    short icon = 1;
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {number(101), typed(VT_I2, &icon), object(&host)}, &loaded),
+              S_OK);
+    EXPECT_EQ(loaded.boolVal, VARIANT_TRUE) << "a picture of the host's";
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {number(102), text(L"PICTURES"), object(&host)}, &loaded),
+              S_OK);
     LONG width = -1;
     sheet->get_Width(&width);
     EXPECT_EQ(width, 0) << "a failed load leaves the instance empty";
@@ -199,7 +217,9 @@ TEST_F(Resources, WithoutAHostObjectTheProgramsOwnResourcesServe) {
         {number(7), text(L"PICTURES"), VARIANT_TRUE},   {text(L"SPRITE"), text(L"pictures"), VARIANT_TRUE},
         {text(L"#7"), text(L"PICTURES"), VARIANT_TRUE}, {number(8), text(L"PICTURES"), VARIANT_FALSE},
         {number(7), text(L""), VARIANT_FALSE},          {number(-1), text(L"PICTURES"), VARIANT_FALSE},
-        {number(7), number(0), VARIANT_FALSE}, // a picture of the host's, which is no custom resource
+        {number(7), number(0), VARIANT_TRUE},           {number(7), number(1), VARIANT_TRUE},
+        {number(8), number(0), VARIANT_FALSE},          {number(7), number(2), VARIANT_FALSE},
+        {number(7), number(3), VARIANT_FALSE},
     };
     for (const auto& row : rows) {
         Variant loaded;
