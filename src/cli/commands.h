@@ -21,18 +21,46 @@ struct InfoRequest {
 };
 int info(const InfoRequest& request, Console& console);
 
-struct ConvertRequest {
-    std::vector<std::string> paths; // the inputs and, last, the file or folder for the results
-    IconChoice icon = {};
-    std::vector<EffectStep> steps;
+struct SavingOptions {
     std::optional<std::int32_t> background; // BMP: what transparent pixels are flattened onto; nothing = black
     bool keepAlpha = false;                 // BMP; TGA always keeps it
     bool tgaRle = false;
     bool tgaPalette = false;
     bool overwrite = false;
 };
+
+struct ConvertRequest : SavingOptions {
+    std::vector<std::string> paths; // the inputs and, last, the file or folder for the results
+    IconChoice icon = {};
+    std::vector<EffectStep> steps;
+    std::string fit; // of the steps that resize; settled when the line has been read
+};
 // Throws UsageError when the paths make no sense together.
 int convert(const ConvertRequest& request, Console& console);
+
+// A picture and where it goes on the canvas; x and y may lie outside.
+struct ComposeLayer {
+    std::string file;
+    std::int32_t x = 0, y = 0;
+    std::int32_t opacity = 100; // per cent, 1 .. 100
+};
+// 'FILE[@X,Y][:OPACITY%]'. Throws UsageError.
+ComposeLayer parseLayer(const std::string& text);
+
+struct ComposeCanvas {
+    std::int32_t width, height;
+    std::optional<std::int32_t> colour; // nothing: transparent
+};
+// 'WxH[:COLOUR]'. Throws UsageError.
+ComposeCanvas parseCanvas(const std::string& text);
+
+struct ComposeRequest : SavingOptions {
+    std::string output;
+    IconChoice icon = {};
+    std::optional<ComposeCanvas> canvas; // nothing: transparent, and large enough for every layer
+    std::vector<ComposeLayer> layers;    // the lowest first
+};
+int compose(const ComposeRequest& request, Console& console);
 
 struct GalleryRequest {
     std::vector<std::string> pictures;

@@ -3,24 +3,18 @@
 #include "cli/UsageError.h"
 #include "cli/commands.h"
 #include "cli/files.h"
+#include "cli/saving.h"
 #include "cli/text.h"
 #include "surface/cPixSheet.h"
 #include <filesystem>
 #include <map>
 #include <ostream>
-#include <stdexcept>
 
 namespace pixkit::cli {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-// One input after the other could not be done; the reason goes to the person, the rest goes on.
-class Failed : public std::runtime_error {
-  public:
-    Failed(const std::string& file, const std::string& reason) : std::runtime_error(file + ": " + reason) {}
-};
 
 // Where results go: one named file, or a folder that gives each its input's name.
 class Destination {
@@ -64,35 +58,22 @@ class Destination {
 
 void convertOne(const std::string& input, const fs::path& targetPath, const ConvertRequest& request,
                 MessageBoxes& boxes, std::ostream& out) {
-    const std::string target = toUtf8(targetPath);
     boxes.about(input);
     cPixSheet sheet;
     if (!load(sheet, input, request.icon)) throw Failed(input, loadFailureReason(toPath(input)));
+    sheet.HighQualityInterpolation(true); // until --nearest says otherwise
     for (const EffectStep& step : request.steps) {
-        if (!step.apply(sheet)) throw Failed(input, step.option + " failed, perhaps for lack of memory");
+        if (!step.apply(sheet)) throw Failed(input, step.option + " " + step.refusal);
     }
-    boxes.about(target);
-    const bool saved =
-        isTga(targetPath)
-            ? sheet.SaveToFile_TGA(target, request.tgaRle, request.tgaPalette, false, !request.overwrite)
-            : sheet.SaveToFile_Bitmap(target, request.keepAlpha, request.background.value_or(0), !request.overwrite);
-    if (!saved) {
-        throw Failed(target, boxes.refused() ? "exists already and was kept; --overwrite replaces it"
-                                             : saveFailureReason(targetPath));
-    }
-    out << input << " -> " << target << '\n';
+    savePicture(sheet, targetPath, request, boxes);
+    out << input << " -> " << toUtf8(targetPath) << '\n';
 }
 
 } // namespace
 
 int convert(const ConvertRequest& request, Console& console) {
     Destination destination(request.paths);
-    if (destination.isTga() && request.background) {
-        throw UsageError("--background is for .bmp files; a .tga file keeps alpha");
-    }
-    if (!destination.isTga() && (request.tgaRle || request.tgaPalette)) {
-        throw UsageError("--tga-rle and --tga-palette are for .tga files, and the result is .bmp");
-    }
+    checkSaving(request, destination.isTga());
     MessageBoxes boxes(console);
     int exitCode = exitOk;
     const auto attempt = [&](const auto& work) {

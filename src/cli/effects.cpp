@@ -1,12 +1,17 @@
 #include "cli/effects.h"
 #include "cli/UsageError.h"
+#include "cli/effect_parsing.h"
 #include "cli/text.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <array>
-#include <charconv>
 
 namespace pixkit::cli {
+
+std::string colourLiteral(std::int32_t colour) {
+    const std::string rgb = formatColour(colour);
+    return "0x" + rgb.substr(5, 2) + rgb.substr(3, 2) + rgb.substr(1, 2);
+}
 
 namespace {
 
@@ -47,14 +52,6 @@ EffectStep parseInvert(const std::string&) {
     return {"", "Inverted", "MakeImageInverse()", {}, [](cPixSheet& sheet) { return sheet.MakeImageInverse(); }};
 }
 
-// False when something stands behind the number.
-template <class Number>
-bool parseEntirely(std::string_view text, Number& value) {
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    return result.ec == std::errc{} && result.ptr == end;
-}
-
 EffectStep lightness(const std::string& argument, float sign, const char* direction) {
     float percent = 0;
     // The negated test refuses a NaN as well. Zero would be refused by the member.
@@ -74,12 +71,6 @@ EffectStep parseLighten(const std::string& argument) {
 
 EffectStep parseDarken(const std::string& argument) {
     return lightness(argument, -1.0F, "darker");
-}
-
-// A COLORREF as C++ has it; its digits stand in the order blue, green, red.
-std::string colourLiteral(std::int32_t colour) {
-    const std::string rgb = formatColour(colour);
-    return "0x" + rgb.substr(5, 2) + rgb.substr(3, 2) + rgb.substr(1, 2);
 }
 
 EffectStep parseTransparent(const std::string& argument) {
@@ -127,7 +118,7 @@ EffectStep parseMirror(const std::string& argument) {
             [x, y](cPixSheet& sheet) { return sheet.MirrorImage(x, y); }};
 }
 
-constexpr std::array<EffectOption, 8> table = {{
+constexpr std::array<EffectOption, 15> table = {{
     {"--grayscale", "FORMULA",
      "To grey by ntscpal, ccir709, simpleavg, redmask, greenmask,\nbluemask, redgreenmask or bluegreenmask",
      parseGrayscale},
@@ -138,6 +129,16 @@ constexpr std::array<EffectOption, 8> table = {{
     {"--fill", "COLOUR", "Fully transparent pixels become this colour", parseFill},
     {"--blend", "COLOUR[:PERCENT]", "Mixed with a colour, at 33 % unless said otherwise", parseBlend},
     {"--mirror", "AXES", "x: left to right, y: top to bottom, xy: both", parseMirror},
+    {"--resize", "SIZE",
+     "To WxH pixels, in proportion, or WxH:FIT with a FIT as in\n--fit; or to a percentage, such as 50%", parseResize},
+    {"--nearest", nullptr, "From here on resize and rotate by nearest pixels, with hard\nedges", parseNearest},
+    {"--opacity", "PERCENT", "Made translucent, from 1 to 100 %", parseOpacity},
+    {"--shadow", "DEPTH[:COLOUR]", "A shadow at the lower right, 0 to 10 pixels soft, of black\nunless said otherwise",
+     parseShadow},
+    {"--checkerboard", "[=SIZE]", "Put on a checkerboard with squares of 12 pixels unless\nsaid otherwise",
+     parseCheckerboard, "12"},
+    {"--tile", "WxH", "Repeated over a picture of that size", parseTile},
+    {"--trim", nullptr, "Transparent borders cut off", parseTrim},
 }};
 
 } // namespace
@@ -151,7 +152,11 @@ EffectStep makeStep(const EffectOption& option, const std::string& argument) {
         EffectStep step = option.parse(argument);
         const bool quoted = argument.starts_with('#'); // a shell would read the rest of the line as a comment
         step.option = option.name;
-        if (option.argument != nullptr) step.option += quoted ? " '" + argument + "'" : " " + argument;
+        if (option.argumentLeftOut != nullptr) {
+            if (argument != option.argumentLeftOut) step.option += "=" + argument;
+        } else if (option.argument != nullptr) {
+            step.option += quoted ? " '" + argument + "'" : " " + argument;
+        }
         return step;
     } catch (const UsageError& error) {
         throw UsageError(std::string(option.name) + ": " + error.what());

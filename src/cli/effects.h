@@ -16,11 +16,12 @@ namespace pixkit::cli {
 
 // One effect with its settings, ready to be applied.
 struct EffectStep {
-    std::string option;                          // as on the command line: "--lighten 25"
-    std::string title;                           // for people: "25 % lighter"
-    std::string call;                            // the member behind it: "MakeLighterDarker(25)"
-    std::optional<std::int32_t> colour;          // the COLORREF in it, to be shown
-    std::function<bool(cPixSheet& sheet)> apply; // what the member answers
+    std::string option;                                         // as on the command line: "--lighten 25"
+    std::string title;                                          // for people: "25 % lighter"
+    std::string call;                                           // the member behind it: "MakeLighterDarker(25)"
+    std::optional<std::int32_t> colour;                         // the COLORREF in it, to be shown
+    std::function<bool(cPixSheet& sheet)> apply;                // what the member answers
+    const char* refusal = "failed, perhaps for lack of memory"; // what it means when that is false
 };
 
 struct EffectOption {
@@ -29,6 +30,7 @@ struct EffectOption {
     const char* help;
     // Throws UsageError when the argument makes no sense. Leaves the step's `option` to makeStep.
     EffectStep (*parse)(const std::string& argument);
+    const char* argumentLeftOut = nullptr; // of an option whose argument may be left out: what it is then
 };
 
 std::span<const EffectOption> effectOptions();

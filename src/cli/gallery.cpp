@@ -54,7 +54,40 @@ std::optional<std::int32_t> mostFrequentOpaqueColour(const cPixSheet& sheet) {
     return best;
 }
 
-std::vector<Effect> effectsFor(const cPixSheet& picture) {
+// Sizes follow the picture's, up to what a page can show side by side.
+void addDrawings(std::vector<Effect>& effects, cPixSheet& picture) {
+    const auto add = [&](const char* group, std::vector<EffectStep> steps) {
+        effects.push_back({group, nullptr, std::move(steps)});
+    };
+    const std::int32_t width = std::clamp(picture.Width(), 8, 600);
+    const std::int32_t height = std::clamp(picture.Height(), 8, 600);
+    const auto sizeText = [](std::int32_t x, std::int32_t y) { return std::to_string(x) + "x" + std::to_string(y); };
+    add("Size", {makeStep("--resize", "50%")});
+    add("Size", {makeStep("--resize", sizeText(width, height / 2) + ":stretch")});
+    add("Size", {makeStep("--resize", sizeText(width / 2, height) + ":stretch")});
+    if (picture.TrimImage(trimAll, true)) add("Size", {makeStep("--trim", "")}); // not where nothing would be left
+    // A part seen from near shows what interpolation does.
+    for (const bool nearest : {false, true}) {
+        std::vector<EffectStep> steps = {makeStep("--resize", sizeText(width / 4, height / 4))};
+        if (nearest) steps.push_back(makeStep("--nearest", ""));
+        steps.push_back(makeStep("--resize", "400%"));
+        effects.push_back({"Size", nearest ? "A quarter, enlarged by nearest pixels" : "A quarter, enlarged smoothly",
+                           std::move(steps)});
+    }
+    for (const char* opacity : {"75", "50", "25"})
+        add("Opacity", {makeStep("--opacity", opacity)});
+    add("Backdrop", {makeStep("--shadow", "4")});
+    add("Backdrop", {makeStep("--shadow", "10:#0000ff")});
+    add("Backdrop", {makeStep("--checkerboard", "12")});
+    effects.push_back(
+        {"Backdrop", "Shadow over a checkerboard", {makeStep("--shadow", "6"), makeStep("--checkerboard", "8")}});
+    effects.push_back({"Tiles",
+                       "A third, tiled",
+                       {makeStep("--resize", sizeText(std::max(width / 3, 1), std::max(height / 3, 1))),
+                        makeStep("--tile", sizeText(width, height))}});
+}
+
+std::vector<Effect> effectsFor(cPixSheet& picture) {
     constexpr const char* fillColour = "#ffb000";
     std::vector<Effect> effects;
     const auto add = [&](const char* group, const char* option, const std::string& argument) {
@@ -79,6 +112,7 @@ std::vector<Effect> effectsFor(const cPixSheet& picture) {
     if (picture.Alpha() != AlphaNone) add("Colour", "--fill", fillColour);
     for (const char* axes : {"x", "y", "xy"})
         add("Mirror", "--mirror", axes);
+    addDrawings(effects, picture);
     return effects;
 }
 
@@ -95,6 +129,8 @@ class PictureFolder {
         constexpr std::int64_t largestWithDownload = 1'000'000; // pixels
         GalleryCard card;
         card.alpha = alphaName(sheet.Alpha()).word;
+        card.width = sheet.Width();
+        card.height = sheet.Height();
         card.colourFile = write(sheet, name + ".bmp", false);
         if (sheet.Alpha() == AlphaNone) return card;
         card.maskFile = saveMask(sheet);
@@ -151,10 +187,11 @@ class PictureFolder {
 GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string& number, PictureFolder& folder) {
     cPixSheet copy;
     picture.CopyImageTo(copy);
+    copy.HighQualityInterpolation(true);
     std::string fileName = number;
     std::string options;
     for (const EffectStep& step : effect.steps) {
-        if (!step.apply(copy)) throw GalleryError(step.option + " failed, perhaps for lack of memory");
+        if (!step.apply(copy)) throw GalleryError(step.option + " " + step.refusal);
         options += (options.empty() ? "" : " ") + step.option;
         fileName += step.option.substr(1, step.option.find(' ') - 1);
     }
@@ -175,8 +212,6 @@ GalleryPicture makePicture(const std::string& file, const IconChoice& icon, cons
     PictureFolder folder(gallery, folderName);
     GalleryPicture picture;
     picture.name = toUtf8(toPath(file).filename());
-    picture.width = sheet.Width();
-    picture.height = sheet.Height();
     std::error_code gone; // the file may be deleted under our hands
     const std::uintmax_t bytes = fs::file_size(toPath(file), gone);
     picture.facts = std::to_string(sheet.Width()) + " × " + std::to_string(sheet.Height()) + " pixels · " +

@@ -54,25 +54,25 @@ std::string link(const std::string& file, const std::string& text) {
 }
 
 // Very small pictures are shown larger, pixel by pixel.
-std::int32_t magnification(const GalleryPicture& picture) {
-    const std::int32_t longest = std::max({picture.width, picture.height, 1});
+std::int32_t magnification(const GalleryCard& card) {
+    const std::int32_t longest = std::max({card.width, card.height, 1});
     return longest > 64 ? 1 : 128 / longest;
 }
 
-std::string image(const GalleryPicture& picture, const std::string& file, const char* cssClass,
+std::string image(const GalleryCard& card, const std::string& file, const char* cssClass,
                   const std::string& alternative) {
-    const std::int32_t scale = magnification(picture);
+    const std::int32_t scale = magnification(card);
     return std::string("<img") + (*cssClass != '\0' ? std::string(" class=\"") + cssClass + "\"" : "") + " src=\"" +
-           urlPath(file) + "\" alt=\"" + htmlText(alternative) + "\" width=\"" + std::to_string(picture.width * scale) +
-           "\" height=\"" + std::to_string(picture.height * scale) + "\" loading=\"lazy\" decoding=\"async\">";
+           urlPath(file) + "\" alt=\"" + htmlText(alternative) + "\" width=\"" + std::to_string(card.width * scale) +
+           "\" height=\"" + std::to_string(card.height * scale) + "\" loading=\"lazy\" decoding=\"async\">";
 }
 
 void writeFrame(std::ostream& html, const GalleryPicture& picture, const GalleryCard& card) {
     const std::string alternative = picture.name + ", " + card.title;
-    html << "<div class=\"frame\"><a class=\"picture" << (magnification(picture) > 1 ? " tiny" : "") << "\" href=\""
+    html << "<div class=\"frame\"><a class=\"picture" << (magnification(card) > 1 ? " tiny" : "") << "\" href=\""
          << urlPath(card.savedFile.empty() ? card.colourFile : card.savedFile) << "\">";
-    if (!card.maskFile.empty()) html << image(picture, card.maskFile, "mask", "");
-    html << image(picture, card.colourFile, "", alternative) << "</a></div>\n";
+    if (!card.maskFile.empty()) html << image(card, card.maskFile, "mask", "");
+    html << image(card, card.colourFile, "", alternative) << "</a></div>\n";
 }
 
 void writeCaption(std::ostream& html, const GalleryCard& card) {
@@ -113,7 +113,8 @@ void writeGalleryPage(std::ostream& html, const std::vector<GalleryPicture>& pic
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>pixkit gallery</title>\n"
             "<style>"
          << style << "</style>\n</head>\n<body>\n<header>\n<h1>pixkit gallery</h1>\n"
-         << "<p class=\"soft\">Each picture was loaded, changed by one call and saved as BMP. The checkerboard shows "
+         << "<p class=\"soft\">Each picture was loaded, changed by the calls under it and saved as BMP. The "
+            "checkerboard shows "
             "where a result is transparent.</p>\n<nav>\n";
     for (std::size_t i = 0; i < pictures.size(); ++i)
         html << "<a href=\"#" << anchor(i) << "\">" << htmlText(pictures[i].name) << "</a>\n";

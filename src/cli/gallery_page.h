@@ -17,7 +17,9 @@ struct GalleryCard {
     std::string alpha;                 // the alpha class in words
     std::string colourFile;            // 24 bits a pixel; premultiplied when there is a mask
     std::string maskFile;              // grey = 255 - alpha; empty for an opaque picture
-    std::string savedFile;             // 32 bits a pixel with premultiplied alpha; empty where it was left out
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+    std::string savedFile; // 32 bits a pixel with premultiplied alpha; empty where it was left out
 };
 
 struct GalleryGroup {
@@ -28,8 +30,6 @@ struct GalleryGroup {
 struct GalleryPicture {
     std::string name;
     std::string facts; // size, type, alpha class, bytes
-    std::int32_t width = 0;
-    std::int32_t height = 0;
     GalleryCard original;
     std::vector<GalleryGroup> groups;
 };

@@ -231,6 +231,20 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         return fill(outStream, Reuse::no, result,
                     [&](ByteArray& bytes) { return m_sheet->SaveToStream_JPG(bytes, Quality); });
     }
+    STDMETHODIMP SaveToFile_GIF(BSTR FileName, VARIANT_BOOL UseAdaptivePalette, BYTE OpaquenessTolerance,
+                                VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
+        return give(result, [&] {
+            return m_sheet->SaveToFile_GIF(toUtf8(FileName), isTrue(UseAdaptivePalette), OpaquenessTolerance,
+                                           isTrue(PromptOverWrite));
+        });
+    }
+    STDMETHODIMP SaveToStream_GIF(SAFEARRAY** outStream, VARIANT_BOOL UseAdaptivePalette, BYTE OpaquenessTolerance,
+                                  VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
+        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) {
+            return m_sheet->SaveToStream_GIF(bytes, isTrue(UseAdaptivePalette), OpaquenessTolerance,
+                                             isTrue(PromptOverWrite));
+        });
+    }
 
     STDMETHODIMP SaveToFile_PNG(BSTR FileName, VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
         return give(result, [&] { return m_sheet->SaveToFile_PNG(toUtf8(FileName), isTrue(PromptOverWrite)); });

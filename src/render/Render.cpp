@@ -11,6 +11,7 @@
 #include "surface/cPixSheet.h"
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 namespace pixkit {
 
@@ -111,18 +112,14 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
                               SrcY,          srcWidth,        srcHeight, Opacity,       SetHalfTone, destHostDIB,
                               grayScale,     LightAdjustment, Angle,     CenterOnDestXY};
         request.normalise(m_Width, m_Height);
-        if (request.isRotating()) return pvRotate(request);
+        if (request.isRotating()) {
+            return spt_RotateImage(HostAccess::pixels(std::as_const(*this)), m_StretchQuality, request.destinationDC,
+                                   request.Angle, request.destX, request.destY, request.destWidth, request.destHeight,
+                                   request.SrcX, request.SrcY, request.srcWidth, request.srcHeight, request.Opacity,
+                                   request.destHostDIB, request.grayScale, request.LightAdjustment);
+        }
         return pvCanUseAlphaBlend(request) ? pvAlphaBlend(request) : pvRenderInSoftware(request);
     });
-}
-
-bool cPixSheet::pvRotate(const RenderRequest& request) const {
-    const DestinationDC destination(request);
-    platform::GdiFlush();
-    return spt_RotateImage(HostAccess::pixels(*this), m_StretchQuality, destination.get(), request.Angle, request.destX,
-                           request.destY, request.destWidth, request.destHeight, request.SrcX, request.SrcY,
-                           request.srcWidth, request.srcHeight, request.Opacity, request.destHostDIB, request.grayScale,
-                           request.LightAdjustment);
 }
 
 bool cPixSheet::pvCanUseAlphaBlend(const RenderRequest& request) const {

@@ -1,6 +1,7 @@
 // Every save to a file first settles whether the target may be written, then runs the writer that serves streams too,
 // on a file beside the target, which takes the target's place when it is complete: a full disk costs nobody both.
 #include "codecs/bmp/cBMPparser.h"
+#include "codecs/gif/cGIFparser.h"
 #include "codecs/jpg/cJPGWriter.h"
 #include "codecs/png/cPNGwriter.h"
 #include "codecs/tga/cTGAparser.h"
@@ -97,6 +98,24 @@ bool cPixSheet::SaveToStream_JPG(ByteArray& outStream, std::int32_t Quality) con
     constexpr std::int32_t black = 0;
     return guarded("SaveToStream_JPG", false,
                    [&] { return cJPGWriter::SaveAsJPG(*this, "", outStream, Quality, black); });
+}
+
+bool cPixSheet::SaveToFile_GIF(const std::string& FileName, bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance,
+                               bool PromptOverWrite) const noexcept {
+    return guarded("SaveToFile_GIF", false, [&] {
+        ByteArray noStream;
+        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
+            return cGIFparser::SaveAsGIF(*this, name, noStream, UseAdaptivePalette, OpaquenessTolerance);
+        });
+    });
+}
+
+// PromptOverWrite is part of the interface only: an array is no file that could be lost.
+bool cPixSheet::SaveToStream_GIF(ByteArray& outStream, bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance,
+                                 bool /*PromptOverWrite*/) const noexcept {
+    return guarded("SaveToStream_GIF", false, [&] {
+        return cGIFparser::SaveAsGIF(*this, "", outStream, UseAdaptivePalette, OpaquenessTolerance);
+    });
 }
 
 } // namespace pixkit

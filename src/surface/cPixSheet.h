@@ -232,6 +232,17 @@ class cPixSheet {
                         bool PromptOverWrite = true) const noexcept;
     // The bytes of that file, flattened onto black, in one dimension from 0. On failure outStream keeps what it held.
     bool SaveToStream_JPG(ByteArray& outStream, std::int32_t Quality = 70) const noexcept;
+    // Saves as a GIF file. Where Alpha says that there is alpha, pixels whose alpha is below OpaquenessTolerance become
+    // transparent and all others opaque, in their straight colours (GetPixel's rule). UseAdaptivePalette: the image's
+    // own colours when they are at most 256, transparency counting as one, else a palette that fits it; without, the
+    // 216 web-safe colours, with errors diffused. Overwriting and failure as for SaveToFile_Bitmap; false also for more
+    // than 65,535 columns or rows.
+    bool SaveToFile_GIF(const std::string& FileName, bool UseAdaptivePalette = true,
+                        std::uint8_t OpaquenessTolerance = 128, bool PromptOverWrite = true) const noexcept;
+    // The bytes of that file in one dimension from 0; nobody is asked anything. On failure outStream keeps what it
+    // held.
+    bool SaveToStream_GIF(ByteArray& outStream, bool UseAdaptivePalette = true, std::uint8_t OpaquenessTolerance = 128,
+                          bool PromptOverWrite = true) const noexcept;
 
     // --- effects, in place (render/Effects.cpp); false, and nothing done, without an image
 
@@ -262,8 +273,8 @@ class cPixSheet {
     // - Blend has no effect. SetHalfTone sets that stretch mode while the system draws.
     // - grayScale (gsclNone = none) and LightAdjustment (-100 .. 100 per cent, else ignored) change what is drawn.
     // - CenterOnDestXY takes destX, destY as the centre of the destination.
-    // - Angle, in degrees, turns the destination rectangle as a whole about its centre, clockwise as seen; edges fade
-    //   with HighQualityInterpolation. Whole turns do nothing.
+    // - Angle turns the stretched rectangle clockwise about its centre, in degrees; multiples of 90 move the pixels of
+    //   an unstretched picture without mixing them.
     //
     // The system's AlphaBlend draws where isAlphaBlendFriendly, as long as nothing is mirrored, gray, adjusted or
     // stretched with interpolation; it rounds. All else is drawn by the component with divisions that truncate, onto a
@@ -337,7 +348,6 @@ class cPixSheet {
                      eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache, CursorHotspot hotspot) noexcept;
     bool pvOverlapsStore(const ByteArray& array) const noexcept;
     void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat);
-    bool pvRotate(const RenderRequest& request) const;
     bool pvCanUseAlphaBlend(const RenderRequest& request) const;
     bool pvAlphaBlend(const RenderRequest& request);
     bool pvRenderInSoftware(RenderRequest request) const;

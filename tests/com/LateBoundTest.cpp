@@ -200,7 +200,7 @@ TEST_F(LateBound, ShadowsBoardsAndTrimmingGiveWhatScriptsAskedFor) {
     EXPECT_EQ(call(made.pdispVal, L"GetPixel", {number(4), number(3), variable(alpha)}, &shade), S_OK);
     EXPECT_EQ(alpha.lVal, 255 / 25);
 
-    VARIANT left = text(L"none"), height = left;
+    VARIANT left = text(L"17"), height = number(0);
     EXPECT_EQ(call(sheet.get(), L"TrimImage",
                    {missing(), number(-1), variable(left), missing(), missing(), variable(height)}, &done),
               S_OK);

@@ -79,6 +79,24 @@ TEST(Rotation, QuarterTurnsMoveOrLosePixels) {
     }
 }
 
+TEST(Rotation, IsNotWhatRenderDrawsAtAnAngle) {
+    cPixSheet image;
+    number(image, 3, 2);
+    cPixSheet host;
+    host.InitializeDIB(5, 4);
+    // Centred on 2, 2: the rectangle starts at 1, 1. A negative source height turns it upside down first.
+    ASSERT_TRUE(image.Render(0, 2, 2, 0, 0, 0, 0, 0, -2, 100, true, true, &host, gsclNone, 0, 90, true));
+    EXPECT_EQ(numbersOf(host), ".14../.25../.36../.....");
+    cPixSheet screen; // as a device context
+    screen.InitializeDIB(5, 4);
+    ASSERT_TRUE(
+        image.Render(screen.LoadDIBinDC(true), 1, 1, 0, 0, 0, 0, 0, 0, 100, true, true, nullptr, gsclNone, 0, 180));
+    screen.LoadDIBinDC(false);
+    const auto pixels = pixelsOf(screen);
+    EXPECT_EQ(pixels[6][0], 6);
+    EXPECT_EQ(pixels[13][0], 1);
+}
+
 // A white disc's worth of picture keeps its weight wherever it is turned: nothing is lost at edges, nor drawn twice.
 TEST(Rotation, LosesOrAddsWeightOrMovesTheCentre) {
     cPixSheet image;

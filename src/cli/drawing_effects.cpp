@@ -1,0 +1,225 @@
+// Effects that give the picture another size, or draw it onto a fresh image that takes its place.
+#include "cli/UsageError.h"
+#include "cli/effect_parsing.h"
+#include "surface/cPixSheet.h"
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <numbers>
+
+namespace pixkit::cli {
+
+PictureSize parseSize(std::string_view text) {
+    PictureSize size{};
+    const std::size_t x = text.find('x');
+    if (x == std::string_view::npos || !parseEntirely(text.substr(0, x), size.width) ||
+        !parseEntirely(text.substr(x + 1), size.height) || size.width < 1 || size.height < 1) {
+        throw UsageError("'" + std::string(text) + "' is not a size; write it as WxH, such as 640x480");
+    }
+    return size;
+}
+
+void classifyAlpha(cPixSheet& sheet) {
+    const std::uint8_t* const pixels = sheet.BitsPointer();
+    const std::size_t count = static_cast<std::size_t>(sheet.Width()) * static_cast<std::size_t>(sheet.Height());
+    AlphaTypeEnum alpha = AlphaNone;
+    for (std::size_t i = 0; i < count && alpha != AlphaComplex; ++i) {
+        const std::uint8_t value = pixels[4 * i + 3];
+        if (value != 255) alpha = value == 0 ? AlphaSimple : AlphaComplex;
+    }
+    sheet.Alpha(alpha);
+}
+
+namespace {
+
+// Puts a fresh image of that size in the picture's place, with what `draw` makes of the picture on it.
+template <class Draw>
+bool redraw(cPixSheet& sheet, std::int32_t width, std::int32_t height, Draw&& draw) {
+    cPixSheet canvas;
+    if (!canvas.InitializeDIB(width, height) || !draw(canvas)) return false;
+    classifyAlpha(canvas);
+    sheet.SwapDIBs(&canvas);
+    return true;
+}
+
+bool drawOn(cPixSheet& canvas, cPixSheet& sheet, std::int32_t x, std::int32_t y, std::int32_t opacity = 100,
+            float angle = 0) {
+    sheet.isAlphaBlendFriendly(false); // which rounds otherwise on some systems: the same bytes everywhere
+    return sheet.Render(0, x, y, 0, 0, 0, 0, 0, 0, opacity, true, true, &canvas, gsclNone, 0, angle);
+}
+
+std::int32_t percentOf(std::int32_t size, double percent) {
+    return static_cast<std::int32_t>(std::clamp(std::round(size * percent / 100), 1.0, 2147483647.0));
+}
+
+EffectStep resizeByPercent(const std::string& argument) {
+    double percent = 0;
+    if (!parseEntirely(std::string_view(argument).substr(0, argument.size() - 1), percent) ||
+        !(percent > 0 && percent <= 10000)) {
+        throw UsageError("'" + argument + "' is not a percentage above 0 and up to 10000");
+    }
+    const std::string factor = argument.substr(0, argument.size() - 1) + " / 100";
+    return {"",
+            "Resized to " + argument.substr(0, argument.size() - 1) + " %",
+            "Resize(Width * " + factor + ", Height * " + factor + ")",
+            {},
+            [percent](cPixSheet& sheet) {
+                return sheet.Resize(percentOf(sheet.Width(), percent), percentOf(sheet.Height(), percent));
+            }};
+}
+
+struct Fit {
+    const char* word;
+    const char* constant;
+    const char* title;
+    eScaleOptions value;
+};
+constexpr std::array<Fit, 3> fits = {{{"size", "ScaleToSize", "Resized to fit ", ScaleToSize},
+                                      {"down", "scaleDownAsNeeded", "Made smaller to fit ", scaleDownAsNeeded},
+                                      {"stretch", "ScaleStretch", "Stretched to ", ScaleStretch}}};
+
+const Fit& parseFit(const std::string& word) {
+    const auto found = std::ranges::find_if(fits, [&](const Fit& fit) { return word == fit.word; });
+    if (found == fits.end()) throw UsageError("'" + word + "' is not a way to fit; known are size, down and stretch");
+    return *found;
+}
+
+} // namespace
+
+EffectStep parseResize(const std::string& argument) {
+    if (argument.ends_with('%')) return resizeByPercent(argument);
+    const std::size_t colon = argument.find(':');
+    const PictureSize size = parseSize(std::string_view(argument).substr(0, colon));
+    const Fit& fit = colon == std::string::npos ? fits.front() : parseFit(argument.substr(colon + 1));
+    const std::string numbers = std::to_string(size.width) + ", " + std::to_string(size.height);
+    return {"",
+            fit.title + std::to_string(size.width) + " × " + std::to_string(size.height),
+            "ScaleImage(" + numbers + ", w, h, " + fit.constant + "), Resize(w, h)",
+            {},
+            [size, mode = fit.value](cPixSheet& sheet) {
+                PictureSize scaled = size;
+                sheet.ScaleImage(size.width, size.height, scaled.width, scaled.height, mode);
+                // The thinnest picture keeps a pixel; 0 would mean its old size.
+                return sheet.Resize(std::max(scaled.width, 1), std::max(scaled.height, 1));
+            }};
+}
+
+EffectStep parseNearest(const std::string&) {
+    return {"", "Nearest pixels", "HighQualityInterpolation(false)", {}, [](cPixSheet& sheet) {
+                sheet.HighQualityInterpolation(false);
+                return true;
+            }};
+}
+
+namespace {
+
+// The smallest size that the turned picture fits into. Around the same centre: both sizes are odd or both even, but for
+// quarter turns, which fit exactly.
+PictureSize turnedSize(const cPixSheet& sheet, double degrees) {
+    const std::int32_t width = sheet.Width();
+    const std::int32_t height = sheet.Height();
+    if (std::fmod(degrees, 180) == 0) return {width, height};
+    if (std::fmod(degrees, 90) == 0) return {height, width};
+    const double radians = degrees * std::numbers::pi / 180;
+    const double cosine = std::abs(std::cos(radians));
+    const double sine = std::abs(std::sin(radians));
+    const auto around = [](double extent, std::int32_t size) {
+        const double least = std::ceil(std::min(extent, 2147483000.0) - 1e-6);
+        const auto whole = static_cast<std::int32_t>(least);
+        return whole + (whole - size) % 2 * (whole > size ? 1 : -1);
+    };
+    return {around(width * cosine + height * sine, width), around(width * sine + height * cosine, height)};
+}
+
+} // namespace
+
+EffectStep parseRotate(const std::string& argument) {
+    float degrees = 0;
+    if (!parseEntirely(argument, degrees) || !(std::abs(degrees) <= 36000)) {
+        throw UsageError("'" + argument + "' is not an angle from -36000 to 36000 degrees");
+    }
+    return {"", "Rotated by " + argument + "°", "Render(…, Angle = " + argument + ")", {}, [degrees](cPixSheet& sheet) {
+                const PictureSize size = turnedSize(sheet, static_cast<double>(degrees));
+                // Rounded up: a quarter turn that would lie between pixels moves up and to the left.
+                const std::int32_t x = (size.width - sheet.Width() + 1) >> 1;
+                const std::int32_t y = (size.height - sheet.Height() + 1) >> 1;
+                return redraw(sheet, size.width, size.height,
+                              [&](cPixSheet& canvas) { return drawOn(canvas, sheet, x, y, 100, degrees); });
+            }};
+}
+
+EffectStep parseOpacity(const std::string& argument) {
+    std::int32_t opacity = 0;
+    const std::string_view digits = std::string_view(argument).substr(0, argument.find('%'));
+    if (!parseEntirely(digits, opacity) || digits.size() + 1 < argument.size() || opacity < 1 || opacity > 100) {
+        throw UsageError("'" + argument + "' is not a whole percentage from 1 to 100");
+    }
+    return {"",
+            "At " + std::to_string(opacity) + " % opacity",
+            "Render(…, Opacity = " + std::to_string(opacity) + ")",
+            {},
+            [opacity](cPixSheet& sheet) {
+                return redraw(sheet, sheet.Width(), sheet.Height(),
+                              [&](cPixSheet& canvas) { return drawOn(canvas, sheet, 0, 0, opacity); });
+            }};
+}
+
+// The picture stands at the top left; its shadow, which reaches `depth` pixels beyond the silhouette on every side,
+// falls `depth` pixels to the right and below.
+EffectStep parseShadow(const std::string& argument) {
+    constexpr std::int32_t opacity = 50;
+    const std::size_t colon = argument.find(':');
+    std::int32_t depth = 0;
+    if (!parseEntirely(std::string_view(argument).substr(0, colon), depth) || depth < 0 || depth > 10) {
+        throw UsageError("'" + argument.substr(0, colon) + "' is not a whole depth from 0 to 10");
+    }
+    const std::int32_t colour =
+        colon == std::string::npos ? 0 : parseColour(std::string_view(argument).substr(colon + 1));
+    return {"", "Shadow, " + std::to_string(depth) + (depth == 1 ? " pixel deep" : " pixels deep"),
+            "RenderDropShadow_JIT(0, 0, 0, " + std::to_string(depth) + ", " + colourLiteral(colour) + "), Render(…)",
+            colour, [depth, colour](cPixSheet& sheet) {
+                return redraw(sheet, sheet.Width() + 2 * depth, sheet.Height() + 2 * depth, [&](cPixSheet& canvas) {
+                    sheet.isAlphaBlendFriendly(false);
+                    return sheet.RenderDropShadow_JIT(0, 0, 0, depth, colour, opacity, 0, &canvas) &&
+                           drawOn(canvas, sheet, 0, 0);
+                });
+            }};
+}
+
+EffectStep parseCheckerboard(const std::string& argument) {
+    std::int32_t checkerSize = 0;
+    if (!parseEntirely(argument, checkerSize) || checkerSize < 1) {
+        throw UsageError("'" + argument + "' is not a size of squares in pixels");
+    }
+    return {"",
+            "Over a checkerboard",
+            "CreateCheckerBoard(" + argument + "), Render(…)",
+            {},
+            [checkerSize](cPixSheet& sheet) {
+                return redraw(sheet, sheet.Width(), sheet.Height(), [&](cPixSheet& canvas) {
+                    return canvas.CreateCheckerBoard(checkerSize) && drawOn(canvas, sheet, 0, 0);
+                });
+            }};
+}
+
+EffectStep parseTile(const std::string& argument) {
+    const PictureSize size = parseSize(argument);
+    return {"",
+            "Tiled over " + std::to_string(size.width) + " × " + std::to_string(size.height),
+            "TileImage(0, 0, 0, " + std::to_string(size.width) + ", " + std::to_string(size.height) + ", …)",
+            {},
+            [size](cPixSheet& sheet) {
+                return redraw(sheet, size.width, size.height, [&](cPixSheet& canvas) {
+                    return sheet.TileImage(0, 0, 0, size.width, size.height, 100, 0, 0, 0, &canvas);
+                });
+            }};
+}
+
+EffectStep parseTrim(const std::string&) {
+    EffectStep step = {
+        "", "Transparent borders cut off", "TrimImage()", {}, [](cPixSheet& sheet) { return sheet.TrimImage(); }};
+    step.refusal = "found nothing but transparent pixels";
+    return step;
+}
+
+} // namespace pixkit::cli

@@ -1,0 +1,42 @@
+// What the effects' arguments are made of.
+#pragma once
+#include "cli/effects.h"
+#include "cli/text.h"
+#include <charconv>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace pixkit::cli {
+
+// False when something stands behind the number, or it is none.
+template <class Number>
+bool parseEntirely(std::string_view text, Number& value) {
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, value);
+    return result.ec == std::errc{} && result.ptr == end;
+}
+
+struct PictureSize {
+    std::int32_t width, height;
+};
+// 'WxH', both at least 1. Throws UsageError.
+PictureSize parseSize(std::string_view text);
+
+// A COLORREF as C++ has it; its digits stand in the order blue, green, red.
+std::string colourLiteral(std::int32_t colour);
+
+// Looks at every pixel and sets Alpha accordingly: after drawing onto a fresh image nothing else knows it.
+void classifyAlpha(cPixSheet& sheet);
+
+// Effects that give the picture another size or draw it (cli/drawing_effects.cpp).
+EffectStep parseResize(const std::string& argument);
+EffectStep parseNearest(const std::string& argument);
+EffectStep parseRotate(const std::string& argument);
+EffectStep parseOpacity(const std::string& argument);
+EffectStep parseShadow(const std::string& argument);
+EffectStep parseCheckerboard(const std::string& argument);
+EffectStep parseTile(const std::string& argument);
+EffectStep parseTrim(const std::string& argument);
+
+} // namespace pixkit::cli

@@ -1,0 +1,28 @@
+// Results on their way into files.
+#pragma once
+#include "cli/MessageBoxes.h"
+#include "cli/commands.h"
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace pixkit {
+class cPixSheet;
+}
+
+namespace pixkit::cli {
+
+// One file could not be read or written; the reason goes to the person, the rest goes on.
+class Failed : public std::runtime_error {
+  public:
+    Failed(const std::string& file, const std::string& reason) : std::runtime_error(file + ": " + reason) {}
+};
+
+// Whether the options suit the format that the result will have. Throws UsageError.
+void checkSaving(const SavingOptions& options, bool toTga);
+
+// Saves in the format that the target's extension says. Throws Failed.
+void savePicture(const cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
+                 MessageBoxes& boxes);
+
+} // namespace pixkit::cli
