@@ -118,7 +118,7 @@ EffectStep parseMirror(const std::string& argument) {
             [x, y](cPixSheet& sheet) { return sheet.MirrorImage(x, y); }};
 }
 
-constexpr std::array<EffectOption, 15> table = {{
+constexpr std::array<EffectOption, 16> table = {{
     {"--grayscale", "FORMULA",
      "To grey by ntscpal, ccir709, simpleavg, redmask, greenmask,\nbluemask, redgreenmask or bluegreenmask",
      parseGrayscale},
@@ -132,6 +132,7 @@ constexpr std::array<EffectOption, 15> table = {{
     {"--resize", "SIZE",
      "To WxH pixels, in proportion, or WxH:FIT with a FIT as in\n--fit; or to a percentage, such as 50%", parseResize},
     {"--nearest", nullptr, "From here on resize and rotate by nearest pixels, with hard\nedges", parseNearest},
+    {"--rotate", "DEGREES", "Clockwise about the centre, onto a picture that holds it all", parseRotate},
     {"--opacity", "PERCENT", "Made translucent, from 1 to 100 %", parseOpacity},
     {"--shadow", "DEPTH[:COLOUR]", "A shadow at the lower right, 0 to 10 pixels soft, of black\nunless said otherwise",
      parseShadow},

@@ -74,6 +74,10 @@ void addDrawings(std::vector<Effect>& effects, cPixSheet& picture) {
         effects.push_back({"Size", nearest ? "A quarter, enlarged by nearest pixels" : "A quarter, enlarged smoothly",
                            std::move(steps)});
     }
+    for (const char* angle : {"15", "45", "90", "-120", "180"})
+        add("Rotation", {makeStep("--rotate", angle)});
+    effects.push_back(
+        {"Rotation", "Rotated by -120°, nearest pixels", {makeStep("--nearest", ""), makeStep("--rotate", "-120")}});
     for (const char* opacity : {"75", "50", "25"})
         add("Opacity", {makeStep("--opacity", opacity)});
     add("Backdrop", {makeStep("--shadow", "4")});

@@ -140,6 +140,8 @@ TEST_F(Command, SenselessCommandLinesAreRefusedBeforeAnythingIsWritten) {
         {{"convert", in, out, "--resize", "%"}, "percentage above 0"},
         {{"convert", in, out, "--resize", "5x5:tight"}, "known are size, down and stretch"},
         {{"convert", in, out, "--fit", "tight"}, "known are size, down and stretch"},
+        {{"convert", in, out, "--rotate", "nan"}, "not an angle"},
+        {{"convert", in, out, "--rotate", "1e9"}, "not an angle"},
         {{"convert", in, out, "--opacity", "0"}, "1 to 100"},
         {{"convert", in, out, "--opacity", "50%%"}, "1 to 100"},
         {{"convert", in, out, "--shadow", "11"}, "0 to 10"},

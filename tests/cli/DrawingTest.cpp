@@ -50,6 +50,19 @@ TEST_F(Command, ConvertDrawsAndResizesByOtherCallsThanItsOptionsName) {
              sheet.HighQualityInterpolation(false);
              sheet.Resize(7, 5);
          }},
+        {{"--rotate", "-270", "--rotate=90", "--rotate", "360"},
+         [](cPixSheet& sheet) { sheet.MirrorImage(true, true); }},
+        {{"--rotate", "90", "--mirror", "x"},
+         [](cPixSheet& sheet) { // exactly the rows as columns
+             cPixSheet turned;
+             turned.InitializeDIB(2, 4);
+             for (std::int32_t y = 0; y < 4; ++y)
+                 for (std::int32_t x = 0; x < 2; ++x)
+                     std::copy_n(sheet.BitsPointer() + ((1 - x) * 4 + y) * 4, 4,
+                                 turned.BitsPointer() + ((3 - y) * 2 + x) * 4);
+             turned.Alpha(AlphaComplex);
+             sheet.SwapDIBs(&turned);
+         }},
         {{"--opacity", "40%"},
          [](cPixSheet& sheet) {
              redraw(sheet, 4, 2, AlphaComplex, [&](cPixSheet& canvas) { return draw(sheet, canvas, 0, 0, 40); });
