@@ -131,6 +131,9 @@ run_size() {
     check "effects.vbs ($size bits)" client "$size" '^saved .* from the copy' \
         cscript //nologo samples/vbscript/effects.vbs $pictures/landscape.png "$scratch/vbs$size.bmp"
     check "what effects.vbs saved ($size bits)" saved_bitmap "$scratch/vbs$size.bmp"
+    check "drawing.vbs ($size bits)" client "$size" '^saved ' \
+        cscript //nologo samples/vbscript/drawing.vbs $pictures/lantern.png "$scratch/drawing$size.bmp"
+    check "what drawing.vbs saved ($size bits)" saved_bitmap "$scratch/drawing$size.bmp"
     check "pixels.vbs ($size bits)" client "$size" 'all pixels as expected' \
         cscript //nologo samples/vbscript/pixels.vbs
     check "effects.js ($size bits)" client "$size" '^saved ' \
