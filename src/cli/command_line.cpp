@@ -64,7 +64,7 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
     const char* const saving = "Saving";
     sub.add_option_function<std::string>(
            "--background", [&](const std::string& text) { request.background = parseColour(text); },
-           "BMP: what transparent pixels are flattened onto;\n#000000 unless said otherwise")
+           "BMP, JPEG: what transparent pixels are flattened onto;\n#000000 unless said otherwise")
         ->type_name("COLOUR")
         ->group(saving);
     sub.add_flag("--keep-alpha", request.keepAlpha,
@@ -72,6 +72,18 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
         ->group(saving);
     sub.add_flag("--tga-rle", request.tgaRle, "TGA: run-length coding, where it is shorter")->group(saving);
     sub.add_flag("--tga-palette", request.tgaPalette, "TGA: a palette, for opaque results of at most 256\ncolours")
+        ->group(saving);
+    sub.add_option("--quality", request.quality, "JPEG: 1 (smallest) to 100 (best); 70 unless said\notherwise")
+        ->type_name("1..100")
+        ->check(CLI::Range(1, 100))
+        ->group(saving);
+    sub.add_flag("--gif-websafe", request.gifWebSafe, "GIF: the 216 web-safe colours, dithered")->group(saving);
+    sub.add_option_function<std::int32_t>(
+           "--gif-tolerance",
+           [&](const std::int32_t& alpha) { request.gifTolerance = static_cast<std::uint8_t>(alpha); },
+           "GIF: pixels with less alpha become transparent, all\nothers opaque; 128 unless said otherwise")
+        ->type_name("0..255")
+        ->check(CLI::Range(0, 255))
         ->group(saving);
     sub.add_flag("--overwrite", request.overwrite, "Replace existing files without a question")->group(saving);
 }
@@ -105,7 +117,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         ->group("Effects, applied in the order given; each may be repeated");
     addSaving(*sub, request);
     sub->footer("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
-                "says\nthe format: .bmp or .tga. Results in a folder are .bmp, named like their pictures. "
+                "says\nthe format: .bmp, .tga, .gif or .jpg. Results in a folder are .bmp, named like their pictures. "
                 "An existing file\nis replaced after a question at a terminal, and kept elsewhere.\n\n"
                 "Examples:\n"
                 "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
@@ -166,7 +178,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
     app.require_subcommand(1);
     app.set_version_flag("--version", "pixkit " + cPixSheet().Version(), "Show the version");
     app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG, BMP,\nTGA, icons and "
-               "cursors, and writes BMP and TGA.\n"
+               "cursors, and writes BMP, TGA, GIF and JPEG.\n"
                "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
     addInfo(app, infoRequest);
     addConvert(app, convertRequest);

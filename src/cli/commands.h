@@ -22,10 +22,13 @@ struct InfoRequest {
 int info(const InfoRequest& request, Console& console);
 
 struct SavingOptions {
-    std::optional<std::int32_t> background; // BMP: what transparent pixels are flattened onto; nothing = black
+    std::optional<std::int32_t> background; // BMP, JPEG: what is under transparency; nothing = black
     bool keepAlpha = false;                 // BMP; TGA always keeps it
     bool tgaRle = false;
     bool tgaPalette = false;
+    std::optional<std::int32_t> quality; // JPEG, 1 .. 100; nothing = 70
+    bool gifWebSafe = false;
+    std::optional<std::uint8_t> gifTolerance; // GIF: the least alpha of opaque pixels; nothing = 128
     bool overwrite = false;
 };
 

@@ -33,7 +33,10 @@ class Destination {
         }
     }
 
-    bool isTga() const { return !m_isFolder && cli::isTga(m_path); }
+    // Results in a folder are BMP files.
+    TargetFormat format() const {
+        return m_isFolder ? TargetFormat::bmp : formatOf(m_path).value_or(TargetFormat::bmp);
+    }
 
     void prepare() const {
         std::error_code error;
@@ -73,7 +76,7 @@ void convertOne(const std::string& input, const fs::path& targetPath, const Conv
 
 int convert(const ConvertRequest& request, Console& console) {
     Destination destination(request.paths);
-    checkSaving(request, destination.isTga());
+    checkSaving(request, destination.format());
     MessageBoxes boxes(console);
     int exitCode = exitOk;
     const auto attempt = [&](const auto& work) {

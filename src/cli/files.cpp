@@ -81,8 +81,13 @@ const FileKind* sniff(std::span<const std::uint8_t> head, std::span<const std::u
     return found == signatures.end() ? nullptr : &found->kind;
 }
 
-bool isTga(const fs::path& file) {
-    return extensionOf(file) == ".tga";
+std::optional<TargetFormat> formatOf(const fs::path& file) {
+    const std::string extension = extensionOf(file);
+    if (extension == ".bmp") return TargetFormat::bmp;
+    if (extension == ".tga") return TargetFormat::tga;
+    if (extension == ".gif") return TargetFormat::gif;
+    if (extension == ".jpg" || extension == ".jpeg") return TargetFormat::jpg;
+    return {};
 }
 
 std::string loadFailureReason(const fs::path& file) {
@@ -104,7 +109,7 @@ std::string loadFailureReason(const fs::path& file) {
         return kind->hasReader() ? is + " that is damaged, too large, or of a rare kind" : is + ", " + kind->otherwise;
     }
     // Older files of this format carry no mark at all.
-    if (isTga(file)) return "is a TGA file by its name, but damaged, or too large";
+    if (formatOf(file) == TargetFormat::tga) return "is a TGA file by its name, but damaged, or too large";
     return "is not a picture in any format known here";
 }
 
@@ -113,18 +118,17 @@ std::optional<std::string> formatProblem(const fs::path& target) {
         std::string_view extension;
         const char* name;
     };
-    constexpr std::array<Format, 6> withoutWriter = {
-        {{".png", "PNG"}, {".gif", "GIF"}, {".jpg", "JPEG"}, {".jpeg", "JPEG"}, {".ico", "icon"}, {".cur", "cursor"}}};
+    constexpr std::array<Format, 3> withoutWriter = {{{".png", "PNG"}, {".ico", "icon"}, {".cur", "cursor"}}};
+    const std::string written = "; this version writes .bmp, .tga, .gif and .jpg";
     const std::string extension = extensionOf(target);
-    if (extension == ".bmp" || isTga(target)) return {};
-    if (extension.empty()) return "has no extension, which would say the format; this version writes .bmp and .tga";
+    if (formatOf(target)) return {};
+    if (extension.empty()) return "has no extension, which would say the format" + written;
     for (const Format& format : withoutWriter) {
         if (extension == format.extension) {
-            return std::string("there is no writer yet for ") + format.name +
-                   " files; this version writes .bmp and .tga";
+            return std::string("there is no writer yet for ") + format.name + " files" + written;
         }
     }
-    return "the extension '" + extension + "' is not known; this version writes .bmp and .tga";
+    return "the extension '" + extension + "' is not known" + written;
 }
 
 std::string saveFailureReason(const fs::path& target) {

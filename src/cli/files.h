@@ -18,8 +18,9 @@ struct FileKind {
 inline constexpr std::size_t sniffedBytes = 64;
 const FileKind* sniff(std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail);
 
-// Whether a file is a TGA file by its extension.
-bool isTga(const std::filesystem::path& file);
+enum class TargetFormat : std::uint8_t { bmp, tga, gif, jpg };
+// What a file is by its extension; nothing for what this version does not write.
+std::optional<TargetFormat> formatOf(const std::filesystem::path& file);
 
 // Why a file that the component would not load is none it could: "no such file", "is a JPEG file, which this version
 // cannot read", ...

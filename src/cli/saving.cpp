@@ -6,23 +6,47 @@
 
 namespace pixkit::cli {
 
-void checkSaving(const SavingOptions& options, bool toTga) {
-    if (toTga && options.background) throw UsageError("--background is for .bmp files; a .tga file keeps alpha");
-    if (!toTga && (options.tgaRle || options.tgaPalette)) {
-        throw UsageError("--tga-rle and --tga-palette are for .tga files, and the result is .bmp");
+namespace {
+
+bool saved(const cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options) {
+    const std::string name = toUtf8(target);
+    const bool ask = !options.overwrite;
+    const std::int32_t background = options.background.value_or(0);
+    switch (formatOf(target).value_or(TargetFormat::bmp)) {
+    case TargetFormat::tga:
+        return sheet.SaveToFile_TGA(name, options.tgaRle, options.tgaPalette, false, ask);
+    case TargetFormat::gif:
+        return sheet.SaveToFile_GIF(name, !options.gifWebSafe, options.gifTolerance.value_or(128), ask);
+    case TargetFormat::jpg:
+        return sheet.SaveToFile_JPG(name, options.quality.value_or(70), background, ask);
+    case TargetFormat::bmp:
+        break;
+    }
+    return sheet.SaveToFile_Bitmap(name, options.keepAlpha, background, ask);
+}
+
+} // namespace
+
+void checkSaving(const SavingOptions& options, TargetFormat format) {
+    if (options.background && format != TargetFormat::bmp && format != TargetFormat::jpg) {
+        throw UsageError("--background is for .bmp and .jpg files; the others keep transparency");
+    }
+    if (format != TargetFormat::tga && (options.tgaRle || options.tgaPalette)) {
+        throw UsageError("--tga-rle and --tga-palette are for .tga files, and the result is none");
+    }
+    if (format != TargetFormat::gif && (options.gifWebSafe || options.gifTolerance)) {
+        throw UsageError("--gif-websafe and --gif-tolerance are for .gif files, and the result is none");
+    }
+    if (format != TargetFormat::jpg && options.quality) {
+        throw UsageError("--quality is for .jpg files, and the result is none");
     }
 }
 
 void savePicture(const cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
                  MessageBoxes& boxes) {
-    const std::string name = toUtf8(target);
-    boxes.about(name);
-    const bool saved =
-        isTga(target)
-            ? sheet.SaveToFile_TGA(name, options.tgaRle, options.tgaPalette, false, !options.overwrite)
-            : sheet.SaveToFile_Bitmap(name, options.keepAlpha, options.background.value_or(0), !options.overwrite);
-    if (saved) return;
-    throw Failed(name,
+    boxes.about(toUtf8(target));
+    if (saved(sheet, target, options)) return;
+    throw Failed(toUtf8(target),
                  boxes.refused() ? "exists already and was kept; --overwrite replaces it" : saveFailureReason(target));
 }
 

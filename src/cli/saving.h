@@ -2,6 +2,7 @@
 #pragma once
 #include "cli/MessageBoxes.h"
 #include "cli/commands.h"
+#include "cli/files.h"
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -19,7 +20,7 @@ class Failed : public std::runtime_error {
 };
 
 // Whether the options suit the format that the result will have. Throws UsageError.
-void checkSaving(const SavingOptions& options, bool toTga);
+void checkSaving(const SavingOptions& options, TargetFormat format);
 
 // Saves in the format that the target's extension says. Throws Failed.
 void savePicture(const cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,

@@ -98,6 +98,34 @@ TEST_F(Command, AnOptionOfTgaFilesIsNotPassedOn) {
     EXPECT_EQ(run({"info", name(u8"out.TGA")}).exitCode, exitOk);
 }
 
+TEST_F(Command, AnOptionOfJpegOrGifFilesIsNotPassedOn) {
+    struct Case {
+        std::u8string file;
+        std::vector<std::string> options;
+        std::function<bool(cPixSheet&, const std::string&)> save;
+    };
+    const std::vector<Case> cases = {
+        {u8"out.JPG", {}, [](auto& sheet, auto& file) { return sheet.SaveToFile_JPG(file, 70, 0, false); }},
+        {u8"out.jpeg",
+         {"--quality", "93", "--background", "#102030"},
+         [](auto& sheet, auto& file) { return sheet.SaveToFile_JPG(file, 93, 0x302010, false); }},
+        {u8"out.GIF", {}, [](auto& sheet, auto& file) { return sheet.SaveToFile_GIF(file, true, 128, false); }},
+        {u8"out.gif",
+         {"--gif-websafe", "--gif-tolerance", "1"},
+         [](auto& sheet, auto& file) { return sheet.SaveToFile_GIF(file, false, 1, false); }},
+    };
+    for (const Case& test : cases) {
+        std::vector<std::string> arguments = {"convert", name(u8"alpha.png"), name(test.file), "--overwrite"};
+        arguments.insert(arguments.end(), test.options.begin(), test.options.end());
+        const Result result = run(arguments);
+        EXPECT_EQ(result.exitCode, exitOk) << result.err;
+        cPixSheet sheet;
+        sheet.LoadPicture_File(name(u8"alpha.png"));
+        EXPECT_TRUE(test.save(sheet, name(u8"expected")));
+        EXPECT_EQ(bytes(test.file), bytes(u8"expected")) << testing::PrintToString(test.options);
+    }
+}
+
 TEST_F(Command, EachGrayscaleWordMeansItsFormula) {
     const char* const words[] = {"ntscpal",   "ccir709",  "simpleavg",    "redmask",
                                  "greenmask", "bluemask", "redgreenmask", "BlueGreenMask"};
@@ -164,8 +192,12 @@ TEST_F(Command, SenselessCommandLinesAreRefusedBeforeAnythingIsWritten) {
         {{"convert", in, out, "--background", "#-12345"}, "'#rrggbb'"},
         {{"convert", in, out, "--background", ""}, "'#rrggbb'"},
         {{"convert", in, name(u8"out.png")}, "no writer yet for PNG files"},
-        {{"convert", in, name(u8"out.JPG")}, "no writer yet for JPEG files"},
-        {{"convert", in, name(u8"out.TGA"), "--background", "#ffffff"}, "--background is for .bmp"},
+        {{"convert", in, out, "--quality", "5"}, "--quality is for .jpg"},
+        {{"convert", in, name(u8"out.jpg"), "--quality", "101"}, "--quality"},
+        {{"convert", in, name(u8"out.gif"), "--background", "#ffffff"}, "--background is for .bmp and .jpg"},
+        {{"convert", in, name(u8"out.jpg"), "--gif-websafe"}, "are for .gif"},
+        {{"convert", in, name(u8"out.gif"), "--gif-tolerance", "256"}, "--gif-tolerance"},
+        {{"convert", in, name(u8"out.TGA"), "--background", "#ffffff"}, "--background is for .bmp and .jpg"},
         {{"convert", in, out, "--tga-rle"}, "are for .tga"},
         {{"convert", in, name(u8"results/"), "--tga-palette"}, "are for .tga"},
         {{"convert", in, name(u8"out.xyz")}, "'.xyz' is not known"},

@@ -329,6 +329,45 @@ TEST_F(Arrays, TypedVariablesKeepTheirType) {
     EXPECT_EQ(held.vt, VT_EMPTY);
 }
 
+TEST_F(Arrays, AFormatIsSavedWithoutAnArgumentOrItsDefault) {
+    ASSERT_TRUE(makeImage(40, 30));
+    setPixel(2, 0, 0x00FF80);
+    const TemporaryFolder folder;
+    const VARIANT no = number(0);
+    const struct {
+        std::wstring format;
+        std::vector<VARIANT> defaults, others; // behind the array
+        std::vector<VARIANT> byFile;           // behind the file's name, for the same as the defaults
+        std::string begin;
+    } rows[] = {
+        {L"JPG", {number(70)}, {number(95)}, {number(70), number(0), no}, "\xFF\xD8\xFF\xE0"},
+        {L"GIF", {number(-1), number(128), number(-1)}, {no}, {number(-1), number(128), no}, "GIF89a"},
+    };
+    for (const auto& row : rows) {
+        const auto saved = [&](const std::vector<VARIANT>& behind) {
+            Variant held, done;
+            held.vt = VT_ARRAY | VT_UI1;
+            held.parray = ::SafeArrayCreateVector(VT_UI1, 5, 1);
+            std::vector<VARIANT> arguments = {variable(held)};
+            arguments.insert(arguments.end(), behind.begin(), behind.end());
+            EXPECT_EQ(call(sheet.get(), (L"SaveToStream_" + row.format).c_str(), arguments, &done), S_OK);
+            EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+            return contentOf(held.parray);
+        };
+        const auto file = saved({});
+        EXPECT_TRUE(std::equal(row.begin.begin(), row.begin.end(), file.begin(),
+                               [](char a, std::uint8_t b) { return static_cast<std::uint8_t>(a) == b; }));
+        EXPECT_EQ(saved(row.defaults), file);
+        EXPECT_NE(saved(row.others), file);
+        const VARIANT name = text((folder.path(u8"") / row.format).c_str());
+        std::vector<VARIANT> arguments = {name};
+        arguments.insert(arguments.end(), row.byFile.begin(), row.byFile.end());
+        Variant done;
+        EXPECT_EQ(call(sheet.get(), (L"SaveToFile_" + row.format).c_str(), arguments, &done), S_OK);
+        EXPECT_EQ(readFile(folder.path(u8"") / row.format), file);
+    }
+}
+
 TEST_F(Arrays, ArraysPassedByValueAreNotReplacedUnderTheCaller) {
     ASSERT_TRUE(makeImage(3, 2));
     Bytes bytes(4);
