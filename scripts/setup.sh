@@ -14,7 +14,7 @@ set -euo pipefail
 say() { echo "setup: $*" >&2; }
 
 packages_of() {
-    local build="g++ cmake ninja-build ccache libcli11-dev zlib1g"
+    local build="g++ cmake ninja-build ccache libcli11-dev zlib1g libturbojpeg0"
     case $1 in
     demo) echo "$build" ;;
     native) echo "$build googletest libpng-dev libjpeg62-turbo-dev libgif-dev libstb-dev zlib1g-dev imagemagick icoutils netpbm python3" ;;

@@ -1,0 +1,23 @@
+// GIF from an array: a picture of whole pixels, opaque or fully transparent, or none and nothing left behind; never a
+// store that the codes cannot fill.
+#include "surface/cPixSheet.h"
+#include <cstdlib>
+#include <vector>
+
+using namespace pixkit;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t bytes) {
+    cPixSheet sheet;
+    const bool loaded = sheet.LoadPicture_Stream(ByteArray(std::vector<std::uint8_t>(data, data + bytes)));
+    if (loaded != (sheet.Handle() != 0)) std::abort();
+    if (sheet.ImageType() != imgGIF) return 0;
+    const auto pixels = static_cast<std::size_t>(sheet.Width()) * static_cast<std::size_t>(sheet.Height());
+    if (pixels == 0 || pixels > bytes * 4 * 4096)
+        std::abort(); // codes have 2 bits at least, strings 4096 indexes at most
+    for (std::size_t i = 0; i < pixels; ++i) {
+        const std::uint8_t* const pixel = sheet.BitsPointer() + i * 4;
+        const bool isClear = pixel[0] == 0 && pixel[1] == 0 && pixel[2] == 0 && pixel[3] == 0;
+        if (pixel[3] != 255 && !(isClear && sheet.Alpha() == AlphaSimple)) std::abort();
+    }
+    return 0;
+}
