@@ -103,9 +103,7 @@ bool canFill(const JpegInfo& info, std::size_t bytes) noexcept {
 // C, M, Y, K in place to B, G, R, A: a channel is what its ink and black let through.
 void fromCmyk(std::uint8_t* pixels, std::size_t count, bool inverted) noexcept {
     const std::uint8_t flip = inverted ? 0 : 255; // inverted values say what is let through already
-    const auto through = [](unsigned color, unsigned black) {
-        return static_cast<std::uint8_t>(color * black / 255);
-    };
+    const auto through = [](unsigned color, unsigned black) { return static_cast<std::uint8_t>(color * black / 255); };
     for (std::uint8_t* p = pixels; count != 0; --count, p += 4) {
         const unsigned c = p[0] ^ flip, m = p[1] ^ flip, y = p[2] ^ flip, k = p[3] ^ flip;
         p[0] = through(y, k);
