@@ -237,6 +237,56 @@ TEST_F(LateBound, ShadowsBoardsAndTrimmingGiveWhatScriptsAskedFor) {
     EXPECT_EQ(done.boolVal, VARIANT_FALSE) << "no destination";
 }
 
+TEST_F(LateBound, PngPropertiesTakeAndGiveScriptValues) {
+    VARIANT date{}, yes{}, held = text(L"caf\x00E9");
+    date.vt = VT_DATE;
+    date.date = 45351.5;
+    yes.vt = VT_BOOL;
+    yes.boolVal = VARIANT_TRUE;
+    const struct {
+        LONG property;
+        VARIANT value;
+        VARTYPE given; // what PngPropertyGet returns; VT_EMPTY: the value is refused
+    } rows[] = {
+        {::pngTitle, variable(held), VT_BSTR},
+        {::pngLastModified, date, VT_DATE},
+        {::pngLastModified, text(L"2024-02-29 12:00:00"), VT_DATE},
+        {::pngBackgroundColor, real(255), VT_I4},
+        {::pngInterlaced, yes, VT_BOOL},
+        {::pngPixelsPerMeterY, text(L"12"), VT_EMPTY},
+        {::pngTitle, object(sheet.get()), VT_EMPTY},
+    };
+    for (const auto& row : rows) {
+        Variant done, got;
+        EXPECT_EQ(call(sheet.get(), L"PngPropertySet", {number(row.property), row.value}, &done), S_OK);
+        EXPECT_EQ(done.boolVal != VARIANT_FALSE, row.given != VT_EMPTY) << row.property;
+        EXPECT_EQ(call(sheet.get(), L"PngPropertyGet", {number(row.property)}, &got), S_OK);
+        if (row.given != VT_EMPTY) {
+            EXPECT_EQ(got.vt, row.given) << row.property;
+        }
+        if (got.vt == VT_DATE) {
+            EXPECT_EQ(got.date, 45351.5);
+        }
+    }
+    Variant done, got, saved;
+    EXPECT_EQ(call(sheet.get(), L"PngPropertySet", {number(::pngText), text(L"x"), text(L"My key")}, &done), S_OK);
+    EXPECT_EQ(
+        call(sheet.get(), L"PngPropertyGet", {}, &got, {{L"Keyword", text(L"My key")}, {L"Property", number(11)}}),
+        S_OK);
+    ASSERT_EQ(got.vt, VT_BSTR);
+    EXPECT_EQ(std::wstring(got.bstrVal), L"x");
+
+    ASSERT_TRUE(makeImage(30, 20));
+    VARIANT stream{};
+    EXPECT_EQ(call(sheet.get(), L"SaveToStream_PNG", {variable(stream)}, &saved), S_OK);
+    EXPECT_EQ(saved.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Stream", {variable(stream)}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_TRUE) << "what was saved is loaded again";
+    ::VariantClear(&stream);
+    EXPECT_EQ(call(sheet.get(), L"SaveToFile_PNG", {text(L"")}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_FALSE);
+}
+
 TEST_F(LateBound, NothingBecomesANewObjectInEveryFormOfVariable) {
     ASSERT_TRUE(makeImage(3, 2));
     IDispatch* dispatch = nullptr;

@@ -74,6 +74,7 @@ class ChainFinder {
         Match best;
         const std::uint32_t first = load32(here);
         std::size_t longest = std::max(shorter, hashedBytes - 1);
+        if (longest >= limit) return best;
         std::uint32_t last = load32(here + longest - 3);
         for (; at - place < windowSize && depth > 0; --depth) {
             const std::uint8_t* const there = here - (at - place);
