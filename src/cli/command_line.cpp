@@ -5,8 +5,10 @@
 #include "surface/cPixSheet.h"
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <ostream>
 #include <stdexcept>
+#include <string_view>
 
 namespace pixkit::cli {
 
@@ -59,6 +61,51 @@ void addEffect(CLI::App& sub, const EffectOption& effect, std::vector<EffectStep
     option->trigger_on_parse()->group("Effects, applied in the order given; each may be repeated");
 }
 
+std::int32_t parseFilter(const std::string& word) {
+    constexpr std::array<std::string_view, 6> words = {"none", "sub", "up", "average", "paeth", "adaptive"};
+    const auto found = std::ranges::find(words, toLower(word));
+    if (found == words.end()) {
+        throw UsageError("--png-filter takes none, sub, up, average, paeth or adaptive, not '" + word + "'");
+    }
+    return filterNone + static_cast<std::int32_t>(found - words.begin());
+}
+
+void addPngOptions(CLI::App& sub, SavingOptions& request) {
+    const char* const saving = "Saving";
+    const auto keep = [&request](ePngProperties property) {
+        return [&request, property](std::int32_t value) { request.pngProperties.emplace_back(property, value); };
+    };
+    sub.add_option_function<std::int32_t>("--png-level", keep(pngCompressionLevel),
+                                          "PNG: compression, 0 (none), 1 (fast) to 9 (small); 6\nunless said otherwise")
+        ->type_name("LEVEL")
+        ->check(CLI::Range(0, 9))
+        ->group(saving);
+    sub.add_option_function<std::string>(
+           "--png-filter", [keep](const std::string& word) { keep(pngFilterMethod)(parseFilter(word)); },
+           "PNG: none, sub, up, average, paeth or adaptive; what\nsuits the picture unless said otherwise")
+        ->type_name("FILTER")
+        ->group(saving);
+    sub.add_flag_callback(
+           "--png-interlace", [&request] { request.pngProperties.emplace_back(pngInterlaced, 1); },
+           "PNG: interlaced, coarse to fine")
+        ->group(saving);
+    sub.add_option_function<std::vector<std::string>>(
+           "--png-text",
+           [&request](const std::vector<std::string>& texts) {
+               for (const std::string& text : texts) {
+                   const std::size_t equals = text.find('=');
+                   if (equals == std::string::npos) {
+                       throw UsageError("--png-text takes KEYWORD=TEXT, not '" + text + "'");
+                   }
+                   request.pngTexts.emplace_back(text.substr(0, equals), text.substr(equals + 1));
+               }
+           },
+           "PNG: a text, such as Title=... or Author=...; may be\nrepeated")
+        ->type_name("KEYWORD=TEXT")
+        ->allow_extra_args(false)
+        ->group(saving);
+}
+
 // How results are saved.
 void addSaving(CLI::App& sub, SavingOptions& request) {
     const char* const saving = "Saving";
@@ -68,7 +115,7 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
         ->type_name("COLOUR")
         ->group(saving);
     sub.add_flag("--keep-alpha", request.keepAlpha,
-                 "BMP: save alpha, 32 bits a pixel, colour premultiplied.\nTGA does it anyway, straight")
+                 "BMP: save alpha, 32 bits a pixel, colour premultiplied.\nTGA and PNG do it anyway, straight")
         ->group(saving);
     sub.add_flag("--tga-rle", request.tgaRle, "TGA: run-length coding, where it is shorter")->group(saving);
     sub.add_flag("--tga-palette", request.tgaPalette, "TGA: a palette, for opaque results of at most 256\ncolours")
@@ -85,6 +132,7 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
         ->type_name("0..255")
         ->check(CLI::Range(0, 255))
         ->group(saving);
+    addPngOptions(sub, request);
     sub.add_flag("--overwrite", request.overwrite, "Replace existing files without a question")->group(saving);
 }
 
@@ -116,16 +164,18 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         ->type_name("FIT")
         ->group("Effects, applied in the order given; each may be repeated");
     addSaving(*sub, request);
-    sub->footer("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
-                "says\nthe format: .bmp, .tga, .gif or .jpg. Results in a folder are .bmp, named like their pictures. "
-                "An existing file\nis replaced after a question at a terminal, and kept elsewhere.\n\n"
-                "Examples:\n"
-                "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
-                "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
-                "  pixkit convert logo.png logo.tga --tga-rle\n"
-                "  pixkit convert favicon.ico favicon.tga --icon-size 48\n"
-                "  pixkit convert photo.png small.bmp --resize 320x240 --shadow 6 --checkerboard=8\n"
-                "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
+    sub->footer(
+        "COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
+        "says\nthe format: .bmp, .tga, .png, .gif or .jpg. Results in a folder are .bmp, named like their pictures. "
+        "An existing file\nis replaced after a question at a terminal, and kept elsewhere.\n\n"
+        "Examples:\n"
+        "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
+        "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
+        "  pixkit convert logo.png logo.tga --tga-rle\n"
+        "  pixkit convert scan.bmp scan.png --png-level 9 --png-text 'Title=Invoice 12'\n"
+        "  pixkit convert favicon.ico favicon.tga --icon-size 48\n"
+        "  pixkit convert photo.png small.bmp --resize 320x240 --shadow 6 --checkerboard=8\n"
+        "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
 }
 
 void addCompose(CLI::App& app, ComposeRequest& request) {
@@ -178,7 +228,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
     app.require_subcommand(1);
     app.set_version_flag("--version", "pixkit " + cPixSheet().Version(), "Show the version");
     app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG, BMP,\nTGA, icons and "
-               "cursors, and writes BMP, TGA, GIF and JPEG.\n"
+               "cursors, and writes BMP, TGA, PNG, GIF and JPEG.\n"
                "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
     addInfo(app, infoRequest);
     addConvert(app, convertRequest);

@@ -3,9 +3,11 @@
 #include "cli/Console.h"
 #include "cli/IconChoice.h"
 #include "cli/effects.h"
+#include "shared/enumerations.h"
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace pixkit::cli {
@@ -26,7 +28,9 @@ struct SavingOptions {
     bool keepAlpha = false;                 // BMP; TGA always keeps it
     bool tgaRle = false;
     bool tgaPalette = false;
-    std::optional<std::int32_t> quality; // JPEG, 1 .. 100; nothing = 70
+    std::optional<std::int32_t> quality;                       // JPEG, 1 .. 100; nothing = 70
+    std::vector<std::pair<std::string, std::string>> pngTexts; // keyword and text
+    std::vector<std::pair<ePngProperties, std::int32_t>> pngProperties;
     bool gifWebSafe = false;
     std::optional<std::uint8_t> gifTolerance; // GIF: the least alpha of opaque pixels; nothing = 128
     bool overwrite = false;

@@ -86,6 +86,7 @@ std::optional<TargetFormat> formatOf(const fs::path& file) {
     if (extension == ".bmp") return TargetFormat::bmp;
     if (extension == ".tga") return TargetFormat::tga;
     if (extension == ".gif") return TargetFormat::gif;
+    if (extension == ".png") return TargetFormat::png;
     if (extension == ".jpg" || extension == ".jpeg") return TargetFormat::jpg;
     return {};
 }
@@ -118,8 +119,8 @@ std::optional<std::string> formatProblem(const fs::path& target) {
         std::string_view extension;
         const char* name;
     };
-    constexpr std::array<Format, 3> withoutWriter = {{{".png", "PNG"}, {".ico", "icon"}, {".cur", "cursor"}}};
-    const std::string written = "; this version writes .bmp, .tga, .gif and .jpg";
+    constexpr std::array<Format, 2> withoutWriter = {{{".ico", "icon"}, {".cur", "cursor"}}};
+    const std::string written = "; this version writes .bmp, .tga, .png, .gif and .jpg";
     const std::string extension = extensionOf(target);
     if (formatOf(target)) return {};
     if (extension.empty()) return "has no extension, which would say the format" + written;

@@ -3,18 +3,29 @@
 #include "cli/files.h"
 #include "cli/text.h"
 #include "surface/cPixSheet.h"
+#include <algorithm>
 
 namespace pixkit::cli {
 
 namespace {
 
-bool saved(const cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options) {
+// False when PNG does not allow one of the texts.
+bool setPngProperties(cPixSheet& sheet, const SavingOptions& options) {
+    for (const auto& [property, value] : options.pngProperties)
+        sheet.PngPropertySet(property, value);
+    return std::ranges::all_of(
+        options.pngTexts, [&](const auto& text) { return sheet.PngPropertySet(pngText, text.second, text.first); });
+}
+
+bool saved(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options) {
     const std::string name = toUtf8(target);
     const bool ask = !options.overwrite;
     const std::int32_t background = options.background.value_or(0);
     switch (formatOf(target).value_or(TargetFormat::bmp)) {
     case TargetFormat::tga:
         return sheet.SaveToFile_TGA(name, options.tgaRle, options.tgaPalette, false, ask);
+    case TargetFormat::png:
+        return setPngProperties(sheet, options) && sheet.SaveToFile_PNG(name, ask);
     case TargetFormat::gif:
         return sheet.SaveToFile_GIF(name, !options.gifWebSafe, options.gifTolerance.value_or(128), ask);
     case TargetFormat::jpg:
@@ -34,6 +45,16 @@ void checkSaving(const SavingOptions& options, TargetFormat format) {
     if (format != TargetFormat::tga && (options.tgaRle || options.tgaPalette)) {
         throw UsageError("--tga-rle and --tga-palette are for .tga files, and the result is none");
     }
+    if (format != TargetFormat::png && (!options.pngProperties.empty() || !options.pngTexts.empty())) {
+        throw UsageError("--png-level, --png-filter, --png-interlace and --png-text are for .png files, and the result "
+                         "is none");
+    }
+    cPixSheet trial;
+    if (!setPngProperties(trial, options)) {
+        throw UsageError(
+            "--png-text takes KEYWORD=TEXT: a keyword of 1 to 79 Latin letters, without spaces at its ends "
+            "or two together, and a text without control characters");
+    }
     if (format != TargetFormat::gif && (options.gifWebSafe || options.gifTolerance)) {
         throw UsageError("--gif-websafe and --gif-tolerance are for .gif files, and the result is none");
     }
@@ -42,7 +63,7 @@ void checkSaving(const SavingOptions& options, TargetFormat format) {
     }
 }
 
-void savePicture(const cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
+void savePicture(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
                  MessageBoxes& boxes) {
     boxes.about(toUtf8(target));
     if (saved(sheet, target, options)) return;

@@ -23,7 +23,7 @@ class Failed : public std::runtime_error {
 void checkSaving(const SavingOptions& options, TargetFormat format);
 
 // Saves in the format that the target's extension says. Throws Failed.
-void savePicture(const cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
+void savePicture(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
                  MessageBoxes& boxes);
 
 } // namespace pixkit::cli

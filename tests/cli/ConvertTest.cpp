@@ -126,6 +126,22 @@ TEST_F(Command, AnOptionOfJpegOrGifFilesIsNotPassedOn) {
     }
 }
 
+TEST_F(Command, AnOptionOfPngFilesIsNotPassedOn) {
+    const Result result = run({"convert", name(u8"alpha.png"), name(u8"out.PNG"), "--png-text", "Title=a=b",
+                               "--png-filter", "Paeth", "--png-interlace", "--png-level", "9", "--png-text", "Own=x"});
+    EXPECT_EQ(result.exitCode, exitOk) << result.err;
+    cPixSheet sheet;
+    sheet.LoadPicture_File(name(u8"alpha.png"));
+    sheet.PngPropertySet(pngTitle, "a=b");
+    sheet.PngPropertySet(pngText, "x", "Own");
+    sheet.PngPropertySet(pngFilterMethod, filterPaeth);
+    sheet.PngPropertySet(pngInterlaced, 1);
+    sheet.PngPropertySet(pngCompressionLevel, 9);
+    ByteArray expected;
+    sheet.SaveToStream_PNG(expected);
+    EXPECT_EQ(bytes(u8"out.PNG"), bytesOf(expected));
+}
+
 TEST_F(Command, EachGrayscaleWordMeansItsFormula) {
     const char* const words[] = {"ntscpal",   "ccir709",  "simpleavg",    "redmask",
                                  "greenmask", "bluemask", "redgreenmask", "BlueGreenMask"};
@@ -185,13 +201,18 @@ TEST_F(Command, SenselessCommandLinesAreRefusedBeforeAnythingIsWritten) {
         {{"compose", "-o", out, in + "@1,2:101%"}, "1 to 100"},
         {{"compose", "-o", out, "@1,2"}, "names no picture"},
         {{"compose", "-o", out, in, "--tga-rle"}, "are for .tga"},
-        {{"compose", "-o", name(u8"out.png"), in}, "no writer yet"},
+        {{"compose", "-o", name(u8"out.ico"), in}, "no writer yet"},
         {{"convert", in, out, "--transparent", "ff00ff"}, "'#rrggbb'"},
         {{"convert", in, out, "--fill", "#ff00f"}, "'#rrggbb'"},
         {{"convert", in, out, "--background", "#ff00fg"}, "'#rrggbb'"},
         {{"convert", in, out, "--background", "#-12345"}, "'#rrggbb'"},
         {{"convert", in, out, "--background", ""}, "'#rrggbb'"},
-        {{"convert", in, name(u8"out.png")}, "no writer yet for PNG files"},
+        {{"convert", in, name(u8"out.png"), "--background", "#ffffff"}, "--background is for .bmp"},
+        {{"convert", in, out, "--png-level", "5"}, "are for .png"},
+        {{"convert", in, name(u8"out.png"), "--png-level", "10"}, "--png-level"},
+        {{"convert", in, name(u8"out.png"), "--png-filter", "best"}, "--png-filter"},
+        {{"convert", in, name(u8"out.png"), "--png-text", "Title"}, "KEYWORD=TEXT"},
+        {{"convert", in, name(u8"out.png"), "--png-text", " Title=x"}, "without spaces at its ends"},
         {{"convert", in, out, "--quality", "5"}, "--quality is for .jpg"},
         {{"convert", in, name(u8"out.jpg"), "--quality", "101"}, "--quality"},
         {{"convert", in, name(u8"out.gif"), "--background", "#ffffff"}, "--background is for .bmp and .jpg"},

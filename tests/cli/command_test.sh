@@ -114,8 +114,8 @@ check "it is run-length coded, with alpha" same "$(bytes "$folder/rings.tga" 2 1
 check "a TGA file is read" exits 0 convert "$folder/rings.tga" "$folder/rings.bmp" --keep-alpha
 check "it is the same picture" cmp "$folder/rings.bmp" "$folder/e.bmp"
 
-check "a format without a writer" exits 2 convert $rings "$folder/result.png"
-check "it is named" grep -q 'no writer yet for PNG files' "$err"
+check "a format without a writer" exits 2 convert $rings "$folder/result.ico"
+check "it is named" grep -q 'no writer yet for icon files' "$err"
 check "an unknown extension" exits 2 convert $rings "$folder/result.abc"
 check "it is not taken for a missing writer" grep -q "'.abc' is not known" "$err"
 check "nothing was written" not ls "$folder"/result.* 2>/dev/null
