@@ -326,4 +326,81 @@ TEST_F(LateBound, ObjectsPassedAnyWayAreTheSameObject) {
     EXPECT_EQ((other->AddRef(), other->Release()), 1u);
 }
 
+TEST_F(LateBound, DrawingReachesHostsAndDeviceContextsInEveryFormOfVariable) {
+    ASSERT_TRUE(makeImage(2, 1));
+    setPixel(0, 0, 0x0000FF);
+    setPixel(1, 0, 0x00FF00);
+    ComPtr<_cPixSheet> host;
+    *host.put() = server.create();
+    VARIANT_BOOL made = 0;
+    IDispatch* dispatch = host.get();
+    VARIANT held = object(dispatch), nothing = object(nullptr);
+    for (const VARIANT& argument : {object(dispatch), typed(VT_DISPATCH, &dispatch), variable(held)}) {
+        host->InitializeDIB(4, 1, &made);
+        Variant done;
+        // Mirrored, at half opacity, and the host named.
+        EXPECT_EQ(call(sheet.get(), L"Render", {number(0), number(1), number(0), number(-2)}, &done,
+                       {{L"Opacity", text(L"150")}, {L"destHostDIB", argument}}),
+                  S_OK);
+        EXPECT_EQ(done.vt, VT_BOOL);
+        EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+        const std::tuple<LONG, LONG, LONG> expected[] = {{0, 0, 0}, {1, 0x00FF00, 127}, {2, 0x0000FF, 127}, {3, 0, 0}};
+        for (const auto& [x, color, alpha] : expected) {
+            LONG read = 0, readAlpha = 0;
+            host->GetPixel(x, 0, &readAlpha, nullptr, &read);
+            EXPECT_EQ(read, color) << x;
+            EXPECT_EQ(readAlpha, alpha) << x;
+        }
+    }
+    Variant done;
+    EXPECT_EQ(call(sheet.get(), L"Render", {number(0)}, &done, {{L"destHostDIB", variable(nothing)}}), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_FALSE) << "neither a device context nor an object";
+    EXPECT_EQ(call(sheet.get(), L"Render", {number(0)}, nullptr, {{L"destHostDIB", number(1)}}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(call(sheet.get(), L"RenderDropShadow_JIT", {number(0), number(0), number(0)}, &done,
+                   {{L"blurDepth", number(0)}, {L"destHostDIB", object(dispatch)}}),
+              S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+    EXPECT_EQ(call(sheet.get(), L"CreateGDIplusToken", {}, &done), S_OK);
+    EXPECT_EQ(done.lVal, 0);
+    EXPECT_EQ(call(sheet.get(), L"DestroyGDIplusToken", {number(0)}, &done), S_OK);
+    EXPECT_EQ(done.boolVal, VARIANT_FALSE);
+    EXPECT_EQ((host->AddRef(), host->Release()), 1u);
+}
+
+// A context whose origin was moved, and with a region to draw in, onto which the component's own drawing and the
+// system's must put the same.
+TEST_F(LateBound, DrawingMissesMovedOriginsAndClipRegions) {
+    ASSERT_TRUE(makeImage(3, 3));
+    for (LONG i = 0; i < 9; ++i)
+        setPixel(i % 3, i / 3, 100 + i);
+    const HDC dc = ::CreateCompatibleDC(nullptr);
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), 8, 8, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    const HBITMAP bitmap = ::CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ before = ::SelectObject(dc, bitmap);
+    ::SetViewportOrgEx(dc, 4, 5, nullptr);
+    ::IntersectClipRect(dc, -3, -3, 0, 2); // in the moved coordinates
+    for (const VARIANT_BOOL friendly : {VARIANT_FALSE, VARIANT_TRUE}) {
+        sheet->put_isAlphaBlendFriendly(friendly);
+        ::PatBlt(dc, -4, -5, 8, 8, BLACKNESS);
+        Variant done;
+        EXPECT_EQ(call(sheet.get(), L"Render",
+                       {number(static_cast<LONG>(reinterpret_cast<LONG_PTR>(dc))), number(-2), number(-4)}, &done),
+                  S_OK);
+        EXPECT_EQ(done.boolVal, VARIANT_TRUE);
+        ::GdiFlush();
+        for (LONG y = -5; y < 3; ++y)
+            for (LONG x = -4; x < 4; ++x) {
+                const bool drawn = x >= -2 && x < 0 && y >= -3 && y < -1;
+                const COLORREF expected = drawn ? static_cast<COLORREF>(100 + (y + 4) * 3 + x + 2) : 0;
+                const auto* const pixel = static_cast<const std::uint8_t*>(bits) + ((7 - (y + 5)) * 8 + x + 4) * 4;
+                EXPECT_EQ(pixel[2], expected) << x << ", " << y << (friendly ? " by the system" : "");
+            }
+    }
+    ::SelectObject(dc, before);
+    ::DeleteObject(bitmap);
+    ::DeleteDC(dc);
+}
+
 } // namespace pixkit::test

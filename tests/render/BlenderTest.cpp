@@ -8,7 +8,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <vector>
@@ -126,6 +129,35 @@ TEST(Blender, GoldenOverTwoMillionPixelsDiffersBetweenBuildsOrProcessors) {
             add((kind == 1 ? canvas24 : canvas32).bits, (kind == 1 ? canvas24 : canvas32).size);
     }
     EXPECT_EQ(hash, 0xC2958B293A4AA524U);
+}
+
+// The system rounds where the blender truncates: one step for each of the up to two roundings.
+TEST(Blender, TheSystemsAlphaBlendDiffersByMoreThanRounding) {
+    Numbers numbers(7);
+    cPixSheet source;
+    cPixSheet own;
+    cPixSheet systems;
+    fill(source, 64, 64, numbers);
+    int farthest = 0;
+    std::size_t differing = 0;
+    std::size_t channels = 0;
+    for (int round = 0; round < 60; ++round) {
+        fill(own, 64, 64, numbers);
+        own.CopyImageTo(systems);
+        const auto globalAlpha = static_cast<std::uint8_t>(round % 2 == 0 ? 255 : 2 + numbers.below(253));
+        ASSERT_TRUE(draw(0, source, 0, 0, 0, 0, 64, 64, globalAlpha, &own));
+        ASSERT_TRUE(platform::AlphaBlend(systems.LoadDIBinDC(true), 0, 0, 64, 64, source.LoadDIBinDC(true), 0, 0, 64,
+                                         64, {.SourceConstantAlpha = globalAlpha, .AlphaFormat = 1}));
+        platform::GdiFlush();
+        for (std::size_t i = 0; i < 64 * 64 * 4; ++i, ++channels) {
+            const int difference = std::abs(own.BitsPointer()[i] - systems.BitsPointer()[i]);
+            farthest = std::max(farthest, difference);
+            if (difference != 0) ++differing;
+        }
+    }
+    EXPECT_LE(farthest, 2);
+    const double share = 100.0 * static_cast<double>(differing) / static_cast<double>(channels);
+    std::printf("AlphaBlend differs in %.1f %% of the channels, by at most %d\n", share, farthest);
 }
 
 } // namespace
