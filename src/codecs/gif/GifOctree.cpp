@@ -2,6 +2,7 @@
 // to where they serve best. Doubles hold errors in a fixed order of operations, so that every build chooses alike.
 #include "codecs/gif/GifPalette.h"
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <queue>
 
@@ -153,7 +154,7 @@ std::vector<Color> Octree::cutBack(std::size_t most) {
             if (level > 0 && isCut[level - 1][parentIndex(level, index)]) continue; // not a leaf: cut off
             Color mean;
             for (std::size_t i = 0; i < 3; ++i)
-                mean[i] = static_cast<std::uint8_t>(node.sum[i] / node.count + 0.5);
+                mean[i] = static_cast<std::uint8_t>(std::lround(node.sum[i] / node.count));
             means.push_back(mean);
         }
     }
