@@ -193,7 +193,7 @@ class NearestColor {
     }
 
   private:
-    static constexpr unsigned boxBits = 5;
+    static constexpr unsigned boxBits = 4;
     static constexpr int boxSide = 1 << boxBits;
     struct Range {
         std::uint32_t begin = 0, count = 0; // in m_candidates; none: not looked for yet
@@ -225,7 +225,7 @@ class NearestColor {
     }
 
     const std::vector<Color>& m_palette;
-    std::array<Range, 512> m_boxes{};
+    std::array<Range, std::size_t{1} << (3 * (8 - boxBits))> m_boxes{};
     std::vector<std::uint8_t> m_candidates;
 };
 
