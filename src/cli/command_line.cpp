@@ -78,7 +78,7 @@ void addPngOptions(CLI::App& sub, SavingOptions& request) {
     sub.add_option_function<std::int32_t>("--png-level", keep(pngCompressionLevel),
                                           "PNG: compression, 0 (none), 1 (fast) to 9 (small); 6\nunless said otherwise")
         ->type_name("LEVEL")
-        ->check(CLI::Range(0, 9))
+        ->check(CLI::Range(0, 9).description(""))
         ->group(saving);
     sub.add_option_function<std::string>(
            "--png-filter", [keep](const std::string& word) { keep(pngFilterMethod)(parseFilter(word)); },
@@ -122,7 +122,7 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
         ->group(saving);
     sub.add_option("--quality", request.quality, "JPEG: 1 (smallest) to 100 (best); 70 unless said\notherwise")
         ->type_name("1..100")
-        ->check(CLI::Range(1, 100))
+        ->check(CLI::Range(1, 100).description(""))
         ->group(saving);
     sub.add_flag("--gif-websafe", request.gifWebSafe, "GIF: the 216 web-safe colours, dithered")->group(saving);
     sub.add_option_function<std::int32_t>(
@@ -130,7 +130,7 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
            [&](const std::int32_t& alpha) { request.gifTolerance = static_cast<std::uint8_t>(alpha); },
            "GIF: pixels with less alpha become transparent, all\nothers opaque; 128 unless said otherwise")
         ->type_name("0..255")
-        ->check(CLI::Range(0, 255))
+        ->check(CLI::Range(0, 255).description(""))
         ->group(saving);
     addPngOptions(sub, request);
     sub.add_flag("--overwrite", request.overwrite, "Replace existing files without a question")->group(saving);
