@@ -8,7 +8,7 @@ folder=${1:-corpus}
 mkdir -p "$folder/packages" "$folder/unpacked" "$folder/pictures/icons"
 folder=$(cd "$folder" && pwd)
 pictures=$folder/pictures
-[ -e "$folder/complete" ] && { echo "corpus: $pictures"; exit 0; }
+[ -e "$folder/complete2" ] && { echo "corpus: $pictures"; exit 0; }
 
 packages="plasma-workspace-wallpapers mate-backgrounds oxygen-icon-theme openclipart-png"
 for package in $packages; do
@@ -38,6 +38,12 @@ cp "$clipart/recreation/religion/daedalus_and_ikarus_pete_01.png" "$pictures/pal
 "$convert" "$pictures/draw_rgba.png" -strip -interlace PNG "PNG32:$pictures/ilace_rgba.png"       # Adam7
 "$convert" "$backgrounds/nature/Dune.jpg" "${plain[@]}" -interlace PNG "PNG24:$pictures/ilace_rgb.png"
 
+# 8 MP with alpha: a photo under a vignette, and the drawings enlarged
+"$convert" "$pictures/photo_rgb.png" \( -size 3840x2160 radial-gradient:white-gray30 \) -alpha off -compose CopyOpacity \
+    -composite "${plain[@]}" "PNG32:$pictures/photo_rgba8.png"
+"$convert" "$pictures/draw_rgba.png" -filter Catrom -resize 8294400@ "${plain[@]}" "PNG32:$pictures/draw_rgba8.png"
+"$convert" "$pictures/clip_rgba.png" -filter Catrom -resize 8294400@ "${plain[@]}" "PNG32:$pictures/clip_rgba8.png"
+
 # 200 small icons: of each size the first 40 (by path) that are 8-bit RGBA, not interlaced
 python3 - "$share/icons/oxygen/base" "$pictures/icons" <<'PY'
 import pathlib, shutil, struct, sys
@@ -56,5 +62,5 @@ for size in (16, 22, 32, 64, 128):
             if taken == 40:
                 break
 PY
-touch "$folder/complete"
+touch "$folder/complete2"
 echo "corpus: $pictures"
