@@ -211,8 +211,8 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
         ->capture_default_str();
     addIconOptions(*sub, request.icon);
     sub->footer(
-        "Results are uncompressed and there are about 40 of each picture: 20 MB for 240 x 300 pixels with alpha, "
-        "1.5 GB for\n4000 x 3000 without. Existing files in the folder are replaced.\n\n"
+        "There are about 40 results of each picture, saved as PNG: 2 MB for 240 x 300 pixels with alpha. Existing "
+        "files\nin the folder are replaced.\n\n"
         "Example:\n"
         "  pixkit gallery samples/pictures/*.png -o out/gallery");
 }

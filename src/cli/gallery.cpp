@@ -129,63 +129,21 @@ class PictureFolder {
         if (error) throw GalleryError("cannot make its folder: " + error.message());
     }
 
-    GalleryCard save(const cPixSheet& sheet, const std::string& name) {
-        constexpr std::int64_t largestWithDownload = 1'000'000; // pixels
+    GalleryCard save(const cPixSheet& sheet, const std::string& name) const {
         GalleryCard card;
         card.alpha = alphaName(sheet.Alpha()).word;
         card.width = sheet.Width();
         card.height = sheet.Height();
-        card.colourFile = write(sheet, name + ".bmp", false);
-        if (sheet.Alpha() == AlphaNone) return card;
-        card.maskFile = saveMask(sheet);
-        if (std::int64_t{sheet.Width()} * sheet.Height() <= largestWithDownload) {
-            card.savedFile = write(sheet, name + "-32.bmp", true);
-        }
+        const fs::path relative = m_name / toPath(name + ".png");
+        const std::string file = toUtf8(m_gallery / relative);
+        if (!sheet.SaveToFile_PNG(file, false)) throw GalleryError(file + ": " + saveFailureReason(toPath(file)));
+        card.file = toUtf8(relative);
         return card;
     }
 
   private:
-    // A picture with alpha is flattened onto black here, which leaves its premultiplied colours as they are.
-    std::string write(const cPixSheet& sheet, const std::string& name, bool keepAlpha) const {
-        const fs::path relative = m_name / toPath(name);
-        const std::string file = toUtf8(m_gallery / relative);
-        if (!sheet.SaveToFile_Bitmap(file, keepAlpha, 0, false)) {
-            throw GalleryError(file + ": " + saveFailureReason(toPath(file)));
-        }
-        return toUtf8(relative);
-    }
-
-    // Browsers do not agree on the alpha of BMP files, so it travels as a picture: what remains of the background.
-    // Most effects leave alpha alone and share one mask.
-    std::string saveMask(const cPixSheet& sheet) {
-        ByteArray alpha;
-        if (!sheet.GetAlphaMask(alpha, false, false)) throw GalleryError("no memory for its alpha mask");
-        const auto known = std::ranges::find_if(
-            m_masks, [&](const Mask& mask) { return std::ranges::equal(mask.alpha.bytes(), alpha.bytes()); });
-        if (known != m_masks.end()) return known->file;
-
-        ByteArray grey;
-        grey.redim(alpha.size() * 3);
-        std::uint8_t* pixel = grey.data();
-        for (const std::uint8_t a : alpha.bytes())
-            pixel = std::fill_n(pixel, 3, static_cast<std::uint8_t>(255 - a));
-        cPixSheet picture;
-        if (!picture.InitializeDIB(sheet.Width(), sheet.Height()) ||
-            !picture.SetDIBbits(grey, true, false, false, true)) {
-            throw GalleryError("no memory for its alpha mask");
-        }
-        std::string file = write(picture, "mask-" + std::to_string(m_masks.size() + 1) + ".bmp", false);
-        m_masks.push_back({std::move(alpha), file});
-        return file;
-    }
-
-    struct Mask {
-        ByteArray alpha;
-        std::string file;
-    };
     fs::path m_gallery;
     fs::path m_name;
-    std::vector<Mask> m_masks;
 };
 
 GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string& number, PictureFolder& folder) {

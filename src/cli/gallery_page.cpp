@@ -7,8 +7,6 @@ namespace pixkit::cli {
 
 namespace {
 
-// Transparency is put together by the browser, exactly: the checkerboard times what alpha leaves of it, plus the
-// premultiplied colour. Where plus-lighter is unknown, screen comes close.
 constexpr const char* style = R"css(
 :root { color-scheme: light dark; --page: #f4f5f7; --card: #fff; --ink: #1d2127; --soft: #5d6672; --line: #dfe3e8;
         --accent: #2457c5; --square-a: #fff; --square-b: #d5d8dd; }
@@ -34,12 +32,9 @@ section { margin: 36px 0 0; padding-top: 26px; border-top: 1px solid var(--line)
 figure { margin: 0; display: flex; flex-direction: column; background: var(--card); border: 1px solid var(--line);
          border-radius: 10px; overflow: hidden; }
 .frame { display: flex; align-items: center; justify-content: center; min-height: 110px; padding: 10px; }
-.picture { position: relative; display: block; isolation: isolate; max-width: 100%;
+.picture { display: block; max-width: 100%;
            background: repeating-conic-gradient(var(--square-a) 0 25%, var(--square-b) 0 50%) 0 0 / 18px 18px; }
 .picture img { display: block; max-width: 100%; height: auto; }
-.picture .mask { mix-blend-mode: multiply; }
-.picture .mask + img { position: absolute; inset: 0; width: 100%; height: 100%; mix-blend-mode: screen;
-                       mix-blend-mode: plus-lighter; }
 .tiny img { image-rendering: pixelated; }
 figcaption { flex: 1; padding: 9px 12px 11px; border-top: 1px solid var(--line); font-size: 13px; }
 figcaption b { display: block; font-size: 14px; }
@@ -49,30 +44,18 @@ code { font: 11px/1.6 ui-monospace, monospace; overflow-wrap: anywhere; }
 footer { margin-top: 48px; padding-bottom: 40px; font-size: 13px; }
 )css";
 
-std::string link(const std::string& file, const std::string& text) {
-    return "<a href=\"" + urlPath(file) + "\">" + text + "</a>";
-}
-
 // Very small pictures are shown larger, pixel by pixel.
 std::int32_t magnification(const GalleryCard& card) {
     const std::int32_t longest = std::max({card.width, card.height, 1});
     return longest > 64 ? 1 : 128 / longest;
 }
 
-std::string image(const GalleryCard& card, const std::string& file, const char* cssClass,
-                  const std::string& alternative) {
-    const std::int32_t scale = magnification(card);
-    return std::string("<img") + (*cssClass != '\0' ? std::string(" class=\"") + cssClass + "\"" : "") + " src=\"" +
-           urlPath(file) + "\" alt=\"" + htmlText(alternative) + "\" width=\"" + std::to_string(card.width * scale) +
-           "\" height=\"" + std::to_string(card.height * scale) + "\" loading=\"lazy\" decoding=\"async\">";
-}
-
 void writeFrame(std::ostream& html, const GalleryPicture& picture, const GalleryCard& card) {
-    const std::string alternative = picture.name + ", " + card.title;
-    html << "<div class=\"frame\"><a class=\"picture" << (magnification(card) > 1 ? " tiny" : "") << "\" href=\""
-         << urlPath(card.savedFile.empty() ? card.colourFile : card.savedFile) << "\">";
-    if (!card.maskFile.empty()) html << image(card, card.maskFile, "mask", "");
-    html << image(card, card.colourFile, "", alternative) << "</a></div>\n";
+    const std::int32_t scale = magnification(card);
+    html << "<div class=\"frame\"><a class=\"picture" << (scale > 1 ? " tiny" : "") << "\" href=\""
+         << urlPath(card.file) << "\"><img src=\"" << urlPath(card.file) << "\" alt=\""
+         << htmlText(picture.name + ", " + card.title) << "\" width=\"" << card.width * scale << "\" height=\""
+         << card.height * scale << "\" loading=\"lazy\" decoding=\"async\"></a></div>\n";
 }
 
 void writeCaption(std::ostream& html, const GalleryCard& card) {
@@ -85,13 +68,7 @@ void writeCaption(std::ostream& html, const GalleryCard& card) {
     for (const std::string& call : card.calls)
         html << "<code>" << htmlText(call) << "</code><br>";
     if (!card.option.empty()) html << "<code class=\"soft\">" << htmlText(card.option) << "</code><br>";
-    html << "<span class=\"soft\">alpha: " << htmlText(card.alpha) << "</span><br>";
-    if (card.maskFile.empty()) {
-        html << link(card.colourFile, "24-bit BMP");
-    } else {
-        if (!card.savedFile.empty()) html << link(card.savedFile, "32-bit BMP") << "<span class=\"soft\"> · </span>";
-        html << link(card.colourFile, "on black") << "<span class=\"soft\"> · </span>" << link(card.maskFile, "mask");
-    }
+    html << "<span class=\"soft\">alpha: " << htmlText(card.alpha) << "</span>";
     html << "</figcaption>";
 }
 
@@ -113,7 +90,7 @@ void writeGalleryPage(std::ostream& html, const std::vector<GalleryPicture>& pic
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>pixkit gallery</title>\n"
             "<style>"
          << style << "</style>\n</head>\n<body>\n<header>\n<h1>pixkit gallery</h1>\n"
-         << "<p class=\"soft\">Each picture was loaded, changed by the calls under it and saved as BMP. The "
+         << "<p class=\"soft\">Each picture was loaded, changed by the calls under it and saved as PNG. The "
             "checkerboard shows "
             "where a result is transparent.</p>\n<nav>\n";
     for (std::size_t i = 0; i < pictures.size(); ++i)

@@ -15,11 +15,9 @@ struct GalleryCard {
     std::string option;                // the same as options of `pixkit convert`
     std::vector<std::int32_t> colours; // COLORREFs to show beside the calls
     std::string alpha;                 // the alpha class in words
-    std::string colourFile;            // 24 bits a pixel; premultiplied when there is a mask
-    std::string maskFile;              // grey = 255 - alpha; empty for an opaque picture
+    std::string file;                  // PNG
     std::int32_t width = 0;
     std::int32_t height = 0;
-    std::string savedFile; // 32 bits a pixel with premultiplied alpha; empty where it was left out
 };
 
 struct GalleryGroup {

@@ -144,7 +144,7 @@ check "its name is shown" grep -q "$name.bmp" "$out"
 check "gallery" exits 0 gallery $rings "$folder/$name.png" $pictures/landscape.png -o "$folder/gallery"
 check "it says where to look" grep -q 'gallery/index.html' "$out"
 check "it shows how far it is" grep -q '\[2/3\]' "$err"
-check "its page is there" grep -q 'rings-colour-key/00-original.bmp' "$folder/gallery/index.html"
+check "its page is there" grep -q 'rings-colour-key/00-original.png' "$folder/gallery/index.html"
 check "a gallery with a failure" exits 1 gallery $rings "$folder/photo.png" -o "$folder/gallery"
 check "the failure is named" grep -q 'photo.png: is a JPEG file' "$err"
 
