@@ -9,8 +9,10 @@ install(FILES "${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" "${CMAKE_CURRENT
         DESTINATION "${package_dir}")
 
 install(FILES "${PROJECT_SOURCE_DIR}/include/pixkit/pixkit.h" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit")
-install(FILES surface/cPixSheet.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/surface")
-install(FILES shared/ByteArray.h shared/enumerations.h
+install(FILES surface/cPixSheet.h surface/PngProperties.h
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/surface")
+install(FILES shared/ByteArray.h shared/enumerations.h shared/resources.h
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/shared")
 install(FILES diagnostics/guard.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/diagnostics")
-install(FILES platform/interaction.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/platform")
+install(FILES platform/handle.h platform/interaction.h platform/pictures.h
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/platform")
