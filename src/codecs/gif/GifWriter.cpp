@@ -1,7 +1,7 @@
 // Writing: the blocks of a file around palette and coded indexes.
 #include "codecs/gif/GifCompress.h"
-#include "codecs/gif/GifPalette.h"
 #include "codecs/gif/cGIFparser.h"
+#include "codecs/palette/IndexedPicture.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
@@ -17,13 +17,13 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::size_t largestSide = 65535;
 
-GifPicture makePicture(GifRows& rows, bool useAdaptivePalette) {
-    if (!useAdaptivePalette) return gifWebSafePicture(rows);
-    if (auto exact = gifExactPicture(rows)) return std::move(*exact);
-    return gifAdaptivePicture(rows);
+IndexedPicture makePicture(StraightRows& rows, bool useAdaptivePalette) {
+    if (!useAdaptivePalette) return webSafePicture(rows);
+    if (auto exact = exactPicture(rows)) return std::move(*exact);
+    return adaptivePicture(rows);
 }
 
-Bytes makeFile(const GifPicture& picture, std::size_t width, std::size_t height) {
+Bytes makeFile(const IndexedPicture& picture, std::size_t width, std::size_t height) {
     // Bits of an index; the table has so many entries, those that are not used being black.
     const unsigned depth = std::max(1U, static_cast<unsigned>(std::bit_width(picture.palette.size() - 1)));
     const std::uint8_t transparent = picture.transparentIndex.value_or(0);
@@ -41,7 +41,7 @@ Bytes makeFile(const GifPicture& picture, std::size_t width, std::size_t height)
     put(0x80 | 7 << 4 | (depth - 1));
     put(transparent);
     put(0); // pixels of no stated shape
-    for (const GifPicture::Color& color : picture.palette) {
+    for (const IndexedPicture::Color& color : picture.palette) {
         for (const std::uint8_t channel : color)
             put(channel);
     }
@@ -67,7 +67,7 @@ bool cGIFparser::SaveAsGIF(const cPixSheet& cHost, const std::string& FileName, 
                            bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance) {
     const ConstPixelView image = HostAccess::pixels(cHost);
     if (!image || image.width > largestSide || image.height > largestSide) return false;
-    GifRows rows(image, cHost.Alpha() != AlphaNone, OpaquenessTolerance);
+    StraightRows rows(image, cHost.Alpha() != AlphaNone, OpaquenessTolerance);
     Bytes file = makeFile(makePicture(rows, UseAdaptivePalette), image.width, image.height);
     if (FileName.empty()) {
         outStream = ByteArray(std::move(file));

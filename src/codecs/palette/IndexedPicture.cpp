@@ -1,4 +1,4 @@
-#include "codecs/gif/GifPalette.h"
+#include "codecs/palette/IndexedPicture.h"
 #include "kernels/kernels.h"
 #include <algorithm>
 
@@ -6,18 +6,17 @@ namespace pixkit {
 
 namespace {
 
-constexpr std::size_t mostColors = 256;
-
 // The indexes of colours, in the order in which they came.
 class ColorIndexes {
   public:
-    // Nothing for the 257th colour.
+    explicit ColorIndexes(std::size_t mostColors) noexcept : m_most(mostColors) {}
+    // Nothing for a colour too many.
     std::optional<std::uint8_t> indexOf(const std::uint8_t* pixel) {
         const std::uint32_t color = pixel[0] | std::uint32_t{pixel[1]} << 8 | std::uint32_t{pixel[2]} << 16;
         std::size_t slot = color * 0x9E3779B1U >> 22; // 10 bits
         while (m_slots[slot].color != color) {
             if (m_slots[slot].color == unused) {
-                if (m_colors.size() == mostColors) return {};
+                if (m_colors.size() == m_most) return {};
                 m_slots[slot] = {color, static_cast<std::uint8_t>(m_colors.size())};
                 m_colors.push_back({pixel[2], pixel[1], pixel[0]});
                 break;
@@ -26,7 +25,7 @@ class ColorIndexes {
         }
         return m_slots[slot].index;
     }
-    std::vector<GifPicture::Color>& colors() noexcept { return m_colors; }
+    std::vector<IndexedPicture::Color>& colors() noexcept { return m_colors; }
 
   private:
     static constexpr std::uint32_t unused = 0xFFFFFFFF; // no colour: those have 24 bits
@@ -34,8 +33,9 @@ class ColorIndexes {
         std::uint32_t color = unused;
         std::uint8_t index = 0;
     };
+    std::size_t m_most;
     std::array<Slot, 1024> m_slots{}; // four times the most colours, so that searches are short
-    std::vector<GifPicture::Color> m_colors;
+    std::vector<IndexedPicture::Color> m_colors;
 };
 
 // --- error diffusion
@@ -72,22 +72,22 @@ class DiffusedErrors {
 
 } // namespace
 
-GifRows::GifRows(ConstPixelView image, bool hasAlpha, std::uint8_t tolerance)
+StraightRows::StraightRows(ConstPixelView image, bool hasAlpha, std::uint8_t tolerance)
     : m_image(image), m_hasAlpha(hasAlpha), m_tolerance(tolerance) {
     if (hasAlpha) m_straight.resize(image.width * 4);
 }
 
-const std::uint8_t* GifRows::operator[](std::size_t y) {
+const std::uint8_t* StraightRows::operator[](std::size_t y) {
     const std::uint8_t* row = m_image.rowFromTop(y);
     if (!m_hasAlpha) return row;
     kernels::table().unpremultiply(m_straight.data(), row, m_image.width);
     return m_straight.data();
 }
 
-std::optional<GifPicture> gifExactPicture(GifRows& rows) {
-    GifPicture picture;
+std::optional<IndexedPicture> exactPicture(StraightRows& rows, std::size_t mostColors) {
+    IndexedPicture picture;
     picture.indexes.resize(rows.width() * rows.height());
-    ColorIndexes colors;
+    ColorIndexes colors(mostColors);
     std::vector<std::size_t> clear; // where runs of transparent pixels begin and end, by turns
     std::uint8_t* out = picture.indexes.data();
     for (std::size_t y = 0; y < rows.height(); ++y) {
@@ -114,8 +114,8 @@ std::optional<GifPicture> gifExactPicture(GifRows& rows) {
     return picture;
 }
 
-GifPicture gifWebSafePicture(GifRows& rows) {
-    GifPicture picture;
+IndexedPicture webSafePicture(StraightRows& rows) {
+    IndexedPicture picture;
     for (int color = 0; color < webSafeTransparent; ++color) {
         const auto channel = [&](int level) { return static_cast<std::uint8_t>(level % 6 * webSafeStep); };
         picture.palette.push_back({channel(color / 36), channel(color / 6), channel(color)});

@@ -1,6 +1,7 @@
-// A palette that fits the picture: an octree of its colours is cut back to 256 leaves, and their means are then moved
-// to where they serve best. Doubles hold errors in a fixed order of operations, so that every build chooses alike.
-#include "codecs/gif/GifPalette.h"
+// A palette that fits the picture: an octree of its colours is cut back to as many leaves as wanted, and their means
+// are then moved to where they serve best. Doubles hold errors in a fixed order of operations, so that every build
+// chooses alike.
+#include "codecs/palette/IndexedPicture.h"
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -15,7 +16,7 @@ constexpr std::size_t cellCount = std::size_t{1} << (3 * deepest);
 constexpr unsigned lowBits = 8 - deepest;
 constexpr int refinements = 4;
 
-using Color = GifPicture::Color;
+using Color = IndexedPicture::Color;
 
 // Red, green, blue, `bits` each: the number of a node of that level.
 std::size_t nodeIndex(unsigned r, unsigned g, unsigned b, unsigned bits) noexcept {
@@ -280,7 +281,7 @@ class SamplesOfColors {
     static constexpr std::size_t most = std::size_t{256} << (3 * lowBits);
 
     // False for a picture of more colours.
-    bool collect(GifRows& rows, std::vector<Sample>& samples, bool& hasTransparency) {
+    bool collect(StraightRows& rows, std::vector<Sample>& samples, bool& hasTransparency) {
         for (std::size_t y = 0; y < rows.height(); ++y) {
             const std::uint8_t* pixel = rows[y];
             for (std::size_t x = 0; x < rows.width(); ++x, pixel += 4) {
@@ -326,7 +327,7 @@ class SamplesOfColors {
     std::vector<Slot> m_slots = std::vector<Slot>(2 * most);
 };
 
-std::vector<Sample> samplesOfCells(GifRows& rows, bool& hasTransparency) {
+std::vector<Sample> samplesOfCells(StraightRows& rows, bool& hasTransparency) {
     std::vector<Cell> cells(cellCount);
     for (std::size_t y = 0; y < rows.height(); ++y) {
         const std::uint8_t* pixel = rows[y];
@@ -359,7 +360,7 @@ std::vector<Sample> samplesOfCells(GifRows& rows, bool& hasTransparency) {
 }
 
 template <class EntryOf>
-void fillIndexes(GifPicture& picture, GifRows& rows, EntryOf&& entryOf) {
+void fillIndexes(IndexedPicture& picture, StraightRows& rows, EntryOf&& entryOf) {
     picture.indexes.resize(rows.width() * rows.height());
     std::uint8_t* out = picture.indexes.data();
     for (std::size_t y = 0; y < rows.height(); ++y) {
@@ -371,15 +372,15 @@ void fillIndexes(GifPicture& picture, GifRows& rows, EntryOf&& entryOf) {
 
 } // namespace
 
-GifPicture gifAdaptivePicture(GifRows& rows) {
+IndexedPicture adaptivePicture(StraightRows& rows, std::size_t mostColors) {
     bool hasTransparency = false;
     std::vector<Sample> samples;
     SamplesOfColors colors;
     const bool hasFewColors = colors.collect(rows, samples, hasTransparency);
     if (!hasFewColors) samples = samplesOfCells(rows, hasTransparency);
 
-    const std::size_t most = hasTransparency ? 255 : 256;
-    GifPicture picture;
+    const std::size_t most = hasTransparency ? mostColors - 1 : mostColors;
+    IndexedPicture picture;
     std::vector<Color>& palette = picture.palette;
     palette = Octree(samples).cutBack(most);
     // A cut may take up to seven leaves more than it had to, and cells may be too few; there are samples enough, and

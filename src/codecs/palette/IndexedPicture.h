@@ -8,21 +8,21 @@
 
 namespace pixkit {
 
-// What a GIF file holds. Indexes stand in rows from the top.
-struct GifPicture {
+// A picture as GIF files and icons hold it. Indexes stand in rows from the top.
+struct IndexedPicture {
     using Color = std::array<std::uint8_t, 3>; // R, G, B
 
     std::vector<std::uint8_t> indexes;
-    std::vector<Color> palette;                   // 1 .. 256
-    std::optional<std::uint8_t> transparentIndex; // a palette entry too
+    std::vector<Color> palette;                   // at least one
+    std::optional<std::uint8_t> transparentIndex; // a palette entry too, black
 };
 
 // The picture's rows from the top as straight colours.
-class GifRows {
+class StraightRows {
   public:
     // Without `hasAlpha` alpha is not looked at; else a pixel whose alpha is below `tolerance` is transparent, and
     // every other opaque in its straight colour (channel * 255 \ alpha).
-    GifRows(ConstPixelView image, bool hasAlpha, std::uint8_t tolerance);
+    StraightRows(ConstPixelView image, bool hasAlpha, std::uint8_t tolerance);
 
     std::size_t width() const noexcept { return m_image.width; }
     std::size_t height() const noexcept { return m_image.height; }
@@ -37,12 +37,12 @@ class GifRows {
     std::vector<std::uint8_t> m_straight; // one row
 };
 
-// Nothing when the picture has more than 256 colours, transparency being one.
-std::optional<GifPicture> gifExactPicture(GifRows& rows);
-// For pictures that gifExactPicture refuses: each pixel in the nearest colour, or one that is hardly farther, of a full
+// At most `mostColors`, up to 256, are in a palette; transparency is one of them. Nothing when the picture has more.
+std::optional<IndexedPicture> exactPicture(StraightRows& rows, std::size_t mostColors = 256);
+// For pictures that exactPicture refuses: each pixel in the nearest colour, or one that is hardly farther, of a full
 // palette made for the picture. No dither.
-GifPicture gifAdaptivePicture(GifRows& rows);
+IndexedPicture adaptivePicture(StraightRows& rows, std::size_t mostColors = 256);
 // The 216 colours that have 0, 51, 102, 153, 204 or 255 in each channel, red running slowest; errors are diffused.
-GifPicture gifWebSafePicture(GifRows& rows);
+IndexedPicture webSafePicture(StraightRows& rows);
 
 } // namespace pixkit
