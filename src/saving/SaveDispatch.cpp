@@ -2,6 +2,7 @@
 // on a file beside the target, which takes the target's place when it is complete: a full disk costs nobody both.
 #include "codecs/bmp/cBMPparser.h"
 #include "codecs/gif/cGIFparser.h"
+#include "codecs/ico/cICOparser.h"
 #include "codecs/jpg/cJPGWriter.h"
 #include "codecs/png/cPNGwriter.h"
 #include "codecs/tga/cTGAparser.h"
@@ -16,7 +17,12 @@ namespace pixkit {
 
 bool cPixSheet::spt_SaveToFile(const std::string& FileName, bool PromptOverWrite,
                                const std::function<bool(const std::string&)>& writer) const {
-    if (FileName.empty() || m_Handle == 0) return false;
+    return m_Handle != 0 && pvReplaceFile(FileName, PromptOverWrite, writer);
+}
+
+bool cPixSheet::pvReplaceFile(const std::string& FileName, bool PromptOverWrite,
+                              const std::function<bool(const std::string&)>& writer) const {
+    if (FileName.empty()) return false;
     // Whether the file exists is asked through the desktop's own choice of functions, everything else goes through the
     // system's.
     if (PromptOverWrite && iparseFileExists(FileName, false) &&
@@ -116,6 +122,30 @@ bool cPixSheet::SaveToStream_GIF(ByteArray& outStream, bool UseAdaptivePalette, 
     return guarded("SaveToStream_GIF", false, [&] {
         return cGIFparser::SaveAsGIF(*this, "", outStream, UseAdaptivePalette, OpaquenessTolerance);
     });
+}
+
+std::int32_t cPixSheet::SaveToFile_ICO(const std::string& FileName, std::span<const cPixSheet* const> Source,
+                                       bool PromptOverWrite, std::span<const IconEntrySize> Sizes) const noexcept {
+    const cPixSheet* const self = this;
+    const auto sources = Source.empty() ? std::span(&self, 1) : Source;
+    return guarded("SaveToFile_ICO", 0, [&] {
+        // Nobody is asked about a file that will not be written.
+        if (cICOparser::EntrySizes(sources, Sizes).empty()) return 0;
+        std::int32_t count = 0;
+        ByteArray noStream;
+        const bool isSaved = pvReplaceFile(FileName, PromptOverWrite, [&](const std::string& name) {
+            count = cICOparser::SaveAsIcon(sources, Sizes, name, noStream, (m_osCAP & capNtFamily) != 0);
+            return count != 0;
+        });
+        return isSaved ? count : 0;
+    });
+}
+
+std::int32_t cPixSheet::SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source,
+                                         std::span<const IconEntrySize> Sizes) const noexcept {
+    const cPixSheet* const self = this;
+    const auto sources = Source.empty() ? std::span(&self, 1) : Source;
+    return guarded("SaveToStream_ICO", 0, [&] { return cICOparser::SaveAsIcon(sources, Sizes, "", outStream, false); });
 }
 
 } // namespace pixkit

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <variant>
@@ -32,6 +33,13 @@ struct CursorHotspot {
 struct IconSourceSize {
     std::int32_t Width, Height, bitDepth, isPNG;
     bool operator==(const IconSourceSize&) const = default;
+};
+
+// An image of an icon file to be written: pixels, 0 for the width or height of the first source, and bits a pixel: 1,
+// 4, 8, 24 or 32 (0 is 32, others count as the next greater), or HIGH_COLOR, TRUE_COLOR, TRUE_COLOR_ALPHA.
+struct IconEntrySize {
+    std::int32_t Width = 0, Height = 0, bitDepth = TRUE_COLOR_ALPHA;
+    bool operator==(const IconEntrySize&) const = default;
 };
 
 // A part of an image: the position counts from its top left corner.
@@ -244,6 +252,20 @@ class cPixSheet {
     bool SaveToStream_GIF(ByteArray& outStream, bool UseAdaptivePalette = true, std::uint8_t OpaquenessTolerance = 128,
                           bool PromptOverWrite = true) const noexcept;
 
+    // Saves an icon file with one image of each of the Sizes, or, without any, of each source's own size at 32 bits. An
+    // image is made of the Source of exactly its size, else of the next larger, else of the largest; no Source is this
+    // instance, which otherwise need not hold an image. The picture fills the size in its proportions, centred, what
+    // remains being clear: averaged where it shrinks, interpolated where it grows. Below 32 bits, alpha below 128 is
+    // clear and all else opaque. From 256 pixels a side on, images are PNG files of 32 bits inside of the icon file. A
+    // cursor file, with hotspots in scale, for the extension .cur, and for any but .ico when the first source was a
+    // cursor. Returns the number of images. 0 when a source is null or empty, a side is outside 1 .. 65,535, a depth
+    // does not exist, or there are more than 65,535 sizes; overwriting and failure as for SaveToFile_Bitmap.
+    std::int32_t SaveToFile_ICO(const std::string& FileName, std::span<const cPixSheet* const> Source,
+                                bool PromptOverWrite, std::span<const IconEntrySize> Sizes = {}) const noexcept;
+    // The bytes of that file, in one dimension from 0. On failure outStream keeps what it held.
+    std::int32_t SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source = {},
+                                  std::span<const IconEntrySize> Sizes = {}) const noexcept;
+
     // --- effects, in place (render/Effects.cpp); false, and nothing done, without an image
 
     // Gray = the formula's mix of the premultiplied channels, rounded to nearest, ties to even. False for gsclNone; a
@@ -354,6 +376,8 @@ class cPixSheet {
     bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
     bool spt_SaveToFile(const std::string& FileName, bool PromptOverWrite,
                         const std::function<bool(const std::string&)>& writer) const;
+    bool pvReplaceFile(const std::string& FileName, bool PromptOverWrite,
+                       const std::function<bool(const std::string&)>& writer) const;
 
     std::any m_Tag;
     bool m_StretchQuality = false;

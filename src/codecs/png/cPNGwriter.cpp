@@ -64,6 +64,10 @@ Bytes smallestFile(ConstPixelView image, bool hasAlpha, const PngProperties& pro
 
 } // namespace
 
+std::vector<std::uint8_t> cPNGwriter::TrueColorAlpha(ConstPixelView image) {
+    return makeFile(image, true, {PngColorType::rgba, 8, {}, {}, {}}, PngProperties());
+}
+
 bool cPNGwriter::SavePNGex(const cPixSheet& cHost, const std::string& FileName, ByteArray& outStream,
                            const PngProperties& props) {
     const ConstPixelView image = HostAccess::pixels(cHost);

@@ -1,9 +1,12 @@
 // Writes a cPixSheet as PNG (the PNG standard, ISO/IEC 15948). README.md in this folder says which form a picture gets.
 #pragma once
 #include "shared/ByteArray.h"
+#include "shared/PixelView.h"
 #include "surface/PngProperties.h"
 #include "surface/cPixSheet.h"
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace pixkit {
 
@@ -16,6 +19,8 @@ class cPNGwriter {
     // when the file cannot be written whole.
     static bool SavePNGex(const cPixSheet& cHost, const std::string& FileName, ByteArray& outStream,
                           const PngProperties& props);
+    // A PNG file of premultiplied pixels with 8 bits of red, green, blue and alpha, even where less would do.
+    static std::vector<std::uint8_t> TrueColorAlpha(ConstPixelView image);
 };
 
 } // namespace pixkit
