@@ -22,7 +22,7 @@ struct VisiblePart {
 // holds, so that drawing continues with them and the source origin 0, 0. What is computed has the same bytes whatever
 // is cut off.
 //
-// Position k of a column is k * srcWidth / destWidth + SrcX in double precision, without half-pixel centring; rows
+// Position k of a column is k * (srcWidth / destWidth) + SrcX in double precision, without half-pixel centring; rows
 // alike, counted from the bottom. HighQuality off: each pixel is a copy of the one at its position rounded down. On:
 // see the definition. Results are the same in every build.
 //

@@ -12,12 +12,18 @@ namespace pixkit {
 
 namespace {
 
-// The image, or its mirrored copy where a new size is negative; that size becomes positive.
-ConstPixelView mirroredAsAsked(ConstPixelView image, MirrorRequest& request, PixelBuffer& aMirrorBytes) {
-    if (request.newWidth >= 1 && request.newHeight > 0) return image;
-    aMirrorBytes = PixelBuffer(image.width, image.height);
-    spt_MirrorDIB(request, aMirrorBytes.view(), image);
-    return aMirrorBytes.view();
+// Fills `resized` with the image, mirrored where a new size is negative. A mirrored copy at the image's own size is
+// exact: interpolation, which moves rows, is for other sizes alone.
+void fillResized(PixelView resized, ConstPixelView image, MirrorRequest request, bool HighQuality) {
+    if (request.newWidth >= 1 && request.newHeight > 0) {
+        spt_pvResize(resized, image, HighQuality);
+    } else if (resized.width == image.width && resized.height == image.height) {
+        spt_MirrorDIB(request, resized, image);
+    } else {
+        PixelBuffer aMirrorBytes(image.width, image.height);
+        spt_MirrorDIB(request, aMirrorBytes.view(), image);
+        spt_pvResize(resized, aMirrorBytes.view(), HighQuality);
+    }
 }
 
 // Where a point of the image goes when that is resized, and mirrored for a negative size.
@@ -45,10 +51,8 @@ bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
         if (!resized.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight)) return false;
         const CursorHotspot hotspot = {movedPoint(m_hotspot.x, m_Width, newWidth),
                                        movedPoint(m_hotspot.y, m_Height, newHeight)};
-        MirrorRequest request{0, 0, m_Width, m_Height, newWidth, newHeight};
-        PixelBuffer aMirrorBytes;
-        const ConstPixelView source = mirroredAsAsked(image, request, aMirrorBytes);
-        spt_pvResize(HostAccess::pixels(resized), source, m_StretchQuality);
+        fillResized(HostAccess::pixels(resized), image, {0, 0, m_Width, m_Height, newWidth, newHeight},
+                    m_StretchQuality);
 
         resized.m_AlphaImage = m_AlphaImage;
         resized.m_Format = m_Format;

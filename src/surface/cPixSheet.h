@@ -325,8 +325,9 @@ class cPixSheet {
     // --- size (render/Resize.cpp)
 
     // Resamples the image to a new size, bilinearly with HighQualityInterpolation, else taking the nearest pixels. 0
-    // keeps a width or height; a negative one mirrors, at its absolute value. Alpha, ImageType, the original-format
-    // bytes and every setting stay. False, and the image untouched, without one or when the new size cannot be made.
+    // keeps a width or height; a negative one mirrors, at its absolute value, exactly where that is the old one. Alpha,
+    // ImageType, the original-format bytes and every setting stay. False, and the image untouched, without one or when
+    // the new size cannot be made.
     bool Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept;
     // Computes the size at which the image fits destWidth x destHeight in its proportions: ScaleToSize as large as
     // possible, scaleDownAsNeeded never larger than the image. ScaleStretch gives the destination's size, any other

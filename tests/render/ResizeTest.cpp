@@ -90,11 +90,20 @@ TEST(Resize, LosesWhatBelongsToTheImageOrMirrorsTheWrongAxis) {
         EXPECT_TRUE(sheet.GetOrginalFormat(original));
         EXPECT_NE(sheet.LoadDIBinDC(true), 0);
     }
-    cPixSheet smooth;
-    fill(smooth, 3, 2, pixels);
-    smooth.HighQualityInterpolation(true);
-    ASSERT_TRUE(smooth.Resize(-3, 2));
-    EXPECT_EQ(bluesOf(smooth), (std::vector<int>{6, 5, 4, 6, 5, 4})) << "the interpolated rows sit one higher";
+    // Interpolated rows sit one higher, but nothing is interpolated where the picture is only mirrored.
+    const std::tuple<std::int32_t, std::int32_t, std::vector<int>> smoothRows[] = {
+        {-3, 2, {3, 2, 1, 6, 5, 4}},
+        {3, -2, {4, 5, 6, 1, 2, 3}},
+        {-3, -2, {6, 5, 4, 3, 2, 1}},
+        {-3, 4, {4, 3, 2, 6, 5, 4, 6, 5, 4, 6, 5, 4}},
+    };
+    for (const auto& [newWidth, newHeight, blues] : smoothRows) {
+        cPixSheet smooth;
+        fill(smooth, 3, 2, pixels);
+        smooth.HighQualityInterpolation(true);
+        ASSERT_TRUE(smooth.Resize(newWidth, newHeight));
+        EXPECT_EQ(bluesOf(smooth), blues) << newWidth << " x " << newHeight;
+    }
 }
 
 TEST(Resize, HarmsTheImageWhenItFails) {
