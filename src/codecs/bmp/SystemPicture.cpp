@@ -76,10 +76,12 @@ bool convertBitmap(platform::Handle bitmap, cPixSheet& host) {
 // Whether a reader of this component's own has refused the data already. Some systems' loaders might show something of
 // it yet, others of the same name not, and some fall over a GIF without colours.
 bool hasOwnReader(std::span<const std::uint8_t> data) noexcept {
-    constexpr std::array<std::uint8_t, 3> gif{'G', 'I', 'F'}; // of any version
-    constexpr std::array<std::uint8_t, 4> png{0x89, 'P', 'N', 'G'};
+    constexpr std::array<std::uint8_t, 3> gif{'g', 'i', 'f'}; // of any version, in capitals or not
+    constexpr std::array<std::uint8_t, 4> png{0x89, 'p', 'n', 'g'};
     const auto begins = [&](std::span<const std::uint8_t> signature) {
-        return data.size() >= signature.size() && std::ranges::equal(data.first(signature.size()), signature);
+        const auto lower = [](std::uint8_t byte) { return byte >= 'A' && byte <= 'Z' ? byte + ('a' - 'A') : byte; };
+        return data.size() >= signature.size() &&
+               std::ranges::equal(data.first(signature.size()), signature, {}, lower);
     };
     return begins(gif) || begins(png);
 }
