@@ -99,6 +99,7 @@ void convertColors(const platform::StdPicture& picture, PixelView host, const Re
 void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
     const auto dc = host.LoadDIBinDC(true);
     const bool drawn = dc != 0 && picture.Render(dc, 0, 0, host.Width(), host.Height());
+    platform::GdiFlush();
     host.LoadDIBinDC(false);
     if (!drawn) throw std::runtime_error("the picture cannot be drawn");
     constexpr std::int32_t alphaUnused = -1; // what drawing leaves there says nothing
