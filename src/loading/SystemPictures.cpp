@@ -12,11 +12,13 @@ namespace pixkit {
 
 bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept {
     const bool loaded = guarded("LoadPicture_StdPicture", false, [&] {
+        const auto type = Picture != nullptr ? Picture->Type() : platform::PictureType::none;
+        if (m_Handle != 0 && type == platform::PictureType::bitmap && Picture->handle() == m_Handle)
+            return LoadPicture_ByHandle(m_Handle); // a picture around this image
         DestroyDIB();
         if (Picture == nullptr) return false;
-        return Picture->Type() == platform::PictureType::icon
-                   ? cICOparser::ConvertstdPicTo32bpp(Picture->handle(), *this)
-                   : cBMPparser::ConvertstdPicTo32bpp(*Picture, *this);
+        return type == platform::PictureType::icon ? cICOparser::ConvertstdPicTo32bpp(Picture->handle(), *this)
+                                                   : cBMPparser::ConvertstdPicTo32bpp(*Picture, *this);
     });
     if (!loaded) DestroyDIB();
     return loaded;

@@ -57,8 +57,8 @@ Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits,
 
 // Copies `lines` rows from row `start` (counted in the order that header.biHeight asks for) of a bitmap into `bits` at
 // header's size, BI_RGB: 24 or 32 bits (alpha 0 where the bitmap has none), or from a bitmap of 8 bits its 8 bits and
-// `colors`. Rows are padded to four bytes. Returns the number of rows copied, 0 on failure. The bitmap must not be
-// selected.
+// `colors`. Rows are padded to four bytes. Returns the number of rows copied, 0 on failure. A bitmap may be
+// selected: the system says that it must not, and gives its pixels all the same.
 int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits, BitmapInfoHeader& header,
               ColorTable* colors = nullptr) noexcept;
 

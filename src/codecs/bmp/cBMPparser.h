@@ -30,7 +30,7 @@ class cBMPparser {
     // size (imgWMF, imgEMF): opaque where it draws, transparent where it does not. False, and an empty host, for
     // pictures of other types and when there is no memory.
     static bool ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Host);
-    // The same for a bitmap's handle, which is not selected into a device context.
+    // The same for a bitmap's handle.
     static bool ConvertstdPicTo32bpp(platform::Handle hBitmap, cPixSheet& Host);
 
     // Writes the host as a BMP file (BITMAPFILEHEADER, BITMAPINFOHEADER, rows bottom-up padded to four bytes) to

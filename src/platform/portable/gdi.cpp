@@ -204,10 +204,6 @@ int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines
     if (!object || !findDC(dc) || bits == nullptr || !isSupported(header, colors)) return 0;
     if (faultDue(SeamCall::getDIBits)) return 0;
     const Bitmap& source = *object->bitmap;
-    {
-        const std::scoped_lock lock(gdi().selection);
-        if (source.selectedInto != 0) return 0;
-    }
     if (static_cast<std::size_t>(header.biWidth) != source.width || rowsOf(header) != source.height) return 0;
     if (start >= source.height || (header.biBitCount == 8 && (source.bitCount != 8 || source.isMonochrome))) return 0;
 
