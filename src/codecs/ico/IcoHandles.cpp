@@ -5,6 +5,7 @@
 #include "platform/icons.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
+#include <limits>
 #include <vector>
 
 namespace pixkit {
@@ -23,6 +24,8 @@ struct BitmapPixels {
 BitmapPixels pixelsOf(platform::Handle bitmap) {
     platform::BitmapRecord record;
     if (!platform::GetObjectA(bitmap, record) || record.bmWidth <= 0 || record.bmHeight <= 0) return {};
+    // No store holds more; and where bytes are counted in 32 bits, those of a large mask would be miscounted.
+    if (std::int64_t{record.bmWidth} * record.bmHeight > std::numeric_limits<std::int32_t>::max() / 4) return {};
     BitmapPixels pixels{
         static_cast<std::size_t>(record.bmWidth), static_cast<std::size_t>(record.bmHeight), record.bmBitsPixel, {}};
     pixels.bytes.resize(pixels.width * pixels.height * 4);
@@ -57,6 +60,7 @@ bool cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host) {
     const bool isMonochrome = !colorBitmap;
     const BitmapPixels color = isMonochrome ? mask : pixelsOf(colorBitmap.get());
     const std::size_t height = isMonochrome ? color.height / 2 : color.height;
+    if (mask.bytes.empty()) return false; // without it, what it hides would be seen
     if (height == 0 || !Host.InitializeDIB(static_cast<std::int32_t>(color.width), static_cast<std::int32_t>(height)))
         return false;
     const PixelView pixels = HostAccess::pixels(Host);
