@@ -120,6 +120,7 @@ std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) 
         if (m_Handle == 0 || std::ranges::count(ofIcons, m_Format) == 0) return 0;
         if (!parser.LoadDirectory(m_ImageByteCache.bytes())) return 0;
         std::vector<IconSourceSize> sizes;
+        sizes.reserve(static_cast<std::size_t>(parser.IconCount()));
         for (std::int32_t i = 0; i < parser.IconCount(); ++i)
             sizes.push_back({parser.Width(i), parser.Height(i), parser.bitDepth(i), parser.isPNG(i) ? 1 : 0});
         sizeArray = std::move(sizes);

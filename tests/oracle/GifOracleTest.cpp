@@ -30,7 +30,7 @@ Pixel numbered(unsigned number, unsigned colors) {
 GifDecoded saved(const cPixSheet& sheet, bool isAdaptive = true, std::uint8_t tolerance = 128) {
     ByteArray stream;
     EXPECT_TRUE(sheet.SaveToStream_GIF(stream, isAdaptive, tolerance));
-    const GifDecoded decoded = decodeGif(stream.data(), stream.size());
+    GifDecoded decoded = decodeGif(stream.data(), stream.size());
     EXPECT_TRUE(decoded.isWhole);
     EXPECT_EQ(decoded.pictures, 1);
     EXPECT_EQ(decoded.width, sheet.Width());

@@ -114,7 +114,8 @@ TEST(Rotation, LosesOrAddsWeightOrMovesTheCentre) {
                 ASSERT_EQ(pixels[i][0], pixels[i][3]) << "not premultiplied any more";
                 weight += pixels[i][3] / 255.0;
                 x += pixels[i][3] / 255.0 * (static_cast<double>(i % 60) + 0.5);
-                y += pixels[i][3] / 255.0 * (static_cast<double>(i / 60) + 0.5);
+                const std::size_t row = i / 60;
+                y += pixels[i][3] / 255.0 * (static_cast<double>(row) + 0.5);
             }
             EXPECT_NEAR(weight, 200, highQuality ? 4 : 20) << angle; // whole pixels count unevenly
             EXPECT_NEAR(x / weight, 30, 0.1) << angle;

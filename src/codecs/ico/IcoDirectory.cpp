@@ -64,7 +64,7 @@ std::size_t roomBehind(std::span<const std::size_t> sortedOffsets, std::size_t s
 
 std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file) {
     const ByteReader reader(file);
-    const auto type = reader.littleEndian16(2);
+    const std::uint16_t type = reader.littleEndian16(2).value_or(0);
     const std::size_t count = reader.littleEndian16(4).value_or(0);
     // A TGA file of true colour without a map begins like a cursor file, and tells by its count of 0 that it is none.
     if (reader.littleEndian16(0) != 0 || (type != typeIcon && type != typeCursor) || count == 0) return {};

@@ -213,9 +213,9 @@ TEST_F(GifReader, CodesOfEveryKindComeOutWrong) {
     std::mt19937 random(4);
     for (const bool clears : {false, true}) {
         for (const unsigned variety : {1U, 2U, 4U}) {
-            std::vector<int> many;
-            for (int i = 0; i < 151 * 149; ++i)
-                many.push_back(static_cast<int>(random() % variety));
+            std::vector<int> many(151UL * 149);
+            for (int& index : many)
+                index = static_cast<int>(random() % variety);
             const Gif gif{
                 .width = 151, .height = 149, .codes = lzw(many, 2, {.clearWhenFull = clears}), .global = colors};
             EXPECT_EQ(loadGif(gif.data()), shown(151, 149, many)) << clears << variety;

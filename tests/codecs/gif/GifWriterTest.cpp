@@ -40,9 +40,9 @@ TEST_F(GifWriter, ABlockOrACodeIsWrong) {
 
 TEST_F(GifWriter, ThePaletteHasTheWrongSize) {
     const auto gradient = [](cPixSheet& sheet, std::int32_t colors, bool hasHole) {
-        std::vector<Pixel> pixels;
-        for (std::int32_t i = 0; i < colors; ++i)
-            pixels.push_back({static_cast<std::uint8_t>(i % 255), static_cast<std::uint8_t>(i / 255 * 9), 5, 255});
+        std::vector<Pixel> pixels(static_cast<std::size_t>(colors));
+        for (std::size_t i = 0; i < pixels.size(); ++i)
+            pixels[i] = {static_cast<std::uint8_t>(i % 255), static_cast<std::uint8_t>(i / 255 * 9), 5, 255};
         if (hasHole) pixels.push_back({});
         fill(sheet, static_cast<std::int32_t>(pixels.size()), 1, pixels);
     };

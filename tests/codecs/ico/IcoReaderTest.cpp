@@ -107,7 +107,7 @@ TEST_F(IcoReader, RowsOrMasksAreMisplaced) {
         image.payload = icoBitmap(file, mask);
         return loadIco(icoFile({image}));
     };
-    const auto is = [](std::vector<Pixel> pixels, AlphaTypeEnum alpha) {
+    const auto is = [](const std::vector<Pixel>& pixels, AlphaTypeEnum alpha) {
         return LoadedBmp{1, static_cast<std::int32_t>(pixels.size()), pixels, alpha, imgIcon};
     };
     const auto asItIs = [](BmpFile&) {};
@@ -215,6 +215,7 @@ TEST_F(IcoReader, ATrueColourTgaIsTakenForACursor) {
 TEST_F(IcoReader, TheWrongEntryIsTaken) {
     const auto ofSizes = [](const std::vector<std::array<std::int32_t, 3>>& images) {
         std::vector<IcoImage> all;
+        all.reserve(images.size());
         for (const auto& [width, height, bitCount] : images)
             all.push_back({solid(width, height, static_cast<std::uint16_t>(bitCount),
                                  static_cast<std::uint8_t>(images.size() - all.size()))});
