@@ -1,6 +1,7 @@
 #include "platform/pictures.h"
 #include "platform/faults.h"
 #include "platform/gdi.h"
+#include "platform/icons.h"
 #include <cstring>
 #include <gtest/gtest.h>
 #include <vector>
@@ -93,10 +94,69 @@ TEST(Pictures, APictureFreesWhatItOwnsAndOnlyThat) {
     }
 }
 
+// 2 x 1 pixels: over a target of 0x60 in every channel a mask lets the second through, which a colour inverts.
+TEST(Pictures, AnIconIsHeldDrawnAndFreedAsABitmapIs) {
+    constexpr std::uint8_t rightHalf[] = {0x40, 0}, both[] = {0x40, 0, 0x80, 0};
+    struct Case {
+        const char* fault;
+        int bits; // 0: monochrome
+        std::vector<std::uint8_t> colors;
+        Blues seen;
+        bool everywhere = true; // else OLE's own affair: Wine's ORs such pixels with what is beneath
+    };
+    const bool isOurs = !canLoadMetafiles();
+    const Case cases[] = {
+        {"masked", 24, {10, 20, 30, 0, 0, 0}, {10, 0x60}},
+        {"inverting", 24, {10, 20, 30, 255, 255, 255}, {10, 0x9F}, false},
+        {"alpha that is not used", 32, {10, 20, 30, 0, 0, 0, 0, 0}, {10, 0x60}},
+        {"alpha", 32, {10, 20, 30, 255, 0xE0, 0, 0, 128}, {10, 0xA0}, false},
+        {"monochrome", 0, {}, {255, 0x60}},
+    };
+    for (const Case& c : cases) {
+        for (const bool own : {false, true}) {
+            SCOPED_TRACE(testing::Message() << c.fault << (own ? ", owned" : ""));
+            UniqueBitmap color;
+            if (c.bits != 0) {
+                std::uint8_t* pixels = nullptr;
+                color = makeBitmap(2, 1, c.bits, &pixels);
+                std::memcpy(pixels, c.colors.data(), c.colors.size());
+            }
+            const UniqueBitmap mask(CreateMonochromeBitmap(2, c.bits == 0 ? 2 : 1, c.bits == 0 ? both : rightHalf));
+            const Handle icon = CreateIconIndirect({.hbmMask = mask.get(), .hbmColor = color.get()});
+            auto picture = OleCreatePictureIndirect(icon, PictureType::icon, own);
+            ASSERT_TRUE(picture);
+            EXPECT_FALSE(OleCreatePictureIndirect(icon, PictureType::bitmap, false));
+            EXPECT_EQ(picture->Type(), PictureType::icon);
+            EXPECT_EQ(picture->handle(), icon);
+            EXPECT_EQ(picture->Width(), 2);
+            EXPECT_EQ(picture->Height(), 1);
+            for (const int bits : {24, 32}) {
+                std::uint8_t* pixels = nullptr;
+                const UniqueBitmap target = makeBitmap(4, 2, bits, &pixels);
+                std::memset(pixels, 0x60, bits == 24 ? 24 : 32);
+                MemoryDC dc(CreateCompatibleDC(0));
+                const Handle before = SelectObject(dc.get(), target.get());
+                EXPECT_TRUE(picture->Render(dc.get(), -1, 0, 4, 1));
+                EXPECT_FALSE(picture->Render(dc.get(), 0, 0, 0, 1));
+                SelectObject(dc.get(), before);
+                Blues seen; // of the upper row
+                for (std::size_t x = 0; x < 4; ++x)
+                    seen.push_back(pixels[(bits == 24 ? 12 : 16) + x * static_cast<std::size_t>(bits) / 8]);
+                if (c.everywhere || isOurs) {
+                    EXPECT_EQ(seen, (Blues{c.seen[0], c.seen[1], c.seen[1], 0x60})) << bits;
+                }
+            }
+            picture.reset();
+            EXPECT_EQ(DestroyIcon(icon), !own);
+        }
+    }
+}
+
 TEST(Pictures, WhatIsNoPictureIsRefused) {
     const UniqueBitmap bitmap = makeSample(32);
     const MemoryDC dc(CreateCompatibleDC(0));
     EXPECT_FALSE(OleCreatePictureIndirect(0, PictureType::bitmap, false));
+    EXPECT_FALSE(OleCreatePictureIndirect(0, PictureType::icon, false));
     EXPECT_FALSE(OleCreatePictureIndirect(dc.get(), PictureType::bitmap, false));
     EXPECT_FALSE(OleCreatePictureIndirect(bitmap.get(), PictureType::icon, false));
     EXPECT_FALSE(OleCreatePictureIndirect(bitmap.get(), PictureType::metafile, false));

@@ -1,7 +1,7 @@
 #include "platform/portable/BitmapPicture.h"
 #include "platform/faults.h"
 #include "platform/portable/GdiObjects.h"
-#include <algorithm>
+#include "platform/portable/StretchAxis.h"
 #include <cstring>
 #include <new>
 #include <vector>
@@ -10,23 +10,7 @@ namespace pixkit::platform {
 
 namespace {
 
-// One axis of a rectangle that is stretched from `source` pixels and cut at the target's edges.
-struct Axis {
-    Axis(std::int32_t position, std::int32_t size, std::size_t sourceSize, std::size_t targetSize) noexcept
-        : start(position), length(size), source(sourceSize), first(std::max<std::int64_t>(start, 0)),
-          last(std::min<std::int64_t>(start + length, static_cast<std::int64_t>(targetSize))) {}
-    // Which pixel of the source the target's pixel shows.
-    std::size_t sourceOf(std::int64_t target) const noexcept {
-        return static_cast<std::size_t>(target - start) * source / static_cast<std::size_t>(length);
-    }
-    std::size_t visible() const noexcept { return last > first ? static_cast<std::size_t>(last - first) : 0; }
-
-    std::int64_t start, length;
-    std::size_t source;
-    std::int64_t first, last; // in the target
-};
-
-void drawStretched(const Bitmap& source, const Bitmap& target, const Axis& across, const Axis& down) {
+void drawStretched(const Bitmap& source, const Bitmap& target, const StretchAxis& across, const StretchAxis& down) {
     const std::size_t count = across.visible();
     if (count == 0 || down.visible() == 0) return;
     const std::size_t step = target.bitCount / 8U;
@@ -59,7 +43,8 @@ bool BitmapPicture::Render(Handle dc, std::int32_t x, std::int32_t y, std::int32
     const Bitmap& from = *source->bitmap;
     const Bitmap& to = *target->bitmap;
     try {
-        drawStretched(from, to, Axis(x, width, from.width, to.width), Axis(y, height, from.height, to.height));
+        drawStretched(from, to, StretchAxis(x, width, from.width, to.width),
+                      StretchAxis(y, height, from.height, to.height));
         return true;
     } catch (const std::bad_alloc&) {
         return false;

@@ -1,7 +1,7 @@
 // Icons without a window system: copies of their bitmaps.
 #include "platform/icons.h"
 #include "platform/faults.h"
-#include "platform/portable/GdiObjects.h"
+#include "platform/portable/IconObjects.h"
 #include <cstring>
 #include <new>
 #include <utility>
@@ -9,11 +9,6 @@
 namespace pixkit::platform {
 
 namespace {
-
-struct Icon {
-    IconInfo info; // its handles are not used
-    std::unique_ptr<Bitmap> mask, color;
-};
 
 HandleTable<Icon>& icons() noexcept {
     static NeverDestroyed<HandleTable<Icon>> instance(HandleKind::icon);
@@ -37,6 +32,10 @@ std::unique_ptr<Bitmap> copyOf(const Bitmap& bitmap) {
 }
 
 } // namespace
+
+std::shared_ptr<const Icon> findIcon(Handle icon) noexcept {
+    return icons().find(icon);
+}
 
 bool GetIconInfo(Handle icon, IconInfo& info) noexcept {
     const auto object = icons().find(icon);
@@ -71,9 +70,8 @@ Handle CreateIconIndirect(const IconInfo& info) noexcept {
         if (color) icon->color = copyOf(*color->bitmap);
         if (!icon->mask || (color && !icon->color)) return 0;
         if (info.fIcon) {
-            const Bitmap& size = color ? *icon->color : *icon->mask;
-            icon->info.xHotspot = static_cast<std::uint32_t>(size.width / 2);
-            icon->info.yHotspot = static_cast<std::uint32_t>(color ? size.height / 2 : size.height / 4);
+            icon->info.xHotspot = static_cast<std::uint32_t>(icon->width() / 2);
+            icon->info.yHotspot = static_cast<std::uint32_t>(icon->height() / 2);
         }
         return icons().add(std::move(icon));
     } catch (const std::bad_alloc&) {

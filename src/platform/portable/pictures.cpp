@@ -1,6 +1,7 @@
 #include "platform/pictures.h"
 #include "platform/faults.h"
 #include "platform/portable/BitmapPicture.h"
+#include "platform/portable/IconPicture.h"
 #include "platform/portable/loaders.h"
 #include <new>
 
@@ -19,12 +20,19 @@ std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) 
 
 std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType type, bool own) noexcept {
     if (faultDue(SeamCall::oleCreatePictureIndirect)) return nullptr;
-    if (type != PictureType::bitmap || GetObjectType(image) != ObjectType::bitmap) return nullptr;
-    return std::unique_ptr<StdPicture>(new (std::nothrow) BitmapPicture(image, own));
+    if (type == PictureType::bitmap && GetObjectType(image) == ObjectType::bitmap)
+        return std::unique_ptr<StdPicture>(new (std::nothrow) BitmapPicture(image, own));
+    if (type == PictureType::icon && findIcon(image))
+        return std::unique_ptr<StdPicture>(new (std::nothrow) IconPicture(image, own));
+    return nullptr;
 }
 
 bool canLoadMetafiles() noexcept {
     return false;
+}
+
+bool refusesIncompleteGif() noexcept {
+    return true;
 }
 
 } // namespace pixkit::platform
