@@ -17,7 +17,7 @@ packages_of() {
     local build="g++ cmake ninja-build ccache libcli11-dev zlib1g libturbojpeg0"
     case $1 in
     demo) echo "$build" ;;
-    native) echo "$build googletest libpng-dev libjpeg62-turbo-dev libgif-dev libstb-dev zlib1g-dev imagemagick icoutils netpbm pngcheck python3" ;;
+    native) echo "$build googletest libpng-dev libjpeg62-turbo-dev libgif-dev giflib-tools libjpeg-turbo-progs libstb-dev zlib1g-dev imagemagick icoutils netpbm pngcheck python3" ;;
     windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64" ;;
     checks) echo "clang-format clang-tidy" ;;
     bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libpixman-1-dev libcairo2-dev pkg-config imagemagick valgrind python3" ;;

@@ -6,6 +6,7 @@
 #include "platform/portable/loaders.h"
 #include <algorithm>
 #include <optional>
+#include <vector>
 
 namespace pixkit::platform {
 
@@ -27,20 +28,38 @@ class TurboJpeg {
 
     explicit operator bool() const noexcept { return m_found == 4; }
 
-    // Rows bottom-up, 4 bytes a pixel. True also where the data was damaged or ended early.
-    bool decompress(Bytes bytes, std::uint8_t* pixels, int width, int height, PixelFormat format) const noexcept {
-        constexpr int bottomUp = 2, accurateTransform = 4096, limitScans = 32768;
-        constexpr int warning = 0;
-        void* const decoder = m_initDecompress();
-        if (decoder == nullptr) return false;
-        const int failure = m_decompress2(decoder, bytes.data(), static_cast<unsigned long>(bytes.size()), pixels,
-                                          width, width * 4, height, format, bottomUp | accurateTransform | limitScans);
-        const bool done = failure == 0 || m_getErrorCode(decoder) == warning;
-        m_destroy(decoder);
-        return done;
+    // Rows bottom-up, 4 bytes a pixel. True also where the data was damaged or ended early, as long as the decoder went
+    // through to the last row.
+    bool decompress(Bytes bytes, std::uint8_t* pixels, int width, int height, PixelFormat format) const {
+        const Outcome outcome = decompressOnce(bytes, pixels, width, height, format);
+        if (outcome != Outcome::warned) return outcome == Outcome::done;
+        // After a warning the library calls its giving up a warning too. The row decoded last, which lies first, shows
+        // whether it did: then it keeps what is put there.
+        const std::span lastRow(pixels, static_cast<std::size_t>(width) * 4);
+        std::vector<std::uint8_t> other(lastRow.begin(), lastRow.end());
+        for (std::uint8_t& byte : other)
+            byte ^= 0xFF;
+        std::ranges::copy(other, lastRow.begin());
+        decompressOnce(bytes, pixels, width, height, format);
+        return !std::ranges::equal(lastRow, other);
     }
 
   private:
+    enum class Outcome { done, warned, failed };
+
+    Outcome decompressOnce(Bytes bytes, std::uint8_t* pixels, int width, int height,
+                           PixelFormat format) const noexcept {
+        constexpr int bottomUp = 2, accurateTransform = 4096, limitScans = 32768;
+        constexpr int warning = 0;
+        void* const decoder = m_initDecompress();
+        if (decoder == nullptr) return Outcome::failed;
+        const int failure = m_decompress2(decoder, bytes.data(), static_cast<unsigned long>(bytes.size()), pixels,
+                                          width, width * 4, height, format, bottomUp | accurateTransform | limitScans);
+        const bool warned = failure != 0 && m_getErrorCode(decoder) == warning;
+        m_destroy(decoder);
+        return failure == 0 ? Outcome::done : warned ? Outcome::warned : Outcome::failed;
+    }
+
     template <class Function>
     void find(Function*& function, const char* name) noexcept {
         function = reinterpret_cast<Function*>(GetProcAddress(m_library.get(), name));
