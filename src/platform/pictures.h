@@ -53,4 +53,8 @@ std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType t
 bool canLoadJpeg() noexcept;
 bool canLoadMetafiles() noexcept;
 
+// Whether OleLoadPicture refuses every GIF whose codes do not describe each pixel. The portable side does; others let
+// some through, with pixels that nobody wrote.
+bool refusesIncompleteGif() noexcept;
+
 } // namespace pixkit::platform

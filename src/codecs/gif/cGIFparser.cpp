@@ -1,5 +1,7 @@
 // From the data to a GIF of the first frame alone.
 #include "codecs/gif/cGIFparser.h"
+#include "codecs/gif/GifCodes.h"
+#include "platform/pictures.h"
 #include "shared/ByteReader.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
@@ -67,6 +69,9 @@ bool cGIFparser::ParseGIF(cPixSheet& cHost) {
         const std::uint64_t width = data.littleEndian16(g87aStart + 5).value_or(0);
         const std::uint64_t height = data.littleEndian16(g87aStart + 7).value_or(0);
         if (width * height == 0 || width * height * 4 > std::numeric_limits<std::int32_t>::max()) return false;
+        if (!platform::refusesIncompleteGif() &&
+            !codesFillImage(c_GIFdata.subspan(m_codeSizeAt + 1), at(m_codeSizeAt), width * height))
+            return false;
 
         buildFrame();
         if (transUsed) grayFrameTable();
@@ -112,7 +117,8 @@ bool cGIFparser::findFirstImage(std::size_t Ptr) {
         gColorsUsed = colorsOf(packed);
         Ptr += 3 * gColorsUsed;
     }
-    Ptr += 2; // the packed byte and the code size
+    m_codeSizeAt = Ptr + 1; // behind the packed byte or the table
+    Ptr += 2;
     SkipGifBlock(Ptr);
     g87aStop = Ptr - 1;
     return true;
@@ -142,14 +148,13 @@ void cGIFparser::buildFrame() {
         c_GIFframe[control + 7] = 0;
     }
     const std::size_t descriptor = c_GIFframe.size();
-    const std::size_t codeSizeAt = g87aStart + descriptorLength + (aLocalTbl ? 3 * gColorsUsed : 0);
     const std::size_t table = aLocalTbl ? g87aStart + descriptorLength : screenEnd;
     append(g87aStart, descriptorLength);
     m_frameColors = gColorsUsed;
     m_frameTable = aLocalTbl ? c_GIFframe.size() : screenEnd;
     // Codes that can name more indexes than there are colours get a table with room for all, black where the file has
     // none: what a loader shows for indexes without a colour may be anything, memory that is not its own included.
-    const bool needsRoom = at(codeSizeAt) >= 8 ? gColorsUsed < 256 : gColorsUsed < std::size_t{1} << at(codeSizeAt);
+    const bool needsRoom = at(m_codeSizeAt) >= 8 ? gColorsUsed < 256 : gColorsUsed < std::size_t{1} << at(m_codeSizeAt);
     if (needsRoom) {
         std::uint8_t& packed = c_GIFframe[descriptor + packedInDescriptor];
         packed = static_cast<std::uint8_t>(packed | 0x87); // a local table of 256
@@ -160,7 +165,7 @@ void cGIFparser::buildFrame() {
     } else if (aLocalTbl) {
         append(table, 3 * gColorsUsed);
     }
-    append(codeSizeAt, g87aStop - codeSizeAt + 1);
+    append(m_codeSizeAt, g87aStop - m_codeSizeAt + 1);
     c_GIFframe.push_back(trailer);
 }
 

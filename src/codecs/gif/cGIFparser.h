@@ -47,6 +47,7 @@ class cGIFparser {
     std::size_t gHeaderLen = 0;    // header and global colour table
     std::size_t g87aStart = 0;     // first byte of the first image, its descriptor
     std::size_t g87aStop = 0;      // last byte of it
+    std::size_t m_codeSizeAt = 0;  // in the first image: how many bits its indexes have; the codes follow
     std::size_t g89aStart = 0;     // the graphic control extension before it; 0: none
     bool transUsed = false;        // that extension names a transparent index,
     std::uint8_t m_transIndex = 0; // this one

@@ -165,4 +165,8 @@ bool canLoadMetafiles() noexcept {
     return true;
 }
 
+bool refusesIncompleteGif() noexcept {
+    return false;
+}
+
 } // namespace pixkit::platform

@@ -1,4 +1,5 @@
 // What is recognised, cut out and shown of a GIF, and what of one that is odd or damaged.
+#include "codecs/gif/GifCodes.h"
 #include "codecs/gif/cGIFparser.h"
 #include "platform/faults.h"
 #include "support/AllocationFault.h"
@@ -221,6 +222,29 @@ TEST_F(GifReader, CodesOfEveryKindComeOutWrong) {
             EXPECT_EQ(loadGif(gif.data()), shown(151, 149, many)) << clears << variety;
         }
     }
+}
+
+TEST_F(GifReader, DamagedCodesAreCountedOtherwiseThanTheyAreDecoded) {
+    std::mt19937 random(8);
+    for (int round = 0; round < 3000; ++round) {
+        const unsigned codeSize = 1 + static_cast<unsigned>(random() % 11);
+        std::vector<int> noise(20 * 15 - random() % 3);
+        for (int& index : noise)
+            index = static_cast<int>(random() % std::min(1U << codeSize, 5U));
+        Gif gif{.width = 20,
+                .height = 15,
+                .codes = lzw(noise, codeSize, {.endCode = random() % 2 == 0}),
+                .codeSize = codeSize,
+                .global = Bytes(48, 7)};
+        gif.blockSize = 1 + random() % 255;
+        if (round % 4 != 0) gif.codes[random() % gif.codes.size()] ^= static_cast<std::uint8_t>(1U << random() % 8);
+        if (round % 4 == 3) gif.codes.resize(random() % gif.codes.size());
+        const bool isWhole = codesFillImage(subBlocks(gif.codes, gif.blockSize), codeSize, 20 * 15);
+        EXPECT_EQ(isWhole, loadGif(gif.data()) != nothing) << round;
+    }
+    // A chain that does not end is not followed beyond the data.
+    EXPECT_FALSE(codesFillImage({}, 2, 1));
+    EXPECT_FALSE(codesFillImage(Bytes{200, 0x44}, 2, 9));
 }
 
 TEST_F(GifReader, IndexesBeyondTheTableShowWhatIsNotThere) {
