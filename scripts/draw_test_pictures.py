@@ -3,7 +3,7 @@
 and files that are bad. What loading each of them must give stands in tests/data/ledger.txt (scripts/ledger.sh).
 
 Everything is made by hand, byte by byte, except what stands in folders that are named after the programs that made them;
-those are only made anew with --programs (ImageMagick and netpbm), and nothing is ever deleted.
+those are only made anew with --programs (ImageMagick, netpbm and giflib), and nothing is ever deleted.
 
 A new format is one function that yields (name, bytes), entered in FORMATS.
 """
@@ -396,6 +396,19 @@ def ico():
     yield "lies-size", icon_file((good, {"width": 200, "height": 0, "first": 0, "second": 1}))
     yield "lies-bytes", icon_file((good, {"size": 0}), (picture, {"size": 30}))
     yield "same-image-twice", icon_file((good, {"offset": 38}), (b"", {"offset": 38, "size": len(good)}))
+    yield "palette-beside-24", icon_file(icon_bitmap(24, 9, 7, entries=16, used=16))
+    yield "core-1", icon_file(icon_bitmap(1, 9, 7, header=12))
+    yield "png-256", icon_file((png_file(0, 1, 256, 256), {"width": 0, "height": 0}))
+    yield "inverting-among-others", icon_file(icon_bitmap(4, 9, 7, mask=b"\xF0\xFF\xFF\xFF" * 7))
+    yield "mask-everywhere", icon_file(icon_bitmap(24, 9, 7, mask=b"\xFF" * 28, pixels=bytes(28 * 7)))
+    yield "lies-bytes-bitmap", icon_file((good, {"size": 50}), (good, {"size": 41}))
+    yield "others-beyond-the-end", icon_file((good, {"size": 9999}), good, (good, {"offset": 2**31}))
+    damaged = [changed(png_file(6, 8, 32 + i, 32), 60, b"xx") for i in range(4)]
+    for count in (2, 3, 4):
+        yield f"damaged-png-{count}-times", icon_file(*damaged[:count], good)
+    yield "depths-of-one-size", icon_file(*(icon_bitmap(depth, 9, 7) for depth in (4, 24, 8)))
+    yield "bad-png-without-header", icon_file(changed(picture, 12, b"IHDX"))
+    yield "bad-png-cut", icon_file(picture[:200])
     yield "bad-beyond-the-end", icon_file((good, {"size": len(good) + 1}))
     yield "bad-wraps", icon_file((good, {"offset": 2**32 - 16, "size": len(good) + 38}))
     yield "bad-empty-directory", icon_file(count=0) + bytes(40)
@@ -406,15 +419,190 @@ def ico():
     yield "bad-sizes", icon_file(bmp_file(24, 0, 14)[14:] + bytes(90), bmp_file(24, 2**30, 2**30, pixels=b"")[14:])
 
 
-FORMATS = {"png": png, "bmp": bmp, "tga": tga, "ico": ico}
+# --- GIF
+
+def lzw(indexes, code_size, clear_first=True, clears=True, end_code=True, growth=12):
+    """LZW codes; `clears`: begin anew when the table is full, `growth`: widest codes."""
+    clear = 1 << code_size
+    codes, table, width, after = [], {}, code_size + 1, clear + 2
+
+    def reset():
+        nonlocal table, width, after
+        table = {(i,): i for i in range(clear)}
+        width, after = code_size + 1, clear + 2
+
+    def grow():  # the reader's table is one entry behind
+        nonlocal width, after
+        if after == 1 << width and width < growth:
+            width += 1
+        after += 1
+
+    reset()
+    if clear_first:
+        codes.append((clear, width))
+    string = ()
+    for index in indexes:
+        longer = string + (index,)
+        if longer in table:
+            string = longer
+            continue
+        codes.append((table[string], width))
+        if after < 1 << growth:
+            table[longer] = after
+            grow()
+        elif clears:
+            codes.append((clear, width))
+            reset()
+        string = (index,)
+    if string:
+        codes.append((table[string], width))
+        if after < 1 << growth:
+            grow()
+    if end_code:
+        codes.append((clear + 1, width))
+    return packed_codes(codes)
+
+
+def packed_codes(codes):
+    """Codes and their widths, low bits first."""
+    bits = length = 0
+    for code, width in codes:
+        bits |= code << length
+        length += width
+    return bits.to_bytes((length + 7) // 8, "little")
+
+
+def sub_blocks(data, most=255):
+    blocks = (data[at:at + most] for at in range(0, len(data), most))
+    return b"".join(bytes([len(block)]) + block for block in blocks) + b"\0"
+
+
+def gif_table(entries, seed=1):
+    return noise(seed, entries * 3)
+
+
+def gif_table_bits(table):
+    return 0x80 | (len(table) // 3 - 1).bit_length() - 1 if table else 0
+
+
+def gif_image(width=9, height=7, code_size=2, colours=4, local=b"", interlaced=False, codes=None, place=(0, 0),
+              block=255, stated=None, **style):
+    """An image from its descriptor on; runs and noise unless codes are given."""
+    if codes is None:
+        few = random.Random(width * height + colours)
+        indexes = []
+        while len(indexes) < width * height:
+            indexes += [few.randrange(colours)] * few.randrange(1, 6)
+        codes = lzw(indexes[:width * height], code_size, **style)
+    packed = gif_table_bits(local) | 0x40 * interlaced
+    return (b"," + struct.pack("<HHHHB", *place, width, height, packed) + local
+            + bytes([code_size if stated is None else stated]) + sub_blocks(codes, block))
+
+
+def gif_file(*blocks, table=gif_table(16), signature=b"GIF89a", screen=(9, 7), end=b";"):
+    """Large enough to be looked at (56 bytes are not) unless it has no table of its own."""
+    return (signature + struct.pack("<HHBBB", *screen, gif_table_bits(table), 0, 0) + table + b"".join(blocks) + end)
+
+
+def gif_control(transparent, flags=1):
+    return struct.pack("<BBBBHBB", 0x21, 0xF9, 4, flags, 0, transparent, 0)
+
+
+def gif():
+    image = gif_image()
+    comment = b"!\xFE\5hello\3,;!\0"
+    text = b"!\1\x0C" + noise(3, 12) + b"\2ab\0"
+    loop = b"!\xFF\x0BNETSCAPE2.0\3\1\0\0\0"
+    for name, signature in {"87a": b"GIF87a", "89a": b"GIF89a", "capitals": b"GIF89A", "small": b"gif87a"}.items():
+        yield f"signature-{name}", gif_file(image, signature=signature)
+    for code_size in range(1, 12):
+        table = gif_table(1 << min(code_size, 8))
+        colours = min(1 << code_size, 256)
+        for name, options in {"": {}, "-interlaced": {"interlaced": True}}.items():
+            yield f"code-size-{code_size}{name}", gif_file(
+                gif_image(37, 21, code_size, colours, **options), table=table, screen=(37, 21))
+        first = random.Random(37 * 21 + colours).randrange(colours)
+        yield f"code-size-{code_size}-transparent", gif_file(
+            gif_control(first), gif_image(37, 21, code_size, colours), table=table, screen=(37, 21))
+    for height in range(1, 10):
+        yield f"interlaced-3x{height}", gif_file(gif_image(3, height, interlaced=True), screen=(3, height))
+    for code_size, colours in ((2, 3), (8, 256)):
+        for clears in (False, True):
+            yield f"full-table-{colours}-{'cleared' if clears else 'kept'}", gif_file(
+                gif_image(150, 110 if colours == 256 else 170, code_size, colours, clears=clears),
+                table=gif_table(1 << code_size), screen=(150, 170))
+    yield "strings-long", gif_file(gif_image(150, 120, codes=lzw([2] * 18000, 2)), screen=(150, 120))
+    yield "screen-larger", gif_file(gif_image(place=(3, 2)), screen=(40, 30))
+    yield "screen-smaller", gif_file(image, screen=(2, 1))
+    yield "screen-0", gif_file(image, screen=(0, 0))
+    yield "table-local", gif_file(gif_image(local=gif_table(16, 2)), table=b"")
+    yield "table-both", gif_file(gif_image(local=gif_table(8, 2)), table=gif_table(256))
+    yield "table-local-transparent", gif_file(gif_control(2), gif_image(local=gif_table(8, 2)), table=gif_table(256))
+    yield "table-2", gif_file(comment, gif_image(colours=2), table=gif_table(2))
+    yield "blocks-of-1", gif_file(gif_image(block=1))
+    yield "no-clear-code", gif_file(gif_image(clear_first=False))
+    yield "no-end-code", gif_file(gif_image(end_code=False))
+    yield "extensions", gif_file(b"\0", comment, loop, text, gif_control(3, 0), image)
+    yield "extensions-87a", gif_file(comment, gif_control(3), image, signature=b"GIF87a")
+    yield "animated", gif_file(loop, gif_control(1), image, gif_control(2), gif_image(4, 4, local=gif_table(4, 9)))
+    yield "animated-second-transparent", gif_file(loop, image, gif_control(2), gif_image(4, 4, place=(2, 2)))
+    for transparent in range(4):
+        yield f"transparent-{transparent}", gif_file(gif_control(transparent), image)
+    for name, entry in {"black": b"\0\0\0", "gray-of-an-entry": b"\2\2\2", "gray-of-none": b"\x50\x50\x50",
+                        "almost-gray": b"\2\2\3", "white": b"\xFF\xFF\xFF"}.items():
+        for transparent in (0, 2):
+            yield f"entry-0-{name}-{transparent}", gif_file(gif_control(transparent), image, table=entry + gif_table(3))
+    yield "entry-0-gray-of-256", gif_file(gif_control(7), gif_image(37, 21, 8, 256),
+                                          table=b"\x80\x80\x80" + gif_table(255), screen=(37, 21))
+    yield "transparent-everywhere", gif_file(gif_control(1), gif_image(codes=lzw([1] * 63, 2)))
+    yield "transparent-nowhere", gif_file(gif_control(200), image)
+    yield "transparent-twice-said", gif_file(gif_control(1), gif_control(2), image)
+    yield "transparent-taken-back", gif_file(gif_control(1), gif_control(2, 0), image)
+    yield "same-colours-transparent", gif_file(gif_control(1), image, table=b"\x11\x22\x33" * 4)
+    yield "odd-control-length", gif_file(changed(changed(gif_control(1), 2, b"\x99"), 7, b"\x55"), image)
+    yield "odd-no-trailer", gif_file(image, end=b"")
+    yield "odd-bytes-behind", gif_file(image, end=noise(4, 40))
+    yield "odd-codes-behind", gif_file(gif_image(9, 5, codes=lzw([i % 4 for i in range(63)], 2)))
+    yield "odd-bytes-behind-end-code", gif_file(gif_image(codes=lzw([i % 4 for i in range(63)], 2) + noise(5, 9)))
+    yield "odd-clear-twice", gif_file(gif_image(2, 1, codes=packed_codes(
+        ((4, 3), (4, 3), (1, 3), (4, 3), (4, 3), (2, 3)))))
+    yield "odd-colours-beyond-table", gif_file(gif_image(37, 21, 8, 256), table=gif_table(16), screen=(37, 21))
+    yield "odd-colours-beyond-table-transparent", gif_file(gif_control(1), gif_image(37, 21, 8, 256),
+                                                           table=gif_table(16), screen=(37, 21))
+
+    yield "bad-signature", gif_file(image, signature=b"GIF88a")
+    yield "bad-no-table", gif_file(image, table=b"", end=bytes(40))
+    yield "bad-block", gif_file(b"\x22\0", image)
+    yield "bad-no-image", gif_file(comment, loop)
+    for name, size in {"width": (0, 7), "height": (9, 0), "both": (0, 0)}.items():
+        yield f"bad-{name}-0", gif_file(gif_image(*size, codes=lzw([1] * 63, 2)))
+    yield "bad-huge", gif_file(gif_image(65535, 65535, codes=lzw([1] * 63, 2)))
+    yield "bad-more-than-codes", gif_file(gif_image(3000, 2000, codes=lzw([1] * 63, 2)))
+    for code_size in (0, 12, 13, 255):
+        yield f"bad-code-size-{code_size}", gif_file(gif_image(stated=code_size))
+    for count in (0, 1, 2, 3):
+        yield f"bad-codes-of-{count}-bytes", gif_file(gif_image(codes=noise(7, count)))
+    for lack in (1, 2, 9, 10, 62, 63):
+        for name, ends in (("end-code", True), ("cut", False)):
+            indexes = [i * i % 4 for i in range(63 - lack)]
+            yield f"bad-{lack}-missing-{name}", gif_file(gif_image(codes=lzw(indexes, 2, end_code=ends)))
+    yield "bad-1-missing-clear-and-end", gif_file(gif_image(2, 1, codes=packed_codes(((4, 3), (1, 3), (4, 3), (5, 3)))))
+    yield "bad-first-code-is-a-string", gif_file(gif_image(codes=packed_codes(((4, 3), (6, 3), (1, 3), (5, 3)))))
+    yield "bad-code-of-no-string", gif_file(gif_image(codes=packed_codes(((4, 3), (1, 3), (7, 3), (0, 3), (0, 4)))))
+    whole = gif_file(comment, loop, gif_control(1), image, end=b"")
+    for at in (58, 75, *range(len(whole) - 64, len(whole), 7), len(whole) - 1):
+        yield f"bad-cut-at-{at}", whole[:at]
+
+
+FORMATS = {"png": png, "bmp": bmp, "tga": tga, "ico": ico, "gif": gif}
 
 
 # --- by other programs
 
 def by_programs(folder):
-    """The same small picture, as ImageMagick and netpbm write it."""
-    netpbm, magick = folder / "netpbm", folder / "imagemagick"
-    for place in (netpbm, magick):
+    """The same small picture, as ImageMagick, netpbm and giflib write it."""
+    netpbm, magick, giflib = folder / "netpbm", folder / "imagemagick", folder / "giflib"
+    for place in (netpbm, magick, giflib):
         place.mkdir(parents=True, exist_ok=True)
     source = FOLDER / "png" / "wide-2-8.png"
     with_alpha = FOLDER / "png" / "wide-6-8.png"
@@ -426,7 +614,8 @@ def by_programs(folder):
             "bmp3": ("", "-colors 16"), "bmp2": ("", "-colors 16"),
             "tga": ("", "-compress RLE", "-type Palette", "-type Palette -compress RLE", "-type Grayscale"),
             "png": ("", "-colors 16", "-type Grayscale", "-interlace PNG"),
-            "ico": ("", "-colors 16", "-colors 2", "-colors 200")}
+            "ico": ("", "-colors 16", "-colors 2", "-colors 200"),
+            "gif": ("", "-colors 16", "-colors 2", "-interlace GIF"), "gif87": ("",)}
     for kind, options in ways.items():
         for way in options:
             for picture, mark in ((source, ""), (with_alpha, "-alpha")):
@@ -444,6 +633,12 @@ def by_programs(folder):
         for variant, arguments in {"windows": ["-windows"], "os2": ["-os2"]}.items():
             run(netpbm / f"{name}-{variant}.bmp", ["ppmtobmp", *arguments], input=picture)
         run(netpbm / f"{name}.png", ["pnmtopng"], input=picture)
+        if name != "colours":
+            run(netpbm / f"{name}.gif", ["pamtogif"], input=picture)
+            run(netpbm / f"{name}-interlaced.gif", ["pamtogif", "-interlace", "-transparent=black"], input=picture)
+            text = subprocess.run(["gifbuild", "-d"], check=True, stdout=subprocess.PIPE,
+                                  input=(netpbm / f"{name}-interlaced.gif").read_bytes()).stdout
+            run(giflib / f"{name}.gif", ["gifbuild"], input=text)
         kind = {"few": "-cmap", "gray": "-mono", "bits": "-mono"}.get(name, "-rgb")
         for variant, arguments in {"rle": [], "raw": ["-norle"]}.items():
             run(netpbm / f"{name}-{variant}.tga", ["ppmtotga", kind, *arguments], input=picture)
