@@ -127,15 +127,26 @@ same_pixels() {
     diff -r "$folder/native" "$folder/windows"
 }
 
+# The program is built where the libraries are that it compares with.
+comparisons() {
+    local name="$1: comparisons with other libraries" program=build/$2/tests/pixkit-oracle-tests
+    if [ -x "$program" ]; then
+        tests "$name" "$program"
+    elif [ -n "$native_only" ]; then
+        echo "$name: skipped, scripts/setup.sh native installs what they need"
+        skipped=$((skipped + 1))
+    else
+        fail "$name: not built"
+    fi
+}
+
 native() {
     local level
     build "native: build" release || return
     for level in scalar sse2 avx2; do
         tests "native: tests with $level kernels" env PIXKIT_CPU=$level build/release/tests/pixkit-tests
     done
-    if [ -x build/release/tests/pixkit-oracle-tests ]; then
-        tests "native: comparisons with other libraries" build/release/tests/pixkit-oracle-tests
-    fi
+    comparisons native release
     script_tests "native: the command" tests/cli/command_test.sh build/release/src/cli/pixkit
     check "native: install, and use as a package" package
     check "native: the README's example is the compiled one" readme_example
@@ -146,9 +157,7 @@ sanitized() {
     # Refusing what cannot be had is the library's own affair, so the sanitizer must let allocations fail.
     export ASAN_OPTIONS=allocator_may_return_null=1 UBSAN_OPTIONS=print_stacktrace=1
     tests "sanitizers: tests" build/asan/tests/pixkit-tests
-    if [ -x build/asan/tests/pixkit-oracle-tests ]; then
-        tests "sanitizers: comparisons with other libraries" build/asan/tests/pixkit-oracle-tests
-    fi
+    comparisons sanitizers asan
 }
 
 windows() {
