@@ -86,6 +86,10 @@ HRESULT Argument::bind(const Parameter& parameter, VARIANTARG* passed, LCID loca
     case Parameter::Kind::variant:
         m_variant = m_source;
         return S_OK;
+    case Parameter::Kind::variantReference:
+        m_call.vt = referenceTo(VT_VARIANT);
+        m_call.pvarVal = m_source;
+        return S_OK;
     case Parameter::Kind::reference:
         return bindReference(parameter.type, locale);
     case Parameter::Kind::object:
@@ -104,6 +108,12 @@ HRESULT Argument::bindMissing(const Parameter& parameter) noexcept {
         m_call.vt = VT_ERROR;
         m_call.scode = DISP_E_PARAMNOTFOUND;
         m_variant = &m_call;
+        return S_OK;
+    case Parameter::Kind::variantReference:
+        m_local.vt = VT_ERROR;
+        m_local.scode = DISP_E_PARAMNOTFOUND;
+        m_call.vt = referenceTo(VT_VARIANT);
+        m_call.pvarVal = &m_local;
         return S_OK;
     case Parameter::Kind::value:
         if (parameter.defaultValue) m_call = *parameter.defaultValue; // lives as long as the description
@@ -186,7 +196,7 @@ HRESULT Argument::bindArray(VARTYPE type, LCID locale) noexcept {
         m_returns = Returns::array;
         return S_OK;
     }
-    if (found == arrayOf(VT_VARIANT)) return bindVariantArray(type, locale);
+    if (found == arrayOf(VT_VARIANT) && type != VT_VARIANT) return bindVariantArray(type, locale);
     if (found != arrayOf(type)) return DISP_E_TYPEMISMATCH;
     if (isReference || m_isVariable) { // the member works on the caller's array itself
         m_call.vt = referenceTo(arrayOf(type));

@@ -7,10 +7,30 @@ namespace {
 
 using Passed = std::array<VARIANTARG*, maximumParameters>; // by parameter; null = left out
 
+// All positional arguments from the last parameter on, for a member that takes any number of them.
+HRESULT gatherRest(const Member& member, const DISPPARAMS& arguments, Variant& rest) noexcept {
+    const auto fixed = static_cast<UINT>(member.parameters.size() - 1);
+    const UINT positional = arguments.cArgs - arguments.cNamedArgs;
+    if (positional <= fixed) return S_OK;
+    SAFEARRAY* const array = ::SafeArrayCreateVector(VT_VARIANT, 0, positional - fixed);
+    if (array == nullptr) return E_OUTOFMEMORY;
+    rest.vt = VT_ARRAY | VT_VARIANT;
+    rest.parray = array;
+    auto* element = static_cast<VARIANT*>(array->pvData);
+    for (UINT i = fixed; i < positional; ++i, ++element) {
+        const HRESULT status = ::VariantCopyInd(element, &arguments.rgvarg[arguments.cArgs - 1 - i]);
+        if (FAILED(status)) return status;
+    }
+    return S_OK;
+}
+
 // Named arguments come first, positional ones after them in reverse. A property's value has a name of its own.
-HRESULT sortArguments(const Member& member, DISPPARAMS& arguments, Passed& passed, UINT* argumentError) noexcept {
+// `rest` becomes the last parameter of a member that takes any number of arguments.
+HRESULT sortArguments(const Member& member, DISPPARAMS& arguments, Passed& passed, Variant& rest,
+                      UINT* argumentError) noexcept {
     const std::size_t count = member.parameters.size();
-    if (arguments.cArgs > count || arguments.cNamedArgs > arguments.cArgs) return DISP_E_BADPARAMCOUNT;
+    if ((arguments.cArgs > count && !member.takesAnyNumber) || arguments.cNamedArgs > arguments.cArgs)
+        return DISP_E_BADPARAMCOUNT;
     for (UINT i = 0; i < arguments.cNamedArgs; ++i) {
         const DISPID name = arguments.rgdispidNamedArgs[i];
         const bool isPut = name == DISPID_PROPERTYPUT && member.kind != INVOKE_FUNC && count != 0;
@@ -23,9 +43,15 @@ HRESULT sortArguments(const Member& member, DISPPARAMS& arguments, Passed& passe
     }
     for (UINT i = arguments.cNamedArgs; i < arguments.cArgs; ++i) {
         const std::size_t position = arguments.cArgs - 1 - i;
+        if (member.takesAnyNumber && position >= count - 1) continue;
         if (passed[position] != nullptr) return DISP_E_BADPARAMCOUNT; // given by name too
         passed[position] = &arguments.rgvarg[i];
     }
+    if (!member.takesAnyNumber) return S_OK;
+    const HRESULT status = gatherRest(member, arguments, rest);
+    if (FAILED(status) || rest.vt == VT_EMPTY) return status;
+    if (passed[count - 1] != nullptr) return DISP_E_BADPARAMCOUNT; // given by name too
+    passed[count - 1] = &rest;
     return S_OK;
 }
 
@@ -76,12 +102,14 @@ HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID 
     if (member == nullptr) return DISP_E_MEMBERNOTFOUND;
 
     Passed passed{};
-    if (const HRESULT status = sortArguments(*member, *arguments, passed, argumentError); FAILED(status)) return status;
+    Variant rest;
+    if (const HRESULT status = sortArguments(*member, *arguments, passed, rest, argumentError); FAILED(status))
+        return status;
     std::array<Argument, maximumParameters> bound;
     for (std::size_t i = 0; i < member->parameters.size(); ++i) {
         const HRESULT status = bound[i].bind(member->parameters[i], passed[i], locale);
         if (SUCCEEDED(status)) continue;
-        if (argumentError != nullptr && passed[i] != nullptr)
+        if (argumentError != nullptr && passed[i] != nullptr && passed[i] != &rest)
             *argumentError = static_cast<UINT>(passed[i] - arguments->rgvarg);
         return status;
     }
@@ -99,7 +127,7 @@ HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID 
         const HRESULT given = bound[i].giveBack(locale);
         if (SUCCEEDED(given) || FAILED(status)) continue;
         status = given;
-        if (argumentError != nullptr && passed[i] != nullptr)
+        if (argumentError != nullptr && passed[i] != nullptr && passed[i] != &rest)
             *argumentError = static_cast<UINT>(passed[i] - arguments->rgvarg);
     }
     if (result != nullptr) *result = returned.detach();

@@ -1,6 +1,7 @@
 #define INITGUID // this file defines what the generated header only declares
 #include "com/PixSheetObject.h"
 #include "com/Dispatch.h"
+#include "com/IconArguments.h"
 #include "com/Resources.h"
 #include "com/version_record.h"
 #include <new>
@@ -144,6 +145,42 @@ HRESULT PixSheetObject::put_Tag(VARIANT value) {
     // The old value goes last: releasing an object may run code that asks for Tag.
     std::swap(static_cast<VARIANT&>(copied), static_cast<VARIANT&>(m_Tag));
     return S_OK;
+}
+
+template <class Save>
+std::int32_t PixSheetObject::withIconArguments(const VARIANT* source, SAFEARRAY** sizes, Save&& save) {
+    std::vector<ComPtr<_cPixSheet>> objects;
+    std::vector<IconEntrySize> entries;
+    if (source != nullptr && !collectSheets(*source, objects)) return 0;
+    if (sizes != nullptr && *sizes != nullptr && !collectIconSizes(*sizes, entries)) return 0;
+    std::vector<const cPixSheet*> sheets;
+    for (const ComPtr<_cPixSheet>& object : objects) {
+        const PixSheetObject* const sheet = ours(object.get());
+        if (sheet == nullptr) return 0;
+        sheets.push_back(sheet->m_sheet.get());
+    }
+    return save(sheets, entries);
+}
+
+HRESULT PixSheetObject::SaveToFile_ICO(BSTR FileName, VARIANT* Source, VARIANT_BOOL PromptOverWrite, SAFEARRAY** Sizes,
+                                       LONG* result) {
+    return give(result, [&] {
+        return withIconArguments(Source, Sizes, [&](const auto& sheets, const auto& sizes) {
+            return m_sheet->SaveToFile_ICO(toUtf8(FileName), sheets, isTrue(PromptOverWrite), sizes);
+        });
+    });
+}
+
+HRESULT PixSheetObject::SaveToStream_ICO(SAFEARRAY** outStream, VARIANT* Source, SAFEARRAY** Sizes, LONG* result) {
+    if (outStream == nullptr) return E_POINTER;
+    return give(result, [&] {
+        OutputArray array(outStream, Reuse::no);
+        if (!array.isUsable() || liesInImage(*outStream)) return std::int32_t{0};
+        const std::int32_t count = withIconArguments(Source, Sizes, [&](const auto& sheets, const auto& sizes) {
+            return m_sheet->SaveToStream_ICO(array.bytes(), sheets, sizes);
+        });
+        return array.store() ? count : 0;
+    });
 }
 
 HRESULT PixSheetObject::PngPropertyGet(::ePngProperties Property, BSTR Keyword, VARIANT* result) {

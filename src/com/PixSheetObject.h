@@ -246,6 +246,10 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         });
     }
 
+    STDMETHODIMP SaveToFile_ICO(BSTR FileName, VARIANT* Source, VARIANT_BOOL PromptOverWrite, SAFEARRAY** Sizes,
+                                LONG* result) override;
+    STDMETHODIMP SaveToStream_ICO(SAFEARRAY** outStream, VARIANT* Source, SAFEARRAY** Sizes, LONG* result) override;
+
     STDMETHODIMP SaveToFile_PNG(BSTR FileName, VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
         return give(result, [&] { return m_sheet->SaveToFile_PNG(toUtf8(FileName), isTrue(PromptOverWrite)); });
     }
@@ -342,6 +346,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
 
     // Nothing for a value of a kind that no property has.
     static std::optional<PngValue> pngValueOf(const VARIANT& value);
+
+    // Calls `save` with the images and sizes of an icon file; 0 when there is an object that is none of this DLL's, or
+    // a size that is none. Objects are held meanwhile.
+    template <class Save>
+    static std::int32_t withIconArguments(const VARIANT* source, SAFEARRAY** sizes, Save&& save);
 
     // Callers write True as any number but 0.
     static bool isTrue(VARIANT_BOOL value) noexcept { return value != VARIANT_FALSE; }

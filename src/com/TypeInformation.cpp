@@ -81,6 +81,8 @@ HRESULT describeType(ITypeInfo* info, const TYPEDESC& type, Parameter& parameter
         const HRESULT status = describeType(info, *type.lptdesc, parameter);
         if (parameter.kind == Kind::object) {
             parameter.kind = Kind::objectReference;
+        } else if (parameter.kind == Kind::variant) {
+            parameter.kind = Kind::variantReference;
         } else if (parameter.kind == Kind::value) {
             parameter.kind = parameter.type == VT_UNKNOWN ? Kind::object : Kind::reference;
         }
@@ -129,6 +131,13 @@ HRESULT describeMember(ITypeInfo* info, const FunctionDescription& function, Mem
             if (const HRESULT status = describeType(info, *element.tdesc.lptdesc, member.result); FAILED(status))
                 return status;
         }
+    }
+    member.takesAnyNumber = function->cParamsOpt == -1 && !member.parameters.empty();
+    if (member.takesAnyNumber) {
+        // A type library cannot call any parameter of such a member optional. Those that can hold nothing are.
+        for (Parameter& parameter : member.parameters)
+            parameter.isOptional |= parameter.kind == Parameter::Kind::variantReference;
+        member.parameters.back().isOptional = true;
     }
     return member.parameters.size() <= maximumParameters ? S_OK : TYPE_E_UNSUPFORMAT;
 }

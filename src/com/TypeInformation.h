@@ -10,8 +10,9 @@ namespace pixkit::com {
 // How a member takes an argument, or gives its result.
 struct Parameter {
     enum class Kind {
-        value,     // a number or string
-        variant,   // a VARIANT as it is
+        value,   // a number or string
+        variant, // a VARIANT as it is
+        variantReference,
         object,    // an interface
         reference, // a number by reference
         objectReference,
@@ -29,6 +30,7 @@ struct Member {
     INVOKEKIND kind = INVOKE_FUNC;
     ULONG_PTR tableOffset = 0; // in the virtual function table, in bytes
     std::vector<Parameter> parameters;
+    bool takesAnyNumber = false; // the last parameter is an array of all further arguments
     bool hasResult = false;
     Parameter result;
 };

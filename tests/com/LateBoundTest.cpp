@@ -287,6 +287,100 @@ TEST_F(LateBound, PngPropertiesTakeAndGiveScriptValues) {
     EXPECT_EQ(done.boolVal, VARIANT_FALSE);
 }
 
+// Source and Sizes in every form in which scripts and VB programs give them; what comes is read back.
+TEST_F(LateBound, IconsLoseASourceOrASize) {
+    ASSERT_TRUE(makeImage(20, 20));
+    ComPtr<_cPixSheet> other;
+    *other.put() = server.create();
+    VARIANT_BOOL made = VARIANT_FALSE;
+    ASSERT_EQ(other->InitializeDIB(40, 40, &made), S_OK);
+    const auto arrayOf = [](std::initializer_list<VARIANT> elements) {
+        VARIANT v;
+        v.vt = VT_ARRAY | VT_VARIANT;
+        v.parray = ::SafeArrayCreateVector(VT_VARIANT, 1, static_cast<ULONG>(elements.size()));
+        auto* out = static_cast<VARIANT*>(v.parray->pvData);
+        for (const VARIANT& element : elements)
+            ::VariantCopy(out++, const_cast<VARIANT*>(&element));
+        return v;
+    };
+    const auto table = [](ULONG rows) { // two images; a fourth row says what is not asked
+        SAFEARRAYBOUND bounds[2] = {{rows, 0}, {2, 0}};
+        SAFEARRAY* const array = ::SafeArrayCreate(VT_I4, 2, bounds);
+        for (ULONG i = 0; i < 2 * rows; ++i) {
+            constexpr LONG values[] = {16, 16, 8, 1};
+            static_cast<LONG*>(array->pvData)[i] = values[i % rows] * (i < rows ? 1 : i % rows < 2 ? 2 : 1);
+        }
+        VARIANT v;
+        v.vt = VT_ARRAY | VT_I4;
+        v.parray = array;
+        return v;
+    };
+    VARIANT empty, nothing = object(nullptr), self = object(sheet.get()), that = object(other.get());
+    ::VariantInit(&empty);
+    Variant both, triples, table3, table4;
+    static_cast<VARIANT&>(both) = arrayOf({self, that, nothing});
+    static_cast<VARIANT&>(triples) = arrayOf({number(16), real(16), text(L"4"), number(48), number(48), number(-1)});
+    static_cast<VARIANT&>(table3) = table(3);
+    static_cast<VARIANT&>(table4) = table(4);
+    const struct {
+        const char* form;
+        std::vector<VARIANT> arguments; // behind the stream
+        LONG count;
+        BYTE firstWidth;
+    } rows[] = {
+        {"nothing given", {}, 1, 20},
+        {"missing", {missing()}, 1, 20},
+        {"Empty", {empty}, 1, 20},
+        {"Nothing", {nothing}, 1, 20},
+        {"an object", {that}, 1, 40},
+        {"a variable", {variable(that)}, 1, 40},
+        {"an array", {both}, 2, 20},
+        {"an array by reference", {variable(both)}, 2, 20},
+        {"numbers", {that, number(16), number(16), number(-16777216), number(8), number(8), number(1)}, 2, 16},
+        {"numbers, no source", {missing(), number(7), number(16), number(16776960)}, 1, 7},
+        {"an array of numbers", {that, triples}, 2, 16},
+        {"a table", {that, table3}, 2, 16},
+        {"a table of four rows", {that, variable(table4)}, 2, 16},
+        {"not three numbers", {that, number(16), number(16)}, 0, 0},
+        {"no number", {that, number(16), number(16), text(L"deep")}, 0, 0},
+        {"no such depth", {that, number(16), number(16), number(99)}, 0, 0},
+        {"no image", {number(3)}, 0, 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.form);
+        Variant stream, count;
+        std::vector<VARIANT> arguments = {variable(stream)};
+        arguments.insert(arguments.end(), row.arguments.begin(), row.arguments.end());
+        ASSERT_EQ(call(sheet.get(), L"SaveToStream_ICO", arguments, &count), S_OK);
+        EXPECT_EQ(count.vt, VT_I4);
+        EXPECT_EQ(count.lVal, row.count);
+        if (row.count == 0) continue;
+        ASSERT_NE(stream.vt & VT_ARRAY, 0);
+        Variant width, loaded;
+        EXPECT_EQ(call(other.get(), L"LoadPicture_Stream", {variable(stream), number(1), number(1)}, &loaded), S_OK);
+        EXPECT_EQ(loaded.boolVal, VARIANT_TRUE);
+        Variant first;
+        EXPECT_EQ(call(other.get(), L"LoadPicture_Stream", {variable(stream), number(row.firstWidth), number(0)}),
+                  S_OK);
+        EXPECT_EQ(call(other.get(), L"Width", {}, &width), S_OK);
+        EXPECT_EQ(width.lVal, row.firstWidth);
+        ASSERT_EQ(other->InitializeDIB(40, 40, &made), S_OK);
+    }
+    const std::wstring file = programFolder() / L"late-bound.ico";
+    Variant count;
+    EXPECT_EQ(call(sheet.get(), L"SaveToFile_ICO",
+                   {text(file.c_str()), both, number(0), number(9), number(9), number(8)}, &count),
+              S_OK);
+    EXPECT_EQ(count.lVal, 1);
+    EXPECT_EQ(call(sheet.get(), L"SaveToFile_ICO", {text(file.c_str()), both}), DISP_E_BADPARAMCOUNT)
+        << "whether to ask must be said";
+    LONG saved = 0;
+    EXPECT_EQ(sheet->SaveToFile_ICO(text(file.c_str()).bstrVal, nullptr, VARIANT_FALSE, nullptr, &saved), S_OK);
+    EXPECT_EQ(saved, 1);
+    EXPECT_EQ(std::filesystem::file_size(file), 22U + 40 + 20 * 20 * 4 + 20 * 4);
+    std::filesystem::remove(file);
+}
+
 TEST_F(LateBound, NothingBecomesANewObjectInEveryFormOfVariable) {
     ASSERT_TRUE(makeImage(3, 2));
     IDispatch* dispatch = nullptr;

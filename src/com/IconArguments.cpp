@@ -1,0 +1,107 @@
+#include "com/IconArguments.h"
+#include <cstring>
+
+namespace pixkit::com {
+
+namespace {
+
+constexpr int deepest = 8; // variables and arrays within each other
+
+bool isNone(VARTYPE type) noexcept {
+    return type == VT_EMPTY || type == VT_NULL || type == VT_ERROR;
+}
+
+// A copy of a value that owns nothing, references followed. Empty for what cannot be followed.
+VARIANT plainValue(const VARIANT& value) noexcept {
+    VARIANT plain = value;
+    for (int depth = 0; depth < deepest && plain.vt == (VT_BYREF | VT_VARIANT); ++depth) {
+        if (plain.pvarVal == nullptr) return {};
+        plain = *plain.pvarVal;
+    }
+    if ((plain.vt & VT_BYREF) == 0) return plain;
+    const auto type = static_cast<VARTYPE>(plain.vt & ~VT_BYREF);
+    if (plain.byref == nullptr || type == VT_VARIANT) return {};
+    VARIANT read = {};
+    read.vt = type;
+    if (type == VT_DISPATCH || type == VT_UNKNOWN || (type & VT_ARRAY) != 0) {
+        std::memcpy(&read.byref, plain.byref, sizeof(void*));
+        return read;
+    }
+    // Numbers, which own nothing; a string behind a reference becomes none.
+    if (type == VT_BSTR || FAILED(::VariantCopyInd(&read, &plain))) return {};
+    return read;
+}
+
+// Calls `use` with each element as a value that owns nothing, and its number; false as soon as that says so, or for an
+// array that cannot be read.
+template <class Use>
+bool forElements(SAFEARRAY* array, Use&& use) {
+    if (array == nullptr) return true;
+    VARTYPE type = VT_EMPTY;
+    if (FAILED(::SafeArrayGetVartype(array, &type)) || FAILED(::SafeArrayLock(array))) return false;
+    std::size_t count = array->pvData == nullptr ? 0 : 1;
+    for (USHORT i = 0; i < array->cDims; ++i)
+        count *= array->rgsabound[i].cElements;
+    const auto* in = static_cast<const unsigned char*>(array->pvData);
+    bool isGood = type == VT_VARIANT ? array->cbElements == sizeof(VARIANT) : array->cbElements <= sizeof(LONGLONG);
+    for (std::size_t i = 0; i < count && isGood; ++i, in += array->cbElements) {
+        VARIANT element = {};
+        element.vt = type;
+        std::memcpy(type == VT_VARIANT ? static_cast<void*>(&element) : static_cast<void*>(&element.byref), in,
+                    array->cbElements);
+        isGood = use(element, i);
+    }
+    ::SafeArrayUnlock(array);
+    return isGood;
+}
+
+bool addSheets(const VARIANT& source, std::vector<ComPtr<_cPixSheet>>& sheets, int depth) {
+    const VARIANT value = plainValue(source);
+    if ((value.vt & VT_ARRAY) != 0) {
+        return depth < deepest && forElements(value.parray, [&](const VARIANT& element, std::size_t) {
+                   return addSheets(element, sheets, depth + 1);
+               });
+    }
+    if (isNone(value.vt)) return true;
+    if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) return false;
+    if (value.punkVal == nullptr) return true;
+    ComPtr<_cPixSheet> sheet;
+    if (FAILED(value.punkVal->QueryInterface(IID__cPixSheet, sheet.putVoid()))) return false;
+    sheets.push_back(std::move(sheet));
+    return true;
+}
+
+bool addNumbers(const VARIANT& source, std::vector<std::int32_t>& numbers, int depth) {
+    const VARIANT value = plainValue(source);
+    if ((value.vt & VT_ARRAY) != 0) {
+        const bool hasFourth =
+            value.parray != nullptr && value.parray->cDims == 2 && value.parray->rgsabound[1].cElements == 4;
+        return depth < deepest && forElements(value.parray, [&](const VARIANT& element, std::size_t i) {
+                   return (hasFourth && i % 4 == 3) || addNumbers(element, numbers, depth + 1);
+               });
+    }
+    if (isNone(value.vt)) return true;
+    Variant number;
+    if (FAILED(::VariantChangeType(&number, const_cast<VARIANT*>(&value), 0, VT_I4))) return false;
+    numbers.push_back(number.lVal);
+    return true;
+}
+
+} // namespace
+
+bool collectSheets(const VARIANT& source, std::vector<ComPtr<_cPixSheet>>& sheets) {
+    return addSheets(source, sheets, 0);
+}
+
+bool collectIconSizes(SAFEARRAY* sizes, std::vector<IconEntrySize>& entries) {
+    std::vector<std::int32_t> numbers;
+    VARIANT value = {};
+    value.vt = VT_ARRAY | VT_VARIANT;
+    value.parray = sizes;
+    if (!addNumbers(value, numbers, 0) || numbers.size() % 3 != 0) return false;
+    for (std::size_t i = 0; i < numbers.size(); i += 3)
+        entries.push_back({numbers[i], numbers[i + 1], numbers[i + 2]});
+    return true;
+}
+
+} // namespace pixkit::com
