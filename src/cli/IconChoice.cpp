@@ -24,6 +24,24 @@ void parseIconSize(std::string_view text, IconChoice& choice) {
     }
 }
 
+std::vector<IconEntrySize> parseIconEntries(std::string_view text) {
+    std::vector<IconEntrySize> entries;
+    while (true) {
+        const std::string_view entry = text.substr(0, text.find(','));
+        const std::size_t colon = entry.find(':');
+        IconChoice choice;
+        parseIconSize(entry.substr(0, colon), choice);
+        const bool hasDepth = colon == std::string_view::npos || parseLength(entry.substr(colon + 1), choice.depth);
+        if (!hasDepth || choice.width == 0 || choice.height == 0 || choice.depth < 1 || choice.depth > 32) {
+            throw UsageError("'" + std::string(entry) +
+                             "' is no icon entry; that is a size and perhaps its bits, as in 48, 64x32 or 16:8");
+        }
+        entries.push_back({choice.width, choice.height, choice.depth});
+        if (entry.size() == text.size()) return entries;
+        text.remove_prefix(entry.size() + 1);
+    }
+}
+
 bool load(cPixSheet& sheet, const std::string& file, const IconChoice& choice, bool keepsFile) {
     return sheet.LoadPicture_File(file, choice.width, choice.height, keepsFile, choice.depth);
 }

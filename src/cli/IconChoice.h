@@ -1,12 +1,10 @@
-// Which image of an icon or cursor file a command takes.
+// Which image of an icon or cursor file a command takes, and which it writes.
 #pragma once
+#include "surface/cPixSheet.h"
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-namespace pixkit {
-class cPixSheet;
-}
+#include <vector>
 
 namespace pixkit::cli {
 
@@ -17,6 +15,10 @@ struct IconChoice {
 
 // 'N' or 'WxH' from 0 to 65535 into width and height; throws UsageError for anything else.
 void parseIconSize(std::string_view text, IconChoice& choice);
+
+// 'SIZE[:BITS],...', SIZE being 'N' or 'WxH' from 1 to 65535 and BITS, 32 when left out, from 1 to 32. Throws
+// UsageError.
+std::vector<IconEntrySize> parseIconEntries(std::string_view text);
 
 bool load(cPixSheet& sheet, const std::string& file, const IconChoice& choice, bool keepsFile = false);
 

@@ -133,6 +133,12 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
         ->check(CLI::Range(0, 255).description(""))
         ->group(saving);
     addPngOptions(sub, request);
+    sub.add_option_function<std::string>(
+           "--icon", [&](const std::string& text) { request.iconEntries = parseIconEntries(text); },
+           "ICO, CUR: the images, as in 16,32:8,64x48,256: pixels,\nand bits (1, 4, 8, 24 or 32; 32 when left out). "
+           "Unless said\notherwise the picture's size up to 256, of larger ones\n16,32,48,256")
+        ->type_name("SIZE[:BITS],...")
+        ->group(saving);
     sub.add_flag("--overwrite", request.overwrite, "Replace existing files without a question")->group(saving);
 }
 
@@ -174,6 +180,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         "  pixkit convert logo.png logo.tga --tga-rle\n"
         "  pixkit convert scan.bmp scan.png --png-level 9 --png-text 'Title=Invoice 12'\n"
         "  pixkit convert favicon.ico favicon.tga --icon-size 48\n"
+        "  pixkit convert logo.png favicon.ico --icon 16,32,48,256\n"
         "  pixkit convert photo.png small.bmp --resize 320x240 --shadow 6 --checkerboard=8\n"
         "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
 }
@@ -228,7 +235,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
     app.require_subcommand(1);
     app.set_version_flag("--version", "pixkit " + cPixSheet().Version(), "Show the version");
     app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG, BMP,\nTGA, icons and "
-               "cursors, and writes BMP, TGA, PNG, GIF and JPEG.\n"
+               "cursors, and writes BMP, TGA, PNG, GIF, JPEG,\nicons and cursors.\n"
                "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
     addInfo(app, infoRequest);
     addConvert(app, convertRequest);

@@ -33,6 +33,7 @@ struct SavingOptions {
     std::vector<std::pair<ePngProperties, std::int32_t>> pngProperties;
     bool gifWebSafe = false;
     std::optional<std::uint8_t> gifTolerance; // GIF: the least alpha of opaque pixels; nothing = 128
+    std::vector<IconEntrySize> iconEntries;   // ICO, CUR; none = as the picture's size suggests
     bool overwrite = false;
 };
 

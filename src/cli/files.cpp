@@ -85,6 +85,7 @@ std::optional<TargetFormat> formatOf(const fs::path& file) {
     const std::string extension = extensionOf(file);
     if (extension == ".bmp") return TargetFormat::bmp;
     if (extension == ".tga") return TargetFormat::tga;
+    if (extension == ".ico" || extension == ".cur") return TargetFormat::ico;
     if (extension == ".gif") return TargetFormat::gif;
     if (extension == ".png") return TargetFormat::png;
     if (extension == ".jpg" || extension == ".jpeg") return TargetFormat::jpg;
@@ -115,20 +116,10 @@ std::string loadFailureReason(const fs::path& file) {
 }
 
 std::optional<std::string> formatProblem(const fs::path& target) {
-    struct Format {
-        std::string_view extension;
-        const char* name;
-    };
-    constexpr std::array<Format, 2> withoutWriter = {{{".ico", "icon"}, {".cur", "cursor"}}};
-    const std::string written = "; this version writes .bmp, .tga, .png, .gif and .jpg";
+    const std::string written = "; this version writes .bmp, .tga, .png, .gif, .jpg, .ico and .cur";
     const std::string extension = extensionOf(target);
     if (formatOf(target)) return {};
     if (extension.empty()) return "has no extension, which would say the format" + written;
-    for (const Format& format : withoutWriter) {
-        if (extension == format.extension) {
-            return std::string("there is no writer yet for ") + format.name + " files" + written;
-        }
-    }
     return "the extension '" + extension + "' is not known" + written;
 }
 

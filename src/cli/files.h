@@ -18,7 +18,7 @@ struct FileKind {
 inline constexpr std::size_t sniffedBytes = 64;
 const FileKind* sniff(std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail);
 
-enum class TargetFormat : std::uint8_t { bmp, tga, gif, jpg, png };
+enum class TargetFormat : std::uint8_t { bmp, tga, gif, ico, jpg, png };
 // What a file is by its extension; nothing for what this version does not write.
 std::optional<TargetFormat> formatOf(const std::filesystem::path& file);
 

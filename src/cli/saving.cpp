@@ -17,6 +17,14 @@ bool setPngProperties(cPixSheet& sheet, const SavingOptions& options) {
         options.pngTexts, [&](const auto& text) { return sheet.PngPropertySet(pngText, text.second, text.first); });
 }
 
+// A picture that could be an icon becomes one as it is; from others come the sizes that systems ask for.
+std::vector<IconEntrySize> entriesFor(const cPixSheet& sheet, const SavingOptions& options) {
+    constexpr std::int32_t largestOfItself = 256;
+    if (!options.iconEntries.empty()) return options.iconEntries;
+    if (sheet.Width() <= largestOfItself && sheet.Height() <= largestOfItself) return {};
+    return {{16, 16}, {32, 32}, {48, 48}, {256, 256}};
+}
+
 bool saved(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options) {
     const std::string name = toUtf8(target);
     const bool ask = !options.overwrite;
@@ -30,6 +38,8 @@ bool saved(cPixSheet& sheet, const std::filesystem::path& target, const SavingOp
         return sheet.SaveToFile_GIF(name, !options.gifWebSafe, options.gifTolerance.value_or(128), ask);
     case TargetFormat::jpg:
         return sheet.SaveToFile_JPG(name, options.quality.value_or(70), background, ask);
+    case TargetFormat::ico:
+        return sheet.SaveToFile_ICO(name, {}, ask, entriesFor(sheet, options)) != 0;
     case TargetFormat::bmp:
         break;
     }
@@ -57,6 +67,9 @@ void checkSaving(const SavingOptions& options, TargetFormat format) {
     }
     if (format != TargetFormat::gif && (options.gifWebSafe || options.gifTolerance)) {
         throw UsageError("--gif-websafe and --gif-tolerance are for .gif files, and the result is none");
+    }
+    if (format != TargetFormat::ico && !options.iconEntries.empty()) {
+        throw UsageError("--icon is for .ico and .cur files, and the result is none");
     }
     if (format != TargetFormat::jpg && options.quality) {
         throw UsageError("--quality is for .jpg files, and the result is none");

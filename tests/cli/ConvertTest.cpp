@@ -126,6 +126,25 @@ TEST_F(Command, AnOptionOfJpegOrGifFilesIsNotPassedOn) {
     }
 }
 
+TEST_F(Command, AnIconLosesAnEntry) {
+    const auto sizes = [&](const std::u8string& file, const std::vector<std::string>& options) {
+        std::vector<std::string> arguments = {"convert", name(u8"alpha.png"), name(file), "--overwrite"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Result result = run(arguments);
+        EXPECT_EQ(result.exitCode, exitOk) << result.err;
+        cPixSheet sheet;
+        std::vector<IconSourceSize> found;
+        EXPECT_TRUE(sheet.LoadPicture_File(name(file), 0, 0, true));
+        sheet.SourceIconSizes(found);
+        return found;
+    };
+    EXPECT_EQ(sizes(u8"out.ico", {"--icon", "16,20x8:4,256:24,24:16"}),
+              (std::vector<IconSourceSize>{{16, 16, 32, 0}, {20, 8, 4, 0}, {256, 256, 32, 1}, {24, 24, 24, 0}}));
+    EXPECT_EQ(sizes(u8"out.CUR", {"--resize", "9x5:stretch"}), (std::vector<IconSourceSize>{{9, 5, 32, 0}}));
+    EXPECT_EQ(bytes(u8"out.CUR").at(2), 2);
+    EXPECT_EQ(sizes(u8"large.ico", {"--resize", "300x20:stretch"}).size(), 4U);
+}
+
 TEST_F(Command, AnOptionOfPngFilesIsNotPassedOn) {
     const Result result = run({"convert", name(u8"alpha.png"), name(u8"out.PNG"), "--png-text", "Title=a=b",
                                "--png-filter", "Paeth", "--png-interlace", "--png-level", "9", "--png-text", "Own=x"});
@@ -201,7 +220,10 @@ TEST_F(Command, SenselessCommandLinesAreRefusedBeforeAnythingIsWritten) {
         {{"compose", "-o", out, in + "@1,2:101%"}, "1 to 100"},
         {{"compose", "-o", out, "@1,2"}, "names no picture"},
         {{"compose", "-o", out, in, "--tga-rle"}, "are for .tga"},
-        {{"compose", "-o", name(u8"out.ico"), in}, "no writer yet"},
+        {{"convert", in, name(u8"out.ico"), "--icon", "16,0"}, "no icon entry"},
+        {{"convert", in, name(u8"out.ico"), "--icon", "16:33"}, "no icon entry"},
+        {{"convert", in, name(u8"out.ico"), "--icon", "16,"}, "no icon size"},
+        {{"convert", in, name(u8"out.png"), "--icon", "16"}, "--icon is for .ico"},
         {{"convert", in, out, "--transparent", "ff00ff"}, "'#rrggbb'"},
         {{"convert", in, out, "--fill", "#ff00f"}, "'#rrggbb'"},
         {{"convert", in, out, "--background", "#ff00fg"}, "'#rrggbb'"},
