@@ -100,7 +100,10 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
         }
         const TiledPlane plane(before ? std::as_const(before).view() : image, Gap);
         const std::int32_t percent = Opacity % 100 == 0 ? 100 : Opacity % 100; // wraps, as everywhere in drawing
-        const std::int64_t rows = bandRows(area, plane.rowsToRepeat());
+        std::int64_t rows = bandRows(area, plane.rowsToRepeat());
+        // Nobody knows which bitmap a device context holds. Should it be this image, it must not be read again once it
+        // is drawn on.
+        if (destHostDIB == nullptr && rows % plane.rowsToRepeat() != 0) rows = area.height();
         PixelBuffer band(static_cast<std::size_t>(area.width()), static_cast<std::size_t>(rows));
         for (std::int64_t y = area.top; y < area.bottom; y += rows) {
             if (y == area.top || rows % plane.rowsToRepeat() != 0)

@@ -124,6 +124,20 @@ TEST(TileImage, ReadsWhatItHasDrawnOverItself) {
     tileByTheBook(copy, expected, request);
     EXPECT_TRUE(tile(sheet, 0, &sheet, request));
     EXPECT_EQ(pixelsOf(sheet), pixelsOf(expected));
+
+    // More than one band, and through a device context that happens to hold the image.
+    constexpr std::int32_t width = 520;
+    constexpr std::int32_t height = 300;
+    fillRandomly(sheet, width, height, 8);
+    fillRandomly(copy, width, height, 8);
+    const Request large{0, 0, width, height, 100, 7, 3, 0};
+    EXPECT_TRUE(tile(sheet, sheet.LoadDIBinDC(true), nullptr, large));
+    EXPECT_TRUE(tile(copy, 0, &copy, large));
+    std::int32_t differing = 0;
+    for (std::int32_t i = 0; i < width * height; ++i)
+        differing +=
+            sheet.GetPixel(i % width, i / width, nullptr, true) != copy.GetPixel(i % width, i / width, nullptr, true);
+    EXPECT_EQ(differing, 0);
 }
 
 TEST(TileImage, AnswersTrueOrFalseWhereTheOtherIsMeant) {
