@@ -55,21 +55,19 @@ void normaliseAxis(std::int32_t& from, std::int32_t& size, std::int32_t& destSiz
     if (longOrOverflow(std::int64_t{from} + size) > imageSize) size = imageSize - from;
 }
 
-// The device context to draw on: the host's, while it lives, or the caller's.
-class DestinationDC {
+// Takes the host out of its device context after drawing, whichever way it was drawn: also when it was selected
+// before, so that callers do not depend on the way.
+class HostRelease {
   public:
-    explicit DestinationDC(const RenderRequest& request) noexcept
-        : m_host(request.destHostDIB), m_dc(m_host != nullptr ? m_host->LoadDIBinDC(true) : request.destinationDC) {}
-    ~DestinationDC() {
+    explicit HostRelease(cPixSheet* host) noexcept : m_host(host) {}
+    ~HostRelease() {
         if (m_host != nullptr) m_host->LoadDIBinDC(false);
     }
-    DestinationDC(const DestinationDC&) = delete;
-    DestinationDC& operator=(const DestinationDC&) = delete;
-    platform::Handle get() const noexcept { return m_dc; }
+    HostRelease(const HostRelease&) = delete;
+    HostRelease& operator=(const HostRelease&) = delete;
 
   private:
     cPixSheet* m_host;
-    platform::Handle m_dc;
 };
 
 } // namespace
@@ -112,7 +110,10 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
                               SrcY,          srcWidth,        srcHeight, Opacity,       SetHalfTone, destHostDIB,
                               grayScale,     LightAdjustment, Angle,     CenterOnDestXY};
         request.normalise(m_Width, m_Height);
-        if (request.isRotating()) {
+        if (request.srcWidth < 1 || request.srcHeight < 1) return false; // it starts behind the image
+        const bool isRotating = request.isRotating();
+        const HostRelease release(destHostDIB);
+        if (isRotating) {
             return spt_RotateImage(HostAccess::pixels(std::as_const(*this)), m_StretchQuality, request.destinationDC,
                                    request.Angle, request.destX, request.destY, request.destWidth, request.destHeight,
                                    request.SrcX, request.SrcY, request.srcWidth, request.srcHeight, request.Opacity,
@@ -139,18 +140,18 @@ bool cPixSheet::pvAlphaBlend(const RenderRequest& request) {
     const platform::Handle hOldImage = m_prevDCobject == 0 ? platform::SelectObject(m_hDC, m_Handle) : 0;
     bool isDrawn = false;
     if (m_prevDCobject != 0 || hOldImage != 0) {
-        const DestinationDC destination(request);
+        const platform::Handle destination =
+            request.destHostDIB != nullptr ? request.destHostDIB->LoadDIBinDC(true) : request.destinationDC;
         const bool setsMode = request.SetHalfTone && (m_osCAP & capNtFamily) != 0;
-        const auto lStretchMode = setsMode
-                                      ? platform::SetStretchBltMode(destination.get(), platform::StretchMode::halftone)
-                                      : platform::StretchMode::none;
+        const auto lStretchMode = setsMode ? platform::SetStretchBltMode(destination, platform::StretchMode::halftone)
+                                           : platform::StretchMode::none;
         const platform::BlendFunction lBlendFunc = {
             .SourceConstantAlpha = static_cast<std::uint8_t>(request.globalAlpha()),
             .AlphaFormat = static_cast<std::uint8_t>(m_AlphaImage != AlphaNone)};
         isDrawn =
-            platform::AlphaBlend(destination.get(), request.destX, request.destY, request.destWidth, request.destHeight,
+            platform::AlphaBlend(destination, request.destX, request.destY, request.destWidth, request.destHeight,
                                  m_hDC, request.SrcX, request.SrcY, request.srcWidth, request.srcHeight, lBlendFunc);
-        if (lStretchMode != platform::StretchMode::none) platform::SetStretchBltMode(destination.get(), lStretchMode);
+        if (lStretchMode != platform::StretchMode::none) platform::SetStretchBltMode(destination, lStretchMode);
     }
     if (hOldImage != 0) platform::SelectObject(m_hDC, hOldImage);
     if (isTemporaryDC && m_hDC != 0) {
@@ -161,7 +162,6 @@ bool cPixSheet::pvAlphaBlend(const RenderRequest& request) {
 }
 
 bool cPixSheet::pvRenderInSoftware(RenderRequest request) const {
-    if (request.srcWidth < 1 || request.srcHeight < 1) return false; // it starts behind the image
     const auto limits = spt_DestinationLimits(request.destinationDC, request.destHostDIB);
     if (!limits) return false;
     const bool isStretching = request.isStretching();

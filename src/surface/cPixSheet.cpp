@@ -148,8 +148,13 @@ void cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32
         target.EraseDIB(); // what the target held before must not shine through, nor pass for a copy
         const bool usedAlphaBlend = isAlphaBlendFriendly();
         isAlphaBlendFriendly(false); // the same pixels on every system
+        // Render takes the target out of its device context; one that was in it stays in the same.
+        const bool wasSelected = target.m_prevDCobject != 0;
+        const bool managesDC = std::exchange(target.m_ManageDC, target.m_ManageDC || wasSelected);
         const bool isDrawn =
             Render(0, 0, 0, target.m_Width, target.m_Height, 0, 0, m_Width, m_Height, 100, true, false, &target);
+        if (wasSelected) target.LoadDIBinDC(true);
+        target.m_ManageDC = managesDC;
         isAlphaBlendFriendly(usedAlphaBlend);
         if (!isDrawn) return;
     }

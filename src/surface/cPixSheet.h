@@ -301,7 +301,8 @@ class cPixSheet {
     // The system's AlphaBlend draws where isAlphaBlendFriendly, as long as nothing is mirrored, gray, adjusted or
     // stretched with interpolation; it rounds. All else is drawn by the component with divisions that truncate, onto a
     // device context as 24-bit colour. A host's alpha is blended too; its Alpha and ImageType stay what they were, so
-    // set Alpha when the drawing brings translucent pixels. What lies outside of the destination is left out; nothing
+    // set Alpha when the drawing brings translucent pixels. Afterwards a host is out of its device context, as by
+    // LoadDIBinDC(false), even when it was selected before. What lies outside of the destination is left out; nothing
     // in sight to draw is a success. An image can be drawn over itself.
     //
     // True when it was drawn, or for an Opacity below 1 when there is an image. False without an image or destination,

@@ -249,6 +249,37 @@ TEST(Render, TheOwnDeviceContextIsLostOrLeftBehind) {
     EXPECT_NE(sheet.LoadDIBinDC(true), 0);
 }
 
+// Every way of drawing takes the host out of its context, a scaled copy leaves it there, and none draws nothing.
+TEST(Render, TheWayOfDrawingShowsInTheHostsContextOrTheAnswer) {
+    cPixSheet sheet;
+    cPixSheet host;
+    makeLetters(sheet);
+    host.InitializeDIB(hostWidth, hostHeight);
+    const Canvas canvas(1, 1, 32);
+    const auto isSelected = [&] {
+        const platform::Handle before = platform::SelectObject(canvas.dc, host.Handle());
+        if (before != 0) platform::SelectObject(canvas.dc, before);
+        return before == 0;
+    };
+    for (const bool friendly : {false, true}) {
+        for (const float angle : {0.0F, 45.0F}) {
+            for (const std::int32_t SrcX : {0, 3, 4}) { // 3: behind the last column
+                HostAccess::osCAP(sheet, capAlphaBlendReliable | (friendly ? std::uint32_t{capUseAlphaBlend} : 0U));
+                const std::intptr_t dc = host.LoadDIBinDC(true);
+                EXPECT_EQ(sheet.Render(0, 0, 0, 0, 0, SrcX, 0, 0, 0, 100, true, true, &host, gsclNone, 0, angle),
+                          SrcX == 0);
+                EXPECT_EQ(isSelected(), SrcX != 0) << friendly << ", " << angle;
+                EXPECT_TRUE(SrcX == 0 || host.LoadDIBinDC(true) == dc);
+            }
+        }
+    }
+    const std::intptr_t dc = host.LoadDIBinDC(true);
+    sheet.CopyImageTo(host, hostWidth, hostHeight);
+    EXPECT_TRUE(isSelected());
+    EXPECT_EQ(host.LoadDIBinDC(true), dc);
+    EXPECT_FALSE(host.ManageOwnDC());
+}
+
 TEST(RenderDropShadow, IsNoShadowOrStandsElsewhere) {
     cPixSheet sheet;
     cPixSheet host;
