@@ -33,6 +33,12 @@ struct WeightedRows {
     const std::uint8_t* second;
     double firstWeight, secondWeight;
 };
+// The same for rows that were widened.
+struct WeightedWideRows {
+    const double* first;
+    const double* second;
+    double firstWeight, secondWeight;
+};
 
 // The quantisation of one kind of 8 x 8 block, in the order of transformBlocks' coefficients. A magnitude x, eight
 // times a coefficient, is divided by d (eight times the table's entry, 8 .. 2,040) and rounded, halves up:
@@ -113,6 +119,11 @@ struct Table {
     // near, far, each byte * (column weight * row weight), rounded down. No sum reaches 256.
     void (*sampleBilinear)(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets,
                            const double* nearWeights, const double* farWeights, std::size_t count);
+    // The same from rows of widened pixels, where offsets count numbers.
+    void (*sampleWidened)(std::uint8_t* dst, const WeightedWideRows& rows, const std::int32_t* offsets,
+                          const double* nearWeights, const double* farWeights, std::size_t count);
+    // Bytes as numbers, four a pixel.
+    void (*widenPixels)(double* dst, const std::uint8_t* src, std::size_t count);
     // The pixel that each of `count` positions falls on.
     void (*walkNearest)(std::uint8_t* dst, const PixelWalk& walk, std::size_t count);
     // The mean of that pixel, of the next in its row and of these two in the next row, which are all there, weighted by

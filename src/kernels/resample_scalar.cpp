@@ -10,11 +10,14 @@ void gatherPixels(std::uint8_t* dst, const std::uint8_t* src, const std::int32_t
         std::memcpy(dst + 4 * i, src + offsets[i], 4);
 }
 
-void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets, const double* nearWeights,
-                    const double* farWeights, std::size_t count) {
+namespace {
+
+template <class Rows>
+void sample(std::uint8_t* dst, const Rows& rows, const std::int32_t* offsets, const double* nearWeights,
+            const double* farWeights, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) {
         for (int channel = 0; channel < 4; ++channel) {
-            const std::uint8_t* p = rows.first + offsets[i] + channel;
+            auto* p = rows.first + offsets[i] + channel;
             double sum = p[0] * (nearWeights[i] * rows.firstWeight);
             sum += p[4] * (farWeights[i] * rows.firstWeight);
             if (rows.second != nullptr) {
@@ -25,6 +28,23 @@ void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int3
             dst[4 * i + static_cast<std::size_t>(channel)] = static_cast<std::uint8_t>(sum);
         }
     }
+}
+
+} // namespace
+
+void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets, const double* nearWeights,
+                    const double* farWeights, std::size_t count) {
+    sample(dst, rows, offsets, nearWeights, farWeights, count);
+}
+
+void sampleWidened(std::uint8_t* dst, const WeightedWideRows& rows, const std::int32_t* offsets,
+                   const double* nearWeights, const double* farWeights, std::size_t count) {
+    sample(dst, rows, offsets, nearWeights, farWeights, count);
+}
+
+void widenPixels(double* dst, const std::uint8_t* src, std::size_t count) {
+    for (std::size_t i = 0; i < 4 * count; ++i)
+        dst[i] = src[i];
 }
 
 namespace {

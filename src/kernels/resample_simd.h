@@ -45,19 +45,28 @@ void gatherPixels(std::uint8_t* dst, const std::uint8_t* src, const std::int32_t
 
 #ifdef __AVX2__
 using Channels = __m256d;
-
 struct Pair {
-    Channels nearPixel, farPixel;
+    Channels near, far;
 };
 
+// A byte in the lowest place of 2^52 makes that larger by the byte's value. Taking it away again is less work than a
+// conversion.
 inline Channels channelsAt(const std::uint8_t* p) {
-    return _mm256_cvtepi32_pd(_mm_cvtepu8_epi32(_mm_cvtsi32_si128(load32(p))));
+    const __m256d place = _mm256_set1_pd(0x1p52);
+    const __m256i bytes = _mm256_cvtepu8_epi64(_mm_cvtsi32_si128(load32(p)));
+    return _mm256_sub_pd(_mm256_or_pd(_mm256_castsi256_pd(bytes), place), place);
 }
 inline Pair pairAt(const std::uint8_t* p) {
     return {channelsAt(p), channelsAt(p + 4)};
 }
-inline Channels product(Channels a, double weight) {
-    return _mm256_mul_pd(a, _mm256_set1_pd(weight));
+inline Channels channelsAt(const double* p) {
+    return _mm256_loadu_pd(p);
+}
+inline void storeChannels(double* p, Channels a) {
+    _mm256_storeu_pd(p, a);
+}
+inline Channels product(Channels a, Channels b) {
+    return _mm256_mul_pd(a, b);
 }
 inline Channels sum(Channels a, Channels b) {
     return _mm256_add_pd(a, b);
@@ -65,26 +74,44 @@ inline Channels sum(Channels a, Channels b) {
 inline __m128i roundedDown(Channels a) {
     return _mm256_cvttpd_epi32(a);
 }
+using Weight = __m256d;
+inline Weight weightOf(const double* p) {
+    return _mm256_broadcast_sd(p);
+}
 #else
 struct Channels {
     __m128d low, high;
 };
-
 struct Pair {
-    Channels nearPixel, farPixel;
+    Channels near, far;
 };
+using Weight = __m128d; // in both halves
 
 inline Channels channelsOf(__m128i numbers) {
     return {_mm_cvtepi32_pd(numbers), _mm_cvtepi32_pd(_mm_unpackhi_epi64(numbers, numbers))};
 }
-inline Pair pairAt(const std::uint8_t* p) {
-    const __m128i words = _mm_unpacklo_epi8(load64(p), _mm_setzero_si128());
+inline Pair pairOf(__m128i words) {
     return {channelsOf(_mm_unpacklo_epi16(words, _mm_setzero_si128())),
             channelsOf(_mm_unpackhi_epi16(words, _mm_setzero_si128()))};
 }
-inline Channels product(Channels a, double weight) {
-    const __m128d factor = _mm_set1_pd(weight);
-    return {_mm_mul_pd(a.low, factor), _mm_mul_pd(a.high, factor)};
+inline Channels channelsAt(const std::uint8_t* p) {
+    return pairOf(_mm_unpacklo_epi8(_mm_cvtsi32_si128(load32(p)), _mm_setzero_si128())).near;
+}
+inline Pair pairAt(const std::uint8_t* p) {
+    return pairOf(_mm_unpacklo_epi8(load64(p), _mm_setzero_si128()));
+}
+inline Channels channelsAt(const double* p) {
+    return {_mm_loadu_pd(p), _mm_loadu_pd(p + 2)};
+}
+inline void storeChannels(double* p, Channels a) {
+    _mm_storeu_pd(p, a.low);
+    _mm_storeu_pd(p + 2, a.high);
+}
+inline Weight product(Weight a, Weight b) {
+    return _mm_mul_pd(a, b);
+}
+inline Channels product(Channels a, Weight weight) {
+    return {_mm_mul_pd(a.low, weight), _mm_mul_pd(a.high, weight)};
 }
 inline Channels sum(Channels a, Channels b) {
     return {_mm_add_pd(a.low, b.low), _mm_add_pd(a.high, b.high)};
@@ -92,47 +119,52 @@ inline Channels sum(Channels a, Channels b) {
 inline __m128i roundedDown(Channels a) {
     return _mm_unpacklo_epi64(_mm_cvttpd_epi32(a.low), _mm_cvttpd_epi32(a.high));
 }
+inline Weight weightOf(const double* p) {
+    return _mm_set1_pd(*p);
+}
 #endif
 
-// Four columns' weights times their row's.
-inline void multiplyWeights(double* products, const double* weights, double factor) {
-#ifdef __AVX2__
-    _mm256_storeu_pd(products, _mm256_mul_pd(_mm256_loadu_pd(weights), _mm256_set1_pd(factor)));
-#else
-    _mm_storeu_pd(products, _mm_mul_pd(_mm_loadu_pd(weights), _mm_set1_pd(factor)));
-    _mm_storeu_pd(products + 2, _mm_mul_pd(_mm_loadu_pd(weights + 2), _mm_set1_pd(factor)));
-#endif
+inline Pair pairAt(const double* p) {
+    return {channelsAt(p), channelsAt(p + 4)};
 }
 
-template <bool twoRows>
-inline void sampleFour(std::uint8_t* dst, WeightedRows rows, const std::int32_t* offsets, const double* nearWeights,
-                       const double* farWeights) {
-    alignas(32) double weights[4][4];
-    multiplyWeights(weights[0], nearWeights, rows.firstWeight);
-    multiplyWeights(weights[1], farWeights, rows.firstWeight);
+void widenPixels(double* dst, const std::uint8_t* src, std::size_t count) {
+    for (; count > 0; --count, dst += 4, src += 4)
+        storeChannels(dst, channelsAt(src));
+}
+
+// One pixel's channels as four numbers. Working out the weights of four columns at once, and loading each from memory
+// again, was tried and is slower by a third.
+template <bool twoRows, class Rows>
+inline __m128i mixedAt(const Rows& rows, std::int32_t offset, const double* nearWeight, const double* farWeight) {
+    const Weight near = weightOf(nearWeight);
+    const Weight far = weightOf(farWeight);
+    const Weight first = weightOf(&rows.firstWeight);
+    const Pair upper = pairAt(rows.first + offset);
+    Channels total = sum(product(upper.near, product(near, first)), product(upper.far, product(far, first)));
     if (twoRows) {
-        multiplyWeights(weights[2], nearWeights, rows.secondWeight);
-        multiplyWeights(weights[3], farWeights, rows.secondWeight);
+        const Weight second = weightOf(&rows.secondWeight);
+        const Pair lower = pairAt(rows.second + offset);
+        total = sum(total, product(lower.near, product(near, second)));
+        total = sum(total, product(lower.far, product(far, second)));
     }
+    return roundedDown(total);
+}
+
+template <bool twoRows, class Rows>
+inline void sampleFour(std::uint8_t* dst, const Rows& rows, const std::int32_t* offsets, const double* nearWeights,
+                       const double* farWeights) {
     const auto mixed = [&](std::size_t i) {
-        const Pair upper = pairAt(rows.first + offsets[i]);
-        Channels total = sum(product(upper.nearPixel, weights[0][i]), product(upper.farPixel, weights[1][i]));
-        if (twoRows) {
-            const Pair lower = pairAt(rows.second + offsets[i]);
-            total = sum(total, product(lower.nearPixel, weights[2][i]));
-            total = sum(total, product(lower.farPixel, weights[3][i]));
-        }
-        return roundedDown(total);
+        return mixedAt<twoRows>(rows, offsets[i], nearWeights + i, farWeights + i);
     };
     const __m128i left = _mm_packs_epi32(mixed(0), mixed(1));
     store128(dst, _mm_packus_epi16(left, _mm_packs_epi32(mixed(2), mixed(3))));
 }
 
-// The rows by value: their bytes could be what is stored to, as far as the compiler knows.
-template <bool twoRows>
-void sampleBilinearOf(std::uint8_t* dst, WeightedRows rows, const std::int32_t* offsets, const double* nearWeights,
-                      const double* farWeights, std::size_t count) {
-    if (count < 4) return scalar::sampleBilinear(dst, rows, offsets, nearWeights, farWeights, count);
+// The rows by value: their weights could be what is stored to, as far as the compiler knows.
+template <bool twoRows, class Rows>
+void sampleRow(std::uint8_t* dst, Rows rows, const std::int32_t* offsets, const double* nearWeights,
+               const double* farWeights, std::size_t count) {
     std::size_t i = 0;
     for (; i + 4 <= count; i += 4)
         sampleFour<twoRows>(dst + 4 * i, rows, offsets + i, nearWeights + i, farWeights + i);
@@ -143,8 +175,16 @@ void sampleBilinearOf(std::uint8_t* dst, WeightedRows rows, const std::int32_t* 
 
 void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets, const double* nearWeights,
                     const double* farWeights, std::size_t count) {
-    const auto sample = rows.second != nullptr ? sampleBilinearOf<true> : sampleBilinearOf<false>;
-    sample(dst, rows, offsets, nearWeights, farWeights, count);
+    if (count < 4) return scalar::sampleBilinear(dst, rows, offsets, nearWeights, farWeights, count);
+    (rows.second != nullptr ? sampleRow<true, WeightedRows>
+                            : sampleRow<false, WeightedRows>)(dst, rows, offsets, nearWeights, farWeights, count);
+}
+
+void sampleWidened(std::uint8_t* dst, const WeightedWideRows& rows, const std::int32_t* offsets,
+                   const double* nearWeights, const double* farWeights, std::size_t count) {
+    if (count < 4) return scalar::sampleWidened(dst, rows, offsets, nearWeights, farWeights, count);
+    (rows.second != nullptr ? sampleRow<true, WeightedWideRows>
+                            : sampleRow<false, WeightedWideRows>)(dst, rows, offsets, nearWeights, farWeights, count);
 }
 
 #ifndef __AVX2__ // two positions in a vector were tried and are slower than one
@@ -205,7 +245,9 @@ void useResample(Table& table) {
     table.walkBilinear = walkBilinear;
 #endif
     table.gatherPixels = gatherPixels;
+    table.widenPixels = widenPixels;
     table.sampleBilinear = sampleBilinear;
+    table.sampleWidened = sampleWidened;
 }
 
 } // namespace

@@ -25,6 +25,9 @@ void mirror(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void gatherPixels(std::uint8_t* dst, const std::uint8_t* src, const std::int32_t* offsets, std::size_t count);
 void sampleBilinear(std::uint8_t* dst, const WeightedRows& rows, const std::int32_t* offsets, const double* nearWeights,
                     const double* farWeights, std::size_t count);
+void sampleWidened(std::uint8_t* dst, const WeightedWideRows& rows, const std::int32_t* offsets,
+                   const double* nearWeights, const double* farWeights, std::size_t count);
+void widenPixels(double* dst, const std::uint8_t* src, std::size_t count);
 
 void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha);

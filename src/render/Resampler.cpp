@@ -108,8 +108,51 @@ class DoubledPixels {
     std::uint8_t m_first[8] = {}, m_second[8] = {};
 };
 
+// The part of a row that counts as numbers, made when a row is first asked for and kept for the output rows that
+// follow. They mix neighbours, so that two are held.
+class WideRows {
+  public:
+    WideRows(ConstPixelView source, const Axis& columns, const BilinearColumns& weights)
+        : m_source(source), m_begin(static_cast<std::size_t>(weights.offsets()[0]) / 4),
+          m_end(std::min(columns.pixelAt(columns.scaled(columns.count - 1) + static_cast<double>(columns.sourceStart)) +
+                             2,
+                         source.width)) {
+        // A row's last pixel has one behind it, whatever that holds: its weight is 0.
+        for (std::vector<double>& numbers : m_numbers)
+            numbers.resize((source.width + 1) * 4);
+    }
+    kernels::WeightedWideRows widened(const kernels::WeightedRows& rows) {
+        return {row(rows.first), rows.second == nullptr ? nullptr : row(rows.second), rows.firstWeight,
+                rows.secondWeight};
+    }
+
+  private:
+    const double* row(const std::uint8_t* bytes) {
+        const std::size_t which = static_cast<std::size_t>(bytes - m_source.bits) / m_source.stride % 2;
+        std::vector<double>& numbers = m_numbers[which];
+        if (m_held[which] != bytes)
+            kernels::table().widenPixels(numbers.data() + m_begin * 4, bytes + m_begin * 4, m_end - m_begin);
+        m_held[which] = bytes;
+        return numbers.data();
+    }
+
+    ConstPixelView m_source;
+    std::size_t m_begin, m_end;
+    std::vector<double> m_numbers[2];
+    const std::uint8_t* m_held[2] = {nullptr, nullptr};
+};
+
 void resampleBilinear(PixelView output, ConstPixelView source, const Axis& columns, const Axis& rows) {
     const BilinearColumns weights(columns, source.width);
+    // Where pixels count for several others, each is made numbers once instead of every time. The bound was measured.
+    if (columns.ratio() * std::min(rows.ratio(), 2.0) < 1.4) {
+        WideRows wide(source, columns, weights);
+        for (std::size_t i = 0; i < rows.count; ++i)
+            kernels::table().sampleWidened(output.row(i), wide.widened(bilinearRows(source, rows, i)),
+                                           weights.offsets(), weights.nearWeights(), weights.farWeights(),
+                                           columns.count);
+        return;
+    }
     DoubledPixels doubled;
     for (std::size_t i = 0; i < rows.count; ++i) {
         kernels::WeightedRows weighted = bilinearRows(source, rows, i);
