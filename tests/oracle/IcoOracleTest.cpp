@@ -58,3 +58,47 @@ TEST(IcoOracle, PixelsDifferFromIcotools) {
         EXPECT_EQ(loadIco(data).pixels, loadIco(extracted).pixels);
     }
 }
+
+// Images of every depth that we write: icotool and ImageMagick find the pixels that our reader finds, which other tests
+// compare with what was saved, and pngcheck has nothing to say of the PNG files.
+TEST(IcoOracle, OthersReadOtherPixelsInWrittenIcons) {
+    const TemporaryFolder folder;
+    cPixSheet sheet;
+    std::mt19937 random(8);
+    std::vector<Pixel> pixels;
+    for (std::int32_t i = 0; i < 90 * 70; ++i) {
+        const unsigned alpha = i % 90 < 20 ? 0 : i % 90 < 40 ? static_cast<unsigned>(random() % 256) : 255;
+        const auto channel = [&](std::uint_fast32_t value) {
+            return static_cast<std::uint8_t>(value % 256 * alpha / 255);
+        };
+        pixels.push_back({channel(random()), channel(static_cast<unsigned>(i)), channel(static_cast<unsigned>(i / 90)),
+                          static_cast<std::uint8_t>(alpha)});
+    }
+    fill(sheet, 90, 70, pixels);
+    sheet.Alpha(AlphaComplex);
+    std::vector<IconEntrySize> sizes;
+    for (const std::int32_t depth : {1, 4, 8, 24, 32})
+        for (const std::int32_t side : {5, 16, 33, 70, 255})
+            sizes.push_back({side, side, depth});
+    sizes.push_back({300, 300, 32}); // one PNG file: icotool does not choose between two
+    ASSERT_EQ(sheet.SaveToFile_ICO(folder.name(u8"the.ico"), {}, false, sizes), 26);
+    const Bytes data = readFile(folder.path(u8"the.ico"));
+    const auto command = [&](const std::string& line) {
+        return std::system(("cd '" + folder.path(u8"").string() + "' && " + line).c_str());
+    };
+    EXPECT_EQ(command("convert-im6.q16 the.ico -depth 8 PNG32:im-%d.png"), 0);
+    for (std::size_t i = 0; i < sizes.size(); ++i) {
+        const auto& [width, height, depth] = sizes[i];
+        SCOPED_TRACE(testing::Message() << width << " pixels at " << depth << " bits");
+        const std::string number = std::to_string(i), index = std::to_string(i + 1);
+        EXPECT_EQ(command("icotool -x --index=" + index + " -o the.png the.ico && pngcheck -q the.png"), 0);
+        const auto expected = loadIco(data, {width, height, depth}).pixels;
+        EXPECT_EQ(expected.size(), static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+        if (depth != 24 || width % 4 == 0) { // other rows are misplaced there
+            EXPECT_TRUE(loadIco(readFile(folder.path(u8"the.png"))).pixels == expected) << "icotool";
+        }
+        const std::string ours = "im-" + number + ".png";
+        EXPECT_TRUE(loadIco(readFile(folder.path(std::u8string(ours.begin(), ours.end())))).pixels == expected)
+            << "ImageMagick";
+    }
+}
