@@ -170,19 +170,23 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         ->type_name("FIT")
         ->group("Effects, applied in the order given; each may be repeated");
     addSaving(*sub, request);
-    sub->footer(
-        "COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
-        "says\nthe format: .bmp, .tga, .png, .gif or .jpg. Results in a folder are .bmp, named like their pictures. "
-        "An existing file\nis replaced after a question at a terminal, and kept elsewhere.\n\n"
-        "Examples:\n"
-        "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
-        "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
-        "  pixkit convert logo.png logo.tga --tga-rle\n"
-        "  pixkit convert scan.bmp scan.png --png-level 9 --png-text 'Title=Invoice 12'\n"
-        "  pixkit convert favicon.ico favicon.tga --icon-size 48\n"
-        "  pixkit convert logo.png favicon.ico --icon 16,32,48,256\n"
-        "  pixkit convert photo.png small.bmp --resize 320x240 --shadow 6 --checkerboard=8\n"
-        "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
+    sub->add_option(
+           "--to", request.folderFormat,
+           "The format of results in a folder: bmp, tga, png, gif, jpg,\nico or cur; png unless said otherwise")
+        ->type_name("FORMAT")
+        ->group("Saving");
+    sub->footer("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
+                "says\nthe format: .bmp, .tga, .png, .gif or .jpg. Results in a folder are named like their pictures. "
+                "An existing file\nis replaced after a question at a terminal, and kept elsewhere.\n\n"
+                "Examples:\n"
+                "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
+                "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
+                "  pixkit convert logo.png logo.tga --tga-rle\n"
+                "  pixkit convert scan.bmp scan.png --png-level 9 --png-text 'Title=Invoice 12'\n"
+                "  pixkit convert favicon.ico favicon.tga --icon-size 48\n"
+                "  pixkit convert logo.png favicon.ico --icon 16,32,48,256\n"
+                "  pixkit convert photo.png small.bmp --resize 320x240 --shadow 6 --checkerboard=8\n"
+                "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
 }
 
 void addCompose(CLI::App& app, ComposeRequest& request) {
@@ -234,9 +238,10 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
     app.get_formatter()->column_width(34);
     app.require_subcommand(1);
     app.set_version_flag("--version", "pixkit " + cPixSheet().Version(), "Show the version");
-    app.footer("'pixkit COMMAND --help' says more, with examples. This version reads PNG, BMP,\nTGA, icons and "
-               "cursors, and writes BMP, TGA, PNG, GIF, JPEG,\nicons and cursors.\n"
-               "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
+    app.footer(
+        "'pixkit COMMAND --help' says more, with examples. This version reads PNG, GIF,\nJPEG, BMP, TGA, icons and "
+        "cursors, and writes the same.\n"
+        "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
     addInfo(app, infoRequest);
     addConvert(app, convertRequest);
     addCompose(app, composeRequest);

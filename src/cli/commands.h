@@ -41,7 +41,8 @@ struct ConvertRequest : SavingOptions {
     std::vector<std::string> paths; // the inputs and, last, the file or folder for the results
     IconChoice icon = {};
     std::vector<EffectStep> steps;
-    std::string fit; // of the steps that resize; settled when the line has been read
+    std::string folderFormat = "png"; // extension of results in a folder
+    std::string fit;                  // of the steps that resize; settled when the line has been read
 };
 // Throws UsageError when the paths make no sense together.
 int convert(const ConvertRequest& request, Console& console);

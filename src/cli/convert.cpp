@@ -19,7 +19,7 @@ namespace {
 // Where results go: one named file, or a folder that gives each its input's name.
 class Destination {
   public:
-    explicit Destination(const std::vector<std::string>& paths) {
+    Destination(const std::vector<std::string>& paths, const std::string& extension) : m_extension("." + extension) {
         if (paths.size() < 2) throw UsageError("name at least one picture, and the file or folder for the result");
         const std::string& name = paths.back();
         m_path = toPath(name);
@@ -28,15 +28,12 @@ class Destination {
         if (m_isFolder && fs::exists(m_path, error) && !fs::is_directory(m_path, error)) {
             throw UsageError("several pictures need a folder for their results, and " + name + " is a file");
         }
-        if (!m_isFolder) {
-            if (const auto problem = formatProblem(m_path)) throw UsageError(name + ": " + *problem);
-        }
+        const fs::path target = m_isFolder ? fs::path("a" + m_extension) : m_path;
+        if (const auto problem = formatProblem(target))
+            throw UsageError((m_isFolder ? "--to: " : name + ": ") + *problem);
     }
 
-    // Results in a folder are BMP files.
-    TargetFormat format() const {
-        return m_isFolder ? TargetFormat::bmp : formatOf(m_path).value_or(TargetFormat::bmp);
-    }
+    TargetFormat format() const { return formatOf(m_isFolder ? fs::path("a" + m_extension) : m_path).value(); }
 
     void prepare() const {
         std::error_code error;
@@ -47,7 +44,7 @@ class Destination {
     // Two inputs of one name must not end up in one file, nor names that Windows' file systems take for one.
     fs::path claimTarget(const std::string& input) {
         fs::path target = m_isFolder ? m_path / toPath(input).stem() : m_path;
-        if (m_isFolder) target += ".bmp";
+        if (m_isFolder) target += m_extension;
         const auto [entry, isNew] = m_claims.emplace(toLower(toUtf8(target)), input);
         if (!isNew) throw Failed(input, "its result would replace that of " + entry->second + " in " + toUtf8(target));
         return target;
@@ -56,6 +53,7 @@ class Destination {
   private:
     fs::path m_path;
     bool m_isFolder = false;
+    std::string m_extension;                     // of results in a folder
     std::map<std::string, std::string> m_claims; // lower-case target to input
 };
 
@@ -75,7 +73,7 @@ void convertOne(const std::string& input, const fs::path& targetPath, const Conv
 } // namespace
 
 int convert(const ConvertRequest& request, Console& console) {
-    Destination destination(request.paths);
+    Destination destination(request.paths, request.folderFormat);
     checkSaving(request, destination.format());
     MessageBoxes boxes(console);
     int exitCode = exitOk;

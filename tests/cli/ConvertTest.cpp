@@ -259,8 +259,8 @@ TEST_F(Command, AFailedInputDoesNotStopTheOthers) {
     const Result result = run({"convert", name(u8"alpha.png"), name(u8"gone.png"), name(u8"broken.png"),
                                name(u8"opaque.png"), name(u8"new/results")});
     EXPECT_EQ(result.exitCode, exitSomeFailed);
-    EXPECT_TRUE(std::filesystem::exists(path(u8"new/results/alpha.bmp")));
-    EXPECT_TRUE(std::filesystem::exists(path(u8"new/results/opaque.bmp")));
+    EXPECT_TRUE(std::filesystem::exists(path(u8"new/results/alpha.png")));
+    EXPECT_TRUE(std::filesystem::exists(path(u8"new/results/opaque.png")));
     EXPECT_NE(result.err.find("gone.png: no such file"), std::string::npos) << result.err;
     EXPECT_NE(result.err.find("broken.png: is a PNG file that is damaged"), std::string::npos) << result.err;
 }
@@ -271,7 +271,8 @@ TEST_F(Command, TwoInputsOfOneNameDoNotOverwriteEachOther) {
     std::filesystem::create_directory(path(u8"other"));
     for (const char8_t* second : {u8"other/alpha.png", u8"other/ALPHA.PNG"}) { // Windows ignores case
         writeFile(path(second), pngOpaque);
-        const Result result = run({"convert", name(u8"alpha.png"), name(second), name(u8"results"), "--overwrite"});
+        const Result result =
+            run({"convert", name(u8"alpha.png"), name(second), name(u8"results"), "--overwrite", "--to", "bmp"});
         EXPECT_EQ(result.exitCode, exitSomeFailed);
         EXPECT_NE(result.err.find("would replace that of"), std::string::npos) << result.err;
         EXPECT_EQ(bytes(u8"results/alpha.bmp"), bitmapOf(first, false));
@@ -308,14 +309,14 @@ TEST_F(Command, AResultThatCannotBeWrittenIsAFailureWithAReason) {
     const Result noFolder = run({"convert", name(u8"alpha.png"), name(u8"missing/out.bmp")});
     EXPECT_EQ(noFolder.exitCode, exitSomeFailed);
     EXPECT_NE(noFolder.err.find("its folder does not exist"), std::string::npos) << noFolder.err;
-    const Result isFolder = run({"convert", name(u8"alpha.png"), name(u8"results"), "--overwrite"});
+    const Result isFolder = run({"convert", name(u8"alpha.png"), name(u8"results"), "--overwrite", "--to", "bmp"});
     EXPECT_EQ(isFolder.exitCode, exitSomeFailed);
     EXPECT_NE(isFolder.err.find("is a folder"), std::string::npos) << isFolder.err;
 }
 
 TEST_F(Command, NamesBeyondAsciiKeepTheirCharacters) {
     writeFile(path(u8"größe 東京.png"), pngOpaque);
-    const Result result = run({"convert", name(u8"größe 東京.png"), m_folder.name(u8"")});
+    const Result result = run({"convert", name(u8"größe 東京.png"), m_folder.name(u8""), "--to", "bmp"});
     EXPECT_EQ(result.exitCode, exitOk) << result.err;
     EXPECT_TRUE(std::filesystem::exists(path(u8"größe 東京.bmp")));
 }

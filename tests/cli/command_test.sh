@@ -122,7 +122,7 @@ check "nothing was written" not ls "$folder"/result.* 2>/dev/null
 { printf '\377\330\377\340'; head -c 100 /dev/zero; } >"$folder/photo.png"
 check "a JPEG under a wrong name" exits 1 convert "$folder/photo.png" $rings "$folder/results"
 check "its format is named" grep -q 'photo.png: is a JPEG file that is damaged' "$err"
-check "the other picture is done" test -s "$folder/results/rings-colour-key.bmp"
+check "the other picture is done" test -s "$folder/results/rings-colour-key.png"
 check "a wrong option" exits 2 convert $rings "$folder/result.bmp" --lighten much
 
 # Only natively: Windows has no such pipes, and timeout needs a program of its own.
