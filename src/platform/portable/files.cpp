@@ -76,12 +76,13 @@ Handle CreateFileW(const std::string& name, FileUse use) noexcept {
         return invalidHandle;
     }
     try {
-        const Handle handle = files().add(std::make_shared<File>(descriptor));
-        return handle != 0 ? handle : invalidHandle;
+        if (const Handle handle = files().add(std::make_shared<File>(descriptor)); handle != 0) return handle;
     } catch (const std::bad_alloc&) {
         close(descriptor);
-        return invalidHandle;
     }
+    // Nobody would know of the file that a failed call made.
+    if (use == FileUse::createNew) unlink(name.c_str());
+    return invalidHandle;
 }
 
 bool CloseHandle(Handle file) noexcept {
