@@ -32,12 +32,20 @@ inline Vec dividedBy255Held(Vec x) {
     return multiplyHigh16(addHeldUnsigned16(x, all16(1)), all16(257));
 }
 
-inline Vec over(Vec under, Vec pixels) {
-    const Vec rest = differing(alphaInAll(pixels), all8(255));
-    const Vec kept = bytesOf(dividedBy255(multiplyLow16(lowWords(under), lowWords(rest))),
-                             dividedBy255(multiplyLow16(highWords(under), highWords(rest))));
-    return addHeld8(kept, withoutColourInClear(pixels));
-}
+// Draws over what is there, with its constants at hand.
+struct Over {
+    Vec one = opaque(all16(1));
+    Vec by257 = opaque(all16(257));
+
+    Vec operator()(Vec under, Vec pixels) const {
+        const Vec rest = differing(alphaInAll(pixels), all8(255));
+        const Vec kept =
+            bytesOf(keptWords(lowWords(under), lowWords(rest)), keptWords(highWords(under), highWords(rest)));
+        return addHeld8(kept, withoutColourInClear(pixels));
+    }
+    // Divided by 255.
+    Vec keptWords(Vec under, Vec rest) const { return multiplyHigh16(add16(multiplyLow16(under, rest), one), by257); }
+};
 
 // Of pixels widened to words. A word of 255 stays below 65,280 / 255 in valid pictures; what invalid ones exceed it by
 // is held here and when the words become bytes.
@@ -99,6 +107,7 @@ struct Gray {
 // Both draw whole vectors and return how many pixels these were.
 template <class Change>
 std::size_t blendOverVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, Change change) {
+    const Over over;
     const std::size_t whole = count - count % vecPixels;
     for (std::size_t i = 0; i < 4 * whole; i += vecBytes) {
         const Vec v = load(src + i);

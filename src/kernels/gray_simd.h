@@ -12,6 +12,7 @@ namespace {
 struct GrayWords {
     Vec blueRedHigh, blueRedLow;       // for the word pair B, R
     Vec greenAlphaHigh, greenAlphaLow; // for the word pair G, A; alpha weighs nothing
+    Vec blueRed, half, belowShift, belowLow, one;
 };
 
 // The weight in units of 1/2^27, or -1 where that is not whole or not below 1.
@@ -36,23 +37,31 @@ inline bool prepareGray(const GrayWeights& weights, GrayWords& words) {
     if (r < 0 || g < 0 || b < 0) return false;
     const auto high = [](std::int32_t units) { return static_cast<std::uint32_t>(units) >> lowBits; };
     const auto low = [](std::int32_t units) { return static_cast<std::uint32_t>(units) & lowMask; };
-    words = {wordPairs(high(b), high(r)), wordPairs(low(b), low(r)), wordPairs(high(g), 0), wordPairs(low(g), 0)};
+    words = {.blueRedHigh = wordPairs(high(b), high(r)),
+             .blueRedLow = wordPairs(low(b), low(r)),
+             .greenAlphaHigh = wordPairs(high(g), 0),
+             .greenAlphaLow = wordPairs(low(g), 0),
+             .blueRed = opaque(all32(0x00FF00FF)),
+             .half = opaque(all32(1U << 13)),
+             .belowShift = opaque(all32((1U << 14) - 1)),
+             .belowLow = opaque(all32(lowMask)),
+             .one = opaque(all32(1))};
     return true;
 }
 
 // In each lane the gray in the low byte; what is above it is unspecified.
 inline Vec grayed(Vec pixels, const GrayWords& words) {
-    const Vec blueRed = both(pixels, all32(0x00FF00FF));
+    const Vec blueRed = both(pixels, words.blueRed);
     const Vec greenAlpha = right16<8>(pixels);
     const Vec low =
         add32(multiplyAddPairs16(blueRed, words.blueRedLow), multiplyAddPairs16(greenAlpha, words.greenAlphaLow));
     const Vec high =
         add32(multiplyAddPairs16(blueRed, words.blueRedHigh), multiplyAddPairs16(greenAlpha, words.greenAlphaHigh));
-    const Vec sum = add32(add32(high, all32(1U << 13)), right32<lowBits>(low)); // with 1/2, so the shift rounds ties up
+    const Vec sum = add32(add32(high, words.half), right32<lowBits>(low)); // with 1/2, so the shift rounds ties up
     const Vec rounded = right32<14>(sum);
     // A tie has no bits left below the shift; then the result is made even. Shifts are dear: masks instead.
-    const Vec tie = equal32(either(both(sum, all32((1U << 14) - 1)), both(low, all32(lowMask))), zeros());
-    return without(rounded, both(tie, all32(1)));
+    const Vec tie = equal32(either(both(sum, words.belowShift), both(low, words.belowLow)), zeros());
+    return without(rounded, both(tie, words.one));
 }
 
 // The low byte of each lane in its three colours, 0 in its alpha.

@@ -78,6 +78,13 @@ inline Vec all64(std::uint64_t value) {
     return PIXKIT_SIMD(set1_epi64x)(static_cast<long long>(value));
 }
 
+// The same, but as if it had been read from somewhere: what a loop needs more constants for than there are registers
+// then comes from memory, while the compiler would make known values anew in every turn, at several times the cost.
+inline Vec opaque(Vec constant) {
+    asm("" : "+x"(constant));
+    return constant;
+}
+
 // --- bits
 inline Vec both(Vec a, Vec b) {
     return PIXKIT_SIMD_BITS(and)(a, b);
