@@ -11,10 +11,6 @@ Attribute VB_Name = "PictureForm"
 ' Needs a reference to "pixkit imaging component 3.0".
 Option Explicit
 
-Private Declare Function BitBlt Lib "gdi32" (ByVal hdcDest As Long, ByVal x As Long, ByVal y As Long, _
-    ByVal cx As Long, ByVal cy As Long, ByVal hdcSrc As Long, ByVal xSrc As Long, ByVal ySrc As Long, _
-    ByVal rop As Long) As Long
-
 Private sheet As pixkit.cPixSheet
 
 Private Sub Form_Load()
@@ -24,8 +20,9 @@ Private Sub Form_Load()
 End Sub
 
 Private Sub Form_Paint()
-    BitBlt Me.hDC, 0, 0, sheet.Width, sheet.Height, sheet.LoadDIBinDC(True), 0, 0, vbSrcCopy
-    sheet.LoadDIBinDC False
+    Dim newWidth As Long, newHeight As Long
+    sheet.ScaleImage Me.ScaleWidth - 20, Me.ScaleHeight - 20, newWidth, newHeight
+    sheet.Render Me.hDC, 10, 10, newWidth, newHeight
 End Sub
 
 Private Sub Form_OLEDragDrop(Data As DataObject, Effect As Long, Button As Integer, Shift As Integer, X As Single, Y As Single)

@@ -2,16 +2,6 @@ Attribute VB_Name = "PixkitSample"
 ' For VBA of both word sizes, with a reference to "pixkit imaging component 3.0" (Tools, References).
 Option Explicit
 
-#If VBA7 Then
-Private Declare PtrSafe Function BitBlt Lib "gdi32" (ByVal hdcDest As LongPtr, ByVal x As Long, ByVal y As Long, _
-    ByVal cx As Long, ByVal cy As Long, ByVal hdcSrc As LongPtr, ByVal xSrc As Long, ByVal ySrc As Long, _
-    ByVal rop As Long) As Long
-#Else
-Private Declare Function BitBlt Lib "gdi32" (ByVal hdcDest As Long, ByVal x As Long, ByVal y As Long, _
-    ByVal cx As Long, ByVal cy As Long, ByVal hdcSrc As Long, ByVal xSrc As Long, ByVal ySrc As Long, _
-    ByVal rop As Long) As Long
-#End If
-
 ' Turns a picture gray and saves it as a BMP file.
 Public Sub GrayCopy(ByVal Picture As String, ByVal Result As String)
     Dim sheet As pixkit.cPixSheet
@@ -37,15 +27,14 @@ Public Function SumOfBlue(ByVal sheet As pixkit.cPixSheet) As Double
     Next
 End Function
 
-' Copies a picture to a device context. Handles are as wide as the host: LongPtr fits both.
+' Draws a picture in half its size onto a device context, its shadow beneath it. Handles are as wide as the host: LongPtr
+' fits both.
 #If VBA7 Then
-Public Sub CopyToDC(ByVal sheet As pixkit.cPixSheet, ByVal hdc As LongPtr)
-    Dim memoryDC As LongPtr
+Public Sub DrawWithShadow(ByVal sheet As pixkit.cPixSheet, ByVal hdc As LongPtr)
 #Else
-Public Sub CopyToDC(ByVal sheet As pixkit.cPixSheet, ByVal hdc As Long)
-    Dim memoryDC As Long
+Public Sub DrawWithShadow(ByVal sheet As pixkit.cPixSheet, ByVal hdc As Long)
 #End If
-    memoryDC = sheet.LoadDIBinDC(True)
-    BitBlt hdc, 0, 0, sheet.Width, sheet.Height, memoryDC, 0, 0, &HCC0020
-    sheet.LoadDIBinDC False
+    If Not sheet.Resize(sheet.Width \ 2, sheet.Height \ 2) Then Exit Sub
+    sheet.RenderDropShadow_JIT hdc, 12, 12, blurDepth:=6, Color:=vbBlack, Opacity:=40
+    sheet.Render hdc, 10, 10
 End Sub

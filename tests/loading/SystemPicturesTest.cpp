@@ -84,7 +84,7 @@ TEST_F(SystemPictures, AFailingSystemLeavesHalfAPictureOrSomethingOfItsOwn) {
     const auto jpeg = readFile(std::filesystem::path(PIXKIT_SOURCE_DIR) / "fuzz" / "seeds" / "picture" / "baseline");
     const BmpFile bmp{.width = 1, .height = 1, .bitCount = 24, .pixels = {1, 2, 3, 0}};
     using Load = std::function<bool(cPixSheet & sheet)>;
-    const auto stream = [](Bytes bytes) -> Load {
+    const auto stream = [](const Bytes& bytes) -> Load {
         return [array = ByteArray(bytes)](cPixSheet& sheet) { return sheet.LoadPicture_Stream(array); };
     };
     const auto byHandle = [](platform::Handle handle) -> Load {
