@@ -134,6 +134,8 @@ run_size() {
     check "drawing.vbs ($size bits)" client "$size" '^saved ' \
         cscript //nologo samples/vbscript/drawing.vbs $pictures/lantern.png "$scratch/drawing$size.bmp"
     check "what drawing.vbs saved ($size bits)" saved_bitmap "$scratch/drawing$size.bmp"
+    check "saving.vbs ($size bits)" client "$size" '^saved .* in five formats' \
+        cscript //nologo samples/vbscript/saving.vbs $pictures/lantern.png "$scratch/saved$size"
     check "pixels.vbs ($size bits)" client "$size" 'all pixels as expected' \
         cscript //nologo samples/vbscript/pixels.vbs
     check "effects.js ($size bits)" client "$size" '^saved ' \

@@ -27,14 +27,16 @@ Public Function SumOfBlue(ByVal sheet As pixkit.cPixSheet) As Double
     Next
 End Function
 
-' Draws a picture in half its size onto a device context, its shadow beneath it. Handles are as wide as the host: LongPtr
-' fits both.
+' Draws a picture, at most 200 pixels large, onto a device context, its shadow beneath it. Handles are as wide as the
+' host: LongPtr fits both.
 #If VBA7 Then
 Public Sub DrawWithShadow(ByVal sheet As pixkit.cPixSheet, ByVal hdc As LongPtr)
 #Else
 Public Sub DrawWithShadow(ByVal sheet As pixkit.cPixSheet, ByVal hdc As Long)
 #End If
-    If Not sheet.Resize(sheet.Width \ 2, sheet.Height \ 2) Then Exit Sub
+    Dim newWidth As Long, newHeight As Long
+    sheet.ScaleImage 200, 200, newWidth, newHeight, scaleDownAsNeeded
+    If Not sheet.Resize(newWidth, newHeight) Then Exit Sub
     sheet.RenderDropShadow_JIT hdc, 12, 12, blurDepth:=6, Color:=vbBlack, Opacity:=40
     sheet.Render hdc, 10, 10
 End Sub

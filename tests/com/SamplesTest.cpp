@@ -1,6 +1,7 @@
 // The samples that nothing here can compile: what they call must be what the type library has.
 #include "Pictures.h"
 #include "Server.h"
+#include <limits>
 #include <map>
 #include <regex>
 
@@ -90,8 +91,9 @@ class Samples : public ComTest {
         }
         return use.positional + use.named.size() > static_cast<std::size_t>(most) ? "too many arguments" : "";
     }
-    // Some systems count the result as a parameter.
+    // Some systems count the result as a parameter. The last may stand for as many arguments as the caller likes.
     static SHORT parameters(const FUNCDESC& function) {
+        if (function.cParamsOpt == -1) return std::numeric_limits<SHORT>::max();
         SHORT count = function.cParams;
         for (SHORT i = 0; i < function.cParams; ++i) {
             if ((function.lprgelemdescParam[i].paramdesc.wParamFlags & PARAMFLAG_FRETVAL) != 0) --count;
