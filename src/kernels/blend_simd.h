@@ -3,6 +3,7 @@
 #include "kernels/gray_simd.h"
 #include "kernels/scalar.h"
 #include "kernels/simd.h"
+#include <algorithm>
 
 namespace pixkit::kernels {
 namespace {
@@ -41,7 +42,8 @@ struct Over {
         const Vec rest = differing(alphaInAll(pixels), all8(255));
         const Vec kept =
             bytesOf(keptWords(lowWords(under), lowWords(rest)), keptWords(highWords(under), highWords(rest)));
-        return addHeld8(kept, withoutColourInClear(pixels));
+        const Vec clear = equal8(rest, all8(255)); // clear pixels draw nothing, whatever colour they hold
+        return addHeld8(kept, without(pixels, clear));
     }
     // Divided by 255.
     Vec keptWords(Vec under, Vec rest) const { return multiplyHigh16(add16(multiplyLow16(under, rest), one), by257); }
@@ -94,15 +96,28 @@ struct Darker {
     Vec operator()(Vec pixels) const { return subtractHeld8(pixels, grayInColours(adjustment(pixels))); }
 };
 
+// The gray of each lane in its colours, the alpha as it is.
+inline Vec withGray(Vec pixels, Vec gray) {
+    return select(all32(alphaByte), pixels, grayInColours(gray));
+}
+
+// Makes whole vectors gray after `before` changed them. Ties are so rare that they are looked for once in a stretch,
+// which is then made again.
 template <class Before>
-struct Gray {
-    Before before;
-    GrayWords words;
-    Vec operator()(Vec pixels) const {
-        const Vec changed = before(pixels);
-        return either(both(changed, all32(alphaByte)), grayInColours(grayed(changed, words)));
+void makeGray(std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes, const Before& before,
+              const GrayWords& words) {
+    TieWatch ties;
+#pragma GCC unroll 2
+    for (std::size_t i = 0; i < bytes; i += vecBytes) {
+        const Vec pixels = before(load(src + i));
+        store(dst + i, withGray(pixels, grayedTiesUp(pixels, words, ties)));
     }
-};
+    if (!ties.mayHaveSeenOne()) return;
+    for (std::size_t i = 0; i < bytes; i += vecBytes) {
+        const Vec pixels = before(load(src + i));
+        store(dst + i, withGray(pixels, grayed(pixels, words)));
+    }
+}
 
 // Both draw whole vectors and return how many pixels these were.
 template <class Change>
@@ -158,7 +173,14 @@ std::size_t blendLit(std::uint8_t* dst, const std::uint8_t* src, std::size_t cou
     if (!tone.isGray) return blendChanged(dst, src, count, globalAlpha, light);
     GrayWords words;
     if (!prepareGray(tone.weights, words)) return 0;
-    return blendChanged(dst, src, count, globalAlpha, Gray<Light>{light, words});
+    std::uint8_t gray[32 * vecBytes];
+    const std::size_t whole = count - count % vecPixels;
+    for (std::size_t i = 0; i < 4 * whole; i += sizeof gray) {
+        const std::size_t bytes = std::min(4 * whole - i, sizeof gray);
+        makeGray(gray, src + i, bytes, light, words);
+        blendChanged(dst + i, gray, bytes / 4, globalAlpha, Plain());
+    }
+    return whole;
 }
 
 template <class Adjustment>

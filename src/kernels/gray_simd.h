@@ -49,19 +49,52 @@ inline bool prepareGray(const GrayWeights& weights, GrayWords& words) {
     return true;
 }
 
-// In each lane the gray in the low byte; what is above it is unspecified.
-inline Vec grayed(Vec pixels, const GrayWords& words) {
+// The weighted sum of each lane, with 1/2 added, in units of 1/2^14, and what is left of it below them in 1/2^27.
+struct GraySums {
+    Vec sum, low;
+};
+inline GraySums graySums(Vec pixels, const GrayWords& words) {
     const Vec blueRed = both(pixels, words.blueRed);
     const Vec greenAlpha = right16<8>(pixels);
     const Vec low =
         add32(multiplyAddPairs16(blueRed, words.blueRedLow), multiplyAddPairs16(greenAlpha, words.greenAlphaLow));
     const Vec high =
         add32(multiplyAddPairs16(blueRed, words.blueRedHigh), multiplyAddPairs16(greenAlpha, words.greenAlphaHigh));
-    const Vec sum = add32(add32(high, words.half), right32<lowBits>(low)); // with 1/2, so the shift rounds ties up
-    const Vec rounded = right32<14>(sum);
+    return {add32(add32(high, words.half), right32<lowBits>(low)), low};
+}
+
+// Whether there may have been a tie among many sums.
+class TieWatch {
+  public:
+    void note(const GraySums& sums, const GrayWords& words) {
+        const Vec rest = both(sums.sum, words.belowShift); // 0 in ties
+#ifdef __AVX2__
+        m_least = _mm256_min_epu32(m_least, rest);
+#else
+        m_least = without(m_least, equal32(rest, zeros()));
+#endif
+    }
+    bool mayHaveSeenOne() const {
+        return !allZero(equal32(m_least, zeros()));
+    }
+
+  private:
+    Vec m_least = all8(255);
+};
+
+// In each lane the gray in the low byte, ties rounded up; what is above it is unspecified.
+inline Vec grayedTiesUp(Vec pixels, const GrayWords& words, TieWatch& ties) {
+    const GraySums sums = graySums(pixels, words);
+    ties.note(sums, words);
+    return right32<14>(sums.sum);
+}
+
+// The same with ties rounded to even.
+inline Vec grayed(Vec pixels, const GrayWords& words) {
+    const GraySums sums = graySums(pixels, words);
     // A tie has no bits left below the shift; then the result is made even. Shifts are dear: masks instead.
-    const Vec tie = equal32(either(both(sum, words.belowShift), both(low, words.belowLow)), zeros());
-    return without(rounded, both(tie, words.one));
+    const Vec tie = equal32(either(both(sums.sum, words.belowShift), both(sums.low, words.belowLow)), zeros());
+    return without(right32<14>(sums.sum), both(tie, words.one));
 }
 
 // The low byte of each lane in its three colours, 0 in its alpha.

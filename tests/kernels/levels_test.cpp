@@ -1,6 +1,7 @@
 // The faster kernels against the reference.
 #include "operations.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include <array>
@@ -182,6 +183,21 @@ TEST_P(KernelLevel, DrawsInexactlyForSomeAlphaValueAndOpacity) {
         if (globalAlpha != 255) continue;
         m_table->blendOver(under.data(), source.data(), 65536);
         EXPECT_TRUE(under == expected) << "both ways of drawing agree at full opacity";
+    }
+}
+
+// The few colours whose gray by NTSC/PAL lies on a half above an even number, each alone among others.
+TEST_P(KernelLevel, DrawsSomeTieOfGrayRoundedUp) {
+    constexpr std::uint8_t ties[][5] = {{16, 8, 20, 255, 12}, {24, 54, 134, 255, 74}, {32, 100, 248, 255, 136}};
+    Tone tone;
+    tone.isGray = true;
+    tone.weights = {0.299F, 0.587F, 0.114F};
+    for (const auto& tie : ties) {
+        std::vector<std::uint8_t> source(4UL * 1000, 255);
+        std::copy(tie, tie + 4, source.begin() + 4 * 600);
+        std::vector<std::uint8_t> drawn(source.size());
+        m_table->blendToned(drawn.data(), source.data(), 1000, 255, tone);
+        EXPECT_EQ(drawn[4 * 600], tie[4]);
     }
 }
 
