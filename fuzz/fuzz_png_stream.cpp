@@ -5,6 +5,7 @@
 using namespace pixkit;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t bytes) {
+    if (!bearsSignature(data, bytes)) return 0;
     std::vector<std::uint8_t> png(data, data + bytes);
     if (withoutCrcs(png) > mostPixels) return 0;
     const ByteArray array(std::move(png));

@@ -28,6 +28,12 @@ inline std::uint64_t withoutCrcs(std::vector<std::uint8_t>& png) {
 
 inline constexpr std::uint64_t mostPixels = 1 << 18;
 
+// Other data may be an icon that holds PNG images, whose CRCs are checked.
+inline bool bearsSignature(const std::uint8_t* data, std::size_t bytes) {
+    constexpr std::uint8_t signature[] = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
+    return bytes >= sizeof signature && std::equal(signature, signature + sizeof signature, data);
+}
+
 // Both empty, or the same picture.
 inline bool isSame(const pixkit::cPixSheet& a, const pixkit::cPixSheet& b) {
     return a.Width() == b.Width() && a.Height() == b.Height() && a.Alpha() == b.Alpha() &&
