@@ -173,7 +173,7 @@ std::size_t blendLit(std::uint8_t* dst, const std::uint8_t* src, std::size_t cou
     if (!tone.isGray) return blendChanged(dst, src, count, globalAlpha, light);
     GrayWords words;
     if (!prepareGray(tone.weights, words)) return 0;
-    std::uint8_t gray[32 * vecBytes];
+    std::uint8_t gray[16 * vecBytes];
     const std::size_t whole = count - count % vecPixels;
     for (std::size_t i = 0; i < 4 * whole; i += sizeof gray) {
         const std::size_t bytes = std::min(4 * whole - i, sizeof gray);
