@@ -4,6 +4,7 @@
 #include "shared/checked.h"
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace pixkit {
 
@@ -220,6 +221,16 @@ bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t>
     std::uint32_t done = 0;
     const auto count = static_cast<std::uint32_t>(bytes.size());
     return platform::WriteFile(FileHandle, bytes.data(), count, done) && done == count;
+}
+
+bool iparseDeliver(std::vector<std::uint8_t>&& file, const std::string& FileName, bool useUnicode,
+                   ByteArray& outStream) {
+    if (FileName.empty()) {
+        outStream = ByteArray(std::move(file));
+        return true;
+    }
+    const platform::UniqueFile target(iparseGetFileHandle(FileName, false, useUnicode));
+    return target && iparseWriteWhole(target.get(), file);
 }
 
 bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept {

@@ -73,6 +73,17 @@ class Compressor {
 
     unsigned clearCode() const noexcept { return 1U << m_depth; }
     void codeAfresh(std::size_t from, Dictionary& dictionary, Stretch& stretch) const;
+    // The code of the longest string at `at` that the dictionary has; moves `at` behind it.
+    unsigned longestString(const Dictionary& dictionary, std::size_t& at) const {
+        unsigned code = m_indexes[at++];
+        while (at < m_indexes.size()) {
+            const unsigned longer = dictionary.find(code, m_indexes[at]);
+            if (longer == Dictionary::none) break;
+            code = longer;
+            ++at;
+        }
+        return code;
+    }
     bool codeOn(std::size_t from, const Dictionary& dictionary, const Stretch& rival, Stretch& stretch) const;
     void writeAfresh(const Stretch& stretch);
 
@@ -91,13 +102,7 @@ void Compressor::codeAfresh(std::size_t from, Dictionary& dictionary, Stretch& s
     unsigned next = clearCode() + 2;
     std::size_t at = from;
     while (at < m_indexes.size() && next < mostCodes) {
-        unsigned code = m_indexes[at++];
-        while (at < m_indexes.size()) {
-            const unsigned longer = dictionary.find(code, m_indexes[at]);
-            if (longer == Dictionary::none) break;
-            code = longer;
-            ++at;
-        }
+        const unsigned code = longestString(dictionary, at);
         stretch.codes.push_back(static_cast<std::uint16_t>(code));
         stretch.bits += size;
         if (at < m_indexes.size()) dictionary.add(code, m_indexes[at], next);
@@ -113,13 +118,7 @@ bool Compressor::codeOn(std::size_t from, const Dictionary& dictionary, const St
     stretch.bits = 0;
     std::size_t at = from;
     while (at < rival.end) {
-        unsigned code = m_indexes[at++];
-        while (at < m_indexes.size()) {
-            const unsigned longer = dictionary.find(code, m_indexes[at]);
-            if (longer == Dictionary::none) break;
-            code = longer;
-            ++at;
-        }
+        const unsigned code = longestString(dictionary, at);
         stretch.codes.push_back(static_cast<std::uint16_t>(code));
         stretch.bits += longestCode;
         if (stretch.bits > rival.bits + longestCode) return false;

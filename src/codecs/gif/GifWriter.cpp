@@ -69,13 +69,7 @@ bool cGIFparser::SaveAsGIF(const cPixSheet& cHost, const std::string& FileName, 
     if (!image || image.width > largestSide || image.height > largestSide) return false;
     StraightRows rows(image, cHost.Alpha() != AlphaNone, OpaquenessTolerance);
     Bytes file = makeFile(makePicture(rows, UseAdaptivePalette), image.width, image.height);
-    if (FileName.empty()) {
-        outStream = ByteArray(std::move(file));
-        return true;
-    }
-    const bool useUnicode = (HostAccess::osCAP(cHost) & capNtFamily) != 0;
-    const platform::UniqueFile target(iparseGetFileHandle(FileName, false, useUnicode));
-    return target && iparseWriteWhole(target.get(), file);
+    return iparseDeliver(std::move(file), FileName, (HostAccess::osCAP(cHost) & capNtFamily) != 0, outStream);
 }
 
 } // namespace pixkit

@@ -143,12 +143,7 @@ std::int32_t cICOparser::SaveAsIcon(std::span<const cPixSheet* const> Source, st
     const bool isCursor = endsWith(FileName, ".cur") || (!endsWith(FileName, ".ico") && wasCursor(*Source.front()));
     Bytes file = makeFile(entries, isCursor);
     const auto count = static_cast<std::int32_t>(entries.size());
-    if (FileName.empty()) {
-        outStream = ByteArray(std::move(file));
-        return count;
-    }
-    const platform::UniqueFile target(iparseGetFileHandle(FileName, false, useUnicode));
-    return target && iparseWriteWhole(target.get(), file) ? count : 0;
+    return iparseDeliver(std::move(file), FileName, useUnicode, outStream) ? count : 0;
 }
 
 } // namespace pixkit

@@ -257,13 +257,7 @@ bool cJPGWriter::SaveAsJPG(const cPixSheet& cHost, const std::string& FileName, 
     if (!image || image.width > largestSide || image.height > largestSide) return false;
     Rows rows(image, iparseHasAlpha(image), TransparentFillColor);
     Bytes file = Encoder(rows, std::clamp(Quality, 1, 100)).encode();
-    if (FileName.empty()) {
-        outStream = ByteArray(std::move(file));
-        return true;
-    }
-    const bool useUnicode = (HostAccess::osCAP(cHost) & capNtFamily) != 0;
-    const platform::UniqueFile target(iparseGetFileHandle(FileName, false, useUnicode));
-    return target && iparseWriteWhole(target.get(), file);
+    return iparseDeliver(std::move(file), FileName, (HostAccess::osCAP(cHost) & capNtFamily) != 0, outStream);
 }
 
 } // namespace pixkit

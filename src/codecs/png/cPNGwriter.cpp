@@ -73,13 +73,7 @@ bool cPNGwriter::SavePNGex(const cPixSheet& cHost, const std::string& FileName, 
     const ConstPixelView image = HostAccess::pixels(cHost);
     if (!image) return false;
     Bytes file = smallestFile(image, cHost.Alpha() != AlphaNone, props);
-    if (FileName.empty()) {
-        outStream = ByteArray(std::move(file));
-        return true;
-    }
-    const bool useUnicode = (HostAccess::osCAP(cHost) & capNtFamily) != 0;
-    const platform::UniqueFile handle(iparseGetFileHandle(FileName, false, useUnicode));
-    return handle && iparseWriteWhole(handle.get(), file);
+    return iparseDeliver(std::move(file), FileName, (HostAccess::osCAP(cHost) & capNtFamily) != 0, outStream);
 }
 
 } // namespace pixkit
