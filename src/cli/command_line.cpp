@@ -176,8 +176,8 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         ->type_name("FORMAT")
         ->group("Saving");
     sub->footer("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
-                "says\nthe format: .bmp, .tga, .png, .gif or .jpg. Results in a folder are named like their pictures. "
-                "An existing file\nis replaced after a question at a terminal, and kept elsewhere.\n\n"
+                "says\nthe format: .bmp, .tga, .png, .gif, .jpg, .ico or .cur. Results in a folder are named like "
+                "their pictures.\nAn existing file is replaced after a question at a terminal, and kept elsewhere.\n\n"
                 "Examples:\n"
                 "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
                 "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
