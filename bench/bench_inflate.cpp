@@ -1,5 +1,5 @@
 // Inflating the image data of PNG files: the built-in inflater, zlib's uncompress, libdeflate.
-#include "codecs/deflate/inflate.h"
+#include "coding/deflate/Inflate.h"
 #include "pictures.h"
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -2,8 +2,8 @@
 //
 // The first byte of the input is the level; the second says how the rest becomes data, so that short inputs make long
 // data: it is repeated, each time with one byte changed.
-#include "codecs/deflate/deflate.h"
-#include "codecs/deflate/inflate.h"
+#include "coding/deflate/Deflate.h"
+#include "coding/deflate/Inflate.h"
 #include <cstdlib>
 #include <zlib.h>
 

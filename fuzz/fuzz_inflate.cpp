@@ -1,7 +1,7 @@
 // The built-in inflater against zlib: the same verdict, the same number of bytes, the same bytes.
 //
 // The first two bytes of the input give the capacity of the output, the rest is a zlib stream.
-#include "codecs/deflate/inflate.h"
+#include "coding/deflate/Inflate.h"
 #include "oracle/zlibVerdict.h"
 
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // What zlib makes of a stream, in the terms of the built-in inflater. Shared by the oracle test and the fuzz target.
 #pragma once
-#include "codecs/deflate/inflate.h"
+#include "coding/deflate/Inflate.h"
 
 #include <algorithm>
 #include <cstddef>

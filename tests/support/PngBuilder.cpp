@@ -1,5 +1,5 @@
 #include "support/PngBuilder.h"
-#include "codecs/deflate/StreamWriter.h"
+#include "coding/deflate/StreamWriter.h"
 #include <algorithm>
 #include <array>
 #include <cstdlib>

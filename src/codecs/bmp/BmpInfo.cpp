@@ -1,5 +1,5 @@
 #include "codecs/bmp/BmpInfo.h"
-#include "shared/ByteReader.h"
+#include "coding/ByteReader.h"
 #include <algorithm>
 #include <limits>
 

@@ -1,7 +1,7 @@
 // Writing: the blocks of a file around palette and coded indexes.
-#include "codecs/gif/GifCompress.h"
 #include "codecs/gif/cGIFparser.h"
 #include "codecs/palette/IndexedPicture.h"
+#include "coding/lzw/LzwEncoder.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"

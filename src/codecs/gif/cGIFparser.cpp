@@ -1,8 +1,8 @@
 // From the data to a GIF of the first frame alone.
 #include "codecs/gif/cGIFparser.h"
 #include "codecs/gif/GifCodes.h"
+#include "coding/ByteReader.h"
 #include "platform/pictures.h"
-#include "shared/ByteReader.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <exception>

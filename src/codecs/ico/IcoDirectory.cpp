@@ -1,5 +1,5 @@
 #include "codecs/ico/IcoDirectory.h"
-#include "shared/ByteReader.h"
+#include "coding/ByteReader.h"
 #include <algorithm>
 #include <array>
 

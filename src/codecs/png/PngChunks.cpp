@@ -1,6 +1,6 @@
 #include "codecs/png/PngChunks.h"
-#include "codecs/deflate/deflate.h"
-#include "shared/crc32.h"
+#include "coding/Crc32.h"
+#include "coding/deflate/Deflate.h"
 #include "shared/modParsers.h"
 #include <algorithm>
 #include <stdexcept>

@@ -1,9 +1,9 @@
 // Container: signature, chunks, the compressed image data and its decompression.
 #include "codecs/png/cPNGparser.h"
-#include "codecs/deflate/inflate.h"
+#include "coding/ByteReader.h"
+#include "coding/deflate/Inflate.h"
 #include "diagnostics/guard.h"
 #include "platform/files.h"
-#include "shared/ByteReader.h"
 #include "shared/checked.h"
 #include "shared/limits.h"
 #include "surface/HostAccess.h"

@@ -1,9 +1,9 @@
 // The container of a PNG file that is written: chunks in the order that the PNG standard asks for (5.6).
 #include "codecs/png/cPNGwriter.h"
-#include "codecs/deflate/deflate.h"
 #include "codecs/png/PngChunks.h"
 #include "codecs/png/PngForm.h"
 #include "codecs/png/PngRows.h"
+#include "coding/deflate/Deflate.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"

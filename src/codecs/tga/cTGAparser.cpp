@@ -1,7 +1,7 @@
 // Recognition: header, size estimate, footer and extension area.
 #include "codecs/tga/cTGAparser.h"
+#include "coding/ByteReader.h"
 #include "kernels/kernels.h"
-#include "shared/ByteReader.h"
 #include <algorithm>
 #include <optional>
 #include <string_view>

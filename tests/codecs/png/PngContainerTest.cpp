@@ -1,6 +1,6 @@
 // Chunks, their checks, and the compressed data: what loads, what does not, and that it is the same from files and
 // arrays, with and without zlib, wherever no rule says otherwise.
-#include "codecs/deflate/StreamWriter.h"
+#include "coding/deflate/StreamWriter.h"
 #include "support/PngLoading.h"
 #include <algorithm>
 

@@ -1,0 +1,364 @@
+#include "coding/deflate/BlockWriter.h"
+#include "coding/deflate/HuffmanCode.h"
+#include <algorithm>
+#include <bit>
+#include <span>
+
+namespace pixkit::deflate {
+
+namespace {
+
+using LiteralLengths = std::array<std::uint8_t, literalSymbols + 2>; // the fixed code has two symbols more
+using DistanceLengths = std::array<std::uint8_t, distanceSymbols>;
+
+// With codes of 14 bits four literals, or a whole copy, fit between two flushes.
+constexpr unsigned longestLiteralCode = 14;
+constexpr unsigned longestDistanceCode = 15;
+constexpr unsigned longestCodeLengthCode = 7;
+
+// RFC 1951, 3.2.6
+constexpr LiteralLengths fixedLiteralLengths = [] {
+    LiteralLengths lengths{};
+    for (std::size_t i = 0; i < lengths.size(); ++i)
+        lengths[i] = i < 144 ? 8 : i < 256 ? 9 : i < 280 ? 7 : 8;
+    return lengths;
+}();
+constexpr DistanceLengths fixedDistanceLengths = [] {
+    DistanceLengths lengths{};
+    lengths.fill(5);
+    return lengths;
+}();
+
+// --- estimates, in 256ths of a bit: of thousands of symbols the errors add up; in integers, so that every build splits
+// at the same places
+
+constexpr unsigned costUnit = 256;
+constexpr std::size_t logSteps = 256;
+
+// log2(1 + i / 256), by squaring once for each bit of the result.
+constexpr std::array<std::uint8_t, logSteps> fractionOfLog = [] {
+    std::array<std::uint8_t, logSteps> table{};
+    for (std::size_t i = 0; i < logSteps; ++i) {
+        std::uint64_t x = (logSteps + i) << 22; // 1.0 is 2^30
+        unsigned log = 0;
+        for (unsigned bit = costUnit / 2; bit > 0; bit /= 2) {
+            x = x * x >> 30;
+            if (x >= std::uint64_t{2} << 30) {
+                x >>= 1;
+                log += bit;
+            }
+        }
+        table[i] = static_cast<std::uint8_t>(log);
+    }
+    return table;
+}();
+
+unsigned logarithm(std::uint32_t value) noexcept {
+    const auto exponent = static_cast<unsigned>(std::bit_width(value)) - 1;
+    const std::uint32_t mantissa = exponent >= 8 ? value >> (exponent - 8) : value << (8 - exponent);
+    return exponent * costUnit + fractionOfLog[mantissa & (logSteps - 1)];
+}
+
+template <std::size_t size>
+std::uint64_t entropy(const std::array<std::uint32_t, size>& frequencies) noexcept {
+    std::uint32_t total = 0;
+    for (const std::uint32_t count : frequencies)
+        total += count;
+    if (total == 0) return 0;
+    const std::uint64_t all = logarithm(total);
+    std::uint64_t cost = 0;
+    for (const std::uint32_t count : frequencies)
+        if (count != 0) cost += count * (all - logarithm(count));
+    return cost;
+}
+
+// What describing a code for these symbols takes: a few bits for each that occurs.
+template <std::size_t size>
+std::uint64_t headCost(const std::array<std::uint32_t, size>& frequencies) noexcept {
+    std::uint64_t used = 0;
+    for (const std::uint32_t count : frequencies)
+        used += count != 0 ? 1 : 0;
+    return used * 3 * costUnit;
+}
+
+// Without the extra bits, which are the same however the symbols are put into blocks.
+std::uint64_t estimate(const Histogram& symbols) noexcept {
+    return entropy(symbols.literal) + entropy(symbols.distance) + headCost(symbols.literal) +
+           headCost(symbols.distance) + std::uint64_t{80} * costUnit;
+}
+
+// --- exact sizes, in bits
+
+std::uint64_t sizeOf(const Histogram& symbols, const LiteralLengths& literals, const DistanceLengths& distances) {
+    std::uint64_t bits = literals[endOfBlock];
+    for (std::size_t i = 0; i < literalSymbols; ++i) {
+        const unsigned extra = i > endOfBlock ? lengthExtra[i - endOfBlock - 1].bits : 0;
+        bits += std::uint64_t{symbols.literal[i]} * (literals[i] + extra);
+    }
+    for (std::size_t i = 0; i < distanceSymbols; ++i)
+        bits += std::uint64_t{symbols.distance[i]} * (distances[i] + unsigned{distanceExtra[i].bits});
+    return bits;
+}
+
+// --- the head of a dynamic block (RFC 1951, 3.2.7)
+
+class DynamicHead {
+  public:
+    DynamicHead(const LiteralLengths& literals, const DistanceLengths& distances) {
+        m_literals = literalSymbols;
+        while (m_literals > 257 && literals[m_literals - 1] == 0)
+            --m_literals;
+        m_distances = distanceSymbols;
+        while (m_distances > 1 && distances[m_distances - 1] == 0)
+            --m_distances;
+        std::array<std::uint8_t, literalSymbols + distanceSymbols> lengths;
+        std::copy_n(literals.begin(), m_literals, lengths.begin());
+        std::copy_n(distances.begin(), m_distances, lengths.begin() + m_literals);
+        code(std::span(lengths).first(m_literals + m_distances));
+        makeCodeLengths(m_frequencies, longestCodeLengthCode, m_lengths);
+        while (m_orders > 4 && m_lengths[order[m_orders - 1]] == 0)
+            --m_orders;
+    }
+
+    std::uint64_t bits() const noexcept {
+        std::uint64_t sum = 5 + 5 + 4 + 3 * m_orders;
+        for (std::size_t i = 0; i < codeLengthSymbols; ++i)
+            sum += std::uint64_t{m_frequencies[i]} * (m_lengths[i] + extraBits(i));
+        return sum;
+    }
+
+    void write(BitWriter& out) const noexcept {
+        out.put(m_literals - 257, 5);
+        out.put(m_distances - 1, 5);
+        out.put(m_orders - 4, 4);
+        out.flush();
+        for (std::size_t i = 0; i < m_orders; ++i) {
+            out.put(m_lengths[order[i]], 3);
+            out.flush();
+        }
+        std::array<std::uint16_t, codeLengthSymbols> codes;
+        makeCodes(m_lengths, codes);
+        for (std::size_t i = 0; i < m_count; ++i) {
+            const Item item = m_items[i];
+            out.put(codes[item.symbol], m_lengths[item.symbol]);
+            out.put(item.extra, extraBits(item.symbol));
+            out.flush();
+        }
+    }
+
+  private:
+    struct Item {
+        std::uint8_t symbol, extra;
+    };
+    static constexpr std::array<std::uint8_t, codeLengthSymbols> order = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
+                                                                          11, 4,  12, 3, 13, 2, 14, 1, 15};
+    static constexpr unsigned extraBits(std::size_t symbol) noexcept {
+        return symbol < 16 ? 0 : symbol == 16 ? 2 : symbol == 17 ? 3 : 7;
+    }
+
+    void add(std::size_t symbol, std::size_t extra) noexcept {
+        m_items[m_count++] = {static_cast<std::uint8_t>(symbol), static_cast<std::uint8_t>(extra)};
+        ++m_frequencies[symbol];
+    }
+
+    // Runs of zeros are 17 and 18, runs of another length that length and then 16.
+    void code(std::span<const std::uint8_t> lengths) noexcept {
+        for (std::size_t i = 0; i < lengths.size();) {
+            const std::uint8_t length = lengths[i];
+            std::size_t run = 1;
+            while (i + run < lengths.size() && lengths[i + run] == length)
+                ++run;
+            i += run;
+            if (length != 0) {
+                add(length, 0);
+                --run;
+            }
+            while (run >= 3) {
+                const std::size_t taken = std::min<std::size_t>(run, length != 0 ? 6 : 138);
+                if (length != 0) {
+                    add(16, taken - 3);
+                } else if (taken < 11) {
+                    add(17, taken - 3);
+                } else {
+                    add(18, taken - 11);
+                }
+                run -= taken;
+            }
+            for (; run > 0; --run)
+                add(length, 0);
+        }
+    }
+
+    std::size_t m_literals, m_distances, m_orders = codeLengthSymbols;
+    std::array<Item, literalSymbols + distanceSymbols> m_items;
+    std::size_t m_count = 0;
+    std::array<std::uint32_t, codeLengthSymbols> m_frequencies{};
+    std::array<std::uint8_t, codeLengthSymbols> m_lengths{};
+};
+
+} // namespace
+
+void Histogram::add(const Histogram& other) noexcept {
+    for (std::size_t i = 0; i < literal.size(); ++i)
+        literal[i] += other.literal[i];
+    for (std::size_t i = 0; i < distance.size(); ++i)
+        distance[i] += other.distance[i];
+}
+
+BlockWriter::BlockWriter(const std::uint8_t* input, std::vector<std::uint8_t>& out)
+    : m_input(input), m_bits(out), m_literalCost(5 * literalCostUnit) {}
+
+void BlockWriter::endSegment() {
+    if (m_literals > 0) {
+        m_sequences.push_back({m_literals, 0, 0});
+        m_segmentBytes += m_literals;
+        m_literals = 0;
+    }
+    if (m_segmentSymbols == 0) return;
+    std::uint32_t literals = 0;
+    std::uint64_t bits = 0;
+    const unsigned all = logarithm(static_cast<std::uint32_t>(m_segmentSymbols));
+    for (std::size_t i = 0; i < endOfBlock; ++i) {
+        const std::uint32_t count = m_segment.literal[i];
+        if (count == 0) continue;
+        literals += count;
+        bits += std::uint64_t{count} * (all - logarithm(count));
+    }
+    if (literals > 0) {
+        const auto cost = static_cast<unsigned>(bits * literalCostUnit / costUnit / literals);
+        m_literalCost = std::max(literalCostUnit / 2, cost);
+    }
+
+    const std::uint64_t segmentCost = estimate(m_segment);
+    if (m_blockBytes > 0) {
+        Histogram together = m_block;
+        together.add(m_segment);
+        const std::uint64_t cost = estimate(together);
+        if (cost <= m_blockCost + segmentCost && m_sequences.size() < mostSequences && m_blockBytes < mostBytes) {
+            m_block = together;
+            m_blockCost = cost;
+        } else {
+            writeBlock(m_blockSequences, false);
+            m_blockBytes = 0;
+        }
+    }
+    if (m_blockBytes == 0) {
+        m_block = m_segment;
+        m_blockCost = segmentCost;
+    }
+    m_blockBytes += m_segmentBytes;
+    m_blockSequences = m_sequences.size();
+    m_segment = {};
+    m_segmentBytes = 0;
+    m_segmentSymbols = 0;
+}
+
+void BlockWriter::finish() {
+    endSegment();
+    writeBlock(m_blockSequences, true);
+    m_bits.alignToByte();
+    m_bits.finish();
+}
+
+void BlockWriter::storeAll(std::size_t bytes) {
+    store(bytes, true);
+    m_bits.finish();
+}
+
+void BlockWriter::store(std::size_t bytes, bool isLast) {
+    constexpr std::size_t largest = 65535;
+    m_bits.reserve(bytes * 8 + (bytes / largest + 2) * 48);
+    do {
+        const std::size_t count = std::min(bytes, largest);
+        bytes -= count;
+        m_bits.put(isLast && bytes == 0 ? 1 : 0, 3);
+        m_bits.alignToByte();
+        m_bits.put(count | (~count & 0xFFFFU) << 16, 32);
+        m_bits.flush();
+        m_bits.putBytes(m_input, count);
+        m_input += count;
+    } while (bytes > 0);
+}
+
+void BlockWriter::writeBlock(std::size_t sequences, bool isLast) {
+    LiteralLengths literals{};
+    DistanceLengths distances{};
+    m_block.literal[endOfBlock] = 1;
+    makeCodeLengths(m_block.literal, longestLiteralCode, std::span(literals).first(literalSymbols));
+    makeCodeLengths(m_block.distance, longestDistanceCode, distances);
+    m_block.literal[endOfBlock] = 0;
+    const DynamicHead head(literals, distances);
+    const std::uint64_t dynamicBits = head.bits() + sizeOf(m_block, literals, distances);
+    const std::uint64_t fixedBits = sizeOf(m_block, fixedLiteralLengths, fixedDistanceLengths);
+    const std::uint64_t storedBits = m_blockBytes * 8 + (m_blockBytes / 65535 + 1) * 40;
+    const std::uint64_t codedBits = std::min(dynamicBits, fixedBits);
+    if (storedBits < codedBits) {
+        store(m_blockBytes, isLast);
+    } else {
+        m_bits.reserve(static_cast<std::size_t>(codedBits) + 3);
+        const bool isFixed = fixedBits <= dynamicBits;
+        m_bits.put((isLast ? 1U : 0U) | (isFixed ? 2U : 4U), 3);
+        if (isFixed) {
+            putSequences(sequences, fixedLiteralLengths, fixedDistanceLengths);
+        } else {
+            head.write(m_bits);
+            putSequences(sequences, literals, distances);
+        }
+        m_input += m_blockBytes;
+    }
+    m_sequences.erase(m_sequences.begin(), m_sequences.begin() + static_cast<std::ptrdiff_t>(sequences));
+}
+
+void BlockWriter::putSequences(std::size_t count, const LiteralLengths& literalLengths,
+                               const DistanceLengths& distanceLengths) {
+    std::array<std::uint16_t, literalSymbols + 2> literalCodes;
+    std::array<std::uint16_t, distanceSymbols> distanceCodes;
+    makeCodes(literalLengths, literalCodes);
+    makeCodes(distanceLengths, distanceCodes);
+    // Lengths with their extra bits.
+    struct LengthCode {
+        std::uint32_t bits;
+        std::uint32_t count;
+    };
+    std::array<LengthCode, longestMatch + 1> lengthCodes;
+    for (std::size_t length = shortestMatch; length <= longestMatch; ++length) {
+        const std::size_t i = lengthSymbolOf[length];
+        const std::size_t symbol = endOfBlock + 1 + i;
+        const unsigned bits = literalLengths[symbol];
+        lengthCodes[length] = {literalCodes[symbol] | static_cast<std::uint32_t>(length - lengthExtra[i].base) << bits,
+                               bits + lengthExtra[i].bits};
+    }
+
+    BitWriter bits = m_bits; // in registers
+    const std::uint8_t* in = m_input;
+    const auto putLiteral = [&](std::uint8_t byte) { bits.put(literalCodes[byte], literalLengths[byte]); };
+    for (std::size_t i = 0; i < count; ++i) {
+        const Sequence sequence = m_sequences[i];
+        std::uint32_t literals = sequence.literals;
+        for (; literals >= 4; literals -= 4, in += 4) {
+            putLiteral(in[0]);
+            putLiteral(in[1]);
+            putLiteral(in[2]);
+            putLiteral(in[3]);
+            bits.flush();
+        }
+        for (; literals > 0; --literals)
+            putLiteral(*in++);
+        bits.flush();
+        if (sequence.length == 0) continue;
+        const LengthCode length = lengthCodes[sequence.length];
+        bits.put(length.bits, length.count);
+        const std::size_t distance = sequence.distance + std::size_t{1};
+        const std::size_t symbol = distanceSymbolOf(distance);
+        const ExtraBits extra = distanceExtra[symbol];
+        bits.put(distanceCodes[symbol] | (distance - extra.base) << distanceLengths[symbol],
+                 distanceLengths[symbol] + unsigned{extra.bits});
+        bits.flush();
+        in += sequence.length;
+    }
+    bits.put(literalCodes[endOfBlock], literalLengths[endOfBlock]);
+    bits.flush();
+    m_bits.takePosition(bits);
+}
+
+} // namespace pixkit::deflate

@@ -1,0 +1,82 @@
+// Blocks of a DEFLATE stream (RFC 1951, 3.2.3): which symbols go into one block, and how it is stored.
+#pragma once
+#include "coding/deflate/BitWriter.h"
+#include "coding/deflate/Symbols.h"
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace pixkit::deflate {
+
+// So many literals, which stand in the input, and then a copy. Without one the length is 0.
+struct Sequence {
+    std::uint32_t literals;
+    std::uint16_t length;
+    std::uint16_t distance; // less 1
+};
+
+struct Histogram {
+    std::array<std::uint32_t, literalSymbols> literal{}; // literals and lengths; the end of the block is not counted
+    std::array<std::uint32_t, distanceSymbols> distance{};
+
+    void add(const Histogram& other) noexcept;
+};
+
+constexpr unsigned literalCostUnit = 16;
+
+// Takes the symbols of a stream in order and writes them in blocks. Symbols come in segments of a few thousand; a block
+// is as many segments as are cheaper together than apart.
+class BlockWriter {
+  public:
+    // `input` are all the bytes of the stream, from its beginning.
+    BlockWriter(const std::uint8_t* input, std::vector<std::uint8_t>& out);
+
+    void literal(std::uint8_t byte) noexcept {
+        ++m_segment.literal[byte];
+        ++m_literals;
+        ++m_segmentSymbols;
+    }
+    void match(std::size_t length, std::size_t distance) {
+        ++m_segment.literal[endOfBlock + 1 + lengthSymbolOf[length]];
+        ++m_segment.distance[distanceSymbolOf(distance)];
+        ++m_segmentSymbols;
+        m_sequences.push_back(
+            {m_literals, static_cast<std::uint16_t>(length), static_cast<std::uint16_t>(distance - 1)});
+        m_segmentBytes += m_literals + length;
+        m_literals = 0;
+    }
+    bool isSegmentFull() const noexcept { return m_segmentSymbols >= symbolsPerSegment; }
+    void endSegment();
+    // What a literal of the last segment took, in units of a literalCostUnit-th of a bit.
+    unsigned literalCost() const noexcept { return m_literalCost; }
+    // Writes what is left and closes the stream.
+    void finish();
+
+    // Instead of all that: the whole stream as it is.
+    void storeAll(std::size_t bytes);
+
+  private:
+    static constexpr std::size_t symbolsPerSegment = 6000;
+    static constexpr std::size_t mostSequences = 1U << 17; // in a block, for the sake of memory
+    static constexpr std::size_t mostBytes = 1U << 22;     // so that counts fit where codes are made
+
+    void store(std::size_t bytes, bool isLast);
+    void writeBlock(std::size_t sequences, bool isLast);
+    void putSequences(std::size_t count, const std::array<std::uint8_t, literalSymbols + 2>& literalLengths,
+                      const std::array<std::uint8_t, distanceSymbols>& distanceLengths);
+
+    const std::uint8_t* m_input; // of the block
+    BitWriter m_bits;
+    std::vector<Sequence> m_sequences; // of the block, then of the segment
+    std::size_t m_blockSequences = 0;
+    std::size_t m_blockBytes = 0;
+    std::size_t m_segmentBytes = 0;
+    std::size_t m_segmentSymbols = 0;
+    std::uint32_t m_literals = 0; // since the last sequence
+    unsigned m_literalCost;
+    std::uint64_t m_blockCost = 0; // estimated
+    Histogram m_block, m_segment;
+};
+
+} // namespace pixkit::deflate

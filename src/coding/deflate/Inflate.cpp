@@ -1,0 +1,339 @@
+#include "coding/deflate/Inflate.h"
+
+#include "coding/deflate/BitReader.h"
+#include "coding/deflate/HuffmanTable.h"
+#include "coding/deflate/MatchCopy.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace pixkit::deflate {
+namespace {
+
+constexpr bool narrow = BitReader::wordBits < 64;
+// Literals (or pairs of them) that the fast loop decodes between two refills. In a wide word, after all but one of them
+// and a length with its extra bits (20 bits), the index of a distance must still be there.
+constexpr unsigned literalsPerRound = narrow ? 1 : 3;
+static_assert(narrow || (literalsPerRound - 1) * literalTableBits + 20 + distanceTableBits <= BitReader::refilled);
+// Pairing literals costs time once per block, so that it pays only with so much data (bytes) to come.
+constexpr std::size_t pairingPays = 8192;
+
+// Takes the extra bits of a length or distance, which stand behind its code, and drops both.
+inline std::size_t takeExtra(BitReader& reader, Entry entry) noexcept {
+    const BitReader::Word bits = reader.peek() & ((BitReader::Word{1} << dropBits(entry)) - 1);
+    reader.drop(dropBits(entry));
+    return static_cast<std::size_t>(bits >> codeBits(entry));
+}
+
+// The same for a distance. A narrow word does not hold the 28 bits that it may have, so it is refilled in between.
+inline std::size_t takeDistanceExtra(BitReader& reader, Entry entry) noexcept {
+    if constexpr (!narrow) return takeExtra(reader, entry);
+    reader.drop(codeBits(entry));
+    reader.refillFast();
+    return takeExtra(reader, entry - codeBits(entry) * 0x101);
+}
+
+// The entry that a link leads to.
+template <typename Table>
+inline Entry follow(const Table& table, Entry link, BitReader& reader) noexcept {
+    reader.drop(dropBits(link));
+    return table.entries[baseOf(link) + (reader.peek() & ((1u << codeBits(link)) - 1))];
+}
+
+// Takes a literal, or the pair of them that shares the entry.
+inline void putLiterals(std::uint8_t*& out, Entry entry, BitReader& reader) noexcept {
+    const auto both = static_cast<std::uint16_t>(baseOf(entry));
+    std::memcpy(out, &both, 2);
+    out += 1 + (entry / pairFlag & 1);
+    reader.drop(dropBits(entry));
+}
+
+// Takes the distance behind a length, `mask` being that of the table's index; false for a code that is no distance.
+inline bool takeDistance(const DistanceTable& table, std::size_t mask, BitReader& reader,
+                         std::size_t& distance) noexcept {
+    if constexpr (narrow) reader.refillFast();
+    Entry entry = table.entries[reader.peek() & mask];
+    if constexpr (!narrow) reader.refillFast();
+    if (isLink(entry)) entry = follow(table, entry, reader);
+    distance = baseOf(entry) + takeDistanceExtra(reader, entry);
+    return !isSpecial(entry);
+}
+
+enum class Step : std::uint8_t {
+    goOn,
+    blockEnded,
+    outputFull,
+    inputEnded,
+    damaged,
+};
+
+class Inflater {
+  public:
+    Inflater(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept
+        : m_reader(input, bytes), m_out(output), m_begin(output), m_end(output + capacity) {}
+
+    Result run() noexcept;
+
+  private:
+    Step block(bool& isLast) noexcept;
+    Step storedBlock() noexcept;
+    Step readCodes() noexcept;
+    Step readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengths, unsigned count) noexcept;
+    Step useFixedCodes() noexcept;
+    Step compressedBlock() noexcept;
+    // Apart from the rest, so that the compiler gives its loop all registers.
+    [[gnu::noinline]] Step decodeFast() noexcept;
+    Step decodeSymbol() noexcept;
+    template <typename Table>
+    Step decodeEntry(const Table& table, Entry& entry) noexcept;
+
+    std::size_t written() const noexcept { return static_cast<std::size_t>(m_out - m_begin); }
+    std::size_t room() const noexcept { return static_cast<std::size_t>(m_end - m_out); }
+
+    BitReader m_reader;
+    std::uint8_t* m_out;
+    std::uint8_t* const m_begin;
+    std::uint8_t* const m_end;
+    bool m_codesAreFixed = false; // the tables hold the fixed codes
+    LiteralTable m_literals;
+    DistanceTable m_distances;
+};
+
+Result Inflater::run() noexcept {
+    Step step = Step::goOn;
+    for (bool isLast = false; !isLast;) {
+        step = block(isLast);
+        if (step != Step::blockEnded) break;
+    }
+    const std::size_t bytes = written();
+    if (step == Step::blockEnded) return {Outcome::complete, bytes};
+    // Full output is full output: nothing that stands behind the last byte that fits can spoil it.
+    if (m_out == m_end) return {Outcome::outputFull, bytes};
+    return {step == Step::inputEnded ? Outcome::inputEnded : Outcome::damaged, bytes};
+}
+
+Step Inflater::block(bool& isLast) noexcept {
+    unsigned header;
+    if (!m_reader.take(3, header)) return Step::inputEnded;
+    isLast = (header & 1) != 0;
+    const unsigned type = header >> 1;
+    if (type == 0) return storedBlock();
+    if (type == 3) return Step::damaged;
+    const Step step = type == 1 ? useFixedCodes() : readCodes();
+    return step == Step::goOn ? compressedBlock() : step;
+}
+
+Step Inflater::storedBlock() noexcept {
+    m_reader.alignToByte();
+    if (m_reader.bytesLeft() < 4) return Step::inputEnded;
+    const unsigned length = loadWord<std::uint16_t>(m_reader.bytes());
+    const unsigned complement = loadWord<std::uint16_t>(m_reader.bytes() + 2);
+    if ((length ^ complement) != 0xffff) return Step::damaged;
+    m_reader.skipBytes(4);
+
+    const std::size_t bytes = std::min({std::size_t{length}, m_reader.bytesLeft(), room()});
+    if (bytes != 0) std::memcpy(m_out, m_reader.bytes(), bytes);
+    m_out += bytes;
+    m_reader.skipBytes(bytes);
+    if (bytes == length) return Step::blockEnded;
+    return m_out == m_end ? Step::outputFull : Step::inputEnded;
+}
+
+Step Inflater::useFixedCodes() noexcept {
+    if (m_codesAreFixed) return Step::goOn;
+    m_codesAreFixed = true;
+    std::uint8_t lengths[literalSymbols]; // RFC 1951, 3.2.6
+    std::memset(lengths, 8, 144);
+    std::memset(lengths + 144, 9, 112);
+    std::memset(lengths + 256, 7, 24);
+    std::memset(lengths + 280, 8, 8);
+    build(m_literals, lengths, literalSymbols);
+    std::memset(lengths, 5, distanceSymbols);
+    build(m_distances, lengths, distanceSymbols);
+    return Step::goOn;
+}
+
+// The head of a block with codes of its own (RFC 1951, 3.2.7).
+Step Inflater::readCodes() noexcept {
+    m_codesAreFixed = false;
+    unsigned counts;
+    if (!m_reader.take(14, counts)) return Step::inputEnded;
+    const unsigned literalCount = (counts & 31) + 257, distanceCount = (counts >> 5 & 31) + 1;
+    const unsigned codeLengthCount = (counts >> 10) + 4;
+    if (literalCount > 286 || distanceCount > 30) return Step::damaged;
+
+    static constexpr std::uint8_t order[codeLengthSymbols] = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
+                                                              11, 4,  12, 3, 13, 2, 14, 1, 15};
+    std::uint8_t codeLengthLengths[codeLengthSymbols] = {};
+    for (unsigned i = 0; i < codeLengthCount; ++i) {
+        unsigned length;
+        if (!m_reader.take(3, length)) return Step::inputEnded;
+        codeLengthLengths[order[i]] = static_cast<std::uint8_t>(length);
+    }
+    CodeLengthTable codeLengths;
+    if (!build(codeLengths, codeLengthLengths)) return Step::damaged;
+
+    std::uint8_t lengths[286 + 30];
+    const Step step = readCodeLengths(codeLengths, lengths, literalCount + distanceCount);
+    if (step != Step::goOn) return step;
+    if (lengths[256] == 0) return Step::damaged; // the block could not end
+    if (!build(m_literals, lengths, literalCount)) return Step::damaged;
+    if (!build(m_distances, lengths + literalCount, distanceCount)) return Step::damaged;
+    if (m_reader.bytesLeft() >= pairingPays) pairLiterals(m_literals);
+    return Step::goOn;
+}
+
+Step Inflater::readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengths, unsigned count) noexcept {
+    for (unsigned have = 0; have < count;) {
+        Entry entry;
+        const Step step = decodeEntry(table, entry);
+        if (step != Step::goOn) return step;
+        const unsigned symbol = baseOf(entry);
+        if (symbol < 16) {
+            lengths[have++] = static_cast<std::uint8_t>(symbol);
+            continue;
+        }
+        // 16: the length before, 3 to 6 times. 17: zero, 3 to 10 times. 18: zero, 11 to 138 times.
+        unsigned repeat;
+        if (!m_reader.take(symbol == 16 ? 2 : symbol == 17 ? 3 : 7, repeat)) return Step::inputEnded;
+        repeat += symbol == 18 ? 11 : 3;
+        if (symbol == 16 && have == 0) return Step::damaged;
+        if (repeat > count - have) return Step::damaged;
+        std::memset(lengths + have, symbol == 16 ? lengths[have - 1] : 0, repeat);
+        have += repeat;
+    }
+    return Step::goOn;
+}
+
+Step Inflater::compressedBlock() noexcept {
+    Step step = decodeFast();
+    while (step == Step::goOn)
+        step = decodeSymbol();
+    return step;
+}
+
+// Decodes while a round can neither run out of data nor out of room; goOn means that the margins are used up.
+Step Inflater::decodeFast() noexcept {
+    // A round refills three times at most, and puts out its literals and one match.
+    constexpr std::size_t inputMargin = 4 * sizeof(BitReader::Word);
+    constexpr std::size_t outputMargin = 2 * literalsPerRound + longestMatch + copyOverrun;
+    if (m_reader.bytesLeft() < inputMargin || room() < outputMargin) return Step::goOn;
+
+    // Copies, because a byte stored through `out` could change the members for all the compiler knows.
+    BitReader reader = m_reader;
+    std::uint8_t* out = m_out;
+    const std::uint8_t* const begin = m_begin;
+    const std::uint8_t* const lastStart = m_end - outputMargin;
+    const std::size_t literalMask = (std::size_t{1} << m_literals.bits) - 1;
+    const std::size_t distanceMask = (std::size_t{1} << m_distances.bits) - 1;
+
+    // Wherever enough bits are left, a look-up comes before the refill: it need not wait for it.
+    reader.refillFast();
+    Entry entry = m_literals.entries[reader.peek() & literalMask];
+    do {
+        unsigned literals = literalsPerRound;
+        for (; literals != 0 && isLiteral(entry); --literals) {
+            putLiterals(out, entry, reader);
+            entry = m_literals.entries[reader.peek() & literalMask];
+        }
+        if (literals == 0) {
+            reader.refillFast();
+            continue;
+        }
+        if (isSpecial(entry)) [[unlikely]] {
+            if (isLink(entry)) entry = follow(m_literals, entry, reader);
+            if (isLiteral(entry)) {
+                putLiterals(out, entry, reader);
+                reader.refillFast();
+                entry = m_literals.entries[reader.peek() & literalMask];
+                continue;
+            }
+            if (isSpecial(entry)) {
+                reader.drop(dropBits(entry));
+                m_reader = reader;
+                m_out = out;
+                return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
+            }
+        }
+        const std::size_t length = baseOf(entry) + takeExtra(reader, entry);
+        std::size_t distance;
+        if (!takeDistance(m_distances, distanceMask, reader, distance) ||
+            distance > static_cast<std::size_t>(out - begin)) {
+            m_out = out;
+            return Step::damaged;
+        }
+
+        if constexpr (narrow) reader.refillFast();
+        entry = m_literals.entries[reader.peek() & literalMask];
+        if constexpr (!narrow) reader.refillFast();
+        copyWide(out, distance, length);
+        out += length;
+    } while (reader.bytesLeft() >= inputMargin && out <= lastStart);
+
+    m_reader = reader;
+    m_out = out;
+    return Step::goOn;
+}
+
+// Finds the entry of the next code; goOn when the code is there as a whole. Drops the code, not its extra bits.
+template <typename Table>
+Step Inflater::decodeEntry(const Table& table, Entry& entry) noexcept {
+    m_reader.refill();
+    entry = table.entries[m_reader.peek() & ((1u << table.bits) - 1)];
+    if (isLink(entry)) {
+        if (m_reader.count() < dropBits(entry)) return Step::inputEnded;
+        entry = follow(table, entry, m_reader);
+    }
+    if (m_reader.count() < codeBits(entry)) return Step::inputEnded;
+    m_reader.drop(codeBits(entry));
+    return Step::goOn;
+}
+
+// One literal or match, with every check: for the ends of the data and of the output.
+Step Inflater::decodeSymbol() noexcept {
+    Entry entry;
+    Step step = decodeEntry(m_literals, entry);
+    if (step != Step::goOn) return step;
+    if (isSpecial(entry)) return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
+    if (isLiteral(entry)) {
+        if (m_out == m_end) return Step::outputFull;
+        *m_out++ = static_cast<std::uint8_t>(baseOf(entry)); // the first one, where the entry is a pair
+        return Step::goOn;
+    }
+    unsigned extra;
+    if (!m_reader.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
+    const std::size_t length = baseOf(entry) + extra;
+
+    step = decodeEntry(m_distances, entry);
+    if (step != Step::goOn) return step;
+    if (isSpecial(entry)) return Step::damaged;
+    if (!m_reader.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
+    const std::size_t distance = baseOf(entry) + extra;
+    if (distance > written()) return Step::damaged;
+
+    const std::size_t bytes = std::min(length, room());
+    if (room() >= length + copyOverrun)
+        copyWide(m_out, distance, bytes);
+    else
+        copyBytes(m_out, distance, bytes);
+    m_out += bytes;
+    return bytes == length ? Step::goOn : Step::outputFull;
+}
+
+} // namespace
+
+Result inflate(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept {
+    Inflater inflater(output, capacity, input, bytes);
+    return inflater.run();
+}
+
+Result inflateZlib(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept {
+    if (bytes < 2) return {Outcome::inputEnded, 0};
+    const unsigned method = input[0] & 15u, window = input[0] >> 4, flags = input[1];
+    const bool hasDictionary = (flags & 0x20) != 0;
+    if ((input[0] * 256u + flags) % 31 != 0 || method != 8 || window > 7 || hasDictionary) return {Outcome::damaged, 0};
+    // The declared window is not held against the stream: distances may go further back.
+    return inflate(output, capacity, input + 2, bytes - 2);
+}
+
+} // namespace pixkit::deflate

@@ -1,0 +1,137 @@
+// Finds earlier copies of the bytes at a position, by hashes of four bytes.
+#pragma once
+#include "coding/deflate/Symbols.h"
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+
+namespace pixkit::deflate {
+
+inline std::uint32_t load32(const std::uint8_t* p) noexcept {
+    std::uint32_t value;
+    std::memcpy(&value, p, sizeof value);
+    return value;
+}
+inline std::uint64_t load64(const std::uint8_t* p) noexcept {
+    std::uint64_t value;
+    std::memcpy(&value, p, sizeof value);
+    return value;
+}
+
+// Of four bytes, which must not be hashed in the machine's order of bytes: chains decide what is found.
+template <unsigned bits>
+std::uint32_t hashOf(const std::uint8_t* p) noexcept {
+    std::uint32_t value = load32(p);
+    if constexpr (std::endian::native == std::endian::big)
+        value = value >> 24 | (value >> 8 & 0xFF00) | (value << 8 & 0xFF0000) | value << 24;
+    return value * 0x9E3779B1U >> (32 - bits);
+}
+
+// How many bytes two places have in common, at most `limit`.
+inline std::size_t commonLength(const std::uint8_t* a, const std::uint8_t* b, std::size_t limit) noexcept {
+    std::size_t length = 0;
+    for (; limit - length >= 8; length += 8) {
+        const std::uint64_t difference = load64(a + length) ^ load64(b + length);
+        if (difference == 0) continue;
+        if constexpr (std::endian::native == std::endian::little)
+            return length + static_cast<std::size_t>(std::countr_zero(difference)) / 8;
+        else
+            return length + static_cast<std::size_t>(std::countl_zero(difference)) / 8;
+    }
+    while (length < limit && a[length] == b[length])
+        ++length;
+    return length;
+}
+
+struct Match {
+    std::size_t length = 0; // 0: none
+    std::size_t distance = 0;
+};
+
+constexpr std::size_t hashedBytes = 4;
+
+// Chains of all places with one hash, the latest first. Positions are those in the input plus one window, so that a
+// table full of zeros means places too far away.
+class ChainFinder {
+  public:
+    explicit ChainFinder(const std::uint8_t* input) : m_input(input), m_tables(std::make_unique<Tables>()) {}
+
+    // The longest earlier copy of the bytes at `position`, longer than `shorter`, after looking at `depth` places; one
+    // of `nice` bytes is good enough. At least 8 bytes, of which `limit` may be copied, must be there. Notes the
+    // position.
+    Match find(std::size_t position, std::size_t limit, std::size_t shorter, unsigned depth,
+               std::size_t nice) noexcept {
+        const std::uint8_t* const here = m_input + position;
+        const auto at = static_cast<std::uint32_t>(position + windowSize);
+        std::uint32_t& head = m_tables->head[hashOf<hashBits>(here)];
+        std::uint32_t place = head;
+        head = at;
+        m_tables->previous[position % windowSize] = place;
+        Match best;
+        const std::uint32_t first = load32(here);
+        std::size_t longest = std::max(shorter, hashedBytes - 1);
+        if (longest >= limit) return best;
+        std::uint32_t last = load32(here + longest - 3);
+        for (; at - place < windowSize && depth > 0; --depth) {
+            const std::uint8_t* const there = here - (at - place);
+            if (load32(there + longest - 3) == last && load32(there) == first) {
+                const std::size_t length = commonLength(here, there, limit);
+                if (length > longest) {
+                    best = {length, at - place};
+                    longest = length;
+                    if (length >= nice || length >= limit) break;
+                    last = load32(here + longest - 3);
+                }
+            }
+            place = m_tables->previous[place % windowSize];
+        }
+        return best;
+    }
+
+    void note(std::size_t position) noexcept {
+        std::uint32_t& head = m_tables->head[hashOf<hashBits>(m_input + position)];
+        m_tables->previous[position % windowSize] = head;
+        head = static_cast<std::uint32_t>(position + windowSize);
+    }
+
+  private:
+    static constexpr unsigned hashBits = 15;
+    struct Tables {
+        std::array<std::uint32_t, 1U << hashBits> head{};
+        std::array<std::uint32_t, windowSize> previous{};
+    };
+    const std::uint8_t* m_input;
+    std::unique_ptr<Tables> m_tables;
+};
+
+// The latest place of each hash alone.
+class LatestFinder {
+  public:
+    explicit LatestFinder(const std::uint8_t* input) : m_input(input), m_latest(std::make_unique<Table>()) {}
+
+    Match find(std::size_t position, std::size_t limit) noexcept {
+        const std::uint8_t* const here = m_input + position;
+        const auto at = static_cast<std::uint32_t>(position + windowSize);
+        std::uint32_t& latest = (*m_latest)[hashOf<hashBits>(here)];
+        const std::uint32_t distance = at - latest;
+        latest = at;
+        if (distance >= windowSize || load32(here) != load32(here - distance)) return {};
+        return {hashedBytes + commonLength(here + hashedBytes, here + hashedBytes - distance, limit - hashedBytes),
+                distance};
+    }
+    void note(std::size_t position) noexcept {
+        (*m_latest)[hashOf<hashBits>(m_input + position)] = static_cast<std::uint32_t>(position + windowSize);
+    }
+
+  private:
+    static constexpr unsigned hashBits = 14;
+    using Table = std::array<std::uint32_t, 1U << hashBits>;
+    const std::uint8_t* m_input;
+    std::unique_ptr<Table> m_latest;
+};
+
+} // namespace pixkit::deflate

@@ -1,0 +1,185 @@
+#include "coding/lzw/LzwEncoder.h"
+#include <algorithm>
+#include <array>
+#include <memory>
+
+namespace pixkit {
+
+namespace {
+
+constexpr unsigned longestCode = 12;
+constexpr unsigned mostCodes = 1U << longestCode;
+
+// The strings that have a code: a code for the string without its last index, and that index, lead to the code for the
+// whole.
+class Dictionary {
+  public:
+    static constexpr unsigned none = 0xFFFFFFFF;
+
+    void clear() noexcept { m_slots.fill(none); }
+
+    unsigned find(unsigned prefix, unsigned index) const noexcept {
+        const std::uint32_t key = prefix << 8 | index;
+        for (std::size_t slot = first(key); m_slots[slot] != none; slot = (slot + 1) % slots) {
+            if (m_slots[slot] >> longestCode == key) return m_slots[slot] & (mostCodes - 1);
+        }
+        return none;
+    }
+    // A string that is not there yet.
+    void add(unsigned prefix, unsigned index, unsigned code) noexcept {
+        const std::uint32_t key = prefix << 8 | index;
+        std::size_t slot = first(key);
+        while (m_slots[slot] != none)
+            slot = (slot + 1) % slots;
+        m_slots[slot] = key << longestCode | code;
+    }
+
+  private:
+    static constexpr std::size_t slots = 8192; // twice the most entries
+    static std::size_t first(std::uint32_t key) noexcept { return key * 0x9E3779B1U >> 19; }
+
+    // 20 bits of key, 12 of code. Never all ones: no string has a code that its own prefix has.
+    std::array<std::uint32_t, slots> m_slots;
+};
+
+struct CodeWriter {
+    std::vector<std::uint8_t>& out;
+    std::uint32_t bits = 0;
+    unsigned count = 0;
+
+    void put(unsigned code, unsigned size) {
+        bits |= code << count;
+        for (count += size; count >= 8; count -= 8, bits >>= 8)
+            out.push_back(static_cast<std::uint8_t>(bits));
+    }
+    void finish() {
+        if (count > 0) out.push_back(static_cast<std::uint8_t>(bits));
+    }
+};
+
+class Compressor {
+  public:
+    Compressor(std::span<const std::uint8_t> indexes, unsigned depth, std::vector<std::uint8_t>& out)
+        : m_indexes(indexes), m_depth(depth), m_writer{out} {}
+    void run();
+
+  private:
+    // A stretch of indexes as codes, and what they cost.
+    struct Stretch {
+        std::vector<std::uint16_t> codes;
+        std::size_t end = 0; // behind its last index
+        std::uint64_t bits = 0;
+    };
+
+    unsigned clearCode() const noexcept { return 1U << m_depth; }
+    void codeAfresh(std::size_t from, Dictionary& dictionary, Stretch& stretch) const;
+    // The code of the longest string at `at` that the dictionary has; moves `at` behind it.
+    unsigned longestString(const Dictionary& dictionary, std::size_t& at) const {
+        unsigned code = m_indexes[at++];
+        while (at < m_indexes.size()) {
+            const unsigned longer = dictionary.find(code, m_indexes[at]);
+            if (longer == Dictionary::none) break;
+            code = longer;
+            ++at;
+        }
+        return code;
+    }
+    bool codeOn(std::size_t from, const Dictionary& dictionary, const Stretch& rival, Stretch& stretch) const;
+    void writeAfresh(const Stretch& stretch);
+
+    std::span<const std::uint8_t> m_indexes;
+    unsigned m_depth;
+    CodeWriter m_writer;
+    unsigned m_size = 0; // of the next code
+};
+
+// Codes from a clear code on, until the dictionary is full or the indexes end.
+void Compressor::codeAfresh(std::size_t from, Dictionary& dictionary, Stretch& stretch) const {
+    dictionary.clear();
+    stretch.codes.clear();
+    unsigned size = m_depth + 1;
+    stretch.bits = size; // the clear code
+    unsigned next = clearCode() + 2;
+    std::size_t at = from;
+    while (at < m_indexes.size() && next < mostCodes) {
+        const unsigned code = longestString(dictionary, at);
+        stretch.codes.push_back(static_cast<std::uint16_t>(code));
+        stretch.bits += size;
+        if (at < m_indexes.size()) dictionary.add(code, m_indexes[at], next);
+        if (next == 1U << size) ++size;
+        ++next;
+    }
+    stretch.end = at;
+}
+
+// Codes with a full dictionary up to where the rival ended. False as soon as that is known to be dearer for its length.
+bool Compressor::codeOn(std::size_t from, const Dictionary& dictionary, const Stretch& rival, Stretch& stretch) const {
+    stretch.codes.clear();
+    stretch.bits = 0;
+    std::size_t at = from;
+    while (at < rival.end) {
+        const unsigned code = longestString(dictionary, at);
+        stretch.codes.push_back(static_cast<std::uint16_t>(code));
+        stretch.bits += longestCode;
+        if (stretch.bits > rival.bits + longestCode) return false;
+    }
+    stretch.end = at;
+    return stretch.bits * (rival.end - from) <= rival.bits * (at - from);
+}
+
+void Compressor::writeAfresh(const Stretch& stretch) {
+    m_writer.put(clearCode(), m_size);
+    m_size = m_depth + 1;
+    unsigned next = clearCode() + 2;
+    for (const unsigned code : stretch.codes) {
+        m_writer.put(code, m_size);
+        // The reader makes an entry for every code but the first, one code later than the writer.
+        if (next == 1U << m_size && m_size < longestCode) ++m_size;
+        ++next;
+    }
+}
+
+// At every point where the dictionary is full two ways are tried: to go on with it as it is, or to begin a new one.
+// What is cheaper up to where the new one would be full again is written.
+void Compressor::run() {
+    auto current = std::make_unique<Dictionary>(), fresh = std::make_unique<Dictionary>();
+    Stretch afresh, onward;
+    m_size = m_depth + 1;
+    codeAfresh(0, *current, afresh);
+    writeAfresh(afresh);
+    for (std::size_t at = afresh.end; at < m_indexes.size();) {
+        codeAfresh(at, *fresh, afresh);
+        if (codeOn(at, *current, afresh, onward)) {
+            for (const unsigned code : onward.codes)
+                m_writer.put(code, longestCode);
+            at = onward.end;
+        } else {
+            writeAfresh(afresh);
+            at = afresh.end;
+            std::swap(current, fresh);
+        }
+    }
+    m_writer.put(clearCode() + 1, m_size); // the end
+    m_writer.finish();
+}
+
+} // namespace
+
+void gifCompress(std::span<const std::uint8_t> indexes, unsigned depth, std::vector<std::uint8_t>& out) {
+    depth = std::max(depth, 2U); // the format has no codes of two bits
+    std::vector<std::uint8_t> codes;
+    codes.reserve(indexes.size() / 2);
+    Compressor(indexes, depth, codes).run();
+    out.reserve(out.size() + codes.size() + codes.size() / 255 + 3);
+    out.push_back(static_cast<std::uint8_t>(depth));
+    for (std::size_t at = 0; at < codes.size();) {
+        const std::size_t length = std::min<std::size_t>(255, codes.size() - at);
+        out.push_back(static_cast<std::uint8_t>(length));
+        out.insert(out.end(), codes.begin() + static_cast<std::ptrdiff_t>(at),
+                   codes.begin() + static_cast<std::ptrdiff_t>(at + length));
+        at += length;
+    }
+    out.push_back(0);
+}
+
+} // namespace pixkit

@@ -1,0 +1,164 @@
+// JPEG files (ITU-T T.81) through the TurboJPEG interface of libjpeg-turbo, borrowed at run time.
+#include "platform/gdi.h"
+#include "platform/libraries.h"
+#include "platform/portable/gdi/GdiObjects.h"
+#include "platform/portable/pictures/BitmapPicture.h"
+#include "platform/portable/pictures/loaders.h"
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+namespace pixkit::platform {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// The functions and constants that are used of the TurboJPEG interface, version 2 of libjpeg-turbo.
+class TurboJpeg {
+  public:
+    enum PixelFormat : int { formatBgra = 8, formatCmyk = 11 };
+
+    TurboJpeg() noexcept : m_library(LoadLibraryA("libturbojpeg.so.0")) {
+        find(m_initDecompress, "tjInitDecompress");
+        find(m_decompress2, "tjDecompress2");
+        find(m_getErrorCode, "tjGetErrorCode");
+        find(m_destroy, "tjDestroy");
+    }
+
+    explicit operator bool() const noexcept { return m_found == 4; }
+
+    // Rows bottom-up, 4 bytes a pixel. True also where the data was damaged or ended early, as long as the decoder went
+    // through to the last row.
+    bool decompress(Bytes bytes, std::uint8_t* pixels, int width, int height, PixelFormat format) const {
+        const Outcome outcome = decompressOnce(bytes, pixels, width, height, format);
+        if (outcome != Outcome::warned) return outcome == Outcome::done;
+        // After a warning the library calls its giving up a warning too. The row decoded last, which lies first, shows
+        // whether it did: then it keeps what is put there.
+        const std::span lastRow(pixels, static_cast<std::size_t>(width) * 4);
+        std::vector<std::uint8_t> other(lastRow.begin(), lastRow.end());
+        for (std::uint8_t& byte : other)
+            byte ^= 0xFF;
+        std::ranges::copy(other, lastRow.begin());
+        decompressOnce(bytes, pixels, width, height, format);
+        return !std::ranges::equal(lastRow, other);
+    }
+
+  private:
+    enum class Outcome { done, warned, failed };
+
+    Outcome decompressOnce(Bytes bytes, std::uint8_t* pixels, int width, int height,
+                           PixelFormat format) const noexcept {
+        constexpr int bottomUp = 2, accurateTransform = 4096, limitScans = 32768;
+        constexpr int warning = 0;
+        void* const decoder = m_initDecompress();
+        if (decoder == nullptr) return Outcome::failed;
+        const int failure = m_decompress2(decoder, bytes.data(), static_cast<unsigned long>(bytes.size()), pixels,
+                                          width, width * 4, height, format, bottomUp | accurateTransform | limitScans);
+        const bool warned = failure != 0 && m_getErrorCode(decoder) == warning;
+        m_destroy(decoder);
+        return failure == 0 ? Outcome::done : warned ? Outcome::warned : Outcome::failed;
+    }
+
+    template <class Function>
+    void find(Function*& function, const char* name) noexcept {
+        function = reinterpret_cast<Function*>(GetProcAddress(m_library.get(), name));
+        m_found += function != nullptr;
+    }
+
+    UniqueLibrary m_library;
+    int m_found = 0;
+    void* (*m_initDecompress)() = nullptr;
+    int (*m_decompress2)(void* decoder, const unsigned char* bytes, unsigned long size, unsigned char* pixels,
+                         int width, int rowBytes, int height, int format, int flags) = nullptr;
+    int (*m_getErrorCode)(void* decoder) = nullptr;
+    int (*m_destroy)(void* decoder) = nullptr;
+};
+
+struct JpegInfo {
+    std::int32_t width = 0, height = 0;
+    int components = 0;
+    bool arithmetic = false;
+    bool hasAdobeMarker = false; // its CMYK is stored inverted
+};
+
+// What the markers say up to the first scan; nothing when there is no frame header before that.
+std::optional<JpegInfo> readInfo(Bytes bytes) noexcept {
+    constexpr std::uint8_t dht = 0xC4, jpg = 0xC8, dac = 0xCC, rst0 = 0xD0, soi = 0xD8, sos = 0xDA, app14 = 0xEE;
+    if (bytes.size() < 4 || bytes[0] != 0xFF || bytes[1] != soi) return {};
+    std::optional<JpegInfo> info;
+    bool adobe = false;
+    for (std::size_t at = 2; bytes.size() - at >= 4;) {
+        if (bytes[at] != 0xFF) { // bytes between segments belong to nobody
+            ++at;
+            continue;
+        }
+        const std::uint8_t marker = bytes[at + 1];
+        if (marker == 0xFF || marker == 0 || marker == 1 || (marker >= rst0 && marker <= soi)) { // alone, or padding
+            at += marker == 0xFF ? 1 : 2;
+            continue;
+        }
+        const std::size_t length = std::size_t{bytes[at + 2]} << 8 | bytes[at + 3];
+        if (length < 2 || length > bytes.size() - at - 2) break;
+        const Bytes segment = bytes.subspan(at + 4, length - 2);
+        if (marker == sos) break;
+        if (marker == app14) adobe |= segment.size() >= 12 && std::equal(segment.begin(), segment.begin() + 5, "Adobe");
+        if (marker >= 0xC0 && marker <= 0xCF && marker != dht && marker != jpg && marker != dac && segment.size() >= 6)
+            info = {segment[3] << 8 | segment[4], segment[1] << 8 | segment[2], segment[5], marker > jpg};
+        at += 2 + length;
+    }
+    if (info) info->hasAdobeMarker = adobe;
+    return info;
+}
+
+// Whether the data can describe at least half of so many pixels, so that a header that lies takes no memory. Every
+// block of 64 takes at least a bit, in arithmetic coding a small part of one.
+bool canFill(const JpegInfo& info, std::size_t bytes) noexcept {
+    const std::uint64_t pixelsPerByte = info.arithmetic ? 16 * 1024 : 1024;
+    const auto pixels = static_cast<std::uint64_t>(info.width) * static_cast<std::uint64_t>(info.height);
+    return pixels != 0 && pixels <= pixelsPerByte * bytes;
+}
+
+// C, M, Y, K in place to B, G, R, A: a channel is what its ink and black let through.
+void fromCmyk(std::uint8_t* pixels, std::size_t count, bool inverted) noexcept {
+    const std::uint8_t flip = inverted ? 0 : 255; // inverted values say what is let through already
+    const auto through = [](unsigned color, unsigned black) { return static_cast<std::uint8_t>(color * black / 255); };
+    for (std::uint8_t* p = pixels; count != 0; --count, p += 4) {
+        const unsigned c = p[0] ^ flip, m = p[1] ^ flip, y = p[2] ^ flip, k = p[3] ^ flip;
+        p[0] = through(y, k);
+        p[1] = through(m, k);
+        p[2] = through(c, k);
+        p[3] = 255;
+    }
+}
+
+} // namespace
+
+std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes) {
+    const auto info = readInfo(bytes);
+    if (!info || !canFill(*info, bytes.size())) return nullptr;
+    const TurboJpeg library;
+    if (!library) return nullptr;
+    void* bits = nullptr;
+    const BitmapInfoHeader header{.biWidth = info->width, .biHeight = info->height};
+    UniqueHandle<&DeleteObject> bitmap(CreateDIBSection(0, header, &bits));
+    if (!bitmap) return nullptr;
+    auto* const pixels = static_cast<std::uint8_t*>(bits);
+    const bool isCmyk = info->components == 4;
+    if (!library.decompress(bytes, pixels, info->width, info->height,
+                            isCmyk ? TurboJpeg::formatCmyk : TurboJpeg::formatBgra))
+        return nullptr;
+    if (isCmyk) {
+        const auto count = static_cast<std::size_t>(info->width) * static_cast<std::size_t>(info->height);
+        fromCmyk(pixels, count, info->hasAdobeMarker);
+    }
+    auto picture = std::make_unique<BitmapPicture>(bitmap.get(), true);
+    bitmap.release();
+    return picture;
+}
+
+bool canLoadJpeg() noexcept {
+    return static_cast<bool>(TurboJpeg());
+}
+
+} // namespace pixkit::platform

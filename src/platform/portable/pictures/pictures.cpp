@@ -1,0 +1,38 @@
+#include "platform/pictures.h"
+#include "platform/faults.h"
+#include "platform/portable/pictures/BitmapPicture.h"
+#include "platform/portable/pictures/IconPicture.h"
+#include "platform/portable/pictures/loaders.h"
+#include <new>
+
+namespace pixkit::platform {
+
+std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) noexcept {
+    if (bytes.empty() || faultDue(SeamCall::oleLoadPicture)) return nullptr;
+    try {
+        for (const auto load : {loadGif, loadJpeg})
+            if (auto picture = load(bytes)) return picture;
+    } catch (const std::bad_alloc&) {
+        // as if the picture were not there
+    }
+    return nullptr;
+}
+
+std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType type, bool own) noexcept {
+    if (faultDue(SeamCall::oleCreatePictureIndirect)) return nullptr;
+    if (type == PictureType::bitmap && GetObjectType(image) == ObjectType::bitmap)
+        return std::unique_ptr<StdPicture>(new (std::nothrow) BitmapPicture(image, own));
+    if (type == PictureType::icon && findIcon(image))
+        return std::unique_ptr<StdPicture>(new (std::nothrow) IconPicture(image, own));
+    return nullptr;
+}
+
+bool canLoadMetafiles() noexcept {
+    return false;
+}
+
+bool refusesIncompleteGif() noexcept {
+    return true;
+}
+
+} // namespace pixkit::platform

@@ -1,0 +1,25 @@
+#include "platform/system.h"
+#include "platform/handle.h"
+#include "platform/portable/gdi/HandleTable.h"
+#include <ctime>
+
+namespace pixkit::platform {
+
+std::size_t openHandles() noexcept {
+    return openHandleCount;
+}
+
+OsVersion GetVersionExA() noexcept {
+    return {.dwPlatformId = 2, .dwMajorVersion = 4};
+}
+
+LocalTime GetLocalTime() noexcept {
+    const std::time_t now = std::time(nullptr);
+    std::tm parts{};
+    if (localtime_r(&now, &parts) == nullptr) return {};
+    const auto field = [](int value) { return static_cast<std::uint16_t>(value); };
+    return {field(parts.tm_year + 1900), field(parts.tm_mon + 1), field(parts.tm_mday),
+            field(parts.tm_hour),        field(parts.tm_min),     field(parts.tm_sec)};
+}
+
+} // namespace pixkit::platform
