@@ -4,6 +4,7 @@
 #include "platform/faults.h"
 #include "platform/pictures.h"
 #include "support/AllocationFault.h"
+#include "support/SourceFolder.h"
 #include <regex>
 
 namespace pixkit::test {
@@ -35,8 +36,7 @@ TEST_F(Command, InfoWritesValidJsonWhateverFails) {
 }
 
 TEST_F(Command, IconsAreListedAndChosenBySize) {
-    writeFile(path(u8"a.ico"),
-              readFile(std::filesystem::path(PIXKIT_SOURCE_DIR) / "tests/data/pictures/ico/several.ico"));
+    writeFile(path(u8"a.ico"), readFile(sourceFolder() / "tests/data/pictures/ico/several.ico"));
     const std::string icon = name(u8"a.ico");
     const Result listed = run({"info", icon});
     EXPECT_NE(listed.out.find("\n               in the file: 16 x 16 at 4 bits, 32 x 32 at 8 bits, 9 x 7 at 24 bits, "

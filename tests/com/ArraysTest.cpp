@@ -1,6 +1,7 @@
 // Byte arrays in and out, typed and as scripts have them.
 #include "Pictures.h"
 #include "Server.h"
+#include "support/SourceFolder.h"
 #include <numeric>
 
 namespace pixkit::test {
@@ -8,8 +9,7 @@ namespace pixkit::test {
 class Arrays : public ComTest {
   protected:
     // A PNG file: what a load takes.
-    std::vector<std::uint8_t> png =
-        readFile((std::filesystem::path(PIXKIT_SOURCE_DIR) / "samples/pictures/sprite-4-bit.png").make_preferred());
+    std::vector<std::uint8_t> png = readFile((sourceFolder() / "samples/pictures/sprite-4-bit.png").make_preferred());
 
     bool load(SAFEARRAY** array, LONG start = 0, LONG length = 0) {
         VARIANT_BOOL loaded = VARIANT_FALSE;

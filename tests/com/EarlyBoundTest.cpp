@@ -2,13 +2,14 @@
 #define INITGUID // this file defines what the generated header only declares
 #include "Pictures.h"
 #include "Server.h"
+#include "support/SourceFolder.h"
 
 namespace pixkit::test {
 
 using EarlyBound = ComTest;
 
 std::wstring picture(const char* name) {
-    return (std::filesystem::path(PIXKIT_SOURCE_DIR) / "samples/pictures" / name).make_preferred().wstring();
+    return (sourceFolder() / "samples/pictures" / name).make_preferred().wstring();
 }
 
 TEST_F(EarlyBound, TrueIsMinusOneForCallersThatNegateItBitwise) {

@@ -1,6 +1,7 @@
 // The DLL within its surroundings: what it imports, the zlib beside it, resources of the program around it.
 #include "Pictures.h"
 #include "Server.h"
+#include "support/SourceFolder.h"
 #include <algorithm>
 #include <cstring>
 #include <olectl.h>
@@ -59,7 +60,7 @@ TEST(Surroundings, TheDllStandsAloneAndIsHardened) {
 }
 
 bool loadPng(_cPixSheet* sheet) {
-    const auto path = (std::filesystem::path(PIXKIT_SOURCE_DIR) / "samples/pictures/landscape.png").make_preferred();
+    const auto path = (sourceFolder() / "samples/pictures/landscape.png").make_preferred();
     VARIANT name = text(path.wstring().c_str());
     VARIANT_BOOL loaded = VARIANT_FALSE;
     EXPECT_EQ(sheet->LoadPicture_File(name.bstrVal, 32, 32, VARIANT_FALSE, 32, &loaded), S_OK);
@@ -179,8 +180,7 @@ class Host final : public IDispatch {
             exception->bstrDescription = ::SysAllocString(L"Resource not found");
             return DISP_E_EXCEPTION;
         }
-        const Bytes bytes(
-            readFile((std::filesystem::path(PIXKIT_SOURCE_DIR) / "samples/pictures/landscape.png").make_preferred()));
+        const Bytes bytes(readFile((sourceFolder() / "samples/pictures/landscape.png").make_preferred()));
         result->vt = VT_ARRAY | VT_UI1;
         return ::SafeArrayCopy(bytes.array, &result->parray);
     }

@@ -1,6 +1,7 @@
 // The samples that nothing here can compile: what they call must be what the type library has.
 #include "Pictures.h"
 #include "Server.h"
+#include "support/SourceFolder.h"
 #include <limits>
 #include <map>
 #include <regex>
@@ -113,7 +114,7 @@ class Samples : public ComTest {
 };
 
 TEST_F(Samples, CallOnlyWhatTheTypeLibraryHas) {
-    const auto folder = (std::filesystem::path(PIXKIT_SOURCE_DIR) / "samples").make_preferred();
+    const auto folder = (sourceFolder() / "samples").make_preferred();
     const std::regex enumerator(R"(\b(gscl\w+|img[A-Z]\w+|Alpha(?:None|Simple|Complex))\b)");
     std::map<std::string, int> checked;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {

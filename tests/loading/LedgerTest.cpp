@@ -2,6 +2,7 @@
 // harm: what each of them gives is written down in tests/data/ledger.txt, one line a file. scripts/ledger.sh writes the
 // ledger anew; the difference is then seen in review.
 #include "support/PngLoading.h"
+#include "support/SourceFolder.h"
 #include <algorithm>
 #include <cstdlib>
 #include <iomanip>
@@ -13,7 +14,7 @@ using namespace pixkit::test;
 
 namespace {
 
-const std::filesystem::path data = std::filesystem::path(PIXKIT_SOURCE_DIR) / "tests" / "data";
+const std::filesystem::path data = sourceFolder() / "tests" / "data";
 
 // Names in the ledger, relative to tests/data, in the order of the alphabet on every system.
 std::vector<std::string> pictureNames() {

@@ -4,6 +4,7 @@
 #include "platform/icons.h"
 #include "shared/resources.h"
 #include "support/GifBuilder.h"
+#include "support/SourceFolder.h"
 #include <stdexcept>
 
 using namespace pixkit;
@@ -81,7 +82,7 @@ TEST_F(SystemPictures, AFailingSystemLeavesHalfAPictureOrSomethingOfItsOwn) {
                    .before = graphicControl(transparent)}
             .data();
     };
-    const auto jpeg = readFile(std::filesystem::path(PIXKIT_SOURCE_DIR) / "fuzz" / "seeds" / "picture" / "baseline");
+    const auto jpeg = readFile(sourceFolder() / "fuzz" / "seeds" / "picture" / "baseline");
     const BmpFile bmp{.width = 1, .height = 1, .bitCount = 24, .pixels = {1, 2, 3, 0}};
     using Load = std::function<bool(cPixSheet & sheet)>;
     const auto stream = [](const Bytes& bytes) -> Load {

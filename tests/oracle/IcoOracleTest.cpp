@@ -1,5 +1,6 @@
 // Every image of icons that ImageMagick and we make, against what icotool extracts from them.
 #include "codecs/ico/IcoBuilder.h"
+#include "support/SourceFolder.h"
 #include <algorithm>
 #include <cstdlib>
 #include <map>
@@ -36,7 +37,7 @@ std::map<std::string, Bytes> icons() {
         for (const std::int32_t width : {1, 7, 8, 33, 48})
             all["noise-" + std::to_string(bitCount) + "-" + std::to_string(width)] =
                 noiseIcon(static_cast<std::uint16_t>(bitCount), width, 9);
-    for (const auto& entry : fs::directory_iterator(fs::path(PIXKIT_SOURCE_DIR) / "tests/data/pictures/imagemagick"))
+    for (const auto& entry : fs::directory_iterator(sourceFolder() / "tests/data/pictures/imagemagick"))
         if (entry.path().extension() == ".ico") all[entry.path().stem().string()] = readFile(entry.path());
     return all;
 }

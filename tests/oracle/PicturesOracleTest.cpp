@@ -2,6 +2,7 @@
 // against ImageMagick too. Differences on purpose stand in docs/formats.md with their reasons; the table here says
 // which files they are met in.
 #include "support/Pictures.h"
+#include "support/SourceFolder.h"
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
@@ -16,7 +17,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-const std::filesystem::path pictures = std::filesystem::path(PIXKIT_SOURCE_DIR) / "tests" / "data" / "pictures";
+const std::filesystem::path pictures = sourceFolder() / "tests" / "data" / "pictures";
 
 // Straight R, G, B from the top row.
 struct Colours {

@@ -1,6 +1,7 @@
 // Pixels against libpng's.
 #include "support/Pictures.h"
 #include "support/PngMatrix.h"
+#include "support/SourceFolder.h"
 #include "surface/cPixSheet.h"
 #include <cstring>
 #include <filesystem>
@@ -93,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(Formats, PngOracle, testing::ValuesIn(pngFormats), [](c
 
 TEST(PngOracleSamples, RealPicturesDifferFromLibpngs) {
     std::size_t count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(PIXKIT_SOURCE_DIR "/samples/pictures")) {
+    for (const auto& entry : std::filesystem::directory_iterator(sourceFolder() / "samples/pictures")) {
         if (entry.path().extension() != ".png") continue;
         const Bytes data = readFile(entry.path());
         EXPECT_TRUE(loadStored(data) == asStored(readWithLibpng(data))) << entry.path();

@@ -1,6 +1,7 @@
 #include "platform/faults.h"
 #include "support/AllocationFault.h"
 #include "support/Pictures.h"
+#include "support/SourceFolder.h"
 #include "surface/HostAccess.h"
 #include <gtest/gtest.h>
 #include <limits>
@@ -219,7 +220,7 @@ TEST(TrimImage, KeepsWhatBelongsToThePictureAndToTheInstance) {
     EXPECT_EQ(sheet.Handle(), handle);
 
     cPixSheet loaded;
-    loaded.LoadPicture_File(PIXKIT_SOURCE_DIR "/samples/pictures/sprite-4-bit.png", 0, 0, true);
+    loaded.LoadPicture_File((test::sourceFolder() / "samples/pictures/sprite-4-bit.png").string(), 0, 0, true);
     ByteArray file, fileAfter;
     ASSERT_TRUE(loaded.GetOrginalFormat(file));
     ASSERT_TRUE(loaded.TrimImage());

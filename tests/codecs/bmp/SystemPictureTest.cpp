@@ -3,6 +3,7 @@
 #include "platform/gdi.h"
 #include "platform/pictures.h"
 #include "support/PngLoading.h"
+#include "support/SourceFolder.h"
 #include <cstring>
 
 using namespace pixkit;
@@ -15,7 +16,7 @@ namespace {
 class SystemPicture : public QuietLoads {};
 
 Bytes sample(const char* name) {
-    return readFile(std::filesystem::path(PIXKIT_SOURCE_DIR) / "fuzz" / "seeds" / "picture" / name);
+    return readFile(sourceFolder() / "fuzz" / "seeds" / "picture" / name);
 }
 
 bool load(cPixSheet& sheet, const Bytes& data) {

@@ -1,0 +1,5 @@
+#include "support/SourceFolder.h"
+
+std::filesystem::path pixkit::test::sourceFolder() {
+    return PIXKIT_SOURCE_DIR;
+}
