@@ -111,6 +111,29 @@ TEST_F(LoadDispatch, ARefusedSourceLeavesTheOldPictureOrSpeaks) {
     });
 }
 
+// What a reader of its own has refused as damaged: the loaders of some systems fall over it.
+TEST_F(LoadDispatch, TheSystemIsAskedForWhatWasRefusedAlready) {
+    const Bytes rest(40, 0xF0);
+    const struct {
+        const char* what;
+        Bytes start;
+        bool isAsked;
+    } rows[] = {
+        {"icon", {0, 0, 1, 0, 1, 0}, false},
+        {"cursor", {0, 0, 2, 0, 0, 1}, false},
+        {"icons, none of them", {0, 0, 1, 0, 0, 0}, true},
+        {"gif", {'g', 'I', 'F', '8', '0', 'x'}, false},
+        {"PNG", {0x89, 'P', 'N', 'G', 1, 2}, false},
+        {"BMP", {'B', 'M', 0, 0, 0, 0}, false},
+        {"JPEG", {0xFF, 0xD8, 0xFF, 0, 0, 0}, true},
+    };
+    for (const auto& row : rows) {
+        const platform::ScopedFault once(platform::SeamCall::oleLoadPicture, 0, 1);
+        EXPECT_FALSE(sheet.LoadPicture_Stream(ByteArray(row.start + rest)));
+        EXPECT_NE(platform::faultDue(platform::SeamCall::oleLoadPicture), row.isAsked) << row.what;
+    }
+}
+
 // 56 bytes are the greatest file that is refused; no picture is that small, so the reader is asked itself.
 TEST_F(LoadDispatch, TheReaderJudgesFilesByTheWrongSize) {
     const auto loadFile = [&](const Bytes& data) {

@@ -1,5 +1,6 @@
 // From system pictures, which the system decodes or draws, to the store.
 #include "codecs/bmp/cBMPparser.h"
+#include "codecs/ico/IcoDirectory.h"
 #include "platform/gdi.h"
 #include "platform/pictures.h"
 #include "shared/modParsers.h"
@@ -74,7 +75,7 @@ bool convertBitmap(platform::Handle bitmap, cPixSheet& host) {
 }
 
 // Whether a reader of this component's own has refused the data already. Some systems' loaders might show something of
-// it yet, others of the same name not, and some fall over a GIF without colours.
+// it yet, others of the same name not, and some fall over a GIF without colours or an icon that lies outside the file.
 bool hasOwnReader(std::span<const std::uint8_t> data) noexcept {
     constexpr std::array<std::uint8_t, 3> gif{'g', 'i', 'f'}; // of any version, in capitals or not
     constexpr std::array<std::uint8_t, 4> png{0x89, 'p', 'n', 'g'};
@@ -83,7 +84,7 @@ bool hasOwnReader(std::span<const std::uint8_t> data) noexcept {
         return data.size() >= signature.size() &&
                std::ranges::equal(data.first(signature.size()), signature, {}, lower);
     };
-    return begins(gif) || begins(png);
+    return begins(gif) || begins(png) || isIconFile(data);
 }
 
 } // namespace

@@ -22,8 +22,8 @@ class cBMPparser {
     // can be read, or no memory for its pixels; then the host is empty.
     static bool LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& Host);
 
-    // Offers data in any other format, but PNG and GIF, to the system's picture loader, and takes over the picture that
-    // it makes of it. False, and an empty host, when it makes none.
+    // Offers data in any other format, but PNG, GIF and icons, to the system's picture loader, and takes over the
+    // picture that it makes of it. False, and an empty host, when it makes none.
     static bool LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host);
 
     // Takes over the pixels of a bitmap, with Alpha and ImageType as in LoadStream, or draws a metafile at its natural

@@ -62,12 +62,18 @@ std::size_t roomBehind(std::span<const std::size_t> sortedOffsets, std::size_t s
 
 } // namespace
 
-std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file) {
+bool isIconFile(std::span<const std::uint8_t> file) noexcept {
     const ByteReader reader(file);
     const std::uint16_t type = reader.littleEndian16(2).value_or(0);
-    const std::size_t count = reader.littleEndian16(4).value_or(0);
     // A TGA file of true colour without a map begins like a cursor file, and tells by its count of 0 that it is none.
-    if (reader.littleEndian16(0) != 0 || (type != typeIcon && type != typeCursor) || count == 0) return {};
+    return reader.littleEndian16(0) == 0 && (type == typeIcon || type == typeCursor) &&
+           reader.littleEndian16(4).value_or(0) != 0;
+}
+
+std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file) {
+    if (!isIconFile(file)) return {};
+    const ByteReader reader(file);
+    const std::size_t count = reader.littleEndian16(4).value_or(0);
     if (!reader.slice(directoryHeaderSize, count * directoryEntrySize)) return {};
 
     std::vector<std::size_t> offsets(count);
@@ -77,7 +83,7 @@ std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file)
     std::ranges::sort(sortedOffsets);
 
     IcoDirectory directory;
-    directory.isCursor = type == typeCursor;
+    directory.isCursor = reader.littleEndian16(2) == typeCursor;
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t at = directoryHeaderSize + i * directoryEntrySize;
         IcoEntry entry;

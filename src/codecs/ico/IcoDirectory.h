@@ -26,6 +26,9 @@ struct IcoDirectory {
     std::vector<IcoEntry> entries; // in the file's order, without those that cannot be read
 };
 
+// Whether the data begins like an icon or cursor file of at least one image.
+bool isIconFile(std::span<const std::uint8_t> file) noexcept;
+
 // Nothing when the data is no such file, or when no image in it can be read as far as its headers tell.
 std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file);
 
