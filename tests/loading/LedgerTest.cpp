@@ -1,13 +1,10 @@
 // All pictures of tests/data/pictures (scripts/draw_test_pictures.py), good, odd and bad, and inputs that once did
 // harm: what each of them gives is written down in tests/data/ledger.txt, one line a file. scripts/ledger.sh writes the
 // ledger anew; the difference is then seen in review.
+#include "support/Ledger.h"
 #include "support/PngLoading.h"
-#include "support/SourceFolder.h"
 #include <algorithm>
-#include <cstdlib>
-#include <iomanip>
 #include <memory>
-#include <sstream>
 
 using namespace pixkit;
 using namespace pixkit::test;
@@ -27,15 +24,6 @@ std::vector<std::string> pictureNames() {
     return names;
 }
 
-// FNV-1a, 64 bits, over the store: rows bottom-up, B, G, R, A.
-std::uint64_t checksumOf(const cPixSheet& sheet) {
-    std::uint64_t checksum = 0xCBF29CE484222325U;
-    for (const std::uint8_t byte : std::span(sheet.BitsPointer(), static_cast<std::size_t>(sheet.scanWidth()) *
-                                                                      static_cast<std::size_t>(sheet.Height())))
-        checksum = (checksum ^ byte) * 0x100000001B3U;
-    return checksum;
-}
-
 // Of a refused load nothing remains.
 std::string outcome(const cPixSheet& sheet, bool isLoaded) {
     EXPECT_EQ(sheet.Handle() != 0, isLoaded);
@@ -43,9 +31,10 @@ std::string outcome(const cPixSheet& sheet, bool isLoaded) {
     EXPECT_EQ(sheet.ImageType() != imgError, isLoaded);
     if (!isLoaded) return "refused";
     constexpr const char* alphas[] = {"AlphaNone", "AlphaSimple", "AlphaComplex"};
-    std::ostringstream text;
+    const std::size_t bytes = static_cast<std::size_t>(sheet.scanWidth()) * static_cast<std::size_t>(sheet.Height());
+    std::ostringstream text; // the store's rows are bottom-up, B, G, R, A
     text << sheet.Width() << "x" << sheet.Height() << " " << alphas[sheet.Alpha()] << " type " << sheet.ImageType()
-         << " " << std::hex << std::setfill('0') << std::setw(16) << checksumOf(sheet);
+         << " " << checksum({sheet.BitsPointer(), bytes});
     return text.str();
 }
 
@@ -86,20 +75,7 @@ TEST_F(Ledger, APictureGivesSomethingElseThanIsWrittenDown) {
         EXPECT_EQ(loadExactly(bytes), result) << "without libraries";
         actual << name << ": " << result << '\n';
     }
-    const auto path = data / "ledger.txt";
-    if (std::getenv("PIXKIT_WRITE_LEDGER") != nullptr) {
-        std::ofstream(path, std::ios::binary) << actual.str();
-        return;
-    }
-    const Bytes written = readFile(path);
-    std::istringstream expected(std::string(written.begin(), written.end()));
-    std::istringstream found(actual.str());
-    for (std::string line, other; std::getline(found, line);) {
-        ASSERT_TRUE(std::getline(expected, other)) << line << " and more are not in the ledger (scripts/ledger.sh)";
-        ASSERT_EQ(line, other) << "scripts/ledger.sh writes the ledger anew";
-    }
-    std::string more;
-    EXPECT_FALSE(std::getline(expected, more)) << "there is no file for " << more;
+    compareWithLedger("ledger.txt", actual.str());
 }
 
 // Every prefix of up to 1000 bytes, then of each thirtieth part of the file.
