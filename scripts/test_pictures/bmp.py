@@ -42,6 +42,8 @@ def bmp():
               "abgr": (32, (0xFF000000, 0xFF0000, 0xFF00, 0xFF)), "1010102": (32, (0x3FF00000, 0xFFC00, 0x3FF, 0xC0000000)),
               "11-11-10": (32, (0xFFE00000, 0x1FFC00, 0x3FF)), "one-of-32": (32, (0xFFFFFFFF, 0, 0)),
               "holes": (32, (0xF0F, 0xF000F000, 0x0F0F0000)), "overlapping": (32, (0xFFFF, 0xFFFF00, 0xFF0000)),
+              "one-left-out": (16, (0, 0xFF00, 0xFF)), "alpha-of-7": (32, BGRX + (0x7F000000,)),
+              "alpha-of-1": (32, BGRX + (0x80000000,)), "alpha-within-blue": (32, BGRX + (0xF0,)),
               "none": (16, (0, 0, 0)), "only-alpha": (32, (0, 0, 0, 0xFF000000))}
     for name, (depth, masks) in fields.items():
         behind = 3 if len(masks) == 3 else 6
@@ -113,3 +115,41 @@ def bmp():
     for name, at in (("signature", 0), ("signature-too", 1), ("header-size", 14)):
         yield f"bad-{name}", changed(whole, at, bytes([whole[at] ^ 0x80]))
     yield "bad-header-larger-than-file", changed(whole, 14, b"\xFF\xFF\xFF\x7F")
+    yield from bmp_rules()
+
+
+# What the codes of a run-length picture say: its width, its height and the codes.
+RLE8 = {"line-ends-early": (4, 2, (2, 7, 0, 0, 1, 8, 0, 0)), "full-row-goes-on": (2, 2, (2, 7, 2, 8, 0, 0, 2, 9)),
+        "run-over-the-row": (3, 2, (1, 5, 255, 6, 0, 0, 1, 7)),
+        "literals-odd": (5, 2, (0, 3, 1, 2, 3, 99, 1, 4, 0, 0, 1, 5)), "literals-even": (5, 1, (0, 4, 1, 2, 3, 4, 1, 5)),
+        "literals-over-the-row": (2, 2, (0, 4, 1, 2, 3, 4, 0, 0, 1, 5)), "literals-cut": (5, 2, (1, 9, 0, 4, 1, 2)),
+        "literals-missing": (3, 1, (1, 9, 0, 3)), "code-cut": (3, 1, (1, 9, 2)),
+        "codes-behind-the-end": (2, 2, (1, 9, 0, 1, 2, 8)), "delta-right": (4, 1, (1, 9, 0, 2, 2, 0, 1, 8)),
+        "delta-up": (4, 2, (1, 9, 0, 2, 1, 1, 2, 8)), "delta-over-rows": (2, 4, (1, 9, 0, 2, 0, 3, 1, 8)),
+        "delta-over-the-row": (2, 2, (0, 2, 9, 0, 1, 8, 0, 0, 1, 7)),
+        "delta-over-the-last": (2, 2, (1, 9, 0, 2, 0, 200, 1, 8)), "delta-cut": (2, 2, (1, 9, 0, 2, 1)),
+        "deltas-in-turn": (2, 3, (0, 2, 0, 1, 0, 2, 1, 1, 1, 5)),
+        "just-enough": (255, 2, (3, 3, 3, 3))}
+RLE4 = {"run": (6, 1, (5, 0x7A, 1, 0x30)), "run-over-the-row": (3, 2, (9, 0x7A, 0, 0, 1, 0x50)),
+        "literals-1-byte": (4, 1, (0, 3, 0x12, 0x34, 1, 0x50)),
+        "literals-3-bytes": (7, 1, (0, 5, 0x12, 0x34, 0x56, 0x99, 2, 0xBC)),
+        "literals-over-the-row": (3, 2, (0, 5, 0x12, 0x34, 0x56, 0, 0, 0, 1, 0x70)),
+        "literals-cut": (6, 1, (0, 6, 0x12, 0x34))}
+
+
+def bmp_rules():
+    for depth, pictures in ((8, RLE8), (4, RLE4)):
+        for name, (width, height, codes) in pictures.items():
+            method = 1 if depth == 8 else 2
+            yield f"codes-{depth}-{name}", bmp_file(depth, width, height, compression=method, pixels=bytes(codes))
+    for name, width, codes in (("pixel-too-many", 256, bytes(4)), ("byte-too-few", 255, bytes(3)), ("none", 255, b"")):
+        yield f"bad-codes-{name}", bmp_file(8, width, 2, compression=1, pixels=codes)
+    yield "codes-8-of-os2", bmp_file(8, 2, 2, 64, 1, pixels=b"\2\1\0\0\1\2\0\1")
+    yield "codes-8-beyond-palette", bmp_file(8, 2, 1, compression=1, entries=3, used=3, pixels=b"\1\3\1\xFF")
+    # Every value of five bits in each channel.
+    ramps = (i | (31 - i) << 5 | i * 7 % 32 << 10 for i in range(32))
+    yield "scaled-5-bits", bmp_file(16, 32, 1, pixels=struct.pack("<32H", *ramps))
+    yield "fields-565-offset-0", bmp_file(16, 5, 3, 40, 3, RGB565, offset=0)
+    for name, masks in {"": BGRX + (0xFF000000,), "-ignored": (0xFF, 0xFF00, 0xFF0000, 0xFF000000)}.items():
+        pixels = bgra(9, 5, ALPHAS["complex"], False)
+        yield f"alpha-v5-without-fields{name}", bmp_file(32, 9, 5, 124, 0, masks, pixels=pixels)

@@ -82,3 +82,78 @@ def ico():
     yield "bad-colours-missing", icon_file(good[:60])
     yield "bad-run-length", icon_file(icon_bitmap(8, 9, 7, compression=1))
     yield "bad-sizes", icon_file(bmp_file(24, 0, 14)[14:] + bytes(90), bmp_file(24, 2**30, 2**30, pixels=b"")[14:])
+    yield from ico_rules()
+
+
+BLACK_WHITE = bytes(4) + b"\xFF\xFF\xFF\0"
+
+
+def of_two(depth, pixels, mask, palette=b""):
+    """Two pixels; in the mask they are the first byte's upper bits."""
+    bits = struct.pack("<IiiHHIIiiII", 40, 2, 2, 1, depth, 0, 0, 0, 0, 0, 0)
+    return bits + palette + bytes(pixels) + (b"" if mask is None else bytes((mask, 0, 0, 0)))
+
+
+def solid(width, height, depth, value):
+    """An image that tells which one it is: one opaque gray."""
+    entries = bytes((value, value, value, 0)) * (1 << depth) if depth <= 8 else b""
+    pixels = bytes([value]) * ((depth * width + 31) // 32 * 4 * height)
+    mask = bytes((width + 31) // 32 * 4 * height)
+    return struct.pack("<IiiHHIIiiII", 40, width, height * 2, 1, depth, 0, 0, 0, 0, 0, 0) + entries + pixels + mask
+
+
+def ico_rules():
+    # What mask and alpha make of two pixels, as an icon and as a cursor.
+    for name, image in {
+            "1-bit": of_two(1, (0x40, 0, 0, 0), 0, BLACK_WHITE),
+            "1-bit-masked": of_two(1, (0x40, 0, 0, 0), 0x80, BLACK_WHITE),
+            "16-masked": of_two(16, (0x1F, 0, 0xFF, 0x7F), 0x80), "24": of_two(24, (255, 0, 0, 1, 2, 3, 0, 0), 0),
+            "inverting-one": of_two(24, (9, 9, 9, 1, 2, 3, 0, 0), 0x80),
+            "inverting-text": of_two(1, (0x40, 0, 0, 0), 0xC0, BLACK_WHITE),
+            "inverting-all": of_two(24, (255, 255, 255, 0, 0, 254, 0, 0), 0xC0),
+            "32-no-alpha-masked": of_two(32, (255, 0, 0, 0, 9, 9, 9, 0), 0x80),
+            "32-no-alpha-no-mask": of_two(32, (255, 0, 0, 0, 9, 9, 9, 0), None),
+            "32-straight-masked": of_two(32, (200, 100, 50, 128, 9, 9, 9, 0), 0x80),
+            "32-premultiplied": of_two(32, (100, 50, 25, 128, 0, 0, 0, 255), 0),
+            "32-on-or-off": of_two(32, (9, 9, 9, 0, 255, 0, 0, 255), 0),
+            "32-opaque-masked": of_two(32, (255, 0, 0, 255, 0, 0, 0, 255), 0xC0)}.items():
+        for kind, word in ((1, "icon"), (2, "cursor")):
+            yield f"two-{name}-{word}", icon_file((image, {"width": 2, "height": 1}), kind=kind)
+    # Rows of colours and mask, upside down, short or missing; heights that do not count the mask's rows.
+    mask = b"\x80" + bytes(3) + bytes(24)
+    for name, options in {"bottom-up": {}, "core": {"header": 12}, "v5": {"header": 124},
+                          "palette": {"entries": 2, "used": 2}}.items():
+        yield f"mask-rows-{name}", icon_file(icon_bitmap(24, 9, 7, mask=mask, **options))
+    yield "mask-rows-top-down", icon_file(icon_bitmap(24, 9, -7, mask=mask))
+    yield "mask-rows-cut", icon_file(icon_bitmap(24, 9, 7, mask=b"\x80" + bytes(3) + b"\x80" + bytes(2)))
+    single = struct.pack("<IiiHHIIiiII", 40, 9, 4, 1, 24, 0, 0, 0, 0, 0, 0) + noise(1, 28 * 4) + bytes(16)
+    for height in (2, 4, 9):
+        yield f"height-agreed-{height}", icon_file((single, {"height": height}))
+    # What the directory says.
+    image = of_two(24, (255, 0, 0, 1, 2, 3, 0, 0), 0x80)
+    whole = icon_file((image, {"width": 2, "height": 1}))
+    for name, options in {"size-of-depth": {"first": 77, "second": 1}, "size-without-mask": {"size": len(image) - 4},
+                          "size-without-colours": {"size": len(image) - 5}}.items():
+        yield f"lies-{name}", icon_file((image, options))
+    for name, options in {"size-wraps": {"size": 2**32 - 1}, "offset-beyond-the-end": {"offset": 9999},
+                          "offset-in-directory": {"offset": 6, "size": 20}}.items():
+        yield f"bad-{name}", icon_file((image, options))
+    for name, at, value in (("reserved-of-entry", 9, 255), ("planes", 34, 0), ("count-of-2", 4, 2)):
+        yield f"lies-{name}", changed(whole, at, bytes([value]))
+    for name, at, value in (("reserved", 0, 1), ("reserved-high", 1, 1), ("kind-0", 2, 0), ("kind-257", 3, 1),
+                            ("count-of-0", 4, 0), ("count-of-9", 4, 9), ("depth-23", 36, 23), ("width-0", 26, 0),
+                            ("height-0", 30, 0), ("header-of-8", 22, 8)):
+        yield f"bad-{name}", changed(whole, at, bytes([value]))
+    yield "good-behind-bad", icon_file(bytes(40), (image, {}))
+    yield "next-image-is-no-mask", icon_file((of_two(24, noise(1, 8), None), {"size": 0}), solid(1, 9, 24, 7))
+    yield "256-in-a-byte", icon_file((solid(256, 256, 1, 7), {"width": 0, "height": 0}))
+    # Which of many is taken: the entries number themselves from 1. Requests other than 32 x 32 are made by the tests.
+    for name, images in {
+            "": ((16, 16, 4), (48, 48, 24), (32, 32, 8), (16, 16, 24), (32, 32, 24), (16, 16, 8)),
+            "-depth": ((8, 8, 8), (8, 8, 24)), "-equal": ((8, 8, 24), (8, 8, 24)), "-larger": ((40, 40, 24), (34, 35, 24)),
+            "-area": ((8, 40, 24), (20, 20, 24))}.items():
+        yield f"choice{name}", icon_file(*(solid(*size, number + 1) for number, size in enumerate(images)))
+    yield "choice-png", icon_file(solid(16, 16, 24, 1), png_file(6, 8, 30, 20), png_file(3, 1, 16, 16))
+    yield "choice-hotspot", icon_file((solid(16, 16, 24, 1), {"first": 3, "second": 5}),
+                                      (solid(32, 32, 24, 2), {"first": 65535, "second": 7}), kind=2)
+    yield "png-cut-by-its-size", icon_file((png_file(6, 8, 3, 3), {"size": 60}))

@@ -5,14 +5,17 @@ import struct
 from test_pictures.parts import ALPHAS, bgra, changed, noise
 
 
-def tga_file(kind, depth, width, height, descriptor=0, pixels=None, mapping=None, identity=b"", seed=0):
-    """`mapping` is (first entry, number of entries, bits of an entry)."""
+def tga_file(kind, depth, width, height, descriptor=0, pixels=None, mapping=None, identity=b"", seed=0, map_type=None):
+    """`mapping` is (first entry, number of entries, bits of an entry). A map type other than 1 goes without a map."""
     first, count, bits = mapping or (0, 0, 0)
     if pixels is None:
         pixels = noise(seed, width * height * ((depth + 7) // 8))
-    head = struct.pack("<BBBHHBHHHHBB", len(identity), mapping is not None, kind, first, count, bits, 3, 4, width, height,
-                       depth, descriptor)
-    return head + identity + noise(seed + 1, (first + count) * ((bits + 7) // 8)) + pixels
+    if map_type is None:
+        map_type = int(mapping is not None)
+    head = struct.pack("<BBBHHBHHHHBB", len(identity), map_type, kind, first, count, bits, 3, 4, width, height, depth,
+                       descriptor)
+    entries = noise(seed + 1, (first + count) * ((bits + 7) // 8)) if map_type == 1 else b""
+    return head + identity + entries + pixels
 
 
 def packets(seed, pixels, size):
@@ -89,3 +92,56 @@ def tga():
     yield "bad-map-depth-16", tga_file(1, 16, 9, 5, mapping=(0, 256, 24))
     yield "bad-map-empty", tga_file(1, 8, 9, 5, mapping=(0, 0, 24))
     yield "bad-map-bits-12", tga_file(1, 8, 9, 5, mapping=(0, 16, 12))
+    yield from tga_rules()
+
+
+def tga_rules():
+    """Each in as few pixels as show it, and some bytes behind so that files of this size are looked at."""
+    rows = noise(3, 9 * 5 * 3)
+    yield "map-type-2", tga_file(2, 24, 9, 5, 0, rows, (0, 9999, 24), map_type=2)
+    yield "map-of-rgb-first-entry", tga_file(2, 24, 9, 5, 0, rows, (2, 1, 15))
+    for bit in (0x01, 0x10, 0x80):
+        yield f"bits-of-alpha-{bit:02x}", tga_file(2, 16, 21, 5, bit, seed=1)
+    yield "bits-of-alpha-15", tga_file(2, 15, 21, 5, 1, seed=1)
+    # True colour whose first bytes are those of cursor files with 0, 1 and 256 images.
+    for name, mapping in (("0", (0, 0, 0)), ("1", (256, 0, 0)), ("256", (0, 1, 0))):
+        yield f"like-a-cursor-of-{name}", tga_file(2, 24, 9, 9, 0, noise(4, 9 * 9 * 3), mapping, map_type=0)
+    for name, width, height, codes in (
+            ("run-across-rows", 2, 2, (0x83, 5)), ("literals-across-rows", 2, 2, (3, 1, 2, 3, 4)),
+            ("run-then-literals", 3, 2, (0x83, 5, 1, 1, 2)), ("literals-then-run", 3, 2, (1, 1, 2, 0x83, 5)),
+            ("run-over-the-end", 2, 1, (0xFF, 5)), ("literals-over-the-end", 2, 1, (0x7F, 5, 6)),
+            ("behind-the-end", 2, 1, (0x81, 5, 0x81, 6)), ("just-enough", 128, 3, (0xFF, 9) * 3)):
+        for place in (0, 0x20):
+            # Behind an ID, which makes a file of it, so that nothing follows the codes.
+            yield f"packets-{name}-{place:02x}", tga_file(11, 8, width, height, place, bytes(codes), identity=bytes(40))
+    for name, width, height, codes in (("run-cut", 2, 1, (0, 5, 0x80)), ("literals-cut", 3, 1, (0x80, 5, 1, 6)),
+                                       ("missing", 3, 1, (1, 5, 6)), ("pixel-too-many", 129, 3, (0xFF, 9) * 3),
+                                       ("greatest", 65535, 65535, (0xFF, 9) * 100)):
+        yield f"bad-packets-{name}", tga_file(11, 8, width, height, 0, bytes(codes), identity=bytes(40))
+    yield "bad-greatest", tga_file(2, 32, 65535, 65535, 8, bytes(100))
+    yield "bad-map-of-rgb-empty", tga_file(2, 24, 9, 5, 0, rows, (0, 0, 24))
+    yield "bad-map-of-rgb-12-bits", tga_file(2, 24, 9, 5, 0, rows, (0, 1, 12))
+    yield "bad-map-of-rgb-too-large", tga_file(2, 24, 9, 5, 0, rows, (0, 65535, 24))[:300]
+    yield "bad-map-type-2-of-indexes", tga_file(9, 8, 9, 5, 0, b"\x80\0" * 45, (0, 1, 24), map_type=2)
+    yield "bad-type-33", tga_file(33, 8, 9, 5, 0, noise(1, 200), (0, 256, 24))
+    # The footer is not taken for pixels, where it is found: up to four bytes before the end.
+    tall = tga_file(2, 24, 1, 15, 0, noise(2, 45 - 22))
+    for behind in (0, 1, 4, 5):
+        yield f"{'odd' if behind == 5 else 'bad'}-footer-{behind}-before-the-end", tga_tail(tall) + bytes(behind)
+    yield "odd-footer-misspelt", tga_tail(tall).replace(b".", b"!")
+    # Pixels from right to left, one byte low: of one pixel, and with a palette.
+    for name, arguments in {"one-32": (2, 32, 1, 1), "one-gray": (3, 8, 1, 1), "two-rows": (2, 32, 2, 2),
+                            "row": (2, 24, 3, 1), "row-coded": (10, 24, 3, 1)}.items():
+        codes = b"\2" * (arguments[0] == 10)
+        count = arguments[2] * arguments[3] * arguments[1] // 8
+        for place in (0x40, 0x60):
+            yield f"left-{name}-{place:02x}", tga_file(*arguments, place, codes + noise(5, count), identity=bytes(40))
+    yield "left-map", tga_file(1, 8, 3, 2, 0x40, b"\0\1\0\1\1\0", (0, 2, 24), identity=bytes(40))
+    # Areas that count, and those that lie where they cannot.
+    keyed = tga_file(2, 16, 9, 5, 1, seed=7)
+    for attributes in (0, 1, 2, 3):
+        yield f"keyed-attributes-{attributes}", tga_tail(keyed, attributes)
+    whole = tga_tail(keyed, 2)
+    for name, offset in {"behind": len(keyed) + 27, "negative": 2**32 - 16, "none": 0}.items():
+        yield f"keyed-area-{name}", changed(whole, -26, struct.pack("<I", offset))
+    yield "keyed-behind-an-area-before-the-end", whole + bytes(3)
