@@ -8,11 +8,15 @@ write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-vers
 install(FILES "${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake"
         DESTINATION "${package_dir}")
 
-install(FILES "${PROJECT_SOURCE_DIR}/include/pixkit/pixkit.h" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit")
-install(FILES surface/cPixSheet.h surface/PngProperties.h
-        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/surface")
-install(FILES shared/ByteArray.h shared/enumerations.h shared/resources.h
-        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/shared")
-install(FILES diagnostics/guard.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/diagnostics")
-install(FILES platform/handle.h platform/interaction.h platform/pictures.h
-        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit/platform")
+# The headers that <pixkit/pixkit.h> includes. Installed, all of them lie below pixkit/ and say so to each other, so that
+# no other project's "shared/..." or "platform/..." is found in their place.
+foreach(header IN ITEMS ../include/pixkit/pixkit.h surface/cPixSheet.h surface/PngProperties.h shared/ByteArray.h
+        shared/enumerations.h shared/resources.h diagnostics/guard.h platform/handle.h platform/interaction.h
+        platform/pictures.h)
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${header}")
+    file(READ "${header}" text)
+    string(REPLACE "#include \"" "#include \"pixkit/" text "${text}")
+    string(REPLACE "../include/pixkit/" "" installed "${header}")
+    file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/headers/${installed}" CONTENT "${text}" @ONLY)
+endforeach()
+install(DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/headers/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit")
