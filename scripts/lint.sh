@@ -1,12 +1,17 @@
 #!/bin/bash
-# Checks the layout of every C++ file with clang-format, and the files of a native build with clang-tidy.
+# Checks the layout of every C++ file with clang-format and the files of a native build with clang-tidy, and says how much
+# of the code is tests.
 #
-#   lint.sh BUILD-FOLDER      a configured native build, whose compile_commands.json says how files are compiled
+#   lint.sh BUILD-FOLDER          clang-tidy looks at what differs from the branch's origin (all in CI)
+#   lint.sh --all BUILD-FOLDER    at every file
 #
-# clang-tidy takes seconds for a file. A file that passed is not looked at again until it, a header that it includes, the
-# way it is compiled or the settings change (marks in ~/.cache/pixkit-tidy).
+# The build folder is a configured one, whose compile_commands.json says how files are compiled. clang-tidy takes seconds
+# for a file. A file that passed is not looked at again until it, a header that it includes, the way it is compiled or the
+# settings change (marks in ~/.cache/pixkit-tidy).
 set -uo pipefail
-cd "$(dirname "$0")/.."
+cd "$(dirname "$0")/.." || exit 1
+all=${CI:-}
+if [ "${1:-}" = --all ]; then all=yes; shift; fi
 build=${1:?the folder of a native build}
 export build
 export marks=${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/pixkit-tidy
@@ -16,17 +21,28 @@ failed=0
 mapfile -t sources < <(find src include tests fuzz bench samples -name '*.cpp' -o -name '*.h')
 clang-format --dry-run -Werror "${sources[@]}" || { echo "lint: clang-format wants other layouts (see above)"; failed=1; }
 
-settings=$(clang-tidy --version | cat - .clang-tidy src/CMakeLists.txt tests/CMakeLists.txt \
-    cmake/Settings.cmake | sha256sum)
+# Lines that are not blank, of what git knows; tests may be a third of it.
+code_lines() {
+    git ls-files -z -- "$@" | grep -zE '\.(c|cc|cpp|h|hpp|inl|idl|rc|py|sh|vbs|js|ps1|cmake)$|CMakeLists\.txt$' |
+        xargs -0 -r cat | grep -cv '^[[:space:]]*$'
+}
+if git rev-parse HEAD >/dev/null 2>&1; then
+    tests=$(code_lines tests fuzz) code=$(code_lines .)
+    echo "lint: tests and fuzzers are $tests of $code lines, $((100 * tests / code)) %"
+    [ $((100 * tests)) -le $((33 * code)) ] || { echo "lint: more than 33 %"; failed=1; }
+fi
+
+settings=$(clang-tidy --version | cat - .clang-tidy | sha256sum)
 export settings
 
 # One file; prints nothing when it passes.
 tidy() {
-    local file=$1 headers mark output
+    local file=$1 command headers mark output
+    command=$(grep -B 1 "\"file\": \"$PWD/$file\"" "$build/compile_commands.json" | sed "s|$PWD||g")
     # Comments and all, because some of them speak to clang-tidy; only the project's own headers.
     headers=$(g++ -std=c++20 -MM -Isrc -Iinclude -Itests -Itests/support -mavx2 "$file" 2>/dev/null |
         tr -d '\\' | tr ' ' '\n' | grep -v -e '^/' -e ':$' | sort -u)
-    mark=$marks/$({ echo "$settings $file"; sha256sum "$file" $headers; } | sha256sum | cut -c1-40)
+    mark=$marks/$({ echo "$settings $command"; sha256sum "$file" $headers; } | sha256sum | cut -c1-40)
     [ -e "$mark" ] && { touch "$mark"; return 0; }
     if output=$(clang-tidy --quiet -p "$build" "$file" 2>/dev/null); then
         touch "$mark"
@@ -37,8 +53,16 @@ tidy() {
 }
 export -f tidy
 
+# What a change may have made worse: the files that it touches, and those that include a header which it touches.
+changed() {
+    local base files
+    [ -z "$all" ] && base=$(git merge-base HEAD '@{upstream}' 2>/dev/null) || { cat; return; }
+    files=$(git diff --name-only "$base" -- '*.cpp' '*.h' && git ls-files --others --exclude-standard -- '*.cpp' '*.h')
+    grep -Fx -e "$files" -e "$(grep -lFf <(grep '\.h$' <<<"$files" | sed 's|^[a-z]*/||') -r src tests --include=*.cpp)"
+}
+
 # Only what the native build compiles: the Windows side is left to its compiler's warnings.
 grep -o '"file": "[^"]*"' "$build/compile_commands.json" | cut -d'"' -f4 | sed "s|^$PWD/||" | grep -v '^/' | sort -u |
-    xargs -r -P "$(nproc)" -I{} bash -c 'tidy "$1"' tidy {} || failed=1
+    changed | xargs -r -P "$(nproc)" -I{} bash -c 'tidy "$1"' tidy {} || failed=1
 find "$marks" -type f -mtime +30 -delete
 exit "$failed"
