@@ -18,7 +18,7 @@ packages_of() {
     case $1 in
     demo) echo "$build" ;;
     native) echo "$build googletest libpng-dev libjpeg62-turbo-dev libgif-dev giflib-tools libjpeg-turbo-progs libstb-dev zlib1g-dev imagemagick icoutils netpbm pngcheck python3" ;;
-    windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64" ;;
+    windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 fonts-wine" ;;
     checks) echo "clang-format clang-tidy" ;;
     bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libpixman-1-dev libcairo2-dev pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;

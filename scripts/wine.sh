@@ -1,12 +1,13 @@
 #!/bin/bash
-# A working 32-bit Wine for the tests: no X server, and where need be no root.
+# A working Wine for the tests, for 32-bit and 64-bit programs: no X server, and where need be no root.
 #
-#   wine.sh run PROGRAM.exe [ARGUMENT...]  runs a 32-bit Windows program and exits with its code; sets up on first use
-#   wine.sh setup                          only sets up
-#   wine.sh stop                           ends the Wine server
-#   wine.sh clean                          removes everything that setup put into the cache
+#   wine.sh run PROGRAM.exe [ARGUMENT...]    runs a 32-bit Windows program and exits with its code; sets up on first use
+#   wine.sh run64 PROGRAM.exe [ARGUMENT...]  the same for a 64-bit one
+#   wine.sh setup                            only sets up
+#   wine.sh stop, stop64                     ends the Wine server of the prefix
+#   wine.sh clean                            removes everything that setup put into the cache
 #
-# Setup tries two ways:
+# 64-bit programs run with Debian's package wine64, which scripts/setup.sh installs. For 32-bit ones setup tries two ways:
 #   unpack  a private apt state downloads the i386 packages of the release's main section (so that security updates of
 #           this machine cannot clash with them), which are unpacked, not installed, into the cache; patchelf points
 #           the loader at the unpacked ld-linux. No root, no chroot, no mounts, the same Wine on every machine. About
@@ -97,7 +98,7 @@ setup_unpack() {
     rm -rf "$apt/archives" "$apt/lists"
 }
 
-# The variables that a run needs, by the way in which Wine was set up.
+# The variables that a run needs, by the way in which Wine was set up; wine64: for 64-bit programs.
 load() {
     export WINEPREFIX=${PIXKIT_WINE_PREFIX:-$CACHE/prefix} WINEARCH=win32 WINEDEBUG=${WINEDEBUG:--all}
     export WINEDLLOVERRIDES=${WINEDLLOVERRIDES:-mscoree,mshtml=}
@@ -109,6 +110,10 @@ load() {
     apt)
         LOADER=/usr/lib/wine/wine SERVER=/usr/lib/wine/wineserver FONTS=/usr/share/wine/fonts
         ;;
+    wine64)
+        LOADER=/usr/lib/wine/wine64 SERVER=/usr/lib/wine/wineserver64 FONTS=/usr/share/wine/fonts
+        export WINEPREFIX=${PIXKIT_WINE_PREFIX:-$CACHE/prefix64} WINEARCH=win64 WINESERVER=$SERVER
+        ;;
     unpack)
         LOADER=$ROOT/usr/lib/wine/wine SERVER=$ROOT/usr/lib/wine/wineserver32 FONTS=$ROOT/usr/share/wine/fonts
         export WINESERVER=$SERVER
@@ -119,7 +124,7 @@ load() {
 
 # A fresh prefix without a window driver (so no X server) and without the crash dialog, on which a run would hang.
 make_prefix() {
-    rm -rf "$WINEPREFIX" && mkdir -p "$WINEPREFIX" || return 1
+    rm -rf "$WINEPREFIX" && mkdir -p "$WINEPREFIX" "$CACHE" || return 1
     echo '<?xml version="1.0"?><!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd"><fontconfig></fontconfig>' \
         >"$FONTCONFIG_FILE"
     quiet timeout 300 "$LOADER" wineboot -i &&
@@ -127,7 +132,7 @@ make_prefix() {
         quiet "$LOADER" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d null /f &&
         quiet "$LOADER" reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f || return 1
     quiet "$SERVER" -k -w
-    return 0
+    touch "$WINEPREFIX/made"
 }
 
 is_ready() { [ -e "$CACHE/ready" ] && (load "$(cat "$CACHE/ready")" && [ -x "$LOADER" ]); }
@@ -156,28 +161,45 @@ setup() {
 }
 
 stop() {
-    is_ready || return 0
-    load "$(cat "$CACHE/ready")"
+    load "$1"
     quiet "$SERVER" -k -w
     return 0
+}
+
+# Runs a program in the prefix, which the first of several callers makes.
+run() {
+    load "$1"
+    shift
+    if [ ! -e "$WINEPREFIX/made" ]; then
+        mkdir -p "$(dirname "$WINEPREFIX")"
+        exec 9>"$WINEPREFIX.lock"
+        flock 9
+        [ -e "$WINEPREFIX/made" ] || make_prefix 9>&- || { say "no prefix; see $LOG"; exit 1; }
+        exec 9>&-
+    fi
+    exec "$LOADER" "$@"
 }
 
 case ${1:-} in
 run)
     shift
     setup
-    load "$(cat "$CACHE/ready")"
-    [ -e "$WINEPREFIX/system.reg" ] || make_prefix || exit 1
-    exec "$LOADER" "$@"
+    run "$(cat "$CACHE/ready")" "$@"
+    ;;
+run64)
+    shift
+    [ -x /usr/lib/wine/wine64 ] || { say "no 64-bit Wine here: scripts/setup.sh windows installs it"; exit 1; }
+    run wine64 "$@"
     ;;
 setup) setup ;;
-stop) stop ;;
+stop) if is_ready; then stop "$(cat "$CACHE/ready")"; fi ;;
+stop64) stop wine64 ;;
 clean)
-    stop
+    is_ready && stop "$(cat "$CACHE/ready")"
     rm -rf "$CACHE"
     ;;
 *)
-    sed -n '2,8p' "$0"
+    sed -n '2,9p' "$0"
     exit 2
     ;;
 esac

@@ -1,0 +1,71 @@
+#!/bin/bash
+# Registers the built component, runs the samples as its clients, and looks at what registration leaves behind.
+#
+#   clients.sh BUILD-FOLDER RUNNER...    RUNNER: what runs a Windows program, such as scripts/wine.sh run
+#
+# The last line is "N passed, N failed".
+set -uo pipefail
+cd "$(dirname "$0")/../.." || exit 2
+build=$1 runner=("${@:2}")
+dll=$build/src/com/pixkit.dll pictures=samples/pictures
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+passed=0 failed=0
+
+check() {
+    local name=$1 output
+    shift
+    if output=$("$@" 2>&1); then
+        passed=$((passed + 1))
+    else
+        failed=$((failed + 1))
+        printf 'FAILED: %s\n%s\n' "$name" "$output"
+    fi
+}
+
+windows() { "${runner[@]}" "$@"; }
+
+# A client must say that it succeeded: cscript ends with 0 after some errors.
+client() {
+    local expected=$1 output
+    shift
+    output=$(windows "$@" 2>&1) || { echo "$output"; return 1; }
+    grep "$expected" <<<"$output" || { echo "$output"; return 1; }
+}
+script() { client "$1" cscript //nologo "${@:2}"; }
+is_bitmap() { [ "$(head -c 2 "$1")" = BM ] && [ "$(stat -c %s "$1")" -gt 1000 ]; }
+
+# Whatever registration may have left: every value names the component or its path.
+nothing_left() {
+    local root
+    for root in HKLM HKCU; do
+        ! windows reg query "$root\\Software\\Classes" /s | grep -ai pixkit || return 1
+    done
+}
+
+# It stands alone: only libraries that every Windows has.
+imports_of_the_system() {
+    objdump -p "$dll" | grep -q 'DLL Name' || return 1
+    ! objdump -p "$dll" | sed -n 's/.*DLL Name: //p' |
+        grep -viE '^(advapi32|gdi32|kernel32|msimg32|msvcrt|ole32|oleaut32|shell32|shlwapi|user32)\.dll$'
+}
+
+check "imports" imports_of_the_system
+check "regsvr32" windows regsvr32 /s "$dll"
+check "C++ client" client 'early bound ok, late bound ok' \
+    "$build/samples/cpp-client/cpp-client.exe" $pictures/landscape.png "$folder/client.bmp"
+check "effects.vbs" script '^saved .* from the copy' samples/vbscript/effects.vbs $pictures/landscape.png "$folder/vbs.bmp"
+check "what effects.vbs saved" is_bitmap "$folder/vbs.bmp"
+check "drawing.vbs" script '^saved ' samples/vbscript/drawing.vbs $pictures/lantern.png "$folder/drawing.bmp"
+check "what drawing.vbs saved" is_bitmap "$folder/drawing.bmp"
+check "saving.vbs" script '^saved .* in five formats' samples/vbscript/saving.vbs $pictures/lantern.png "$folder/saving"
+check "pixels.vbs" script 'all pixels as expected' samples/vbscript/pixels.vbs
+check "effects.js" script '^saved ' samples/jscript/effects.js $pictures/landscape.png "$folder/js.bmp"
+check "regsvr32 /u" windows regsvr32 /s /u "$dll"
+check "nothing left in the registry" nothing_left
+check "regsvr32 /n /i:user" windows regsvr32 /s /n /i:user "$dll"
+check "known to the user" windows reg query 'HKCU\Software\Classes\pixkit.cPixSheet\CLSID'
+check "regsvr32 /u /n /i:user" windows regsvr32 /s /u /n /i:user "$dll"
+check "nothing left of the user's either" nothing_left
+echo "$passed passed, $failed failed"
+[ "$failed" = 0 ]
