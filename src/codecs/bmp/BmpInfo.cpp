@@ -1,5 +1,6 @@
 #include "codecs/bmp/BmpInfo.h"
 #include "coding/ByteReader.h"
+#include "coding/RowBytes.h"
 #include <algorithm>
 #include <limits>
 
@@ -140,7 +141,7 @@ void readPalette(const ByteReader& file, const PaletteExtent& extent, BmpInfo& i
 } // namespace
 
 std::size_t BmpInfo::rowBytes() const noexcept {
-    return static_cast<std::size_t>((std::uint64_t{bitCount} * static_cast<std::uint64_t>(width) + 31) / 32 * 4);
+    return static_cast<std::size_t>(paddedRowBytes(static_cast<std::uint64_t>(width), bitCount));
 }
 
 namespace {

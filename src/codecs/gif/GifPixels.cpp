@@ -1,5 +1,6 @@
 // From the picture that the loader made of the frame to the store.
 #include "codecs/gif/cGIFparser.h"
+#include "coding/RowBytes.h"
 #include "kernels/kernels.h"
 #include "platform/gdi.h"
 #include "platform/pictures.h"
@@ -58,7 +59,7 @@ void readLines(const platform::StdPicture& picture, PixelView host, std::size_t 
 void convertNumbers(const platform::StdPicture& picture, PixelView host, const ReadyPixels& ofIndex,
                     std::uint32_t entry0) {
     constexpr std::size_t linesAtOnce = 32; // stay in the cache
-    const std::size_t stride = (host.width + 3) / 4 * 4;
+    const std::size_t stride = static_cast<std::size_t>(paddedRowBytes(host.width, 8));
     std::vector<std::uint8_t> lines(stride * std::min(linesAtOnce, host.height));
     ReadyPixels ofNumber;
     for (std::size_t y = 0; y < host.height; y += linesAtOnce) {

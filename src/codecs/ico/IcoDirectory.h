@@ -1,6 +1,7 @@
 // The images that an icon or cursor file holds, each as its own header describes it.
 #pragma once
 #include "codecs/bmp/BmpInfo.h"
+#include "coding/RowBytes.h"
 #include "surface/cPixSheet.h"
 #include <cstddef>
 #include <cstdint>
@@ -37,7 +38,9 @@ struct IcoBitmap {
     BmpInfo info; // its height is the picture's, without the mask's rows
     std::span<const std::uint8_t> colours;
     std::span<const std::uint8_t> mask; // what there is of it
-    std::size_t maskRowBytes() const noexcept { return (static_cast<std::size_t>(info.width) + 31) / 32 * 4; }
+    std::size_t maskRowBytes() const noexcept {
+        return static_cast<std::size_t>(paddedRowBytes(static_cast<std::uint64_t>(info.width), 1));
+    }
 };
 
 // Nothing when the entry's payload is no bitmap, or lacks rows of colours.

@@ -3,25 +3,19 @@
 
 namespace pixkit {
 
-namespace {
-
-enum PngFilter : std::uint8_t { filterSub = 1, filterUp = 2, filterAvg = 3, filterPaeth = 4 };
-
-} // namespace
-
 void decodeFilter(std::uint8_t filterType, std::uint8_t* row, const std::uint8_t* above, std::size_t bytes,
                   std::size_t stepVal) noexcept {
-    switch (filterType) {
-    case filterSub:
+    switch (PngFilterType{filterType}) {
+    case PngFilterType::sub:
         DecodeFilter_Sub(row, bytes, stepVal);
         break;
-    case filterUp:
+    case PngFilterType::up:
         DecodeFilter_Up(row, above, bytes);
         break;
-    case filterAvg:
+    case PngFilterType::average:
         DecodeFilter_Avg(row, above, bytes, stepVal);
         break;
-    case filterPaeth:
+    case PngFilterType::paeth:
         DecodeFilter_Paeth(row, above, bytes, stepVal);
         break;
     default:

@@ -5,6 +5,9 @@
 
 namespace pixkit {
 
+// As they stand in front of rows (PNG standard, 9.2). Not eFilterMethods, with which callers ask for one of these.
+enum class PngFilterType : std::uint8_t { none, sub, up, average, paeth };
+
 // Undoes filter `filterType` of one row of `bytes` bytes in place. `above` is the unfiltered previous row, null in the
 // first row of a pass, which stands for zeros; `stepVal` the distance in bytes to the pixel on the left. An unknown
 // filter type leaves the row as it is: a picture with one strange row still shows.

@@ -8,18 +8,6 @@
 
 namespace pixkit {
 
-// start row, start column, row step, column step
-const std::array<cPNGparser::Pass, 8> cPNGparser::m_MatrixDat = {{
-    {0, 0, 8, 8},
-    {0, 4, 8, 8},
-    {4, 0, 8, 4},
-    {0, 2, 4, 4},
-    {2, 0, 4, 2},
-    {0, 1, 2, 2},
-    {1, 0, 2, 1},
-    {0, 0, 1, 1}, // the whole image, not interlaced
-}};
-
 namespace {
 
 // Pixels converted at a time where they pass through a small buffer; a multiple of 8, so that every piece of a row of
@@ -80,19 +68,18 @@ void cPNGparser::prepareConversion() {
 }
 
 void cPNGparser::UnfilterNI(std::uint8_t* Filtered) {
-    unfilterAndConvertPass(Filtered, m_MatrixDat.back());
+    unfilterAndConvertPass(Filtered, wholePicture.front());
 }
 
 void cPNGparser::UnfilterInterlaced(std::uint8_t* Filtered) {
-    for (std::size_t pass = 0; pass < 7; ++pass) {
-        Filtered = unfilterAndConvertPass(Filtered, m_MatrixDat[pass]);
-    }
+    for (const InterlacePass& pass : m_MatrixDat)
+        Filtered = unfilterAndConvertPass(Filtered, pass);
 }
 
 // Each row is converted while it is still in the cache from unfiltering. Returns where the next pass's rows begin.
-std::uint8_t* cPNGparser::unfilterAndConvertPass(std::uint8_t* rows, const Pass& pass) {
-    const std::size_t width = passSize(static_cast<std::size_t>(m_Width), pass.startColumn, pass.columnStep);
-    const std::size_t height = passSize(static_cast<std::size_t>(m_Height), pass.startRow, pass.rowStep);
+std::uint8_t* cPNGparser::unfilterAndConvertPass(std::uint8_t* rows, const InterlacePass& pass) {
+    const std::size_t width = pass.columns(static_cast<std::size_t>(m_Width));
+    const std::size_t height = pass.rows(static_cast<std::size_t>(m_Height));
     if (width == 0 || height == 0) return rows;
     const PixelView host = HostAccess::pixels(*cHost);
     const std::size_t rowBytes = GetBytesPerPixel(width);
@@ -108,13 +95,14 @@ std::uint8_t* cPNGparser::unfilterAndConvertPass(std::uint8_t* rows, const Pass&
     return rows;
 }
 
-void cPNGparser::convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count, const Pass& pass) const {
+void cPNGparser::convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count,
+                            const InterlacePass& pass) const {
     if (pass.columnStep == 1) {
         convertPixels(hostRow, raw, count);
         return;
     }
     std::array<std::uint8_t, pieceWidth * 4> piece;
-    std::uint8_t* target = hostRow + std::size_t{pass.startColumn} * 4;
+    std::uint8_t* target = hostRow + pass.startColumn * 4;
     for (std::size_t done = 0; done < count;) {
         const std::size_t pixels = std::min(pieceWidth, count - done);
         convertPixels(piece.data(), raw + GetBytesPerPixel(done), pixels);

@@ -1,4 +1,7 @@
 #include "codecs/png/PngRows.h"
+#include "codecs/png/PngFilters.h"
+#include "coding/Interlace.h"
+#include "coding/RowBytes.h"
 #include "kernels/kernels.h"
 #include <algorithm>
 #include <array>
@@ -8,26 +11,6 @@
 namespace pixkit {
 
 namespace {
-
-struct Pass {
-    std::size_t startRow, startColumn, rowStep, columnStep;
-
-    std::size_t rows(ConstPixelView image) const noexcept { return sizeOf(image.height, startRow, rowStep); }
-    std::size_t columns(ConstPixelView image) const noexcept { return sizeOf(image.width, startColumn, columnStep); }
-
-  private:
-    static std::size_t sizeOf(std::size_t whole, std::size_t start, std::size_t step) noexcept {
-        return whole > start ? (whole - start + step - 1) / step : 0;
-    }
-};
-
-constexpr std::array<Pass, 1> wholeImage = {{{0, 0, 1, 1}}};
-// PNG standard, 8.2
-constexpr std::array<Pass, 7> adam7 = {
-    {{0, 0, 8, 8}, {0, 4, 8, 8}, {4, 0, 8, 4}, {0, 2, 4, 4}, {2, 0, 4, 2}, {0, 1, 2, 2}, {1, 0, 2, 1}}};
-
-// Filter types as they stand in front of rows (PNG standard, 9.2).
-enum FilterType : std::uint8_t { typeNone, typeSub, typeUp, typeAverage, typePaeth };
 
 class RowMaker {
   public:
@@ -39,20 +22,22 @@ class RowMaker {
         if (filter == filterDefault) m_filter = isPlain ? filterNone : filterAdaptive;
     }
 
-    std::size_t rowBytes(std::size_t columns) const noexcept { return (columns * m_form.bitsPerPixel() + 7) / 8; }
+    std::size_t rowBytes(std::size_t columns) const noexcept {
+        return static_cast<std::size_t>(packedRowBytes(columns, m_form.bitsPerPixel()));
+    }
 
     // Returns where the next pass goes.
-    std::uint8_t* makePass(const Pass& pass, std::uint8_t* out) {
-        const std::size_t columns = pass.columns(m_image);
+    std::uint8_t* makePass(const InterlacePass& pass, std::uint8_t* out) {
+        const std::size_t columns = pass.columns(m_image.width);
         if (columns == 0) return out;
         const std::size_t bytes = rowBytes(columns);
         std::fill(m_above.begin(), m_above.end(), std::uint8_t{0}); // above the first row
-        for (std::size_t y = 0; y < pass.rows(m_image); ++y) {
+        for (std::size_t y = 0; y < pass.rows(m_image.height); ++y) {
             const std::uint8_t* pixels = m_image.rowFromTop(pass.startRow + y * pass.rowStep);
             if (pass.columnStep != 1) pixels = gather(pixels, pass, columns);
             pngSamplesOf(m_form, m_hasAlpha, m_row.data(), pixels, columns, m_scratch.data());
-            const FilterType type = typeFor(bytes);
-            *out = type;
+            const PngFilterType type = typeFor(bytes);
+            *out = static_cast<std::uint8_t>(type);
             apply(type, out + 1, bytes);
             out += bytes + 1;
             m_row.swap(m_above);
@@ -61,35 +46,36 @@ class RowMaker {
     }
 
   private:
-    const std::uint8_t* gather(const std::uint8_t* pixels, const Pass& pass, std::size_t columns) noexcept {
+    const std::uint8_t* gather(const std::uint8_t* pixels, const InterlacePass& pass, std::size_t columns) noexcept {
         for (std::size_t x = 0; x < columns; ++x)
             std::memcpy(&m_gathered[4 * x], pixels + 4 * (pass.startColumn + x * pass.columnStep), 4);
         return m_gathered.data();
     }
 
-    FilterType typeFor(std::size_t bytes) const noexcept {
-        if (m_filter != filterAdaptive) return static_cast<FilterType>(m_filter - filterNone);
+    PngFilterType typeFor(std::size_t bytes) const noexcept {
+        // The methods of one type come in the order of the types.
+        if (m_filter != filterAdaptive) return static_cast<PngFilterType>(m_filter - filterNone);
         std::array<std::uint64_t, 5> sums;
         kernels::table().filterSums(sums.data(), m_row.data(), m_above.data(), bytes, m_step);
-        return static_cast<FilterType>(std::ranges::min_element(sums) - sums.begin());
+        return static_cast<PngFilterType>(std::ranges::min_element(sums) - sums.begin());
     }
 
-    void apply(FilterType type, std::uint8_t* out, std::size_t bytes) const noexcept {
+    void apply(PngFilterType type, std::uint8_t* out, std::size_t bytes) const noexcept {
         const auto& kernel = kernels::table();
         switch (type) {
-        case typeNone:
+        case PngFilterType::none:
             std::memcpy(out, m_row.data(), bytes);
             break;
-        case typeSub:
+        case PngFilterType::sub:
             kernel.filterSub(out, m_row.data(), bytes, m_step);
             break;
-        case typeUp:
+        case PngFilterType::up:
             kernel.filterUp(out, m_row.data(), m_above.data(), bytes);
             break;
-        case typeAverage:
+        case PngFilterType::average:
             kernel.filterAvg(out, m_row.data(), m_above.data(), bytes, m_step);
             break;
-        case typePaeth:
+        case PngFilterType::paeth:
             kernel.filterPaeth(out, m_row.data(), m_above.data(), bytes, m_step);
             break;
         }
@@ -108,16 +94,16 @@ class RowMaker {
 std::vector<std::uint8_t> pngFilteredRows(ConstPixelView image, bool hasAlpha, const PngForm& form,
                                           eFilterMethods filter, bool isInterlaced) {
     RowMaker maker(image, hasAlpha, form, filter);
-    const std::span<const Pass> passes =
-        isInterlaced ? std::span<const Pass>(adam7) : std::span<const Pass>(wholeImage);
+    const std::span<const InterlacePass> passes =
+        isInterlaced ? std::span<const InterlacePass>(adam7) : std::span<const InterlacePass>(wholePicture);
     std::size_t size = 0;
-    for (const Pass& pass : passes) {
-        const std::size_t columns = pass.columns(image);
-        if (columns > 0) size += pass.rows(image) * (maker.rowBytes(columns) + 1);
+    for (const InterlacePass& pass : passes) {
+        const std::size_t columns = pass.columns(image.width);
+        if (columns > 0) size += pass.rows(image.height) * (maker.rowBytes(columns) + 1);
     }
     std::vector<std::uint8_t> rows(size);
     std::uint8_t* out = rows.data();
-    for (const Pass& pass : passes)
+    for (const InterlacePass& pass : passes)
         out = maker.makePass(pass, out);
     return rows;
 }

@@ -1,6 +1,7 @@
 // Container: signature, chunks, the compressed image data and its decompression.
 #include "codecs/png/cPNGparser.h"
 #include "coding/ByteReader.h"
+#include "coding/RowBytes.h"
 #include "coding/deflate/Inflate.h"
 #include "diagnostics/guard.h"
 #include "platform/files.h"
@@ -320,28 +321,21 @@ cPNGparser::DepthInfo cPNGparser::GetDepthInfo() const noexcept {
 }
 
 std::size_t cPNGparser::GetBytesPerPixel(std::size_t totalWidth) const noexcept {
-    // In 64 bits: a row of 16-bit samples may hold more bits than 32 count.
-    return static_cast<std::size_t>((std::uint64_t{GetDepthInfo().rawBitsPP} * totalWidth + 7) / 8);
-}
-
-// Pixels of a row, or rows, that a pass takes of `size`.
-std::size_t cPNGparser::passSize(std::size_t size, std::uint32_t start, std::uint32_t step) const noexcept {
-    return size / step + (size % step > start ? 1 : 0);
+    return static_cast<std::size_t>(packedRowBytes(totalWidth, GetDepthInfo().rawBitsPP));
 }
 
 // Bytes of the filtered rows, one filter byte each. A pass without columns still counts a byte for each of its rows;
 // that makes the buffer a little larger than needed.
 std::size_t cPNGparser::CalcUncompressedWidth() const noexcept {
     std::size_t size = 0;
-    const auto addPass = [&](const Pass& pass) {
-        const std::size_t width = passSize(static_cast<std::size_t>(m_Width), pass.startColumn, pass.columnStep);
-        const std::size_t height = passSize(static_cast<std::size_t>(m_Height), pass.startRow, pass.rowStep);
-        size += height * (GetBytesPerPixel(width) + 1);
+    const auto addPass = [&](const InterlacePass& pass) {
+        size += pass.rows(static_cast<std::size_t>(m_Height)) *
+                (GetBytesPerPixel(pass.columns(static_cast<std::size_t>(m_Width))) + 1);
     };
     if (m_Interlacing == 0) {
-        addPass(m_MatrixDat.back());
+        std::ranges::for_each(wholePicture, addPass);
     } else {
-        std::for_each(m_MatrixDat.begin(), m_MatrixDat.end() - 1, addPass);
+        std::ranges::for_each(m_MatrixDat, addPass);
     }
     return size;
 }

@@ -1,6 +1,7 @@
 // Reads PNG data (the PNG standard, ISO/IEC 15948) into the pixels of a cPixSheet. A pure reader: it looks at IHDR,
 // PLTE, tRNS, IDAT and IEND and passes over every other chunk. README.md in this folder lists what it is lenient about.
 #pragma once
+#include "coding/Interlace.h"
 #include "platform/handle.h"
 #include "shared/cCDECL.h"
 #include "surface/cPixSheet.h"
@@ -39,11 +40,7 @@ class cPNGparser {
     };
     enum class ChunkResult : std::uint8_t { ok, error };
 
-    // One interlace pass: the pixels at startColumn + i * columnStep, startRow + j * rowStep.
-    struct Pass {
-        std::uint32_t startRow, startColumn, rowStep, columnStep;
-    };
-    static const std::array<Pass, 8> m_MatrixDat; // Adam7 passes 1 to 7, then the whole image
+    static constexpr auto& m_MatrixDat = adam7; // the passes of an interlaced image
 
     struct DepthInfo {
         std::size_t rawBitsPP;  // bits of a source pixel
@@ -70,7 +67,6 @@ class cPNGparser {
                                         std::span<const std::uint8_t> input) const;
     bool isDepthSuited() const noexcept;
     DepthInfo GetDepthInfo() const noexcept;
-    std::size_t passSize(std::size_t size, std::uint32_t start, std::uint32_t step) const noexcept;
     std::size_t GetBytesPerPixel(std::size_t totalWidth) const noexcept;
     std::size_t CalcUncompressedWidth() const noexcept;
 
@@ -79,8 +75,8 @@ class cPNGparser {
     void UnfilterNI(std::uint8_t* Filtered);
     void UnfilterInterlaced(std::uint8_t* Filtered);
     void prepareConversion();
-    std::uint8_t* unfilterAndConvertPass(std::uint8_t* rows, const Pass& pass);
-    void convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count, const Pass& pass) const;
+    std::uint8_t* unfilterAndConvertPass(std::uint8_t* rows, const InterlacePass& pass);
+    void convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count, const InterlacePass& pass) const;
     void convertPixels(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
     void ConvertPNGtoBMP_16Bit(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
     void ConvertPNGtoBMP_NonPalette(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;

@@ -1,5 +1,6 @@
 // What stands behind the portable side's handles of bitmaps and device contexts.
 #pragma once
+#include "coding/RowBytes.h"
 #include "platform/gdi.h"
 #include "platform/portable/gdi/HandleTable.h"
 #include "platform/portable/gdi/PixelMemory.h"
@@ -58,10 +59,6 @@ ObjectRef findDC(Handle handle) noexcept;
 // The bitmap that is selected into a memory device context; null when there is none to draw on.
 ObjectRef findSelectedBitmap(Handle dc) noexcept;
 
-// Bytes in a row of `width` pixels.
-constexpr std::uint64_t strideOf(std::uint64_t width, std::uint16_t bitCount) noexcept {
-    return (width * bitCount + 31) / 32 * 4;
-}
 inline std::uint64_t rowsOf(const BitmapInfoHeader& header) noexcept {
     return static_cast<std::uint64_t>(std::abs(std::int64_t{header.biHeight}));
 }

@@ -95,7 +95,7 @@ int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t w
     if (to.bits() == 8) return 0;
     const auto dibHeight = static_cast<Edge>(rowsOf(header));
     const auto stride =
-        static_cast<std::size_t>(strideOf(static_cast<std::uint64_t>(header.biWidth), header.biBitCount));
+        static_cast<std::size_t>(paddedRowBytes(static_cast<std::uint64_t>(header.biWidth), header.biBitCount));
     // From here on rows count from the top, in the DIB too.
     Span columns{x, sourceX, width};
     Span rows{y, dibHeight - sourceY - Edge{height}, height};

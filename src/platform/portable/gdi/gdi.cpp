@@ -26,7 +26,7 @@ Handle addObject(ObjectType type, std::unique_ptr<Bitmap> bitmap, Handle selecte
 Handle addBitmap(const BitmapInfoHeader& header, void** bits, const ColorTable* colors) {
     const auto width = static_cast<std::size_t>(header.biWidth);
     const auto height = static_cast<std::size_t>(rowsOf(header));
-    const auto stride = static_cast<std::size_t>(strideOf(width, header.biBitCount));
+    const auto stride = static_cast<std::size_t>(paddedRowBytes(width, header.biBitCount));
     auto bitmap = std::make_unique<Bitmap>(stride * height);
     std::uint8_t* const pixels = bitmap->pixels.data();
     if (pixels == nullptr) return 0;
@@ -74,7 +74,7 @@ bool isSupported(const BitmapInfoHeader& header, const ColorTable* colors) noexc
     if (bits != 24 && bits != 32 && (bits != 8 || colors == nullptr)) return false;
     if (header.biWidth <= 0 || header.biHeight == 0) return false;
     const auto width = static_cast<std::uint64_t>(header.biWidth);
-    return strideOf(width, header.biBitCount) * rowsOf(header) <= std::numeric_limits<std::uint32_t>::max();
+    return paddedRowBytes(width, header.biBitCount) * rowsOf(header) <= std::numeric_limits<std::uint32_t>::max();
 }
 
 ObjectRef findObject(Handle handle, ObjectType type) noexcept {
@@ -207,7 +207,7 @@ int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines
     if (static_cast<std::size_t>(header.biWidth) != source.width || rowsOf(header) != source.height) return 0;
     if (start >= source.height || (header.biBitCount == 8 && (source.bitCount != 8 || source.isMonochrome))) return 0;
 
-    const auto stride = static_cast<std::size_t>(strideOf(source.width, header.biBitCount));
+    const auto stride = static_cast<std::size_t>(paddedRowBytes(source.width, header.biBitCount));
     const std::size_t used = source.width * header.biBitCount / 8;
     const std::size_t count = std::min<std::size_t>(lines, source.height - start);
     const bool sameOrder = (header.biHeight < 0) == source.topDown;
