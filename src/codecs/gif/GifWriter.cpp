@@ -1,13 +1,13 @@
 // Writing: the blocks of a file around palette and coded indexes.
 #include "codecs/gif/cGIFparser.h"
 #include "codecs/palette/IndexedPicture.h"
+#include "coding/ByteWriter.h"
 #include "coding/lzw/LzwEncoder.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <bit>
-#include <string_view>
 
 namespace pixkit {
 
@@ -28,36 +28,26 @@ Bytes makeFile(const IndexedPicture& picture, std::size_t width, std::size_t hei
     const unsigned depth = std::max(1U, static_cast<unsigned>(std::bit_width(picture.palette.size() - 1)));
     const std::uint8_t transparent = picture.transparentIndex.value_or(0);
     Bytes file;
-    const auto put = [&](std::size_t byte) { file.push_back(static_cast<std::uint8_t>(byte)); };
-    const auto putWord = [&](std::size_t word) {
-        put(word & 0xFF);
-        put(word >> 8);
-    };
-    for (const char c : std::string_view(picture.transparentIndex ? "GIF89a" : "GIF87a"))
-        put(static_cast<std::uint8_t>(c));
+    ByteWriter out(file);
+    out.text(picture.transparentIndex ? "GIF89a" : "GIF87a");
     // Logical screen: a colour table of depth bits, made of colours of eight bits a channel; its background.
-    putWord(width);
-    putWord(height);
-    put(0x80 | 7 << 4 | (depth - 1));
-    put(transparent);
-    put(0); // pixels of no stated shape
-    for (const IndexedPicture::Color& color : picture.palette) {
-        for (const std::uint8_t channel : color)
-            put(channel);
-    }
-    file.resize(file.size() + ((std::size_t{1} << depth) - picture.palette.size()) * 3);
-    if (picture.transparentIndex) {
-        for (const unsigned byte : {0x21U, 0xF9U, 4U, 1U, 0U, 0U, unsigned{transparent}, 0U}) // graphic control
-            put(byte);
-    }
-    put(0x2C); // the picture covers the screen, has no table of its own, and is not interlaced
-    putWord(0);
-    putWord(0);
-    putWord(width);
-    putWord(height);
-    put(0);
+    out.littleEndian16(width);
+    out.littleEndian16(height);
+    out.byte(0x80U | 7U << 4 | (depth - 1));
+    out.byte(transparent);
+    out.byte(0); // pixels of no stated shape
+    for (const IndexedPicture::Color& color : picture.palette)
+        out.bytes(color);
+    out.zeros(((std::size_t{1} << depth) - picture.palette.size()) * 3);
+    if (picture.transparentIndex) out.bytes({0x21, 0xF9, 4, 1, 0, 0, transparent, 0}); // graphic control
+    out.byte(0x2C); // the picture covers the screen, has no table of its own, and is not interlaced
+    out.littleEndian16(0);
+    out.littleEndian16(0);
+    out.littleEndian16(width);
+    out.littleEndian16(height);
+    out.byte(0);
     gifCompress(picture.indexes, depth, file);
-    put(0x3B);
+    out.byte(0x3B);
     return file;
 }
 

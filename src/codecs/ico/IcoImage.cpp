@@ -1,6 +1,9 @@
 #include "codecs/ico/IcoImage.h"
 #include "codecs/palette/IndexedPicture.h"
 #include "codecs/png/cPNGwriter.h"
+#include "coding/ByteWriter.h"
+#include "coding/Diffusion.h"
+#include "coding/RowBytes.h"
 #include "kernels/kernels.h"
 #include "shared/enumerations.h"
 #include <algorithm>
@@ -16,11 +19,6 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr std::uint8_t leastShown = 128;
 // From here on images are PNG files: readers of before PNG entries stop at smaller ones, and bitmaps grow large.
 constexpr std::size_t leastPng = 256;
-
-void put(Bytes& bytes, std::uint32_t value, int count) {
-    for (int i = 0; i < count; ++i)
-        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-}
 
 // Each pixel becomes clear or opaque.
 void decideAlpha(PixelView pixels) {
@@ -42,27 +40,19 @@ int brightness(int b, int g, int r) noexcept {
     return (114 * b + 587 * g + 299 * r + 500) / 1000;
 }
 
-// Floyd and Steinberg: 7 sixteenths of an error go ahead, 3, 5 and 1 to the row below.
 IndexedPicture blackAndWhite(PixelView pixels) {
     IndexedPicture picture;
     picture.palette = {{0, 0, 0}, {255, 255, 255}};
-    std::vector<int> here(pixels.width + 2), below(pixels.width + 2); // in sixteenths; one more on each side
-    for (std::size_t y = 0; y < pixels.height; ++y) {
+    Diffusion<1> errors(pixels.width);
+    for (std::size_t y = 0; y < pixels.height; ++y, errors.nextRow()) {
         const std::uint8_t* pixel = pixels.rowFromTop(y);
         for (std::size_t x = 0; x < pixels.width; ++x, pixel += 4) {
             const bool isShown = pixel[3] != 0; // nothing is seen of others, and nothing passed on
-            const int wanted = brightness(pixel[0], pixel[1], pixel[2]) + ((here[x + 1] + 8) >> 4);
+            const int wanted = brightness(pixel[0], pixel[1], pixel[2]) + errors.owed(x);
             const bool isWhite = isShown && wanted >= 128;
             picture.indexes.push_back(isWhite ? 1 : 0);
-            if (!isShown) continue;
-            const int error = wanted - (isWhite ? 255 : 0);
-            here[x + 2] += 7 * error;
-            below[x] += 3 * error;
-            below[x + 1] += 5 * error;
-            below[x + 2] += error;
+            if (isShown) errors.spread(x, 1, wanted - (isWhite ? 255 : 0));
         }
-        std::swap(here, below);
-        std::ranges::fill(below, 0);
     }
     return picture;
 }
@@ -113,9 +103,8 @@ void applyColors(PixelView pixels, const IndexedPicture& picture) {
 
 // --- bitmaps
 
-// Rows of bitmaps and of masks are padded to four bytes.
 std::size_t rowBytes(std::size_t width, unsigned depth) noexcept {
-    return (width * depth + 31) / 32 * 4;
+    return static_cast<std::size_t>(paddedRowBytes(width, depth));
 }
 
 // Samples of up to 8 bits into a row, the first in the uppermost bits.
@@ -139,14 +128,15 @@ void appendMask(Bytes& image, ConstPixelView pixels) {
 
 void appendHeader(Bytes& image, ConstPixelView pixels, unsigned depth) {
     const std::size_t rows = rowBytes(pixels.width, depth) + rowBytes(pixels.width, 1);
-    put(image, 40, 4);
-    put(image, static_cast<std::uint32_t>(pixels.width), 4);
-    put(image, static_cast<std::uint32_t>(2 * pixels.height), 4); // the mask's rows are counted too
-    put(image, 1, 2);                                             // planes
-    put(image, depth, 2);
-    put(image, 0, 4); // not compressed
-    put(image, static_cast<std::uint32_t>(rows * pixels.height), 4);
-    image.resize(image.size() + 16); // no density; all of the palette
+    ByteWriter out(image);
+    out.littleEndian32(40);
+    out.littleEndian32(pixels.width);
+    out.littleEndian32(2 * pixels.height); // the mask's rows are counted too
+    out.littleEndian16(1);                 // planes
+    out.littleEndian16(depth);
+    out.littleEndian32(0); // not compressed
+    out.littleEndian32(rows * pixels.height);
+    out.zeros(16); // no density; all of the palette
 }
 
 void appendIndexed(Bytes& image, ConstPixelView pixels, const IndexedPicture& picture, unsigned depth) {

@@ -2,6 +2,7 @@
 #include "codecs/ico/IcoImage.h"
 #include "codecs/ico/IcoScale.h"
 #include "codecs/ico/cICOparser.h"
+#include "coding/ByteWriter.h"
 #include "shared/enumerations.h"
 #include "shared/modParsers.h"
 #include "surface/HostAccess.h"
@@ -80,34 +81,31 @@ Entry makeEntry(const cPixSheet& source, const IconEntrySize& size) {
             scaledHotspot(source, size.Width, size.Height)};
 }
 
-void put(Bytes& file, std::size_t value, int count) {
-    for (int i = 0; i < count; ++i)
-        file.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
-}
-
 Bytes makeFile(const std::vector<Entry>& entries, bool isCursor) {
     Bytes file;
-    put(file, 0, 2);
-    put(file, isCursor ? 2 : 1, 2);
-    put(file, entries.size(), 2);
+    ByteWriter out(file);
+    out.littleEndian16(0);
+    out.littleEndian16(isCursor ? 2 : 1);
+    out.littleEndian16(entries.size());
     std::size_t offset = 6 + 16 * entries.size();
+    // A byte has no room for 256 and above, which are written as 0.
     const auto putLength = [&](std::int32_t length) {
-        put(file, length < 256 ? static_cast<std::size_t>(length) : 0, 1);
+        out.byte(length < 256 ? static_cast<std::uint8_t>(length) : 0U);
     };
     for (const Entry& entry : entries) {
         const unsigned depth = entry.image.bitDepth;
         putLength(entry.size.Width);
         putLength(entry.size.Height);
-        put(file, depth < 8 ? std::size_t{1} << depth : 0, 1); // colours
-        put(file, 0, 1);
-        put(file, isCursor ? static_cast<std::size_t>(entry.hotspot.x) : 1, 2); // or planes
-        put(file, isCursor ? static_cast<std::size_t>(entry.hotspot.y) : depth, 2);
-        put(file, entry.image.bytes.size(), 4);
-        put(file, offset, 4);
+        out.byte(depth < 8 ? 1U << depth : 0U); // colours
+        out.byte(0);
+        out.littleEndian16(isCursor ? static_cast<std::uint32_t>(entry.hotspot.x) : 1U); // or planes
+        out.littleEndian16(isCursor ? static_cast<std::uint32_t>(entry.hotspot.y) : depth);
+        out.littleEndian32(entry.image.bytes.size());
+        out.littleEndian32(offset);
         offset += entry.image.bytes.size();
     }
     for (const Entry& entry : entries)
-        file.insert(file.end(), entry.image.bytes.begin(), entry.image.bytes.end());
+        out.bytes(entry.image.bytes);
     return file;
 }
 

@@ -1,6 +1,7 @@
 #include "codecs/jpg/cJPGWriter.h"
 #include "codecs/jpg/JpgQuantisation.h"
 #include "codecs/jpg/JpgScan.h"
+#include "coding/ByteWriter.h"
 #include "kernels/kernels.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
@@ -171,73 +172,64 @@ void Encoder::scanMcus(std::size_t first, std::size_t count) {
 
 enum Marker : std::uint8_t { SOF0 = 0xC0, DHT = 0xC4, SOI = 0xD8, EOI = 0xD9, SOS = 0xDA, DQT = 0xDB, APP0 = 0xE0 };
 
-// Collects the bytes of the file.
-struct File {
-    Bytes bytes;
+class MarkerWriter : public ByteWriter {
+  public:
+    using ByteWriter::ByteWriter;
 
-    void put(std::size_t byte) { bytes.push_back(static_cast<std::uint8_t>(byte)); }
-    void putWord(std::size_t word) {
-        put(word >> 8);
-        put(word & 0xFF);
-    }
-    template <class Range>
-    void putAll(const Range& range) {
-        for (const auto byte : range)
-            put(static_cast<std::size_t>(byte));
-    }
-    void putMarker(Marker marker) {
-        put(0xFF);
-        put(marker);
+    void marker(Marker marker) {
+        byte(0xFF);
+        byte(marker);
     }
     // A marker and the length of what follows, which counts itself.
-    void beginSegment(Marker marker, std::size_t length) {
-        putMarker(marker);
-        putWord(2 + length);
+    void beginSegment(Marker kind, std::size_t length) {
+        marker(kind);
+        bigEndian16(2 + length);
     }
 };
 
 Bytes Encoder::makeFile() const {
     const std::size_t kindsUsed = m_isGray ? 1 : JpgScan::kinds;
-    File file;
-    file.putMarker(SOI);
+    Bytes file;
+    MarkerWriter out(file);
+    out.marker(SOI);
     // JFIF 1.02, square pixels of no stated size, no thumbnail.
     constexpr std::array<std::uint8_t, 14> jfif = {'J', 'F', 'I', 'F', 0, 1, 2, 0, 0, 1, 0, 1, 0, 0};
-    file.beginSegment(APP0, jfif.size());
-    file.putAll(jfif);
+    out.beginSegment(APP0, jfif.size());
+    out.bytes(jfif);
     for (std::size_t kind = 0; kind < kindsUsed; ++kind) {
-        file.beginSegment(DQT, 1 + m_quantisation[kind].size());
-        file.put(kind);
-        file.putAll(m_quantisation[kind]);
+        out.beginSegment(DQT, 1 + m_quantisation[kind].size());
+        out.byte(kind);
+        out.bytes(m_quantisation[kind]);
     }
-    file.beginSegment(SOF0, 6 + 3 * m_components.size());
-    file.put(8); // bits a sample
-    file.putWord(m_rows.height());
-    file.putWord(m_rows.width());
-    file.put(m_components.size());
+    out.beginSegment(SOF0, 6 + 3 * m_components.size());
+    out.byte(8); // bits a sample
+    out.bigEndian16(m_rows.height());
+    out.bigEndian16(m_rows.width());
+    out.byte(m_components.size());
     for (std::size_t i = 0; i < m_components.size(); ++i) {
-        file.put(i + 1);
-        file.put(m_components[i].ratio * 0x11); // horizontally and vertically
-        file.put(m_components[i].kind);
+        out.byte(i + 1);
+        out.byte(m_components[i].ratio * 0x11); // horizontally and vertically
+        out.byte(m_components[i].kind);
     }
     for (std::size_t kind = 0; kind < kindsUsed; ++kind) {
         for (const std::size_t isAc : {0U, 1U}) {
             const JpgHuffmanTable table = m_scan.table(kind, isAc != 0);
-            file.beginSegment(DHT, 1 + table.countOfLength.size() + table.symbols.size());
-            file.put(isAc << 4 | kind);
-            file.putAll(table.countOfLength);
-            file.putAll(table.symbols);
+            out.beginSegment(DHT, 1 + table.countOfLength.size() + table.symbols.size());
+            out.byte(isAc << 4 | kind);
+            out.bytes(table.countOfLength);
+            out.bytes(table.symbols);
         }
     }
-    file.beginSegment(SOS, 4 + 2 * m_components.size());
-    file.put(m_components.size());
+    out.beginSegment(SOS, 4 + 2 * m_components.size());
+    out.byte(m_components.size());
     for (std::size_t i = 0; i < m_components.size(); ++i) {
-        file.put(i + 1);
-        file.put(m_components[i].kind * 0x11); // DC and AC tables
+        out.byte(i + 1);
+        out.byte(m_components[i].kind * 0x11); // DC and AC tables
     }
-    file.putAll(std::array{0, 63, 0}); // all coefficients, whole: what baseline demands
-    m_scan.write(file.bytes);
-    file.putMarker(EOI);
-    return std::move(file.bytes);
+    out.bytes({0, 63, 0}); // all coefficients, whole: what baseline demands
+    m_scan.write(file);
+    out.marker(EOI);
+    return file;
 }
 
 Bytes Encoder::encode() {

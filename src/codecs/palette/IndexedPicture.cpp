@@ -1,4 +1,6 @@
 #include "codecs/palette/IndexedPicture.h"
+#include "coding/ColorIndexes.h"
+#include "coding/Diffusion.h"
 #include "kernels/kernels.h"
 #include <algorithm>
 
@@ -6,69 +8,13 @@ namespace pixkit {
 
 namespace {
 
-// The indexes of colours, in the order in which they came.
-class ColorIndexes {
-  public:
-    explicit ColorIndexes(std::size_t mostColors) noexcept : m_most(mostColors) {}
-    // Nothing for a colour too many.
-    std::optional<std::uint8_t> indexOf(const std::uint8_t* pixel) {
-        const std::uint32_t color = pixel[0] | std::uint32_t{pixel[1]} << 8 | std::uint32_t{pixel[2]} << 16;
-        std::size_t slot = color * 0x9E3779B1U >> 22; // 10 bits
-        while (m_slots[slot].color != color) {
-            if (m_slots[slot].color == unused) {
-                if (m_colors.size() == m_most) return {};
-                m_slots[slot] = {color, static_cast<std::uint8_t>(m_colors.size())};
-                m_colors.push_back({pixel[2], pixel[1], pixel[0]});
-                break;
-            }
-            slot = (slot + 1) % m_slots.size();
-        }
-        return m_slots[slot].index;
-    }
-    std::vector<IndexedPicture::Color>& colors() noexcept { return m_colors; }
-
-  private:
-    static constexpr std::uint32_t unused = 0xFFFFFFFF; // no colour: those have 24 bits
-    struct Slot {
-        std::uint32_t color = unused;
-        std::uint8_t index = 0;
-    };
-    std::size_t m_most;
-    std::array<Slot, 1024> m_slots{}; // four times the most colours, so that searches are short
-    std::vector<IndexedPicture::Color> m_colors;
-};
-
-// --- error diffusion
+// Of a pixel in straight colours, without its alpha.
+std::uint32_t colorOf(const std::uint8_t* pixel) noexcept {
+    return pixel[0] | std::uint32_t{pixel[1]} << 8 | std::uint32_t{pixel[2]} << 16;
+}
 
 constexpr int webSafeStep = 51;
 constexpr std::uint8_t webSafeTransparent = 216;
-
-// What is still owed to the pixels of two rows, in sixteenths; one pixel more on each side.
-class DiffusedErrors {
-  public:
-    explicit DiffusedErrors(std::size_t width) : m_here(width + 2), m_below(width + 2) {}
-
-    // The channel with what is owed to it, held within 0 .. 255.
-    int corrected(std::size_t x, std::size_t channel, int value) const noexcept {
-        return std::clamp(value + ((m_here[x + 1][channel] + 8) >> 4), 0, 255);
-    }
-    // Floyd and Steinberg: 7 sixteenths go ahead, 3, 5 and 1 to the row below, from behind to ahead.
-    void spread(std::size_t x, int ahead, std::size_t channel, int error) noexcept {
-        const std::size_t at = x + 1;
-        const std::size_t front = at + static_cast<std::size_t>(ahead), back = at - static_cast<std::size_t>(ahead);
-        m_here[front][channel] += 7 * error;
-        m_below[back][channel] += 3 * error;
-        m_below[at][channel] += 5 * error;
-        m_below[front][channel] += error;
-    }
-    void nextRow() {
-        std::swap(m_here, m_below);
-        std::ranges::fill(m_below, std::array<int, 3>{});
-    }
-
-  private:
-    std::vector<std::array<int, 3>> m_here, m_below;
-};
 
 } // namespace
 
@@ -97,12 +43,14 @@ std::optional<IndexedPicture> exactPicture(StraightRows& rows, std::size_t mostC
             if (isClear != (clear.size() % 2 == 1))
                 clear.push_back(static_cast<std::size_t>(out - picture.indexes.data()));
             if (isClear) continue;
-            const auto index = colors.indexOf(pixel);
+            const auto index = colors.add(colorOf(pixel));
             if (!index) return {};
             *out = *index;
         }
     }
-    picture.palette = std::move(colors.colors());
+    for (const std::uint32_t color : colors.colors())
+        picture.palette.push_back({static_cast<std::uint8_t>(color >> 16), static_cast<std::uint8_t>(color >> 8),
+                                   static_cast<std::uint8_t>(color)});
     if (clear.empty()) return picture;
     if (picture.palette.size() == mostColors) return {};
     picture.transparentIndex = static_cast<std::uint8_t>(picture.palette.size());
@@ -121,7 +69,7 @@ IndexedPicture webSafePicture(StraightRows& rows) {
         picture.palette.push_back({channel(color / 36), channel(color / 6), channel(color)});
     }
     picture.indexes.resize(rows.width() * rows.height());
-    DiffusedErrors errors(rows.width());
+    Diffusion<3> errors(rows.width());
     for (std::size_t y = 0; y < rows.height(); ++y, errors.nextRow()) {
         const std::uint8_t* pixels = rows[y];
         std::uint8_t* out = picture.indexes.data() + y * rows.width();
@@ -137,9 +85,9 @@ IndexedPicture webSafePicture(StraightRows& rows) {
             }
             int index = 0;
             for (std::size_t channel = 3; channel-- > 0;) { // red first
-                const int wanted = errors.corrected(x, channel, pixel[channel]);
+                const int wanted = std::clamp(pixel[channel] + errors.owed(x, channel), 0, 255);
                 const int level = (wanted + webSafeStep / 2) / webSafeStep;
-                errors.spread(x, ahead, channel, wanted - level * webSafeStep);
+                errors.spread(x, ahead, wanted - level * webSafeStep, channel);
                 index = index * 6 + level;
             }
             out[x] = static_cast<std::uint8_t>(index);

@@ -2,6 +2,7 @@
 // are then moved to where they serve best. Doubles hold errors in a fixed order of operations, so that every build
 // chooses alike.
 #include "codecs/palette/IndexedPicture.h"
+#include "coding/Hash.h"
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -318,12 +319,14 @@ class SamplesOfColors {
     // Where the colour is, or has to go.
     Slot& slotOf(const std::uint8_t* pixel) noexcept {
         const std::uint32_t color = colorOf(pixel);
-        std::size_t at = color * 0x9E3779B1U >> 17; // 15 bits
+        std::size_t at = spreadHash<slotBits>(color);
         while (m_slots[at].sample != none && m_slots[at].color != color)
             at = (at + 1) % m_slots.size();
         return m_slots[at];
     }
 
+    static constexpr unsigned slotBits = 15;
+    static_assert(std::size_t{1} << slotBits == 2 * most);
     std::vector<Slot> m_slots = std::vector<Slot>(2 * most);
 };
 

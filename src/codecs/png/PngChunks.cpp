@@ -54,35 +54,36 @@ void writeText(PngChunkWriter& out, const PngProperties::Text& entry) {
     const bool isCompressed = !stream.empty();
 
     out.begin(!isLatin1 ? "iTXt" : isCompressed ? "zTXt" : "tEXt");
-    out.put(keyword);
-    out.put8(0);
-    if (!isLatin1) out.put8(isCompressed ? 1 : 0);
-    if (!isLatin1 || isCompressed) out.put8(0); // compression method
-    if (!isLatin1) out.put16(0);                // neither a language nor a translated keyword
+    out.text(keyword);
+    out.byte(0);
+    if (!isLatin1) out.byte(isCompressed ? 1 : 0);
+    if (!isLatin1 || isCompressed) out.byte(0); // compression method
+    if (!isLatin1) out.bigEndian16(0);          // neither a language nor a translated keyword
     if (isCompressed) {
-        out.bytes().insert(out.bytes().end(), stream.begin(), stream.end());
+        out.bytes(stream);
     } else {
-        out.put(text);
+        out.text(text);
     }
     out.end();
 }
 
 } // namespace
 
-PngChunkWriter::PngChunkWriter() : m_bytes{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'} {}
+PngChunkWriter::PngChunkWriter(std::vector<std::uint8_t>& file) : ByteWriter(file) {
+    text("\x89PNG\r\n\x1A\n");
+}
 
 void PngChunkWriter::begin(std::string_view type) {
-    m_start = m_bytes.size();
-    put32(0);
-    put(type);
+    m_start = size();
+    bigEndian32(0); // the length, when it is known
+    text(type);
 }
 
 void PngChunkWriter::end() {
-    const std::size_t length = m_bytes.size() - m_start - chunkHead;
+    const std::size_t length = size() - m_start - chunkHead;
     if (length > 0x7FFFFFFF) throw std::length_error("a chunk takes no more than 2 GiB");
-    for (unsigned i = 0; i < 4; ++i)
-        m_bytes[m_start + i] = static_cast<std::uint8_t>(length >> (24 - 8 * i));
-    put32(crc32(0, std::span(m_bytes).subspan(m_start + 4)));
+    bigEndian32At(m_start, length);
+    bigEndian32(crc32(0, std::span(target()).subspan(m_start + 4)));
 }
 
 void pngWritePalette(PngChunkWriter& out, const PngForm& form) {
@@ -90,8 +91,8 @@ void pngWritePalette(PngChunkWriter& out, const PngForm& form) {
     out.begin("PLTE");
     for (const PngPixel stored : form.palette) {
         const PngPixel colour = pngStraight(stored);
-        out.put8(colour >> 16);
-        out.put16(colour);
+        out.byte(colour >> 16);
+        out.bigEndian16(colour);
     }
     out.end();
 }
@@ -100,10 +101,10 @@ void pngWriteTransparency(PngChunkWriter& out, const PngForm& form) {
     if (form.clearColour) {
         out.begin("tRNS");
         if (form.colorType == PngColorType::gray) {
-            out.put16(grayBits(form, (*form.clearColour)[0]));
+            out.bigEndian16(grayBits(form, (*form.clearColour)[0]));
         } else {
             for (const std::uint8_t sample : *form.clearColour)
-                out.put16(sample);
+                out.bigEndian16(sample);
         }
         out.end();
     }
@@ -111,7 +112,7 @@ void pngWriteTransparency(PngChunkWriter& out, const PngForm& form) {
     if (form.palette.empty() || form.palette.front() >> 24 == 255) return;
     out.begin("tRNS");
     for (const PngPixel colour : form.palette)
-        if (colour >> 24 != 255) out.put8(colour >> 24);
+        if (colour >> 24 != 255) out.byte(colour >> 24);
     out.end();
 }
 
@@ -119,9 +120,9 @@ void pngWriteDensity(PngChunkWriter& out, const PngProperties& props) {
     const auto density = props.density();
     if (!density) return;
     out.begin("pHYs");
-    out.put32(static_cast<std::uint32_t>(density->first));
-    out.put32(static_cast<std::uint32_t>(density->second));
-    out.put8(1); // pixels in a metre
+    out.bigEndian32(static_cast<std::uint32_t>(density->first));
+    out.bigEndian32(static_cast<std::uint32_t>(density->second));
+    out.byte(1); // pixels in a metre
     out.end();
 }
 
@@ -132,17 +133,17 @@ void pngWriteBackground(PngChunkWriter& out, const PngForm& form, const PngPrope
     out.begin("bKGD");
     switch (form.colorType) {
     case PngColorType::palette: // the form was chosen with this colour in it
-        out.put8(
+        out.byte(
             form.indexes->indexOf(0xFF000000U | PngPixel{channels.r} << 16 | PngPixel{channels.g} << 8 | channels.b));
         break;
     case PngColorType::gray:
     case PngColorType::grayAlpha:
-        out.put16(grayBits(form, channels.g));
+        out.bigEndian16(grayBits(form, channels.g));
         break;
     default:
-        out.put16(channels.r);
-        out.put16(channels.g);
-        out.put16(channels.b);
+        out.bigEndian16(channels.r);
+        out.bigEndian16(channels.g);
+        out.bigEndian16(channels.b);
     }
     out.end();
 }
@@ -151,9 +152,9 @@ void pngWriteTime(PngChunkWriter& out, const PngProperties& props) {
     if (!props.lastModified()) return;
     const PngTime& time = *props.lastModified();
     out.begin("tIME");
-    out.put16(time.year);
+    out.bigEndian16(time.year);
     for (const std::uint8_t part : {time.month, time.day, time.hour, time.minute, time.second})
-        out.put8(part);
+        out.byte(part);
     out.end();
 }
 

@@ -196,34 +196,15 @@ void rgbaSamples(std::uint8_t* out, const std::uint8_t* pixels, std::size_t coun
 
 } // namespace
 
-std::size_t PngPaletteIndex::slotOf(PngPixel colour) const noexcept {
-    std::size_t slot = colour * 0x9E3779B1U >> 22; // 10 bits
-    while (m_slots[slot].isUsed && m_slots[slot].colour != colour)
-        slot = (slot + 1) % m_slots.size();
-    return slot;
-}
-
-bool PngPaletteIndex::add(PngPixel colour) noexcept {
-    Slot& slot = m_slots[slotOf(colour)];
-    if (slot.isUsed) return true;
-    if (m_count == mostColours) return false;
-    slot.colour = colour;
-    slot.isUsed = true;
-    ++m_count;
-    return true;
-}
-
 std::vector<PngPixel> PngPaletteIndex::arrange() {
-    std::vector<PngPixel> colours;
-    for (const Slot& slot : m_slots)
-        if (slot.isUsed) colours.push_back(slot.colour);
+    std::vector<PngPixel> colours(m_colours.colors().begin(), m_colours.colors().end());
     const auto rank = [](PngPixel colour) {
         const unsigned brightness = 2 * redOf(colour) + 5 * greenOf(colour) + blueOf(colour);
         return std::tuple(alphaOf(colour) == 255, brightness, colour);
     };
     std::ranges::sort(colours, {}, rank);
     for (std::size_t i = 0; i < colours.size(); ++i)
-        m_slots[slotOf(colours[i])].index = static_cast<std::uint8_t>(i);
+        m_place[m_colours.indexOf(colours[i])] = static_cast<std::uint8_t>(i);
     return colours;
 }
 

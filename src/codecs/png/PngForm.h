@@ -1,5 +1,6 @@
 // The smallest form in which a PNG file holds a picture exactly: colour type, bit depth, palette, transparent colour.
 #pragma once
+#include "coding/ColorIndexes.h"
 #include "shared/PixelView.h"
 #include <array>
 #include <cstdint>
@@ -18,25 +19,16 @@ using PngPixel = std::uint32_t;
 // The index of each colour of a palette.
 class PngPaletteIndex {
   public:
-    static constexpr std::size_t mostColours = 256;
-
     // Notes a colour; false when it would be the 257th.
-    bool add(PngPixel colour) noexcept;
-    std::uint8_t indexOf(PngPixel colour) const noexcept { return m_slots[slotOf(colour)].index; }
+    bool add(PngPixel colour) noexcept { return m_colours.add(colour).has_value(); }
+    std::uint8_t indexOf(PngPixel colour) const noexcept { return m_place[m_colours.indexOf(colour)]; }
     // In the order in which they are written: clear and translucent ones first, then from dark to bright. Indexes are
     // good from here on, and no colour can be added any more.
     std::vector<PngPixel> arrange();
 
   private:
-    struct Slot {
-        PngPixel colour = 0;
-        bool isUsed = false;
-        std::uint8_t index = 0;
-    };
-    std::size_t slotOf(PngPixel colour) const noexcept;
-
-    std::array<Slot, 1024> m_slots{}; // four times the most colours, so that searches are short
-    std::size_t m_count = 0;
+    ColorIndexes m_colours;
+    std::array<std::uint8_t, ColorIndexes::mostColors> m_place{}; // in the palette, of the colours as they came
 };
 
 struct PngForm {

@@ -16,18 +16,19 @@ using Bytes = std::vector<std::uint8_t>;
 
 void writeHeader(PngChunkWriter& out, ConstPixelView image, const PngForm& form, bool isInterlaced) {
     out.begin("IHDR");
-    out.put32(static_cast<std::uint32_t>(image.width));
-    out.put32(static_cast<std::uint32_t>(image.height));
-    out.put8(form.bitDepth);
-    out.put8(static_cast<std::uint32_t>(form.colorType));
-    out.put8(0); // compression method
-    out.put8(0); // filter method
-    out.put8(isInterlaced ? 1 : 0);
+    out.bigEndian32(image.width);
+    out.bigEndian32(image.height);
+    out.byte(form.bitDepth);
+    out.byte(static_cast<std::uint8_t>(form.colorType));
+    out.byte(0); // compression method
+    out.byte(0); // filter method
+    out.byte(isInterlaced ? 1 : 0);
     out.end();
 }
 
 Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, const PngProperties& props) {
-    PngChunkWriter out;
+    Bytes file;
+    PngChunkWriter out(file);
     writeHeader(out, image, form, props.isInterlaced());
     pngWriteDensity(out, props);
     pngWritePalette(out, form);
@@ -37,11 +38,11 @@ Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, const P
     pngWriteTexts(out, props);
     out.begin("IDAT");
     deflate::compressZlib(pngFilteredRows(image, hasAlpha, form, props.filter(), props.isInterlaced()),
-                          props.compressionLevel(), out.bytes());
+                          props.compressionLevel(), file);
     out.end();
     out.begin("IEND");
     out.end();
-    return std::move(out.bytes());
+    return file;
 }
 
 Bytes smallestFile(ConstPixelView image, bool hasAlpha, const PngProperties& props) {

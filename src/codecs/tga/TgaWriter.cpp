@@ -1,5 +1,7 @@
 // Writing: header, palette, pixels raw or run-length coded, extension area, footer.
 #include "codecs/tga/cTGAparser.h"
+#include "coding/ByteWriter.h"
+#include "coding/ColorIndexes.h"
 #include "kernels/kernels.h"
 #include "platform/system.h"
 #include "shared/modParsers.h"
@@ -9,7 +11,6 @@
 #include <cstring>
 #include <limits>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 namespace pixkit {
@@ -18,56 +19,16 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t headerSize = 18;
-
-template <class Unsigned>
-void putLittleEndian(std::uint8_t* at, Unsigned value) noexcept {
-    for (std::size_t i = 0; i < sizeof value; ++i)
-        at[i] = static_cast<std::uint8_t>(value >> (8 * i));
-}
-
 // --- palette
 
-class Palette {
-  public:
-    // The index of a colour, which is added when it is new; nothing when it would be the 257th.
-    std::optional<std::uint8_t> indexOf(const std::uint8_t* pixel) noexcept {
-        const std::uint32_t colour =
-            pixel[0] | static_cast<std::uint32_t>(pixel[1]) << 8 | static_cast<std::uint32_t>(pixel[2]) << 16;
-        std::size_t slot = colour * 0x9E3779B1U >> 22; // 10 bits
-        while (m_slots[slot].colour != colour) {
-            if (m_slots[slot].colour == unused) {
-                if (m_count == 256) return {};
-                std::copy_n(pixel, 3, &m_entries[m_count * 3]);
-                m_slots[slot] = {colour, static_cast<std::uint8_t>(m_count++)};
-                break;
-            }
-            slot = (slot + 1) % m_slots.size();
-        }
-        return m_slots[slot].index;
-    }
-    // B, G, R each, in the order in which the colours came.
-    std::span<const std::uint8_t> entries() const noexcept { return std::span(m_entries).first(m_count * 3); }
-
-  private:
-    static constexpr std::uint32_t unused = 0xFFFFFFFF; // no colour: those have 24 bits
-    struct Slot {
-        std::uint32_t colour = unused;
-        std::uint8_t index = 0;
-    };
-    std::array<Slot, 1024> m_slots{}; // four times the most colours, so that searches are short
-    std::array<std::uint8_t, 256 * 3> m_entries{};
-    std::size_t m_count = 0;
-};
-
 // One index a pixel; nothing for an image of more than 256 colours. Alpha is not looked at.
-std::optional<Bytes> PalettizeImage(ConstPixelView image, Palette& palette) {
+std::optional<Bytes> PalettizeImage(ConstPixelView image, ColorIndexes& palette) {
     Bytes indexes(image.width * image.height);
     std::uint8_t* out = indexes.data();
     for (std::size_t y = 0; y < image.height; ++y) {
         const std::uint8_t* pixel = image.row(y);
         for (std::size_t x = 0; x < image.width; ++x, pixel += 4) {
-            const auto index = palette.indexOf(pixel);
+            const auto index = palette.add(pixel[0] | std::uint32_t{pixel[1]} << 8 | std::uint32_t{pixel[2]} << 16);
             if (!index) return {};
             *out++ = *index;
         }
@@ -151,7 +112,7 @@ struct PixelData {
     std::size_t bytesPerPixel;
 };
 
-PixelData makePixelData(ConstPixelView image, Palette& palette, bool hasAlpha, bool asPreMultiplied,
+PixelData makePixelData(ConstPixelView image, ColorIndexes& palette, bool hasAlpha, bool asPreMultiplied,
                         bool useBitReduction) {
     if (useBitReduction && !hasAlpha) {
         if (auto indexes = PalettizeImage(image, palette)) return {std::move(*indexes), true, 1};
@@ -169,44 +130,58 @@ bool compress(PixelData& data, ConstPixelView image) {
     return true;
 }
 
-std::array<std::uint8_t, headerSize> makeHeader(ConstPixelView image, const PixelData& data, std::size_t entries,
-                                                bool isRunLength) {
-    std::array<std::uint8_t, headerSize> header{};
-    header[2] = static_cast<std::uint8_t>((data.isColorMapped ? 1 : 2) | (isRunLength ? 8 : 0));
-    if (data.isColorMapped) {
-        header[1] = 1;
-        putLittleEndian(&header[5], static_cast<std::uint16_t>(entries));
-        header[7] = 24;
+// Header and palette.
+Bytes makeHeader(ConstPixelView image, const PixelData& data, std::span<const std::uint32_t> palette,
+                 bool isRunLength) {
+    Bytes header;
+    ByteWriter out(header);
+    out.byte(0); // no identification
+    out.byte(data.isColorMapped ? 1U : 0U);
+    out.byte((data.isColorMapped ? 1U : 2U) | (isRunLength ? 8U : 0U));
+    out.littleEndian16(0); // the palette begins with entry 0
+    out.littleEndian16(palette.size());
+    out.byte(data.isColorMapped ? 24U : 0U); // bits of an entry
+    out.zeros(4);                            // where the picture stands on the screen
+    out.littleEndian16(image.width);
+    out.littleEndian16(image.height);
+    out.byte(data.bytesPerPixel * 8);
+    out.byte(data.bytesPerPixel == 4 ? 8U : 0U); // bits of alpha; bottom row first
+    for (const std::uint32_t color : palette) {
+        out.littleEndian16(color);
+        out.byte(color >> 16);
     }
-    putLittleEndian(&header[12], static_cast<std::uint16_t>(image.width));
-    putLittleEndian(&header[14], static_cast<std::uint16_t>(image.height));
-    header[16] = static_cast<std::uint8_t>(data.bytesPerPixel * 8);
-    header[17] = data.bytesPerPixel == 4 ? 8 : 0; // bits of alpha; bottom row first
     return header;
 }
 
 // Written for premultiplied pixels only: without it readers take alpha for straight.
-std::array<std::uint8_t, 495> CreateTGAextensionBlock() {
-    std::array<std::uint8_t, 495> area{};
-    putLittleEndian(&area[0], static_cast<std::uint16_t>(area.size()));
+Bytes CreateTGAextensionBlock() {
+    constexpr std::size_t size = 495;
+    Bytes area;
+    ByteWriter out(area);
+    const auto zerosUpTo = [&](std::size_t place) { out.zeros(place - out.size()); };
+    out.littleEndian16(size);
+    zerosUpTo(367);
     const platform::LocalTime now = platform::GetLocalTime();
-    const std::uint16_t stamp[] = {now.wMonth, now.wDay, now.wYear, now.wHour, now.wMinute, now.wSecond};
-    for (std::size_t i = 0; i < std::size(stamp); ++i)
-        putLittleEndian(&area[367 + i * 2], stamp[i]);
-    constexpr std::string_view softwareID = "Harwick cPixSheet Suite";
-    std::ranges::copy(softwareID, &area[426]);
-    area[467] = 3; // the version, in hundredths, and its letter: not those of today, but what files always said
-    area[469] = 1;
-    std::fill_n(&area[470], 4, std::uint8_t{255}); // key colour
-    area[494] = 4;                                 // attributes type: premultiplied alpha
+    for (const std::uint16_t part : {now.wMonth, now.wDay, now.wYear, now.wHour, now.wMinute, now.wSecond})
+        out.littleEndian16(part);
+    zerosUpTo(426);
+    out.text("Harwick cPixSheet Suite");
+    zerosUpTo(467);
+    out.littleEndian16(3); // the version, in hundredths, and its letter: not those of today, but what files always said
+    out.byte(1);
+    out.bytes({255, 255, 255, 255}); // key colour
+    zerosUpTo(size - 1);
+    out.byte(4); // attributes type: premultiplied alpha
     return area;
 }
 
-std::array<std::uint8_t, 26> makeFooter(std::uint32_t extensionOffset) {
-    std::array<std::uint8_t, 26> footer{};
-    putLittleEndian(footer.data(), extensionOffset);
-    constexpr std::string_view signature = "TRUEVISION-XFILE.";
-    std::ranges::copy(signature, &footer[8]); // its closing zero is there
+Bytes makeFooter(std::size_t extensionOffset) {
+    Bytes footer;
+    ByteWriter out(footer);
+    out.littleEndian32(extensionOffset);
+    out.littleEndian32(0); // no developer directory
+    out.text("TRUEVISION-XFILE.");
+    out.byte(0);
     return footer;
 }
 
@@ -223,37 +198,29 @@ class Parts {
         const bool asPreMultiplied = hasAlpha && allowPreMultipliedAlpha;
 
         Parts parts;
+        ColorIndexes palette;
         PixelData& data = parts.m_pixelData;
-        data = makePixelData(image, parts.m_palette, hasAlpha, asPreMultiplied, useBitReduction);
+        data = makePixelData(image, palette, hasAlpha, asPreMultiplied, useBitReduction);
         const bool isRunLength = useCompression && compress(data, image);
-        const std::size_t mapBytes = parts.map().size();
-        parts.m_header = makeHeader(image, data, mapBytes / 3, isRunLength);
+        // A palette may have been begun although the picture has too many colours for one.
+        const auto colors = data.isColorMapped ? palette.colors() : std::span<const std::uint32_t>();
+        parts.m_header = makeHeader(image, data, colors, isRunLength);
         if (asPreMultiplied) parts.m_extension = CreateTGAextensionBlock();
-        parts.m_footer =
-            makeFooter(asPreMultiplied ? static_cast<std::uint32_t>(headerSize + mapBytes + data.bytes.size()) : 0);
+        parts.m_footer = makeFooter(asPreMultiplied ? parts.m_header.size() + data.bytes.size() : 0);
         return parts;
     }
 
     // In the order in which they stand in the file; some may be empty.
-    std::array<std::span<const std::uint8_t>, 5> list() const noexcept {
-        std::span<const std::uint8_t> extension;
-        if (m_extension) extension = *m_extension;
-        return {m_header, map(), m_pixelData.bytes, extension, m_footer};
+    std::array<std::span<const std::uint8_t>, 4> list() const noexcept {
+        return {m_header, m_pixelData.bytes, m_extension, m_footer};
     }
 
   private:
     Parts() = default;
 
-    std::span<const std::uint8_t> map() const noexcept {
-        if (!m_pixelData.isColorMapped) return {}; // a palette may have been begun all the same
-        return m_palette.entries();
-    }
-
-    std::array<std::uint8_t, headerSize> m_header{};
-    Palette m_palette;
+    Bytes m_header;
     PixelData m_pixelData{};
-    std::optional<std::array<std::uint8_t, 495>> m_extension;
-    std::array<std::uint8_t, 26> m_footer{};
+    Bytes m_extension, m_footer;
 };
 
 } // namespace

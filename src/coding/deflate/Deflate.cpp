@@ -1,4 +1,5 @@
 #include "coding/deflate/Deflate.h"
+#include "coding/ByteWriter.h"
 #include "coding/deflate/BlockWriter.h"
 #include "coding/deflate/MatchFinder.h"
 #include "kernels/kernels.h"
@@ -114,8 +115,8 @@ void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std
     const unsigned hint = level < 2 ? 0 : level < 6 ? 1 : level == 6 ? 2 : 3;
     const unsigned head = 0x7800 | hint << 6;
     const unsigned checked = head + 31 - head % 31;
-    out.push_back(static_cast<std::uint8_t>(checked >> 8));
-    out.push_back(static_cast<std::uint8_t>(checked));
+    ByteWriter stream(out);
+    stream.bigEndian16(checked);
 
     BlockWriter blocks(data.data(), out);
     if (level == 0) {
@@ -128,9 +129,7 @@ void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std
         }
         blocks.finish();
     }
-    const std::uint32_t sum = kernels::table().adler32(1, data.data(), data.size());
-    for (int shift = 24; shift >= 0; shift -= 8)
-        out.push_back(static_cast<std::uint8_t>(sum >> shift));
+    stream.bigEndian32(kernels::table().adler32(1, data.data(), data.size()));
 }
 
 } // namespace pixkit::deflate

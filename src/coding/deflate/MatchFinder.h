@@ -1,5 +1,6 @@
 // Finds earlier copies of the bytes at a position, by hashes of four bytes.
 #pragma once
+#include "coding/Hash.h"
 #include "coding/deflate/Symbols.h"
 #include <algorithm>
 #include <array>
@@ -28,7 +29,7 @@ std::uint32_t hashOf(const std::uint8_t* p) noexcept {
     std::uint32_t value = load32(p);
     if constexpr (std::endian::native == std::endian::big)
         value = value >> 24 | (value >> 8 & 0xFF00) | (value << 8 & 0xFF0000) | value << 24;
-    return value * 0x9E3779B1U >> (32 - bits);
+    return spreadHash<bits>(value);
 }
 
 // How many bytes two places have in common, at most `limit`.

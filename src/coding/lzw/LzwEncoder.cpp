@@ -1,4 +1,5 @@
 #include "coding/lzw/LzwEncoder.h"
+#include "coding/Hash.h"
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -35,8 +36,9 @@ class Dictionary {
     }
 
   private:
-    static constexpr std::size_t slots = 8192; // twice the most entries
-    static std::size_t first(std::uint32_t key) noexcept { return key * 0x9E3779B1U >> 19; }
+    static constexpr unsigned slotBits = longestCode + 1; // twice the most entries
+    static constexpr std::size_t slots = std::size_t{1} << slotBits;
+    static std::size_t first(std::uint32_t key) noexcept { return spreadHash<slotBits>(key); }
 
     // 20 bits of key, 12 of code. Never all ones: no string has a code that its own prefix has.
     std::array<std::uint32_t, slots> m_slots;
