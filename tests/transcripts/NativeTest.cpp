@@ -20,6 +20,10 @@ class In {
         if (!m_argument.isVariable) return;
         if (m_isNumber) m_argument.value = std::int64_t{m_number};
         if (m_isArray) m_argument.value = stored();
+        Array sizes{{}, 0, static_cast<std::uint32_t>(m_iconSizes.size()), true};
+        for (const auto& [width, height, depth, isPng] : m_iconSizes)
+            sizes.elements.insert(sizes.elements.end(), {width, height, depth, isPng});
+        if (sizes.rows != 0) m_argument.value = sizes;
     }
 
     const Value& value() const { return m_argument.value; }
@@ -47,11 +51,24 @@ class In {
         m_isArray = true;
         if (const auto* array = std::get_if<Array>(&value())) {
             m_bytes.assign(array->elements.begin(), array->elements.end());
-            const auto bound = [&](std::size_t i) { return ByteArray::Bound{array->lower[i], array->count[i]}; };
-            m_array = array->dimensions == 1 ? ByteArray::borrow(m_bytes.data(), bound(0))
-                                             : ByteArray::borrow(m_bytes.data(), bound(0), bound(1));
+            const ByteArray::Bound first{array->lower, array->rowSize()};
+            m_array = array->rows == 0 ? ByteArray::borrow(m_bytes.data(), first)
+                                       : ByteArray::borrow(m_bytes.data(), first, {0, array->rows});
         }
         return m_array;
+    }
+    operator std::vector<IconSourceSize>&() { return m_iconSizes; }
+    operator std::span<const cPixSheet* const>() {
+        for (const Value& source : list())
+            if (const auto* object = std::get_if<Object>(&source); object != nullptr && *object)
+                m_sheets.push_back(static_cast<const cPixSheet*>(object->get()));
+        return m_sheets;
+    }
+    operator std::span<const IconEntrySize>() {
+        const auto numbers = list();
+        for (std::size_t i = 0; i + 2 < numbers.size(); i += 3)
+            m_entrySizes.push_back({numberOf(numbers[i]), numberOf(numbers[i + 1]), numberOf(numbers[i + 2])});
+        return m_entrySizes;
     }
     operator cPixSheet*() {
         const auto* const object = std::get_if<Object>(&value());
@@ -61,17 +78,20 @@ class In {
     void store(Value result) { m_argument.value = std::move(result); }
 
   private:
+    static std::int32_t numberOf(const Value& value) {
+        return static_cast<std::int32_t>(std::get<std::int64_t>(value));
+    }
     std::int64_t number() const {
         if (const auto* truth = std::get_if<bool>(&value())) return *truth;
         return std::holds_alternative<std::monostate>(value()) ? 0 : std::get<std::int64_t>(value());
     }
+    std::vector<Value> list() const { // one value is a list of one
+        const auto* const found = std::get_if<std::vector<Value>>(&value());
+        return found != nullptr ? *found : std::vector<Value>{value()};
+    }
     Value stored() const {
         if (!m_array.isAllocated()) return {};
-        const auto first = m_array.bound(1), second = m_array.bound(2);
-        return Array{{m_array.data(), m_array.data() + m_array.size()},
-                     m_array.dimensions(),
-                     {first.lower, second.lower},
-                     {first.count, m_array.dimensions() == 2 ? second.count : 1}};
+        return Array{{m_array.data(), m_array.data() + m_array.size()}, m_array.lowerBound(), m_array.bound(2).count};
     }
 
     Argument& m_argument;
@@ -79,6 +99,9 @@ class In {
     std::int32_t m_number = 0;
     std::vector<std::uint8_t> m_bytes;
     ByteArray m_array;
+    std::vector<IconSourceSize> m_iconSizes;
+    std::vector<const cPixSheet*> m_sheets;
+    std::vector<IconEntrySize> m_entrySizes;
 };
 
 Value valueOf(bool value) {
@@ -132,53 +155,35 @@ Member member(Call call) {
     };
 }
 
-template <bool toFile>
-Value saveIcon(cPixSheet& sheet, std::span<std::unique_ptr<In>> in) {
-    std::vector<const cPixSheet*> sources;
-    std::vector<IconEntrySize> sizes;
-    const std::size_t fixed = toFile ? 3 : 2;
-    if (in.size() > 1) {
-        if (const auto* list = std::get_if<std::vector<Value>>(&in[1]->value()))
-            for (const Value& source : *list)
-                sources.push_back(static_cast<const cPixSheet*>(std::get<Object>(source).get()));
-        else if (const cPixSheet* const source = static_cast<cPixSheet*>(*in[1]))
-            sources.push_back(source);
-    }
-    for (std::size_t i = fixed; i + 2 < in.size(); i += 3)
-        sizes.push_back({*in[i], *in[i + 1], *in[i + 2]});
-    if constexpr (toFile)
-        return valueOf(sheet.SaveToFile_ICO(*in[0], sources, *in[2], sizes));
-    else
-        return valueOf(sheet.SaveToStream_ICO(*in[0], sources, sizes));
-}
-
-#define MEMBER(name)                                                                                                   \
-    {                                                                                                                  \
-#name, member([](cPixSheet& sheet, auto&... in) -> decltype(sheet.name(in...)) { return sheet.name(in...); })  \
-    }
+// All that is called in C++ as in COM, by subject.
+// clang-format off
+#define PIXKIT_MEMBERS(X) \
+    X(Alpha) X(BitsPointer) X(Handle) X(Width) X(Height) X(scanWidth) X(ImageType) X(HighQualityInterpolation) \
+    X(ManageOwnDC) X(isAlphaBlendFriendly) X(isGDIplusEnabled) X(isZlibEnabled) X(gdiToken) X(KeepGDIplusActive) \
+    X(Version) X(InitializeDIB) X(DestroyDIB) X(EraseDIB) X(LoadDIBinDC) X(SwapDIBs) \
+    X(GetPixel) X(SetPixel) X(GetAlphaMask) X(GetDIBbits) X(SetDIBbits) \
+    X(LoadPicture_File) X(LoadPicture_Stream) X(LoadPicture_ByHandle) X(LoadPicture_FromOrignalFormat) \
+    X(GetOrginalFormat) X(SourceIconSizes) \
+    X(SaveToFile_Bitmap) X(SaveToStream_Bitmap) X(SaveToFile_TGA) X(SaveToStream_TGA) X(SaveToFile_JPG) \
+    X(SaveToStream_JPG) X(SaveToFile_PNG) X(SaveToStream_PNG) X(SaveToFile_GIF) X(SaveToStream_GIF) \
+    X(SaveToFile_ICO) X(SaveToStream_ICO) X(PngPropertyGet) X(PngPropertySet) \
+    X(MakeGrayScale) X(MakeImageInverse) X(MakeLighterDarker) X(MakeTransparent) X(BlendToColor) X(MirrorImage) \
+    X(Render) X(RenderDropShadow_JIT) X(CreateGDIplusToken) X(DestroyGDIplusToken) X(Resize) X(ScaleImage) \
+    X(CreateDropShadow) X(CreateCheckerBoard) X(TileImage)
+// clang-format on
+#define PIXKIT_MEMBER(name)                                                                                            \
+    {#name, member([](cPixSheet& sheet, auto&... in) -> decltype(sheet.name(in...)) { return sheet.name(in...); })},
 const std::map<std::string, Member> members = {
-    MEMBER(Alpha), MEMBER(BitsPointer), MEMBER(Handle), MEMBER(Width), MEMBER(Height), MEMBER(scanWidth),
-    MEMBER(ImageType), MEMBER(HighQualityInterpolation), MEMBER(ManageOwnDC), MEMBER(isAlphaBlendFriendly),
-    MEMBER(isGDIplusEnabled), MEMBER(isZlibEnabled), MEMBER(gdiToken), MEMBER(KeepGDIplusActive), MEMBER(Version),
-    MEMBER(InitializeDIB), MEMBER(DestroyDIB), MEMBER(EraseDIB), MEMBER(LoadDIBinDC), MEMBER(SwapDIBs),
-    MEMBER(GetPixel), MEMBER(SetPixel), MEMBER(GetAlphaMask), MEMBER(GetDIBbits), MEMBER(SetDIBbits),
-    MEMBER(LoadPicture_File), MEMBER(LoadPicture_Stream), MEMBER(LoadPicture_ByHandle),
-    MEMBER(LoadPicture_FromOrignalFormat), MEMBER(GetOrginalFormat),
-    MEMBER(SaveToFile_Bitmap), MEMBER(SaveToStream_Bitmap), MEMBER(SaveToFile_TGA), MEMBER(SaveToStream_TGA),
-    MEMBER(SaveToFile_JPG), MEMBER(SaveToStream_JPG), MEMBER(SaveToFile_PNG), MEMBER(SaveToStream_PNG),
-    MEMBER(SaveToFile_GIF), MEMBER(SaveToStream_GIF), MEMBER(PngPropertyGet), MEMBER(PngPropertySet),
-    MEMBER(MakeGrayScale), MEMBER(MakeImageInverse), MEMBER(MakeLighterDarker), MEMBER(MakeTransparent),
-    MEMBER(BlendToColor), MEMBER(MirrorImage), MEMBER(Render), MEMBER(RenderDropShadow_JIT),
-    MEMBER(CreateGDIplusToken), MEMBER(DestroyGDIplusToken), MEMBER(Resize), MEMBER(ScaleImage),
-    MEMBER(CreateDropShadow), MEMBER(CreateCheckerBoard), MEMBER(TileImage),
+    PIXKIT_MEMBERS(PIXKIT_MEMBER)
     // Members whose form in C++ is another than in COM.
-    {"Tag", [](cPixSheet& sheet, std::span<std::unique_ptr<In>> in) {
+    {"Tag",
+     [](cPixSheet& sheet, std::span<std::unique_ptr<In>> in) {
          if (in.empty()) return sheet.Tag().has_value() ? std::any_cast<Value>(sheet.Tag()) : Value();
          sheet.Tag(in[0]->value());
          return Value();
      }},
-    {"CopyImageTo", member([](cPixSheet& sheet, In& target, auto&... in)
-                               -> decltype(sheet.CopyImageTo(std::declval<cPixSheet&>(), in...)) {
+    {"CopyImageTo", member([](cPixSheet& sheet, In& target,
+                              auto&... in) -> decltype(sheet.CopyImageTo(std::declval<cPixSheet&>(), in...)) {
          if (cPixSheet* const given = target) return sheet.CopyImageTo(*given, in...);
          std::unique_ptr<cPixSheet> made;
          sheet.CopyImageTo(made, in...);
@@ -187,23 +192,13 @@ const std::map<std::string, Member> members = {
     {"TrimImage", [](cPixSheet& sheet, std::span<std::unique_ptr<In>> in) {
          TrimRectangle kept;
          const bool isReport = in.size() > 1 && static_cast<bool>(*in[1]);
-         if (!sheet.TrimImage(in.empty() ? trimAll : static_cast<std::int32_t>(*in[0]), isReport, &kept)) return Value(false);
+         if (!sheet.TrimImage(in.empty() ? trimAll : static_cast<std::int32_t>(*in[0]), isReport, &kept))
+             return Value(false);
          const std::int32_t stored[] = {kept.x, kept.y, kept.Width, kept.Height};
          for (std::size_t i = 2; i < in.size(); ++i)
              in[i]->store(std::int64_t{stored[i - 2]});
          return Value(true);
-     }},
-    {"SourceIconSizes", [](cPixSheet& sheet, std::span<std::unique_ptr<In>> in) {
-         std::vector<IconSourceSize> sizes;
-         const auto count = static_cast<std::uint32_t>(sheet.SourceIconSizes(sizes));
-         Array array{{}, 2, {}, {4, count}, true};
-         for (const auto& size : sizes)
-             array.elements.insert(array.elements.end(), {size.Width, size.Height, size.bitDepth, size.isPNG});
-         if (count != 0) in[0]->store(array);
-         return Value(std::int64_t{count});
-     }},
-    {"SaveToFile_ICO", saveIcon<true>}, {"SaveToStream_ICO", saveIcon<false>}};
-#undef MEMBER
+     }}};
 
 class NativeEngine final : public Engine {
   public:
@@ -220,15 +215,7 @@ class NativeEngine final : public Engine {
     }
 };
 
-class NativeTranscripts : public testing::TestWithParam<std::filesystem::path> {};
-
-TEST_P(NativeTranscripts, GiveWhatIsWritten) {
-    NativeEngine engine;
-    runTranscript(GetParam(), engine);
-}
-
-INSTANTIATE_TEST_SUITE_P(All, NativeTranscripts, testing::ValuesIn(transcripts()),
-                         [](const auto& file) { return transcriptName(file.param); });
+PIXKIT_RUN_TRANSCRIPTS(NativeTranscripts, NativeEngine());
 
 } // namespace
 

@@ -1,8 +1,6 @@
-// Transcripts are calls of cPixSheet as text, each with the result it must have. The files in tests/data/transcripts
-// run through every engine: the native class here, late-bound and early-bound COM in tests/com. Their README explains
-// how they are written.
+// Transcripts are calls of cPixSheet as text, each with what it must give. The files in tests/data/transcripts, whose
+// README explains how they are written, run through every way of calling the class.
 #pragma once
-#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -16,17 +14,17 @@ using Object = std::shared_ptr<void>; // of the kind that the engine makes; null
 
 struct Missing {}; // an optional argument that is left out
 struct Date {
-    double days;
-}; // since 30 December 1899
-struct Word {
+    double days = 0; // since 30 December 1899
+};
+struct Word { // a result that is no value, such as the name of an error
     std::string text;
-};             // an outcome that is no value, such as the name of an error
-struct Array { // of bytes or 32-bit numbers, the first index runs fastest
+};
+struct Array { // bytes or 32-bit numbers, in two dimensions the first index runs fastest
     std::vector<std::int32_t> elements;
-    int dimensions = 1;
-    std::array<std::int32_t, 2> lower{};
-    std::array<std::uint32_t, 2> count{0, 1};
+    std::int32_t lower = 0; // first index of the first dimension
+    std::uint32_t rows = 0; // of the second dimension; 0: there is one only
     bool hasLongs = false;
+    std::uint32_t rowSize() const { return static_cast<std::uint32_t>(elements.size()) / (rows == 0 ? 1 : rows); }
 };
 struct Value : std::variant<std::monostate, bool, std::int64_t, double, std::string, Array, Object, std::vector<Value>,
                             Date, Missing, Word> {
@@ -43,21 +41,29 @@ struct Argument {
 class Engine {
   public:
     virtual ~Engine() = default;
-    // What a section that is not for all engines calls it.
+    // What sections that are not for all engines call it.
     virtual std::vector<std::string> names() const = 0;
     virtual Object create() = 0;
-    // Calls a member, or gives a property its one argument. std::monostate where nothing comes back; a Word for a
-    // refused call. Raises what makes the call impossible, such as an argument of another kind.
+    // Calls a member, or gives a property its one argument. Nothing comes back as std::monostate. Throws where the call
+    // cannot be made, such as for an argument of another kind.
     virtual Value call(const Object& object, const std::string& member, std::vector<Argument>& arguments,
                        bool isPut) = 0;
 };
 
 std::vector<std::filesystem::path> transcripts();
-// As a name for a test: that of the file without its folder and extension.
-std::string transcriptName(const std::filesystem::path& file);
 
-// Runs the sections that are for this engine. With PIXKIT_WRITE_TRANSCRIPTS set, results that differ are written into
-// the file instead of failing.
+// Runs the sections that are for this engine. With PIXKIT_WRITE_TRANSCRIPTS in the environment, results that differ are
+// written into the file instead of failing.
 void runTranscript(const std::filesystem::path& file, Engine& engine);
 
 } // namespace pixkit::test
+
+// A test for each transcript; `make` gives the engine.
+#define PIXKIT_RUN_TRANSCRIPTS(suite, make)                                                                            \
+    class suite : public testing::TestWithParam<std::filesystem::path> {};                                             \
+    TEST_P(suite, GiveSomethingElse) {                                                                                 \
+        auto engine = make;                                                                                            \
+        runTranscript(GetParam(), engine);                                                                             \
+    }                                                                                                                  \
+    INSTANTIATE_TEST_SUITE_P(All, suite, testing::ValuesIn(transcripts()),                                             \
+                             [](const auto& file) { return file.param.stem().string(); })
