@@ -14,6 +14,7 @@ import subprocess
 import sys
 
 sys.path.insert(0, str(pathlib.Path(__file__).parent))
+from test_pictures import metafiles
 from test_pictures.bmp import bmp
 from test_pictures.ico import ico
 from test_pictures.parts import changed, noise
@@ -254,6 +255,10 @@ def main():
         folder.mkdir(parents=True, exist_ok=True)
         for name, data in draw():
             (folder / f"{name}.{kind}").write_bytes(data)
+    folder = FOLDER.parent / "metafiles"
+    folder.mkdir(exist_ok=True)
+    (folder / "red.emf").write_bytes(metafiles.enhanced())
+    (folder / "red.wmf").write_bytes(metafiles.placeable())
     if "--programs" in sys.argv:
         by_programs(FOLDER)
 

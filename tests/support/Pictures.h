@@ -1,10 +1,12 @@
 // Small pictures and files that tests share.
 #pragma once
+#include "support/SourceFolder.h"
 #include "surface/cPixSheet.h"
 #include <array>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <random>
@@ -13,6 +15,7 @@
 
 namespace pixkit::test {
 
+using Bytes = std::vector<std::uint8_t>;
 using Pixel = std::array<std::uint8_t, 4>; // B, G, R, A as stored
 
 // Pixels given top row first, as one reads them.
@@ -24,6 +27,27 @@ inline void fill(cPixSheet& sheet, std::int32_t width, std::int32_t height, cons
             std::copy(pixel.begin(), pixel.end(), sheet.BitsPointer() + ((height - 1 - y) * width + x) * 4);
         }
     }
+}
+
+// A picture from a function of the place, x from the left and y from the top.
+template <class At>
+void draw(cPixSheet& sheet, std::int32_t width, std::int32_t height, AlphaTypeEnum alpha, At&& at) {
+    std::vector<Pixel> pixels;
+    for (std::int32_t i = 0; i < width * height; ++i)
+        pixels.push_back(at(static_cast<unsigned>(i % width), static_cast<unsigned>(i / width)));
+    fill(sheet, width, height, pixels);
+    sheet.Alpha(alpha);
+}
+
+// The same numbers on every machine: 16 bits that look random.
+using Samples = std::function<unsigned(std::size_t x, std::size_t y, std::size_t channel)>;
+inline Samples noise(std::uint32_t seed) {
+    return [seed](std::size_t x, std::size_t y, std::size_t channel) {
+        auto value = seed * 2654435761U ^ static_cast<std::uint32_t>((y * 1009 + x) * 4 + channel) * 2246822519U;
+        value = (value ^ value >> 15) * 2246822519U;
+        value = (value ^ value >> 13) * 3266489917U;
+        return value >> 16;
+    };
 }
 
 inline std::vector<Pixel> pixelsOf(const cPixSheet& sheet) {
@@ -77,6 +101,11 @@ inline void writeFile(const std::filesystem::path& path, const std::vector<std::
 inline std::vector<std::uint8_t> readFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// A file of tests/data/pictures.
+inline Bytes picture(const std::string& name) {
+    return readFile(sourceFolder() / "tests" / "data" / "pictures" / name);
 }
 
 } // namespace pixkit::test

@@ -82,15 +82,6 @@ std::uint32_t crc32(std::span<const std::uint8_t> bytes) {
     return ~crc;
 }
 
-Samples noise(std::uint32_t seed) {
-    return [seed](std::size_t x, std::size_t y, std::size_t channel) {
-        auto value = seed * 2654435761U ^ static_cast<std::uint32_t>((y * 1009 + x) * 4 + channel) * 2246822519U;
-        value = (value ^ value >> 15) * 2246822519U;
-        value = (value ^ value >> 13) * 3266489917U;
-        return value >> 16;
-    };
-}
-
 Bytes filteredRows(const PngImage& image, const Samples& samples) {
     static constexpr std::array<Grid, 7> adam7 = {
         {{0, 0, 8, 8}, {0, 4, 8, 8}, {4, 0, 8, 4}, {0, 2, 4, 4}, {2, 0, 4, 2}, {0, 1, 2, 2}, {1, 0, 2, 1}}};

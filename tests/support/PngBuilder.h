@@ -1,15 +1,10 @@
 // Builds PNG data in memory, right and wrong, without the help of any library, so that the same tests run everywhere.
 #pragma once
-#include <cstddef>
-#include <cstdint>
-#include <functional>
+#include "support/Pictures.h"
 #include <span>
 #include <string_view>
-#include <vector>
 
 namespace pixkit::test {
-
-using Bytes = std::vector<std::uint8_t>;
 
 inline Bytes operator+(Bytes a, const Bytes& b) {
     a.insert(a.end(), b.begin(), b.end());
@@ -29,13 +24,8 @@ struct PngImage {
     std::size_t bitsPerPixel() const { return channels() * bitDepth; }
 };
 
-// The sample of a pixel's channel; its low bitDepth bits count.
-using Samples = std::function<unsigned(std::size_t x, std::size_t y, std::size_t channel)>;
-
-// The same numbers on every machine: 16 bits that look random.
-Samples noise(std::uint32_t seed);
-
-// The filtered rows of the image, all passes in turn, before compression. A filter above 4 is written and not applied.
+// The filtered rows of the image, all passes in turn, before compression. Of samples the low
+// bitDepth bits count. A filter above 4 is written and not applied.
 Bytes filteredRows(const PngImage& image, const Samples& samples);
 
 // A zlib stream of stored blocks, or of one block of fixed codes without matches.

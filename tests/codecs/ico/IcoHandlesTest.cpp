@@ -2,7 +2,7 @@
 #include "codecs/ico/cICOparser.h"
 #include "platform/gdi.h"
 #include "platform/icons.h"
-#include "support/PngLoading.h"
+#include "support/QuietLoads.h"
 #include "surface/HostAccess.h"
 
 using namespace pixkit;

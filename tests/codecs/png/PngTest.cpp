@@ -1,0 +1,232 @@
+// Rules that no ledger can say: CRCs, which count only where there is zlib, the byte that an array may lack, the
+// greatest size, which form a picture is written in, what a reload costs, and which properties are taken.
+#include "support/QuietLoads.h"
+#include <optional>
+
+using namespace pixkit;
+using namespace pixkit::test;
+
+namespace {
+
+class Png : public QuietLoads {};
+
+std::uint8_t byte(unsigned value) {
+    return static_cast<std::uint8_t>(value);
+}
+Pixel color(unsigned blue, unsigned green, unsigned red, unsigned alpha = 255) {
+    return {byte(blue), byte(green), byte(red), byte(alpha)};
+}
+Pixel gray(unsigned value) {
+    return color(value, value, value);
+}
+
+std::optional<std::pair<AlphaTypeEnum, Pixel>> load(const Bytes& data, bool fromFile = false, bool withZlib = true) {
+    std::optional<platform::ScopedFault> noZlib;
+    if (!withZlib) noZlib.emplace(platform::SeamCall::loadLibrary);
+    const TemporaryFolder folder;
+    if (fromFile) writeFile(folder.path(u8"a.png"), data);
+    cPixSheet sheet;
+    if (!(fromFile ? sheet.LoadPicture_File(folder.name(u8"a.png")) : sheet.LoadPicture_Stream(ByteArray(data))))
+        return {};
+    return std::pair(sheet.Alpha(), pixelsOf(sheet)[0]);
+}
+
+Bytes saved(const cPixSheet& sheet) {
+    ByteArray stream;
+    EXPECT_TRUE(sheet.SaveToStream_PNG(stream));
+    return bytesOf(stream);
+}
+
+// Where a chunk's length begins; the file's end when there is none of the type.
+std::size_t chunkOf(const Bytes& file, std::string_view type) {
+    const auto found = std::search(file.begin(), file.end(), type.begin(), type.end());
+    return found == file.end() ? file.size() : static_cast<std::size_t>(found - file.begin()) - 4;
+}
+
+} // namespace
+
+TEST_F(Png, CrcsAreHeldAgainstTheWrongChunksOrWithoutZlib) {
+    const bool zlibIsHere = cPixSheet().isZlibEnabled();
+    const Bytes whole = picture("png/chunks-all.png");
+    const auto half = std::optional(std::pair(AlphaSimple, Pixel{15, 10, 5, 128}));
+    const auto opaque = std::optional(std::pair(AlphaNone, Pixel{30, 20, 10, 255}));
+    const struct {
+        const char* chunk;
+        decltype(load({})) whenWrong; // where zlib is there to notice
+    } rows[] = {{"IHDR", {}}, {"PLTE", {}}, {"IDAT", {}}, {"tRNS", opaque}, {"tEXt", half}, {"IEND", half}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.chunk);
+        const std::size_t at = chunkOf(whole, row.chunk);
+        const std::size_t crc = at + 8 + whole[at + 3];
+        Bytes wrong = whole, zero = whole;
+        wrong[crc] ^= 1;
+        std::fill_n(zero.begin() + static_cast<std::ptrdiff_t>(crc), 4, std::uint8_t{0});
+        for (const bool fromFile : {false, true}) {
+            EXPECT_EQ(load(wrong, fromFile), zlibIsHere ? row.whenWrong : half) << "wrong CRC";
+            EXPECT_EQ(load(wrong, fromFile, false), half) << "wrong CRC, no zlib";
+            EXPECT_EQ(load(zero, fromFile), half) << "a CRC of 0 is never checked";
+        }
+        wrong.resize(crc + 3); // a cut CRC is not there, so it is not checked
+        EXPECT_EQ(load(wrong).has_value(), row.chunk == std::string_view("IEND"));
+    }
+}
+
+TEST_F(Png, ACutPictureLoadsOrTheToleratedByteIsNot) {
+    const Bytes whole = picture("png/rule-trns-high-bytes.png");
+    Bytes longer = whole;
+    longer.resize(whole.size() + 50);
+    for (std::size_t size = 0; size <= whole.size(); ++size) {
+        const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
+        EXPECT_EQ(load(cut).has_value(), size + 1 >= whole.size()) << size;
+        EXPECT_EQ(load(cut, true).has_value(), size == whole.size()) << size;
+        // The byte is missing where a slice ends, although the array goes on.
+        const auto length = static_cast<std::int32_t>(size);
+        EXPECT_EQ(cPixSheet().LoadPicture_Stream(ByteArray(longer), 32, 32, 0, length),
+                  length == 0 || size + 1 >= whole.size());
+    }
+}
+
+TEST_F(Png, TheGreatestSizeIsRefused) {
+    cPixSheet sheet;
+    if (!sheet.InitializeDIB(67108863, 1)) GTEST_SKIP() << "no memory for 256 MB here";
+    Bytes file = picture("png/bad-1x67108864-0-1.png"); // one too many
+    constexpr std::uint8_t size[] = {3, 255, 255, 255, 0, 0, 0, 1};
+    std::ranges::copy(size, file.begin() + 16);
+    std::fill_n(file.begin() + 29, 4, std::uint8_t{0}); // the CRC
+    ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(file)));
+    EXPECT_EQ(sheet.Width(), 67108863);
+}
+
+TEST_F(Png, AFormIsNotTheSmallestThatHoldsThePicture) {
+    const Pixel clear{};
+    struct Row {
+        const char* what;
+        AlphaTypeEnum alpha;
+        std::int32_t width, height;
+        std::function<Pixel(unsigned, unsigned)> at;
+        int colorType, bitDepth;
+        std::size_t transparency; // bytes of tRNS
+    };
+    const Row rows[] = {
+        {"black", AlphaNone, 9, 5, [](auto, auto) { return gray(0); }, 0, 1, 0},
+        {"black and white", AlphaNone, 9, 5, [](auto x, auto y) { return gray((x ^ y) % 2 * 255); }, 0, 1, 0},
+        {"four grays", AlphaNone, 9, 5, [](auto x, auto y) { return gray((x + y) % 4 * 85); }, 0, 2, 0},
+        {"sixteen grays", AlphaNone, 17, 5, [](auto x, auto y) { return gray((x + y) % 16 * 17); }, 0, 4, 0},
+        {"all grays", AlphaNone, 16, 16, [](auto x, auto y) { return gray(y * 16 + x); }, 0, 8, 0},
+        {"grays of no depth", AlphaNone, 300, 300, [](auto x, auto) { return gray(10 + x % 2); }, 3, 1, 0},
+        {"clear throughout", AlphaSimple, 9, 5, [=](auto, auto) { return clear; }, 0, 1, 2},
+        {"black, white and clear", AlphaSimple, 9, 5,
+         [=](auto x, auto) { return x % 3 == 0 ? clear : gray(x % 3 == 1 ? 0 : 255); }, 0, 2, 2},
+        {"all grays and clear", AlphaSimple, 64, 64,
+         [=](auto x, auto y) { return x == 0 ? clear : gray((y * 64 + x) % 255); }, 0, 8, 2},
+        {"two colours", AlphaNone, 200, 40, [](auto x, auto) { return color(1, 2, x % 2); }, 3, 1, 0},
+        {"three colours, one clear", AlphaSimple, 200, 40,
+         [=](auto x, auto) { return x % 3 == 0 ? clear : color(1, 2, x % 3); }, 3, 2, 1},
+        {"16 translucent colours", AlphaComplex, 200, 40, [](auto x, auto) { return color(x % 16, 0, x % 16, 200); }, 3,
+         4, 16},
+        {"256 colours, half of them translucent", AlphaComplex, 256, 300,
+         [](auto x, auto) { return color(x / 2, 0, 3, x % 2 == 0 ? 255 : 128); }, 3, 8, 128},
+        {"many colours", AlphaNone, 300, 260, [](auto x, auto y) { return color(x, y, 7); }, 2, 8, 0},
+        {"many colours and clear", AlphaSimple, 300, 260,
+         [=](auto x, auto y) { return x < 9 ? clear : color(x, y, 0); }, 2, 8, 6},
+        {"many colours, translucent", AlphaComplex, 300, 260,
+         [](auto x, auto y) { return color(x % 100, y % 100, 50, 100 + (x + y) % 156); }, 6, 8, 0},
+        {"grays, translucent", AlphaComplex, 300, 260,
+         [](auto x, auto y) { return color(x % 100, x % 100, x % 100, 100 + y % 156); }, 4, 8, 0},
+        {"one pixel: a palette would be longer", AlphaNone, 1, 1, [](auto, auto) { return color(0, 0, 255); }, 2, 8, 0},
+        {"alpha that means nothing", AlphaNone, 2, 1, [](auto x, auto) { return color(255, 255, 255, x); }, 0, 1, 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.what);
+        cPixSheet sheet;
+        draw(sheet, row.width, row.height, row.alpha, row.at);
+        const Bytes file = saved(sheet);
+        EXPECT_EQ(file[25], row.colorType);
+        EXPECT_EQ(file[24], row.bitDepth);
+        const std::size_t trns = chunkOf(file, "tRNS");
+        EXPECT_EQ(trns == file.size() ? 0U : file[trns + 3], row.transparency);
+    }
+}
+
+// channel * 255 \ alpha loses what the division leaves over: then the channel comes back one lower. This pins how
+// often.
+TEST_F(Png, AReloadIsOffByMoreThanTheRuleSays) {
+    cPixSheet sheet, back;
+    draw(sheet, 256, 255, AlphaComplex, [](auto x, auto y) { return color(std::min(x, y + 1), 0, 0, y + 1); });
+    ASSERT_TRUE(back.LoadPicture_Stream(ByteArray(saved(sheet))));
+    const std::vector<Pixel> before = pixelsOf(sheet), after = pixelsOf(back);
+    int same = 0, lower = 0;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        if (i % 256 > i / 256 + 1) continue; // colour above alpha is none
+        same += before[i] == after[i] ? 1 : 0;
+        lower += before[i][0] == after[i][0] + 1 ? 1 : 0;
+    }
+    EXPECT_EQ(same, 1740);
+    EXPECT_EQ(lower, 31155);
+}
+
+TEST_F(Png, PropertiesAreTakenThatPngDoesNotAllowOrRefusedThatItDoes) {
+    const std::string long79(79, 'k');
+    struct Row {
+        ePngProperties property;
+        std::vector<std::pair<PngValue, bool>> values; // and whether they are taken
+        std::string keyword = {};
+    };
+    const Row rows[] = {
+        // Not: control characters, cut short, half a surrogate pair, longer than need be.
+        {pngTitle,
+         {{"Größe 図", true},
+          {"two\r\nlines\tand a tab", true},
+          {"\x01", false},
+          {"\xC3", false},
+          {"\xED\xA0\x80", false},
+          {"\xC0\x80", false},
+          {std::string("a\0b", 3), false},
+          {5, false}}},
+        {pngTitle, {{"text", true}}, "ignored  keyword"},
+        {pngText, {{"text", true}}, "k"},
+        {pngText, {{"text", true}}, long79},
+        {pngText, {{"text", true}}, "one space \xC3\xA9"},
+        {pngBackgroundColor, {{0xFFFFFF, true}, {0x1000000, false}, {-1, false}, {"red", false}}},
+        {pngPixelsPerMeterX, {{0, false}, {2835, true}}},
+        {pngLastModified,
+         {{"2024-02-29 12:34:56", true},
+          {"2024-02-29T12:34:56Z", true},
+          {45351.5, true},
+          {"2023-02-29", false},
+          {"2024-02-29 24:00:00", false},
+          {"yesterday", false},
+          {1e9, false}}},
+        {pngCompressionLevel, {{10, false}, {0, true}}},
+        {pngFilterMethod, {{filterAdaptive, true}, {7, false}}},
+        {pngInterlaced, {{-1, true}}},
+        {static_cast<ePngProperties>(0), {{1, false}}},
+        {static_cast<ePngProperties>(19), {{PngValue(), false}}},
+        // Keywords: none, too long, spaces around or two of them, one that does not break, line ends, beyond Latin-1.
+        {pngText, {{"text", false}}, ""},
+        {pngText, {{"text", false}}, long79 + "k"},
+        {pngText, {{"text", false}}, " k"},
+        {pngText, {{"text", false}}, "k "},
+        {pngText, {{"text", false}}, "two  spaces"},
+        {pngText, {{"text", false}}, "\xC2\xA0"},
+        {pngText, {{"text", false}}, "line\n"},
+        {pngText, {{"text", false}}, "\xE5\x9B\xB3"},
+    };
+    for (const Row& row : rows) {
+        for (const auto& [value, isTaken] : row.values) {
+            SCOPED_TRACE(testing::Message() << row.property << " " << row.keyword << ", row " << &row - rows);
+            cPixSheet sheet;
+            const PngValue before = sheet.PngPropertyGet(row.property, row.keyword);
+            EXPECT_EQ(sheet.PngPropertySet(row.property, value, row.keyword), isTaken);
+            const PngValue after = sheet.PngPropertyGet(row.property, row.keyword);
+            if (isTaken && row.property == pngLastModified) {
+                EXPECT_NEAR(std::get<double>(after), 45351.5, 0.5);
+            } else {
+                EXPECT_EQ(after, isTaken ? value : before);
+            }
+            if (!isTaken) continue;
+            EXPECT_TRUE(sheet.PngPropertySet(row.property, PngValue(), row.keyword));
+            EXPECT_EQ(sheet.PngPropertyGet(row.property, row.keyword), before);
+        }
+    }
+}
