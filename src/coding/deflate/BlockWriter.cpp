@@ -8,26 +8,12 @@ namespace pixkit::deflate {
 
 namespace {
 
-using LiteralLengths = std::array<std::uint8_t, literalSymbols + 2>; // the fixed code has two symbols more
-using DistanceLengths = std::array<std::uint8_t, distanceSymbols>;
+using LiteralLengths = std::array<std::uint8_t, literalCodes>;
+using DistanceLengths = std::array<std::uint8_t, distanceCodes>;
 
 // With codes of 14 bits four literals, or a whole copy, fit between two flushes.
 constexpr unsigned longestLiteralCode = 14;
-constexpr unsigned longestDistanceCode = 15;
 constexpr unsigned longestCodeLengthCode = 7;
-
-// RFC 1951, 3.2.6
-constexpr LiteralLengths fixedLiteralLengths = [] {
-    LiteralLengths lengths{};
-    for (std::size_t i = 0; i < lengths.size(); ++i)
-        lengths[i] = i < 144 ? 8 : i < 256 ? 9 : i < 280 ? 7 : 8;
-    return lengths;
-}();
-constexpr DistanceLengths fixedDistanceLengths = [] {
-    DistanceLengths lengths{};
-    lengths.fill(5);
-    return lengths;
-}();
 
 // --- estimates, in 256ths of a bit: of thousands of symbols the errors add up; in integers, so that every build splits
 // at the same places
@@ -116,14 +102,14 @@ class DynamicHead {
         std::copy_n(distances.begin(), m_distances, lengths.begin() + m_literals);
         code(std::span(lengths).first(m_literals + m_distances));
         makeCodeLengths(m_frequencies, longestCodeLengthCode, m_lengths);
-        while (m_orders > 4 && m_lengths[order[m_orders - 1]] == 0)
+        while (m_orders > 4 && m_lengths[codeLengthOrder[m_orders - 1]] == 0)
             --m_orders;
     }
 
     std::uint64_t bits() const noexcept {
         std::uint64_t sum = 5 + 5 + 4 + 3 * m_orders;
         for (std::size_t i = 0; i < codeLengthSymbols; ++i)
-            sum += std::uint64_t{m_frequencies[i]} * (m_lengths[i] + extraBits(i));
+            sum += std::uint64_t{m_frequencies[i]} * (m_lengths[i] + repeatExtraBits(i));
         return sum;
     }
 
@@ -133,7 +119,7 @@ class DynamicHead {
         out.put(m_orders - 4, 4);
         out.flush();
         for (std::size_t i = 0; i < m_orders; ++i) {
-            out.put(m_lengths[order[i]], 3);
+            out.put(m_lengths[codeLengthOrder[i]], 3);
             out.flush();
         }
         std::array<std::uint16_t, codeLengthSymbols> codes;
@@ -141,7 +127,7 @@ class DynamicHead {
         for (std::size_t i = 0; i < m_count; ++i) {
             const Item item = m_items[i];
             out.put(codes[item.symbol], m_lengths[item.symbol]);
-            out.put(item.extra, extraBits(item.symbol));
+            out.put(item.extra, repeatExtraBits(item.symbol));
             out.flush();
         }
     }
@@ -150,18 +136,12 @@ class DynamicHead {
     struct Item {
         std::uint8_t symbol, extra;
     };
-    static constexpr std::array<std::uint8_t, codeLengthSymbols> order = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
-                                                                          11, 4,  12, 3, 13, 2, 14, 1, 15};
-    static constexpr unsigned extraBits(std::size_t symbol) noexcept {
-        return symbol < 16 ? 0 : symbol == 16 ? 2 : symbol == 17 ? 3 : 7;
-    }
-
     void add(std::size_t symbol, std::size_t extra) noexcept {
         m_items[m_count++] = {static_cast<std::uint8_t>(symbol), static_cast<std::uint8_t>(extra)};
         ++m_frequencies[symbol];
     }
 
-    // Runs of zeros are 17 and 18, runs of another length that length and then 16.
+    // Runs of zeros are fewZeros and manyZeros, runs of another length that length and then repeatLast.
     void code(std::span<const std::uint8_t> lengths) noexcept {
         for (std::size_t i = 0; i < lengths.size();) {
             const std::uint8_t length = lengths[i];
@@ -175,13 +155,8 @@ class DynamicHead {
             }
             while (run >= 3) {
                 const std::size_t taken = std::min<std::size_t>(run, length != 0 ? 6 : 138);
-                if (length != 0) {
-                    add(16, taken - 3);
-                } else if (taken < 11) {
-                    add(17, taken - 3);
-                } else {
-                    add(18, taken - 11);
-                }
+                const std::size_t symbol = length != 0 ? repeatLast : taken < 11 ? fewZeros : manyZeros;
+                add(symbol, taken - fewestRepeats(symbol));
                 run -= taken;
             }
             for (; run > 0; --run)
@@ -285,7 +260,7 @@ void BlockWriter::writeBlock(std::size_t sequences, bool isLast) {
     DistanceLengths distances{};
     m_block.literal[endOfBlock] = 1;
     makeCodeLengths(m_block.literal, longestLiteralCode, std::span(literals).first(literalSymbols));
-    makeCodeLengths(m_block.distance, longestDistanceCode, distances);
+    makeCodeLengths(m_block.distance, longestCode, std::span(distances).first(distanceSymbols));
     m_block.literal[endOfBlock] = 0;
     const DynamicHead head(literals, distances);
     const std::uint64_t dynamicBits = head.bits() + sizeOf(m_block, literals, distances);
@@ -311,10 +286,10 @@ void BlockWriter::writeBlock(std::size_t sequences, bool isLast) {
 
 void BlockWriter::putSequences(std::size_t count, const LiteralLengths& literalLengths,
                                const DistanceLengths& distanceLengths) {
-    std::array<std::uint16_t, literalSymbols + 2> literalCodes;
-    std::array<std::uint16_t, distanceSymbols> distanceCodes;
-    makeCodes(literalLengths, literalCodes);
-    makeCodes(distanceLengths, distanceCodes);
+    std::array<std::uint16_t, literalCodes> codeOfLiteral;
+    std::array<std::uint16_t, distanceCodes> codeOfDistance;
+    makeCodes(literalLengths, codeOfLiteral);
+    makeCodes(distanceLengths, codeOfDistance);
     // Lengths with their extra bits.
     struct LengthCode {
         std::uint32_t bits;
@@ -325,13 +300,13 @@ void BlockWriter::putSequences(std::size_t count, const LiteralLengths& literalL
         const std::size_t i = lengthSymbolOf[length];
         const std::size_t symbol = endOfBlock + 1 + i;
         const unsigned bits = literalLengths[symbol];
-        lengthCodes[length] = {literalCodes[symbol] | static_cast<std::uint32_t>(length - lengthExtra[i].base) << bits,
+        lengthCodes[length] = {codeOfLiteral[symbol] | static_cast<std::uint32_t>(length - lengthExtra[i].base) << bits,
                                bits + lengthExtra[i].bits};
     }
 
     BitWriter bits = m_bits; // in registers
     const std::uint8_t* in = m_input;
-    const auto putLiteral = [&](std::uint8_t byte) { bits.put(literalCodes[byte], literalLengths[byte]); };
+    const auto putLiteral = [&](std::uint8_t byte) { bits.put(codeOfLiteral[byte], literalLengths[byte]); };
     for (std::size_t i = 0; i < count; ++i) {
         const Sequence sequence = m_sequences[i];
         std::uint32_t literals = sequence.literals;
@@ -351,12 +326,12 @@ void BlockWriter::putSequences(std::size_t count, const LiteralLengths& literalL
         const std::size_t distance = sequence.distance + std::size_t{1};
         const std::size_t symbol = distanceSymbolOf(distance);
         const ExtraBits extra = distanceExtra[symbol];
-        bits.put(distanceCodes[symbol] | (distance - extra.base) << distanceLengths[symbol],
+        bits.put(codeOfDistance[symbol] | (distance - extra.base) << distanceLengths[symbol],
                  distanceLengths[symbol] + unsigned{extra.bits});
         bits.flush();
         in += sequence.length;
     }
-    bits.put(literalCodes[endOfBlock], literalLengths[endOfBlock]);
+    bits.put(codeOfLiteral[endOfBlock], literalLengths[endOfBlock]);
     bits.flush();
     m_bits.takePosition(bits);
 }

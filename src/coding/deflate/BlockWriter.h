@@ -1,6 +1,6 @@
 // Blocks of a DEFLATE stream (RFC 1951, 3.2.3): which symbols go into one block, and how it is stored.
 #pragma once
-#include "coding/deflate/BitWriter.h"
+#include "coding/BitWriter.h"
 #include "coding/deflate/Symbols.h"
 #include <array>
 #include <cstddef>
@@ -63,8 +63,8 @@ class BlockWriter {
 
     void store(std::size_t bytes, bool isLast);
     void writeBlock(std::size_t sequences, bool isLast);
-    void putSequences(std::size_t count, const std::array<std::uint8_t, literalSymbols + 2>& literalLengths,
-                      const std::array<std::uint8_t, distanceSymbols>& distanceLengths);
+    void putSequences(std::size_t count, const std::array<std::uint8_t, literalCodes>& literalLengths,
+                      const std::array<std::uint8_t, distanceCodes>& distanceLengths);
 
     const std::uint8_t* m_input; // of the block
     BitWriter m_bits;

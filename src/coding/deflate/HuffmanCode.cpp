@@ -1,4 +1,5 @@
 #include "coding/deflate/HuffmanCode.h"
+#include "coding/deflate/Symbols.h"
 #include <algorithm>
 #include <array>
 
@@ -6,7 +7,6 @@ namespace pixkit::deflate {
 
 namespace {
 
-constexpr std::size_t mostSymbols = 288;
 constexpr unsigned symbolBits = 9;
 
 // A. Moffat, J. Katajainen: In-Place Calculation of Minimum-Redundancy Codes (1995). Ascending frequencies become code
@@ -69,7 +69,7 @@ void limitLengths(std::span<std::uint32_t> countOfLength, unsigned longest) {
 
 void makeCodeLengths(std::span<const std::uint32_t> frequencies, unsigned longest, std::span<std::uint8_t> lengths) {
     // Sorted by frequency, equal ones by symbol, so that every build orders them alike.
-    std::array<std::uint32_t, mostSymbols> sorted;
+    std::array<std::uint32_t, literalCodes> sorted;
     std::size_t used = 0;
     for (std::size_t symbol = 0; symbol < frequencies.size(); ++symbol) {
         lengths[symbol] = 0;
@@ -83,12 +83,12 @@ void makeCodeLengths(std::span<const std::uint32_t> frequencies, unsigned longes
         return;
     }
     std::sort(sorted.begin(), sorted.begin() + static_cast<std::ptrdiff_t>(used));
-    std::array<std::uint32_t, mostSymbols> work;
+    std::array<std::uint32_t, literalCodes> work;
     for (std::size_t i = 0; i < used; ++i)
         work[i] = sorted[i] >> symbolBits;
     minimumRedundancy(std::span(work).first(used));
 
-    std::array<std::uint32_t, 16> countOfLength{};
+    std::array<std::uint32_t, longestCode + 1> countOfLength{};
     for (std::size_t i = 0; i < used; ++i)
         ++countOfLength[std::min(work[i], longest)];
     limitLengths(countOfLength, longest);
@@ -99,11 +99,11 @@ void makeCodeLengths(std::span<const std::uint32_t> frequencies, unsigned longes
 }
 
 void makeCodes(std::span<const std::uint8_t> lengths, std::span<std::uint16_t> codes) {
-    std::array<unsigned, 16> count{};
+    std::array<unsigned, longestCode + 1> count{};
     for (const std::uint8_t length : lengths)
         ++count[length];
     count[0] = 0; // symbols without a code take no room
-    std::array<unsigned, 16> next{};
+    std::array<unsigned, longestCode + 1> next{};
     for (std::size_t length = 1; length < next.size(); ++length)
         next[length] = (next[length - 1] + count[length - 1]) << 1;
     for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol) {

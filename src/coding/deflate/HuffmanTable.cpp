@@ -1,5 +1,5 @@
 #include "coding/deflate/HuffmanTable.h"
-
+#include "coding/deflate/Symbols.h"
 #include <array>
 #include <bit>
 #include <cstring>
@@ -12,29 +12,22 @@ constexpr Entry meaning(unsigned base, unsigned extraBits) {
     return base << 16 | extraBits;
 }
 
-// RFC 1951, 3.2.5, the first table.
 constexpr auto literalMeanings = [] {
-    constexpr std::array<std::uint16_t, 29> bases{3,  4,  5,  6,  7,  8,  9,  10, 11,  13,  15,  17,  19,  23, 27,
-                                                  31, 35, 43, 51, 59, 67, 83, 99, 115, 131, 163, 195, 227, 258};
-    std::array<Entry, literalSymbols> meanings{};
-    for (unsigned symbol = 0; symbol < 256; ++symbol)
+    std::array<Entry, literalCodes> meanings{};
+    meanings.fill(specialFlag | invalidFlag);
+    for (unsigned symbol = 0; symbol < endOfBlock; ++symbol)
         meanings[symbol] = meaning(symbol, 0) | literalFlag;
-    meanings[256] = specialFlag | endOfBlockFlag;
-    for (unsigned i = 0; i < bases.size(); ++i)
-        meanings[257 + i] = meaning(bases[i], i < 8 || i == 28 ? 0 : (i - 4) / 4);
-    meanings[286] = meanings[287] = specialFlag | invalidFlag; // the fixed code has codes for them
+    meanings[endOfBlock] = specialFlag | endOfBlockFlag;
+    for (std::size_t i = 0; i < lengthExtra.size(); ++i)
+        meanings[endOfBlock + 1 + i] = meaning(lengthExtra[i].base, lengthExtra[i].bits);
     return meanings;
 }();
 
-// RFC 1951, 3.2.5, the second table.
 constexpr auto distanceMeanings = [] {
-    std::array<Entry, distanceSymbols> meanings{};
-    for (unsigned symbol = 0, base = 1; symbol < 30; ++symbol) {
-        const unsigned extraBits = symbol < 4 ? 0 : (symbol - 2) / 2;
-        meanings[symbol] = meaning(base, extraBits);
-        base += 1u << extraBits;
-    }
-    meanings[30] = meanings[31] = specialFlag | invalidFlag; // the fixed code has codes for them
+    std::array<Entry, distanceCodes> meanings{};
+    meanings.fill(specialFlag | invalidFlag);
+    for (std::size_t i = 0; i < distanceExtra.size(); ++i)
+        meanings[i] = meaning(distanceExtra[i].base, distanceExtra[i].bits);
     return meanings;
 }();
 
@@ -51,8 +44,8 @@ constexpr Entry withCodeBits(Entry symbolMeaning, unsigned bits) {
 
 // The symbols of a code by length and, within a length, by number: the order of the codes themselves.
 struct SortedCode {
-    unsigned perLength[maxCodeBits + 1] = {};
-    std::uint16_t symbols[literalSymbols];
+    unsigned perLength[longestCode + 1] = {};
+    std::uint16_t symbols[literalCodes];
     unsigned used = 0, longest = 0;
     long unassigned = 1; // share of the code space without a code, in units of 2^-15; below zero: over-subscribed
 
@@ -61,8 +54,8 @@ struct SortedCode {
             ++perLength[lengths[symbol]];
         used = count - perLength[0];
         perLength[0] = 0;
-        unsigned first[maxCodeBits + 1];
-        for (unsigned bits = 1, sum = 0; bits <= maxCodeBits; ++bits) {
+        unsigned first[longestCode + 1];
+        for (unsigned bits = 1, sum = 0; bits <= longestCode; ++bits) {
             first[bits] = sum;
             sum += perLength[bits];
             // Once negative it stays so: there are at most 288 symbols in all.

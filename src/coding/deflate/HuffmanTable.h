@@ -45,9 +45,6 @@ constexpr bool isLink(Entry entry) noexcept {
     return (entry & (specialFlag | endOfBlockFlag | invalidFlag)) == specialFlag;
 }
 
-inline constexpr unsigned maxCodeBits = 15;
-inline constexpr unsigned literalSymbols = 288, distanceSymbols = 32, codeLengthSymbols = 19;
-
 // The widest index of each table, and the entries that the worst set of codes then needs, subtables included.
 inline constexpr unsigned literalTableBits = 11, distanceTableBits = 8, codeLengthTableBits = 7;
 inline constexpr std::size_t literalTableEntries = 2342, distanceTableEntries = 402;

@@ -1,9 +1,9 @@
 #include "coding/deflate/Inflate.h"
 
-#include "coding/deflate/BitReader.h"
+#include "coding/BitReader.h"
 #include "coding/deflate/HuffmanTable.h"
 #include "coding/deflate/MatchCopy.h"
-
+#include "coding/deflate/Symbols.h"
 #include <algorithm>
 #include <cstring>
 
@@ -142,14 +142,8 @@ Step Inflater::storedBlock() noexcept {
 Step Inflater::useFixedCodes() noexcept {
     if (m_codesAreFixed) return Step::goOn;
     m_codesAreFixed = true;
-    std::uint8_t lengths[literalSymbols]; // RFC 1951, 3.2.6
-    std::memset(lengths, 8, 144);
-    std::memset(lengths + 144, 9, 112);
-    std::memset(lengths + 256, 7, 24);
-    std::memset(lengths + 280, 8, 8);
-    build(m_literals, lengths, literalSymbols);
-    std::memset(lengths, 5, distanceSymbols);
-    build(m_distances, lengths, distanceSymbols);
+    build(m_literals, fixedLiteralLengths.data(), literalCodes);
+    build(m_distances, fixedDistanceLengths.data(), distanceCodes);
     return Step::goOn;
 }
 
@@ -160,23 +154,21 @@ Step Inflater::readCodes() noexcept {
     if (!m_reader.take(14, counts)) return Step::inputEnded;
     const unsigned literalCount = (counts & 31) + 257, distanceCount = (counts >> 5 & 31) + 1;
     const unsigned codeLengthCount = (counts >> 10) + 4;
-    if (literalCount > 286 || distanceCount > 30) return Step::damaged;
+    if (literalCount > literalSymbols || distanceCount > distanceSymbols) return Step::damaged;
 
-    static constexpr std::uint8_t order[codeLengthSymbols] = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
-                                                              11, 4,  12, 3, 13, 2, 14, 1, 15};
     std::uint8_t codeLengthLengths[codeLengthSymbols] = {};
     for (unsigned i = 0; i < codeLengthCount; ++i) {
         unsigned length;
         if (!m_reader.take(3, length)) return Step::inputEnded;
-        codeLengthLengths[order[i]] = static_cast<std::uint8_t>(length);
+        codeLengthLengths[codeLengthOrder[i]] = static_cast<std::uint8_t>(length);
     }
     CodeLengthTable codeLengths;
     if (!build(codeLengths, codeLengthLengths)) return Step::damaged;
 
-    std::uint8_t lengths[286 + 30];
+    std::uint8_t lengths[literalSymbols + distanceSymbols];
     const Step step = readCodeLengths(codeLengths, lengths, literalCount + distanceCount);
     if (step != Step::goOn) return step;
-    if (lengths[256] == 0) return Step::damaged; // the block could not end
+    if (lengths[endOfBlock] == 0) return Step::damaged; // the block could not end
     if (!build(m_literals, lengths, literalCount)) return Step::damaged;
     if (!build(m_distances, lengths + literalCount, distanceCount)) return Step::damaged;
     if (m_reader.bytesLeft() >= pairingPays) pairLiterals(m_literals);
@@ -189,17 +181,16 @@ Step Inflater::readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengt
         const Step step = decodeEntry(table, entry);
         if (step != Step::goOn) return step;
         const unsigned symbol = baseOf(entry);
-        if (symbol < 16) {
+        if (symbol < repeatLast) {
             lengths[have++] = static_cast<std::uint8_t>(symbol);
             continue;
         }
-        // 16: the length before, 3 to 6 times. 17: zero, 3 to 10 times. 18: zero, 11 to 138 times.
         unsigned repeat;
-        if (!m_reader.take(symbol == 16 ? 2 : symbol == 17 ? 3 : 7, repeat)) return Step::inputEnded;
-        repeat += symbol == 18 ? 11 : 3;
-        if (symbol == 16 && have == 0) return Step::damaged;
+        if (!m_reader.take(repeatExtraBits(symbol), repeat)) return Step::inputEnded;
+        repeat += fewestRepeats(symbol);
+        if (symbol == repeatLast && have == 0) return Step::damaged;
         if (repeat > count - have) return Step::damaged;
-        std::memset(lengths + have, symbol == 16 ? lengths[have - 1] : 0, repeat);
+        std::memset(lengths + have, symbol == repeatLast ? lengths[have - 1] : 0, repeat);
         have += repeat;
     }
     return Step::goOn;

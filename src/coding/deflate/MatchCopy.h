@@ -1,14 +1,12 @@
 // Copies a match: `length` bytes that begin `distance` bytes before `out`, and that may overlap what is being written.
 #pragma once
-#include "coding/deflate/BitReader.h"
-
+#include "coding/BitReader.h"
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
 namespace pixkit::deflate {
 
-inline constexpr std::size_t longestMatch = 258;
 // The wide copy may write so many bytes behind the match.
 inline constexpr std::size_t copyOverrun = 31;
 

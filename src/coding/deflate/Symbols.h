@@ -1,4 +1,5 @@
-// The alphabets of DEFLATE (RFC 1951, 3.2.5): which symbol stands for a length or a distance, and how many bits follow.
+// The alphabets of DEFLATE (RFC 1951, 3.2.5 to 3.2.7): which symbol stands for a length or a distance, how many bits
+// follow, and how codes are described.
 #pragma once
 #include <array>
 #include <cstddef>
@@ -14,6 +15,36 @@ constexpr std::size_t literalSymbols = 286; // literals, end of block, lengths
 constexpr std::size_t distanceSymbols = 30;
 constexpr std::size_t codeLengthSymbols = 19;
 constexpr std::size_t endOfBlock = 256;
+
+// The fixed codes have codes for two symbols more each, which stand for nothing.
+constexpr std::size_t literalCodes = literalSymbols + 2;
+constexpr std::size_t distanceCodes = distanceSymbols + 2;
+constexpr unsigned longestCode = 15; // bits
+
+constexpr std::array<std::uint8_t, literalCodes> fixedLiteralLengths = [] {
+    std::array<std::uint8_t, literalCodes> lengths{};
+    for (std::size_t i = 0; i < literalCodes; ++i)
+        lengths[i] = i < 144 ? 8 : i < 256 ? 9 : i < 280 ? 7 : 8;
+    return lengths;
+}();
+constexpr std::array<std::uint8_t, distanceCodes> fixedDistanceLengths = [] {
+    std::array<std::uint8_t, distanceCodes> lengths{};
+    lengths.fill(5);
+    return lengths;
+}();
+
+// The order in which the lengths of the code length code stand in the head of a block. Symbols below 16 are lengths.
+constexpr std::array<std::uint8_t, codeLengthSymbols> codeLengthOrder = {16, 17, 18, 0, 8,  7, 9,  6, 10, 5,
+                                                                         11, 4,  12, 3, 13, 2, 14, 1, 15};
+constexpr std::size_t repeatLast = 16; // the length before, 3 to 6 times
+constexpr std::size_t fewZeros = 17;   // 3 to 10 times 0
+constexpr std::size_t manyZeros = 18;  // 11 to 138 times 0
+constexpr unsigned repeatExtraBits(std::size_t symbol) noexcept {
+    return symbol < repeatLast ? 0 : symbol == repeatLast ? 2 : symbol == fewZeros ? 3 : 7;
+}
+constexpr unsigned fewestRepeats(std::size_t symbol) noexcept {
+    return symbol == manyZeros ? 11 : 3;
+}
 
 struct ExtraBits {
     std::uint16_t base;

@@ -1,11 +1,11 @@
-// Reads a DEFLATE stream bit by bit: the first bit of the stream is the lowest bit of its first byte (RFC 1951, 3.1.1).
+// Reads bits of which the first is the lowest of the first byte: those of DEFLATE (RFC 1951, 3.1.1) and of GIF.
 #pragma once
 #include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 
-namespace pixkit::deflate {
+namespace pixkit {
 
 // Little-endian load from any address; compilers make one instruction of it.
 template <typename Word>
@@ -80,4 +80,4 @@ class BitReader {
     const std::uint8_t* m_end;
 };
 
-} // namespace pixkit::deflate
+} // namespace pixkit

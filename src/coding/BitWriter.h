@@ -1,4 +1,4 @@
-// Puts bits behind one another, the first into the lowest bit of a byte (RFC 1951, 3.1.1).
+// Puts bits behind one another, the first into the lowest of a byte: those of DEFLATE (RFC 1951, 3.1.1) and of GIF.
 #pragma once
 #include <bit>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include <cstring>
 #include <vector>
 
-namespace pixkit::deflate {
+namespace pixkit {
 
 class BitWriter {
   public:
@@ -70,4 +70,4 @@ class BitWriter {
     unsigned m_count = 0;
 };
 
-} // namespace pixkit::deflate
+} // namespace pixkit
