@@ -41,7 +41,8 @@ class StdPicture {
 
 // The picture in the bytes of a file; null when the system's loader does not know it or finds it damaged. On Windows
 // the loader is OLE's: GIF, JPEG, BMP, icons, WMF with a placeable header, EMF. On the portable side it is the
-// project's own for GIF, and JPEG where canLoadJpeg says so. A GIF gives its first frame at the frame's own size.
+// project's own for GIF, and JPEG where canLoadJpeg says so. A GIF gives its first frame at the frame's own size; one
+// whose codes do not describe each pixel of it is damaged.
 std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) noexcept;
 
 // A picture around a bitmap or icon, which it frees at its end when `own` is true; on failure (null) the caller keeps
@@ -52,9 +53,5 @@ std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType t
 // run time for the one and never reads the other.
 bool canLoadJpeg() noexcept;
 bool canLoadMetafiles() noexcept;
-
-// Whether OleLoadPicture refuses every GIF whose codes do not describe each pixel. The portable side does; others let
-// some through, with pixels that nobody wrote.
-bool refusesIncompleteGif() noexcept;
 
 } // namespace pixkit::platform

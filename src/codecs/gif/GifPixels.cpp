@@ -1,5 +1,6 @@
 // From the picture that the loader made of the frame to the store.
 #include "codecs/gif/cGIFparser.h"
+#include "coding/ByteReader.h"
 #include "coding/RowBytes.h"
 #include "kernels/kernels.h"
 #include "platform/gdi.h"
@@ -110,25 +111,23 @@ void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
 
 } // namespace
 
-// `TransIndex` is -1 without transparency; `tblOffset` is where the colour table in force begins in the data.
-bool cGIFparser::ConvertGIFto32bpp(int TransIndex, std::size_t tblOffset, cPixSheet& cHost) const {
+bool cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
     const auto picture = iparseArrayToPicture(c_GIFframe, 0, c_GIFframe.size());
     platform::BitmapRecord bitmap;
     if (!picture || !platform::GetObjectA(picture->handle(), bitmap)) return false;
     if (!cHost.InitializeDIB(bitmap.bmWidth, bitmap.bmHeight)) return false;
-    if (TransIndex < 0) {
+    if (!m_frame.TransIndex) {
         drawOpaque(*picture, cHost);
     } else {
         ReadyPixels ofIndex;
         for (std::size_t index = 0; index < 256; ++index) {
             // An index beyond the table takes what follows in the data for its colour, as far as there is data.
-            const std::size_t color = tblOffset + 3 * index;
-            ofIndex.missing[index] = color + 2 >= c_GIFdata.size();
-            if (!ofIndex.missing[index]) ofIndex.set(index, at(color + 2), at(color + 1), at(color), 255);
+            const auto color = ByteReader(c_GIFdata).slice(m_frame.tblOffset + 3 * index, 3);
+            ofIndex.missing[index] = !color;
+            if (color) ofIndex.set(index, (*color)[2], (*color)[1], (*color)[0], 255);
         }
-        const auto transparent = static_cast<std::size_t>(TransIndex);
-        ofIndex.set(transparent, 0, 0, 0, 0);
-        ofIndex.missing.reset(transparent);
+        ofIndex.set(*m_frame.TransIndex, 0, 0, 0, 0);
+        ofIndex.missing.reset(*m_frame.TransIndex);
 
         const std::uint8_t* const zero = &c_GIFframe[m_frameTable];
         const auto entry0 = std::uint32_t{zero[0]} << 16 | std::uint32_t{zero[1]} << 8 | zero[2];

@@ -1,6 +1,7 @@
 // GIF files: the first frame is read, one frame is written. README.md in this folder explains the format and lists what
 // the reader is lenient about.
 #pragma once
+#include "coding/GifFrame.h"
 #include "shared/ByteArray.h"
 #include <cstddef>
 #include <cstdint>
@@ -33,27 +34,14 @@ class cGIFparser {
 
   private:
     bool ParseGIF(cPixSheet& cHost);
-    void SkipGifBlock(std::size_t& Ptr) const;
-    bool ConvertGIFto32bpp(int TransIndex, std::size_t tblOffset, cPixSheet& cHost) const;
-
-    bool findFirstImage(std::size_t Ptr);
     void buildFrame();
     void grayFrameTable();
-    std::uint8_t at(std::size_t position) const;
+    bool ConvertGIFto32bpp(cPixSheet& cHost) const;
 
     std::span<const std::uint8_t> c_GIFdata;
-    std::vector<std::uint8_t> c_GIFframe;
-
-    std::size_t gHeaderLen = 0;    // header and global colour table
-    std::size_t g87aStart = 0;     // first byte of the first image, its descriptor
-    std::size_t g87aStop = 0;      // last byte of it
-    std::size_t m_codeSizeAt = 0;  // in the first image: how many bits its indexes have; the codes follow
-    std::size_t g89aStart = 0;     // the graphic control extension before it; 0: none
-    bool transUsed = false;        // that extension names a transparent index,
-    std::uint8_t m_transIndex = 0; // this one
-    bool aLocalTbl = false;
-    std::size_t gColorsUsed = 0;   // entries of the colour table in force
-    std::size_t m_frameColors = 0; // entries of the same table in c_GIFframe, which may be more,
+    std::vector<std::uint8_t> c_GIFframe; // a GIF of the first frame alone
+    GifFrame m_frame;                     // where its parts are in c_GIFdata
+    std::size_t m_frameColors = 0; // entries of its colour table in c_GIFframe, which may be more than in c_GIFdata,
     std::size_t m_frameTable = 0;  // and where it is there
 };
 

@@ -1,4 +1,6 @@
 #include "coding/lzw/LzwEncoder.h"
+#include "coding/BitWriter.h"
+#include "coding/ByteWriter.h"
 #include "coding/Hash.h"
 #include <algorithm>
 #include <array>
@@ -10,6 +12,7 @@ namespace {
 
 constexpr unsigned longestCode = 12;
 constexpr unsigned mostCodes = 1U << longestCode;
+constexpr std::size_t longestSubBlock = 255;
 
 // The strings that have a code: a code for the string without its last index, and that index, lead to the code for the
 // whole.
@@ -44,25 +47,10 @@ class Dictionary {
     std::array<std::uint32_t, slots> m_slots;
 };
 
-struct CodeWriter {
-    std::vector<std::uint8_t>& out;
-    std::uint32_t bits = 0;
-    unsigned count = 0;
-
-    void put(unsigned code, unsigned size) {
-        bits |= code << count;
-        for (count += size; count >= 8; count -= 8, bits >>= 8)
-            out.push_back(static_cast<std::uint8_t>(bits));
-    }
-    void finish() {
-        if (count > 0) out.push_back(static_cast<std::uint8_t>(bits));
-    }
-};
-
 class Compressor {
   public:
     Compressor(std::span<const std::uint8_t> indexes, unsigned depth, std::vector<std::uint8_t>& out)
-        : m_indexes(indexes), m_depth(depth), m_writer{out} {}
+        : m_indexes(indexes), m_depth(depth), m_codes(out) {}
     void run();
 
   private:
@@ -88,10 +76,14 @@ class Compressor {
     }
     bool codeOn(std::size_t from, const Dictionary& dictionary, const Stretch& rival, Stretch& stretch) const;
     void writeAfresh(const Stretch& stretch);
+    void put(unsigned code, unsigned size) noexcept {
+        m_codes.put(code, size);
+        m_codes.flush();
+    }
 
     std::span<const std::uint8_t> m_indexes;
     unsigned m_depth;
-    CodeWriter m_writer;
+    BitWriter m_codes;
     unsigned m_size = 0; // of the next code
 };
 
@@ -130,11 +122,12 @@ bool Compressor::codeOn(std::size_t from, const Dictionary& dictionary, const St
 }
 
 void Compressor::writeAfresh(const Stretch& stretch) {
-    m_writer.put(clearCode(), m_size);
+    m_codes.reserve((stretch.codes.size() + 1) * longestCode);
+    put(clearCode(), m_size);
     m_size = m_depth + 1;
     unsigned next = clearCode() + 2;
     for (const unsigned code : stretch.codes) {
-        m_writer.put(code, m_size);
+        put(code, m_size);
         // The reader makes an entry for every code but the first, one code later than the writer.
         if (next == 1U << m_size && m_size < longestCode) ++m_size;
         ++next;
@@ -152,8 +145,9 @@ void Compressor::run() {
     for (std::size_t at = afresh.end; at < m_indexes.size();) {
         codeAfresh(at, *fresh, afresh);
         if (codeOn(at, *current, afresh, onward)) {
+            m_codes.reserve(onward.codes.size() * longestCode);
             for (const unsigned code : onward.codes)
-                m_writer.put(code, longestCode);
+                put(code, longestCode);
             at = onward.end;
         } else {
             writeAfresh(afresh);
@@ -161,8 +155,10 @@ void Compressor::run() {
             std::swap(current, fresh);
         }
     }
-    m_writer.put(clearCode() + 1, m_size); // the end
-    m_writer.finish();
+    m_codes.reserve(longestCode);
+    put(clearCode() + 1, m_size); // the end
+    m_codes.alignToByte();
+    m_codes.finish();
 }
 
 } // namespace
@@ -172,16 +168,16 @@ void gifCompress(std::span<const std::uint8_t> indexes, unsigned depth, std::vec
     std::vector<std::uint8_t> codes;
     codes.reserve(indexes.size() / 2);
     Compressor(indexes, depth, codes).run();
-    out.reserve(out.size() + codes.size() + codes.size() / 255 + 3);
-    out.push_back(static_cast<std::uint8_t>(depth));
-    for (std::size_t at = 0; at < codes.size();) {
-        const std::size_t length = std::min<std::size_t>(255, codes.size() - at);
-        out.push_back(static_cast<std::uint8_t>(length));
-        out.insert(out.end(), codes.begin() + static_cast<std::ptrdiff_t>(at),
-                   codes.begin() + static_cast<std::ptrdiff_t>(at + length));
-        at += length;
+    out.reserve(out.size() + codes.size() + codes.size() / longestSubBlock + 3);
+    ByteWriter data(out);
+    data.byte(depth);
+    for (std::span<const std::uint8_t> rest(codes); !rest.empty();) {
+        const auto block = rest.first(std::min(longestSubBlock, rest.size()));
+        data.byte(block.size());
+        data.bytes(block);
+        rest = rest.subspan(block.size());
     }
-    out.push_back(0);
+    data.byte(0);
 }
 
 } // namespace pixkit

@@ -1,4 +1,6 @@
 #include "platform/pictures.h"
+#include "coding/GifFrame.h"
+#include "coding/lzw/LzwDecoder.h"
 #include "platform/faults.h"
 #include "platform/gdi.h"
 #include "platform/win32/OlePicture.h"
@@ -117,10 +119,22 @@ Reference<IStream> streamOver(std::span<const std::uint8_t> bytes) noexcept {
     return {};
 }
 
+// Some of the system's loaders make a picture of a GIF whose codes end early, with pixels that nobody wrote.
+bool isIncompleteGif(std::span<const std::uint8_t> bytes) {
+    GifFrame frame;
+    return findGifFrame(bytes, frame) == GifWalk::found &&
+           !lzwDescribes(joinGifCodes(bytes, frame), bytes[frame.codeSizeAt], frame.width * frame.height);
+}
+
 } // namespace
 
 std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) noexcept {
     if (bytes.empty() || bytes.size() > MAXLONG || faultDue(SeamCall::oleLoadPicture)) return nullptr;
+    try {
+        if (isIncompleteGif(bytes)) return nullptr;
+    } catch (const std::bad_alloc&) {
+        return nullptr; // as if the picture were not there
+    }
     const Reference<IStream> stream = streamOver(bytes);
     Reference<IPicture> picture;
     if (!stream || FAILED(::OleLoadPicture(stream.get(), static_cast<LONG>(bytes.size()), FALSE, IID_IPicture,
@@ -163,10 +177,6 @@ bool canLoadJpeg() noexcept {
 
 bool canLoadMetafiles() noexcept {
     return true;
-}
-
-bool refusesIncompleteGif() noexcept {
-    return false;
 }
 
 } // namespace pixkit::platform

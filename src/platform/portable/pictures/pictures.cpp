@@ -31,8 +31,4 @@ bool canLoadMetafiles() noexcept {
     return false;
 }
 
-bool refusesIncompleteGif() noexcept {
-    return true;
-}
-
 } // namespace pixkit::platform
