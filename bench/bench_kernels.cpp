@@ -140,16 +140,16 @@ void measure(benchmark::State& state, const Kernel& kernel, const Table& table) 
 } // namespace
 
 int main(int argc, char** argv) {
-    constexpr CpuLevel levels[] = {CpuLevel::avx2, CpuLevel::sse2, CpuLevel::scalar};
-    constexpr const char* names[] = {"avx2", "sse2", "scalar"};
     for (const Kernel& kernel : kernels) {
         const std::string subject = std::string("kernels/") + kernel.name + "/";
         bool best = true; // the best level stands for the component, the others beside it
-        for (std::size_t i = 0; i < std::size(levels); ++i) {
-            const Table* const table = pixkit::kernels::tableFor(levels[i]);
-            if (table == nullptr) continue;
-            bench::addTimed(subject + (best ? "pixkit-" : "") + names[i],
-                            [&kernel, table](benchmark::State& state) { measure(state, kernel, *table); });
+        for (std::size_t i = std::size(pixkit::kernels::cpuLevels); i-- > 0;) {
+            const CpuLevel& level = pixkit::kernels::cpuLevels[i];
+            if (!level.isHere()) continue;
+            bench::addTimed(subject + (best ? "pixkit-" : "") + level.name,
+                            [&kernel, table = tableFor(level.features)](benchmark::State& state) {
+                                measure(state, kernel, table);
+                            });
             best = false;
         }
     }

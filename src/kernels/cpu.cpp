@@ -1,6 +1,5 @@
-#include "kernels/variants.h"
+#include "kernels/cpu.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -9,27 +8,28 @@ namespace pixkit::kernels {
 namespace {
 
 // What the environment allows; an unknown word allows everything.
-CpuLevel allowedLevel() noexcept {
+CpuFeatures allowedFeatures() noexcept {
     const char* const wanted = std::getenv("PIXKIT_CPU");
-    if (wanted != nullptr && std::strcmp(wanted, "scalar") == 0) return CpuLevel::scalar;
-    if (wanted != nullptr && std::strcmp(wanted, "sse2") == 0) return CpuLevel::sse2;
-    return CpuLevel::avx2;
+    for (const CpuLevel& level : cpuLevels)
+        if (wanted != nullptr && std::strcmp(wanted, level.name) == 0) return level.features;
+    return ~CpuFeatures{0};
 }
 
 } // namespace
 
-CpuLevel detectedLevel() noexcept {
+CpuFeatures detectedFeatures() noexcept {
+    CpuFeatures found = 0;
 #ifdef PIXKIT_X86
     // The compiler's answer for AVX2 includes whether the operating system saves the wide registers.
     __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx2")) return CpuLevel::avx2;
-    if (__builtin_cpu_supports("sse2")) return CpuLevel::sse2;
+    if (__builtin_cpu_supports("sse2")) found |= cpuSse2;
+    if (__builtin_cpu_supports("avx2")) found |= cpuAvx2;
 #endif
-    return CpuLevel::scalar;
+    return found;
 }
 
-CpuLevel level() noexcept {
-    static const CpuLevel chosen = std::min(detectedLevel(), allowedLevel());
+CpuFeatures features() noexcept {
+    static const CpuFeatures chosen = detectedFeatures() & allowedFeatures();
     return chosen;
 }
 

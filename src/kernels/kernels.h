@@ -4,6 +4,8 @@
 // Unless a kernel says otherwise, source and destination either are the same row or do not overlap, rows need no
 // alignment, a count of 0 is allowed, and nothing outside the stated bytes is read or written.
 #pragma once
+#include "kernels/cpu.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -218,15 +220,10 @@ struct Table {
                             std::size_t stride, std::size_t count, const BlockQuantiser& quantiser);
 };
 
-// Instruction sets a table may be built for, in rising order.
-enum class CpuLevel : std::uint8_t { scalar, sse2, avx2 };
-
-// The table in use: the best level the processor has, lowered by the environment variable
-// PIXKIT_CPU=scalar|sse2|avx2 (any other value is ignored). Chosen once.
+// The table in use: the fastest kernels for the features in use (cpu.h). Chosen once.
 const Table& table() noexcept;
-CpuLevel level() noexcept;
 
-// The table of one level, or null when the processor lacks it. For tests and benchmarks.
-const Table* tableFor(CpuLevel level) noexcept;
+// The table for a set of features, which the processor must have. For tests and benchmarks.
+Table tableFor(CpuFeatures features) noexcept;
 
 } // namespace pixkit::kernels

@@ -1,6 +1,0 @@
-#include "kernels/alpha_simd.h"
-#include "kernels/variants.h"
-
-void pixkit::kernels::useAlphaSse2(Table& table) noexcept {
-    useAlpha(table);
-}

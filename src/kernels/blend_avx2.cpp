@@ -1,6 +1,0 @@
-#include "kernels/blend_simd.h"
-#include "kernels/variants.h"
-
-void pixkit::kernels::useBlendAvx2(Table& table) noexcept {
-    useBlend(table);
-}

@@ -1,0 +1,26 @@
+// What the processor can do, as far as kernels ask for it.
+#pragma once
+#include <cstdint>
+
+namespace pixkit::kernels {
+
+// Instruction sets that kernels exist for, as bits of a set.
+using CpuFeatures = std::uint32_t;
+constexpr CpuFeatures cpuSse2 = 1;
+constexpr CpuFeatures cpuAvx2 = 2;
+
+// What the processor has and the operating system lets programs use, whatever the environment says.
+CpuFeatures detectedFeatures() noexcept;
+
+// The same, lowered by the environment variable PIXKIT_CPU, which names one of these levels. Any other value is
+// ignored. Asked once.
+struct CpuLevel {
+    const char* name;
+    CpuFeatures features;
+    bool isHere() const noexcept { return (features & ~detectedFeatures()) == 0; }
+};
+constexpr CpuLevel cpuLevels[] = {{"scalar", 0}, {"sse2", cpuSse2}, {"avx2", cpuSse2 | cpuAvx2}};
+
+CpuFeatures features() noexcept;
+
+} // namespace pixkit::kernels

@@ -1,6 +1,0 @@
-#include "kernels/filters_simd.h"
-#include "kernels/variants.h"
-
-void pixkit::kernels::useFiltersSse2(Table& table) noexcept {
-    useFilters(table);
-}

@@ -1,6 +1,0 @@
-#include "kernels/jpeg_simd.h"
-#include "kernels/variants.h"
-
-void pixkit::kernels::useJpegAvx2(Table& table) noexcept {
-    useJpeg(table);
-}

@@ -1,6 +1,0 @@
-#include "kernels/resample_simd.h"
-#include "kernels/variants.h"
-
-void pixkit::kernels::useResampleSse2(Table& table) noexcept {
-    useResample(table);
-}

@@ -1,6 +1,0 @@
-#include "kernels/samples_simd.h"
-#include "kernels/variants.h"
-
-void pixkit::kernels::useSamplesAvx2(Table& table) noexcept {
-    useSamples(table);
-}

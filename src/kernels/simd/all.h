@@ -1,0 +1,33 @@
+// The kernels that every instruction set profits from. The unit has included its vector layer before.
+#pragma once
+#include "kernels/simd/alpha.h"
+#include "kernels/simd/blend.h"
+#include "kernels/simd/checksums.h"
+#include "kernels/simd/effects.h"
+#include "kernels/simd/filter.h"
+#include "kernels/simd/jpeg.h"
+#include "kernels/simd/layouts.h"
+#include "kernels/simd/resample.h"
+#include "kernels/simd/samples.h"
+#include "kernels/simd/shadow.h"
+#include "kernels/simd/unfilter.h"
+
+namespace pixkit::kernels {
+namespace {
+
+void useAll(Table& table) {
+    useAlpha(table);
+    useBlend(table);
+    useChecksums(table);
+    useEffects(table);
+    useFilter(table);
+    useJpeg(table);
+    useLayouts(table);
+    useResample(table);
+    useSamples(table);
+    useShadow(table);
+    useUnfilter(table);
+}
+
+} // namespace
+} // namespace pixkit::kernels
