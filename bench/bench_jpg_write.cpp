@@ -43,7 +43,7 @@ double psnr(const Picture& picture, const Bytes& file) {
     double squares = 0;
     for (std::int32_t y = 0; y < picture.sheet.Height(); ++y) {
         const std::uint8_t* row = picture.rowFromTop(y);
-        const std::uint8_t* other = decoded.bgra.data() + std::ptrdiff_t{y} * picture.sheet.scanWidth();
+        const std::uint8_t* other = decoded.pixels[static_cast<std::size_t>(y * picture.sheet.Width())].data();
         for (std::int32_t i = 0; i < picture.sheet.scanWidth(); ++i) {
             if (i % 4 != 3) squares += (row[i] - other[i]) * (row[i] - other[i]);
         }

@@ -3,7 +3,7 @@
 and files that are bad. What loading each of them must give stands in tests/data/ledger.txt (scripts/ledger.sh).
 
 Everything is made by hand, byte by byte, except what stands in folders that are named after the programs that made them;
-those are only made anew with --programs (ImageMagick, netpbm and giflib), and nothing is ever deleted.
+those are only made anew with --programs (ImageMagick, netpbm, giflib and cjpeg), and nothing is ever deleted.
 
 A new format is one function that yields (name, bytes), in a module of test_pictures, entered in FORMATS.
 """
@@ -249,6 +249,22 @@ def by_programs(folder):
             run(netpbm / f"{name}-{variant}.tga", ["ppmtotga", kind, *arguments], input=picture)
 
 
+def jpegs(folder):
+    """Every kind of JPEG that cjpeg writes, of an odd number of rows and columns, so that no block of any sampling is
+    whole. Readers of the system's read them, so they are no pictures of the ledger."""
+    source = random.Random(9)
+    ppm = b"P6\n43 31\n255\n" + bytes(min(255, max(0, value + source.randrange(9) - 4)) for y in range(31) for x in range(43)
+                                     for value in (x * 6, y * 8, 255 - 2 * x - 2 * y))
+    for name, options in {"rgb": "-rgb", "444": "-quality 95 -sample 1x1", "422": "-sample 2x1", "440": "-sample 1x2",
+                          "420": "-sample 2x2", "411": "-sample 4x1", "420-progressive": "-sample 2x2 -progressive",
+                          "gray-progressive": "-grayscale -progressive", "420-restart": "-sample 2x2 -restart 1",
+                          "444-progressive-restart": "-sample 1x1 -progressive -restart 3B",
+                          "420-arithmetic": "-sample 2x2 -arithmetic", "best": "-optimize -quality 100",
+                          "worst": "-quality 1"}.items():
+        (folder / f"cjpeg-{name}").write_bytes(subprocess.run(["cjpeg", *options.split()], check=True, input=ppm,
+                                                              stdout=subprocess.PIPE).stdout)
+
+
 def main():
     for kind, draw in FORMATS.items():
         folder = FOLDER / kind
@@ -261,6 +277,7 @@ def main():
     (folder / "red.wmf").write_bytes(metafiles.placeable())
     if "--programs" in sys.argv:
         by_programs(FOLDER)
+        jpegs(FOLDER.parent.parent.parent / "fuzz" / "seeds" / "picture")
 
 
 if __name__ == "__main__":

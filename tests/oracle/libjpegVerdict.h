@@ -1,7 +1,7 @@
 // What libjpeg makes of a JPEG file, and what it writes itself.
 #pragma once
+#include <array>
 #include <csetjmp>
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -11,10 +11,10 @@
 namespace pixkit::test {
 
 struct JpegPicture {
-    std::uint32_t width = 0, height = 0;
+    std::uint32_t width = 0, height = 0, rows = 0; // rows: how many could be read
     int components = 0;
-    long warnings = -1;             // -1: not decoded to its end
-    std::vector<std::uint8_t> bgra; // top row first; alpha 255
+    long warnings = -1;                              // -1: given up
+    std::vector<std::array<std::uint8_t, 4>> pixels; // B, G, R, 255, top row first
 };
 
 inline JpegPicture decodeJpeg(const std::uint8_t* data, std::size_t bytes) {
@@ -38,10 +38,10 @@ inline JpegPicture decodeJpeg(const std::uint8_t* data, std::size_t bytes) {
         picture.width = decoder.output_width;
         picture.height = decoder.output_height;
         picture.components = decoder.num_components;
-        picture.bgra.resize(std::size_t{picture.width} * picture.height * 4);
+        picture.pixels.resize(std::size_t{picture.width} * picture.height);
         while (decoder.output_scanline < picture.height) {
-            JSAMPROW row = picture.bgra.data() + std::size_t{decoder.output_scanline} * picture.width * 4;
-            jpeg_read_scanlines(&decoder, &row, 1);
+            JSAMPROW row = picture.pixels[std::size_t{decoder.output_scanline} * picture.width].data();
+            picture.rows += jpeg_read_scanlines(&decoder, &row, 1);
         }
         jpeg_finish_decompress(&decoder);
         picture.warnings = errors.manager.num_warnings;
