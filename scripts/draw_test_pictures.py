@@ -159,6 +159,10 @@ def gif():
             yield f"entry-0-{name}-{transparent}", gif_file(gif_control(transparent), image, table=entry + gif_table(3))
     yield "entry-0-gray-of-256", gif_file(gif_control(7), gif_image(37, 21, 8, 256),
                                           table=b"\x80\x80\x80" + gif_table(255), screen=(37, 21))
+    for gray in (15, 16):  # the last of the table's own grays, and the first that is none
+        yield f"entry-0-gray-{gray}-of-16", gif_file(
+            gif_control(3), gif_image(codes=lzw([i % 16 for i in range(63)], 4), code_size=4),
+            table=bytes([gray] * 3) + gif_table(15))
     yield "transparent-everywhere", gif_file(gif_control(1), gif_image(codes=lzw([1] * 63, 2)))
     yield "transparent-nowhere", gif_file(gif_control(200), image)
     yield "transparent-twice-said", gif_file(gif_control(1), gif_control(2), image)
@@ -174,6 +178,16 @@ def gif():
     yield "odd-colours-beyond-table", gif_file(gif_image(37, 21, 8, 256), table=gif_table(16), screen=(37, 21))
     yield "odd-colours-beyond-table-transparent", gif_file(gif_control(1), gif_image(37, 21, 8, 256),
                                                            table=gif_table(16), screen=(37, 21))
+    yield "odd-colours-beyond-local-table", gif_file(gif_image(37, 21, 8, 256, local=gif_table(16)), table=b"")
+    yield "odd-indexes-above-255", gif_file(gif_image(codes=lzw([0, 1, 258, 256] * 16, 9), code_size=9))
+    yield "odd-application-of-0", gif_file(b"!\xFF\0" + b"\3,;!\0", image)
+    # The colours of indexes beyond the table are the bytes that follow in the file, as far as it goes.
+    beyond = gif_image(codes=lzw([0, 1, 2, 40] * 16, 6), code_size=6)
+    for name, lack in {"odd-last-colour-ends-file": 0, "bad-last-colour-behind-file": 1}.items():
+        behind = 13 + 41 * 3 - lack - len(gif_file(gif_control(2), beyond, end=b""))
+        yield name, gif_file(gif_control(2), beyond, end=bytes(range(behind)))
+    yield "transparent-behind-file", gif_file(
+        gif_control(255), gif_image(codes=lzw([0, 1, 2, 255] * 16, 8), code_size=8))
 
     yield "bad-signature", gif_file(image, signature=b"GIF88a")
     yield "bad-no-table", gif_file(image, table=b"", end=bytes(40))
