@@ -1,5 +1,5 @@
 #include "support/PngBuilder.h"
-#include "coding/deflate/StreamWriter.h"
+#include "coding/deflate/Deflate.h"
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -11,18 +11,6 @@ namespace {
 void put32(Bytes& bytes, std::uint32_t value) {
     for (int shift = 24; shift >= 0; shift -= 8)
         bytes.push_back(static_cast<std::uint8_t>(value >> shift));
-}
-
-Bytes zlibStream(const deflate_test::StreamWriter& blocks, const Bytes& data) {
-    Bytes stream = {0x78, 0x01};
-    stream.insert(stream.end(), blocks.bytes().begin(), blocks.bytes().end());
-    std::uint32_t a = 1, b = 0; // Adler-32
-    for (const std::uint8_t byte : data) {
-        a = (a + byte) % 65521;
-        b = (b + a) % 65521;
-    }
-    put32(stream, b << 16 | a);
-    return stream;
 }
 
 int paethPredictor(int left, int above, int upperLeft) {
@@ -96,23 +84,9 @@ Bytes filteredRows(const PngImage& image, const Samples& samples) {
 }
 
 Bytes zlibStored(const Bytes& data) {
-    constexpr std::size_t longest = 65535;
-    deflate_test::StreamWriter blocks;
-    std::span<const std::uint8_t> rest = data;
-    do {
-        const auto block = rest.first(std::min(longest, rest.size()));
-        rest = rest.subspan(block.size());
-        blocks.stored(block, rest.empty());
-    } while (!rest.empty());
-    return zlibStream(blocks, data);
-}
-
-Bytes zlibFixed(const Bytes& data) {
-    deflate_test::StreamWriter blocks;
-    blocks.fixed(true);
-    for (const std::uint8_t byte : data)
-        blocks.literal(byte);
-    return zlibStream(blocks.end(), data);
+    Bytes stream;
+    deflate::compressZlib(data, 0, stream);
+    return stream;
 }
 
 PngBuilder& PngBuilder::chunk(std::string_view type, const Bytes& data, Crc crc) {

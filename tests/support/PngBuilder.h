@@ -28,9 +28,8 @@ struct PngImage {
 // bitDepth bits count. A filter above 4 is written and not applied.
 Bytes filteredRows(const PngImage& image, const Samples& samples);
 
-// A zlib stream of stored blocks, or of one block of fixed codes without matches.
+// A zlib stream of stored blocks.
 Bytes zlibStored(const Bytes& data);
-Bytes zlibFixed(const Bytes& data);
 
 enum class Crc : std::uint8_t { right, wrong, zero };
 

@@ -1,0 +1,68 @@
+// Codes that are written, then read, counted and damaged. Files of other programs are in the ledger and in
+// tests/oracle.
+#include "coding/GifFrame.h"
+#include "coding/lzw/LzwDecoder.h"
+#include "coding/lzw/LzwEncoder.h"
+#include <gtest/gtest.h>
+#include <random>
+
+namespace pixkit {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// The codes alone, without the sub-blocks that they are written in.
+Bytes codesOf(const Bytes& indexes, unsigned depth) {
+    Bytes data;
+    gifCompress(indexes, depth, data);
+    GifFrame frame;
+    frame.g87aStop = data.size() - 1;
+    EXPECT_EQ(data.front(), std::max(depth, 2U));
+    EXPECT_EQ(data.back(), 0);
+    return joinGifCodes(data, frame);
+}
+
+// Runs and noise: short ones fill the table of strings soon, long ones make long strings.
+Bytes someIndexes(std::mt19937& random, unsigned depth, std::size_t count) {
+    Bytes indexes;
+    const std::size_t longestRun = random() % 3 == 0 ? 3000 : 1 + random() % 5;
+    while (indexes.size() < count)
+        indexes.resize(std::min(count, indexes.size() + 1 + random() % longestRun),
+                       static_cast<std::uint8_t>(random() % (1U << depth)));
+    return indexes;
+}
+
+TEST(Lzw, IndexesComeBackChanged) {
+    std::mt19937 random(4);
+    for (int round = 0; round < 200; ++round) {
+        const unsigned depth = 1 + static_cast<unsigned>(random() % 8);
+        const Bytes indexes = someIndexes(random, depth, 1 + random() % (round % 10 == 0 ? 100'000 : 5000));
+        const Bytes codes = codesOf(indexes, depth);
+        const LzwIndexes decoded(codes, std::max(depth, 2U), indexes.size());
+        ASSERT_TRUE(decoded) << round;
+        EXPECT_TRUE(std::equal(indexes.begin(), indexes.end(), decoded.data())) << round;
+        EXPECT_FALSE(LzwIndexes(codes, std::max(depth, 2U), indexes.size() + 1)) << "beyond the end code";
+    }
+}
+
+TEST(Lzw, DamagedCodesAreCountedOtherwiseThanTheyAreDecoded) {
+    std::mt19937 random(8);
+    int whole = 0;
+    for (int round = 0; round < 5000; ++round) {
+        const unsigned depth = 2 + static_cast<unsigned>(random() % 7);
+        const std::size_t count = 1 + random() % 9000;
+        Bytes codes = codesOf(someIndexes(random, depth, count), depth);
+        if (round % 4 != 0) codes[random() % codes.size()] ^= static_cast<std::uint8_t>(1U << random() % 8);
+        if (round % 4 == 3) codes.resize(random() % codes.size());
+        const unsigned codeSize = round % 16 == 0 ? static_cast<unsigned>(random() % 14) : depth;
+        for (const std::size_t wanted : {count - 1, count, count + 1}) {
+            const bool isWhole = lzwDescribes(codes, codeSize, wanted);
+            ASSERT_EQ(isWhole, static_cast<bool>(LzwIndexes(codes, codeSize, wanted))) << round;
+            whole += isWhole ? 1 : 0;
+        }
+    }
+    EXPECT_TRUE(whole > 1000 && whole < 14'000) << whole;
+}
+
+} // namespace
+} // namespace pixkit
