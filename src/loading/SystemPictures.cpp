@@ -13,7 +13,8 @@ namespace pixkit {
 bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept {
     const bool loaded = guarded("LoadPicture_StdPicture", false, [&] {
         const auto type = Picture != nullptr ? Picture->Type() : platform::PictureType::none;
-        if (m_Handle != 0 && type == platform::PictureType::bitmap && Picture->handle() == m_Handle)
+        if (m_Handle != 0 && type == platform::PictureType::bitmap &&
+            platform::isSameObject(Picture->handle(), m_Handle))
             return LoadPicture_ByHandle(m_Handle); // a picture around this image
         DestroyDIB();
         if (Picture == nullptr) return false;
@@ -26,7 +27,7 @@ bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noex
 
 bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
     const bool loaded = guarded("LoadPicture_ByHandle", false, [&] {
-        if (Handle != 0 && Handle == m_Handle) { // the load frees the image before it reads
+        if (Handle != 0 && platform::isSameObject(Handle, m_Handle)) { // the load frees the image before it reads
             LoadDIBinDC(false);
             cPixSheet other;
             const bool copied = other.LoadPicture_ByHandle(Handle);

@@ -47,6 +47,10 @@ bool DeleteObject(Handle object) noexcept;
 
 ObjectType GetObjectType(Handle object) noexcept;
 
+// Whether two handles name one object. On Windows 32 of their bits count, and interfaces that pass only those leave
+// open whether zeros or the sign fill the rest.
+bool isSameObject(Handle first, Handle second) noexcept;
+
 // The colours of a bitmap of 8 bits: bytes B, G, R, 0 in the memory of each entry (RGBQUAD).
 using ColorTable = std::array<std::uint32_t, 256>;
 

@@ -69,6 +69,10 @@ ObjectType GetObjectType(Handle object) noexcept {
     return static_cast<ObjectType>(::GetObjectType(native<HGDIOBJ>(object)));
 }
 
+bool isSameObject(Handle first, Handle second) noexcept {
+    return static_cast<std::uint32_t>(first) == static_cast<std::uint32_t>(second);
+}
+
 Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits, const ColorTable* colors) noexcept {
     if (bits != nullptr) *bits = nullptr;
     // The system does not look at the device context when there is no palette; a stale one is refused all the same.

@@ -60,7 +60,7 @@ class OlePicture final : public StdPicture {
     Handle handle() const noexcept override {
         OLE_HANDLE handle = 0;
         if (m_picture->get_Handle(&handle) != S_OK) return 0;
-        // Handles of graphics objects have 32 bits that count, in 64-bit systems too.
+        // Handles of graphics objects have 32 bits that count, in 64-bit systems too; these extend them by the sign.
         return static_cast<Handle>(static_cast<std::int32_t>(handle));
     }
 

@@ -187,6 +187,10 @@ ObjectType GetObjectType(Handle object) noexcept {
     return found ? found->type : ObjectType::none;
 }
 
+bool isSameObject(Handle first, Handle second) noexcept {
+    return first == second;
+}
+
 Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits, const ColorTable* colors) noexcept {
     if (bits != nullptr) *bits = nullptr;
     if (dc != 0 && !findDC(dc)) return 0;
