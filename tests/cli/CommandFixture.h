@@ -1,7 +1,7 @@
 // The command run in the test's own process, with a folder of small pictures.
 #pragma once
 #include "Pictures.h"
-#include "cli/commands.h"
+#include "cli/Commands.h"
 #include <sstream>
 
 namespace pixkit::test {

@@ -1,6 +1,6 @@
 #include "CommandFixture.h"
-#include "cli/files.h"
-#include "cli/text.h"
+#include "cli/Files.h"
+#include "cli/Text.h"
 #include "platform/faults.h"
 #include "platform/pictures.h"
 #include "support/AllocationFault.h"

@@ -1,7 +1,7 @@
-#include "cli/saving.h"
+#include "cli/Saving.h"
+#include "cli/Files.h"
+#include "cli/Text.h"
 #include "cli/UsageError.h"
-#include "cli/files.h"
-#include "cli/text.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 

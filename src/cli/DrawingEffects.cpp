@@ -1,6 +1,6 @@
 // Effects that give the picture another size, or draw it onto a fresh image that takes its place.
+#include "cli/EffectParsing.h"
 #include "cli/UsageError.h"
-#include "cli/effect_parsing.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <array>

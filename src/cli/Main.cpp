@@ -1,4 +1,4 @@
-#include "cli/commands.h"
+#include "cli/Commands.h"
 #include "platform/console.h"
 #include <iostream>
 

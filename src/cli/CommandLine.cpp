@@ -1,7 +1,7 @@
 // The command line: options, help, and which sub-command runs.
+#include "cli/Commands.h"
+#include "cli/Text.h"
 #include "cli/UsageError.h"
-#include "cli/commands.h"
-#include "cli/text.h"
 #include "surface/cPixSheet.h"
 #include <CLI/CLI.hpp>
 #include <algorithm>

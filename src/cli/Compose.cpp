@@ -1,9 +1,9 @@
 // `pixkit compose`: pictures in layers on one canvas.
+#include "cli/EffectParsing.h"
+#include "cli/Files.h"
+#include "cli/Saving.h"
+#include "cli/Text.h"
 #include "cli/UsageError.h"
-#include "cli/effect_parsing.h"
-#include "cli/files.h"
-#include "cli/saving.h"
-#include "cli/text.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <limits>

@@ -1,9 +1,9 @@
 // `pixkit info`: what a picture is, one line a file.
+#include "cli/Commands.h"
+#include "cli/Files.h"
 #include "cli/MessageBoxes.h"
-#include "cli/commands.h"
-#include "cli/files.h"
-#include "cli/names.h"
-#include "cli/text.h"
+#include "cli/Names.h"
+#include "cli/Text.h"
 #include "surface/cPixSheet.h"
 #include <iomanip>
 #include <ostream>

@@ -1,7 +1,7 @@
-#include "cli/effects.h"
+#include "cli/Effects.h"
+#include "cli/EffectParsing.h"
+#include "cli/Text.h"
 #include "cli/UsageError.h"
-#include "cli/effect_parsing.h"
-#include "cli/text.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <array>

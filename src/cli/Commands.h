@@ -1,8 +1,8 @@
 // The sub-commands, each with what its command line asks for. They return the program's exit code.
 #pragma once
 #include "cli/Console.h"
+#include "cli/Effects.h"
 #include "cli/IconChoice.h"
-#include "cli/effects.h"
 #include "shared/enumerations.h"
 #include <cstdint>
 #include <optional>

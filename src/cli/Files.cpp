@@ -1,5 +1,5 @@
-#include "cli/files.h"
-#include "cli/text.h"
+#include "cli/Files.h"
+#include "cli/Text.h"
 #include "platform/pictures.h"
 #include <algorithm>
 #include <array>

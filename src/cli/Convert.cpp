@@ -1,10 +1,10 @@
 // `pixkit convert`: load, apply the effects in the order given, save.
+#include "cli/Commands.h"
+#include "cli/Files.h"
 #include "cli/MessageBoxes.h"
+#include "cli/Saving.h"
+#include "cli/Text.h"
 #include "cli/UsageError.h"
-#include "cli/commands.h"
-#include "cli/files.h"
-#include "cli/saving.h"
-#include "cli/text.h"
 #include "surface/cPixSheet.h"
 #include <filesystem>
 #include <map>

@@ -1,8 +1,8 @@
 // Results on their way into files.
 #pragma once
+#include "cli/Commands.h"
+#include "cli/Files.h"
 #include "cli/MessageBoxes.h"
-#include "cli/commands.h"
-#include "cli/files.h"
 #include <filesystem>
 #include <stdexcept>
 #include <string>

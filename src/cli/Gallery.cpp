@@ -1,11 +1,11 @@
 // `pixkit gallery`: every effect on every picture, and a page that shows them side by side.
+#include "cli/Commands.h"
+#include "cli/Files.h"
+#include "cli/GalleryPage.h"
 #include "cli/MessageBoxes.h"
+#include "cli/Names.h"
 #include "cli/Progress.h"
-#include "cli/commands.h"
-#include "cli/files.h"
-#include "cli/gallery_page.h"
-#include "cli/names.h"
-#include "cli/text.h"
+#include "cli/Text.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <filesystem>

@@ -1,5 +1,5 @@
-#include "cli/gallery_page.h"
-#include "cli/text.h"
+#include "cli/GalleryPage.h"
+#include "cli/Text.h"
 #include <algorithm>
 #include <ostream>
 

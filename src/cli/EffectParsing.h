@@ -1,7 +1,7 @@
 // What the effects' arguments are made of.
 #pragma once
-#include "cli/effects.h"
-#include "cli/text.h"
+#include "cli/Effects.h"
+#include "cli/Text.h"
 #include <charconv>
 #include <cstdint>
 #include <string>
@@ -29,7 +29,7 @@ std::string colourLiteral(std::int32_t colour);
 // Looks at every pixel and sets Alpha accordingly: after drawing onto a fresh image nothing else knows it.
 void classifyAlpha(cPixSheet& sheet);
 
-// Effects that give the picture another size or draw it (cli/drawing_effects.cpp).
+// Effects that give the picture another size or draw it (cli/DrawingEffects.cpp).
 EffectStep parseResize(const std::string& argument);
 EffectStep parseNearest(const std::string& argument);
 EffectStep parseRotate(const std::string& argument);

@@ -1,4 +1,4 @@
-#include "cli/text.h"
+#include "cli/Text.h"
 #include "cli/UsageError.h"
 #include <charconv>
 

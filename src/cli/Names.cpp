@@ -1,4 +1,4 @@
-#include "cli/names.h"
+#include "cli/Names.h"
 
 namespace pixkit::cli {
 
