@@ -1,6 +1,7 @@
 // Effects that give the picture another size, or draw it onto a fresh image that takes its place.
 #include "cli/EffectParsing.h"
 #include "cli/UsageError.h"
+#include "shared/modParsers.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <array>
@@ -20,14 +21,12 @@ PictureSize parseSize(std::string_view text) {
 }
 
 void classifyAlpha(cPixSheet& sheet) {
-    const std::uint8_t* const pixels = sheet.BitsPointer();
-    const std::size_t count = static_cast<std::size_t>(sheet.Width()) * static_cast<std::size_t>(sheet.Height());
-    AlphaTypeEnum alpha = AlphaNone;
-    for (std::size_t i = 0; i < count && alpha != AlphaComplex; ++i) {
-        const std::uint8_t value = pixels[4 * i + 3];
-        if (value != 255) alpha = value == 0 ? AlphaSimple : AlphaComplex;
-    }
-    sheet.Alpha(alpha);
+    const auto width = static_cast<std::size_t>(sheet.Width());
+    const ConstPixelView pixels{sheet.BitsPointer(), width, static_cast<std::size_t>(sheet.Height()), width * 4};
+    const AlphaTypeEnum alpha = iparseValidateAlphaChannel(pixels, imgNone).bIsAlpha;
+    // Alpha that is 0 everywhere is unused in a file; here it says that nothing was drawn.
+    const bool isEmpty = alpha == AlphaNone && pixels.bits[3] == 0;
+    sheet.Alpha(isEmpty ? AlphaSimple : alpha);
 }
 
 namespace {

@@ -1,6 +1,7 @@
 #include "cli/Files.h"
 #include "cli/Text.h"
 #include "platform/pictures.h"
+#include "shared/limits.h"
 #include <algorithm>
 #include <array>
 #include <fstream>
@@ -93,7 +94,6 @@ std::optional<TargetFormat> formatOf(const fs::path& file) {
 }
 
 std::string loadFailureReason(const fs::path& file) {
-    constexpr std::uintmax_t largestRefusedFile = 56;
     std::error_code error;
     if (!fs::exists(file, error)) return error ? "cannot be opened: " + error.message() : "no such file";
     if (fs::is_directory(file, error)) return "is a folder, not a picture";
@@ -101,7 +101,7 @@ std::string loadFailureReason(const fs::path& file) {
     const std::uintmax_t size = fs::file_size(file, error);
     std::ifstream stream(file, std::ios::binary);
     if (error || !stream) return "cannot be opened for reading";
-    if (size <= largestRefusedFile) {
+    if (size <= static_cast<std::uintmax_t>(largestRefusedFile)) {
         return "has only " + std::to_string(size) + " bytes; no picture is that small";
     }
     const auto head = readPart(stream, 0);
