@@ -1,0 +1,77 @@
+#include "cli/Commands.h"
+#include "cli/Files.h"
+#include "cli/Text.h"
+#include "platform/faults.h"
+#include "platform/pictures.h"
+#include "support/AllocationFault.h"
+#include "support/Pictures.h"
+#include "support/SourceFolder.h"
+#include <regex>
+#include <set>
+
+namespace pixkit::test {
+namespace {
+
+// What a transcript cannot say. Everything else about the command stands in tests/data/cli.
+class Command : public testing::Test {
+  protected:
+    int gallery() {
+        const auto picture = [](const char* name) { return cli::toUtf8(sourceFolder() / "tests/data/cli" / name); };
+        cli::Console console{m_in, m_out, m_err, false, false};
+        return cli::gallery({{picture("alpha.png"), picture("opaque.png")}, m_folder.name(u8"gallery")}, console);
+    }
+
+    TemporaryFolder m_folder;
+    std::istringstream m_in;
+    std::ostringstream m_out, m_err;
+};
+
+TEST_F(Command, TheGalleryLinksOnlyToFilesThatAreThere) {
+    ASSERT_EQ(gallery(), cli::exitOk);
+    const auto folder = m_folder.path(u8"gallery");
+    const auto bytes = readFile(folder / "index.html");
+    const std::string page(bytes.begin(), bytes.end());
+    std::set<std::string> files;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder))
+        files.insert(cli::urlPath(cli::toUtf8(entry.path().lexically_relative(folder))));
+    const std::regex reference("(?:src|href)=\"([^\"#]+)\"");
+    std::ptrdiff_t links = 0;
+    for (std::sregex_iterator match(page.begin(), page.end(), reference); match != std::sregex_iterator(); ++match)
+        links += files.contains((*match)[1]) ? 1 : -1000;
+    EXPECT_GT(links, 100);
+    EXPECT_EQ(cli::urlPath("a b#1/ä.png"), "a%20b%231/%c3%a4.png");
+    EXPECT_EQ(cli::htmlText("<a> & \"b\""), "&lt;a&gt; &amp; &quot;b&quot;");
+    EXPECT_EQ(cli::jsonString("a\"b \\c\nä"), R"("a\"b \\c\u000aä")"); // Windows has no files of such names
+}
+
+TEST_F(Command, APictureWithoutMemoryDoesNotEndTheGallery) {
+    bool happened = false;
+    for (long after = 0; !happened; ++after) { // until it is the first picture's work that finds no memory
+        m_err.str("");
+        int exitCode = cli::exitOk;
+        try {
+            const AllocationFault fault(after);
+            exitCode = gallery();
+            ASSERT_TRUE(fault.hasHappened()) << "no failure of this kind came up";
+        } catch (const std::bad_alloc&) {
+            continue; // before the first picture
+        }
+        happened = m_err.str().find("alpha.png: not enough memory") != std::string::npos;
+        EXPECT_TRUE(!happened || exitCode == cli::exitSomeFailed);
+    }
+    EXPECT_TRUE(std::filesystem::exists(m_folder.path(u8"gallery/opaque/00-original.png")));
+}
+
+TEST_F(Command, AFormatThatThisMachineCannotReadCountsAsDamaged) {
+    if (platform::canLoadMetafiles()) return; // Windows needs no library for JPEG either
+    const platform::ScopedFault noLibrary(platform::SeamCall::loadLibrary);
+    for (const std::string_view head : {"\xFF\xD8\xFF\xE0", "\xD7\xCD\xC6\x9A"}) {
+        std::vector<std::uint8_t> bytes(head.begin(), head.end());
+        bytes.resize(100);
+        writeFile(m_folder.path(u8"a"), bytes);
+        EXPECT_NE(cli::loadFailureReason(m_folder.path(u8"a")).find("is not supported here"), std::string::npos);
+    }
+}
+
+} // namespace
+} // namespace pixkit::test
