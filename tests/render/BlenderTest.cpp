@@ -1,6 +1,6 @@
 // The software blender on both kinds of destination.
 #include "render/Blender.h"
-#include "kernels/operations.h"
+#include "PixelRows.h"
 #include "platform/gdi.h"
 #include "render/Canvas.h"
 #include "surface/HostAccess.h"
@@ -17,9 +17,9 @@
 #include <vector>
 
 using namespace pixkit;
-using kernels::test::Numbers;
 using platform::Handle;
 using test::Canvas;
+using test::Numbers;
 
 namespace {
 
@@ -28,7 +28,7 @@ using Pixel = std::array<std::uint8_t, 4>;
 void fill(cPixSheet& sheet, std::int32_t width, std::int32_t height, Numbers& numbers) {
     sheet.InitializeDIB(width, height);
     const auto bytes = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4;
-    const std::vector<std::uint8_t> row = rowOf(kernels::test::Content::premultiplied, bytes, numbers);
+    const std::vector<std::uint8_t> row = rowOf(test::Content::premultiplied, bytes, numbers);
     std::memcpy(sheet.BitsPointer(), row.data(), bytes);
 }
 
