@@ -200,6 +200,13 @@ inline std::vector<std::pair<LONG, LONG>> boundsOf(SAFEARRAY* array) {
     return bounds;
 }
 
+inline std::size_t elementCount(SAFEARRAY* array) {
+    std::size_t count = array->pvData == nullptr ? 0 : 1;
+    for (const auto& [lower, upper] : boundsOf(array))
+        count *= static_cast<std::size_t>(upper - lower + 1);
+    return count;
+}
+
 inline std::vector<std::uint8_t> contentOf(SAFEARRAY* array) {
     if (array == nullptr) return {};
     std::size_t size = 1;

@@ -10,14 +10,6 @@ namespace pixkit::platform {
 
 namespace {
 
-std::string toUtf8(const std::wstring& wide) {
-    const int units = static_cast<int>(wide.size());
-    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
-    std::string result(static_cast<std::size_t>(bytes > 0 ? bytes : 0), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, result.data(), bytes, nullptr, nullptr);
-    return result;
-}
-
 // Adds the files that match a pattern, or the pattern itself when none does: the message then names what was typed.
 void addMatches(const std::wstring& pattern, std::vector<std::string>& arguments) {
     const std::wstring folder = pattern.substr(0, pattern.find_last_of(L"\\/:") + 1);

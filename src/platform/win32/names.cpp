@@ -1,4 +1,5 @@
 #include "platform/win32/names.h"
+#include <algorithm>
 #include <limits>
 // windows.h needs to come last: its macros must not reach the headers above.
 #include <windows.h>
@@ -18,6 +19,14 @@ bool toUtf16(const std::string& utf8, std::wstring& result) {
     if (units <= 0) return false;
     result.resize(static_cast<std::size_t>(units));
     return MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), bytes, result.data(), units) == units;
+}
+
+std::string toUtf8(std::wstring_view wide) {
+    const int units = static_cast<int>(std::min(wide.size(), longestText));
+    const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(std::max(bytes, 0)), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, result.data(), bytes, nullptr, nullptr);
+    return result;
 }
 
 bool toNarrow(const std::string& utf8, std::string& result) {

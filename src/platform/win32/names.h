@@ -1,12 +1,15 @@
 // UTF-8 above the seam, UTF-16 and the narrow code page below it.
 #pragma once
 #include <string>
+#include <string_view>
 
 namespace pixkit::platform {
 
 // Both may throw std::bad_alloc. False for text that is not UTF-8, and for a NUL inside, which would silently shorten
 // it.
 bool toUtf16(const std::string& utf8, std::wstring& result);
+// What is not UTF-16 comes out as U+FFFD. May throw std::bad_alloc.
+std::string toUtf8(std::wstring_view wide);
 
 // Text in the system's narrow code page. False also where it has no such characters: a look-alike would name another
 // file.
