@@ -61,17 +61,7 @@ TEST(Surroundings, TheDllStandsAloneAndIsHardened) {
 
 bool loadPng(_cPixSheet* sheet) {
     const auto path = (sourceFolder() / "samples/pictures/landscape.png").make_preferred();
-    VARIANT name = text(path.wstring().c_str());
-    VARIANT_BOOL loaded = VARIANT_FALSE;
-    EXPECT_EQ(sheet->LoadPicture_File(name.bstrVal, 32, 32, VARIANT_FALSE, 32, &loaded), S_OK);
-    ::VariantClear(&name);
-    return loaded == VARIANT_TRUE;
-}
-
-bool zlibEnabled(_cPixSheet* sheet) {
-    VARIANT_BOOL enabled = VARIANT_FALSE;
-    sheet->get_isZlibEnabled(&enabled);
-    return enabled == VARIANT_TRUE;
+    return isTrue(sheet, L"LoadPicture_File", {text(path.wstring().c_str())});
 }
 
 // The DLL in a folder with a zlib1.dll of the tests', which is held loaded.
@@ -106,7 +96,7 @@ TEST(Surroundings, ZlibBesideTheDllIsFoundAndUsed) {
     const BesideZlib beside("zlib-counting");
     const auto calls = beside.function("zlibCalls");
     if (calls == nullptr) GTEST_SKIP() << "the system replaces zlib1.dll";
-    EXPECT_TRUE(zlibEnabled(beside.sheet.get()));
+    EXPECT_TRUE(isTrue(beside.sheet.get(), L"isZlibEnabled"));
     loadPng(beside.sheet.get()); // refused: this zlib's checksums are wrong
     EXPECT_GT(calls(), 0) << "another zlib was used";
 }
@@ -114,7 +104,7 @@ TEST(Surroundings, ZlibBesideTheDllIsFoundAndUsed) {
 TEST(Surroundings, AWrongZlibBesideTheDllIsSurvived) {
     const BesideZlib beside("zlib-wrong");
     if (beside.function("somethingElse") == nullptr) GTEST_SKIP() << "the system replaces zlib1.dll";
-    EXPECT_FALSE(zlibEnabled(beside.sheet.get()));
+    EXPECT_FALSE(isTrue(beside.sheet.get(), L"isZlibEnabled"));
     EXPECT_TRUE(loadPng(beside.sheet.get()));
 }
 
@@ -141,7 +131,7 @@ TEST(Surroundings, WithoutAnyZlibPicturesStillLoad) {
     ASSERT_EQ(replaced, 2);
     ComPtr<_cPixSheet> sheet;
     *sheet.put() = server.create();
-    EXPECT_FALSE(zlibEnabled(sheet.get()));
+    EXPECT_FALSE(isTrue(sheet.get(), L"isZlibEnabled"));
     EXPECT_TRUE(loadPng(sheet.get()));
 }
 
@@ -180,51 +170,43 @@ class Host final : public IDispatch {
             exception->bstrDescription = ::SysAllocString(L"Resource not found");
             return DISP_E_EXCEPTION;
         }
-        const Bytes bytes(readFile((sourceFolder() / "samples/pictures/landscape.png").make_preferred()));
+        const OwnArray bytes(VT_UI1, readFile((sourceFolder() / "samples/pictures/landscape.png").make_preferred()));
         result->vt = VT_ARRAY | VT_UI1;
         return ::SafeArrayCopy(bytes.array, &result->parray);
     }
 };
 
-using Resources = ComTest;
+using HostResources = ComTest;
 
-TEST_F(Resources, TheHostsGlobalObjectIsAskedByName) {
+TEST_F(HostResources, AreAskedForByNameOrComeFromTheProgramItself) {
     Host host;
-    Variant loaded;
+    const VARIANT asked = object(&host), none = object(nullptr);
     VARIANT index = number(101);
-    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {variable(index), text(L"PICTURES"), object(&host)}, &loaded),
-              S_OK);
-    EXPECT_EQ(loaded.boolVal, VARIANT_TRUE);
-    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {number(102), text(L"PICTURES"), object(&host)}, &loaded),
-              S_OK);
-    EXPECT_EQ(loaded.boolVal, VARIANT_FALSE) << "what the host raises is no result";
-    short icon = 1;
-    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {number(101), typed(VT_I2, &icon), object(&host)}, &loaded),
-              S_OK);
-    EXPECT_EQ(loaded.boolVal, VARIANT_TRUE) << "a picture of the host's";
-    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {number(102), text(L"PICTURES"), object(&host)}, &loaded),
-              S_OK);
-    LONG width = -1;
-    sheet->get_Width(&width);
-    EXPECT_EQ(width, 0) << "a failed load leaves the instance empty";
-}
-
-TEST_F(Resources, WithoutAHostObjectTheProgramsOwnResourcesServe) {
+    SHORT icon = 1;
     const struct {
-        VARIANT index, section;
-        VARIANT_BOOL expected;
+        VARIANT index, section, host;
+        bool isFound;
     } rows[] = {
-        {number(7), text(L"PICTURES"), VARIANT_TRUE},   {text(L"SPRITE"), text(L"pictures"), VARIANT_TRUE},
-        {text(L"#7"), text(L"PICTURES"), VARIANT_TRUE}, {number(8), text(L"PICTURES"), VARIANT_FALSE},
-        {number(7), text(L""), VARIANT_FALSE},          {number(-1), text(L"PICTURES"), VARIANT_FALSE},
-        {number(7), number(0), VARIANT_TRUE},           {number(7), number(1), VARIANT_TRUE},
-        {number(8), number(0), VARIANT_FALSE},          {number(7), number(2), VARIANT_FALSE},
-        {number(7), number(3), VARIANT_FALSE},
+        {variable(index), text(L"PICTURES"), asked, true},
+        {number(102), text(L"PICTURES"), asked, false}, // what the host raises is no result
+        {number(101), typed(VT_I2, &icon), asked, true},
+        {number(7), text(L"PICTURES"), none, true},
+        {text(L"SPRITE"), text(L"pictures"), none, true},
+        {text(L"#7"), text(L"PICTURES"), none, true},
+        {number(8), text(L"PICTURES"), none, false},
+        {number(7), text(L""), none, false},
+        {number(-1), text(L"PICTURES"), none, false},
+        {number(7), number(0), none, true},
+        {number(7), number(1), none, true},
+        {number(8), number(0), none, false},
+        {number(7), number(2), none, false},
+        {number(7), number(3), none, false},
     };
     for (const auto& row : rows) {
-        Variant loaded;
-        EXPECT_EQ(call(sheet.get(), L"LoadPicture_Resource", {row.index, row.section}, &loaded), S_OK);
-        EXPECT_EQ(loaded.boolVal, row.expected);
+        ASSERT_TRUE(makeImage(1, 1));
+        EXPECT_EQ(isTrue(sheet.get(), L"LoadPicture_Resource", {row.index, row.section, row.host}), row.isFound)
+            << &row - rows;
+        EXPECT_EQ(width() != 0, row.isFound) << &row - rows << ": a failed load leaves the instance empty";
     }
 }
 

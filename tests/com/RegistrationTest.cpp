@@ -40,11 +40,9 @@ std::map<std::wstring, std::wstring> registered(HKEY root) {
 
 class Registration : public testing::Test {
   protected:
-    Registration() { ::CoInitialize(nullptr); }
     ~Registration() override {
         install(FALSE, L"user");
         server.plain("DllUnregisterServer");
-        ::CoUninitialize();
     }
     HRESULT install(BOOL add, const wchar_t* forWhom) {
         return server.entry<HRESULT WINAPI(BOOL, const wchar_t*)>("DllInstall")(add, forWhom);

@@ -1,11 +1,10 @@
-// What the tests of the component share: the DLL loaded as a program without registration loads it, and late-bound
-// calls in the forms in which scripts make them.
+// What the tests of the component share: the DLL loaded as a program without registration loads it, values in the forms
+// in which callers pass them, and late-bound calls.
 #pragma once
 #include "com/Automation.h"
 #include "pixkit_com.h"
 #include <filesystem>
 #include <gtest/gtest.h>
-#include <ocidl.h>
 #include <utility>
 #include <vector>
 
@@ -20,26 +19,29 @@ inline std::filesystem::path programFolder() {
     return std::filesystem::path(path).parent_path();
 }
 
-// pixkit.dll, by default the one beside the test program.
+// pixkit.dll, by default the one beside the test program. Whoever uses it gives everything back first.
 class Server {
   public:
     explicit Server(const std::filesystem::path& dll = programFolder() / "pixkit.dll")
         : m_module(::LoadLibraryW(dll.c_str())) {
         EXPECT_NE(m_module, nullptr) << dll;
+        ::CoInitialize(nullptr);
     }
     ~Server() {
-        if (m_module != nullptr) ::FreeLibrary(m_module);
+        EXPECT_TRUE(canUnload()) << "something still holds the DLL";
+        ::CoUninitialize();
+        ::FreeLibrary(m_module);
     }
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
     HMODULE module() const { return m_module; }
-
     template <class Function>
     Function* entry(const char* name) const {
         return reinterpret_cast<Function*>(reinterpret_cast<void*>(::GetProcAddress(m_module, name)));
     }
     HRESULT plain(const char* name) const { return entry<HRESULT WINAPI()>(name)(); }
+    bool canUnload() const { return plain("DllCanUnloadNow") == S_OK; }
     HRESULT getClassObject(REFCLSID id, REFIID interfaceId, void** object) const {
         return entry<HRESULT WINAPI(REFCLSID, REFIID, void**)>("DllGetClassObject")(id, interfaceId, object);
     }
@@ -55,18 +57,10 @@ class Server {
     HMODULE m_module;
 };
 
-// An initialised apartment, the DLL and one object.
+// The DLL and one object.
 class ComTest : public testing::Test {
   protected:
-    ComTest() {
-        ::CoInitialize(nullptr);
-        *sheet.put() = server.create();
-    }
-    ~ComTest() override {
-        sheet.reset();
-        EXPECT_EQ(server.plain("DllCanUnloadNow"), S_OK) << "something still holds the DLL";
-        ::CoUninitialize();
-    }
+    ComTest() { *sheet.put() = server.create(); }
     void SetUp() override { ASSERT_TRUE(sheet); }
 
     bool makeImage(LONG width, LONG height) {
@@ -82,43 +76,39 @@ class ComTest : public testing::Test {
         LONG_PTR address = 0;
         sheet->SetPixel(x, y, color, 255, VARIANT_FALSE, &address);
     }
+    LONG width() {
+        LONG value = 0;
+        sheet->get_Width(&value);
+        return value;
+    }
 
     Server server;
     ComPtr<_cPixSheet> sheet;
 };
 
-inline VARIANT number(LONG value) {
-    VARIANT v;
-    v.vt = VT_I4;
+inline VARIANT number(LONG value, VARTYPE type = VT_I4) {
+    VARIANT v{};
+    v.vt = type;
     v.lVal = value;
     return v;
 }
-inline VARIANT real(double value) {
-    VARIANT v;
-    v.vt = VT_R8;
-    v.dblVal = value;
-    return v;
-}
 inline VARIANT text(const wchar_t* value) { // the call's own; tests are short enough not to free it
-    VARIANT v;
+    VARIANT v{};
     v.vt = VT_BSTR;
     v.bstrVal = ::SysAllocString(value);
     return v;
 }
-inline VARIANT object(IDispatch* value) {
-    VARIANT v;
-    v.vt = VT_DISPATCH;
-    v.pdispVal = value;
+inline VARIANT object(IUnknown* value, VARTYPE type = VT_DISPATCH) {
+    VARIANT v{};
+    v.vt = type;
+    v.punkVal = value;
     return v;
 }
 inline VARIANT missing() {
-    VARIANT v;
-    v.vt = VT_ERROR;
-    v.scode = DISP_E_PARAMNOTFOUND;
-    return v;
+    return number(DISP_E_PARAMNOTFOUND, VT_ERROR);
 }
-inline VARIANT typed(VARTYPE type, void* place) { // VT_BYREF values of one type
-    VARIANT v;
+inline VARIANT typed(int type, void* place) { // VT_BYREF values of one type
+    VARIANT v{};
     v.vt = static_cast<VARTYPE>(VT_BYREF | type);
     v.byref = place;
     return v;
@@ -127,7 +117,7 @@ inline VARIANT variable(VARIANT& value) { // how scripts pass their variables
     return typed(VT_VARIANT, &value);
 }
 inline VARIANT arrayValue(VARTYPE element, SAFEARRAY* array) {
-    VARIANT v;
+    VARIANT v{};
     v.vt = static_cast<VARTYPE>(VT_ARRAY | element);
     v.parray = array;
     return v;
@@ -159,61 +149,33 @@ inline HRESULT call(IDispatch* target, const wchar_t* member, std::vector<VARIAN
                          isPut ? 1 : static_cast<UINT>(named.size())};
     return target->Invoke(ids[0], GUID{}, LOCALE_USER_DEFAULT, flags, &arguments, result, nullptr, argumentError);
 }
-inline HRESULT put(IDispatch* target, const wchar_t* member, VARIANT value, WORD flags = DISPATCH_PROPERTYPUT) {
-    return call(target, member, {value}, nullptr, {}, nullptr, flags);
+
+// Of a member that gives a Boolean.
+inline bool isTrue(IDispatch* target, const wchar_t* member, const std::vector<VARIANT>& arguments = {}) {
+    Variant result;
+    EXPECT_EQ(call(target, member, arguments, &result), S_OK) << std::filesystem::path(member);
+    return result.vt == VT_BOOL && result.boolVal == VARIANT_TRUE;
 }
 
-// An array of bytes that belongs to the test.
-class Bytes {
+// An array of numbers that belongs to the test.
+class OwnArray {
   public:
-    explicit Bytes(ULONG count, LONG lower = 0, VARTYPE type = VT_UI1) {
-        SAFEARRAYBOUND bound;
-        bound.cElements = count;
-        bound.lLbound = lower;
-        array = ::SafeArrayCreate(type, 1, &bound);
-    }
-    explicit Bytes(const std::vector<std::uint8_t>& bytes, LONG lower = 0)
-        : Bytes(static_cast<ULONG>(bytes.size()), lower) {
-        std::copy(bytes.begin(), bytes.end(), static_cast<std::uint8_t*>(array->pvData));
-    }
-    Bytes() = default;
-    ~Bytes() {
-        if (array != nullptr) {
-            EXPECT_EQ(::SafeArrayDestroy(array), S_OK) << "still locked";
+    explicit OwnArray(VARTYPE type, const std::vector<std::uint8_t>& values, LONG lower = 0)
+        : array(::SafeArrayCreateVector(type, lower, static_cast<ULONG>(values.size()))) {
+        auto* out = static_cast<std::uint8_t*>(array->pvData);
+        for (const std::uint8_t value : values) {
+            if (type == VT_VARIANT)
+                *reinterpret_cast<VARIANT*>(out) = number(value);
+            else
+                *out = value;
+            out += array->cbElements;
         }
     }
-    Bytes(const Bytes&) = delete;
-    Bytes& operator=(const Bytes&) = delete;
+    ~OwnArray() { EXPECT_EQ(::SafeArrayDestroy(array), S_OK) << "still locked"; }
+    OwnArray(const OwnArray&) = delete;
+    OwnArray& operator=(const OwnArray&) = delete;
 
-    SAFEARRAY* array = nullptr;
+    SAFEARRAY* array;
 };
-
-// Bounds of an array, first dimension first: {lower, upper}.
-inline std::vector<std::pair<LONG, LONG>> boundsOf(SAFEARRAY* array) {
-    std::vector<std::pair<LONG, LONG>> bounds;
-    for (UINT i = 1; array != nullptr && i <= ::SafeArrayGetDim(array); ++i) {
-        LONG lower = 0, upper = 0;
-        ::SafeArrayGetLBound(array, i, &lower);
-        ::SafeArrayGetUBound(array, i, &upper);
-        bounds.emplace_back(lower, upper);
-    }
-    return bounds;
-}
-
-inline std::size_t elementCount(SAFEARRAY* array) {
-    std::size_t count = array->pvData == nullptr ? 0 : 1;
-    for (const auto& [lower, upper] : boundsOf(array))
-        count *= static_cast<std::size_t>(upper - lower + 1);
-    return count;
-}
-
-inline std::vector<std::uint8_t> contentOf(SAFEARRAY* array) {
-    if (array == nullptr) return {};
-    std::size_t size = 1;
-    for (const auto& [lower, upper] : boundsOf(array))
-        size *= static_cast<std::size_t>(upper - lower + 1);
-    const auto* const data = static_cast<std::uint8_t*>(array->pvData);
-    return {data, data + size};
-}
 
 } // namespace pixkit::test

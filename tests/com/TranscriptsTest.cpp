@@ -25,6 +25,8 @@ Value valueOf(const VARIANT& variant) {
     case VT_EMPTY:
         return {};
     case VT_BOOL:
+        EXPECT_TRUE(variant.boolVal == VARIANT_TRUE ||
+                    variant.boolVal == VARIANT_FALSE); // callers negate it bit by bit
         return variant.boolVal != VARIANT_FALSE;
     case VT_DATE:
         return Date{variant.date};
@@ -44,12 +46,15 @@ Value valueOf(const VARIANT& variant) {
     }
     if (variant.parray == nullptr) return {};
     Array array;
-    const auto bounds = boundsOf(variant.parray);
-    array.lower = bounds[0].first;
-    array.rows = bounds.size() == 2 ? static_cast<std::uint32_t>(bounds[1].second + 1) : 0;
+    // SAFEARRAYs keep their bounds last dimension first.
+    const USHORT dimensions = variant.parray->cDims;
+    array.lower = variant.parray->rgsabound[dimensions - 1].lLbound;
+    array.rows = dimensions == 2 ? variant.parray->rgsabound[0].cElements : 0;
+    const std::size_t count =
+        std::size_t{variant.parray->rgsabound[dimensions - 1].cElements} * std::max(array.rows, 1U);
     const auto size = variant.parray->cbElements;
     const auto* const first = static_cast<const std::uint8_t*>(variant.parray->pvData);
-    for (std::size_t i = 0; i < elementCount(variant.parray); ++i) {
+    for (std::size_t i = 0; i < count; ++i) {
         VARIANT element{};
         element.vt = static_cast<VARTYPE>(variant.vt & ~VT_ARRAY);
         std::memcpy(element.vt == VT_VARIANT ? static_cast<void*>(&element) : &element.byref, first + i * size, size);
@@ -87,8 +92,8 @@ void give(const Value& value, bool isScript, VARIANT& out) {
                                                                   : VT_I8;
         out.llVal = *whole; // little-endian: the smaller types begin at the same byte
     }
-    if (const auto* const fraction = std::get_if<double>(&value)) out = real(*fraction);
-    if (const auto* const date = std::get_if<Date>(&value)) out = real(date->days), out.vt = VT_DATE;
+    if (const auto* const real = std::get_if<double>(&value)) out.vt = VT_R8, out.dblVal = *real;
+    if (const auto* const date = std::get_if<Date>(&value)) out.vt = VT_DATE, out.date = date->days;
     if (const auto* const words = std::get_if<std::string>(&value)) {
         std::wstring wide;
         platform::toUtf16(*words, wide);
@@ -155,7 +160,6 @@ std::string errorName(HRESULT status, UINT argument) {
 class ComEngine final : public Engine {
   public:
     explicit ComEngine(Calls calls) : m_calls(calls) {
-        ::CoInitialize(nullptr);
         ComPtr<_cPixSheet> sheet;
         ComPtr<ITypeInfo> shown;
         HREFTYPE reference = 0;
@@ -164,7 +168,6 @@ class ComEngine final : public Engine {
         shown->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference); // the virtual function table's face
         shown->GetRefTypeInfo(reference, m_table.put());
     }
-    ~ComEngine() override { ::CoUninitialize(); }
     std::vector<std::string> names() const override {
         return {"com", m_calls == Calls::early ? "early" : "late", m_calls == Calls::script ? "script" : "typed"};
     }

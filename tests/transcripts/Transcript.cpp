@@ -359,7 +359,7 @@ void runTranscript(const std::filesystem::path& file, Engine& engine) {
         }
         if (!run || tokensOf(line).empty()) continue;
         const auto equals = line.find(" = ");
-        const std::string head = line.substr(0, equals);
+        std::string head = line.substr(0, equals);
         std::string found;
         try {
             found = run->outcome(tokensOf(head));
@@ -368,8 +368,11 @@ void runTranscript(const std::filesystem::path& file, Engine& engine) {
         }
         if (isSame(equals == std::string::npos ? "" : line.substr(equals + 3), found)) continue;
         if (isWriting) {
+            const auto comment = line.find(" # ");
+            const std::string rest = comment != std::string::npos ? line.substr(comment) : "";
+            if (comment < head.size()) head.resize(comment);
             line = head + std::string(head.size() < 40 && !found.empty() ? 40 - head.size() : 0, ' ') +
-                   (found.empty() ? "" : " = " + found);
+                   (found.empty() ? "" : " = " + found) + rest;
         } else {
             ADD_FAILURE_AT(file.string().c_str(), number)
                 << title << '\n'

@@ -1,0 +1,322 @@
+// What transcripts cannot say: forms of arguments that only some hosts have, arrays that must stay as they are, objects
+// that are none of ours, callers compiled by others.
+#define INITGUID // this file defines what the generated header only declares
+#include "Pictures.h"
+#include "Server.h"
+#include "support/SourceFolder.h"
+#include <cstring>
+#include <ocidl.h>
+#include <olectl.h>
+
+namespace pixkit::test {
+
+using OddCalls = ComTest;
+
+TEST_F(OddCalls, NumbersOfAnyTypeAreTakenWhereATypedValueFits) {
+    SHORT small = 6;
+    VARIANT held = number(7), nested = variable(held), twice = variable(nested), deep = variable(twice);
+    for (const auto& [value, expected] : {std::pair{number(5, VT_UI1), 5},
+                                          {number(9, VT_UI4), 9},
+                                          {typed(VT_I2, &small), 6},
+                                          {variable(nested), 7},
+                                          {variable(deep), 7}}) {
+        EXPECT_TRUE(isTrue(sheet.get(), L"InitializeDIB", {value, number(1)})) << value.vt;
+        EXPECT_EQ(width(), expected);
+    }
+}
+
+TEST_F(OddCalls, ResultsComeBackInTheCallersOwnType) {
+    ASSERT_TRUE(makeImage(1, 1));
+    setPixel(0, 0, 255);
+    LONG asLong = 0;
+    SHORT asInteger = 0;
+    double asDouble = 0;
+    for (const VARIANT& argument : {typed(VT_I4, &asLong), typed(VT_I2, &asInteger), typed(VT_R8, &asDouble)})
+        EXPECT_EQ(call(sheet.get(), L"GetPixel", {number(0), number(0), argument}), S_OK);
+    EXPECT_EQ(std::tuple(asLong, asInteger, asDouble), std::tuple(255, 255, 255.0));
+    const VARIANT null = number(0, VT_NULL), nowhere = typed(VT_VARIANT, nullptr);
+    EXPECT_EQ(call(sheet.get(), L"InitializeDIB", {null, number(1)}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(call(sheet.get(), L"GetPixel", {number(0), number(0), nowhere}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Stream", {typed(VT_ARRAY | VT_UI1, nullptr)}), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(sheet->Invoke(4711, GUID{}, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr), E_POINTER);
+    DISPPARAMS none{};
+    EXPECT_EQ(sheet->Invoke(4711, GUID{}, 0, DISPATCH_METHOD, &none, nullptr, nullptr, nullptr), DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(sheet->Invoke(4, IID_IUnknown, 0, DISPATCH_PROPERTYGET, &none, nullptr, nullptr, nullptr),
+              DISP_E_UNKNOWNINTERFACE);
+}
+
+TEST_F(OddCalls, NothingBecomesANewObjectWithOneReference) {
+    ASSERT_TRUE(makeImage(3, 2));
+    IDispatch* dispatch = nullptr;
+    IUnknown* unknown = nullptr;
+    VARIANT nothing = object(nullptr), empty{};
+    for (const VARIANT& argument :
+         {typed(VT_DISPATCH, &dispatch), typed(VT_UNKNOWN, &unknown), variable(nothing), variable(empty)})
+        EXPECT_EQ(call(sheet.get(), L"CopyImageTo", {argument}), S_OK);
+    for (IUnknown* const created : {static_cast<IUnknown*>(dispatch), unknown, nothing.punkVal, empty.punkVal}) {
+        ASSERT_NE(created, nullptr);
+        EXPECT_EQ(created->Release(), 0u) << "one reference too many";
+    }
+    EXPECT_EQ(call(sheet.get(), L"CopyImageTo", {object(nullptr)}), S_OK); // by value: made, and let go again
+}
+
+TEST_F(OddCalls, NullPointersAreRefusedBeforeAnythingHappens) {
+    ASSERT_TRUE(makeImage(4, 3));
+    SAFEARRAY* none = nullptr;
+    VARIANT_BOOL done = VARIANT_FALSE;
+    LONG number = 0;
+    const HRESULT refused[] = {sheet->InitializeDIB(9, 9, nullptr),
+                               sheet->LoadPicture_File(nullptr, 0, 0, VARIANT_FALSE, 32, nullptr),
+                               sheet->LoadPicture_Stream(nullptr, 0, 0, 0, 0, VARIANT_FALSE, 32, &done),
+                               sheet->LoadPicture_StdPicture(nullptr, &done),
+                               sheet->SourceIconSizes(nullptr, &number),
+                               sheet->SaveToStream_Bitmap(&none, VARIANT_FALSE, 0, nullptr),
+                               sheet->SaveToStream_Bitmap(nullptr, VARIANT_FALSE, 0, &done),
+                               sheet->SaveToStream_ICO(nullptr, nullptr, nullptr, &number),
+                               sheet->CopyImageTo(nullptr, 0, 0, VARIANT_FALSE),
+                               sheet->SwapDIBs(nullptr),
+                               sheet->ScaleImage(1, 1, &number, nullptr, ::ScaleToSize),
+                               sheet->get_Tag(nullptr),
+                               sheet->get_Version(nullptr),
+                               sheet->QueryInterface(IID_IUnknown, nullptr)};
+    for (const HRESULT status : refused)
+        EXPECT_EQ(status, E_POINTER) << &status - refused;
+    EXPECT_EQ(none, nullptr);
+    EXPECT_EQ(width(), 4) << "the picture is gone";
+}
+
+// --- arrays
+
+TEST_F(OddCalls, EveryFormOfByteArrayLoadsTheSamePicture) {
+    const auto png = readFile((sourceFolder() / "samples/pictures/sprite-4-bit.png").make_preferred());
+    OwnArray bytes(VT_UI1, png), variants(VT_VARIANT, png);
+    VARIANT held = arrayValue(VT_UI1, bytes.array), heldVariants = arrayValue(VT_VARIANT, variants.array);
+    VARIANT nested = typed(VT_ARRAY | VT_UI1, &bytes.array);
+    for (const VARIANT& form : {held, nested, variable(held), variable(nested), heldVariants, variable(heldVariants),
+                                typed(VT_ARRAY | VT_VARIANT, &variants.array)}) {
+        ASSERT_TRUE(makeImage(1, 1));
+        EXPECT_TRUE(isTrue(sheet.get(), L"LoadPicture_Stream", {form})) << form.vt;
+        EXPECT_GT(width(), 1);
+    }
+    ::SafeArrayLock(bytes.array); // borrowed, not taken
+    bytes.array->fFeatures |= FADF_FIXEDSIZE;
+    EXPECT_TRUE(isTrue(sheet.get(), L"LoadPicture_Stream", {nested}));
+    EXPECT_EQ(bytes.array->cLocks, 1u);
+    bytes.array->fFeatures &= static_cast<USHORT>(~FADF_FIXEDSIZE);
+    ::SafeArrayUnlock(bytes.array);
+    EXPECT_EQ(std::memcmp(bytes.array->pvData, png.data(), png.size()), 0);
+}
+
+TEST_F(OddCalls, UnfitArraysAreRefusedAndStayAsTheyAre) {
+    const struct {
+        VARTYPE type;
+        USHORT feature;
+        bool isLocked, isLoadable;
+    } rows[] = {{VT_UI1, 0, true, true},  {VT_UI1, FADF_FIXEDSIZE, false, true}, {VT_UI1, FADF_STATIC, false, true},
+                {VT_I4, 0, false, false}, {VT_VARIANT, 0, false, false},         {VT_I1, 0, false, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(&row - rows);
+        ASSERT_TRUE(makeImage(3, 2));
+        OwnArray own(row.type, std::vector<std::uint8_t>(8));
+        SAFEARRAY* const before = own.array;
+        own.array->fFeatures |= row.feature;
+        if (row.isLocked) ::SafeArrayLock(own.array);
+        VARIANT_BOOL done = VARIANT_TRUE;
+        LONG count = 7;
+        EXPECT_EQ(sheet->SaveToStream_Bitmap(&own.array, VARIANT_FALSE, 0, &done), S_OK);
+        EXPECT_EQ(done, VARIANT_FALSE);
+        EXPECT_EQ(sheet->SourceIconSizes(&own.array, &count), S_OK);
+        EXPECT_EQ(count, 0);
+        EXPECT_EQ(own.array, before);
+        EXPECT_EQ(sheet->LoadPicture_Stream(&own.array, 0, 0, 0, 0, VARIANT_FALSE, 32, &done), S_OK);
+        EXPECT_EQ(width(), 0) << "a load that is refused empties the instance";
+        if (row.isLocked) ::SafeArrayUnlock(own.array);
+        own.array->fFeatures &= static_cast<USHORT>(~row.feature);
+    }
+    ASSERT_TRUE(makeImage(3, 2));
+    OwnArray longs(VT_I4, {1, 2}), bytes(VT_UI1, std::vector<std::uint8_t>(64));
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Stream", {typed(VT_ARRAY | VT_I4, &longs.array)}), DISP_E_TYPEMISMATCH);
+    VARIANT lie = arrayValue(VT_VARIANT, bytes.array);
+    EXPECT_EQ(call(sheet.get(), L"SetDIBbits", {variable(lie)}), DISP_E_TYPEMISMATCH) << "read as VARIANTs";
+}
+
+TEST_F(OddCalls, ArraysPassedByValueAreNotReplacedUnderTheCaller) {
+    ASSERT_TRUE(makeImage(3, 2));
+    OwnArray bytes(VT_UI1, {1, 2}), variants(VT_VARIANT, {1, 2});
+    VARIANT locked = arrayValue(VT_VARIANT, variants.array);
+    ::SafeArrayLock(variants.array);
+    for (const VARIANT& form : {arrayValue(VT_UI1, bytes.array), locked, variable(locked)})
+        EXPECT_FALSE(isTrue(sheet.get(), L"SaveToStream_Bitmap", {form})) << form.vt;
+    EXPECT_EQ(bytes.array->rgsabound[0].cElements, 2u);
+    EXPECT_EQ(variants.array->rgsabound[0].cElements, 2u);
+    ::SafeArrayUnlock(variants.array);
+}
+
+TEST_F(OddCalls, PixelsLandInTheSameArrayAgainAndTheImagesOwnMemoryIsNeverReplaced) {
+    ASSERT_TRUE(makeImage(3, 2));
+    setPixel(2, 1, 0x0000FF);
+    OwnArray own(VT_UI1, std::vector<std::uint8_t>(24, 0xEE)); // 24 bits: 3 bytes of padding a row
+    SAFEARRAY* const before = own.array;
+    VARIANT_BOOL done = VARIANT_FALSE;
+    EXPECT_EQ(sheet->GetDIBbits(&own.array, 0, -1, 0, -1, -1, 0, 0, 0, 0, -1, &done), S_OK);
+    EXPECT_EQ(own.array, before);
+    EXPECT_EQ(static_cast<const std::uint8_t*>(own.array->pvData)[11], 0) << "old bytes in the padding";
+
+    LONG_PTR bits = 0;
+    sheet->get_BitsPointer(&bits);
+    SAFEARRAY overlay{}; // as callers make them to work on pixels directly
+    overlay.cDims = 1;
+    overlay.cbElements = 1;
+    overlay.pvData = reinterpret_cast<void*>(bits);
+    overlay.rgsabound[0].cElements = 24;
+    SAFEARRAY* array = &overlay;
+    EXPECT_EQ(sheet->GetDIBbits(&array, 0, -1, -1, -1, -1, 0, 0, 0, 0, -1, &done), S_OK);
+    EXPECT_EQ(done, VARIANT_FALSE);
+    EXPECT_EQ(sheet->SaveToStream_Bitmap(&array, VARIANT_FALSE, 0, &done), S_OK);
+    EXPECT_EQ(done, VARIANT_FALSE);
+    EXPECT_EQ(sheet->SetDIBbits(&array, -1, -1, -1, -1, 0, 0, 0, 0, &done), S_OK);
+    EXPECT_EQ(done, VARIANT_TRUE);
+    EXPECT_EQ(array, &overlay);
+    EXPECT_EQ(pixel(2, 1), 0x0000FF);
+}
+
+// --- objects
+
+// Somebody else's object with the same interface: it answers nothing but QueryInterface.
+class Foreign final : public IUnknown {
+  public:
+    STDMETHODIMP QueryInterface(REFIID id, void** result) override {
+        const bool known = id == IID_IUnknown || id == IID_IDispatch || id == IID__cPixSheet;
+        *result = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+    STDMETHODIMP_(ULONG) Release() override { return 1; }
+};
+
+TEST_F(OddCalls, ForeignImplementationsAreNotTakenForOurs) {
+    ASSERT_TRUE(makeImage(4, 3));
+    Foreign foreign;
+    void* const raw = &foreign;
+    auto* disguised = static_cast<_cPixSheet*>(raw);
+    VARIANT_BOOL done = VARIANT_FALSE;
+    EXPECT_EQ(sheet->SwapDIBs(&disguised), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(sheet->CopyImageTo(&disguised, 0, 0, VARIANT_FALSE), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(sheet->TileImage(0, 0, 0, 1, 1, 100, 0, 0, 0, &disguised, &done), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(sheet->RenderDropShadow_JIT(0, 0, 0, 4, 0, 50, 0, &disguised, &done), DISP_E_TYPEMISMATCH);
+    EXPECT_EQ(call(sheet.get(), L"SwapDIBs", {object(&foreign)}), DISP_E_TYPEMISMATCH);
+    auto* notPicture = reinterpret_cast<IPictureDisp*>(sheet.get());
+    EXPECT_EQ(sheet->LoadPicture_StdPicture(&notPicture, &done), S_OK);
+    EXPECT_EQ(done, VARIANT_FALSE);
+}
+
+TEST_F(OddCalls, OneIdentityAndTruthfulSideInterfaces) {
+    ComPtr<IUnknown> unknown, again;
+    ComPtr<IProvideClassInfo> classInfo;
+    ComPtr<ISupportErrorInfo> errorInfo;
+    ASSERT_EQ(sheet->QueryInterface(IID_IProvideClassInfo, classInfo.putVoid()), S_OK);
+    ASSERT_EQ(sheet->QueryInterface(IID_ISupportErrorInfo, errorInfo.putVoid()), S_OK);
+    sheet->QueryInterface(IID_IUnknown, unknown.putVoid());
+    classInfo->QueryInterface(IID_IUnknown, again.putVoid());
+    EXPECT_EQ(unknown.get(), again.get());
+    EXPECT_EQ(errorInfo->InterfaceSupportsErrorInfo(IID__cPixSheet), S_FALSE);
+    ComPtr<ITypeInfo> info;
+    ASSERT_EQ(classInfo->GetClassInfo(info.put()), S_OK);
+    TYPEATTR* attributes = nullptr;
+    ASSERT_EQ(info->GetTypeAttr(&attributes), S_OK);
+    EXPECT_EQ(attributes->guid, CLSID_cPixSheet);
+    info->ReleaseTypeAttr(attributes);
+    void* other = &unknown;
+    EXPECT_EQ(sheet->QueryInterface(IID_IStream, &other), E_NOINTERFACE);
+    EXPECT_EQ(other, nullptr);
+}
+
+TEST_F(OddCalls, PictureObjectsAreTakenInEveryFormAndOthersAreNot) {
+    PICTDESC description{};
+    description.cbSizeofstruct = sizeof description;
+    description.picType = PICTYPE_ICON;
+    description.icon.hicon = ::CopyIcon(::LoadIconW(nullptr, IDI_APPLICATION));
+    ComPtr<IPictureDisp> picture;
+    ASSERT_EQ(::OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, picture.putVoid()), S_OK);
+    IPictureDisp* place = picture.get();
+    VARIANT held = object(place), wrong = object(sheet.get());
+    for (const VARIANT& form : {held, typed(VT_DISPATCH, &place), variable(held)})
+        EXPECT_TRUE(isTrue(sheet.get(), L"LoadPicture_StdPicture", {form})) << form.vt;
+    VARIANT handle =
+        number(static_cast<LONG>(reinterpret_cast<LONG_PTR>(description.icon.hicon))); // scripts have no wider
+    EXPECT_TRUE(isTrue(sheet.get(), L"LoadPicture_ByHandle", {variable(handle)}));
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_StdPicture", {wrong}), DISP_E_TYPEMISMATCH);
+    EXPECT_FALSE(isTrue(sheet.get(), L"LoadPicture_StdPicture", {object(nullptr)}));
+    EXPECT_EQ(width(), 0);
+}
+
+// --- callers' machines
+
+#ifdef __i386__
+// Calls a member without arguments but `this` and a result with the stack four bytes off the alignment that vector
+// code of this compiler expects, as callers from other compilers do.
+HRESULT __attribute__((noinline)) callMisaligned(void* function, void* object, void* result) {
+    HRESULT status;
+    asm volatile("movl %%esp, %%edi\n\t"
+                 "andl $-16, %%esp\n\t"
+                 "subl $4, %%esp\n\t"
+                 "pushl %3\n\t"
+                 "pushl %2\n\t"
+                 "call *%1\n\t"
+                 "movl %%edi, %%esp"
+                 : "=a"(status)
+                 : "r"(function), "r"(object), "r"(result)
+                 : "edi", "ecx", "edx", "memory", "cc");
+    return status;
+}
+
+TEST_F(OddCalls, CallersWithAFourByteAlignedStackSurviveVectorCode) {
+    ASSERT_TRUE(makeImage(67, 5));
+    setPixel(3, 3, 0x0000FF);
+    ComPtr<ITypeInfo> info;
+    FUNCDESC* function = nullptr;
+    std::size_t place = 0;
+    sheet->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.put());
+    for (UINT i = 0; SUCCEEDED(info->GetFuncDesc(i, &function)); ++i) {
+        if (function->memid == 501)
+            place = static_cast<std::size_t>(function->oVft) / sizeof(void*); // MakeImageInverse
+        info->ReleaseFuncDesc(function);
+    }
+    VARIANT_BOOL done = VARIANT_FALSE;
+    EXPECT_EQ(callMisaligned((*reinterpret_cast<void***>(sheet.get()))[place], sheet.get(), &done), S_OK);
+    EXPECT_EQ(pixel(3, 3), 0xFFFF00);
+}
+#endif
+
+// A context whose origin was moved, and with a region to draw in, onto which the component's own drawing and the
+// system's must put the same.
+TEST_F(OddCalls, DrawingMissesMovedOriginsAndClipRegions) {
+    ASSERT_TRUE(makeImage(3, 3));
+    for (LONG i = 0; i < 9; ++i)
+        setPixel(i % 3, i / 3, 100 + i);
+    ComPtr<_cPixSheet> canvas;
+    *canvas.put() = server.create();
+    VARIANT_BOOL done = VARIANT_FALSE;
+    LONG_PTR dc = 0;
+    canvas->InitializeDIB(8, 8, &done);
+    for (const VARIANT_BOOL friendly : {VARIANT_FALSE, VARIANT_TRUE}) {
+        sheet->put_isAlphaBlendFriendly(friendly);
+        canvas->EraseDIB();
+        canvas->LoadDIBinDC(VARIANT_TRUE, &dc);
+        ::SetViewportOrgEx(reinterpret_cast<HDC>(dc), 4, 5, nullptr);
+        ::IntersectClipRect(reinterpret_cast<HDC>(dc), -3, -3, 0, 2); // in the moved coordinates
+        EXPECT_TRUE(isTrue(sheet.get(), L"Render", {number(static_cast<LONG>(dc)), number(-2), number(-4)}));
+        canvas->LoadDIBinDC(VARIANT_FALSE, &dc);
+        for (LONG i = 0; i < 64; ++i) {
+            const LONG x = i % 8 - 4, y = i / 8 - 5;
+            VARIANT_BOOL asStored = VARIANT_TRUE;
+            LONG alpha = 0, color = 0;
+            canvas->GetPixel(i % 8, i / 8, &alpha, &asStored, &color);
+            const bool isDrawn = x >= -2 && x < 0 && y >= -3 && y < -1;
+            EXPECT_EQ(color, isDrawn ? 100 + (y + 4) * 3 + x + 2 : 0)
+                << x << ", " << y << (friendly ? " by the system" : "");
+        }
+    }
+}
+
+} // namespace pixkit::test
