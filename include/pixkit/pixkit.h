@@ -2,7 +2,7 @@
 // Everything that a program needs: the class, what it is told of (messages, unexpected errors), what it may give
 // (system pictures, resources).
 #pragma once
-#include "diagnostics/guard.h"
+#include "diagnostics/ErrorReport.h"
 #include "platform/interaction.h"
 #include "platform/pictures.h"
 #include "shared/resources.h"

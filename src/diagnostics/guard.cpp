@@ -1,34 +1,50 @@
 #include "diagnostics/guard.h"
-#include <atomic>
+#include "platform/HandlerSlot.h"
+#include <string>
+#include <utility>
 
 namespace pixkit {
 
 namespace {
 
-ErrorReportHandler& handlerSlot() {
-    static ErrorReportHandler handler;
-    return handler;
-}
+HandlerSlot<ErrorReportHandler> handlerInUse;
 
-std::atomic<unsigned long> trappedErrors{0};
+// From the folder of the sources on: what lies before it is the affair of the machine that compiled them.
+std::string moduleOf(std::string_view file) {
+    constexpr std::string_view sources = "src/";
+    const std::size_t start = file.rfind(sources);
+    return std::string(start == file.npos ? file : file.substr(start + sources.size()));
+}
 
 } // namespace
 
+std::string numberInWords(long long value) {
+    return std::to_string(value);
+}
+
+std::string numberInWords(double value) {
+    return std::to_string(value);
+}
+
+std::string textInWords(std::string_view text) {
+    constexpr std::size_t longest = 80;
+    return '"' + std::string(text.substr(0, longest)) + (text.size() > longest ? "\"..." : "\"");
+}
+
 void setErrorReportHandler(ErrorReportHandler handler) {
-    handlerSlot() = std::move(handler);
+    handlerInUse.set(std::move(handler));
 }
 
-unsigned long trappedErrorCount() noexcept {
-    return trappedErrors.load(std::memory_order_relaxed);
-}
-
-void reportError(const char* procedure, const char* description) noexcept {
-    trappedErrors.fetch_add(1, std::memory_order_relaxed);
+void reportError(const Procedure& procedure, const char* description, DescribeParameters parameters,
+                 const void* call) noexcept {
     try {
-        // A copy: the handler may replace itself while it runs.
-        if (const ErrorReportHandler handler = handlerSlot()) handler({procedure, description});
+        const auto handler = handlerInUse.get();
+        if (!handler) return;
+        ErrorReport report{procedure.name, description, moduleOf(procedure.file), procedure.line, {}};
+        if (parameters != nullptr) report.parameters = parameters(call);
+        (*handler)(report);
     } catch (...) { // NOLINT(bugprone-empty-catch)
-        // A report that fails must not become a second error: the count above has to do.
+        // A report that fails must not become a second error.
     }
 }
 

@@ -1,40 +1,110 @@
 // The guard at every public member: whatever is thrown inside becomes the member's failure value, and the error report
 // hears of it. Every failure that was not expected passes through reportError: one breakpoint finds its origin.
 #pragma once
+#include "diagnostics/ErrorReport.h"
+#include "diagnostics/words.h"
+#include <cstddef>
+#include <cstdint>
 #include <exception>
-#include <functional>
 #include <string>
+#include <string_view>
+#include <tuple>
 #include <utility>
+#include <vector>
 
 namespace pixkit {
 
-struct ErrorReport {
-    std::string procedure;   // the public member, or the reader, that trapped the error
-    std::string description; // what the run-time error says of itself
+// A procedure at work, as its guard names it. It converts from the name alone, and remembers the line where that
+// happens; functions that guard for others take one and pass it on.
+struct Procedure {
+    // clang 14, with which the fuzz targets are built, has no std::source_location.
+    constexpr Procedure(const char* itsName, const char* itsFile = __builtin_FILE(),
+                        std::uint32_t itsLine = __builtin_LINE()) noexcept
+        : name(itsName), file(itsFile), line(itsLine) {}
+
+    const char* name;
+    const char* file;
+    std::uint32_t line; // of the guard
 };
 
-using ErrorReportHandler = std::function<void(const ErrorReport&)>;
+// The names of `count` parameters in one literal, "Width, Height"; another number of them does not compile.
+template <std::size_t count>
+class ParameterNames {
+  public:
+    consteval ParameterNames(const char* names) : m_names(names) {
+        std::size_t found = m_names.empty() ? 0 : 1;
+        for (const char letter : m_names)
+            found += letter == ',' ? 1U : 0U;
+        if (found != count) throw "as many names as values";
+    }
+    std::string_view get() const noexcept { return m_names; }
 
-// Who hears of trapped run-time errors. Without a handler (the initial state) they are only counted. Process-wide, not
-// synchronised: set it while no other thread uses the component.
-void setErrorReportHandler(ErrorReportHandler handler);
+  private:
+    std::string_view m_names;
+};
 
-// Run-time errors trapped since the process started.
-unsigned long trappedErrorCount() noexcept;
+// A procedure and what it was called with, by reference: the values are only looked at for a report.
+//     return guarded(Call("Resize", "Width, Height", Width, Height), false, [&] { ... });
+template <class... Values>
+class Call {
+  public:
+    Call(const char* name, ParameterNames<sizeof...(Values)> names, const Values&... values,
+         const char* file = __builtin_FILE(), std::uint32_t line = __builtin_LINE()) noexcept
+        : m_procedure(name, file, line), m_names(names.get()), m_values(values...) {}
 
-void reportError(const char* procedure, const char* description) noexcept;
+    const Procedure& procedure() const noexcept { return m_procedure; }
 
-// Runs `body` and returns its value, or `failure` when it throws.
-template <class Value, class Body>
-Value guarded(const char* procedure, Value failure, Body&& body) noexcept {
+    // In words. May throw std::bad_alloc.
+    std::vector<ErrorReport::Parameter> parameters() const {
+        std::vector<ErrorReport::Parameter> result;
+        std::string_view names = m_names;
+        const auto add = [&](const auto& value) {
+            const std::size_t end = names.find(',');
+            result.push_back({std::string(names.substr(0, end)), inWords(value)});
+            names.remove_prefix(end == names.npos ? names.size() : end + 2);
+        };
+        std::apply([&](const auto&... values) { (add(values), ...); }, m_values);
+        return result;
+    }
+
+  private:
+    Procedure m_procedure;
+    std::string_view m_names;
+    std::tuple<const Values&...> m_values;
+};
+template <class... Values>
+Call(const char*, const char*, const Values&...) -> Call<Values...>;
+
+// What an unexpected failure passes through. `parameters` makes those of a Call; null where they are not known.
+using DescribeParameters = std::vector<ErrorReport::Parameter> (*)(const void* call);
+void reportError(const Procedure& procedure, const char* description, DescribeParameters parameters = nullptr,
+                 const void* call = nullptr) noexcept;
+template <class... Values>
+void reportError(const Call<Values...>& call, const char* description) noexcept {
+    const auto parameters = [](const void* it) { return static_cast<const Call<Values...>*>(it)->parameters(); };
+    reportError(call.procedure(), description, parameters, &call);
+}
+
+// Runs `body` and returns its value, or `failure` when it throws. `Origin` is Procedure or a Call: reports get a copy
+// of it, so that the compiler puts the original nowhere and the guard costs nothing where nothing fails.
+template <class Origin, class Value, class Body>
+Value guardedAt(const Origin& origin, Value failure, Body&& body) noexcept {
     try {
         return std::forward<Body>(body)();
     } catch (const std::exception& error) {
-        reportError(procedure, error.what());
+        reportError(Origin(origin), error.what());
     } catch (...) {
-        reportError(procedure, "unknown run-time error");
+        reportError(Origin(origin), "unknown run-time error");
     }
     return failure;
+}
+template <class Value, class Body>
+Value guarded(const Procedure& procedure, Value failure, Body&& body) noexcept {
+    return guardedAt(procedure, std::move(failure), std::forward<Body>(body));
+}
+template <class... Values, class Value, class Body>
+Value guarded(const Call<Values...>& call, Value failure, Body&& body) noexcept {
+    return guardedAt(call, std::move(failure), std::forward<Body>(body));
 }
 
 } // namespace pixkit

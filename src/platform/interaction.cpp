@@ -1,24 +1,21 @@
 #include "platform/interaction.h"
+#include "platform/HandlerSlot.h"
 #include "platform/SystemMessageBox.h"
 #include <utility>
 
 namespace pixkit::platform {
 
 namespace {
-MessageBoxHandler& handlerInUse() noexcept {
-    static MessageBoxHandler handler;
-    return handler;
+HandlerSlot<MessageBoxHandler> handlerInUse;
 }
-} // namespace
 
 void setMessageBoxHandler(MessageBoxHandler handler) {
-    handlerInUse() = std::move(handler);
+    handlerInUse.set(std::move(handler));
 }
 
 int MessageBoxW(const std::string& text, const std::string& caption, std::uint32_t style) noexcept {
     try {
-        // A copy: the handler may replace itself while it answers.
-        if (const MessageBoxHandler handler = handlerInUse()) return handler(text, caption, style);
+        if (const auto handler = handlerInUse.get()) return (*handler)(text, caption, style);
         return systemMessageBox(text, caption, style);
     } catch (...) {
         // Nobody was asked, so nobody agreed.

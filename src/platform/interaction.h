@@ -20,8 +20,7 @@ using MessageBoxHandler = std::function<int(const std::string& text, const std::
 // is set; on the portable side the handler answers, and without one the answer is No for Yes/No boxes and OK otherwise.
 int MessageBoxW(const std::string& text, const std::string& caption, std::uint32_t style) noexcept;
 
-// Replaces the handler for the whole process; an empty one restores the platform's own behaviour. Not synchronised: set
-// it while no other thread uses the component.
+// Replaces the handler for the whole process; an empty one restores the platform's own behaviour.
 void setMessageBoxHandler(MessageBoxHandler handler);
 
 // Whether the desktop's windows are Unicode ones, which chooses between the wide and the narrow file functions. Always

@@ -1,23 +1,20 @@
 #include "shared/resources.h"
+#include "platform/HandlerSlot.h"
 #include <utility>
 
 namespace pixkit {
 
 namespace {
-
-ResourceProvider& providerInUse() {
-    static ResourceProvider provider;
-    return provider;
+HandlerSlot<ResourceProvider> providerInUse;
 }
 
-} // namespace
-
 void setResourceProvider(ResourceProvider provider) {
-    providerInUse() = std::move(provider);
+    providerInUse.set(std::move(provider));
 }
 
 ResourceProvider resourceProvider() {
-    return providerInUse();
+    const auto provider = providerInUse.get();
+    return provider ? *provider : ResourceProvider();
 }
 
 } // namespace pixkit

@@ -20,12 +20,13 @@ enum class PictureResource : std::int32_t { bitmap = 0, icon = 1, cursor = 2 };
 struct ResourceProvider {
     std::function<std::unique_ptr<platform::StdPicture>(const ResourceId& index, PictureResource kind)> picture;
     std::function<std::vector<std::uint8_t>(const ResourceId& index, const std::string& section)> bytes;
+
+    explicit operator bool() const noexcept { return picture || bytes; }
 };
 
-// Whom LoadPicture_Resource asks, for the whole process; an empty provider (the initial state) has nothing. Not
-// synchronised: set it while no other thread uses the library.
+// Whom LoadPicture_Resource asks, for the whole process; an empty provider (the initial state) has nothing.
 void setResourceProvider(ResourceProvider provider);
-// A copy: the provider may replace itself while it answers.
+// The provider in use, which may replace itself while it answers.
 ResourceProvider resourceProvider();
 
 } // namespace pixkit
