@@ -1,36 +1,24 @@
-// Icons and cursors from an array, several requests each: a picture or none, of one of the sizes that the file is said
-// to have, and never a store that the data cannot fill.
-#include "surface/cPixSheet.h"
-#include <algorithm>
-#include <cstdlib>
-#include <vector>
-
-using namespace pixkit;
+// Icons and cursors, several requests each: a picture of one of the sizes that the file is said to have, and never a
+// store that the data cannot fill.
+#include "targets.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t bytes) {
     if (bytes < 4 || data[0] != 0 || data[1] != 0 || data[3] != 0) return -1; // nothing for this reader
-    const ByteArray file(std::vector<std::uint8_t>(data, data + bytes));
     cPixSheet sheet;
     for (const std::int32_t size : {0, 16, 200}) {
-        const bool loaded = sheet.LoadPicture_Stream(file, size, size, 0, 0, true, size / 2);
-        if (loaded != (sheet.Handle() != 0)) std::abort();
+        load(sheet, arrayOf(data, bytes), size, size / 2);
         std::vector<IconSourceSize> sizes;
-        const std::int32_t count = sheet.SourceIconSizes(sizes);
+        require(static_cast<std::size_t>(sheet.SourceIconSizes(sizes)) == sizes.size());
         const eImageFormat type = sheet.ImageType();
-        const bool isIcon =
-            type == imgIcon || type == imgCursor || type == imgIconARGB || type == imgCursorARGB || type == imgPNGicon;
-        if ((count != 0) != isIcon || static_cast<std::size_t>(count) != sizes.size()) std::abort();
+        const bool isPng = type == imgPNGicon;
+        const bool isIcon = type == imgIcon || type == imgCursor || type == imgIconARGB || type == imgCursorARGB;
+        require(sizes.empty() != (isIcon || isPng));
         if (!isIcon) continue;
-        const auto isThis = [&](const IconSourceSize& s) {
-            return s.Width == sheet.Width() && s.Height == sheet.Height() && (s.isPNG != 0) == (type == imgPNGicon);
-        };
-        if (type != imgPNGicon) {
-            if (std::ranges::none_of(sizes, isThis)) std::abort();
-            const auto pixels = static_cast<std::size_t>(sheet.Width()) * static_cast<std::size_t>(sheet.Height());
-            if (pixels > bytes * 8) std::abort();
-        }
-        const bool hasAlpha = sheet.Alpha() == AlphaComplex;
-        if (hasAlpha && (type == imgIcon || type == imgCursor)) std::abort();
+        require(std::ranges::any_of(sizes, [&](const IconSourceSize& s) {
+            return s.Width == sheet.Width() && s.Height == sheet.Height() && s.isPNG == 0;
+        }));
+        require(pixelCount(sheet) <= bytes * 8);
+        require(sheet.Alpha() != AlphaComplex || type == imgIconARGB || type == imgCursorARGB);
     }
     return 0;
 }

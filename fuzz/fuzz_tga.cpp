@@ -1,21 +1,16 @@
-// TGA from an array; what loads is saved in every way, and read again as it was wherever nothing rounds.
-#include "png_input.h"
-
-using namespace pixkit;
+// TGA: what loads is saved in every way, and read again as it was wherever nothing rounds.
+#include "targets.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t bytes) {
     cPixSheet sheet;
-    const bool loaded = sheet.LoadPicture_Stream(ByteArray(std::vector<std::uint8_t>(data, data + bytes)));
-    if (loaded != (sheet.Handle() != 0)) std::abort();
+    load(sheet, arrayOf(data, bytes));
     if (sheet.ImageType() != imgTGA) return 0;
     for (unsigned options = 0; options < 8; ++options) {
-        const bool asPreMultiplied = (options & 4) != 0;
+        const bool asStored = (options & 4) != 0;
         ByteArray saved;
         cPixSheet again;
-        if (!sheet.SaveToStream_TGA(saved, (options & 1) != 0, (options & 2) != 0, asPreMultiplied)) std::abort();
-        if (!again.LoadPicture_Stream(saved)) std::abort();
-        const bool isExact = asPreMultiplied || sheet.Alpha() == AlphaNone;
-        if (isExact && !isSame(sheet, again)) std::abort();
+        require(sheet.SaveToStream_TGA(saved, (options & 1) != 0, (options & 2) != 0, asStored) && load(again, saved));
+        if (asStored || sheet.Alpha() == AlphaNone) requireSame(sheet, again);
     }
     return 0;
 }

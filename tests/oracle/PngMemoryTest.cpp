@@ -1,8 +1,6 @@
-// What a load takes beside pixels and input, and what it does when the system gives no more. Linux tells both.
-#include "platform/interaction.h"
+// What a load takes beside pixels and input. Linux tells.
 #include "support/Pictures.h"
 #include <malloc.h>
-#include <sys/resource.h>
 
 using namespace pixkit;
 using namespace pixkit::test;
@@ -76,27 +74,4 @@ TEST_F(PngMemory, ALoadTakesMoreThanTheInflatedDataAndAMegabyte) {
             }
         }
     }
-}
-
-TEST_F(PngMemory, ASystemWithoutMemoryEndsTheProcessOrLeavesHalfAPicture) {
-    int boxes = 0, failures = 0;
-    platform::setMessageBoxHandler([&](const auto&, const auto&, auto) { return ++boxes, platform::answerOk; });
-    const ByteArray array = bigPicture(AlphaComplex, false);
-    rlimit limit{};
-    ASSERT_EQ(getrlimit(RLIMIT_AS, &limit), 0);
-    for (std::int64_t room = 0; room <= 64 * megabyte; room = room == 0 ? megabyte : room * 2) {
-        cPixSheet sheet;
-        sheet.InitializeDIB(3, 2);
-        malloc_trim(0);
-        const rlimit tight{static_cast<rlim_t>(processStatus("VmSize:") + room), limit.rlim_max};
-        ASSERT_EQ(setrlimit(RLIMIT_AS, &tight), 0);
-        const bool loaded = sheet.LoadPicture_Stream(array);
-        ASSERT_EQ(setrlimit(RLIMIT_AS, &limit), 0);
-        EXPECT_EQ(sheet.Width(), loaded ? 1600 : 0);
-        EXPECT_TRUE(sheet.LoadPicture_Stream(array)) << "not usable after a failure with room for " << room;
-        failures += loaded ? 0 : 1;
-    }
-    platform::setMessageBoxHandler({});
-    EXPECT_GE(failures, 2) << "the rows, then the pixels, find no room";
-    EXPECT_GE(boxes, 1);
 }

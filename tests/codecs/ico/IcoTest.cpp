@@ -1,7 +1,4 @@
-// Which entry or source is taken, hotspots, how pictures are scaled, and what a cursor must not be taken for. What
-// entries of every kind hold stands in the ledgers.
-#include "codecs/ico/IcoScale.h"
-#include "loading/LoadRequest.h"
+// Which entry or source is taken, and hotspots. What entries of every kind and size hold stands in the ledgers.
 #include "support/QuietLoads.h"
 #include "surface/HostAccess.h"
 
@@ -11,8 +8,6 @@ using namespace pixkit::test;
 namespace {
 
 class Ico : public QuietLoads {};
-
-const Pixel clear{0, 0, 0, 0}, black{0, 0, 0, 255}, white{255, 255, 255, 255}, red{0, 0, 255, 255};
 
 cPixSheet& load(cPixSheet& sheet, const Bytes& file, std::int32_t cX, std::int32_t cY, std::int32_t bitDepth = 0) {
     EXPECT_TRUE(sheet.LoadPicture_Stream(ByteArray(file), cX, cY, 0, 0, true, bitDepth));
@@ -27,47 +22,23 @@ Bytes saved(const std::vector<const cPixSheet*>& sources, const std::vector<Icon
     return bytesOf(stream);
 }
 
-std::vector<Pixel> scaled(const cPixSheet& sheet, std::int32_t width, std::int32_t height) {
-    const auto pixels = icoScale(HostAccess::pixels(sheet), sheet.Alpha() != AlphaNone, static_cast<std::size_t>(width),
-                                 static_cast<std::size_t>(height));
-    cPixSheet result;
-    result.InitializeDIB(width, height);
-    std::ranges::copy(pixels, result.BitsPointer());
-    return pixelsOf(result);
-}
-
 } // namespace
 
 // Entries number themselves from 1 in their pixels.
 TEST_F(Ico, TheWrongEntryIsTaken) {
+    // Of choice: 16 at 4 bits, 48 at 24, 32 at 8, 16 at 24, 32 at 24, 16 at 8. Of choice-depth: 16 is as far from 8 as
+    // from 24.
     const struct {
         const char* file;
         std::int32_t cX, cY, bitDepth, number;
-    } rows[] = {
-        // 16 at 4 bits, 48 at 24, 32 at 8, 16 at 24, 32 at 24, 16 at 8
-        {"choice", 16, 16, 24, 4},
-        {"choice", 16, 16, 32, 4},
-        {"choice", 16, 16, 8, 6},
-        {"choice", 16, 16, 0, 4},
-        {"choice", 17, 17, 24, 5},
-        {"choice", 1, 1, 24, 4},
-        {"choice", 33, 10, 4, 2},
-        {"choice", 49, 49, 4, 2},
-        {"choice", 32, 0, 24, 5},
-        {"choice", 0, 16, 1, 1},
-        {"choice", 0, 0, 1, 2},
-        {"choice", -5, -5, 32, 2},
-        {"choice", 16, 16, 33, 4},
-        {"choice", 16, 16, -1, 4},
-        {"choice", 16, 32, 8, 3},
-        {"choice", 2147483647, 1, 0, 2},
-        {"choice-depth", 8, 8, 16, 2}, // as far from 8 as from 24
-        {"choice-equal", 8, 8, 24, 1},
-        {"choice-larger", 33, 33, 24, 2},
-        {"choice-area", 30, 30, 24, 2},
-        {"choice-png", 16, 16, 24, 1},
-        {"choice-hotspot", 16, 16, 24, 1},
-    };
+    } rows[] = {{"choice", 16, 16, 24, 4},        {"choice", 16, 16, 32, 4},      {"choice", 16, 16, 8, 6},
+                {"choice", 16, 16, 0, 4},         {"choice", 17, 17, 24, 5},      {"choice", 1, 1, 24, 4},
+                {"choice", 33, 10, 4, 2},         {"choice", 49, 49, 4, 2},       {"choice", 32, 0, 24, 5},
+                {"choice", 0, 16, 1, 1},          {"choice", 0, 0, 1, 2},         {"choice", -5, -5, 32, 2},
+                {"choice", 16, 16, 33, 4},        {"choice", 16, 16, -1, 4},      {"choice", 16, 32, 8, 3},
+                {"choice", 2147483647, 1, 0, 2},  {"choice-depth", 8, 8, 16, 2},  {"choice-equal", 8, 8, 24, 1},
+                {"choice-larger", 33, 33, 24, 2}, {"choice-area", 30, 30, 24, 2}, {"choice-png", 16, 16, 24, 1},
+                {"choice-hotspot", 16, 16, 24, 1}};
     cPixSheet sheet;
     for (const auto& row : rows)
         EXPECT_EQ(load(sheet, picture(std::string("ico/") + row.file + ".ico"), row.cX, row.cY, row.bitDepth)
@@ -77,8 +48,6 @@ TEST_F(Ico, TheWrongEntryIsTaken) {
     // A PNG's size and depth are its own.
     EXPECT_EQ(load(sheet, picture("ico/choice-png.ico"), 16, 16, 1).ImageType(), imgPNGicon);
     EXPECT_EQ(load(sheet, picture("ico/choice-png.ico"), 0, 0).Width(), 30);
-    const IconRequest odd(-1, -2147483647 - 1, 33);
-    EXPECT_TRUE(odd.cX == 0 && odd.cY == 0 && odd.bitDepth == 32 && IconRequest(0, 7, -1).bitDepth == 32);
 }
 
 TEST_F(Ico, SizesAreMiscountedOrCannotBeReloaded) {
@@ -104,14 +73,13 @@ TEST_F(Ico, TheHotspotIsLostOrAnIconIsACursor) {
     cPixSheet sheet, other;
     EXPECT_EQ(HostAccess::hotspot(load(sheet, picture("ico/choice-hotspot.ico"), 32, 32)), (CursorHotspot{65535, 7}));
     EXPECT_EQ(HostAccess::hotspot(load(sheet, picture("ico/choice-hotspot.ico"), 16, 16)), small);
-    for (const auto& [name, isCursor] : std::vector<std::pair<const char8_t*, bool>>{
-             {u8"a.cur", true}, {u8"a.CUR", true}, {u8"a.ico", false}, {u8"a.Ico", false}, {u8"a.dat", true}}) {
-        const std::vector<IconEntrySize> size = {{32, 64, 32}};
-        ASSERT_EQ(sheet.SaveToFile_ICO(folder.name(name), {}, false, size), 1);
-        EXPECT_EQ(readFile(folder.path(name)).at(2), isCursor ? 2 : 1);
-        // Twice as large, and some rows down, where the picture begins.
-        EXPECT_EQ(HostAccess::hotspot(load(other, readFile(folder.path(name)), 0, 0)),
-                  isCursor ? (CursorHotspot{6, 26}) : none);
+    const std::vector<IconEntrySize> size = {{32, 64, 32}};
+    ASSERT_EQ(sheet.SaveToFile_ICO(folder.name(u8"a.cur"), {}, false, size), 1);
+    load(other, readFile(folder.path(u8"a.cur")), 0, 0);
+    EXPECT_EQ(HostAccess::hotspot(other), (CursorHotspot{6, 26})) << "twice as large, rows down, where the picture is";
+    for (const auto& [name, type] : {std::pair(u8"a.CUR", 2), {u8"a.Ico", 1}, {u8"a.dat", 2}}) {
+        ASSERT_EQ(sheet.SaveToFile_ICO(folder.name(name), {}, false), 1);
+        EXPECT_EQ(readFile(folder.path(name)).at(2), type);
     }
     ASSERT_TRUE(sheet.MakeGrayScale(gsclNTSCPAL));
     EXPECT_EQ(saved({&sheet}, {}).at(2), 2) << "still a cursor";
@@ -124,16 +92,6 @@ TEST_F(Ico, TheHotspotIsLostOrAnIconIsACursor) {
     EXPECT_EQ(HostAccess::hotspot(load(other, picture("ico/choice.ico"), 0, 0)), none) << "no hotspot: planes, depth";
     ASSERT_EQ(other.SaveToFile_ICO(folder.name(u8"b.cur"), {}, false), 1);
     EXPECT_EQ(readFile(folder.path(u8"b.cur")).at(2), 2) << "the name says so";
-}
-
-// A cursor of half a megabyte whose hotspot, size and offset are a TGA's width, height and depth.
-TEST_F(Ico, ALargeCursorIsTakenForATga) {
-    Bytes cursor = picture("ico/two-24-cursor.ico");
-    const std::uint8_t sizeAndHotspot[] = {1, 0, 1, 0, 40, 0, 8, 0};
-    std::ranges::copy(sizeAndHotspot, cursor.begin() + 10);
-    cursor.resize(22 + 0x080028);
-    cPixSheet sheet;
-    EXPECT_EQ(load(sheet, cursor, 32, 32).ImageType(), imgCursor);
 }
 
 TEST_F(Ico, AnEntryIsMadeOfTheWrongSource) {
@@ -166,24 +124,4 @@ TEST_F(Ico, AnEntryIsMadeOfTheWrongSource) {
     EXPECT_EQ(saved({&sheet, nullptr}, {good}, 0), untouched);
     EXPECT_EQ(saved(sources, std::vector<IconEntrySize>(65536, {1, 1, 1}), 0), untouched);
     saved(sources, std::vector<IconEntrySize>(65535, {1, 1, 1}));
-}
-
-// The mean of what a pixel covers, and between centres where it grows; in proportion, in the middle.
-TEST_F(Ico, ScalingLosesOrInventsLight) {
-    cPixSheet sheet, opaque;
-    fill(sheet, 4, 2, {{0, 0, 0, 0}, {4, 8, 100, 200}, red, red, clear, {2, 0, 0, 2}, white, white});
-    sheet.Alpha(AlphaComplex);
-    EXPECT_EQ(scaled(sheet, 2, 1), (std::vector<Pixel>{{2, 2, 25, 51}, {128, 128, 255, 255}}));
-    EXPECT_EQ(scaled(sheet, 1, 1), (std::vector<Pixel>{{65, 65, 140, 153}}));
-    EXPECT_EQ(scaled(sheet, 2, 3),
-              (std::vector<Pixel>{clear, clear, {2, 2, 25, 51}, {128, 128, 255, 255}, clear, clear}));
-    fill(opaque, 2, 1, {{0, 0, 0, 0}, {90, 30, 0, 0}});
-    opaque.Alpha(AlphaNone);
-    EXPECT_EQ(scaled(opaque, 4, 1), (std::vector<Pixel>{clear, black, {90, 30, 0, 255}, clear}));
-    EXPECT_EQ(scaled(opaque, 2, 4)[1], clear);
-    for (const std::int32_t side : {1, 7, 16, 100, 333}) { // one colour stays one colour
-        draw(sheet, 50, 50, AlphaComplex, [](auto, auto) { return Pixel{3, 77, 150, 151}; });
-        for (const Pixel& pixel : scaled(sheet, side, side))
-            ASSERT_EQ(pixel, (Pixel{3, 77, 150, 151})) << side;
-    }
 }

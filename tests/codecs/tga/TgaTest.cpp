@@ -36,8 +36,9 @@ TEST_F(Tga, ATypeOrDepthIsKnownThatIsNoneOrTheSmallestPictureIsNot) {
         Bytes file = picture("tga/rgb-32-20.tga");
         file[2] = static_cast<std::uint8_t>(value);
         file.resize(file.size() + 400); // enough for whatever the change asks for
-        const bool isType = value == 2 || value == 3 || value == 10 || value == 11;
-        EXPECT_TRUE(sheet.LoadPicture_Stream(ByteArray(file)) == isType || value == 10 || value == 11) << value;
+        if (value < 9 || value > 11) {  // those are packets, of which this makes too few
+            EXPECT_EQ(sheet.LoadPicture_Stream(ByteArray(file)), value == 2 || value == 3) << value;
+        }
         file[2] = 2;
         file[16] = static_cast<std::uint8_t>(value);
         const bool isDepth = value == 8 || value == 15 || value == 16 || value == 24 || value == 32;
