@@ -1,11 +1,10 @@
 // Measures work on a picture of 1920 x 1080 against memcpy of its 8.3 MB.
 #pragma once
+#include "program.h"
 #include <algorithm>
-#include <benchmark/benchmark.h>
 #include <chrono>
 #include <cstdint>
 #include <cstring>
-#include <string>
 #include <vector>
 
 namespace bench {
@@ -69,7 +68,7 @@ void measureAgainstMemcpy(benchmark::State& state, const std::uint8_t* pixels, W
 // `run` gets a benchmark::State.
 template <class Run>
 void addTimed(const std::string& name, Run run) {
-    benchmark::RegisterBenchmark(name.c_str(), run)->UseManualTime()->Unit(benchmark::kMillisecond);
+    add(name, run)->UseManualTime();
 }
 
 } // namespace bench

@@ -1,7 +1,7 @@
 // Drawing one picture over an opaque one: Render onto a host beside pixman and cairo, and beside the limit that memory
 // sets, a loop that reads both pictures and writes one. Then what gray and lightness cost.
+#include "program.h"
 #include "surface/cPixSheet.h"
-#include <benchmark/benchmark.h>
 #include <cairo.h>
 #include <cstring>
 #include <pixman.h>
@@ -63,9 +63,7 @@ void measure(benchmark::State& state, const Pictures& pictures, Work work) {
         work();
         benchmark::ClobberMemory();
     }
-    state.counters["Mpixel/s"] =
-        benchmark::Counter(static_cast<double>(pictures.bytes() / 4) * static_cast<double>(state.iterations()) / 1e6,
-                           benchmark::Counter::kIsRate);
+    bench::countPixels(state, static_cast<double>(pictures.bytes() / 4));
 }
 
 void own(benchmark::State& state, const Case& what) {
@@ -128,9 +126,7 @@ void triad(benchmark::State& state, const Case& what) {
 using Run = void (*)(benchmark::State&, const Case&);
 
 void add(const std::string& name, Run run, const Case& what) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        run(state, what);
-    })->Unit(benchmark::kMillisecond);
+    bench::add(name, [=](benchmark::State& state) { run(state, what); });
 }
 
 } // namespace
@@ -156,6 +152,5 @@ int main(int argc, char** argv) {
         add(name + "lighter", own, {size, false, 100, pixkit::gsclNone, 25});
         add(name + "both", own, {size, false, 100, pixkit::gsclNTSCPAL, 25});
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return bench::run(argc, argv);
 }

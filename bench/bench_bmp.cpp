@@ -127,6 +127,5 @@ int main(int argc, char** argv) {
             addReading(size, kind);
         addWriting(size, "premultiplied");
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return bench::run(argc, argv);
 }

@@ -37,6 +37,5 @@ int main(int argc, char** argv) {
         bench::addTimed(std::string("effects/") + effect.name + "/pixkit",
                         [&effect](benchmark::State& state) { measure(state, effect); });
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return bench::run(argc, argv);
 }

@@ -1,30 +1,14 @@
 // Decoding GIF files, made from the pictures of the corpus by giflib, against giflib row by row with a conversion into
 // our form (B, G, R, A, rows bottom-up) and stb_image, which gives R, G, B, A from the top.
-#include "pictures.h"
-#include "surface/cPixSheet.h"
-#include <benchmark/benchmark.h>
+#include "reading.h"
 #include <cstring>
 #include <gif_lib.h>
-#include <iostream>
 #include <memory>
-#include <stb/stb_image.h>
-#include <stdexcept>
 
 namespace {
 
 using bench::Bytes;
-using pixkit::ByteArray;
 using pixkit::cPixSheet;
-
-struct Picture {
-    std::string name;
-    Bytes file;
-    double megapixels;
-};
-
-ByteArray borrowed(const Bytes& file) {
-    return ByteArray::borrow(const_cast<std::uint8_t*>(file.data()), {0, static_cast<std::uint32_t>(file.size())});
-}
 
 void check(bool done, const char* what) {
     if (!done) throw std::runtime_error(what);
@@ -81,24 +65,9 @@ Bytes gifOf(const cPixSheet& sheet, bool dithered, bool interlaced, bool transpa
     return file;
 }
 
-std::vector<Picture> codedPictures() {
-    std::vector<Picture> pictures;
-    for (const bench::Group& group : bench::pngGroups()) {
-        if (group.files.size() != 1) continue;
-        cPixSheet sheet;
-        check(sheet.LoadPicture_Stream(borrowed(group.files[0])), "a picture of the corpus cannot be loaded");
-        const bool photo = group.name.find("draw") == std::string::npos && group.name.find("clip") == std::string::npos;
-        const bool interlaced = group.name.starts_with("ilace");
-        pictures.push_back({group.name, gifOf(sheet, photo, interlaced, !photo),
-                            static_cast<double>(sheet.Width()) * sheet.Height() / 1e6});
-    }
-    return pictures;
-}
-
-void decodeOurs(const Bytes& file) {
-    cPixSheet sheet;
-    check(sheet.LoadPicture_Stream(borrowed(file)), "not loaded");
-    benchmark::DoNotOptimize(sheet.BitsPointer());
+Bytes gifOfPicture(const cPixSheet& sheet, const std::string& name) {
+    const bool photo = name.find("draw") == std::string::npos && name.find("clip") == std::string::npos;
+    return gifOf(sheet, photo, name.starts_with("ilace"), !photo);
 }
 
 // The colours of an image as pixels, the transparent one all 0.
@@ -168,39 +137,15 @@ void decodeGiflib(const Bytes& file) {
     DGifCloseFile(gif, &error);
 }
 
-void decodeStb(const Bytes& file) {
-    int width = 0;
-    int height = 0;
-    int channels = 0;
-    stbi_uc* const pixels =
-        stbi_load_from_memory(file.data(), static_cast<int>(file.size()), &width, &height, &channels, 4);
-    if (pixels == nullptr) throw std::runtime_error(stbi_failure_reason());
-    benchmark::DoNotOptimize(pixels);
-    stbi_image_free(pixels);
-}
-
-void addBenchmark(const Picture& picture, const char* who, void (*decode)(const Bytes&)) {
-    benchmark::RegisterBenchmark(("gif/" + picture.name + "/" + who).c_str(), [=, &picture](benchmark::State& state) {
-        for (auto _ : state)
-            decode(picture.file);
-        state.counters["Mpixel/s"] = benchmark::Counter(picture.megapixels * static_cast<double>(state.iterations()),
-                                                        benchmark::Counter::kIsRate);
-    })->Unit(benchmark::kMillisecond);
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
-    static const std::vector<Picture> pictures = codedPictures();
-    if (pictures.empty()) {
-        std::cerr << "no pictures: run scripts/corpus.sh, or name their folder in PIXKIT_CORPUS\n";
-        return 1;
+    static const auto pictures = bench::codedPictures(gifOfPicture);
+    if (pictures.empty()) return bench::noPictures();
+    for (const bench::CodedPicture& picture : pictures) {
+        addReading("gif/" + picture.name + "/pixkit", picture, bench::decodeOurs);
+        addReading("gif/" + picture.name + "/giflib", picture, decodeGiflib);
+        addReading("gif/" + picture.name + "/stb_image", picture, bench::decodeStbAlone);
     }
-    for (const Picture& picture : pictures) {
-        addBenchmark(picture, "pixkit", decodeOurs);
-        addBenchmark(picture, "giflib", decodeGiflib);
-        addBenchmark(picture, "stb_image", decodeStb);
-    }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return bench::run(argc, argv);
 }

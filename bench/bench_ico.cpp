@@ -1,7 +1,7 @@
 // Loading icons from memory: one image out of a file of all the depths at one size. There is no peer that does this in
 // the same process; scripts/bench.sh reports the time per icon.
+#include "program.h"
 #include "surface/cPixSheet.h"
-#include <benchmark/benchmark.h>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -54,8 +54,7 @@ void load(benchmark::State& state, int size, int depth) {
         if (!sheet.LoadPicture_Stream(stream, size, size, 0, 0, false, depth)) throw std::runtime_error("not loaded");
         benchmark::DoNotOptimize(sheet.BitsPointer());
     }
-    state.counters["Mpixel/s"] =
-        benchmark::Counter(size * size * static_cast<double>(state.iterations()) / 1e6, benchmark::Counter::kIsRate);
+    bench::countPixels(state, size * size);
 }
 
 } // namespace
@@ -63,9 +62,8 @@ void load(benchmark::State& state, int size, int depth) {
 int main(int argc, char** argv) {
     for (const int size : {16, 32, 48, 256})
         for (const int depth : depths)
-            benchmark::RegisterBenchmark(
-                ("ico/" + std::to_string(size) + "-" + std::to_string(depth) + "/pixkit").c_str(), load, size, depth)
+            bench::add("ico/" + std::to_string(size) + "-" + std::to_string(depth) + "/pixkit",
+                       [=](benchmark::State& state) { load(state, size, depth); })
                 ->Unit(benchmark::kMicrosecond);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return bench::run(argc, argv);
 }

@@ -1,10 +1,9 @@
 // Inflating the image data of PNG files: the built-in inflater, zlib's uncompress, libdeflate.
 #include "coding/deflate/Inflate.h"
 #include "pictures.h"
+#include "program.h"
 #include <algorithm>
-#include <benchmark/benchmark.h>
 #include <cstring>
-#include <iostream>
 #include <libdeflate.h>
 #include <stdexcept>
 #include <zlib.h>
@@ -79,7 +78,7 @@ void withLibdeflate(const Stream& stream, Bytes& output) {
 
 void addBenchmark(const std::string& name, const std::vector<Stream>& streams, const char* who,
                   void (*inflate)(const Stream&, Bytes&)) {
-    benchmark::RegisterBenchmark(("inflate/" + name + "/" + who).c_str(), [&streams, inflate](benchmark::State& state) {
+    bench::add("inflate/" + name + "/" + who, [&streams, inflate](benchmark::State& state) {
         std::size_t sum = 0, largest = 0;
         for (const Stream& stream : streams) {
             sum += stream.inflatedBytes;
@@ -92,7 +91,7 @@ void addBenchmark(const std::string& name, const std::vector<Stream>& streams, c
             benchmark::ClobberMemory();
         }
         state.SetBytesProcessed(static_cast<std::int64_t>(sum) * state.iterations());
-    })->Unit(benchmark::kMillisecond);
+    });
 }
 
 } // namespace
@@ -113,6 +112,5 @@ int main(int argc, char** argv) {
         addBenchmark(name, streams, "zlib", withZlib);
         addBenchmark(name, streams, "libdeflate", withLibdeflate);
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return bench::run(argc, argv);
 }

@@ -147,13 +147,11 @@ int main(int argc, char** argv) {
             const CpuLevel& level = pixkit::kernels::cpuLevels[i];
             if (!level.isHere()) continue;
             bench::addTimed(subject + (best ? "pixkit-" : "") + level.name,
-                            [&kernel, table = tableFor(level.features)](benchmark::State& state) {
+                            [&kernel, table = pixkit::kernels::tableFor(level.features)](benchmark::State& state) {
                                 measure(state, kernel, table);
                             });
             best = false;
         }
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return bench::run(argc, argv);
 }

@@ -2,10 +2,8 @@
 #include "peers/png_decoders.h"
 #include "pictures.h"
 #include "platform/faults.h"
+#include "program.h"
 #include "surface/cPixSheet.h"
-#include <benchmark/benchmark.h>
-#include <functional>
-#include <iostream>
 
 namespace {
 
@@ -39,26 +37,22 @@ void decodeWithPeer(Bytes& file) {
 
 void addBenchmark(Group& group, const char* decoder, void (*decode)(Bytes&), bool withoutZlib = false) {
     const std::size_t pixels = pixelCount(group);
-    benchmark::RegisterBenchmark(("png/" + group.name + "/" + decoder).c_str(), [=, &group](benchmark::State& state) {
+    bench::add("png/" + group.name + "/" + decoder, [=, &group](benchmark::State& state) {
         if (withoutZlib) pixkit::platform::armFault(pixkit::platform::SeamCall::loadLibrary);
         for (auto _ : state) {
             for (Bytes& file : group.files)
                 decode(file);
         }
         pixkit::platform::disarmFaults();
-        state.counters["Mpixel/s"] = benchmark::Counter(
-            static_cast<double>(pixels) * static_cast<double>(state.iterations()) / 1e6, benchmark::Counter::kIsRate);
-    })->Unit(benchmark::kMillisecond);
+        bench::countPixels(state, static_cast<double>(pixels));
+    });
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     static std::vector<Group> groups = bench::pngGroups();
-    if (groups.empty()) {
-        std::cerr << "no pictures: run scripts/corpus.sh, or name their folder in PIXKIT_CORPUS\n";
-        return 1;
-    }
+    if (groups.empty()) return bench::noPictures();
     for (Group& group : groups) {
         addBenchmark(group, "pixkit+zlib", loadWithPixkit);
         addBenchmark(group, "pixkit", loadWithPixkit, true);
@@ -67,6 +61,5 @@ int main(int argc, char** argv) {
         addBenchmark(group, "libspng", decodeWithPeer<bench::decodeSpng>);
         addBenchmark(group, "stb_image", decodeWithPeer<bench::decodeStb>);
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return bench::run(argc, argv);
 }

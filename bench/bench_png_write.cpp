@@ -1,9 +1,8 @@
 // Writing PNG files of 8 million RGBA pixels into memory: the component and libpng, at their default and fast levels.
 // Sizes are in the counter "MB".
 #include "pictures.h"
+#include "program.h"
 #include "surface/cPixSheet.h"
-#include <benchmark/benchmark.h>
-#include <iostream>
 #include <memory>
 #include <png.h>
 
@@ -59,15 +58,13 @@ std::size_t writeWithLibpng(cPixSheet& sheet, int level) {
 
 void addBenchmark(const std::string& picture, const char* who, cPixSheet& sheet, std::size_t (*write)(cPixSheet&, int),
                   int level) {
-    benchmark::RegisterBenchmark(("png-write/" + picture + "/" + who).c_str(), [=, &sheet](benchmark::State& state) {
+    bench::add("png-write/" + picture + "/" + who, [=, &sheet](benchmark::State& state) {
         std::size_t size = 0;
         for (auto _ : state)
             size = write(sheet, level);
-        const double pixels = static_cast<double>(sheet.Width()) * sheet.Height();
         state.counters["MB"] = static_cast<double>(size) / 1e6;
-        state.counters["Mpixel/s"] =
-            benchmark::Counter(pixels * static_cast<double>(state.iterations()) / 1e6, benchmark::Counter::kIsRate);
-    })->Unit(benchmark::kMillisecond);
+        bench::countPixels(state, static_cast<double>(sheet.Width()) * sheet.Height());
+    });
 }
 
 } // namespace
@@ -75,18 +72,16 @@ void addBenchmark(const std::string& picture, const char* who, cPixSheet& sheet,
 int main(int argc, char** argv) {
     static std::vector<std::unique_ptr<cPixSheet>> sheets;
     for (const std::string name : {"photo_rgba8", "draw_rgba8", "clip_rgba8"}) {
-        sheets.push_back(std::make_unique<cPixSheet>());
-        cPixSheet& sheet = *sheets.back();
-        if (!sheet.LoadPicture_File((bench::corpusFolder() / (name + ".png")).string())) continue;
+        cPixSheet& sheet = *sheets.emplace_back(std::make_unique<cPixSheet>());
+        if (!sheet.LoadPicture_File((bench::corpusFolder() / (name + ".png")).string())) {
+            sheets.pop_back();
+            continue;
+        }
         addBenchmark(name, "pixkit", sheet, writeWithPixkit, 6);
         addBenchmark(name, "libpng", sheet, writeWithLibpng, -1);
         addBenchmark(name + "-fast", "pixkit", sheet, writeWithPixkit, 1);
         addBenchmark(name + "-fast", "libpng", sheet, writeWithLibpng, 1);
         addBenchmark(name + "-small", "pixkit", sheet, writeWithPixkit, 9);
     }
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::RunSpecifiedBenchmarks() == 0) {
-        std::cerr << "no pictures: run scripts/corpus.sh, or name their folder in PIXKIT_CORPUS\n";
-        return 1;
-    }
+    return sheets.empty() ? bench::noPictures() : bench::run(argc, argv);
 }

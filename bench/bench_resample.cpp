@@ -1,10 +1,10 @@
 // Resampling to half as large again and to 70 %, and rotation by 30 degrees, beside pixman and cairo. Sizes are those
 // of the source.
+#include "program.h"
 #include "render/Resampler.h"
 #include "render/Rotator.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
-#include <benchmark/benchmark.h>
 #include <cairo.h>
 #include <numbers>
 #include <pixman.h>
@@ -44,9 +44,7 @@ std::size_t scaled(std::size_t size, double factor) {
 }
 
 void countPixels(benchmark::State& state, const PixelBuffer& output) {
-    const double pixels = static_cast<double>(output.width()) * static_cast<double>(output.height());
-    state.counters["Mpixel/s"] =
-        benchmark::Counter(pixels * static_cast<double>(state.iterations()) / 1e6, benchmark::Counter::kIsRate);
+    bench::countPixels(state, static_cast<double>(output.width()) * static_cast<double>(output.height()));
 }
 
 void ownResize(benchmark::State& state, const Size& size, double factor, bool highQuality) {
@@ -133,11 +131,6 @@ void cairoRotation(benchmark::State& state, const Size& size, bool highQuality) 
     countPixels(state, source);
 }
 
-template <class Run>
-void add(const std::string& name, Run run) {
-    benchmark::RegisterBenchmark(name.c_str(), run)->Unit(benchmark::kMillisecond);
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -149,8 +142,8 @@ int main(int argc, char** argv) {
                 const auto with = [&](auto resize) {
                     return [=, &size](benchmark::State& state) { resize(state, size, factor, highQuality); };
                 };
-                add(name + "pixkit", with(ownResize));
-                add(name + "pixman", with(pixmanResize));
+                bench::add(name + "pixkit", with(ownResize));
+                bench::add(name + "pixman", with(pixmanResize));
             }
         }
     }
@@ -160,10 +153,9 @@ int main(int argc, char** argv) {
             const auto with = [&](auto rotate) {
                 return [=, &size](benchmark::State& state) { rotate(state, size, highQuality); };
             };
-            add(name + "pixkit", with(ownRotation));
-            add(name + "cairo", with(cairoRotation));
+            bench::add(name + "pixkit", with(ownRotation));
+            bench::add(name + "cairo", with(cairoRotation));
         }
     }
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
+    return bench::run(argc, argv);
 }
