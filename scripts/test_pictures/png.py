@@ -151,6 +151,9 @@ def png_of_chunks():
     yield "odd-end-with-data", of_chunks(rgb, rgb_data, chunk(b"IEND", b"123"), chunk(b"IHDR", b"1"), end=b"")
     yield "odd-header-of-14-bytes", of_chunks(chunk(b"IHDR", rgb[8:21] + b"\x4D"), rgb_data)
     yield "odd-types-in-small-letters", of_chunks(rgb, chunk(b"iDAT", b"1"), chunk(b"iEND", b"1"), rgb_data)
+    # What slices and least sizes are tried with: 58 bytes, and 70.
+    yield "smallest", of_chunks(header(colour_type=0), chunk(b"IDAT", b"\x78"))
+    yield "one-gray", of_chunks(header(colour_type=0), data(b"\0\x4D"))
     yield "bad-header-of-12-bytes", of_chunks(chunk(b"IHDR", rgb[8:20]), rgb_data)
     yield "bad-second-header", of_chunks(rgb, header(colour_type=5), rgb_data)
     yield "bad-palette-of-4-bytes", of_chunks(indexed, chunk(b"PLTE", b"\1\2\3\4"), index_data)
