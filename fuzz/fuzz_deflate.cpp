@@ -6,7 +6,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t bytes) {
     Input input(data, bytes); // repeated, so that short inputs make long data
-    const unsigned level = input.byte() % 10U;
+    const int level = input.byte() % 10;
     std::vector<std::uint8_t> plain((input.byte() % 32U + 1) * bytes), stream;
     std::ranges::generate(plain, [&] { return input.byte(); });
     deflate::compressZlib(plain, level, stream);
