@@ -6,32 +6,22 @@
 #include "surface/cPixSheet.h"
 #include <array>
 #include <cstring>
-#include <optional>
 #include <vector>
 
 namespace pixkit {
 
 namespace {
 
-// A rectangle that lies within the image, y counted from the top.
-struct Rectangle {
-    std::size_t x, y, width, height;
-};
-
-// Sizes of 0 mean the whole image; what reaches past the right or bottom edge is cut. Nothing when nothing is left.
-std::optional<Rectangle> cutRectangle(const ConstPixelView& image, std::int32_t x, std::int32_t y, std::int32_t Width,
-                                      std::int32_t Height) {
+// A rectangle of an image, y counted from the top: sizes of 0 mean the whole image's; what reaches past the right or
+// bottom edge is cut. Null when nothing is left.
+template <class Byte>
+BasicPixelView<Byte> cutPart(BasicPixelView<Byte> image, std::int32_t x, std::int32_t y, std::int32_t Width,
+                             std::int32_t Height) {
     if (!image || x < 0 || y < 0) return {};
-    const auto cut = [](std::int32_t start, std::int32_t size, std::size_t imageSize) {
-        const auto whole = static_cast<std::int64_t>(imageSize);
-        const std::int64_t wanted = size == 0 ? whole : size;
-        return start + wanted > whole ? whole - start : wanted;
-    };
-    const std::int64_t width = cut(x, Width, image.width);
-    const std::int64_t height = cut(y, Height, image.height);
-    if (width < 1 || height < 1) return {};
-    return Rectangle{static_cast<std::size_t>(x), static_cast<std::size_t>(y), static_cast<std::size_t>(width),
-                     static_cast<std::size_t>(height)};
+    const Rect all = image.rect();
+    const Rect part =
+        Rect::ofSize(Width == 0 ? all.width() : Width, Height == 0 ? all.height() : Height).moved(x, y).cut(all);
+    return part.isEmpty() ? BasicPixelView<Byte>{} : image.part(part);
 }
 
 void redimRows(ByteArray& array, std::size_t rowLength, std::size_t rows, bool as2dArray) {
@@ -125,18 +115,17 @@ std::uint8_t* cPixSheet::SetPixel(std::int32_t x, std::int32_t y, std::int32_t C
 bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAligned, bool asBottomUp, std::int32_t x,
                              std::int32_t y, std::int32_t Width, std::int32_t Height) const noexcept {
     return guarded("GetAlphaMask", false, [&] {
-        const ConstPixelView image = HostAccess::pixels(*this);
-        const auto rectangle = cutRectangle(image, x, y, Width, Height);
-        if (!rectangle) return false;
-        const auto [left, top, width, height] = *rectangle;
+        const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
+        if (!part) return false;
+        const std::size_t width = part.width;
+        const std::size_t height = part.height;
         const auto rowLength =
             asWordAligned ? static_cast<std::size_t>(iparseByteAlignOnWord(8, static_cast<std::int32_t>(width)))
                           : width;
         redimRows(outStream, rowLength, height, as2dArray);
         for (std::size_t row = 0; row < height; ++row) {
             const std::size_t outRow = asBottomUp ? height - 1 - row : row;
-            kernels::table().extractAlpha(outStream.data() + outRow * rowLength, image.rowFromTop(top + row) + left * 4,
-                                          width);
+            kernels::table().extractAlpha(outStream.data() + outRow * rowLength, part.rowFromTop(row), width);
         }
         return true;
     });
@@ -146,16 +135,16 @@ bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRforma
                            bool asBottomUp, std::int32_t x, std::int32_t y, std::int32_t Width, std::int32_t Height,
                            bool asPreMultiplied) const noexcept {
     return guarded("GetDIBbits", false, [&] {
-        const ConstPixelView image = HostAccess::pixels(*this);
-        const auto rectangle = cutRectangle(image, x, y, Width, Height);
-        if (!rectangle) return false;
-        const auto [left, top, width, height] = *rectangle;
+        const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
+        if (!part) return false;
+        const std::size_t width = part.width;
+        const std::size_t height = part.height;
         const BlockLayout layout{asBGRformat, as32bpp, asWordAligned, asBottomUp};
         const std::size_t rowLength = layout.rowLength(width);
         std::vector<std::uint8_t> straight(asPreMultiplied ? 0 : width * 4);
         redimRows(outStream, rowLength, height, as2dArray);
         for (std::size_t row = 0; row < height; ++row) {
-            const std::uint8_t* pixels = image.rowFromTop(top + row) + left * 4;
+            const std::uint8_t* pixels = part.rowFromTop(row);
             if (!asPreMultiplied) {
                 kernels::table().unpremultiply(straight.data(), pixels, width);
                 pixels = straight.data();
@@ -171,9 +160,10 @@ bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is3
                            std::int32_t dstHeight) noexcept {
     return guarded("SetDIBbits", false, [&] {
         const PixelView image = HostAccess::pixels(*this);
-        const auto rectangle = cutRectangle(image, dstX, dstY, dstWidth, dstHeight);
-        if (!rectangle) return false;
-        const auto [left, top, width, height] = *rectangle;
+        const PixelView part = cutPart(image, dstX, dstY, dstWidth, dstHeight);
+        if (!part) return false;
+        const std::size_t width = part.width;
+        const std::size_t height = part.height;
         const BlockLayout layout{isBGRformat, is32bpp, isWordAligned, isBottomUp};
         // Two dimensions say themselves where each row begins.
         const std::size_t rowLength = inStream.dimensions() == 2 ? inStream.bound(1).count : layout.rowLength(width);
@@ -183,8 +173,8 @@ bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is3
                               dstWidth, dstHeight);
         }
         for (std::size_t row = 0; row < height; ++row) {
-            copyPixelsIn(image.rowFromTop(top + row) + left * 4,
-                         inStream.data() + layout.rowIndex(row, height) * rowLength, width, layout);
+            copyPixelsIn(part.rowFromTop(row), inStream.data() + layout.rowIndex(row, height) * rowLength, width,
+                         layout);
         }
         m_AlphaImage = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
         return true;
