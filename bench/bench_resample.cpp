@@ -95,9 +95,15 @@ void ownRotation(benchmark::State& state, const Size& size, bool highQuality) {
     const auto height = static_cast<std::int32_t>(size.height);
     pixkit::cPixSheet host;
     host.InitializeDIB(width, height);
+    const pixkit::DrawJob job = {.image = source.view(),
+                                 .source = source.view().rect(),
+                                 .destHostDIB = &host,
+                                 .destination = source.view().rect(),
+                                 .HighQuality = highQuality,
+                                 .Angle = 30};
     for (auto _ : state) {
-        pixkit::spt_RotateImage(source.view(), highQuality, 0, 30, 0, 0, width, height, 0, 0, width, height, 100, &host,
-                                pixkit::gsclNone, 0);
+        pixkit::DrawJob rotated = job;
+        pixkit::spt_RotateImage(rotated);
         benchmark::ClobberMemory();
     }
     countPixels(state, source);

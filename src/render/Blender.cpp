@@ -7,7 +7,6 @@
 #include "surface/HostAccess.h"
 #include <array>
 #include <cstring>
-#include <functional>
 
 namespace pixkit {
 
@@ -16,11 +15,10 @@ namespace {
 // Draws runs of pixels with what is decided once for a whole picture: opacity, gray, lightness.
 class RunBlender {
   public:
-    RunBlender(std::int32_t GlobalAlpha, std::int32_t grayScale, float lightAdj)
-        : m_globalAlpha(static_cast<std::uint8_t>(GlobalAlpha)) {
-        if (lightAdj != 0.0F) m_tone = spt_LightnessTone(lightAdj);
-        m_tone.isGray = grayScale != gsclNone;
-        if (m_tone.isGray) m_tone.weights = iparseGrayScaleRatios(grayScale);
+    explicit RunBlender(const DrawJob& job) : m_globalAlpha(job.globalAlpha) {
+        if (job.LightAdjustment != 0.0F) m_tone = spt_LightnessTone(job.LightAdjustment);
+        m_tone.isGray = job.grayScale != gsclNone;
+        if (m_tone.isGray) m_tone.weights = iparseGrayScaleRatios(job.grayScale);
     }
 
     void onto32(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const {
@@ -48,25 +46,10 @@ class RunBlender {
     kernels::Tone m_tone;
 };
 
-// The part of a view that starts at left and, counted from its top, at top; all of it lies within.
-template <class Byte>
-BasicPixelView<Byte> partOf(BasicPixelView<Byte> view, std::int64_t left, std::int64_t top, const PixelRect& size) {
-    const auto width = static_cast<std::size_t>(size.width());
-    const auto height = static_cast<std::size_t>(size.height());
-    const std::size_t lowest = view.height - static_cast<std::size_t>(top) - height;
-    return {view.row(lowest) + 4 * left, width, height, view.stride};
-}
-
-template <class A, class B>
-bool overlap(BasicPixelView<A> a, BasicPixelView<B> b) {
-    const std::less<const std::uint8_t*> before;
-    return before(a.bits, b.bits + b.stride * b.height) && before(b.bits, a.bits + a.stride * a.height);
-}
-
 // Rows are taken in the order of memory: the other way round its prefetching would not keep up.
 void blendOntoPixels(PixelView host, ConstPixelView source, const RunBlender& blender) {
     PixelBuffer before;
-    if (overlap(host, source)) { // an image drawn onto itself is read as it was before
+    if (overlap(host.bytes(), source.bytes())) { // an image drawn onto itself is read as it was before
         before = PixelBuffer(source.width, source.height);
         for (std::size_t y = 0; y < source.height; ++y)
             std::memcpy(before.view().row(y), source.row(y), 4 * source.width);
@@ -83,7 +66,7 @@ void blendOntoPixels(PixelView host, ConstPixelView source, const RunBlender& bl
 // The pixels of a part of a device context as a 24-bit copy, in a memory device context of its own.
 class Copy24 {
   public:
-    Copy24(platform::Handle destinationDC, const PixelRect& part) {
+    Copy24(platform::Handle destinationDC, const Rect& part) {
         m_header.biWidth = static_cast<std::int32_t>(part.width());
         m_header.biHeight = static_cast<std::int32_t>(part.height());
         m_header.biBitCount = 24;
@@ -107,7 +90,7 @@ class Copy24 {
     std::uint8_t* row(std::size_t memoryRow) const {
         return m_bits + memoryRow * static_cast<std::size_t>(iparseByteAlignOnWord(24, m_header.biWidth));
     }
-    bool writeBack(platform::Handle destinationDC, const PixelRect& part) const noexcept {
+    bool writeBack(platform::Handle destinationDC, const Rect& part) const noexcept {
         const auto rows = static_cast<std::uint32_t>(m_header.biHeight);
         return platform::SetDIBitsToDevice(
                    destinationDC, static_cast<std::int32_t>(part.left), static_cast<std::int32_t>(part.top),
@@ -124,7 +107,7 @@ class Copy24 {
     std::uint8_t* m_bits = nullptr;
 };
 
-bool blendOntoDC(platform::Handle destinationDC, const PixelRect& destination, ConstPixelView source,
+bool blendOntoDC(platform::Handle destinationDC, const Rect& destination, ConstPixelView source,
                  const RunBlender& blender) {
     const Copy24 copy(destinationDC, destination);
     if (!copy) return false;
@@ -135,45 +118,14 @@ bool blendOntoDC(platform::Handle destinationDC, const PixelRect& destination, C
 
 } // namespace
 
-std::optional<PixelRect> spt_DestinationLimits(platform::Handle destinationDC, const cPixSheet* tHost) noexcept {
-    if (tHost != nullptr) {
-        if (tHost->Handle() == 0) return {};
-        return PixelRect{0, 0, tHost->Width(), tHost->Height()};
-    }
-    platform::Rect box;
-    switch (platform::GetClipBox(destinationDC, box)) {
-    case platform::ClipBox::error:
-        return {};
-    case platform::ClipBox::empty:
-        return PixelRect{};
-    default:
-        // Under mapping modes in which y grows upwards, or x to the left, the system gives the edges the other way
-        // round.
-        return PixelRect{std::min(box.left, box.right), std::min(box.top, box.bottom), std::max(box.left, box.right),
-                         std::max(box.top, box.bottom)};
-    }
-}
-
-bool spt_Win9xBlend(platform::Handle destinationDC, ConstPixelView source, std::int32_t SrcX, std::int32_t SrcY,
-                    std::int32_t destX, std::int32_t destY, std::int32_t destWidth, std::int32_t destHeight,
-                    std::int32_t GlobalAlpha, cPixSheet* tHost, std::int32_t grayScale, float lightAdj) {
-    const auto limits = spt_DestinationLimits(destinationDC, tHost);
-    if (!source || !limits) return false;
-    const std::int64_t shiftX = std::int64_t{destX} - SrcX;
-    const std::int64_t shiftY = std::int64_t{destY} - SrcY;
-    const PixelRect wanted{destX, destY, std::int64_t{destX} + destWidth, std::int64_t{destY} + destHeight};
-    const PixelRect there =
-        PixelRect{0, 0, static_cast<std::int64_t>(source.width), static_cast<std::int64_t>(source.height)}.moved(
-            shiftX, shiftY);
-    const PixelRect destination = wanted.cut(*limits).cut(there);
+bool spt_Win9xBlend(const DrawJob& job) {
+    const Rect destination = job.visible();
     if (destination.isEmpty()) return true;
-
-    source = partOf(source, destination.left - shiftX, destination.top - shiftY, destination);
-    const RunBlender blender(GlobalAlpha, grayScale, lightAdj);
-    platform::GdiFlush();
-    if (tHost == nullptr) return blendOntoDC(destinationDC, destination, source, blender);
-    blendOntoPixels(partOf(HostAccess::pixels(*tHost), destination.left, destination.top, destination), source,
-                    blender);
+    const ConstPixelView source =
+        job.image.part(destination.moved(job.source.left - job.destination.left, job.source.top - job.destination.top));
+    const RunBlender blender(job);
+    if (job.destHostDIB == nullptr) return blendOntoDC(job.destinationDC, destination, source, blender);
+    blendOntoPixels(HostAccess::pixels(*job.destHostDIB).part(destination), source, blender);
     return true;
 }
 

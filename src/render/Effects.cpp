@@ -58,7 +58,7 @@ bool cPixSheet::MakeLighterDarker(float Percent) noexcept {
         const PixelView image = HostAccess::pixels(*this);
         // A percentage out of range is ignored, not held at the limit; the negated test catches a NaN as well.
         if (!image || !(Percent >= -100.0F && Percent <= 100.0F) || Percent == 0.0F) return false;
-        spt_LightenDarken(Percent, image, 0, 0, image);
+        spt_LightenDarken(Percent, image, image);
         return true;
     });
 }
@@ -101,11 +101,9 @@ bool cPixSheet::MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept {
     return guarded("MirrorImage", false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || (!MirrorAxisX && !MirrorAxisY)) return false;
-        MirrorRequest request{
-            0, 0, m_Width, m_Height, MirrorAxisX ? -m_Width : m_Width, MirrorAxisY ? -m_Height : m_Height};
         const std::size_t bytes = image.stride * image.height;
         const auto mirrorBytes = std::make_unique_for_overwrite<std::uint8_t[]>(bytes);
-        spt_MirrorDIB(request, {mirrorBytes.get(), image.width, image.height, image.stride}, image);
+        spt_MirrorDIB({mirrorBytes.get(), image.width, image.height, image.stride}, image, MirrorAxisX, MirrorAxisY);
         std::memcpy(image.bits, mirrorBytes.get(), bytes);
         return true;
     });

@@ -10,7 +10,9 @@ namespace pixkit {
 
 namespace {
 
-// Looks for a line through the adjustments whose fractions, cut off, give them all. There hardly ever is none.
+// Vector kernels hold no table of 256 adjustments; they work an adjustment out as (alpha * scale + bias) >> 24. Finds
+// the bias with which that gives every entry of the table, whose rounding lifted some entries above alpha * slope. For
+// nearly every lightness there is one; else isLinear stays false and the kernels look entries up.
 void findLine(kernels::Tone& tone, double slope) {
     constexpr double unit = 0x1p24;
     const auto scale = static_cast<std::int64_t>(std::abs(slope) * unit);
@@ -43,33 +45,32 @@ kernels::Tone spt_LightnessTone(float Lightness) noexcept {
     return tone;
 }
 
-void spt_LightenDarken(float Lightness, PixelView rtnArray, std::size_t SrcX, std::size_t SrcY, ConstPixelView cImage) {
+void spt_LightenDarken(float Lightness, PixelView rtnArray, ConstPixelView cImage) {
     const kernels::Tone tone = spt_LightnessTone(Lightness);
-    const std::size_t bottomRow = cImage.height - SrcY - rtnArray.height;
     for (std::size_t y = 0; y < rtnArray.height; ++y)
-        kernels::table().adjustLightness(rtnArray.row(y), cImage.row(bottomRow + y) + SrcX * 4, rtnArray.width,
-                                         tone.adjust, tone.lightens);
+        kernels::table().adjustLightness(rtnArray.row(y), cImage.row(y), rtnArray.width, tone.adjust, tone.lightens);
 }
 
-bool spt_MirrorDIB(MirrorRequest& request, PixelView mirrorBytes, ConstPixelView cImage) {
-    if (request.newWidth >= 1 && request.newHeight > 0) return false;
-    const bool reverseColumns = request.newWidth < 1;
-    const bool reverseRows = request.newHeight < 0;
-    const auto width = static_cast<std::size_t>(request.srcWidth);
-    const auto height = static_cast<std::size_t>(request.srcHeight);
-    const auto left = static_cast<std::size_t>(request.SrcX) * 4;
-    const auto top = static_cast<std::size_t>(request.SrcY);
-    for (std::size_t y = 0; y < height; ++y) {
-        const std::uint8_t* source = cImage.rowFromTop(top + y) + left;
-        std::uint8_t* target = mirrorBytes.rowFromTop(reverseRows ? height - 1 - y : y);
-        if (reverseColumns) {
-            kernels::table().mirror(target, source, width);
+bool spt_MirrorDIB(PixelView mirrorBytes, ConstPixelView cImage, bool mirrorsColumns, bool mirrorsRows) {
+    if (!mirrorsColumns && !mirrorsRows) return false;
+    for (std::size_t y = 0; y < cImage.height; ++y) {
+        std::uint8_t* const target = mirrorsRows ? mirrorBytes.rowFromTop(y) : mirrorBytes.row(y);
+        if (mirrorsColumns) {
+            kernels::table().mirror(target, cImage.row(y), cImage.width);
         } else {
-            std::memcpy(target, source, width * 4);
+            std::memcpy(target, cImage.row(y), cImage.width * 4);
         }
     }
-    request = {0, 0, request.srcWidth, request.srcHeight, std::abs(request.newWidth), std::abs(request.newHeight)};
     return true;
+}
+
+void spt_MirrorDIB(DrawJob& job, PixelBuffer& aMirrorBytes) {
+    const ConstPixelView source = job.image.part(job.source);
+    aMirrorBytes = PixelBuffer(source.width, source.height);
+    spt_MirrorDIB(aMirrorBytes.view(), source, job.mirrorsColumns, job.mirrorsRows);
+    job.image = aMirrorBytes.view();
+    job.source = job.image.rect();
+    job.mirrorsColumns = job.mirrorsRows = false;
 }
 
 } // namespace pixkit

@@ -172,34 +172,17 @@ std::size_t size(std::int64_t value) {
 
 } // namespace
 
-bool spt_pvResize(PixelBuffer& rSizedBytes, ConstPixelView source, std::int32_t SrcX, std::int32_t SrcY,
-                  std::int32_t srcWidth, std::int32_t srcHeight, std::int32_t& destX, std::int32_t& destY,
-                  std::int32_t& destWidth, std::int32_t& destHeight, bool HighQuality, const VisiblePart& visible) {
-    const auto imageWidth = static_cast<std::int64_t>(source.width);
-    const auto imageHeight = static_cast<std::int64_t>(source.height);
-    const std::int64_t sourceWidth = srcWidth == 0 ? imageWidth : srcWidth;
-    const std::int64_t sourceHeight = srcHeight == 0 ? imageHeight : srcHeight;
-    if (SrcX < 0 || SrcY < 0 || sourceWidth < 1 || sourceHeight < 1 || SrcX + sourceWidth > imageWidth ||
-        SrcY + sourceHeight > imageHeight || destWidth < 1 || destHeight < 1)
-        return false;
-
-    const std::int64_t left = std::max(destX, visible.left);
-    const std::int64_t top = std::max(destY, visible.top);
-    const std::int64_t right = std::min<std::int64_t>(std::int64_t{destX} + destWidth, visible.right);
-    const std::int64_t bottom = std::min<std::int64_t>(std::int64_t{destY} + destHeight, visible.bottom);
-    if (left >= right || top >= bottom) return false;
-
-    const Axis columns = {size(SrcX), size(sourceWidth), size(destWidth), size(left - destX), size(right - left)};
-    const Axis rows = {size(imageHeight - sourceHeight - SrcY), size(sourceHeight), size(destHeight),
-                       size(std::int64_t{destY} + destHeight - bottom), size(bottom - top)};
-    PixelBuffer sized(columns.count, rows.count);
-    resample(sized.view(), source, columns, rows, HighQuality);
-    rSizedBytes = std::move(sized);
-    destX = static_cast<std::int32_t>(left);
-    destY = static_cast<std::int32_t>(top);
-    destWidth = static_cast<std::int32_t>(columns.count);
-    destHeight = static_cast<std::int32_t>(rows.count);
-    return true;
+void spt_pvResize(DrawJob& job, PixelBuffer& rSizedBytes) {
+    const Rect& from = job.source;
+    const Rect& to = job.destination;
+    const Rect visible = job.visible();
+    const Axis columns = {size(from.left), size(from.width()), size(to.width()), size(visible.left - to.left),
+                          size(visible.width())};
+    const Axis rows = {job.image.height - size(from.bottom), size(from.height()), size(to.height()),
+                       size(to.bottom - visible.bottom), size(visible.height())};
+    rSizedBytes = PixelBuffer(columns.count, rows.count);
+    resample(rSizedBytes.view(), job.image, columns, rows, job.HighQuality);
+    job.drawFrom(rSizedBytes.view(), visible);
 }
 
 void spt_pvResize(PixelView rSizedBytes, ConstPixelView source, bool HighQuality) {

@@ -14,14 +14,14 @@ namespace {
 
 // Fills `resized` with the image, mirrored where a new size is negative. A mirrored copy at the image's own size is
 // exact: interpolation, which moves rows, is for other sizes alone.
-void fillResized(PixelView resized, ConstPixelView image, MirrorRequest request, bool HighQuality) {
-    if (request.newWidth >= 1 && request.newHeight > 0) {
+void fillResized(PixelView resized, ConstPixelView image, bool mirrorsColumns, bool mirrorsRows, bool HighQuality) {
+    if (!mirrorsColumns && !mirrorsRows) {
         spt_pvResize(resized, image, HighQuality);
     } else if (resized.width == image.width && resized.height == image.height) {
-        spt_MirrorDIB(request, resized, image);
+        spt_MirrorDIB(resized, image, mirrorsColumns, mirrorsRows);
     } else {
         PixelBuffer aMirrorBytes(image.width, image.height);
-        spt_MirrorDIB(request, aMirrorBytes.view(), image);
+        spt_MirrorDIB(aMirrorBytes.view(), image, mirrorsColumns, mirrorsRows);
         spt_pvResize(resized, aMirrorBytes.view(), HighQuality);
     }
 }
@@ -49,16 +49,9 @@ bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
         // From here on the image is only read until its successor is complete.
         cPixSheet resized;
         if (!resized.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight)) return false;
-        const CursorHotspot hotspot = {movedPoint(m_hotspot.x, m_Width, newWidth),
-                                       movedPoint(m_hotspot.y, m_Height, newHeight)};
-        fillResized(HostAccess::pixels(resized), image, {0, 0, m_Width, m_Height, newWidth, newHeight},
-                    m_StretchQuality);
-
-        resized.m_AlphaImage = m_AlphaImage;
-        resized.m_Format = m_Format;
-        resized.m_ImageByteCache = std::move(m_ImageByteCache);
-        resized.m_hotspot = hotspot;
-        SwapDIBs(&resized);
+        fillResized(HostAccess::pixels(resized), image, newWidth < 0, newHeight < 0, m_StretchQuality);
+        pvReplaceImage(resized,
+                       {movedPoint(m_hotspot.x, m_Width, newWidth), movedPoint(m_hotspot.y, m_Height, newHeight)});
         return true;
     });
 }

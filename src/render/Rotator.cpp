@@ -1,10 +1,12 @@
 #include "render/Rotator.h"
 #include "kernels/kernels.h"
+#include "render/Blender.h"
+#include "render/PixelBuffer.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <functional>
+#include <utility>
 
 namespace pixkit {
 
@@ -63,35 +65,29 @@ Range columnsWithin(double start, double perColumn, double low, double high, std
             static_cast<std::int64_t>(std::clamp(std::ceil(last) + 2.0, 0.0, limit))};
 }
 
-ConstPixelView rectangleOf(ConstPixelView image, const RotationRequest& request) {
-    const auto width = static_cast<std::size_t>(request.srcWidth);
-    const auto height = static_cast<std::size_t>(request.srcHeight);
-    const std::size_t bottomRow = image.height - height - static_cast<std::size_t>(request.SrcY);
-    return {image.row(bottomRow) + static_cast<std::size_t>(request.SrcX) * 4, width, height, image.stride};
-}
-
 } // namespace
 
-Rotator::Rotator(ConstPixelView image, const RotationRequest& request, bool HighQuality)
-    : m_source(rectangleOf(image, request)), m_isInterpolating(HighQuality) {
-    const Turn turn = turnOf(request.Angle);
-    const double width = std::abs(static_cast<double>(request.destWidth));
-    const double height = std::abs(static_cast<double>(request.destHeight));
+Rotator::Rotator(const DrawJob& job) : m_source(job.image.part(job.source)), m_isInterpolating(job.HighQuality) {
+    const Turn turn = turnOf(job.Angle);
+    const auto width = static_cast<double>(job.destination.width());
+    const auto height = static_cast<double>(job.destination.height());
+    const auto srcWidth = static_cast<double>(m_source.width);
+    const auto srcHeight = static_cast<double>(m_source.height);
     const double half = turn.isOddQuarter && std::fmod(width + height, 2.0) != 0.0 ? 0.5 : 0.0;
-    m_centreX = request.TopX + width / 2 - half;
-    m_centreY = request.TopY + height / 2 - half;
+    m_centreX = static_cast<double>(job.destination.left) + width / 2 - half;
+    m_centreY = static_cast<double>(job.destination.top) + height / 2 - half;
 
-    // Back through the rotation, then to the source's scale; stored rows run upwards, and a negative size turns its
-    // axis round. Interpolation counts from pixel centres.
-    const double columns = request.srcWidth / static_cast<double>(request.destWidth);
-    const double rows = -request.srcHeight / static_cast<double>(request.destHeight);
-    const double corner = HighQuality ? 0.5 : 0.0;
-    m_u = {request.srcWidth / 2.0 - corner, turn.cosine * columns, turn.sine * columns};
-    m_v = {request.srcHeight / 2.0 - corner, -turn.sine * rows, turn.cosine * rows};
+    // Back through the rotation, then to the source's scale, an axis that is mirrored the other way round; stored rows
+    // run upwards, so that theirs is unless it is mirrored. Interpolation counts from pixel centres.
+    const double columns = (job.mirrorsColumns ? -srcWidth : srcWidth) / width;
+    const double rows = (job.mirrorsRows ? srcHeight : -srcHeight) / height;
+    const double corner = m_isInterpolating ? 0.5 : 0.0;
+    m_u = {srcWidth / 2.0 - corner, turn.cosine * columns, turn.sine * columns};
+    m_v = {srcHeight / 2.0 - corner, -turn.sine * rows, turn.cosine * rows};
 
     // Half a pixel of the source more on each side is where edges fade, and one of the destination for rounding.
-    const double reachX = width / 2 * (1 + 1.0 / request.srcWidth);
-    const double reachY = height / 2 * (1 + 1.0 / request.srcHeight);
+    const double reachX = width / 2 * (1 + 1.0 / srcWidth);
+    const double reachY = height / 2 * (1 + 1.0 / srcHeight);
     const double aside = std::abs(turn.cosine) * reachX + std::abs(turn.sine) * reachY + 1;
     const double up = std::abs(turn.sine) * reachX + std::abs(turn.cosine) * reachY + 1;
     m_bounds = {
@@ -175,7 +171,7 @@ void Rotator::samplePixel(std::uint8_t* pixel, std::int64_t u, std::int64_t v) c
     kernels::table().walkBilinear(pixel, walk, 1);
 }
 
-void Rotator::sample(PixelView pixels, const PixelRect& part) const {
+void Rotator::sample(PixelView pixels, const Rect& part) const {
     for (std::int64_t y = part.top; y < part.bottom; ++y) {
         std::uint8_t* const row = pixels.rowFromTop(static_cast<std::size_t>(y - part.top));
         Span span = spanOf(y, part.left, part.right);
@@ -202,7 +198,7 @@ void Rotator::sample(PixelView pixels, const PixelRect& part) const {
     }
 }
 
-PixelRect Rotator::covered(const PixelRect& part) const {
+Rect Rotator::covered(const Rect& part) const {
     std::int64_t left = part.right;
     std::int64_t right = part.left;
     for (std::int64_t y = part.top; y < part.bottom; ++y) {
@@ -214,53 +210,27 @@ PixelRect Rotator::covered(const PixelRect& part) const {
     return {left, part.top, right, part.bottom};
 }
 
-namespace {
-
-bool isWithin(ConstPixelView image, const RotationRequest& request) {
-    return request.SrcX >= 0 && request.SrcY >= 0 && request.srcWidth > 0 && request.srcHeight > 0 &&
-           std::int64_t{request.SrcX} + request.srcWidth <= static_cast<std::int64_t>(image.width) &&
-           std::int64_t{request.SrcY} + request.srcHeight <= static_cast<std::int64_t>(image.height);
-}
-
-bool isOver(ConstPixelView image, cPixSheet* host) {
-    const ConstPixelView target = host != nullptr ? HostAccess::pixels(*host) : PixelView{};
-    const std::less<const std::uint8_t*> before;
-    return target && before(image.bits, target.bits + target.height * target.stride) &&
-           before(target.bits, image.bits + image.height * image.stride);
-}
-
-} // namespace
-
-bool spt_RotateImage(ConstPixelView image, bool HighQuality, platform::Handle hDC, float Angle, std::int32_t TopX,
-                     std::int32_t TopY, std::int32_t destWidth, std::int32_t destHeight, std::int32_t SrcX,
-                     std::int32_t SrcY, std::int32_t srcWidth, std::int32_t srcHeight, std::int32_t Opacity,
-                     cPixSheet* destHostDIB, std::int32_t grayScale, float LightAdjustment) {
-    const RotationRequest request{Angle, TopX, TopY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight};
-    if (!image || !isWithin(image, request) || destWidth == 0 || destHeight == 0 || !std::isfinite(Angle)) return false;
-    const auto limits = spt_DestinationLimits(hDC, destHostDIB);
-    if (!limits) return false;
-    const Rotator rotator(image, request, HighQuality);
-    const PixelRect visible = rotator.bounds().cut(*limits);
+bool spt_RotateImage(DrawJob& job) {
+    if (!job.findLimits()) return false;
+    const Rotator rotator(job);
+    const Rect visible = rotator.bounds().cut(job.limits);
     if (visible.isEmpty()) return true;
 
     // Onto a host in bands, which stay in the cache between being sampled and being blended. A device context is read
     // and written in one piece, and an image that is drawn onto itself has to be read as a whole before it changes.
     constexpr std::int64_t bandHeight = 32;
-    const bool inBands = destHostDIB != nullptr && !isOver(image, destHostDIB);
+    const bool inBands = job.destHostDIB != nullptr &&
+                         !overlap(job.image.bytes(), HostAccess::pixels(std::as_const(*job.destHostDIB)).bytes());
     const std::int64_t rows = inBands ? std::min(bandHeight, visible.height()) : visible.height();
     PixelBuffer buffer(static_cast<std::size_t>(visible.width()), static_cast<std::size_t>(rows));
     for (std::int64_t top = visible.top; top < visible.bottom; top += rows) {
-        const PixelRect band =
-            rotator.covered({visible.left, top, visible.right, std::min(top + rows, visible.bottom)});
+        const Rect band = rotator.covered({visible.left, top, visible.right, std::min(top + rows, visible.bottom)});
         if (band.isEmpty()) continue;
-        const PixelView pixels = {buffer.view().bits, static_cast<std::size_t>(band.width()),
-                                  static_cast<std::size_t>(band.height()), static_cast<std::size_t>(band.width()) * 4};
+        const auto width = static_cast<std::size_t>(band.width());
+        const PixelView pixels = {buffer.view().bits, width, static_cast<std::size_t>(band.height()), width * 4};
         rotator.sample(pixels, band);
-        if (!spt_Win9xBlend(hDC, pixels, 0, 0, static_cast<std::int32_t>(band.left),
-                            static_cast<std::int32_t>(band.top), static_cast<std::int32_t>(band.width()),
-                            static_cast<std::int32_t>(band.height()), Opacity * 255 / 100, destHostDIB, grayScale,
-                            LightAdjustment))
-            return false;
+        job.drawFrom(pixels, band);
+        if (!spt_Win9xBlend(job)) return false;
     }
     return true;
 }

@@ -1,6 +1,5 @@
 // A picture repeated over a rectangle.
 #include "diagnostics/guard.h"
-#include "platform/gdi.h"
 #include "render/Blender.h"
 #include "render/PixelBuffer.h"
 #include "surface/HostAccess.h"
@@ -70,7 +69,7 @@ class TiledPlane {
 
 // The rows of the plane that are laid out and drawn at once: as many as stay in the second-level cache, and where tiles
 // are low, whole tiles, so that the same band serves from top to bottom.
-std::int64_t bandRows(const PixelRect& area, std::int64_t rowsToRepeat) {
+std::int64_t bandRows(const Rect& area, std::int64_t rowsToRepeat) {
     constexpr std::int64_t bandPixels = 1 << 17;
     const std::int64_t rows = std::clamp<std::int64_t>(bandPixels / area.width(), 1, area.height());
     return rows > rowsToRepeat ? rows - rows % rowsToRepeat : rows;
@@ -86,20 +85,22 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
         if (!image) return false;
         if (Opacity < 1) return true;
         if (destWidth < 1 || destHeight < 1 || Gap < 0) return false;
-        const auto limits = spt_DestinationLimits(destinationDC, destHostDIB);
-        if (!limits) return false;
-        const PixelRect area =
-            PixelRect{destX, destY, std::int64_t{destX} + destWidth, std::int64_t{destY} + destHeight}.cut(*limits);
+        DrawJob job = {.image = image,
+                       .source = image.rect(),
+                       .destinationDC = destinationDC,
+                       .destHostDIB = destHostDIB,
+                       .destination = Rect::ofSize(destWidth, destHeight).moved(destX, destY),
+                       .globalAlpha = globalAlphaOf(Opacity)};
+        if (!job.findLimits()) return false;
+        const Rect area = job.visible();
         if (area.isEmpty()) return true;
 
-        platform::GdiFlush();
         PixelBuffer before; // an image tiled over itself is read as it was
         if (destHostDIB == this) {
             before = PixelBuffer(image.width, image.height);
             std::memcpy(before.view().bits, image.bits, image.stride * image.height);
         }
         const TiledPlane plane(before ? std::as_const(before).view() : image, Gap);
-        const std::int32_t percent = Opacity % 100 == 0 ? 100 : Opacity % 100; // wraps, as everywhere in drawing
         std::int64_t rows = bandRows(area, plane.rowsToRepeat());
         // Nobody knows which bitmap a device context holds. Should it be this image, it must not be read again once it
         // is drawn on.
@@ -108,11 +109,10 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
         for (std::int64_t y = area.top; y < area.bottom; y += rows) {
             if (y == area.top || rows % plane.rowsToRepeat() != 0)
                 plane.copyTo(band.view(), area.left - destX - offsetX, y - destY - offsetY);
-            const auto drawnRows = static_cast<std::int32_t>(std::min(rows, area.bottom - y));
-            if (!spt_Win9xBlend(destinationDC, std::as_const(band).view(), 0, 0, static_cast<std::int32_t>(area.left),
-                                static_cast<std::int32_t>(y), static_cast<std::int32_t>(area.width()), drawnRows,
-                                percent * 255 / 100, destHostDIB, gsclNone, 0.0F))
-                return false;
+            const Rect drawn = {area.left, y, area.right, std::min(y + rows, area.bottom)};
+            const ConstPixelView pixels = band.view();
+            job.drawFrom(pixels.part(Rect::ofSize(drawn.width(), drawn.height())), drawn);
+            if (!spt_Win9xBlend(job)) return false;
         }
         return true;
     });

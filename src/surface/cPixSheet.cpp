@@ -1,12 +1,10 @@
-// Lifecycle of the pixel store: creation, destruction, selection into a device context, copies and exchange.
+// Lifecycle of the pixel store: creation, destruction, selection into a device context, exchange.
 #include "surface/cPixSheet.h"
-#include "diagnostics/guard.h"
 #include "platform/gdi.h"
 #include "shared/checked.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
 #include <cstring>
-#include <functional>
 #include <utility>
 
 namespace pixkit {
@@ -39,7 +37,7 @@ bool cPixSheet::InitializeDIB(std::int32_t Width, std::int32_t Height) noexcept 
     const auto handle = platform::CreateDIBSection(screen.get(), header, &bits);
     if (m_ManageDC && m_hDC == 0) m_hDC = platform::CreateCompatibleDC(screen.get());
     if (handle == 0) return false;
-    // A fresh section is all zero, which is what EraseDIB would write: an erased image.
+    // The system clears a new section: it is what EraseDIB leaves, without another pass over it.
     pvTakeImage(handle, static_cast<std::uint8_t*>(bits), Width, *height, imgNone, AlphaSimple, {}, {});
     return true;
 }
@@ -100,96 +98,55 @@ std::intptr_t cPixSheet::LoadDIBinDC(bool bLoad) noexcept {
 
 // Whether an array lies over the pixel store: callers overlay arrays on BitsPointer.
 bool cPixSheet::pvOverlapsStore(const ByteArray& array) const noexcept {
-    const ConstPixelView image = HostAccess::pixels(*this);
-    const std::less<const std::uint8_t*> before;
-    return image && array.size() != 0 && before(array.data(), image.bits + image.stride * image.height) &&
-           before(image.bits, array.data() + array.size());
-}
-
-// --- copies
-
-void cPixSheet::CopyImageTo(cPixSheet& cDIBclass, std::int32_t newWidth, std::int32_t newHeight,
-                            bool CopyOriginalFormat) noexcept {
-    if (m_Handle == 0 || &cDIBclass == this) return;
-    guarded("CopyImageTo", false, [&] {
-        pvCopyImage(cDIBclass, newWidth, newHeight, CopyOriginalFormat);
-        return true;
-    });
-}
-
-void cPixSheet::CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t newWidth, std::int32_t newHeight,
-                            bool CopyOriginalFormat) noexcept {
-    if (m_Handle == 0) return;
-    guarded("CopyImageTo", false, [&] {
-        if (!cDIBclass) {
-            auto created = std::make_unique<cPixSheet>();
-            created->isGDIplusEnabled(isGDIplusEnabled());
-            created->m_StretchQuality = m_StretchQuality;
-            cDIBclass = std::move(created);
-        }
-        if (cDIBclass.get() != this) pvCopyImage(*cDIBclass, newWidth, newHeight, CopyOriginalFormat);
-        return true;
-    });
-}
-
-void cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat) {
-    if (newWidth == 0) newWidth = m_Width;
-    if (newHeight == 0) newHeight = m_Height;
-    target.gdiToken(m_GDItoken);
-    if (target.m_Handle == 0 || target.m_Width != newWidth || target.m_Height != newHeight) {
-        if (!target.InitializeDIB(newWidth, newHeight)) return;
-    }
-    target.m_hotspot = {static_cast<std::int32_t>(std::int64_t{m_hotspot.x} * target.m_Width / m_Width),
-                        static_cast<std::int32_t>(std::int64_t{m_hotspot.y} * target.m_Height / m_Height)};
-    if (target.m_Width == m_Width && target.m_Height == m_Height) {
-        std::memcpy(target.m_Pointer, m_Pointer,
-                    static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height) * 4);
-    } else {
-        target.EraseDIB(); // what the target held before must not shine through, nor pass for a copy
-        const bool usedAlphaBlend = isAlphaBlendFriendly();
-        isAlphaBlendFriendly(false); // the same pixels on every system
-        // Render takes the target out of its device context; one that was in it stays in the same.
-        const bool wasSelected = target.m_prevDCobject != 0;
-        const bool managesDC = std::exchange(target.m_ManageDC, target.m_ManageDC || wasSelected);
-        const bool isDrawn =
-            Render(0, 0, 0, target.m_Width, target.m_Height, 0, 0, m_Width, m_Height, 100, true, false, &target);
-        if (wasSelected) target.LoadDIBinDC(true);
-        target.m_ManageDC = managesDC;
-        isAlphaBlendFriendly(usedAlphaBlend);
-        if (!isDrawn) return;
-    }
-    target.m_AlphaImage = m_AlphaImage;
-    target.m_Format = m_Format;
-    if (CopyOriginalFormat) HostAccess::SetOriginalFormat(target, m_ImageByteCache);
+    return overlap(HostAccess::pixels(*this).bytes(), array.bytes());
 }
 
 // --- exchange
 
-void cPixSheet::SwapDIBs(cPixSheet* SwapFromDIB) noexcept {
-    if (SwapFromDIB == nullptr) return;
-    const bool wasSelected = m_prevDCobject != 0;
-    if (wasSelected) LoadDIBinDC(false);
+namespace {
 
-    cPixSheet& other = *SwapFromDIB;
-    if (other.m_Width >= 0) {
-        // First call: keep what the other side has, say by a complemented width that the call to it is the reply, and
-        // let it take ours before we take its former values.
-        const auto handle = other.m_Handle;
-        auto* const pointer = other.m_Pointer;
-        const auto width = other.m_Width;
-        const auto height = other.m_Height;
-        const auto format = other.m_Format;
-        const auto alpha = other.m_AlphaImage;
-        const auto hotspot = other.m_hotspot;
-        ByteArray cache = std::move(other.m_ImageByteCache);
-        m_Width = ~m_Width;
-        other.SwapDIBs(this);
-        pvTakeImage(handle, pointer, width, height, format, alpha, std::move(cache), hotspot);
-    } else {
-        pvTakeImage(other.m_Handle, other.m_Pointer, ~other.m_Width, other.m_Height, other.m_Format, other.m_AlphaImage,
-                    std::move(other.m_ImageByteCache), other.m_hotspot);
+// Takes an image out of its device context for as long as it changes hands: a bitmap can be in one context only. An
+// image that was in one is there again afterwards, or the one that came in its place.
+class Deselection {
+  public:
+    explicit Deselection(cPixSheet& sheet, bool isSelected) noexcept : m_sheet(isSelected ? &sheet : nullptr) {
+        if (m_sheet != nullptr) m_sheet->LoadDIBinDC(false);
     }
-    if (wasSelected) LoadDIBinDC(true);
+    ~Deselection() {
+        if (m_sheet != nullptr) m_sheet->LoadDIBinDC(true);
+    }
+    Deselection(const Deselection&) = delete;
+    Deselection& operator=(const Deselection&) = delete;
+
+  private:
+    cPixSheet* m_sheet;
+};
+
+} // namespace
+
+void cPixSheet::SwapDIBs(cPixSheet* SwapFromDIB) noexcept {
+    if (SwapFromDIB == nullptr || SwapFromDIB == this) return;
+    cPixSheet& other = *SwapFromDIB;
+    const Deselection own(*this, m_prevDCobject != 0);
+    const Deselection others(other, other.m_prevDCobject != 0);
+    std::swap(m_Handle, other.m_Handle);
+    std::swap(m_Pointer, other.m_Pointer);
+    std::swap(m_Width, other.m_Width);
+    std::swap(m_Height, other.m_Height);
+    std::swap(m_Format, other.m_Format);
+    std::swap(m_AlphaImage, other.m_AlphaImage);
+    std::swap(m_ImageByteCache, other.m_ImageByteCache);
+    std::swap(m_hotspot, other.m_hotspot);
+}
+
+// Puts the same picture in another shape in this one's place. Settings, Tag and PNG properties are the instance's and
+// stay, as does an image's being in a device context.
+void cPixSheet::pvReplaceImage(cPixSheet& successor, CursorHotspot hotspot) noexcept {
+    successor.m_AlphaImage = m_AlphaImage;
+    successor.m_Format = m_Format;
+    successor.m_ImageByteCache = std::move(m_ImageByteCache);
+    successor.m_hotspot = hotspot;
+    SwapDIBs(&successor);
 }
 
 } // namespace pixkit

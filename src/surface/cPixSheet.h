@@ -17,7 +17,7 @@ namespace pixkit {
 
 class LoadRequest;
 using ResourceId = std::variant<std::int32_t, std::string>; // shared/resources.h
-struct RenderRequest;
+struct DrawJob;
 namespace platform {
 class StdPicture;
 }
@@ -56,7 +56,7 @@ struct TrimRectangle {
 // 16-23.
 //
 // Members are defined in the room of their subject: surface/ (properties, lifecycle, pixels), loading/, saving/,
-// render/.
+// render/ (all that draws or makes other sizes).
 class cPixSheet {
   public:
     cPixSheet() noexcept;
@@ -120,6 +120,11 @@ class cPixSheet {
     // True: selects the image into a memory device context of the instance and returns that; repeated calls are
     // harmless. False: deselects it, frees the context unless ManageOwnDC, returns 0. 0 also without an image.
     std::intptr_t LoadDIBinDC(bool bLoad) noexcept;
+    // Exchanges the images of two instances without copying pixels; each keeps its own settings. Null does nothing.
+    void SwapDIBs(cPixSheet* SwapFromDIB) noexcept;
+
+    // --- copies (render/Copy.cpp)
+
     // Copies the image, its Alpha, ImageType and gdiToken into another instance, which is resized when it needs to be.
     // 0 for a size means this image's. With CopyOriginalFormat the original-format bytes go along. Does nothing without
     // an image or when the target is this instance. A null pointer receives a new instance, which also takes over
@@ -129,8 +134,6 @@ class cPixSheet {
                      bool CopyOriginalFormat = false) noexcept;
     void CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
                      bool CopyOriginalFormat = false) noexcept;
-    // Exchanges the images of two instances without copying pixels; each keeps its own settings. Null does nothing.
-    void SwapDIBs(cPixSheet* SwapFromDIB) noexcept;
 
     // --- pixels (surface/PixelAccess.cpp)
 
@@ -371,10 +374,10 @@ class cPixSheet {
     void pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
                      eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache, CursorHotspot hotspot) noexcept;
     bool pvOverlapsStore(const ByteArray& array) const noexcept;
-    void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat);
-    bool pvCanUseAlphaBlend(const RenderRequest& request) const;
-    bool pvAlphaBlend(const RenderRequest& request);
-    bool pvRenderInSoftware(RenderRequest request) const;
+    void pvReplaceImage(cPixSheet& successor, CursorHotspot hotspot) noexcept;
+    void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat) const;
+    bool pvCanUseAlphaBlend(const DrawJob& job) const noexcept;
+    bool pvAlphaBlend(const DrawJob& job);
     bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
     bool spt_SaveToFile(const std::string& FileName, bool PromptOverWrite,
                         const std::function<bool(const std::string&)>& writer) const;

@@ -35,8 +35,15 @@ void fill(cPixSheet& sheet, std::int32_t width, std::int32_t height, Numbers& nu
 bool draw(Handle dc, const cPixSheet& source, std::int32_t SrcX, std::int32_t SrcY, std::int32_t destX,
           std::int32_t destY, std::int32_t width, std::int32_t height, std::int32_t GlobalAlpha = 255,
           cPixSheet* host = nullptr, std::int32_t gray = gsclNone, float light = 0) {
-    return spt_Win9xBlend(dc, HostAccess::pixels(source), SrcX, SrcY, destX, destY, width, height, GlobalAlpha, host,
-                          gray, light);
+    DrawJob job = {.image = HostAccess::pixels(source),
+                   .source = Rect::ofSize(width, height).moved(SrcX, SrcY),
+                   .destinationDC = dc,
+                   .destHostDIB = host,
+                   .destination = Rect::ofSize(width, height).moved(destX, destY),
+                   .globalAlpha = static_cast<std::uint8_t>(GlobalAlpha),
+                   .grayScale = gray,
+                   .LightAdjustment = light};
+    return job.findLimits() && spt_Win9xBlend(job);
 }
 
 Pixel pixelOf(const cPixSheet& sheet, std::size_t index = 0) {

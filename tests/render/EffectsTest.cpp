@@ -1,4 +1,3 @@
-#include "render/PixelWorkers.h"
 #include "shared/modParsers.h"
 #include "support/Pictures.h"
 #include "surface/HostAccess.h"
@@ -151,30 +150,6 @@ TEST(MirrorImage, TurnsTheAxisAskedFor) {
     EXPECT_EQ(order(sheet), (std::vector<int>{6, 5, 4, 3, 2, 1}));
     EXPECT_TRUE(sheet.MirrorImage(true, true));
     EXPECT_EQ(order(sheet), (std::vector<int>{1, 2, 3, 4, 5, 6}));
-}
-
-TEST(PixelWorkers, TakeTheirRectangleFromTheTop) {
-    cPixSheet sheet;
-    std::vector<Pixel> pixels;
-    for (std::uint8_t i = 0; i < 12; ++i)
-        pixels.push_back({i, i, i, 255});
-    fill(sheet, 3, 4, pixels); // rows from the top: 0-2, 3-5, 6-8, 9-11
-    cPixSheet part;
-    part.InitializeDIB(2, 2);
-    spt_LightenDarken(-1.0F, HostAccess::pixels(part), 1, 1, HostAccess::pixels(std::as_const(sheet)));
-    EXPECT_EQ(pixelsOf(part), (std::vector<Pixel>{{2, 2, 2, 255}, {3, 3, 3, 255}, {5, 5, 5, 255}, {6, 6, 6, 255}}));
-
-    MirrorRequest request{1, 1, 2, 2, 5, -7};
-    ASSERT_TRUE(spt_MirrorDIB(request, HostAccess::pixels(part), HostAccess::pixels(std::as_const(sheet))));
-    EXPECT_EQ(pixelsOf(part), (std::vector<Pixel>{{7, 7, 7, 255}, {8, 8, 8, 255}, {4, 4, 4, 255}, {5, 5, 5, 255}}));
-    EXPECT_EQ(request.SrcX, 0);
-    EXPECT_EQ(request.SrcY, 0);
-    EXPECT_EQ(request.newWidth, 5);
-    EXPECT_EQ(request.newHeight, 7);
-    EXPECT_FALSE(spt_MirrorDIB(request, HostAccess::pixels(part), HostAccess::pixels(std::as_const(sheet))));
-    request = {1, 1, 2, 2, 0, 0}; // a width of 0 reverses columns, a height of 0 leaves rows
-    ASSERT_TRUE(spt_MirrorDIB(request, HostAccess::pixels(part), HostAccess::pixels(std::as_const(sheet))));
-    EXPECT_EQ(pixelsOf(part), (std::vector<Pixel>{{5, 5, 5, 255}, {4, 4, 4, 255}, {8, 8, 8, 255}, {7, 7, 7, 255}}));
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "platform/faults.h"
-#include "render/Blender.h"
+#include "render/DrawJob.h"
 #include "support/Pictures.h"
 #include "surface/HostAccess.h"
 #include <gtest/gtest.h>
@@ -43,9 +43,13 @@ void tileByTheBook(const cPixSheet& tile, cPixSheet& host, const Request& reques
                 wrapped(std::int64_t{x} - request.x - request.offsetX, std::int64_t{tile.Width()} + request.gap);
             const std::int64_t v =
                 wrapped(std::int64_t{y} - request.y - request.offsetY, std::int64_t{tile.Height()} + request.gap);
-            if (u < tile.Width() && v < tile.Height())
-                spt_Win9xBlend(0, HostAccess::pixels(tile), static_cast<std::int32_t>(u), static_cast<std::int32_t>(v),
-                               x, y, 1, 1, percent * 255 / 100, &host, gsclNone, 0.0F);
+            if (u >= tile.Width() || v >= tile.Height()) continue;
+            DrawJob job = {.image = HostAccess::pixels(tile),
+                           .source = Rect::ofSize(1, 1).moved(u, v),
+                           .destHostDIB = &host,
+                           .destination = Rect::ofSize(1, 1).moved(x, y),
+                           .globalAlpha = static_cast<std::uint8_t>(percent * 255 / 100)};
+            ASSERT_TRUE(spt_DrawInSoftware(job));
         }
     }
 }

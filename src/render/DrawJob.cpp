@@ -1,0 +1,39 @@
+#include "render/DrawJob.h"
+#include "platform/gdi.h"
+#include "render/Blender.h"
+#include "render/PixelBuffer.h"
+#include "render/PixelWorkers.h"
+#include "render/Resampler.h"
+#include "surface/HostAccess.h"
+
+namespace pixkit {
+
+bool DrawJob::findLimits() noexcept {
+    if (destHostDIB != nullptr) {
+        if (destHostDIB->Handle() == 0) return false;
+        limits = HostAccess::pixels(*destHostDIB).rect();
+    } else {
+        platform::Rect box;
+        const platform::ClipBox kind = platform::GetClipBox(destinationDC, box);
+        if (kind == platform::ClipBox::error) return false;
+        // Under mapping modes in which y grows upwards, or x to the left, the system gives the edges the other way
+        // round.
+        limits = kind == platform::ClipBox::empty ? Rect{}
+                                                  : Rect{std::min(box.left, box.right), std::min(box.top, box.bottom),
+                                                         std::max(box.left, box.right), std::max(box.top, box.bottom)};
+    }
+    platform::GdiFlush();
+    return true;
+}
+
+bool spt_DrawInSoftware(DrawJob& job) {
+    if (!job.findLimits()) return false;
+    if (job.visible().isEmpty()) return true;
+    PixelBuffer aMirrorBytes;
+    PixelBuffer aResizedBytes;
+    if (job.isMirroring()) spt_MirrorDIB(job, aMirrorBytes);
+    if (job.isStretching()) spt_pvResize(job, aResizedBytes);
+    return spt_Win9xBlend(job);
+}
+
+} // namespace pixkit
