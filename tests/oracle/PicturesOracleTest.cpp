@@ -27,7 +27,7 @@ const Reader readers[] = {
     {"libpng",
      [](const File& file, const TemporaryFolder&) { return withLibpng(readFile(file)); },
      ".png",
-     {{"png/(odd|order|rule|stream|chunks|filter-unknown|interlaced-first|wide-.-16.*-trns).*", unread}}},
+     {{"png/(odd|order|rule|stream|chunks|smallest|filter-unknown|interlaced-first|wide-.-16.*-trns).*", unread}}},
     {"stb_image",
      [](const File& file, const TemporaryFolder&) {
          Read read = withStb(readFile(file));

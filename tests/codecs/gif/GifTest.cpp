@@ -3,7 +3,7 @@
 #include "codecs/gif/cGIFparser.h"
 #include "platform/faults.h"
 #include "support/AllocationFault.h"
-#include "support/PngLoading.h"
+#include "support/QuietLoads.h"
 
 using namespace pixkit;
 using namespace pixkit::test;
