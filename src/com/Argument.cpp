@@ -67,10 +67,9 @@ Argument::~Argument() {
 
 HRESULT Argument::bind(const Parameter& parameter, VARIANTARG* passed, LCID locale) noexcept {
     m_type = parameter.type;
-    // A variable of a variable occurs too, when a procedure passes on what it got by reference.
-    for (int depth = 0; depth < 4 && passed != nullptr && passed->vt == referenceTo(VT_VARIANT); ++depth) {
-        if (passed->pvarVal == nullptr) return DISP_E_TYPEMISMATCH;
-        passed = passed->pvarVal;
+    if (VARIANTARG* const value = unwrapped(passed); value != passed) {
+        if (value == nullptr) return DISP_E_TYPEMISMATCH;
+        passed = value;
         m_isVariable = true;
     }
     if (isLeftOut(passed)) {

@@ -39,13 +39,6 @@ SAFEARRAY* created(VARTYPE type, int dimensions, ByteArray::Bound first, ByteArr
     return ::SafeArrayCreate(type, static_cast<UINT>(dimensions), bounds);
 }
 
-std::size_t elementCount(const SAFEARRAY* array) noexcept {
-    std::size_t count = array->pvData == nullptr ? 0 : 1;
-    for (unsigned i = 0; i < array->cDims; ++i)
-        count *= array->rgsabound[i].cElements;
-    return count;
-}
-
 // An array of the same bounds with elements of another type.
 SAFEARRAY* createdLike(const SAFEARRAY* array, VARTYPE type) {
     std::vector<SAFEARRAYBOUND> bounds(array->rgsabound, array->rgsabound + array->cDims);
@@ -99,6 +92,13 @@ bool hasElements(SAFEARRAY* array, VARTYPE type) noexcept {
     return SUCCEEDED(::SafeArrayGetVartype(array, &found)) && found == type;
 }
 
+std::size_t elementCount(const SAFEARRAY* array) noexcept {
+    std::size_t count = array->pvData == nullptr ? 0 : 1;
+    for (unsigned i = 0; i < array->cDims; ++i)
+        count *= array->rgsabound[i].cElements;
+    return count;
+}
+
 std::vector<std::uint8_t> bytesOf(const SAFEARRAY* array) {
     const auto* const data = static_cast<const std::uint8_t*>(array->pvData);
     return {data, data + elementCount(array) * array->cbElements};
@@ -108,37 +108,35 @@ bool isReplaceable(const SAFEARRAY* array) noexcept {
     return array->cLocks == 0 && (array->fFeatures & (FADF_AUTO | FADF_STATIC | FADF_EMBEDDED | FADF_FIXEDSIZE)) == 0;
 }
 
-InputArray::InputArray(SAFEARRAY* array) noexcept : m_usable(array == nullptr) {
-    if (array == nullptr || array->cDims > 2 || !hasElements(array, VT_UI1) || FAILED(::SafeArrayLock(array))) return;
-    m_locked = array;
-    m_usable = true;
-    m_bytes = borrowed(array);
-}
-
-InputArray::~InputArray() {
-    if (m_locked != nullptr) ::SafeArrayUnlock(m_locked);
-}
-
-OutputArray::OutputArray(SAFEARRAY** target, Reuse reuse) noexcept
-    : m_target(target), m_reuse(reuse), m_usable(*target == nullptr) {
-    if (*target != nullptr) {
-        m_usable = isReplaceable(*target) && hasElements(*target, VT_UI1);
-        // More dimensions than a ByteArray has do not matter: nothing reads what is about to be replaced.
-        if (m_usable && (*target)->cDims <= 2) m_bytes = borrowed(*target);
-        m_before = m_bytes.data();
-        m_wasAllocated = m_bytes.isAllocated();
+CallersBytes::CallersBytes(SAFEARRAY** target, Access access) noexcept
+    : m_target(target), m_access(access), m_usable(*target == nullptr) {
+    SAFEARRAY* const array = *target;
+    if (access != Access::read) m_bytes.allocateFrom(*this);
+    if (array == nullptr || !hasElements(array, VT_UI1)) return;
+    if (access == Access::read) {
+        if (array->cDims > 2 || FAILED(::SafeArrayLock(array))) return;
+        m_locked = array;
+        m_bytes = borrowed(array);
+        m_usable = true;
+        return;
     }
+    m_usable = isReplaceable(array);
+    // More dimensions than a ByteArray has do not matter: nothing reads what is about to be replaced.
+    if (m_usable && array->cDims <= 2) m_bytes = borrowed(array);
+    m_before = m_bytes.data();
+    m_wasAllocated = m_bytes.isAllocated();
     m_bytes.allocateFrom(*this);
 }
 
-OutputArray::~OutputArray() {
+CallersBytes::~CallersBytes() {
+    if (m_locked != nullptr) ::SafeArrayUnlock(m_locked);
     if (m_made != nullptr) ::SafeArrayDestroy(m_made);
 }
 
-std::uint8_t* OutputArray::redim(int dimensions, ByteArray::Bound first, ByteArray::Bound second) {
+std::uint8_t* CallersBytes::redim(int dimensions, ByteArray::Bound first, ByteArray::Bound second) {
     const bool sameShape = m_wasAllocated && (*m_target)->cDims == dimensions && byteBound(*m_target, 1) == first &&
                            (dimensions == 1 || byteBound(*m_target, 2) == second);
-    if (m_reuse == Reuse::sameShape && sameShape) {
+    if (m_access == Access::refill && sameShape) {
         auto* const data = static_cast<std::uint8_t*>((*m_target)->pvData);
         std::memset(data, 0, elementCount(*m_target));
         return data;
@@ -151,14 +149,14 @@ std::uint8_t* OutputArray::redim(int dimensions, ByteArray::Bound first, ByteArr
 }
 
 // The bytes as an array of the caller's: the one that redim made, or a copy of bytes from elsewhere.
-SAFEARRAY* OutputArray::takeFilled() noexcept {
+SAFEARRAY* CallersBytes::takeFilled() noexcept {
     if (m_made != nullptr && m_bytes.data() == m_made->pvData) return std::exchange(m_made, nullptr);
     SAFEARRAY* const filled = created(VT_UI1, m_bytes.dimensions(), m_bytes.bound(1), m_bytes.bound(2));
     if (filled != nullptr && m_bytes.size() != 0) std::memcpy(filled->pvData, m_bytes.data(), m_bytes.size());
     return filled;
 }
 
-bool OutputArray::store() noexcept {
+bool CallersBytes::store() noexcept {
     if (m_bytes.data() == m_before && m_bytes.isAllocated() == m_wasAllocated) return true;
     SAFEARRAY* filled = nullptr;
     if (m_bytes.isAllocated()) {
@@ -183,15 +181,10 @@ HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEAR
     if (!hasElements(variants, VT_VARIANT)) return DISP_E_TYPEMISMATCH;
     SAFEARRAY* const array = createdLike(variants, type);
     if (array == nullptr) return E_OUTOFMEMORY;
-    auto* const elements = static_cast<VARIANT*>(variants->pvData);
-    auto* out = static_cast<std::uint8_t*>(array->pvData);
-    HRESULT status = ::SafeArrayLock(variants);
-    if (SUCCEEDED(status)) {
-        const std::size_t count = elementCount(variants);
-        for (std::size_t i = 0; i < count && SUCCEEDED(status); ++i, out += array->cbElements)
-            status = convertElement(elements[i], type, locale, out, array->cbElements);
-        ::SafeArrayUnlock(variants);
-    }
+    auto* const out = static_cast<std::uint8_t*>(array->pvData);
+    const HRESULT status = forElements(variants, [&](VARIANT& element, std::size_t i) {
+        return convertElement(element, type, locale, out + i * array->cbElements, array->cbElements);
+    });
     if (FAILED(status)) {
         ::SafeArrayDestroy(array);
         return status;

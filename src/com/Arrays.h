@@ -2,6 +2,7 @@
 #pragma once
 #include "com/Automation.h"
 #include "shared/ByteArray.h"
+#include <cstring>
 #include <vector>
 
 namespace pixkit::com {
@@ -12,40 +13,24 @@ bool hasElements(SAFEARRAY* array, VARTYPE type) noexcept;
 // Whether another array may take its place: it is neither locked nor fixed (nor on a stack, nor part of something).
 bool isReplaceable(const SAFEARRAY* array) noexcept;
 
-// A caller's bytes, borrowed and locked for as long as this lives. Of no array, or one without data, the bytes are
-// unallocated.
-class InputArray {
+// A caller's array of bytes while a member works on it: borrowed and locked to be read, or to be replaced by what the
+// member makes of it. What the caller has stays as it is until store() succeeds, except that with `refill` pixels asked
+// for again in the same shape are written where they were the last time.
+class CallersBytes final : private ByteArray::Memory {
   public:
-    explicit InputArray(SAFEARRAY* array) noexcept;
-    ~InputArray();
-    InputArray(const InputArray&) = delete;
-    InputArray& operator=(const InputArray&) = delete;
+    enum class Access { read, replace, refill };
 
-    // False for elements other than bytes, more than two dimensions, or an array that cannot be locked.
+    CallersBytes(SAFEARRAY** target, Access access) noexcept;
+    ~CallersBytes();
+    CallersBytes(const CallersBytes&) = delete;
+    CallersBytes& operator=(const CallersBytes&) = delete;
+
+    // False for elements other than bytes; to be read, for more than two dimensions and an array that cannot be locked;
+    // to be replaced, for locked and fixed arrays.
     bool isUsable() const noexcept { return m_usable; }
+    // The caller's own bytes, unallocated for no array, one without data, and one that is not usable. What redim makes
+    // lies in an array for the caller.
     const ByteArray& bytes() const noexcept { return m_bytes; }
-
-  private:
-    SAFEARRAY* m_locked = nullptr;
-    bool m_usable = false;
-    ByteArray m_bytes;
-};
-
-// A caller's array that a member fills. What the caller has stays as it is until store() succeeds, except that pixels
-// asked for again in the same shape are written where they were the last time.
-class OutputArray final : private ByteArray::Memory {
-  public:
-    enum class Reuse : bool { no, sameShape };
-
-    OutputArray(SAFEARRAY** target, Reuse reuse) noexcept;
-    ~OutputArray();
-    OutputArray(const OutputArray&) = delete;
-    OutputArray& operator=(const OutputArray&) = delete;
-
-    // False for elements other than bytes, and for locked and fixed arrays.
-    bool isUsable() const noexcept { return m_usable; }
-    // What a member is given to fill: at first the caller's own bytes. What redim makes lies in an array for the
-    // caller.
     ByteArray& bytes() noexcept { return m_bytes; }
     // Gives the caller what the member made of the bytes. False without memory for it.
     bool store() noexcept;
@@ -55,7 +40,8 @@ class OutputArray final : private ByteArray::Memory {
     SAFEARRAY* takeFilled() noexcept;
 
     SAFEARRAY** m_target;
-    Reuse m_reuse;
+    Access m_access;
+    SAFEARRAY* m_locked = nullptr;
     SAFEARRAY* m_made = nullptr; // by redim, until store()
     const std::uint8_t* m_before = nullptr;
     bool m_wasAllocated = false;
@@ -73,7 +59,32 @@ bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_
 HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept;
 HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) noexcept;
 
+std::size_t elementCount(const SAFEARRAY* array) noexcept;
 // The elements of an array of plain numbers as bytes.
 std::vector<std::uint8_t> bytesOf(const SAFEARRAY* array);
+
+// Calls `use` with each element as a value that owns nothing, and its number, until one fails. DISP_E_TYPEMISMATCH for
+// elements larger than a number. An array that is not there has none.
+template <class Use>
+HRESULT forElements(SAFEARRAY* array, Use&& use) {
+    if (array == nullptr) return S_OK;
+    const bool areVariants = hasElements(array, VT_VARIANT);
+    VARTYPE type = VT_VARIANT;
+    HRESULT status = areVariants ? S_OK : ::SafeArrayGetVartype(array, &type);
+    if (SUCCEEDED(status) && array->cbElements > (areVariants ? sizeof(VARIANT) : sizeof(LONGLONG)))
+        status = DISP_E_TYPEMISMATCH;
+    if (SUCCEEDED(status)) status = ::SafeArrayLock(array);
+    if (FAILED(status)) return status;
+    const auto* in = static_cast<const std::uint8_t*>(array->pvData);
+    const std::size_t count = elementCount(array);
+    for (std::size_t i = 0; i < count && SUCCEEDED(status); ++i, in += array->cbElements) {
+        VARIANT element = {};
+        element.vt = type;
+        std::memcpy(areVariants ? static_cast<void*>(&element) : &element.byref, in, array->cbElements);
+        status = use(element, i);
+    }
+    ::SafeArrayUnlock(array);
+    return status;
+}
 
 } // namespace pixkit::com

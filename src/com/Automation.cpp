@@ -1,23 +1,22 @@
 #include "com/Automation.h"
-#include <windows.h>
+#include "platform/win32/names.h"
 
 namespace pixkit::com {
 
+VARIANT* unwrapped(VARIANT* value) noexcept {
+    for (int depth = 0; depth < 8 && value != nullptr && value->vt == (VT_BYREF | VT_VARIANT); ++depth)
+        value = value->pvarVal;
+    return value;
+}
+
 std::string toUtf8(const wchar_t* text) {
-    if (text == nullptr || *text == L'\0') return {};
-    const int size = ::WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    if (size <= 1) return {};
-    std::string utf8(static_cast<std::size_t>(size - 1), '\0');
-    ::WideCharToMultiByte(CP_UTF8, 0, text, -1, utf8.data(), size, nullptr, nullptr);
-    return utf8;
+    return text != nullptr ? platform::toUtf8(text) : std::string();
 }
 
 BSTR toBstr(const std::string& utf8) {
-    const int bytes = static_cast<int>(utf8.size());
-    const int size = ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, nullptr, 0);
-    const BSTR text = ::SysAllocStringLen(nullptr, static_cast<UINT>(size));
-    if (text != nullptr) ::MultiByteToWideChar(CP_UTF8, 0, utf8.data(), bytes, text, size);
-    return text;
+    std::wstring wide;
+    if (!platform::toUtf16(utf8, wide)) return nullptr;
+    return ::SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
 }
 
 } // namespace pixkit::com

@@ -55,11 +55,15 @@ class Variant : public VARIANT {
     }
 };
 
+// The value behind variables: hosts pass references to a VARIANT, and a procedure that passes on what it got by
+// reference a reference to that. Null where one leads nowhere; after eight of them, the value as it is.
+VARIANT* unwrapped(VARIANT* value) noexcept;
+
 // UTF-8 of a string, up to its first NUL as all callers of system functions have it; a null BSTR is an empty string.
 // May throw std::bad_alloc.
 std::string toUtf8(const wchar_t* text);
 
-// Null without memory.
+// Null for what is not UTF-8, and without memory for it. May throw std::bad_alloc.
 BSTR toBstr(const std::string& utf8);
 
 } // namespace pixkit::com

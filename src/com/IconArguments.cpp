@@ -1,11 +1,12 @@
 #include "com/IconArguments.h"
+#include "com/Arrays.h"
 #include <cstring>
 
 namespace pixkit::com {
 
 namespace {
 
-constexpr int deepest = 8; // variables and arrays within each other
+constexpr int deepest = 8; // arrays within each other
 
 bool isNone(VARTYPE type) noexcept {
     return type == VT_EMPTY || type == VT_NULL || type == VT_ERROR;
@@ -13,11 +14,9 @@ bool isNone(VARTYPE type) noexcept {
 
 // A copy of a value that owns nothing, references followed. Empty for what cannot be followed.
 VARIANT plainValue(const VARIANT& value) noexcept {
-    VARIANT plain = value;
-    for (int depth = 0; depth < deepest && plain.vt == (VT_BYREF | VT_VARIANT); ++depth) {
-        if (plain.pvarVal == nullptr) return {};
-        plain = *plain.pvarVal;
-    }
+    const VARIANT* const found = unwrapped(const_cast<VARIANT*>(&value));
+    if (found == nullptr) return {};
+    VARIANT plain = *found;
     if ((plain.vt & VT_BYREF) == 0) return plain;
     const auto type = static_cast<VARTYPE>(plain.vt & ~VT_BYREF);
     if (plain.byref == nullptr || type == VT_VARIANT) return {};
@@ -32,35 +31,12 @@ VARIANT plainValue(const VARIANT& value) noexcept {
     return read;
 }
 
-// Calls `use` with each element as a value that owns nothing, and its number; false as soon as that says so, or for an
-// array that cannot be read.
-template <class Use>
-bool forElements(SAFEARRAY* array, Use&& use) {
-    if (array == nullptr) return true;
-    VARTYPE type = VT_EMPTY;
-    if (FAILED(::SafeArrayGetVartype(array, &type)) || FAILED(::SafeArrayLock(array))) return false;
-    std::size_t count = array->pvData == nullptr ? 0 : 1;
-    for (USHORT i = 0; i < array->cDims; ++i)
-        count *= array->rgsabound[i].cElements;
-    const auto* in = static_cast<const unsigned char*>(array->pvData);
-    bool isGood = type == VT_VARIANT ? array->cbElements == sizeof(VARIANT) : array->cbElements <= sizeof(LONGLONG);
-    for (std::size_t i = 0; i < count && isGood; ++i, in += array->cbElements) {
-        VARIANT element = {};
-        element.vt = type;
-        std::memcpy(type == VT_VARIANT ? static_cast<void*>(&element) : static_cast<void*>(&element.byref), in,
-                    array->cbElements);
-        isGood = use(element, i);
-    }
-    ::SafeArrayUnlock(array);
-    return isGood;
-}
-
 bool addSheets(const VARIANT& source, std::vector<ComPtr<_cPixSheet>>& sheets, int depth) {
     const VARIANT value = plainValue(source);
     if ((value.vt & VT_ARRAY) != 0) {
-        return depth < deepest && forElements(value.parray, [&](const VARIANT& element, std::size_t) {
-                   return addSheets(element, sheets, depth + 1);
-               });
+        return depth < deepest && SUCCEEDED(forElements(value.parray, [&](const VARIANT& element, std::size_t) {
+                   return addSheets(element, sheets, depth + 1) ? S_OK : DISP_E_TYPEMISMATCH;
+               }));
     }
     if (isNone(value.vt)) return true;
     if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) return false;
@@ -76,9 +52,10 @@ bool addNumbers(const VARIANT& source, std::vector<std::int32_t>& numbers, int d
     if ((value.vt & VT_ARRAY) != 0) {
         const bool hasFourth =
             value.parray != nullptr && value.parray->cDims == 2 && value.parray->rgsabound[1].cElements == 4;
-        return depth < deepest && forElements(value.parray, [&](const VARIANT& element, std::size_t i) {
-                   return (hasFourth && i % 4 == 3) || addNumbers(element, numbers, depth + 1);
-               });
+        return depth < deepest && SUCCEEDED(forElements(value.parray, [&](const VARIANT& element, std::size_t i) {
+                   const bool isPassedOver = hasFourth && i % 4 == 3;
+                   return isPassedOver || addNumbers(element, numbers, depth + 1) ? S_OK : DISP_E_TYPEMISMATCH;
+               }));
     }
     if (isNone(value.vt)) return true;
     Variant number;

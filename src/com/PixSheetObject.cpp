@@ -172,14 +172,10 @@ HRESULT PixSheetObject::SaveToFile_ICO(BSTR FileName, VARIANT* Source, VARIANT_B
 }
 
 HRESULT PixSheetObject::SaveToStream_ICO(SAFEARRAY** outStream, VARIANT* Source, SAFEARRAY** Sizes, LONG* result) {
-    if (outStream == nullptr) return E_POINTER;
-    return give(result, [&] {
-        OutputArray array(outStream, Reuse::no);
-        if (!array.isUsable() || liesInImage(*outStream)) return std::int32_t{0};
-        const std::int32_t count = withIconArguments(Source, Sizes, [&](const auto& sheets, const auto& sizes) {
-            return m_sheet->SaveToStream_ICO(array.bytes(), sheets, sizes);
+    return fill(outStream, Access::replace, result, [&](ByteArray& bytes) {
+        return withIconArguments(Source, Sizes, [&](const auto& sheets, const auto& sizes) {
+            return m_sheet->SaveToStream_ICO(bytes, sheets, sizes);
         });
-        return array.store() ? count : 0;
     });
 }
 
@@ -286,20 +282,6 @@ HRESULT PixSheetObject::SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) {
         const std::int32_t count = m_sheet->SourceIconSizes(sizes);
         if (count == 0 || liesInImage(*sizeArray)) return 0;
         return replaceByLongs(sizeArray, &sizes.front().Width, 4, static_cast<std::uint32_t>(count)) ? count : 0;
-    });
-}
-
-HRESULT PixSheetObject::TileImage(LONG_PTR destinationDC, LONG destX, LONG destY, LONG destWidth, LONG destHeight,
-                                  LONG Opacity, LONG offsetX, LONG offsetY, LONG Gap, _cPixSheet** destHostDIB,
-                                  VARIANT_BOOL* result) {
-    PixSheetObject* host = nullptr;
-    if (destHostDIB != nullptr && *destHostDIB != nullptr) {
-        host = ours(*destHostDIB);
-        if (host == nullptr) return DISP_E_TYPEMISMATCH;
-    }
-    return give(result, [&] {
-        return m_sheet->TileImage(destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY, Gap,
-                                  host != nullptr ? host->m_sheet.get() : nullptr);
     });
 }
 

@@ -128,7 +128,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP GetAlphaMask(SAFEARRAY** outStream, VARIANT_BOOL as2dArray, VARIANT_BOOL asWordAligned,
                               VARIANT_BOOL asBottomUp, LONG x, LONG y, LONG Width, LONG Height,
                               VARIANT_BOOL* result) override {
-        return fill(outStream, Reuse::sameShape, result, [&](ByteArray& bytes) {
+        return fill(outStream, Access::refill, result, [&](ByteArray& bytes) {
             return m_sheet->GetAlphaMask(bytes, isTrue(as2dArray), isTrue(asWordAligned), isTrue(asBottomUp), x, y,
                                          Width, Height);
         });
@@ -136,7 +136,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP GetDIBbits(SAFEARRAY** outStream, VARIANT_BOOL as2dArray, VARIANT_BOOL asBGRformat,
                             VARIANT_BOOL as32bpp, VARIANT_BOOL asWordAligned, VARIANT_BOOL asBottomUp, LONG x, LONG y,
                             LONG Width, LONG Height, VARIANT_BOOL asPreMultiplied, VARIANT_BOOL* result) override {
-        return fill(outStream, Reuse::sameShape, result, [&](ByteArray& bytes) {
+        return fill(outStream, Access::refill, result, [&](ByteArray& bytes) {
             return m_sheet->GetDIBbits(bytes, isTrue(as2dArray), isTrue(asBGRformat), isTrue(as32bpp),
                                        isTrue(asWordAligned), isTrue(asBottomUp), x, y, Width, Height,
                                        isTrue(asPreMultiplied));
@@ -163,13 +163,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
                                     VARIANT_BOOL SaveFormat, LONG iconBitDepth, VARIANT_BOOL* result) override {
         if (inStream == nullptr) return E_POINTER;
         return give(result, [&] {
-            const InputArray array(*inStream);
             // An array that cannot be read is one without data: refused, and the instance emptied, by the native
             // member.
-            const ByteArray nothing;
-            const ByteArray& bytes = array.isUsable() ? array.bytes() : nothing;
-            return m_sheet->LoadPicture_Stream(bytes, iconCx, iconCy, streamStart, streamLength, isTrue(SaveFormat),
-                                               iconBitDepth);
+            const CallersBytes array(inStream, Access::read);
+            return m_sheet->LoadPicture_Stream(array.bytes(), iconCx, iconCy, streamStart, streamLength,
+                                               isTrue(SaveFormat), iconBitDepth);
         });
     }
     STDMETHODIMP LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSection, IDispatch* VBglobal, LONG iconCx,
@@ -180,7 +178,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         return give(result, [&] { return m_sheet->LoadPicture_FromOrignalFormat(iconCx, iconCy, iconBitDepth); });
     }
     STDMETHODIMP GetOrginalFormat(SAFEARRAY** outStream, VARIANT_BOOL* result) override {
-        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) { return m_sheet->GetOrginalFormat(bytes); });
+        return fill(outStream, Access::replace, result,
+                    [&](ByteArray& bytes) { return m_sheet->GetOrginalFormat(bytes); });
     }
     STDMETHODIMP SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) override;
     STDMETHODIMP LoadPicture_StdPicture(IPictureDisp** Picture, VARIANT_BOOL* result) override;
@@ -200,7 +199,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     STDMETHODIMP SaveToStream_Bitmap(SAFEARRAY** outStream, VARIANT_BOOL KeepPreMultipliedPixels,
                                      LONG TransparentFillColor, VARIANT_BOOL* result) override {
-        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) {
+        return fill(outStream, Access::replace, result, [&](ByteArray& bytes) {
             return m_sheet->SaveToStream_Bitmap(bytes, isTrue(KeepPreMultipliedPixels), TransparentFillColor);
         });
     }
@@ -215,7 +214,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     STDMETHODIMP SaveToStream_TGA(SAFEARRAY** outStream, VARIANT_BOOL Compress, VARIANT_BOOL ReduceBitDepth,
                                   VARIANT_BOOL AllowPreMultipliedPixels, VARIANT_BOOL* result) override {
-        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) {
+        return fill(outStream, Access::replace, result, [&](ByteArray& bytes) {
             return m_sheet->SaveToStream_TGA(bytes, isTrue(Compress), isTrue(ReduceBitDepth),
                                              isTrue(AllowPreMultipliedPixels));
         });
@@ -228,7 +227,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         });
     }
     STDMETHODIMP SaveToStream_JPG(SAFEARRAY** outStream, LONG Quality, VARIANT_BOOL* result) override {
-        return fill(outStream, Reuse::no, result,
+        return fill(outStream, Access::replace, result,
                     [&](ByteArray& bytes) { return m_sheet->SaveToStream_JPG(bytes, Quality); });
     }
     STDMETHODIMP SaveToFile_GIF(BSTR FileName, VARIANT_BOOL UseAdaptivePalette, BYTE OpaquenessTolerance,
@@ -240,7 +239,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     STDMETHODIMP SaveToStream_GIF(SAFEARRAY** outStream, VARIANT_BOOL UseAdaptivePalette, BYTE OpaquenessTolerance,
                                   VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
-        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) {
+        return fill(outStream, Access::replace, result, [&](ByteArray& bytes) {
             return m_sheet->SaveToStream_GIF(bytes, isTrue(UseAdaptivePalette), OpaquenessTolerance,
                                              isTrue(PromptOverWrite));
         });
@@ -254,7 +253,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         return give(result, [&] { return m_sheet->SaveToFile_PNG(toUtf8(FileName), isTrue(PromptOverWrite)); });
     }
     STDMETHODIMP SaveToStream_PNG(SAFEARRAY** outStream, VARIANT_BOOL* result) override {
-        return fill(outStream, Reuse::no, result, [&](ByteArray& bytes) { return m_sheet->SaveToStream_PNG(bytes); });
+        return fill(outStream, Access::replace, result,
+                    [&](ByteArray& bytes) { return m_sheet->SaveToStream_PNG(bytes); });
     }
     STDMETHODIMP PngPropertyGet(::ePngProperties Property, BSTR Keyword, VARIANT* result) override;
     STDMETHODIMP PngPropertySet(::ePngProperties Property, VARIANT Value, BSTR Keyword, VARIANT_BOOL* result) override {
@@ -323,12 +323,17 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     STDMETHODIMP TileImage(LONG_PTR destinationDC, LONG destX, LONG destY, LONG destWidth, LONG destHeight,
                            LONG Opacity, LONG offsetX, LONG offsetY, LONG Gap, _cPixSheet** destHostDIB,
-                           VARIANT_BOOL* result) override;
+                           VARIANT_BOOL* result) override {
+        return drawOnto(destHostDIB, result, [&](cPixSheet* host) {
+            return m_sheet->TileImage(destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY,
+                                      Gap, host);
+        });
+    }
     STDMETHODIMP TrimImage(::eTrimOptions TrimOptions, VARIANT_BOOL ReportOnly, LONG* x, LONG* y, LONG* Width,
                            LONG* Height, VARIANT_BOOL* result) override;
 
   private:
-    using Reuse = OutputArray::Reuse;
+    using Access = CallersBytes::Access;
 
     explicit PixSheetObject(std::unique_ptr<cPixSheet> sheet) noexcept : m_sheet(std::move(sheet)) {}
     ~PixSheetObject() = default;
@@ -362,44 +367,53 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         *to = static_cast<To>(from);
     }
 
-    // The forms of a member. A null pointer for what it gives is refused before anything happens; whatever goes wrong
-    // inside becomes the member's failure value, never an HRESULT.
+    // The forms of a member, which the guard knows by its name. A null pointer for what it gives is refused before
+    // anything happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT.
     template <class Body>
-    static HRESULT run(Body&& body) noexcept {
-        guarded("_cPixSheet", false, [&] { return body(), true; });
+    static HRESULT run(Body&& body, const char* member = __builtin_FUNCTION()) noexcept {
+        guarded(member, false, [&] { return body(), true; });
         return S_OK;
     }
     template <class Result, class Body>
-    static HRESULT give(Result* result, Body&& body) noexcept {
+    static HRESULT give(Result* result, Body&& body, const char* member = __builtin_FUNCTION()) noexcept {
         if (result == nullptr) return E_POINTER;
         *result = Result();
-        return run([&] { convert(body(), result); });
+        return run([&] { convert(body(), result); }, member);
     }
     // `body` gets the object to draw on, or null where the caller names none.
     template <class Body>
-    static HRESULT drawOnto(_cPixSheet** host, VARIANT_BOOL* result, Body&& body) noexcept {
-        if (host == nullptr || *host == nullptr) return give(result, [&] { return body(nullptr); });
-        PixSheetObject* const target = ours(*host);
-        if (target == nullptr) return DISP_E_TYPEMISMATCH;
-        return give(result, [&] { return body(target->m_sheet.get()); });
+    static HRESULT drawOnto(_cPixSheet** host, VARIANT_BOOL* result, Body&& body,
+                            const char* member = __builtin_FUNCTION()) noexcept {
+        PixSheetObject* const target = host != nullptr && *host != nullptr ? ours(*host) : nullptr;
+        if (host != nullptr && *host != nullptr && target == nullptr) return DISP_E_TYPEMISMATCH;
+        return give(
+            result, [&] { return body(target != nullptr ? target->m_sheet.get() : nullptr); }, member);
     }
     template <class Body>
-    static HRESULT read(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body) noexcept {
+    static HRESULT read(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body,
+                        const char* member = __builtin_FUNCTION()) noexcept {
         if (stream == nullptr) return E_POINTER;
-        return give(result, [&] {
-            const InputArray array(*stream);
-            return array.isUsable() && body(array.bytes());
-        });
+        return give(
+            result,
+            [&] {
+                const CallersBytes array(stream, Access::read);
+                return array.isUsable() && body(array.bytes());
+            },
+            member);
     }
-    template <class Body>
-    HRESULT fill(SAFEARRAY** stream, Reuse reuse, VARIANT_BOOL* result, Body&& body) noexcept {
+    template <class Result, class Body>
+    HRESULT fill(SAFEARRAY** stream, Access access, Result* result, Body&& body,
+                 const char* member = __builtin_FUNCTION()) noexcept {
         if (stream == nullptr) return E_POINTER;
-        return give(result, [&] {
-            OutputArray array(stream, reuse);
-            if (!array.isUsable() || liesInImage(*stream)) return false;
-            const bool filled = body(array.bytes());
-            return array.store() && filled;
-        });
+        return give(
+            result,
+            [&] {
+                CallersBytes array(stream, access);
+                if (!array.isUsable() || liesInImage(*stream)) return decltype(body(array.bytes())){};
+                const auto filled = body(array.bytes());
+                return array.store() ? filled : decltype(filled){};
+            },
+            member);
     }
 
     ModuleReference m_module; // first, so that the DLL stays while the rest goes

@@ -11,7 +11,7 @@ namespace pixkit::com {
 namespace {
 
 constexpr wchar_t programId[] = L"pixkit.cPixSheet";
-constexpr wchar_t libraryVersion[] = L"3.0";
+constexpr wchar_t libraryVersion[] = PIXKIT_LIBRARY_VERSION; // from pixkit.idl, through CMakeLists.txt
 // The system's own marshaller, which works from type libraries.
 constexpr wchar_t automationMarshaller[] = L"{00020424-0000-0000-C000-000000000046}";
 
@@ -86,7 +86,7 @@ std::vector<Value> registeredValues(const std::wstring& path) {
         {interfaceKey() + L"\\ProxyStubClsid32", nullptr, automationMarshaller},
         {interfaceKey() + L"\\TypeLib", nullptr, library},
         {interfaceKey() + L"\\TypeLib", L"Version", libraryVersion},
-        {versionKey(), nullptr, L"pixkit imaging component 3.0"},
+        {versionKey(), nullptr, L"pixkit imaging component " PIXKIT_LIBRARY_VERSION},
         {versionKey() + L"\\0\\" + thisSystem, nullptr, path},
         {versionKey() + L"\\FLAGS", nullptr, L"0"},
         {versionKey() + L"\\HELPDIR", nullptr, folder},

@@ -43,7 +43,7 @@ bool withHostResource(IDispatch* host, VARIANT& index, VARIANT& section, const U
         value.parray = bytes;
     }
     if (value.vt != (VT_ARRAY | VT_UI1)) return false;
-    const InputArray array(value.parray);
+    const CallersBytes array(&value.parray, CallersBytes::Access::read);
     return array.isUsable() && use(array.bytes());
 }
 

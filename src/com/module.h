@@ -5,6 +5,8 @@
 
 namespace pixkit::com {
 
+// Set once, when the system loads the DLL.
+void setModuleInstance(HINSTANCE module) noexcept;
 HINSTANCE moduleInstance() noexcept;
 
 // Full path of the DLL; empty when there is no memory for it.
@@ -18,6 +20,9 @@ class ModuleReference {
     ModuleReference(const ModuleReference&) = delete;
     ModuleReference& operator=(const ModuleReference&) = delete;
 };
+
+// Whether anything keeps it.
+bool isModuleInUse() noexcept;
 
 // The same for LockServer, whose two halves come in two calls.
 void lockModule(bool lock) noexcept;
