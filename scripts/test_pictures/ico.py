@@ -129,6 +129,9 @@ def ico_rules():
     single = struct.pack("<IiiHHIIiiII", 40, 9, 4, 1, 24, 0, 0, 0, 0, 0, 0) + noise(1, 28 * 4) + bytes(16)
     for height in (2, 4, 9):
         yield f"height-agreed-{height}", icon_file((single, {"height": height}))
+    # With 1 bit a pixel rows of colours and of the mask look the same, so the header's word stands.
+    bits = struct.pack("<IiiHHIIiiII", 40, 9, 4, 1, 1, 0, 0, 0, 0, 0, 0) + BLACK_WHITE + noise(2, 4 * 4)
+    yield "height-agreed-1-bit", icon_file((bits, {"height": 4}))
     # What the directory says.
     image = of_two(24, (255, 0, 0, 1, 2, 3, 0, 0), 0x80)
     whole = icon_file((image, {"width": 2, "height": 1}))
