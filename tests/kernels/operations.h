@@ -208,9 +208,9 @@ std::vector<Operation> operations(bool everyOpacity) {
         for (const unsigned ratio : {0U, 9U, 20U})
             if (ratio != 0 || !isOneRow)
                 add("sampleBilinear", 32, 64, false, [=](Call c) { return interpolate(c, ratio, isOneRow); });
-    for (const auto& [right, up] : {std::pair{1, 1}, {-1, 1}, {1, -1}, {-1, -1}, {0, 1}, {1, 0}})
+    for (const auto& way : {std::pair{1, 1}, {-1, 1}, {1, -1}, {-1, -1}, {0, 1}, {1, 0}})
         for (const bool isBilinear : {false, true})
-            add("walk", 32, 128, false, [=](Call c) { walk(c, isBilinear, right, up); });
+            add("walk", 32, 128, false, [=](Call c) { walk(c, isBilinear, way.first, way.second); });
     for (const std::uint8_t* fill : fills) {
         add("flatten24", 24, 32, false, [=](Call c) { c.t.flatten24(c.dst, c.src, c.n, fill); });
         add("flatten32", 32, 32, false, [=](Call c) { c.t.flatten32(c.dst, c.src, c.n, fill); });
