@@ -50,9 +50,9 @@ std::uint64_t scanned(Call c, bool isCopying, AlphaScan scan) {
 }
 
 void adjust(Call c, int percent) {
-    std::vector<std::int16_t> adjust;
+    std::vector<std::int16_t> adjust(256);
     for (int alpha = 0; alpha < 256; ++alpha)
-        adjust.push_back(static_cast<std::int16_t>(alpha * percent / 100));
+        adjust[static_cast<std::size_t>(alpha)] = static_cast<std::int16_t>(alpha * percent / 100);
     c.t.adjustLightness(c.dst, c.src, c.n, adjust.data(), percent > 0);
 }
 
