@@ -179,7 +179,7 @@ def gif():
     yield "odd-colours-beyond-table-transparent", gif_file(gif_control(1), gif_image(37, 21, 8, 256),
                                                            table=gif_table(16), screen=(37, 21))
     yield "odd-colours-beyond-local-table", gif_file(gif_image(37, 21, 8, 256, local=gif_table(16)), table=b"")
-    yield "odd-indexes-above-255", gif_file(gif_image(codes=lzw([0, 1, 258, 256] * 16, 9), code_size=9))
+    yield "odd-indexes-above-255", gif_file(gif_image(codes=lzw([3, 257, 256, 258] * 16, 9), code_size=9))
     yield "odd-application-of-0", gif_file(b"!\xFF\0" + b"\3,;!\0", image)
     # The colours of indexes beyond the table are the bytes that follow in the file, as far as it goes.
     beyond = gif_image(codes=lzw([0, 1, 2, 40] * 16, 6), code_size=6)
