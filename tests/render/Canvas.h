@@ -1,6 +1,7 @@
 // A device context to draw on, whose pixels can be seen.
 #pragma once
 #include "platform/gdi.h"
+#include "surface/cPixSheet.h"
 #include <cstddef>
 #include <cstdint>
 
@@ -37,5 +38,13 @@ class Canvas {
   private:
     platform::Handle m_bitmap = 0;
 };
+
+// Whether an image is in a device context: then no other takes it.
+inline bool isSelected(const cPixSheet& sheet) {
+    const platform::UniqueHandle<&platform::DeleteDC> probe(platform::CreateCompatibleDC(0));
+    const platform::Handle before = platform::SelectObject(probe.get(), sheet.Handle());
+    if (before != 0) platform::SelectObject(probe.get(), before);
+    return before == 0;
+}
 
 } // namespace pixkit::test

@@ -1,300 +1,232 @@
-// Drawing through the public member, onto images and device contexts.
+// Drawing through the public member: against the rules, against what is written down in tests/data/drawn.txt, and when
+// the system fails.
 #include "platform/faults.h"
-#include "platform/gdi.h"
 #include "platform/handle.h"
 #include "render/Canvas.h"
+#include "render/DrawByTheBook.h"
+#include "support/Ledger.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
 
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <cstring>
-#include <limits>
-#include <string>
-
-using namespace pixkit;
-using test::Canvas;
-
+namespace pixkit::test {
 namespace {
 
 constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t hostWidth = 5;
-constexpr std::int32_t hostHeight = 4;
 
-// Opaque pixels that hold letters: abc above def.
-void makeLetters(cPixSheet& sheet) {
-    sheet.InitializeDIB(3, 2);
-    sheet.Alpha(AlphaNone);
-    for (std::int32_t i = 0; i < 6; ++i)
-        sheet.SetPixel(i % 3, i / 3, 'a' + i);
+enum Onto { ontoHost, ontoItself, ontoContext32, ontoContext24, ontoOwnContext };
+
+bool render(cPixSheet& sheet, const Drawing& d, platform::Handle dc, cPixSheet* host, bool SetHalfTone = true) {
+    sheet.HighQualityInterpolation(d.HighQuality);
+    return sheet.Render(dc, d.destX, d.destY, d.destWidth, d.destHeight, d.SrcX, d.SrcY, d.srcWidth, d.srcHeight,
+                        d.Opacity, false, SetHalfTone, host, d.grayScale, d.LightAdjustment, d.Angle, d.CenterOnDestXY);
 }
 
-// The letters on a picture of hostWidth x hostHeight, rows from the top; a dot where nothing was drawn.
-std::string lettersOn(const std::uint8_t* bits, std::size_t stride, std::size_t step) {
-    std::string rows;
-    for (std::size_t y = 0; y < hostHeight; ++y) {
-        for (std::size_t x = 0; x < hostWidth; ++x) {
-            const std::uint8_t red = bits[(hostHeight - 1 - y) * stride + x * step + 2];
-            rows += red == 0 ? '.' : static_cast<char>(red);
-        }
-        if (y + 1 < hostHeight) rows += '/';
+// A picture and what it is drawn on: another picture, as such and through its device context, or 24 bits a pixel.
+class Stage {
+  public:
+    Stage(std::int32_t sourceWidth, std::int32_t sourceHeight, std::int32_t width, std::int32_t height, Random& random)
+        : m_canvas(width, height, 24) {
+        random.fill(source, sourceWidth, sourceHeight);
+        random.fill(host, width, height);
+        host.Alpha(AlphaComplex);
+        for (std::size_t i = 0; i < m_canvas.size; ++i)
+            m_canvas.bits[i] = static_cast<std::uint8_t>(random.below(256));
     }
-    return rows;
-}
 
-struct Call {
-    const char* what;
-    std::int32_t destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight;
-    float angle;
-    bool center;
-    bool expected;
-    const char* letters;
+    bool draw(const Drawing& drawing, Onto onto, bool SetHalfTone = true) {
+        const platform::Handle dc = onto == ontoContext32    ? host.LoadDIBinDC(true)
+                                    : onto == ontoContext24  ? m_canvas.dc
+                                    : onto == ontoOwnContext ? source.LoadDIBinDC(true)
+                                                             : 4711; // a host goes before
+        cPixSheet* const hosts[] = {&host, &source, nullptr, nullptr, nullptr};
+        const bool isDrawn = render(source, drawing, dc, hosts[onto], SetHalfTone);
+        platform::GdiFlush();
+        return isDrawn;
+    }
+    // The pixels of a destination; a device context keeps no alpha.
+    Picture pixels(Onto onto) const {
+        const cPixSheet& sheet = onto == ontoItself || onto == ontoOwnContext ? source : host;
+        Picture picture{sheet.Width(), sheet.Height(), pixelsOf(sheet)};
+        for (std::int64_t y = 0; y < picture.height && onto >= ontoContext32; ++y) {
+            const auto row = static_cast<std::size_t>(picture.height - 1 - y);
+            for (std::int64_t x = 0; x < picture.width; ++x) {
+                picture.at(x, y)[3] = 0;
+                if (onto == ontoContext24)
+                    std::copy_n(m_canvas.bits + row * m_canvas.stride + 3 * x, 3, picture.at(x, y).data());
+            }
+        }
+        return picture;
+    }
+
+    cPixSheet source, host;
+
+  private:
+    Canvas m_canvas;
 };
 
-constexpr const char* nothing = "...../...../...../.....";
-constexpr const char* plain = ".abc./.def./...../.....";
-const float nan = std::numeric_limits<float>::quiet_NaN();
-
-const Call calls[] = {
-    {"defaults", 1, 0, 0, 0, 0, 0, 0, 0, 0, false, true, plain},
-    {"whole turns", 1, 0, 0, 0, 0, 0, 0, 0, -720, false, true, plain},
-    {"half a turn", 1, 0, 0, 0, 0, 0, 0, 0, 180, false, true, ".fed./.cba./...../....."},
-    {"a quarter, clockwise", 1, 1, 3, 3, 0, 0, 0, 0, 90, false, true, "...../.dda./.eeb./.ffc."},
-    {"turned to be mirrored", 1, 0, 0, -2, 0, 0, 0, 0, -180, false, true, ".cba./.fed./...../....."},
-    {"a part", 0, 1, 2, 1, 1, 1, 2, 1, 0, false, true, "...../ef.../...../....."},
-    {"cut at left and top", -1, -1, 0, 0, 0, 0, 0, 0, 0, false, true, "ef.../...../...../....."},
-    {"cut at right and bottom", 3, 3, 0, 0, 0, 0, 0, 0, 0, false, true, "...../...../...../...ab"},
-    {"out of sight", 5, 0, 0, 0, 0, 0, 0, 0, 0, false, true, nothing},
-    {"out of sight, stretched", 0, -9, 9, 9, 0, 0, 0, 0, 0, false, true, nothing},
-    {"far out of sight", highest, lowest, 0, 0, 0, 0, 0, 0, 0, false, true, nothing},
-    {"negative source position", 1, 0, 0, 0, -7, -7, 0, 0, 0, false, true, plain},
-    {"mirrored by the source", 0, 0, 2, 2, 0, 0, -2, 2, 0, false, true, "ba.../ed.../...../....."},
-    {"mirrored by the destination", 1, 0, -3, 0, 0, 0, 0, 0, 0, false, true, ".cba./.fed./...../....."},
-    {"mirrored both ways, so not", 1, 0, -3, 2, 0, 0, -3, 2, 0, false, true, plain},
-    {"upside down", 1, 0, 0, -2, 0, 0, 0, 0, 0, false, true, ".def./.abc./...../....."},
-    {"mirrored part", 0, 0, -2, 1, 1, 1, 2, 1, 0, false, true, "fe.../...../...../....."},
-    {"mirrored by its height, its width standing", 1, 0, 0, 0, 0, 0, 0, -2, 0, false, true, ".def./.abc./...../....."},
-    {"source cut, destination not", 0, 0, 3, 2, 1, 0, 9, 2, 0, false, true, "bbc../eef../...../....."},
-    {"twice the size, cut", -1, 0, 6, 4, 0, 0, 0, 0, 0, false, true, "abbcc/abbcc/deeff/deeff"},
-    {"half the size", 1, 1, 1, 1, 0, 0, 0, 0, 0, false, true, "...../.d.../...../....."},
-    {"mirrored and stretched", 0, 0, -6, 1, 0, 0, 3, 1, 0, false, true, "ccbba/...../...../....."},
-    {"centred", 2, 2, 5, 2, 0, 0, 0, 0, 0, true, true, "...../aabbc/ddeef/....."},
-    {"immense", -1073741824, 0, highest, highest, 0, 0, 0, 0, 0, false, true, "bbbbb/bbbbb/bbbbb/bbbbb"},
-    {"immense and mirrored", 0, -9, -highest, 18, 0, 0, 0, 0, 0, false, true, "fffff/fffff/fffff/fffff"},
-    {"source behind the image", 0, 0, 0, 0, 3, 0, 0, 0, 0, false, false, nothing},
-    {"source far behind", 0, 0, 0, 0, 0, 100, 1, 1, 0, false, false, nothing},
-    {"overflow of the source", 0, 0, 0, 0, 1, 0, highest, 0, 0, false, false, nothing},
-    {"no opposite of the source", 0, 0, 0, 0, 0, 0, 0, lowest, 0, false, false, nothing},
-    {"no opposite of the destination", 0, 0, lowest, 0, 0, 0, 0, 0, 0, false, false, nothing},
-    {"overflow of the centre", lowest, 0, 9, 9, 0, 0, 0, 0, 0, true, false, nothing},
-    {"no angle", 0, 0, 0, 0, 0, 0, 0, 0, nan, false, false, nothing},
-    {"an angle beyond 32 bits", 0, 0, 0, 0, 0, 0, 0, 0, 1e20F, false, false, nothing},
-};
-
-bool make(cPixSheet& sheet, const Call& call, std::intptr_t dc, cPixSheet* host) {
-    return sheet.Render(dc, call.destX, call.destY, call.destWidth, call.destHeight, call.SrcX, call.SrcY,
-                        call.srcWidth, call.srcHeight, 100, false, true, host, gsclNone, 101, call.angle, call.center);
+// Arguments around pictures of up to `extent` pixels; wild ones reach for the ends of 32 bits.
+Drawing anyDrawing(Random& random, std::int32_t extent, bool isWild) {
+    const auto odd = [&] {
+        constexpr std::int32_t numbers[] = {lowest, lowest + 1, -(1 << 30), -1, 0, 1, 1 << 30, highest - 1, highest};
+        return numbers[random.below(9)];
+    };
+    const auto place = [&] { return isWild && random.below(6) == 0 ? odd() : random.between(-extent / 2, extent); };
+    const auto size = [&] {
+        const std::int32_t kind = random.below(8);
+        if (isWild && random.below(6) == 0) return odd();
+        return kind < 3 ? 0 : kind < 5 ? -random.between(1, extent) : random.between(1, 2 * extent);
+    };
+    Drawing d{.destX = place(), .destY = place()};
+    if (random.below(2) == 0) {
+        d.destWidth = size();
+        d.destHeight = size();
+    }
+    if (random.below(2) == 0) {
+        d.SrcX = place();
+        d.SrcY = place();
+        d.srcWidth = size();
+        d.srcHeight = size();
+    }
+    if (random.below(2) == 0) d.Opacity = random.between(-1, 320);
+    if (random.below(3) == 0) d.grayScale = random.between(-3, 9);
+    if (random.below(3) == 0) d.LightAdjustment = static_cast<float>(random.between(-420, 420)) / 4;
+    const std::int32_t turn = random.below(8);
+    if (turn == 0) d.Angle = static_cast<float>(90 * random.between(-9, 9));
+    if (turn == 1) d.Angle = static_cast<float>(random.between(-90000, 90000)) / 128;
+    if (isWild && turn == 2) d.Angle = random.below(2) == 0 ? std::numeric_limits<float>::quiet_NaN() : 1e20F;
+    d.CenterOnDestXY = random.below(4) == 0;
+    d.HighQuality = random.below(2) == 0;
+    return d;
 }
 
-TEST(Render, PutsThePictureElsewhereThanTheArgumentsSay) {
-    cPixSheet sheet;
-    makeLetters(sheet);
-    sheet.isAlphaBlendFriendly(false);
-    for (const Call& call : calls) {
-        SCOPED_TRACE(call.what);
-        cPixSheet host;
-        host.InitializeDIB(hostWidth, hostHeight);
-        EXPECT_EQ(make(sheet, call, 4711, &host), call.expected) << "a host goes before a device context";
-        EXPECT_EQ(lettersOn(host.BitsPointer(), 4 * hostWidth, 4), call.letters);
-        for (const std::uint16_t bitCount : {std::uint16_t{24}, std::uint16_t{32}}) {
-            const Canvas canvas(hostWidth, hostHeight, bitCount);
-            EXPECT_EQ(make(sheet, call, canvas.dc, nullptr), call.expected);
-            platform::GdiFlush();
-            EXPECT_EQ(lettersOn(canvas.bits, canvas.stride, bitCount / 8U), call.letters) << bitCount << " bits";
-        }
+std::string textOf(const Drawing& d, Onto onto) {
+    constexpr const char* names[] = {"host", "itself", "context of 32 bits", "context of 24 bits", "own context"};
+    std::ostringstream text;
+    text << names[onto] << " at " << d.destX << " " << d.destY << " " << d.destWidth << "x" << d.destHeight << " from "
+         << d.SrcX << " " << d.SrcY << " " << d.srcWidth << "x" << d.srcHeight;
+    text << ", opacity " << d.Opacity << ", gray " << d.grayScale << ", light " << d.LightAdjustment << ", angle "
+         << d.Angle;
+    text << (d.CenterOnDestXY ? ", centred" : "") << (d.HighQuality ? ", interpolated" : "");
+    return text.str();
+}
+
+// Pixels that differ by more than `tolerance` in some channel.
+std::size_t countDiffering(const Picture& drawn, const Picture& expected, int tolerance) {
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < drawn.pixels.size(); ++i) {
+        bool isSame = true;
+        for (std::size_t channel = 0; channel < 4; ++channel)
+            isSame = isSame && std::abs(drawn.pixels[i][channel] - expected.pixels[i][channel]) <= tolerance;
+        count += isSame ? 0 : 1;
+    }
+    return count;
+}
+
+void compare(Stage& stage, const Drawing& d, Onto onto, bool bySystem, Random& random) {
+    HostAccess::osCAP(stage.source, capAlphaBlendReliable | (random.below(2) == 0 ? std::uint32_t{capNtFamily} : 0U) |
+                                        (bySystem || onto == ontoItself ? std::uint32_t{capUseAlphaBlend} : 0U));
+    if (random.below(2) == 0) stage.host.LoadDIBinDC(true);
+    const std::intptr_t dc = random.below(2) == 0 || onto == ontoOwnContext ? stage.source.LoadDIBinDC(true) : 0;
+    if (random.below(4) == 0) stage.host.ManageOwnDC(true);
+    const bool hostWasSelected = isSelected(stage.host);
+
+    Picture expected = stage.pixels(onto);
+    const Picture source{stage.source.Width(), stage.source.Height(), pixelsOf(stage.source)};
+    const bool mayDraw = DrawByTheBook(source, d).onto(expected);
+    for (Pixel& pixel : expected.pixels)
+        if (onto >= ontoContext32) pixel[3] = 0;
+    const std::vector<Pixel> hostBefore = pixelsOf(stage.host);
+    ASSERT_EQ(stage.draw(d, onto, random.below(2) == 0), mayDraw);
+    // Where a position falls on a border, sines and steps of 2^-32 may decide otherwise: a step of weights or, without
+    // interpolation, another pixel. Quarters of turns without stretching are exact.
+    const bool hasSizes = d.destWidth != 0 || d.destHeight != 0 || d.srcWidth != 0 || d.srcHeight != 0;
+    const bool isExact = std::fmod(d.Angle, hasSizes || d.SrcX > 0 || d.SrcY > 0 ? 360.0F : 90.0F) == 0;
+    const int tolerance = bySystem ? 2 : isExact || !d.HighQuality ? 0 : 4;
+    const std::size_t others = d.HighQuality ? 3 : 9 + expected.pixels.size() / 8;
+    EXPECT_LE(countDiffering(stage.pixels(onto), expected, tolerance), isExact ? 0 : others);
+    EXPECT_TRUE(onto == ontoHost || onto == ontoContext32 || pixelsOf(stage.host) == hostBefore);
+    EXPECT_TRUE(onto == ontoItself || onto == ontoOwnContext || pixelsOf(stage.source) == source.pixels)
+        << "the source is only read";
+    if (onto != ontoItself) {
+        EXPECT_EQ(isSelected(stage.source), dc != 0);
+        EXPECT_TRUE(dc == 0 || stage.source.LoadDIBinDC(true) == dc) << "its own device context was lost";
+    }
+    // A host is out of its device context afterwards, whichever way it was drawn on.
+    const bool isTakenOut = onto == ontoHost && mayDraw && d.Opacity > 0;
+    EXPECT_TRUE(!isTakenOut || !isSelected(stage.host));
+    EXPECT_TRUE(onto == ontoHost || isSelected(stage.host) == (hostWasSelected || onto == ontoContext32));
+    EXPECT_EQ(stage.host.Alpha(), AlphaComplex) << "what a host says of itself is its owner's affair";
+}
+
+TEST(Render, DrawsOtherwiseThanTheRulesSay) {
+    Random random(2024);
+    for (int round = 0; round < 12000; ++round) {
+        const std::int32_t extent = random.below(8) == 0 ? 90 : 24;
+        Stage stage{random.between(1, extent), random.between(1, extent), random.between(1, extent),
+                    random.between(1, extent), random};
+        const bool isWild = random.below(4) == 0;
+        Drawing d = anyDrawing(random, extent, isWild);
+        const auto onto = static_cast<Onto>(random.below(5));
+        // The system's AlphaBlend draws what is plain; it rounds where the component truncates.
+        const bool bySystem = !isWild && onto != ontoItself && onto != ontoOwnContext && random.below(4) == 0;
+        if (bySystem) d = {.destX = d.destX, .destY = d.destY, .Opacity = d.Opacity, .HighQuality = d.HighQuality};
+        SCOPED_TRACE(textOf(d, onto) + ", round " + std::to_string(round));
+        compare(stage, d, onto, bySystem, random);
     }
 }
 
-TEST(Render, OpacityOrTonesAreTakenForOthers) {
-    // Alpha of an opaque black pixel drawn on an empty host: the global alpha.
-    const struct {
-        std::int32_t opacity, alpha;
-    } rows[] = {{lowest, 0}, {0, 0}, {1, 2}, {50, 127}, {99, 252}, {100, 255}, {101, 2}, {150, 127}, {200, 255}};
-    for (const auto& row : rows) {
-        cPixSheet dot;
-        cPixSheet host;
-        EXPECT_FALSE(dot.Render(0, 0, 0, 0, 0, 0, 0, 0, 0, row.opacity, true, true, &host)) << "no image";
-        dot.InitializeDIB(1, 1);
-        dot.SetPixel(0, 0, 0);
-        dot.isAlphaBlendFriendly(false);
-        host.InitializeDIB(1, 1);
-        EXPECT_TRUE(dot.Render(0, 0, 0, 0, 0, 0, 0, 0, 0, row.opacity, true, true, &host)) << row.opacity;
-        EXPECT_EQ(host.BitsPointer()[3], row.alpha) << row.opacity;
-        EXPECT_EQ(host.Alpha(), AlphaSimple) << "what a host says of itself is its owner's affair";
+TEST(DrawnLedger, ADrawingGivesSomethingElseThanIsWrittenDown) {
+    Random random(1);
+    std::ostringstream lines;
+    for (int i = 0; i < 600; ++i) {
+        Stage stage(161, 119, 203, 157, random);
+        stage.source.isAlphaBlendFriendly(false);
+        const Drawing d = anyDrawing(random, 170, i % 10 == 9);
+        const auto onto = static_cast<Onto>(random.below(5));
+        lines << textOf(d, onto) << ": " << (stage.draw(d, onto) ? "True " : "False ");
+        const Picture drawn = stage.pixels(onto);
+        lines << checksum({drawn.pixels.data()->data(), 4 * drawn.pixels.size()}) << '\n';
     }
-    const struct {
-        float light;
-        std::int32_t gray;
-        std::uint8_t red;
-    } tones[] = {{0, gsclNone, 200},   {100, gsclNone, 255},  {-100, gsclNone, 0}, {100.5F, gsclNone, 200},
-                 {nan, gsclNone, 200}, {0, gsclRedMask, 160}, {0, 99, 60},         {-50, gsclRedMask, 58}};
-    for (const auto& row : tones) {
-        cPixSheet dot;
-        cPixSheet host;
-        dot.InitializeDIB(1, 1);
-        dot.SetPixel(0, 0, 200);
-        host.InitializeDIB(1, 1);
-        EXPECT_TRUE(dot.Render(0, 0, 0, 0, 0, 0, 0, 0, 0, 100, true, true, &host, row.gray, row.light));
-        EXPECT_EQ(host.BitsPointer()[2], row.red) << row.light << ", " << row.gray;
-    }
+    compareWithLedger("drawn.txt", lines.str());
 }
 
 TEST(Render, NoDestinationIsTakenForOne) {
-    cPixSheet sheet;
-    cPixSheet empty;
-    makeLetters(sheet);
-    for (const bool friendly : {false, true}) {
-        sheet.isAlphaBlendFriendly(friendly);
-        EXPECT_FALSE(sheet.Render(0));
-        EXPECT_FALSE(sheet.Render(sheet.Handle())) << "a bitmap is no device context";
-        EXPECT_FALSE(sheet.Render(0, 0, 0, 0, 0, 0, 0, 0, 0, 100, true, true, &empty));
+    cPixSheet sheet, empty;
+    Random(3).fill(sheet, 3, 2);
+    for (const Drawing& drawing : {Drawing{}, Drawing{.Angle = 30}, Drawing{.destWidth = -3}}) {
+        EXPECT_FALSE(render(sheet, drawing, 0, nullptr));
+        EXPECT_FALSE(render(sheet, drawing, sheet.Handle(), nullptr)) << "a bitmap is no device context";
+        EXPECT_FALSE(render(sheet, drawing, 0, &empty));
+        EXPECT_FALSE(render(empty, drawing, 0, &sheet));
     }
-    EXPECT_FALSE(empty.Render(0, 0, 0, 0, 0, 0, 0, 0, 0, 100, true, true, &sheet));
-    EXPECT_EQ(sheet.CreateGDIplusToken(), 0);
-    EXPECT_FALSE(sheet.DestroyGDIplusToken(0));
+    EXPECT_FALSE(render(empty, {.Opacity = 0}, 0, &sheet));
 }
 
-// Scrolled over itself by less than its size, every way of reading it while it is written would show.
-TEST(Render, AnImageDrawnOverItselfReadsWhatItHasWritten) {
-    for (const auto& [x, y, expected] :
-         {std::tuple{1, 0, "aabdde"}, {0, 1, "abcabc"}, {1, 1, "abcdab"}, {-1, 0, "bcceff"}}) {
-        cPixSheet sheet;
-        makeLetters(sheet);
-        EXPECT_TRUE(sheet.Render(0, x, y, 0, 0, 0, 0, 0, 0, 100, true, true, &sheet));
-        for (std::int32_t i = 0; i < 6; ++i)
-            EXPECT_EQ(sheet.GetPixel(i % 3, i / 3), expected[i]) << x << ", " << y << " at " << i;
-        EXPECT_NE(sheet.LoadDIBinDC(true), 0) << "its device context was lost";
-    }
-}
-
-// Systems whose AlphaBlend is used: everything fails once, and then works.
+// Everything that the system gives for a drawing fails once, and then works.
 TEST(Render, AFailingSystemLeavesSomethingBehind) {
     using platform::SeamCall;
-    const std::size_t before = platform::openHandles();
-    {
-        cPixSheet sheet;
-        makeLetters(sheet);
-        const Canvas canvas(hostWidth, hostHeight, 24);
-        cPixSheet host;
-        host.InitializeDIB(hostWidth, hostHeight);
-        const std::uint32_t flags = capNtFamily | capAlphaBlendReliable;
-        const struct {
-            SeamCall call;
-            bool friendly, ontoHost;
-        } rows[] = {{SeamCall::getClipBox, false, false},
-                    {SeamCall::createDIBSection, false, false},
-                    {SeamCall::createCompatibleDC, false, false},
-                    {SeamCall::selectObject, false, false},
-                    {SeamCall::bitBlt, false, false},
-                    {SeamCall::setDIBitsToDevice, false, false},
-                    {SeamCall::createCompatibleDC, true, false},
-                    {SeamCall::selectObject, true, false},
-                    {SeamCall::alphaBlend, true, false},
-                    {SeamCall::alphaBlend, true, true},
-                    {SeamCall::selectObject, true, true}};
-        for (const auto& row : rows) {
-            SCOPED_TRACE(static_cast<int>(row.call));
-            HostAccess::osCAP(sheet, flags | (row.friendly ? std::uint32_t{capUseAlphaBlend} : 0U));
-            const auto draw = [&] {
-                return sheet.Render(canvas.dc, 1, 0, 0, 0, 0, 0, 0, 0, 100, true, true, row.ontoHost ? &host : nullptr);
-            };
-            std::memset(canvas.bits, 0, canvas.size);
-            host.EraseDIB();
-            for (const int after : {0, 1}) {
-                const platform::ScopedFault fault(row.call, after, 1);
-                const bool isDrawn = draw();
-                EXPECT_TRUE(!isDrawn || after == 1);
-            }
-            EXPECT_TRUE(draw());
-            platform::GdiFlush();
-            EXPECT_EQ(row.ontoHost ? lettersOn(host.BitsPointer(), 4 * hostWidth, 4)
-                                   : lettersOn(canvas.bits, canvas.stride, 3),
-                      plain);
-        }
-    }
-    EXPECT_EQ(platform::openHandles(), before);
-}
-
-// What the instance's own device context held, and whether there was one, is as before.
-TEST(Render, TheOwnDeviceContextIsLostOrLeftBehind) {
-    cPixSheet sheet;
-    makeLetters(sheet);
-    HostAccess::osCAP(sheet, capNtFamily | capAlphaBlendReliable | capUseAlphaBlend);
-    const Canvas canvas(hostWidth, hostHeight, 32);
-    EXPECT_TRUE(sheet.Render(canvas.dc, 1, 0));
-    const std::intptr_t dc = sheet.LoadDIBinDC(true);
-    ASSERT_NE(dc, 0);
-    EXPECT_TRUE(sheet.Render(canvas.dc, 1, 0));
-    EXPECT_EQ(sheet.LoadDIBinDC(true), dc);
-    EXPECT_TRUE(platform::BitBlt(canvas.dc, 0, 0, 3, 2, dc, 0, 0, platform::rasterCopy)) << "still selected";
-    platform::GdiFlush();
-    EXPECT_EQ(lettersOn(canvas.bits, canvas.stride, 4), "abcc./deff./...../.....");
-    sheet.LoadDIBinDC(false);
-
-    sheet.ManageOwnDC(true);
-    EXPECT_TRUE(sheet.Render(canvas.dc));
-    EXPECT_NE(sheet.LoadDIBinDC(true), 0);
-}
-
-// Every way of drawing takes the host out of its context, a scaled copy leaves it there, and none draws nothing.
-TEST(Render, TheWayOfDrawingShowsInTheHostsContextOrTheAnswer) {
-    cPixSheet sheet;
-    cPixSheet host;
-    makeLetters(sheet);
-    host.InitializeDIB(hostWidth, hostHeight);
-    const Canvas canvas(1, 1, 32);
-    const auto isSelected = [&] {
-        const platform::Handle before = platform::SelectObject(canvas.dc, host.Handle());
-        if (before != 0) platform::SelectObject(canvas.dc, before);
-        return before == 0;
-    };
+    Random random(4);
+    Stage stage(9, 7, 20, 16, random);
+    const auto handles = platform::openHandles();
     for (const bool friendly : {false, true}) {
-        for (const float angle : {0.0F, 45.0F}) {
-            for (const std::int32_t SrcX : {0, 3, 4}) { // 3: behind the last column
-                HostAccess::osCAP(sheet, capAlphaBlendReliable | (friendly ? std::uint32_t{capUseAlphaBlend} : 0U));
-                const std::intptr_t dc = host.LoadDIBinDC(true);
-                EXPECT_EQ(sheet.Render(0, 0, 0, 0, 0, SrcX, 0, 0, 0, 100, true, true, &host, gsclNone, 0, angle),
-                          SrcX == 0);
-                EXPECT_EQ(isSelected(), SrcX != 0) << friendly << ", " << angle;
-                EXPECT_TRUE(SrcX == 0 || host.LoadDIBinDC(true) == dc);
+        for (const Onto onto : {ontoContext24, ontoHost}) {
+            for (const SeamCall call :
+                 {SeamCall::getClipBox, SeamCall::createDIBSection, SeamCall::createCompatibleDC,
+                  SeamCall::selectObject, SeamCall::bitBlt, SeamCall::setDIBitsToDevice, SeamCall::alphaBlend}) {
+                HostAccess::osCAP(stage.source,
+                                  capNtFamily | capAlphaBlendReliable | (friendly ? capUseAlphaBlend : 0U));
+                for (int after = 0; after < 4; ++after) {
+                    const auto before = stage.pixels(onto).pixels;
+                    const platform::ScopedFault fault(call, after, 1);
+                    EXPECT_TRUE(stage.draw({}, onto) || stage.pixels(onto).pixels == before) << static_cast<int>(call);
+                    EXPECT_EQ(platform::openHandles(), handles) << static_cast<int>(call);
+                }
             }
+            EXPECT_TRUE(stage.draw({}, onto)) << "it works again";
         }
     }
-    const std::intptr_t dc = host.LoadDIBinDC(true);
-    sheet.CopyImageTo(host, hostWidth, hostHeight);
-    EXPECT_TRUE(isSelected());
-    EXPECT_EQ(host.LoadDIBinDC(true), dc);
-    EXPECT_FALSE(host.ManageOwnDC());
-}
-
-TEST(RenderDropShadow, IsNoShadowOrStandsElsewhere) {
-    cPixSheet sheet;
-    cPixSheet host;
-    cPixSheet expected;
-    makeLetters(sheet);
-    EXPECT_FALSE(cPixSheet().RenderDropShadow_JIT(0, 0, 0, 4, 0, 50, 0, &host));
-    EXPECT_FALSE(sheet.RenderDropShadow_JIT(0, 0, 0));
-    for (cPixSheet* image : {&host, &expected})
-        image->InitializeDIB(9, 9);
-    sheet.isAlphaBlendFriendly(false);
-    EXPECT_TRUE(sheet.RenderDropShadow_JIT(0, 1, 2, 2, 0x102030, 70, -20, &host));
-    EXPECT_TRUE(sheet.CreateDropShadow(2, 0x102030)
-                    ->Render(0, 1, 2, 0, 0, 0, 0, 0, 0, 70, true, true, &expected, gsclNone, -20));
-    EXPECT_EQ(std::memcmp(host.BitsPointer(), expected.BitsPointer(), 9 * 9 * 4), 0);
-    EXPECT_EQ(host.BitsPointer()[4 * (9 * (8 - 5) + 5) + 3], 42) << "6 of 25 pixels: 61 at 70 per cent";
 }
 
 } // namespace
+} // namespace pixkit::test

@@ -1,171 +1,143 @@
+// Tiles and shadows against their rules, and what is left when memory ends.
 #include "platform/faults.h"
-#include "render/DrawJob.h"
-#include "support/Pictures.h"
-#include "surface/HostAccess.h"
-#include <gtest/gtest.h>
-#include <limits>
-#include <random>
+#include "render/DrawByTheBook.h"
+#include "support/AllocationFault.h"
 
-namespace pixkit {
+namespace pixkit::test {
 namespace {
-
-using test::pixelsOf;
 
 constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
-
-void fillRandomly(cPixSheet& sheet, std::int32_t width, std::int32_t height, unsigned seed) {
-    std::mt19937 random(seed);
-    std::vector<test::Pixel> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
-    for (test::Pixel& pixel : pixels) {
-        const auto bits = static_cast<std::uint32_t>(random());
-        pixel[3] = static_cast<std::uint8_t>(bits % 3 == 0 ? 255 : bits % 3 == 1 ? 0 : bits >> 24);
-        for (std::size_t channel = 0; channel < 3; ++channel)
-            pixel[channel] = static_cast<std::uint8_t>(random() % (pixel[3] + 1U));
-    }
-    test::fill(sheet, width, height, pixels);
-}
 
 struct Request {
     std::int32_t x, y, width, height, opacity, offsetX, offsetY, gap;
 };
 
-// Every pixel of the destination finds its place in the endless plane by itself, and is drawn alone.
-void tileByTheBook(const cPixSheet& tile, cPixSheet& host, const Request& request) {
-    const auto wrapped = [](std::int64_t value, std::int64_t period) { return ((value % period) + period) % period; };
-    const std::int32_t percent = request.opacity % 100 == 0 ? 100 : request.opacity % 100;
-    for (std::int32_t y = 0; y < host.Height(); ++y) {
-        for (std::int32_t x = 0; x < host.Width(); ++x) {
-            if (x < request.x || x - std::int64_t{request.x} >= request.width || y < request.y ||
-                y - std::int64_t{request.y} >= request.height)
-                continue;
-            const std::int64_t u =
-                wrapped(std::int64_t{x} - request.x - request.offsetX, std::int64_t{tile.Width()} + request.gap);
-            const std::int64_t v =
-                wrapped(std::int64_t{y} - request.y - request.offsetY, std::int64_t{tile.Height()} + request.gap);
-            if (u >= tile.Width() || v >= tile.Height()) continue;
-            DrawJob job = {.image = HostAccess::pixels(tile),
-                           .source = Rect::ofSize(1, 1).moved(u, v),
-                           .destHostDIB = &host,
-                           .destination = Rect::ofSize(1, 1).moved(x, y),
-                           .globalAlpha = static_cast<std::uint8_t>(percent * 255 / 100)};
-            ASSERT_TRUE(spt_DrawInSoftware(job));
-        }
-    }
-}
-
 bool tile(const cPixSheet& sheet, std::intptr_t dc, cPixSheet* host, const Request& r) {
     return sheet.TileImage(dc, r.x, r.y, r.width, r.height, r.opacity, r.offsetX, r.offsetY, r.gap, host);
 }
 
+// Every pixel of the destination finds its place in the endless plane by itself.
+std::vector<Pixel> tiledByTheBook(const cPixSheet& tile, const cPixSheet& host, const Request& r) {
+    Picture source{tile.Width(), tile.Height(), pixelsOf(tile)};
+    Picture plane{host.Width(), host.Height(), std::vector<Pixel>(pixelsOf(host).size())};
+    const auto wrapped = [](std::int64_t value, std::int64_t period) { return ((value % period) + period) % period; };
+    for (std::int64_t y = std::max(r.y, 0); y < std::min<std::int64_t>(plane.height, std::int64_t{r.y} + r.height); ++y)
+        for (std::int64_t x = std::max(r.x, 0); x < std::min<std::int64_t>(plane.width, std::int64_t{r.x} + r.width);
+             ++x) {
+            const std::int64_t u = wrapped(x - r.x - r.offsetX, source.width + r.gap);
+            const std::int64_t v = wrapped(y - r.y - r.offsetY, source.height + r.gap);
+            if (u < source.width && v < source.height) plane.at(x, y) = source.at(u, v);
+        }
+    Picture result{host.Width(), host.Height(), pixelsOf(host)};
+    DrawByTheBook(plane, {.Opacity = r.opacity}).onto(result);
+    return result.pixels;
+}
+
 TEST(TileImage, PutsSomePixelElsewhereThanThePlaneOfTilesHasIt) {
-    const Request requests[] = {
-        {0, 0, 40, 30, 100, 0, 0, 0},
-        {3, 5, 30, 20, 150, 2, -4, 0},
-        {-7, -9, 30, 60, 200, -1000003, 999, 3},
-        {1, 1, 38, 1, 33, 0, 0, 50},
-        {-5, 2, 100, 100, 1, 5, 7, 1},
-        {lowest, lowest, highest, highest, 100, 0, 0, 0},
-        {0, 0, highest, highest, highest, lowest, lowest, highest},
-        {lowest, lowest, highest, highest, 100, highest, lowest, 2},
-        {-2, -3, highest, highest, 60, highest, 1, 2},
-        {39, 29, 1, 1, 100, 0, 0, 0},
+    Random random(1);
+    const auto number = [&](std::int32_t low, std::int32_t high) {
+        constexpr std::int32_t wild[] = {lowest, lowest + 1, -1000003, highest - 1, highest};
+        return random.below(6) == 0 ? std::max(wild[random.below(5)], low < 0 ? lowest : low)
+                                    : random.between(low, high);
     };
-    constexpr std::pair<std::int32_t, std::int32_t> sizes[] = {{1, 1}, {2, 7}, {16, 3}, {50, 41}};
+    for (int round = 0; round < 500; ++round) {
+        cPixSheet sheet, host;
+        random.fill(sheet, random.between(1, 50), random.between(1, 40));
+        random.fill(host, 40, 30);
+        const Request r{number(-30, 45),        number(-30, 35),   number(1, 60),     number(1, 60),
+                        random.between(1, 300), number(-100, 100), number(-100, 100), number(0, 9)};
+        cPixSheet& target = random.below(4) == 0 ? sheet : host;
+        const auto expected = tiledByTheBook(sheet, target, r);
+        ASSERT_TRUE(tile(sheet, 0, &target, r));
+        ASSERT_EQ(pixelsOf(target), expected) << r.x << " " << r.y << ", round " << round;
+    }
+}
+
+// Larger than what is laid out at once, with tiles lower and higher than that.
+TEST(TileImage, LosesThePlaceBetweenBands) {
+    Random random(2);
+    for (const std::int32_t height : {1, 3, 700}) {
+        cPixSheet sheet, host;
+        random.fill(sheet, 5, height);
+        random.fill(host, 1000, 900);
+        const Request request{0, 0, 1000, 900, 100, 2, 1, 2};
+        const auto expected = tiledByTheBook(sheet, host, request);
+        ASSERT_TRUE(tile(sheet, 0, &host, request));
+        EXPECT_TRUE(pixelsOf(host) == expected) << height;
+    }
+    cPixSheet sheet, copy; // over itself, also where a device context happens to hold it
+    random.fill(sheet, 520, 300);
+    sheet.CreateCheckerBoard(7, 0x102030);
+    sheet.CopyImageTo(copy);
+    const Request request{0, 0, 520, 300, 100, 7, 3, 0};
+    const auto expected = tiledByTheBook(sheet, sheet, request);
+    ASSERT_TRUE(tile(sheet, 0, &sheet, request));
+    EXPECT_TRUE(pixelsOf(sheet) == expected);
+    ASSERT_TRUE(tile(copy, copy.LoadDIBinDC(true), nullptr, request));
+    for (std::int32_t i = 0; i < 520 * 300; ++i)
+        ASSERT_EQ(copy.GetPixel(i % 520, i / 520, nullptr, true), sheet.GetPixel(i % 520, i / 520)) << i;
+}
+
+// The average over the box as one would write it down, pixel by pixel.
+TEST(CreateDropShadow, AveragesAnotherBoxAtSomeDepthOrSize) {
+    Random random(2);
+    constexpr std::pair<std::int32_t, std::int32_t> sizes[] = {{1, 1}, {1, 37}, {40, 1}, {5, 4}, {33, 29}, {131, 9}};
     for (const auto& [width, height] : sizes) {
         cPixSheet sheet;
-        fillRandomly(sheet, width, height, 1);
-        for (const Request& request : requests) {
-            cPixSheet host, expected;
-            fillRandomly(host, 40, 30, 2);
-            fillRandomly(expected, 40, 30, 2);
-            host.Alpha(AlphaNone);
-            tileByTheBook(sheet, expected, request);
-            EXPECT_TRUE(tile(sheet, 0, &host, request));
-            EXPECT_EQ(pixelsOf(host), pixelsOf(expected))
-                << width << " x " << height << " over " << request.x << ", " << request.y;
-            EXPECT_EQ(host.Alpha(), AlphaNone);
+        random.fill(sheet, width, height);
+        Picture source{width, height, pixelsOf(sheet)};
+        for (int depth = 0; depth <= 10; ++depth) {
+            const auto shadow = sheet.CreateDropShadow(depth, 0x7F30C8FF); // the highest byte means nothing
+            ASSERT_TRUE(shadow);
+            Picture expected{width + 2 * depth, height + 2 * depth, pixelsOf(*shadow)};
+            for (std::int64_t y = 0; y < expected.height; ++y) {
+                for (std::int64_t x = 0; x < expected.width; ++x) {
+                    int tally = 0;
+                    for (std::int64_t v = y - 2 * depth; v <= y; ++v)
+                        for (std::int64_t u = x - 2 * depth; u <= x; ++u)
+                            tally += source.stored(u, height - 1 - v)[3];
+                    const int alpha = tally / ((2 * depth + 1) * (2 * depth + 1));
+                    const auto premultiplied = [&](int c) { return static_cast<std::uint8_t>(c * alpha / 255); };
+                    expected.at(x, y) = {premultiplied(0x30), premultiplied(0xC8), premultiplied(0xFF),
+                                         static_cast<std::uint8_t>(alpha)};
+                }
+            }
+            EXPECT_EQ(pixelsOf(*shadow), expected.pixels) << width << " x " << height << " at depth " << depth;
         }
+        EXPECT_EQ(pixelsOf(sheet), source.pixels);
     }
 }
 
-// More than one band, with tiles lower and higher than a band.
-TEST(TileImage, LosesThePlaceBetweenBands) {
-    for (const std::int32_t height : {1, 3, 700}) {
-        cPixSheet sheet, host, expected;
-        fillRandomly(sheet, 5, height, 3);
-        host.InitializeDIB(1000, 900);
-        expected.InitializeDIB(1000, 900);
-        const Request request{0, 0, 1000, 900, 100, 2, 1, 2};
-        ASSERT_TRUE(tile(sheet, 0, &host, request));
-        tileByTheBook(sheet, expected, request);
-        EXPECT_TRUE(pixelsOf(host) == pixelsOf(expected)) << height;
+// Memory ends at every allocation once.
+TEST(WhatFails, HarmsThePicture) {
+    for (const auto& change :
+         {+[](cPixSheet& sheet) { return sheet.Resize(-3, 3); }, +[](cPixSheet& sheet) { return sheet.TrimImage(); },
+          +[](cPixSheet& sheet) { return sheet.CreateDropShadow(3) != nullptr; },
+          +[](cPixSheet& sheet) { return sheet.MirrorImage(true, true); },
+          +[](cPixSheet& sheet) { return sheet.TileImage(0, 0, 0, 9, 9, 100, 1, 1, 0, &sheet); },
+          +[](cPixSheet& sheet) { return sheet.Render(0, 0, 0, -7, 9, 0, 0, 0, 0, 100, true, true, &sheet); },
+          +[](cPixSheet& sheet) {
+              return sheet.Render(0, 0, 0, 7, 9, 0, 0, 0, 0, 100, true, true, &sheet, gsclNone, 0, 30);
+          }}) {
+        cPixSheet sheet;
+        Random(1).fill(sheet, 4, 4);
+        for (const std::int32_t row : {0, 1, 2, 3})
+            sheet.SetPixel(0, row, 0, 0);
+        sheet.HighQualityInterpolation(true);
+        const auto pixels = pixelsOf(sheet);
+        long after = 0;
+        for (bool isChanged = false; !isChanged; ++after) {
+            EXPECT_EQ(pixelsOf(sheet), pixels);
+            const AllocationFault fault(after, -1);
+            isChanged = change(sheet);
+        }
+        EXPECT_GT(after, 1) << "no allocation failed";
+        const platform::ScopedFault fault(platform::SeamCall::createDIBSection);
+        EXPECT_FALSE(sheet.Resize(17, 3) || sheet.CreateDropShadow(3));
+        EXPECT_NE(sheet.Width(), 17);
     }
-}
-
-TEST(TileImage, DrawsOntoADeviceContextAsOntoAHost) {
-    cPixSheet sheet, host, behind;
-    fillRandomly(sheet, 6, 4, 4);
-    for (cPixSheet* const destination : {&host, &behind}) {
-        fillRandomly(*destination, 25, 17, 5);
-        destination->CreateCheckerBoard(3);
-    }
-    const Request request{-3, 2, 100, 12, 70, 1, 1, 1};
-    ASSERT_TRUE(tile(sheet, behind.LoadDIBinDC(true), nullptr, request));
-    behind.LoadDIBinDC(false);
-    ASSERT_TRUE(tile(sheet, 0, &host, request));
-    for (std::int32_t y = 0; y < 17; ++y)
-        for (std::int32_t x = 0; x < 25; ++x)
-            EXPECT_EQ(behind.GetPixel(x, y, nullptr, true), host.GetPixel(x, y, nullptr, true)) << x << ", " << y;
-}
-
-TEST(TileImage, ReadsWhatItHasDrawnOverItself) {
-    cPixSheet sheet, copy, expected;
-    fillRandomly(sheet, 30, 20, 6);
-    fillRandomly(copy, 30, 20, 6);
-    fillRandomly(expected, 30, 20, 6);
-    const Request request{0, 0, 30, 20, 100, 7, 3, 0};
-    tileByTheBook(copy, expected, request);
-    EXPECT_TRUE(tile(sheet, 0, &sheet, request));
-    EXPECT_EQ(pixelsOf(sheet), pixelsOf(expected));
-
-    // More than one band, and through a device context that happens to hold the image.
-    constexpr std::int32_t width = 520;
-    constexpr std::int32_t height = 300;
-    fillRandomly(sheet, width, height, 8);
-    fillRandomly(copy, width, height, 8);
-    const Request large{0, 0, width, height, 100, 7, 3, 0};
-    EXPECT_TRUE(tile(sheet, sheet.LoadDIBinDC(true), nullptr, large));
-    EXPECT_TRUE(tile(copy, 0, &copy, large));
-    std::int32_t differing = 0;
-    for (std::int32_t i = 0; i < width * height; ++i)
-        differing +=
-            sheet.GetPixel(i % width, i / width, nullptr, true) != copy.GetPixel(i % width, i / width, nullptr, true);
-    EXPECT_EQ(differing, 0);
-}
-
-TEST(TileImage, AnswersTrueOrFalseWhereTheOtherIsMeant) {
-    cPixSheet sheet, host, empty;
-    const Request whole{0, 0, 9, 9, 100, 0, 0, 0};
-    host.InitializeDIB(9, 9);
-    EXPECT_FALSE(tile(sheet, 0, &host, whole));
-    EXPECT_FALSE(tile(sheet, 0, &host, {0, 0, 9, 9, 0, 0, 0, 0})) << "invisible, but there is no image";
-    fillRandomly(sheet, 2, 2, 7);
-    EXPECT_FALSE(tile(sheet, 0, nullptr, whole));
-    EXPECT_FALSE(tile(sheet, 4711, nullptr, whole));
-    EXPECT_FALSE(tile(sheet, 0, &empty, whole));
-    EXPECT_FALSE(tile(sheet, 0, &host, {0, 0, 0, 9, 100, 0, 0, 0}));
-    EXPECT_FALSE(tile(sheet, 0, &host, {0, 0, 9, lowest, 100, 0, 0, 0}));
-    EXPECT_FALSE(tile(sheet, 0, &host, {0, 0, 9, 9, 100, 0, 0, -1}));
-    EXPECT_TRUE(tile(sheet, 0, nullptr, {0, 0, 9, 9, 0, 0, 0, 0})) << "invisible";
-    EXPECT_TRUE(tile(sheet, 0, &host, {9, 0, 9, 9, 100, 0, 0, 0})) << "beside the host";
-    EXPECT_TRUE(tile(sheet, 0, &host, {lowest, 0, 9, 9, 100, 0, 0, 0}));
-    for (const test::Pixel& pixel : pixelsOf(host))
-        EXPECT_EQ(pixel, (test::Pixel{}));
-    const std::intptr_t dc = host.LoadDIBinDC(true);
-    const platform::ScopedFault fault(platform::SeamCall::createDIBSection);
-    EXPECT_FALSE(tile(sheet, dc, nullptr, whole)) << "no memory for the copy of the device context";
 }
 
 } // namespace
-} // namespace pixkit
+} // namespace pixkit::test

@@ -61,6 +61,34 @@ inline std::vector<Pixel> pixelsOf(const cPixSheet& sheet) {
     return pixels;
 }
 
+// The same numbers and pictures on every system.
+class Random {
+  public:
+    explicit Random(unsigned seed) : m_engine(seed) {}
+
+    std::int32_t below(std::int32_t limit) {
+        return static_cast<std::int32_t>(m_engine() % static_cast<std::uint32_t>(limit));
+    }
+    std::int32_t between(std::int32_t low, std::int32_t high) { return low + below(high - low + 1); }
+    // Premultiplied pixels: all opaque, or some opaque, some translucent and some empty.
+    void fill(cPixSheet& sheet, std::int32_t width, std::int32_t height) {
+        const bool isOpaque = below(4) == 0;
+        std::vector<Pixel> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+        for (Pixel& pixel : pixels) {
+            const std::int32_t kind = isOpaque ? 0 : below(3);
+            const std::int32_t alpha = kind == 0 ? 255 : kind == 1 ? below(256) : 0;
+            for (std::size_t channel = 0; channel < 3; ++channel)
+                pixel[channel] = static_cast<std::uint8_t>(below(alpha + 1));
+            pixel[3] = static_cast<std::uint8_t>(alpha);
+        }
+        test::fill(sheet, width, height, pixels);
+        sheet.Alpha(isOpaque ? AlphaNone : AlphaComplex);
+    }
+
+  private:
+    std::mt19937 m_engine;
+};
+
 inline std::vector<std::uint8_t> bytesOf(const ByteArray& array) {
     return {array.data(), array.data() + array.size()};
 }
