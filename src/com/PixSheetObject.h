@@ -370,12 +370,12 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     // The forms of a member, which the guard knows by its name. A null pointer for what it gives is refused before
     // anything happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT.
     template <class Body>
-    static HRESULT run(Body&& body, const char* member = __builtin_FUNCTION()) noexcept {
+    static HRESULT run(Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
         guarded(member, false, [&] { return body(), true; });
         return S_OK;
     }
     template <class Result, class Body>
-    static HRESULT give(Result* result, Body&& body, const char* member = __builtin_FUNCTION()) noexcept {
+    static HRESULT give(Result* result, Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
         if (result == nullptr) return E_POINTER;
         *result = Result();
         return run([&] { convert(body(), result); }, member);
@@ -383,7 +383,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     // `body` gets the object to draw on, or null where the caller names none.
     template <class Body>
     static HRESULT drawOnto(_cPixSheet** host, VARIANT_BOOL* result, Body&& body,
-                            const char* member = __builtin_FUNCTION()) noexcept {
+                            const Procedure& member = __builtin_FUNCTION()) noexcept {
         PixSheetObject* const target = host != nullptr && *host != nullptr ? ours(*host) : nullptr;
         if (host != nullptr && *host != nullptr && target == nullptr) return DISP_E_TYPEMISMATCH;
         return give(
@@ -391,7 +391,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     template <class Body>
     static HRESULT read(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body,
-                        const char* member = __builtin_FUNCTION()) noexcept {
+                        const Procedure& member = __builtin_FUNCTION()) noexcept {
         if (stream == nullptr) return E_POINTER;
         return give(
             result,
@@ -403,7 +403,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     template <class Result, class Body>
     HRESULT fill(SAFEARRAY** stream, Access access, Result* result, Body&& body,
-                 const char* member = __builtin_FUNCTION()) noexcept {
+                 const Procedure& member = __builtin_FUNCTION()) noexcept {
         if (stream == nullptr) return E_POINTER;
         return give(
             result,

@@ -5,9 +5,14 @@
 
 namespace pixkit::test {
 
-const std::wstring classId = L"{622F7DA2-E8DC-46D6-B58A-48818F3B167D}";
-const std::wstring interfaceId = L"{15E0EDCB-9001-4B6A-B8A2-8DE1B7215756}";
-const std::wstring libraryId = L"{2AA2C702-A85E-424C-8096-88E04C462079}";
+std::wstring textOf(REFGUID id) {
+    wchar_t text[40];
+    ::StringFromGUID2(id, text, 40);
+    return text;
+}
+
+const std::wstring classId = textOf(CLSID_cPixSheet), interfaceId = textOf(IID__cPixSheet),
+                   libraryId = textOf(LIBID_pixkit);
 
 // Everything below a key: path -> value.
 void collect(HKEY root, const std::wstring& path, std::map<std::wstring, std::wstring>& found) {
