@@ -1,6 +1,6 @@
 #include "saving/NeighbourFile.h"
-#include "platform/files.h"
 #include "shared/modParsers.h"
+#include <algorithm>
 
 namespace pixkit {
 
@@ -12,8 +12,8 @@ NeighbourFile::NeighbourFile(const std::string& target, bool useUnicode) : m_tar
     constexpr int mostTries = 10000;
     for (int number = 0; number < mostTries; ++number) {
         std::string name = target.substr(0, folder) + "~pixkit" + std::to_string(number) + extension;
-        const platform::UniqueFile file(iparseCreateNewFile(name, useUnicode));
-        if (file) {
+        m_file.reset(iparseCreateNewFile(name, useUnicode));
+        if (m_file) {
             m_name = std::move(name);
             return;
         }
@@ -22,7 +22,15 @@ NeighbourFile::NeighbourFile(const std::string& target, bool useUnicode) : m_tar
 }
 
 NeighbourFile::~NeighbourFile() {
+    m_file.reset();
     if (exists()) iparseDeleteFile(m_name, m_useUnicode);
+}
+
+bool NeighbourFile::write(std::span<const std::span<const std::uint8_t>> pieces) noexcept {
+    const auto arrives = [&](std::span<const std::uint8_t> piece) { return iparseWriteWhole(m_file.get(), piece); };
+    const bool isWhole = std::ranges::all_of(pieces, arrives);
+    m_file.reset();
+    return isWhole;
 }
 
 bool NeighbourFile::takeItsPlace() noexcept {

@@ -1,85 +1,98 @@
-// Every save to a file first settles whether the target may be written, then runs the writer that serves streams too,
-// on a file beside the target, which takes the target's place when it is complete: a full disk costs nobody both.
-#include "codecs/bmp/cBMPparser.h"
-#include "codecs/gif/cGIFparser.h"
+// The members that save: each names a format by its options, and goes one of two ways.
+#include "codecs/Formats.h"
 #include "codecs/ico/cICOparser.h"
-#include "codecs/jpg/cJPGWriter.h"
-#include "codecs/png/cPNGwriter.h"
-#include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
-#include "platform/interaction.h"
-#include "saving/NeighbourFile.h"
-#include "shared/modParsers.h"
+#include "saving/Delivery.h"
 #include "surface/Capabilities.h"
-#include "surface/cPixSheet.h"
+#include "surface/HostAccess.h"
+#include <algorithm>
+#include <string_view>
 
 namespace pixkit {
 
-bool cPixSheet::spt_SaveToFile(const std::string& FileName, bool PromptOverWrite,
-                               const std::function<bool(const std::string&)>& writer) const {
-    return m_Handle != 0 && pvReplaceFile(FileName, PromptOverWrite, writer);
+namespace {
+
+bool isNtFamily(const cPixSheet& sheet) noexcept {
+    return (HostAccess::osCAP(sheet) & capNtFamily) != 0;
 }
 
-bool cPixSheet::pvReplaceFile(const std::string& FileName, bool PromptOverWrite,
-                              const std::function<bool(const std::string&)>& writer) const {
-    if (FileName.empty()) return false;
-    // Whether the file exists is asked through the desktop's own choice of functions, everything else goes through the
-    // system's.
-    if (PromptOverWrite && iparseFileExists(FileName, false) &&
-        platform::MessageBoxW("Overwrite existing file?", "Overwrite Confirmation",
-                              platform::messageBoxYesNoQuestionDefaultNo) != platform::answerYes) {
-        return false;
-    }
-    const bool useUnicode = (m_osCAP & capNtFamily) != 0;
-    if (iparseIsDirectory(FileName, useUnicode)) return false;
-    NeighbourFile neighbour(FileName, useUnicode);
-    return neighbour.exists() && writer(neighbour.name()) && neighbour.takeItsPlace();
+bool toFile(const char* member, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
+            const WriteOptions& options) noexcept {
+    return guarded(member, false, [&] {
+        const SourcePicture picture(sheet);
+        // Nobody is asked about a file that will not be written.
+        return picture.pixels && deliverToFile({FileName, PromptOverWrite, isNtFamily(sheet)}, [&] {
+                   return write({&picture, 1}, options);
+               });
+    });
 }
+
+bool toStream(const char* member, const cPixSheet& sheet, ByteArray& outStream, const WriteOptions& options) noexcept {
+    return guarded(member, false, [&] {
+        const SourcePicture picture(sheet);
+        return deliverToStream(outStream, write({&picture, 1}, options));
+    });
+}
+
+// Icon files are made of several pictures; without any, of the one that is asked. `deliver` is given them. Returns the
+// number of images.
+template <class Deliver>
+std::int32_t saveIcon(const char* member, const cPixSheet* self, std::span<const cPixSheet* const> Source,
+                      std::span<const IconEntrySize> Sizes, Deliver&& deliver) noexcept {
+    return guarded(member, 0, [&] {
+        std::vector<SourcePicture> pictures;
+        for (const cPixSheet* sheet : Source.empty() ? std::span(&self, 1) : Source)
+            pictures.push_back(sheet != nullptr ? SourcePicture(*sheet) : SourcePicture());
+        const auto images = static_cast<std::int32_t>(cICOparser::EntrySizes(pictures, Sizes).size());
+        return images != 0 && deliver(std::span<const SourcePicture>(pictures)) ? images : 0;
+    });
+}
+
+// `extension` in lower case, the name in any.
+bool endsWith(std::string_view name, std::string_view extension) {
+    if (name.size() < extension.size()) return false;
+    return std::ranges::equal(name.substr(name.size() - extension.size()), extension, [](char found, char wanted) {
+        return found == wanted || (found >= 'A' && found <= 'Z' && found - 'A' + 'a' == wanted);
+    });
+}
+
+IconFile iconFileOf(std::string_view name) {
+    return endsWith(name, ".cur")   ? IconFile::cursor
+           : endsWith(name, ".ico") ? IconFile::icon
+                                    : IconFile::asFirstSource;
+}
+
+} // namespace
 
 bool cPixSheet::SaveToFile_Bitmap(const std::string& FileName, bool KeepPreMultipliedPixels,
                                   std::int32_t TransparentFillColor, bool PromptOverWrite) const noexcept {
-    return guarded("SaveToFile_Bitmap", false, [&] {
-        ByteArray noStream;
-        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
-            return cBMPparser::SaveAsBMP(*this, name, noStream, KeepPreMultipliedPixels, TransparentFillColor);
-        });
-    });
+    return toFile("SaveToFile_Bitmap", *this, FileName, PromptOverWrite,
+                  BmpOptions{KeepPreMultipliedPixels, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToStream_Bitmap(ByteArray& outStream, bool KeepPreMultipliedPixels,
                                     std::int32_t TransparentFillColor) const noexcept {
-    return guarded("SaveToStream_Bitmap", false, [&] {
-        return cBMPparser::SaveAsBMP(*this, "", outStream, KeepPreMultipliedPixels, TransparentFillColor);
-    });
+    return toStream("SaveToStream_Bitmap", *this, outStream, BmpOptions{KeepPreMultipliedPixels, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToFile_TGA(const std::string& FileName, bool Compress, bool ReduceBitDepth,
                                bool AllowPreMultipliedPixels, bool PromptOverWrite) const noexcept {
-    return guarded("SaveToFile_TGA", false, [&] {
-        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
-            return cTGAparser::SaveAsTGA(name, AllowPreMultipliedPixels, Compress, ReduceBitDepth, *this);
-        });
-    });
+    return toFile("SaveToFile_TGA", *this, FileName, PromptOverWrite,
+                  TgaOptions{AllowPreMultipliedPixels, Compress, ReduceBitDepth});
 }
 
 bool cPixSheet::SaveToStream_TGA(ByteArray& outStream, bool Compress, bool ReduceBitDepth,
                                  bool AllowPreMultipliedPixels) const noexcept {
-    return guarded("SaveToStream_TGA", false, [&] {
-        return cTGAparser::SaveToStream(outStream, AllowPreMultipliedPixels, Compress, ReduceBitDepth, *this);
-    });
+    return toStream("SaveToStream_TGA", *this, outStream,
+                    TgaOptions{AllowPreMultipliedPixels, Compress, ReduceBitDepth});
 }
 
 bool cPixSheet::SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite) const noexcept {
-    return guarded("SaveToFile_PNG", false, [&] {
-        ByteArray noStream;
-        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
-            return cPNGwriter::SavePNGex(*this, name, noStream, m_PNGprops);
-        });
-    });
+    return toFile("SaveToFile_PNG", *this, FileName, PromptOverWrite, &m_PNGprops);
 }
 
 bool cPixSheet::SaveToStream_PNG(ByteArray& outStream) const noexcept {
-    return guarded("SaveToStream_PNG", false, [&] { return cPNGwriter::SavePNGex(*this, "", outStream, m_PNGprops); });
+    return toStream("SaveToStream_PNG", *this, outStream, &m_PNGprops);
 }
 
 bool cPixSheet::PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword) noexcept {
@@ -92,60 +105,40 @@ PngValue cPixSheet::PngPropertyGet(ePngProperties Property, const std::string& K
 
 bool cPixSheet::SaveToFile_JPG(const std::string& FileName, std::int32_t Quality, std::int32_t TransparentFillColor,
                                bool PromptOverWrite) const noexcept {
-    return guarded("SaveToFile_JPG", false, [&] {
-        ByteArray noStream;
-        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
-            return cJPGWriter::SaveAsJPG(*this, name, noStream, Quality, TransparentFillColor);
-        });
-    });
+    return toFile("SaveToFile_JPG", *this, FileName, PromptOverWrite, JpgOptions{Quality, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToStream_JPG(ByteArray& outStream, std::int32_t Quality) const noexcept {
     constexpr std::int32_t black = 0;
-    return guarded("SaveToStream_JPG", false,
-                   [&] { return cJPGWriter::SaveAsJPG(*this, "", outStream, Quality, black); });
+    return toStream("SaveToStream_JPG", *this, outStream, JpgOptions{Quality, black});
 }
 
 bool cPixSheet::SaveToFile_GIF(const std::string& FileName, bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance,
                                bool PromptOverWrite) const noexcept {
-    return guarded("SaveToFile_GIF", false, [&] {
-        ByteArray noStream;
-        return spt_SaveToFile(FileName, PromptOverWrite, [&](const std::string& name) {
-            return cGIFparser::SaveAsGIF(*this, name, noStream, UseAdaptivePalette, OpaquenessTolerance);
-        });
-    });
+    return toFile("SaveToFile_GIF", *this, FileName, PromptOverWrite,
+                  GifOptions{UseAdaptivePalette, OpaquenessTolerance});
 }
 
 // PromptOverWrite is part of the interface only: an array is no file that could be lost.
 bool cPixSheet::SaveToStream_GIF(ByteArray& outStream, bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance,
                                  bool /*PromptOverWrite*/) const noexcept {
-    return guarded("SaveToStream_GIF", false, [&] {
-        return cGIFparser::SaveAsGIF(*this, "", outStream, UseAdaptivePalette, OpaquenessTolerance);
-    });
+    return toStream("SaveToStream_GIF", *this, outStream, GifOptions{UseAdaptivePalette, OpaquenessTolerance});
 }
 
 std::int32_t cPixSheet::SaveToFile_ICO(const std::string& FileName, std::span<const cPixSheet* const> Source,
                                        bool PromptOverWrite, std::span<const IconEntrySize> Sizes) const noexcept {
-    const cPixSheet* const self = this;
-    const auto sources = Source.empty() ? std::span(&self, 1) : Source;
-    return guarded("SaveToFile_ICO", 0, [&] {
-        // Nobody is asked about a file that will not be written.
-        if (cICOparser::EntrySizes(sources, Sizes).empty()) return 0;
-        std::int32_t count = 0;
-        ByteArray noStream;
-        const bool isSaved = pvReplaceFile(FileName, PromptOverWrite, [&](const std::string& name) {
-            count = cICOparser::SaveAsIcon(sources, Sizes, name, noStream, (m_osCAP & capNtFamily) != 0);
-            return count != 0;
+    return saveIcon("SaveToFile_ICO", this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
+        return deliverToFile({FileName, PromptOverWrite, isNtFamily(*this)}, [&] {
+            return write(pictures, IcoOptions{Sizes, iconFileOf(FileName)});
         });
-        return isSaved ? count : 0;
     });
 }
 
 std::int32_t cPixSheet::SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source,
                                          std::span<const IconEntrySize> Sizes) const noexcept {
-    const cPixSheet* const self = this;
-    const auto sources = Source.empty() ? std::span(&self, 1) : Source;
-    return guarded("SaveToStream_ICO", 0, [&] { return cICOparser::SaveAsIcon(sources, Sizes, "", outStream, false); });
+    return saveIcon("SaveToStream_ICO", this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
+        return deliverToStream(outStream, write(pictures, IcoOptions{Sizes}));
+    });
 }
 
 } // namespace pixkit

@@ -223,16 +223,6 @@ bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t>
     return platform::WriteFile(FileHandle, bytes.data(), count, done) && done == count;
 }
 
-bool iparseDeliver(std::vector<std::uint8_t>&& file, const std::string& FileName, bool useUnicode,
-                   ByteArray& outStream) {
-    if (FileName.empty()) {
-        outStream = ByteArray(std::move(file));
-        return true;
-    }
-    const platform::UniqueFile target(iparseGetFileHandle(FileName, false, useUnicode));
-    return target && iparseWriteWhole(target.get(), file);
-}
-
 bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept {
     return attributesOf(FileName, useWideFunctions(useUnicode)) != platform::invalidFileAttributes;
 }

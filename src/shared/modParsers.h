@@ -126,10 +126,6 @@ platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bo
 platform::Handle iparseCreateNewFile(const std::string& FileName, bool useUnicode) noexcept;
 // Writes all the bytes, in one piece; false when fewer arrived.
 bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t> bytes) noexcept;
-// Gives a file that was made in memory to where it was asked for: into `outStream`, one dimension from 0, when the name
-// is empty, else onto the disk; false when it could not be created or written whole.
-bool iparseDeliver(std::vector<std::uint8_t>&& file, const std::string& FileName, bool useUnicode,
-                   ByteArray& outStream);
 // Whether the name has attributes: a directory counts as existing.
 bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept;
 bool iparseIsDirectory(const std::string& FileName, bool useUnicode) noexcept;

@@ -5,7 +5,6 @@
 #include "surface/PngProperties.h"
 #include <any>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -379,10 +378,6 @@ class cPixSheet {
     bool pvCanUseAlphaBlend(const DrawJob& job) const noexcept;
     bool pvAlphaBlend(const DrawJob& job);
     bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
-    bool spt_SaveToFile(const std::string& FileName, bool PromptOverWrite,
-                        const std::function<bool(const std::string&)>& writer) const;
-    bool pvReplaceFile(const std::string& FileName, bool PromptOverWrite,
-                       const std::function<bool(const std::string&)>& writer) const;
 
     std::any m_Tag;
     bool m_StretchQuality = false;

@@ -133,8 +133,8 @@ TEST(SaveFile, AFailureOfAnyWriterCostsTheOldFileOrGoesUnreported) {
     fill(sheet, 1, 1, {{1, 2, 3, 128}});
     const auto filesThere = [&] { return std::distance(std::filesystem::directory_iterator(folder.path(u8"")), {}); };
     const std::pair<SeamCall, int> failures[] = {
-        {SeamCall::createFile, 0}, {SeamCall::createFile, 1},        {SeamCall::writeFile, 0},
-        {SeamCall::writeFile, 1},  {SeamCall::setFileAttributes, 0}, {SeamCall::moveFile, 0},
+        {SeamCall::createFile, 0},        {SeamCall::writeFile, 0}, {SeamCall::writeFile, 1},
+        {SeamCall::setFileAttributes, 0}, {SeamCall::moveFile, 0},
     };
     const std::pair<const char8_t*, std::function<bool(const std::string&)>> writers[] = {
         {u8"a.bmp", [&](auto& name) { return sheet.SaveToFile_Bitmap(name, false, 0, false); }},

@@ -1,75 +1,69 @@
 #include "codecs/bmp/cBMPparser.h"
+#include "coding/ByteWriter.h"
+#include "coding/RowBytes.h"
+#include "kernels/kernels.h"
 #include "shared/modParsers.h"
-#include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
-#include <array>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace pixkit {
 
 namespace {
 
-constexpr std::uint32_t headerSize = 54;
-using BmpHeader = std::array<std::uint8_t, headerSize>;
+using Bytes = std::vector<std::uint8_t>;
 
-BmpHeader makeHeader(const cPixSheet& host, std::uint16_t bitCount, std::uint32_t imageSize) {
-    BmpHeader header{};
-    const auto put = [&](std::size_t offset, std::size_t bytes, std::uint32_t value) {
-        for (std::size_t i = 0; i < bytes; ++i)
-            header[offset + i] = static_cast<std::uint8_t>(value >> (8 * i));
-    };
-    header[0] = 'B';
-    header[1] = 'M';
-    put(2, 4, imageSize + headerSize);
-    put(10, 4, headerSize); // where the pixels begin
-    put(14, 4, 40);         // biSize
-    put(18, 4, static_cast<std::uint32_t>(host.Width()));
-    put(22, 4, static_cast<std::uint32_t>(host.Height())); // positive: bottom-up
-    put(26, 2, 1);                                         // biPlanes
-    put(28, 2, bitCount);
-    put(34, 4, imageSize); // biSizeImage
+Bytes makeHeader(ConstPixelView image, unsigned bitCount, std::size_t imageSize) {
+    constexpr std::size_t headerSize = 54;
+    Bytes header;
+    ByteWriter out(header);
+    out.text("BM");
+    out.littleEndian32(headerSize + imageSize);
+    out.zeros(4);
+    out.littleEndian32(headerSize); // where the pixels begin
+    out.littleEndian32(40);         // biSize
+    out.littleEndian32(image.width);
+    out.littleEndian32(image.height); // positive: bottom-up
+    out.littleEndian16(1);            // biPlanes
+    out.littleEndian16(bitCount);
+    out.littleEndian32(0); // biCompression
+    out.littleEndian32(imageSize);
+    out.zeros(headerSize - out.size());
     return header;
 }
 
-bool writeFile(const cPixSheet& host, const std::string& FileName, const BmpHeader& header,
-               std::span<const std::uint8_t> pixels) {
-    const bool useUnicode = (HostAccess::osCAP(host) & capNtFamily) != 0;
-    const platform::UniqueFile file(iparseGetFileHandle(FileName, false, useUnicode));
-    return file && iparseWriteWhole(file.get(), header) && iparseWriteWhole(file.get(), pixels);
+// 24 bits a pixel.
+Bytes opaqueRows(ConstPixelView image) {
+    const auto length = static_cast<std::size_t>(paddedRowBytes(image.width, 24));
+    Bytes rows(length * image.height);
+    for (std::size_t y = 0; y < image.height; ++y)
+        kernels::table().pack24(&rows[y * length], image.row(y), image.width, false);
+    return rows;
+}
+
+Bytes flattenedRows(ConstPixelView image, std::int32_t fillColor) {
+    Bytes rows(static_cast<std::size_t>(paddedRowBytes(image.width, 24)) * image.height);
+    iparseBlendImageToColor(image, fillColor, rows, true);
+    return rows;
 }
 
 } // namespace
 
-bool cBMPparser::SaveAsBMP(const cPixSheet& cHost, const std::string& FileName, ByteArray& outStream,
-                           bool Keep32bppFormat, std::int32_t TransparentFillColor) {
-    const ConstPixelView image = HostAccess::pixels(cHost);
-    if (!image) return false;
+WrittenFile cBMPparser::SaveAsBMP(const SourcePicture& Picture, const BmpOptions& Options) {
+    const ConstPixelView image = Picture.pixels;
+    if (!image) return {};
     const bool hasAlpha = iparseHasAlpha(image);
-    const bool as32bpp = hasAlpha && Keep32bppFormat;
-
-    ByteArray rows; // 24-bit rows; a 32-bit file takes the store as it is
-    std::span<const std::uint8_t> pixels(image.bits, image.stride * image.height);
-    if (!as32bpp) {
-        if (hasAlpha) {
-            const auto rowLength = static_cast<std::size_t>(iparseByteAlignOnWord(24, cHost.Width()));
-            rows.redim(rowLength, image.height);
-            iparseBlendImageToColor(image, TransparentFillColor, {rows.data(), rows.size()}, true);
-        } else if (!cHost.GetDIBbits(rows, true, true, false, true, true)) {
-            return false;
-        }
-        pixels = rows.bytes();
+    FileParts file;
+    if (hasAlpha && Options.Keep32bppFormat) {
+        const std::span pixels(image.bits, image.stride * image.height); // as they are stored
+        file.add(makeHeader(image, 32, pixels.size()));
+        file.addView(pixels);
+    } else {
+        Bytes rows = hasAlpha ? flattenedRows(image, Options.TransparentFillColor) : opaqueRows(image);
+        file.add(makeHeader(image, 24, rows.size()));
+        file.add(std::move(rows));
     }
-    const auto imageSize = static_cast<std::uint32_t>(pixels.size());
-    const BmpHeader header = makeHeader(cHost, as32bpp ? 32 : 24, imageSize);
-
-    if (!FileName.empty()) return writeFile(cHost, FileName, header, pixels);
-    std::vector<std::uint8_t> stream; // filled as it grows, because setting it to 0 first would cost as much again
-    stream.reserve(headerSize + pixels.size());
-    stream.insert(stream.end(), header.begin(), header.end());
-    stream.insert(stream.end(), pixels.begin(), pixels.end());
-    outStream = ByteArray(std::move(stream));
-    return true;
+    return file;
 }
 
 } // namespace pixkit

@@ -1,11 +1,10 @@
 // BMP files, and pictures that the system decodes. README.md in this folder explains the format and lists what the
 // reader is lenient about.
 #pragma once
+#include "codecs/Writing.h"
 #include "platform/handle.h"
-#include "shared/ByteArray.h"
 #include <cstdint>
 #include <span>
-#include <string>
 
 namespace pixkit {
 
@@ -33,13 +32,10 @@ class cBMPparser {
     // The same for a bitmap's handle.
     static bool ConvertstdPicTo32bpp(platform::Handle hBitmap, cPixSheet& Host);
 
-    // Writes the host as a BMP file (BITMAPFILEHEADER, BITMAPINFOHEADER, rows bottom-up padded to four bytes) to
-    // `FileName`, or into `outStream`, one dimension from 0, when the name is empty. Without alpha (as the pixels say,
-    // not the Alpha property) 24 bits a pixel; with alpha 32 bits, premultiplied as stored, when Keep32bppFormat, else
-    // 24 bits flattened onto TransparentFillColor. False without an image or when the file cannot be created or written
-    // whole.
-    static bool SaveAsBMP(const cPixSheet& cHost, const std::string& FileName, ByteArray& outStream,
-                          bool Keep32bppFormat, std::int32_t TransparentFillColor);
+    // A BMP file: BITMAPFILEHEADER, BITMAPINFOHEADER, rows bottom-up padded to four bytes. Without alpha (as the pixels
+    // say, not the Alpha property) 24 bits a pixel; with alpha 32 bits, premultiplied as stored, when Keep32bppFormat,
+    // else 24 bits flattened onto TransparentFillColor.
+    static WrittenFile SaveAsBMP(const SourcePicture& Picture, const BmpOptions& Options);
 };
 
 } // namespace pixkit

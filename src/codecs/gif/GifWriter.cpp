@@ -3,9 +3,6 @@
 #include "codecs/palette/IndexedPicture.h"
 #include "coding/ByteWriter.h"
 #include "coding/lzw/LzwEncoder.h"
-#include "shared/modParsers.h"
-#include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
 #include <algorithm>
 #include <bit>
 
@@ -53,13 +50,11 @@ Bytes makeFile(const IndexedPicture& picture, std::size_t width, std::size_t hei
 
 } // namespace
 
-bool cGIFparser::SaveAsGIF(const cPixSheet& cHost, const std::string& FileName, ByteArray& outStream,
-                           bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance) {
-    const ConstPixelView image = HostAccess::pixels(cHost);
-    if (!image || image.width > largestSide || image.height > largestSide) return false;
-    StraightRows rows(image, cHost.Alpha() != AlphaNone, OpaquenessTolerance);
-    Bytes file = makeFile(makePicture(rows, UseAdaptivePalette), image.width, image.height);
-    return iparseDeliver(std::move(file), FileName, (HostAccess::osCAP(cHost) & capNtFamily) != 0, outStream);
+WrittenFile cGIFparser::SaveAsGIF(const SourcePicture& Picture, const GifOptions& Options) {
+    const ConstPixelView image = Picture.pixels;
+    if (!image || image.width > largestSide || image.height > largestSide) return {};
+    StraightRows rows(image, Picture.alpha != AlphaNone, Options.OpaquenessTolerance);
+    return FileParts(makeFile(makePicture(rows, Options.UseAdaptivePalette), image.width, image.height));
 }
 
 } // namespace pixkit

@@ -1,12 +1,11 @@
 // GIF files: the first frame is read, one frame is written. README.md in this folder explains the format and lists what
 // the reader is lenient about.
 #pragma once
+#include "codecs/Writing.h"
 #include "coding/GifFrame.h"
-#include "shared/ByteArray.h"
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace pixkit {
@@ -23,14 +22,12 @@ class cGIFparser {
     // is true: whether there is an image shows in the host.
     bool LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost);
 
-    // Writes the host as a GIF file of one picture to `FileName`, or into `outStream`, one dimension from 0, when the
-    // name is empty. Where the Alpha property says that there is alpha, pixels whose alpha is below OpaquenessTolerance
-    // become transparent and all others opaque in their straight colours; only then the file says GIF89a.
-    // UseAdaptivePalette: the picture's own colours when they (and transparency) are at most 256, else a palette that
-    // fits it; without, the 216 web-safe colours, with errors diffused. False without an image, for more than 65,535
-    // columns or rows, or when the file cannot be created or written whole; outStream then keeps what it held.
-    static bool SaveAsGIF(const cPixSheet& cHost, const std::string& FileName, ByteArray& outStream,
-                          bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance);
+    // A GIF file of one picture. Where the Alpha property says that there is alpha, pixels whose alpha is below
+    // OpaquenessTolerance become transparent and all others opaque in their straight colours; only then the file says
+    // GIF89a. UseAdaptivePalette: the picture's own colours when they (and transparency) are at most 256, else a
+    // palette that fits it; without, the 216 web-safe colours, with errors diffused. Nothing for more than 65,535
+    // columns or rows.
+    static WrittenFile SaveAsGIF(const SourcePicture& Picture, const GifOptions& Options);
 
   private:
     bool ParseGIF(cPixSheet& cHost);

@@ -4,11 +4,8 @@
 #include "codecs/ico/cICOparser.h"
 #include "coding/ByteWriter.h"
 #include "shared/enumerations.h"
-#include "shared/modParsers.h"
-#include "surface/HostAccess.h"
 #include <algorithm>
 #include <limits>
-#include <string_view>
 #include <utility>
 
 namespace pixkit {
@@ -21,19 +18,10 @@ constexpr std::size_t mostEntries = 65535; // the directory counts with 16 bits
 // Positions have 32 bits, of which callers can count with 31.
 constexpr std::size_t largestFile = std::numeric_limits<std::int32_t>::max();
 
-// `extension` in lower case, the name in any.
-bool endsWith(std::string_view name, std::string_view extension) {
-    if (name.size() < extension.size()) return false;
-    return std::ranges::equal(name.substr(name.size() - extension.size()), extension, [](char found, char wanted) {
-        return found == wanted || (found >= 'A' && found <= 'Z' && found - 'A' + 'a' == wanted);
-    });
-}
-
 // Of cursor files, PNG images say by their hotspot alone where they came from.
-bool wasCursor(const cPixSheet& sheet) noexcept {
-    const eImageFormat type = sheet.ImageType();
-    return type == imgCursor || type == imgCursorARGB ||
-           (type == imgPNGicon && HostAccess::hotspot(sheet) != CursorHotspot{});
+bool wasCursor(const SourcePicture& picture) noexcept {
+    const eImageFormat type = picture.imageType;
+    return type == imgCursor || type == imgCursorARGB || (type == imgPNGicon && picture.hotspot != CursorHotspot{});
 }
 
 bool fitsStore(std::int32_t width, std::int32_t height) noexcept {
@@ -42,29 +30,27 @@ bool fitsStore(std::int32_t width, std::int32_t height) noexcept {
 }
 
 // The one of that size, else the next larger, else the largest; of equals the first.
-const cPixSheet& sourceFor(std::span<const cPixSheet* const> sources, std::int32_t width, std::int32_t height) {
-    const auto distance = [&](const cPixSheet* sheet) {
+const SourcePicture& sourceFor(std::span<const SourcePicture> sources, std::size_t width, std::size_t height) {
+    const auto distance = [&](const SourcePicture& source) {
         enum { exact, larger, smaller };
-        const bool isLarger = sheet->Width() >= width && sheet->Height() >= height;
-        const bool isExact = sheet->Width() == width && sheet->Height() == height;
-        const std::int64_t area = std::int64_t{sheet->Width()} * sheet->Height();
+        const ConstPixelView pixels = source.pixels;
+        const bool isLarger = pixels.width >= width && pixels.height >= height;
+        const bool isExact = pixels.width == width && pixels.height == height;
+        const auto area = static_cast<std::int64_t>(pixels.width) * static_cast<std::int64_t>(pixels.height);
         return std::pair(isExact ? exact : isLarger ? larger : smaller, isLarger ? area : -area);
     };
-    return **std::ranges::min_element(sources, {}, distance);
+    return *std::ranges::min_element(sources, {}, distance);
 }
 
 // Where the hotspot is after scaling; the directory has 16 bits for it.
-CursorHotspot scaledHotspot(const cPixSheet& source, std::int32_t width, std::int32_t height) {
-    const IcoPlacement place =
-        icoPlacement(HostAccess::pixels(source), static_cast<std::size_t>(width), static_cast<std::size_t>(height));
+CursorHotspot scaledHotspot(const SourcePicture& source, std::size_t width, std::size_t height) {
+    const IcoPlacement place = icoPlacement(source.pixels, width, height);
     const auto scaled = [](std::int32_t at, std::size_t from, std::size_t to, std::size_t offset) {
         const std::int64_t there = std::int64_t{at} * static_cast<std::int64_t>(to) / static_cast<std::int64_t>(from);
         return static_cast<std::int32_t>(std::clamp<std::int64_t>(there + static_cast<std::int64_t>(offset), 0, 65535));
     };
-    const ConstPixelView pixels = HostAccess::pixels(source);
-    const CursorHotspot spot = HostAccess::hotspot(source);
-    return {scaled(spot.x, pixels.width, place.width, place.left),
-            scaled(spot.y, pixels.height, place.height, place.top)};
+    return {scaled(source.hotspot.x, source.pixels.width, place.width, place.left),
+            scaled(source.hotspot.y, source.pixels.height, place.height, place.top)};
 }
 
 struct Entry {
@@ -73,12 +59,12 @@ struct Entry {
     CursorHotspot hotspot;
 };
 
-Entry makeEntry(const cPixSheet& source, const IconEntrySize& size) {
-    const ConstPixelView from = HostAccess::pixels(source);
+Entry makeEntry(std::span<const SourcePicture> sources, const IconEntrySize& size) {
     const auto width = static_cast<std::size_t>(size.Width), height = static_cast<std::size_t>(size.Height);
-    Bytes pixels = icoScale(from, source.Alpha() != AlphaNone, width, height);
+    const SourcePicture& source = sourceFor(sources, width, height);
+    Bytes pixels = icoScale(source.pixels, source.alpha != AlphaNone, width, height);
     return {size, icoImage({pixels.data(), width, height, width * 4}, icoDepth(size.bitDepth).value_or(32)),
-            scaledHotspot(source, size.Width, size.Height)};
+            scaledHotspot(source, width, height)};
 }
 
 Bytes makeFile(const std::vector<Entry>& entries, bool isCursor) {
@@ -111,37 +97,39 @@ Bytes makeFile(const std::vector<Entry>& entries, bool isCursor) {
 
 } // namespace
 
-std::vector<IconEntrySize> cICOparser::EntrySizes(std::span<const cPixSheet* const> Source,
+std::vector<IconEntrySize> cICOparser::EntrySizes(std::span<const SourcePicture> Source,
                                                   std::span<const IconEntrySize> Sizes) {
-    const auto isImage = [](const cPixSheet* sheet) { return sheet != nullptr && sheet->Handle() != 0; };
+    const auto ownSize = [](ConstPixelView pixels) {
+        return IconEntrySize{static_cast<std::int32_t>(pixels.width), static_cast<std::int32_t>(pixels.height)};
+    };
+    const auto isImage = [](const SourcePicture& source) { return bool(source.pixels); };
     if (Source.empty() || !std::ranges::all_of(Source, isImage)) return {};
     std::vector<IconEntrySize> sizes(Sizes.begin(), Sizes.end());
-    for (const cPixSheet* sheet : Sizes.empty() ? Source : std::span<const cPixSheet* const>())
-        sizes.push_back({sheet->Width(), sheet->Height(), TRUE_COLOR_ALPHA});
+    for (const SourcePicture& source : Sizes.empty() ? Source : std::span<const SourcePicture>())
+        sizes.push_back(ownSize(source.pixels));
+    const IconEntrySize first = ownSize(Source.front().pixels);
     for (IconEntrySize& size : sizes) {
-        if (size.Width == 0) size.Width = Source.front()->Width();
-        if (size.Height == 0) size.Height = Source.front()->Height();
+        if (size.Width == 0) size.Width = first.Width;
+        if (size.Height == 0) size.Height = first.Height;
         if (!fitsStore(size.Width, size.Height) || !icoDepth(size.bitDepth)) return {};
     }
     if (sizes.size() > mostEntries) return {};
     return sizes;
 }
 
-std::int32_t cICOparser::SaveAsIcon(std::span<const cPixSheet* const> Source, std::span<const IconEntrySize> Sizes,
-                                    const std::string& FileName, ByteArray& outStream, bool useUnicode) {
-    const std::vector<IconEntrySize> sizes = EntrySizes(Source, Sizes);
-    if (sizes.empty()) return 0;
+WrittenFile cICOparser::SaveAsIcon(std::span<const SourcePicture> Source, const IcoOptions& Options) {
+    const std::vector<IconEntrySize> sizes = EntrySizes(Source, Options.Sizes);
+    if (sizes.empty()) return {};
     std::vector<Entry> entries;
     std::size_t fileSize = 6 + 16 * sizes.size();
     for (const IconEntrySize& size : sizes) {
-        entries.push_back(makeEntry(sourceFor(Source, size.Width, size.Height), size));
+        entries.push_back(makeEntry(Source, size));
         fileSize += entries.back().image.bytes.size();
-        if (fileSize > largestFile) return 0;
+        if (fileSize > largestFile) return {};
     }
-    const bool isCursor = endsWith(FileName, ".cur") || (!endsWith(FileName, ".ico") && wasCursor(*Source.front()));
-    Bytes file = makeFile(entries, isCursor);
-    const auto count = static_cast<std::int32_t>(entries.size());
-    return iparseDeliver(std::move(file), FileName, useUnicode, outStream) ? count : 0;
+    const bool isCursor =
+        Options.kind == IconFile::asFirstSource ? wasCursor(Source.front()) : Options.kind == IconFile::cursor;
+    return FileParts(makeFile(entries, isCursor));
 }
 
 } // namespace pixkit

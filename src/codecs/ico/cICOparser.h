@@ -1,13 +1,12 @@
 // Icon and cursor files. README.md in this folder explains the format, lists what the reader is lenient about, and says
 // what is written.
 #pragma once
+#include "codecs/Writing.h"
 #include "codecs/ico/IcoDirectory.h"
 #include "platform/handle.h"
-#include "shared/ByteArray.h"
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace pixkit {
@@ -41,17 +40,14 @@ class cICOparser {
     // ImageType and hotspot as from a file. False, and an empty host, for a handle that is none, or without memory.
     static bool ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host);
 
-    // Writes an icon file with an image of each of the sizes, made of the source of exactly that size, else of the next
-    // larger, else of the largest (IcoScale.h, IcoImage.h). To the file when FileName is not empty, else to outStream,
-    // one dimension from 0. A cursor file, with hotspots in scale, if the name ends in .cur, or if it does not end in
-    // .ico and the first source was a cursor. Returns the number of images; 0, and outStream as it was, when there is
-    // nothing to write (EntrySizes), the file would exceed 31 bits, or it cannot be written whole.
-    static std::int32_t SaveAsIcon(std::span<const cPixSheet* const> Source, std::span<const IconEntrySize> Sizes,
-                                   const std::string& FileName, ByteArray& outStream, bool useUnicode);
+    // An icon or cursor file with an image of each of the sizes, made of the source of exactly that size, else of the
+    // next larger, else of the largest (IcoScale.h, IcoImage.h); of cursors with hotspots in scale. Nothing when there
+    // is nothing to write (EntrySizes) or the file would exceed 31 bits.
+    static WrittenFile SaveAsIcon(std::span<const SourcePicture> Source, const IcoOptions& Options);
     // The images that such a file gets: of no sizes, each source's own at 32 bits; a 0 is the first source's width or
     // height. None when there is no source, when one has no image, for more than 65,535 sizes, a side outside 1 ..
     // 65,535, pixels beyond 31 bits of bytes, or a depth that icoDepth does not know.
-    static std::vector<IconEntrySize> EntrySizes(std::span<const cPixSheet* const> Source,
+    static std::vector<IconEntrySize> EntrySizes(std::span<const SourcePicture> Source,
                                                  std::span<const IconEntrySize> Sizes);
 
   private:

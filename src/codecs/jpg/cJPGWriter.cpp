@@ -4,8 +4,6 @@
 #include "coding/ByteWriter.h"
 #include "kernels/kernels.h"
 #include "shared/modParsers.h"
-#include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstring>
 #include <vector>
@@ -243,13 +241,11 @@ Bytes Encoder::encode() {
 
 } // namespace
 
-bool cJPGWriter::SaveAsJPG(const cPixSheet& cHost, const std::string& FileName, ByteArray& outStream,
-                           std::int32_t Quality, std::int32_t TransparentFillColor) {
-    const ConstPixelView image = HostAccess::pixels(cHost);
-    if (!image || image.width > largestSide || image.height > largestSide) return false;
-    Rows rows(image, iparseHasAlpha(image), TransparentFillColor);
-    Bytes file = Encoder(rows, std::clamp(Quality, 1, 100)).encode();
-    return iparseDeliver(std::move(file), FileName, (HostAccess::osCAP(cHost) & capNtFamily) != 0, outStream);
+WrittenFile cJPGWriter::SaveAsJPG(const SourcePicture& Picture, const JpgOptions& Options) {
+    const ConstPixelView image = Picture.pixels;
+    if (!image || image.width > largestSide || image.height > largestSide) return {};
+    Rows rows(image, iparseHasAlpha(image), Options.TransparentFillColor);
+    return FileParts(Encoder(rows, std::clamp(Options.Quality, 1, 100)).encode());
 }
 
 } // namespace pixkit

@@ -5,8 +5,6 @@
 #include "codecs/png/PngRows.h"
 #include "coding/deflate/Deflate.h"
 #include "shared/modParsers.h"
-#include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
 
 namespace pixkit {
 
@@ -69,12 +67,9 @@ std::vector<std::uint8_t> cPNGwriter::TrueColorAlpha(ConstPixelView image) {
     return makeFile(image, true, {PngColorType::rgba, 8, {}, {}, {}}, PngProperties());
 }
 
-bool cPNGwriter::SavePNGex(const cPixSheet& cHost, const std::string& FileName, ByteArray& outStream,
-                           const PngProperties& props) {
-    const ConstPixelView image = HostAccess::pixels(cHost);
-    if (!image) return false;
-    Bytes file = smallestFile(image, cHost.Alpha() != AlphaNone, props);
-    return iparseDeliver(std::move(file), FileName, (HostAccess::osCAP(cHost) & capNtFamily) != 0, outStream);
+WrittenFile cPNGwriter::SavePNGex(const SourcePicture& Picture, const PngProperties& props) {
+    if (!Picture.pixels) return {};
+    return FileParts(smallestFile(Picture.pixels, Picture.alpha != AlphaNone, props));
 }
 
 } // namespace pixkit

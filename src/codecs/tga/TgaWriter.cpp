@@ -4,9 +4,6 @@
 #include "coding/ColorIndexes.h"
 #include "kernels/kernels.h"
 #include "platform/system.h"
-#include "shared/modParsers.h"
-#include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -185,70 +182,29 @@ Bytes makeFooter(std::size_t extensionOffset) {
     return footer;
 }
 
-// All parts of the file.
-class Parts {
-  public:
-    // Nothing for a picture that cannot be written.
-    static std::optional<Parts> make(const cPixSheet& cHost, bool allowPreMultipliedAlpha, bool useCompression,
-                                     bool useBitReduction) {
-        const ConstPixelView image = HostAccess::pixels(cHost);
-        constexpr std::size_t largestSide = std::numeric_limits<std::uint16_t>::max();
-        if (!image || image.width > largestSide || image.height > largestSide) return {};
-        const bool hasAlpha = cHost.Alpha() != AlphaNone;
-        const bool asPreMultiplied = hasAlpha && allowPreMultipliedAlpha;
-
-        Parts parts;
-        ColorIndexes palette;
-        PixelData& data = parts.m_pixelData;
-        data = makePixelData(image, palette, hasAlpha, asPreMultiplied, useBitReduction);
-        const bool isRunLength = useCompression && compress(data, image);
-        // A palette may have been begun although the picture has too many colours for one.
-        const auto colors = data.isColorMapped ? palette.colors() : std::span<const std::uint32_t>();
-        parts.m_header = makeHeader(image, data, colors, isRunLength);
-        if (asPreMultiplied) parts.m_extension = CreateTGAextensionBlock();
-        parts.m_footer = makeFooter(asPreMultiplied ? parts.m_header.size() + data.bytes.size() : 0);
-        return parts;
-    }
-
-    // In the order in which they stand in the file; some may be empty.
-    std::array<std::span<const std::uint8_t>, 4> list() const noexcept {
-        return {m_header, m_pixelData.bytes, m_extension, m_footer};
-    }
-
-  private:
-    Parts() = default;
-
-    Bytes m_header;
-    PixelData m_pixelData{};
-    Bytes m_extension, m_footer;
-};
-
 } // namespace
 
-bool cTGAparser::SaveAsTGA(const std::string& FileName, bool allowPreMultipliedAlpha, bool useCompression,
-                           bool useBitReduction, const cPixSheet& cHost) {
-    const auto parts = Parts::make(cHost, allowPreMultipliedAlpha, useCompression, useBitReduction);
-    if (!parts) return false;
-    const bool useUnicode = (HostAccess::osCAP(cHost) & capNtFamily) != 0;
-    const platform::UniqueFile file(iparseGetFileHandle(FileName, false, useUnicode));
-    return file && std::ranges::all_of(parts->list(), [&](std::span<const std::uint8_t> part) {
-               return part.empty() || iparseWriteWhole(file.get(), part);
-           });
-}
+WrittenFile cTGAparser::SaveAsTGA(const SourcePicture& Picture, const TgaOptions& Options) {
+    const ConstPixelView image = Picture.pixels;
+    constexpr std::size_t largestSide = std::numeric_limits<std::uint16_t>::max();
+    if (!image || image.width > largestSide || image.height > largestSide) return {};
+    const bool hasAlpha = Picture.alpha != AlphaNone;
+    const bool asPreMultiplied = hasAlpha && Options.allowPreMultipliedAlpha;
 
-bool cTGAparser::SaveToStream(ByteArray& outStream, bool allowPreMultipliedAlpha, bool useCompression,
-                              bool useBitReduction, const cPixSheet& cHost) {
-    const auto parts = Parts::make(cHost, allowPreMultipliedAlpha, useCompression, useBitReduction);
-    if (!parts) return false;
-    std::size_t size = 0;
-    for (const auto part : parts->list())
-        size += part.size();
-    Bytes stream;
-    stream.reserve(size);
-    for (const auto part : parts->list())
-        stream.insert(stream.end(), part.begin(), part.end());
-    outStream = ByteArray(std::move(stream));
-    return true;
+    ColorIndexes palette;
+    PixelData data = makePixelData(image, palette, hasAlpha, asPreMultiplied, Options.useBitReduction);
+    const bool isRunLength = Options.useCompression && compress(data, image);
+    // A palette may have been begun although the picture has too many colours for one.
+    const auto colors = data.isColorMapped ? palette.colors() : std::span<const std::uint32_t>();
+    Bytes header = makeHeader(image, data, colors, isRunLength);
+    const std::size_t extensionAt = header.size() + data.bytes.size();
+
+    FileParts file;
+    file.add(std::move(header));
+    file.add(std::move(data.bytes));
+    if (asPreMultiplied) file.add(CreateTGAextensionBlock());
+    file.add(makeFooter(asPreMultiplied ? extensionAt : 0));
+    return file;
 }
 
 } // namespace pixkit

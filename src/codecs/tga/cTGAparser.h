@@ -1,14 +1,13 @@
 // Reads TGA data into the pixels of a cPixSheet, and writes a cPixSheet as TGA (the Truevision TGA file format,
 // version 2.0). README.md in this folder teaches the format and lists where this reader goes its own way.
 #pragma once
+#include "codecs/Writing.h"
 #include "codecs/tga/TgaSamples.h"
-#include "shared/ByteArray.h"
 #include "shared/PixelView.h"
 #include "surface/cPixSheet.h"
 #include <array>
 #include <cstdint>
 #include <span>
-#include <string>
 
 namespace pixkit {
 
@@ -20,17 +19,12 @@ class cTGAparser {
     // image. Data that is no TGA, or too short for its picture, leaves the host without one.
     bool LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset);
 
-    // Writes the host as a TGA file with footer, bottom row first. The Alpha property decides between 24 bits a pixel
-    // and 32, whatever the pixels say. useBitReduction writes an opaque image of at most 256 colours with a palette;
-    // useCompression run-length codes, where that is shorter; with allowPreMultipliedAlpha the pixels of an image with
-    // alpha are written as stored, and an extension area says so, else as straight colours. False without an image,
-    // for one of more than 65,535 columns or rows, which the header cannot say, or when the file cannot be written
-    // whole.
-    static bool SaveAsTGA(const std::string& FileName, bool allowPreMultipliedAlpha, bool useCompression,
-                          bool useBitReduction, const cPixSheet& cHost);
-    // The bytes of that file, one dimension from 0. On failure outStream keeps what it held.
-    static bool SaveToStream(ByteArray& outStream, bool allowPreMultipliedAlpha, bool useCompression,
-                             bool useBitReduction, const cPixSheet& cHost);
+    // A TGA file with footer, bottom row first. The Alpha property decides between 24 bits a pixel and 32, whatever the
+    // pixels say. useBitReduction writes an opaque image of at most 256 colours with a palette; useCompression
+    // run-length codes, where that is shorter; with allowPreMultipliedAlpha the pixels of an image with alpha are
+    // written as stored, and an extension area says so, else as straight colours. Nothing for an image of more than
+    // 65,535 columns or rows, which the header cannot say.
+    static WrittenFile SaveAsTGA(const SourcePicture& Picture, const TgaOptions& Options);
 
   private:
     struct Header {
