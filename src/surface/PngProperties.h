@@ -1,11 +1,11 @@
 // What an instance wants said in, and done with, the PNG files that it saves.
 #pragma once
+#include "shared/Text.h"
 #include "shared/enumerations.h"
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -15,11 +15,7 @@ namespace pixkit {
 // The value of a property: nothing, a number, a date (days since 30 December 1899, of UTC) or a text in UTF-8.
 using PngValue = std::variant<std::monostate, std::int32_t, double, std::string>;
 
-struct PngTime {
-    std::uint16_t year;
-    std::uint8_t month, day, hour, minute, second;
-    bool operator==(const PngTime&) const = default;
-};
+using PngTime = CalendarTime;
 
 class PngProperties {
   public:
@@ -54,8 +50,5 @@ class PngProperties {
     std::vector<std::pair<ePngProperties, std::int32_t>> m_numbers;
     std::optional<PngTime> m_lastModified;
 };
-
-// The text in Latin-1; nothing when it has other characters, or is not UTF-8.
-std::optional<std::string> latin1Of(std::string_view utf8);
 
 } // namespace pixkit
