@@ -68,7 +68,7 @@ void makeCanvas(cPixSheet& sheet, const ComposeCanvas& canvas) {
 int compose(const ComposeRequest& request, Console& console) {
     const std::filesystem::path target = toPath(request.output);
     if (const auto problem = formatProblem(target)) throw UsageError(request.output + ": " + *problem);
-    checkSaving(request, formatOf(target).value_or(TargetFormat::bmp));
+    checkSaving(request, formatOf(target).value_or(FileFormat::bmp));
     MessageBoxes boxes(console);
     try {
         std::vector<std::unique_ptr<cPixSheet>> pictures;

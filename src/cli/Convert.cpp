@@ -33,7 +33,7 @@ class Destination {
             throw UsageError((m_isFolder ? "--to: " : name + ": ") + *problem);
     }
 
-    TargetFormat format() const { return formatOf(m_isFolder ? fs::path("a" + m_extension) : m_path).value(); }
+    FileFormat format() const { return formatOf(m_isFolder ? fs::path("a" + m_extension) : m_path).value(); }
 
     void prepare() const {
         std::error_code error;

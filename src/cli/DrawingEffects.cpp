@@ -1,7 +1,8 @@
 // Effects that give the picture another size, or draw it onto a fresh image that takes its place.
 #include "cli/EffectParsing.h"
 #include "cli/UsageError.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaType.h"
+#include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <array>
@@ -21,12 +22,7 @@ PictureSize parseSize(std::string_view text) {
 }
 
 void classifyAlpha(cPixSheet& sheet) {
-    const auto width = static_cast<std::size_t>(sheet.Width());
-    const ConstPixelView pixels{sheet.BitsPointer(), width, static_cast<std::size_t>(sheet.Height()), width * 4};
-    const AlphaTypeEnum alpha = iparseValidateAlphaChannel(pixels, imgNone).bIsAlpha;
-    // Alpha that is 0 everywhere is unused in a file; here it says that nothing was drawn.
-    const bool isEmpty = alpha == AlphaNone && pixels.bits[3] == 0;
-    sheet.Alpha(isEmpty ? AlphaSimple : alpha);
+    sheet.Alpha(alphaTypeOf(HostAccess::pixels(sheet)));
 }
 
 namespace {

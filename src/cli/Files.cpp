@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <fstream>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -15,50 +16,56 @@ using namespace std::string_view_literals;
 
 namespace {
 
-constexpr bool always() {
-    return true;
-}
-constexpr bool never() {
-    return false;
-}
-constexpr FileKind jpegFile = {"a JPEG file", platform::canLoadJpeg,
-                               "which is not supported here: libturbojpeg.so.0 cannot be loaded"};
-constexpr const char* onlyOnWindows = "which is not supported here: only Windows draws it";
-
-struct Signature {
-    FileKind kind;
-    std::string_view bytes;
-    std::size_t offset = 0;
-    bool inTail = false; // `offset` counts from the file's end
+struct FileKind {
+    std::string_view description; // with its article: "a JPEG file"
+    bool isRead;                  // in this version and on this machine
+    const char* otherwise = "which this version cannot read";
 };
-constexpr std::array<Signature, 18> signatures = {{
-    {{"a PNG file", always}, "\x89PNG\r\n\x1A\n"sv},
-    {jpegFile, "\xFF\xD8\xFF"sv},
-    {{"a GIF file", always}, "GIF87a"sv},
-    {{"a GIF file", always}, "GIF89a"sv},
-    {{"a BMP file", always}, "BM"sv},
-    {{"an icon file", always}, "\0\0\1\0"sv},
-    {{"a cursor file", always}, "\0\0\2\0"sv},
-    {{"a TGA file", always}, "TRUEVISION-XFILE.\0"sv, 18, true},
-    {{"a TIFF file", never}, "II*\0"sv},
-    {{"a TIFF file", never}, "MM\0*"sv},
-    {{"a WebP file", never}, "WEBP"sv, 8},
-    {{"an AVIF file", never}, "ftypavif"sv, 4},
-    {{"a HEIC file", never}, "ftyphei"sv, 4},
-    {{"a WMF file", platform::canLoadMetafiles, onlyOnWindows}, "\xD7\xCD\xC6\x9A"sv},
-    {{"an EMF file", platform::canLoadMetafiles, onlyOnWindows}, " EMF"sv, 40},
-    {{"an SVG file", never}, "<svg"sv},
-    {{"a PDF file", never}, "%PDF-"sv},
-    {{"a text file with markup", never}, "<?xml"sv},
+
+// What the library's table of formats does not know by its first bytes.
+struct Signature {
+    std::string_view description, bytes;
+    std::size_t offset = 0;
+    bool (*isRead)() = [] { return false; };
+    const char* otherwise = "which this version cannot read";
+};
+constexpr const char* onlyOnWindows = "which is not supported here: only Windows draws it";
+constexpr const char* jpegLacks = "which is not supported here: libturbojpeg.so.0 cannot be loaded";
+constexpr std::array<Signature, 10> signatures = {{
+    {"a TIFF file", "II*\0"sv},
+    {"a TIFF file", "MM\0*"sv},
+    {"a WebP file", "WEBP"sv, 8},
+    {"an AVIF file", "ftypavif"sv, 4},
+    {"a HEIC file", "ftyphei"sv, 4},
+    {"a WMF file", "\xD7\xCD\xC6\x9A"sv, 0, platform::canLoadMetafiles, onlyOnWindows},
+    {"an EMF file", " EMF"sv, 40, platform::canLoadMetafiles, onlyOnWindows},
+    {"an SVG file", "<svg"sv},
+    {"a PDF file", "%PDF-"sv},
+    {"a text file with markup", "<?xml"sv},
 }};
 
-bool matches(const Signature& signature, std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail) {
-    const std::span<const std::uint8_t> bytes = signature.inTail ? tail : head;
-    if (bytes.size() < signature.offset) return false;
-    const std::size_t start = signature.inTail ? bytes.size() - signature.offset : signature.offset;
-    return bytes.size() - start >= signature.bytes.size() &&
-           std::ranges::equal(bytes.subspan(start, signature.bytes.size()), signature.bytes,
+bool bears(std::span<const std::uint8_t> bytes, std::string_view signature, std::size_t offset) {
+    return bytes.size() >= offset && bytes.size() - offset >= signature.size() &&
+           std::ranges::equal(bytes.subspan(offset, signature.size()), signature,
                               [](std::uint8_t byte, char c) { return byte == static_cast<std::uint8_t>(c); });
+}
+
+// By its first bytes, or by what it ends with; `head` and `tail` are as many as there are up to sniffedBytes.
+std::optional<FileKind> sniff(std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail) {
+    for (const Format& format : formats()) {
+        if (format.sniff == nullptr || !format.sniff(head)) continue;
+        const bool isCursor = format.id == FileFormat::ico && head[2] == 2;
+        return FileKind{isCursor ? "a cursor file" : format.description,
+                        format.read != nullptr || platform::canLoadJpeg(), jpegLacks};
+    }
+    constexpr std::string_view tgaFooter = "TRUEVISION-XFILE.\0"sv;
+    if (tail.size() >= tgaFooter.size() && bears(tail, tgaFooter, tail.size() - tgaFooter.size()))
+        return FileKind{"a TGA file", true};
+    for (const Signature& signature : signatures) {
+        if (bears(head, signature.bytes, signature.offset))
+            return FileKind{signature.description, signature.isRead(), signature.otherwise};
+    }
+    return {};
 }
 
 std::vector<std::uint8_t> readPart(std::ifstream& file, std::uintmax_t start) {
@@ -76,20 +83,12 @@ std::string extensionOf(const fs::path& file) {
 
 } // namespace
 
-const FileKind* sniff(std::span<const std::uint8_t> head, std::span<const std::uint8_t> tail) {
-    const auto found =
-        std::ranges::find_if(signatures, [&](const Signature& signature) { return matches(signature, head, tail); });
-    return found == signatures.end() ? nullptr : &found->kind;
-}
-
-std::optional<TargetFormat> formatOf(const fs::path& file) {
+std::optional<FileFormat> formatOf(const fs::path& file) {
     const std::string extension = extensionOf(file);
-    if (extension == ".bmp") return TargetFormat::bmp;
-    if (extension == ".tga") return TargetFormat::tga;
-    if (extension == ".ico" || extension == ".cur") return TargetFormat::ico;
-    if (extension == ".gif") return TargetFormat::gif;
-    if (extension == ".png") return TargetFormat::png;
-    if (extension == ".jpg" || extension == ".jpeg") return TargetFormat::jpg;
+    for (const Format& format : formats()) {
+        if (!extension.empty() && (extension == format.extension || extension == format.otherExtension))
+            return format.id;
+    }
     return {};
 }
 
@@ -106,12 +105,12 @@ std::string loadFailureReason(const fs::path& file) {
     }
     const auto head = readPart(stream, 0);
     const auto tail = readPart(stream, size > sniffedBytes ? size - sniffedBytes : 0);
-    if (const FileKind* kind = sniff(head, tail)) {
-        const std::string is = std::string("is ") + kind->description;
-        return kind->hasReader() ? is + " that is damaged, too large, or of a rare kind" : is + ", " + kind->otherwise;
+    if (const auto kind = sniff(head, tail)) {
+        const std::string is = "is " + std::string(kind->description);
+        return kind->isRead ? is + " that is damaged, too large, or of a rare kind" : is + ", " + kind->otherwise;
     }
     // Older files of this format carry no mark at all.
-    if (formatOf(file) == TargetFormat::tga) return "is a TGA file by its name, but damaged, or too large";
+    if (formatOf(file) == FileFormat::tga) return "is a TGA file by its name, but damaged, or too large";
     return "is not a picture in any format known here";
 }
 

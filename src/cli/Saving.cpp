@@ -29,18 +29,18 @@ bool saved(cPixSheet& sheet, const std::filesystem::path& target, const SavingOp
     const std::string name = toUtf8(target);
     const bool ask = !options.overwrite;
     const std::int32_t background = options.background.value_or(0);
-    switch (formatOf(target).value_or(TargetFormat::bmp)) {
-    case TargetFormat::tga:
+    switch (formatOf(target).value_or(FileFormat::bmp)) {
+    case FileFormat::tga:
         return sheet.SaveToFile_TGA(name, options.tgaRle, options.tgaPalette, false, ask);
-    case TargetFormat::png:
+    case FileFormat::png:
         return setPngProperties(sheet, options) && sheet.SaveToFile_PNG(name, ask);
-    case TargetFormat::gif:
+    case FileFormat::gif:
         return sheet.SaveToFile_GIF(name, !options.gifWebSafe, options.gifTolerance.value_or(128), ask);
-    case TargetFormat::jpg:
+    case FileFormat::jpg:
         return sheet.SaveToFile_JPG(name, options.quality.value_or(70), background, ask);
-    case TargetFormat::ico:
+    case FileFormat::ico:
         return sheet.SaveToFile_ICO(name, {}, ask, entriesFor(sheet, options)) != 0;
-    case TargetFormat::bmp:
+    case FileFormat::bmp:
         break;
     }
     return sheet.SaveToFile_Bitmap(name, options.keepAlpha, background, ask);
@@ -48,14 +48,14 @@ bool saved(cPixSheet& sheet, const std::filesystem::path& target, const SavingOp
 
 } // namespace
 
-void checkSaving(const SavingOptions& options, TargetFormat format) {
-    if (options.background && format != TargetFormat::bmp && format != TargetFormat::jpg) {
+void checkSaving(const SavingOptions& options, FileFormat format) {
+    if (options.background && format != FileFormat::bmp && format != FileFormat::jpg) {
         throw UsageError("--background is for .bmp and .jpg files; the others keep transparency");
     }
-    if (format != TargetFormat::tga && (options.tgaRle || options.tgaPalette)) {
+    if (format != FileFormat::tga && (options.tgaRle || options.tgaPalette)) {
         throw UsageError("--tga-rle and --tga-palette are for .tga files, and the result is none");
     }
-    if (format != TargetFormat::png && (!options.pngProperties.empty() || !options.pngTexts.empty())) {
+    if (format != FileFormat::png && (!options.pngProperties.empty() || !options.pngTexts.empty())) {
         throw UsageError("--png-level, --png-filter, --png-interlace and --png-text are for .png files, and the result "
                          "is none");
     }
@@ -65,13 +65,13 @@ void checkSaving(const SavingOptions& options, TargetFormat format) {
             "--png-text takes KEYWORD=TEXT: a keyword of 1 to 79 Latin letters, without spaces at its ends "
             "or two together, and a text without control characters");
     }
-    if (format != TargetFormat::gif && (options.gifWebSafe || options.gifTolerance)) {
+    if (format != FileFormat::gif && (options.gifWebSafe || options.gifTolerance)) {
         throw UsageError("--gif-websafe and --gif-tolerance are for .gif files, and the result is none");
     }
-    if (format != TargetFormat::ico && !options.iconEntries.empty()) {
+    if (format != FileFormat::ico && !options.iconEntries.empty()) {
         throw UsageError("--icon is for .ico and .cur files, and the result is none");
     }
-    if (format != TargetFormat::jpg && options.quality) {
+    if (format != FileFormat::jpg && options.quality) {
         throw UsageError("--quality is for .jpg files, and the result is none");
     }
 }

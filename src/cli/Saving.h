@@ -20,7 +20,7 @@ class Failed : public std::runtime_error {
 };
 
 // Whether the options suit the format that the result will have. Throws UsageError.
-void checkSaving(const SavingOptions& options, TargetFormat format);
+void checkSaving(const SavingOptions& options, FileFormat format);
 
 // Saves in the format that the target's extension says. Throws Failed.
 void savePicture(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,

@@ -1,17 +1,15 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
-#include "codecs/bmp/cBMPparser.h"
-#include "codecs/gif/cGIFparser.h"
+#include "codecs/Formats.h"
 #include "codecs/ico/cICOparser.h"
-#include "codecs/png/cPNGparser.h"
-#include "codecs/tga/cTGAparser.h"
 #include "diagnostics/guard.h"
+#include "loading/ForeignPictures.h"
 #include "loading/LoadRequest.h"
+#include "loading/loadMember.h"
 #include "platform/files.h"
 #include "platform/interaction.h"
 #include "shared/limits.h"
 #include "shared/modParsers.h"
 #include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <utility>
@@ -23,73 +21,56 @@ namespace {
 // Below this size of an array no reader is asked. The minimum of files is another one; callers know both.
 constexpr std::int64_t smallestStream = 20;
 
-void readPNG(LoadRequest& request, cPixSheet& host) {
-    cPNGparser parser;
-    if (request.file() != platform::invalidHandle) {
-        parser.LoadFile(request.file(), host);
-    } else {
-        parser.LoadStream(request.bytes(), host);
+// One reader's turn. Only an error that nobody expected is told; data of another format, or damaged, goes on to the
+// next reader in silence.
+bool take(cPixSheet& host, ReadResult&& result) {
+    if (result) return true;
+    host.DestroyDIB(); // whatever the reader began
+    if (result.outcome == ReadOutcome::failed) platform::MessageBoxW(result.reason, "pixkit", platform::messageBoxOk);
+    return false;
+}
+
+// First the formats whose signature the data bears. Only where it bears none the system's loader is asked: what was
+// refused as damaged some systems' loaders might show something of, others of the same name not, and some fall over a
+// GIF without colours or an icon that lies outside the file. Formats without a signature come last.
+bool readPicture(LoadRequest& request, cPixSheet& host) {
+    const auto start = request.start(sniffedBytes);
+    bool isRecognised = false;
+    for (const Format& format : formats()) {
+        if (format.read == nullptr || format.sniff == nullptr || !format.sniff(start)) continue;
+        isRecognised = true;
+        if (take(host, format.read(request, host))) return true;
     }
-    // Only an error that nobody expected is left standing here; data that is no PNG, or a damaged one, goes on in
-    // silence.
-    if (!parser.runtimeError().empty()) {
-        platform::MessageBoxW(parser.runtimeError(), "pixkit", platform::messageBoxOk);
-    }
+    if (!isRecognised && take(host, LoadSystemPicture(request.bytes(), host))) return true;
+    return std::ranges::any_of(formats(), [&](const Format& format) {
+        return format.sniff == nullptr && take(host, format.read(request, host));
+    });
 }
-
-void readGIF(LoadRequest& request, cPixSheet& host) {
-    cGIFparser().LoadStream(request.bytes(), host);
-}
-
-void readICO(LoadRequest& request, cPixSheet& host) {
-    const IconRequest& icon = request.icon();
-    cICOparser().LoadStream(request.bytes(), icon.cX, icon.cY, host, icon.bitDepth);
-}
-
-void readBMP(LoadRequest& request, cPixSheet& host) {
-    cBMPparser::LoadStream(request.bytes(), host);
-}
-
-void readTGA(LoadRequest& request, cPixSheet& host) {
-    cTGAparser().LoadStream(request.bytes(), host, request.offset());
-}
-
-// In the order in which they are asked; whether one succeeded shows in the host. Formats without a signature come last.
-using Reader = void (*)(LoadRequest& request, cPixSheet& host);
-constexpr Reader readers[] = {readPNG, readGIF, readICO, readBMP, readTGA};
 
 } // namespace
 
 bool cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
-    DestroyDIB(); // a load that fails leaves the instance empty
-    for (const Reader reader : readers) {
-        reader(request, *this);
-        if (m_Handle != 0) break;
-    }
-    if (m_Handle == 0) return false;
-    if (SaveFormat) {
-        m_ImageByteCache = ByteArray(request.takeSource());
-    }
+    DestroyDIB();
+    if (!readPicture(request, *this)) return false;
+    if (SaveFormat) m_ImageByteCache = ByteArray(request.takeSource());
     return true;
 }
 
 bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconCx, std::int32_t iconCy, bool SaveFormat,
                                  std::int32_t iconBitDepth) noexcept {
-    const bool loaded = guarded("LoadPicture_File", false, [&] {
+    return loadMember("LoadPicture_File", *this, [&] {
         const bool useUnicode = (m_osCAP & capNtFamily) != 0;
         const platform::UniqueFile file(iparseGetFileHandle(FileName, true, useUnicode));
         if (!file || platform::GetFileSize(file.get()) <= largestRefusedFile) return false;
         LoadRequest request(file.get(), IconRequest(iconCx, iconCy, iconBitDepth));
         return spt_LoadPictureEx(request, SaveFormat);
     });
-    if (!loaded) DestroyDIB();
-    return loaded;
 }
 
 bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconCx, std::int32_t iconCy,
                                    std::int32_t streamStart, std::int32_t streamLength, bool SaveFormat,
                                    std::int32_t iconBitDepth) noexcept {
-    const bool loaded = guarded("LoadPicture_Stream", false, [&] {
+    return loadMember("LoadPicture_Stream", *this, [&] {
         if (inStream.dimensions() != 1) return false;
         if (pvOverlapsStore(inStream)) { // the load frees the store before it reads
             return LoadPicture_Stream(ByteArray(inStream), iconCx, iconCy, streamStart, streamLength, SaveFormat,
@@ -103,8 +84,6 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
                             static_cast<std::size_t>(length), IconRequest(iconCx, iconCy, iconBitDepth));
         return spt_LoadPictureEx(request, SaveFormat);
     });
-    if (!loaded) DestroyDIB();
-    return loaded;
 }
 
 bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t iconCy,

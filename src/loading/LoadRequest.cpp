@@ -1,35 +1,57 @@
 #include "loading/LoadRequest.h"
 #include "platform/files.h"
+#include <algorithm>
 #include <limits>
 #include <stdexcept>
 #include <utility>
 
 namespace pixkit {
 
+std::vector<std::uint8_t> LoadRequest::start(std::size_t count) const {
+    if (!isFile()) return {m_slice.begin(), m_slice.begin() + std::min(count, m_slice.size())};
+    std::vector<std::uint8_t> bytes(std::min(count, fileSize()));
+    read(bytes);
+    return bytes;
+}
+
 std::span<const std::uint8_t> LoadRequest::bytes() {
-    fetchFile();
+    if (isFile() && m_whole.empty()) {
+        m_fileBytes.resize(fileSize());
+        read(m_fileBytes);
+        m_whole = m_slice = m_fileBytes;
+    }
     return m_slice;
 }
 
+OwnBytes LoadRequest::ownBytes() const {
+    const std::size_t size = fileSize();
+    OwnBytes own{std::make_unique_for_overwrite<std::uint8_t[]>(size), size};
+    read(own.bytes());
+    return own;
+}
+
 std::vector<std::uint8_t> LoadRequest::takeSource() {
-    fetchFile();
-    if (m_file == platform::invalidHandle) return {m_whole.begin(), m_whole.end()};
+    bytes();
+    if (!isFile()) return {m_whole.begin(), m_whole.end()};
     m_whole = m_slice = {};
     return std::move(m_fileBytes);
 }
 
-void LoadRequest::fetchFile() {
-    if (m_file == platform::invalidHandle || !m_whole.empty()) return;
+std::size_t LoadRequest::fileSize() const {
     const std::int64_t size = platform::GetFileSize(m_file);
+    if (size < 0 || size > std::numeric_limits<std::int32_t>::max())
+        throw std::runtime_error("the file cannot be read");
+    return static_cast<std::size_t>(size);
+}
+
+// From the file's beginning.
+void LoadRequest::read(std::span<std::uint8_t> into) const {
     std::uint32_t done = 0;
-    if (size < 0 || size > std::numeric_limits<std::int32_t>::max() || !platform::SetFilePointer(m_file, 0)) {
+    const auto count = static_cast<std::uint32_t>(into.size());
+    if (!platform::SetFilePointer(m_file, 0) || !platform::ReadFile(m_file, into.data(), count, done) ||
+        done != count) {
         throw std::runtime_error("the file cannot be read");
     }
-    m_fileBytes.resize(static_cast<std::size_t>(size));
-    if (!platform::ReadFile(m_file, m_fileBytes.data(), static_cast<std::uint32_t>(size), done) || done != size) {
-        throw std::runtime_error("the file cannot be read");
-    }
-    m_whole = m_slice = m_fileBytes;
 }
 
 } // namespace pixkit

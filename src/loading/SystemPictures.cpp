@@ -1,7 +1,7 @@
 // Loading from what the system or the program already has in memory: pictures, handles, resources.
-#include "codecs/bmp/cBMPparser.h"
 #include "codecs/ico/cICOparser.h"
-#include "diagnostics/guard.h"
+#include "loading/ForeignPictures.h"
+#include "loading/loadMember.h"
 #include "platform/gdi.h"
 #include "platform/pictures.h"
 #include "shared/resources.h"
@@ -11,7 +11,7 @@
 namespace pixkit {
 
 bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept {
-    const bool loaded = guarded("LoadPicture_StdPicture", false, [&] {
+    return loadMember("LoadPicture_StdPicture", *this, [&] {
         const auto type = Picture != nullptr ? Picture->Type() : platform::PictureType::none;
         if (m_Handle != 0 && type == platform::PictureType::bitmap &&
             platform::isSameObject(Picture->handle(), m_Handle))
@@ -19,14 +19,12 @@ bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noex
         DestroyDIB();
         if (Picture == nullptr) return false;
         return type == platform::PictureType::icon ? cICOparser::ConvertstdPicTo32bpp(Picture->handle(), *this)
-                                                   : cBMPparser::ConvertstdPicTo32bpp(*Picture, *this);
+                                                   : pixkit::ConvertstdPicTo32bpp(*Picture, *this);
     });
-    if (!loaded) DestroyDIB();
-    return loaded;
 }
 
 bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
-    const bool loaded = guarded("LoadPicture_ByHandle", false, [&] {
+    return loadMember("LoadPicture_ByHandle", *this, [&] {
         if (Handle != 0 && platform::isSameObject(Handle, m_Handle)) { // the load frees the image before it reads
             LoadDIBinDC(false);
             cPixSheet other;
@@ -36,17 +34,15 @@ bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
         }
         DestroyDIB();
         return platform::GetObjectType(Handle) == platform::ObjectType::bitmap
-                   ? cBMPparser::ConvertstdPicTo32bpp(Handle, *this)
+                   ? pixkit::ConvertstdPicTo32bpp(Handle, *this)
                    : cICOparser::ConvertstdPicTo32bpp(Handle, *this);
     });
-    if (!loaded) DestroyDIB();
-    return loaded;
 }
 
 bool cPixSheet::LoadPicture_Resource(const ResourceId& ResIndex, const ResourceId& ResSection, std::int32_t iconCx,
                                      std::int32_t iconCy, std::int32_t streamStart, std::int32_t streamLength,
                                      std::int32_t iconBitDepth) noexcept {
-    const bool loaded = guarded("LoadPicture_Resource", false, [&] {
+    return loadMember("LoadPicture_Resource", *this, [&] {
         const ResourceProvider provider = resourceProvider();
         if (const auto* const section = std::get_if<std::string>(&ResSection)) {
             return provider.bytes && LoadPicture_Stream(ByteArray(provider.bytes(ResIndex, *section)), iconCx, iconCy,
@@ -55,8 +51,6 @@ bool cPixSheet::LoadPicture_Resource(const ResourceId& ResIndex, const ResourceI
         const auto kind = static_cast<PictureResource>(std::get<std::int32_t>(ResSection));
         return provider.picture && LoadPicture_StdPicture(provider.picture(ResIndex, kind).get());
     });
-    if (!loaded) DestroyDIB();
-    return loaded;
 }
 
 } // namespace pixkit

@@ -16,7 +16,7 @@ bool isNtFamily(const cPixSheet& sheet) noexcept {
     return (HostAccess::osCAP(sheet) & capNtFamily) != 0;
 }
 
-bool toFile(const char* member, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
+bool toFile(const Procedure& member, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
             const WriteOptions& options) noexcept {
     return guarded(member, false, [&] {
         const SourcePicture picture(sheet);
@@ -27,7 +27,8 @@ bool toFile(const char* member, const cPixSheet& sheet, const std::string& FileN
     });
 }
 
-bool toStream(const char* member, const cPixSheet& sheet, ByteArray& outStream, const WriteOptions& options) noexcept {
+bool toStream(const Procedure& member, const cPixSheet& sheet, ByteArray& outStream,
+              const WriteOptions& options) noexcept {
     return guarded(member, false, [&] {
         const SourcePicture picture(sheet);
         return deliverToStream(outStream, write({&picture, 1}, options));
@@ -37,7 +38,7 @@ bool toStream(const char* member, const cPixSheet& sheet, ByteArray& outStream, 
 // Icon files are made of several pictures; without any, of the one that is asked. `deliver` is given them. Returns the
 // number of images.
 template <class Deliver>
-std::int32_t saveIcon(const char* member, const cPixSheet* self, std::span<const cPixSheet* const> Source,
+std::int32_t saveIcon(const Procedure& member, const cPixSheet* self, std::span<const cPixSheet* const> Source,
                       std::span<const IconEntrySize> Sizes, Deliver&& deliver) noexcept {
     return guarded(member, 0, [&] {
         std::vector<SourcePicture> pictures;

@@ -4,7 +4,7 @@
 
 namespace pixkit {
 
-// Files of this size and below are not loaded, and the PNG reader does not test them for its signature.
+// Files of this size and below are not loaded.
 inline constexpr std::int64_t largestRefusedFile = 56;
 
 } // namespace pixkit

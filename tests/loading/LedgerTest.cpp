@@ -2,7 +2,7 @@
 // harm: what each of them gives is written down in tests/data/ledger.txt, one line a file. scripts/ledger.sh writes the
 // ledger anew; the difference is then seen in review.
 #include "support/Ledger.h"
-#include "support/PngLoading.h"
+#include "support/QuietLoads.h"
 #include <algorithm>
 #include <memory>
 
@@ -38,14 +38,15 @@ std::string outcome(const cPixSheet& sheet, bool isLoaded) {
     return text.str();
 }
 
-// Of bytes that end where their memory does, over an existing image.
-std::string loadExactly(std::span<const std::uint8_t> bytes) {
-    const auto copy = std::make_unique<std::uint8_t[]>(bytes.size());
-    std::ranges::copy(bytes, copy.get());
+// Of bytes that end where their memory does, and begin `offset` bytes behind it, over an existing image.
+std::string loadExactly(std::span<const std::uint8_t> bytes, std::size_t offset = 0) {
+    const auto copy = std::make_unique<std::uint8_t[]>(offset + bytes.size());
+    std::ranges::copy(bytes, copy.get() + offset);
     cPixSheet sheet;
     sheet.InitializeDIB(3, 2);
+    const auto size = static_cast<std::uint32_t>(offset + bytes.size());
     const bool isLoaded =
-        sheet.LoadPicture_Stream(ByteArray::borrow(copy.get(), {0, static_cast<std::uint32_t>(bytes.size())}));
+        sheet.LoadPicture_Stream(ByteArray::borrow(copy.get(), {0, size}), 32, 32, static_cast<std::int32_t>(offset));
     return outcome(sheet, isLoaded);
 }
 
@@ -73,7 +74,10 @@ TEST_F(Ledger, APictureGivesSomethingElseThanIsWrittenDown) {
         }
         const platform::ScopedFault noZlib(platform::SeamCall::loadLibrary);
         EXPECT_EQ(loadExactly(bytes), result) << "without libraries";
-        actual << name << ": " << result << '\n';
+        actual << name << ": " << result;
+        const std::string inside = loadExactly(bytes, 1000);
+        if (inside != result) actual << "; inside of an array: " << inside;
+        actual << '\n';
     }
     compareWithLedger("ledger.txt", actual.str());
 }

@@ -2,7 +2,6 @@
 // tests/data/written.txt, the same in every build. Whether others read the right pixels in them is tests/oracle's
 // question.
 #include "support/Ledger.h"
-#include "support/PngBuilder.h"
 #include "surface/HostAccess.h"
 #include <functional>
 
@@ -25,12 +24,12 @@ Pixel of(unsigned r, unsigned g, unsigned b, unsigned alpha = 255) {
 Pixel gray(unsigned value, unsigned alpha = 255) {
     return of(value, value, value, alpha);
 }
+Pixel orHole(unsigned x, unsigned y, const Pixel& pixel) {
+    return (x * x + y * y) % 31 < 9 ? Pixel{} : pixel;
+}
 unsigned random(unsigned x, unsigned y) {
     static const Samples samples = noise(5);
     return samples(x, y, 0);
-}
-bool isHole(unsigned x, unsigned y) {
-    return (x * x + y * y) % 31 < 9;
 }
 
 constexpr Picture pictures[] = {
@@ -40,18 +39,16 @@ constexpr Picture pictures[] = {
     {"4-grays", 10, 5, AlphaNone, [](auto x, auto y) { return gray((x + y) % 4 * 85); }},
     {"16-grays", 17, 6, AlphaNone, [](auto x, auto y) { return gray((x + y) % 16 * 17); }},
     {"grays", 16, 16, AlphaNone, [](auto x, auto y) { return gray(y * 16 + x); }},
-    {"grays-with-hole", 30, 9, AlphaSimple, [](auto x, auto y) { return isHole(x, y) ? Pixel{} : gray(x * 8); }},
+    {"grays-with-hole", 30, 9, AlphaSimple, [](auto x, auto y) { return orHole(x, y, gray(x * 8)); }},
     {"translucent-grays", 50, 60, AlphaComplex, [](auto x, auto y) { return gray(x * 5, y * 4); }},
     {"2-colors", 131, 7, AlphaNone, [](auto x, auto) { return x < 130 ? of(200, 3, 7) : of(9, 200, 90); }},
-    {"3-colors-with-hole", 40, 20, AlphaSimple,
-     [](auto x, auto y) { return isHole(x, y) ? Pixel{} : of(y / 7 * 100, 4, 90); }},
+    {"3-colors-with-hole", 40, 20, AlphaSimple, [](auto x, auto y) { return orHole(x, y, of(y / 7 * 100, 4, 90)); }},
     {"16-translucent-colors", 64, 16, AlphaComplex,
      [](auto x, auto y) { return of(x / 4 * 16, 90, x / 4 * 3, 10 + random(x / 4, y / 16) % 240); }},
     {"256-colors", 64, 20, AlphaNone, [](auto x, auto y) { return of(x * 4, y / 5 * 80, 7); }},
     {"257-colors", 257, 3, AlphaNone, [](auto x, auto) { return of(x, x / 256, 9); }},
     {"photo", 61, 47, AlphaNone, [](auto x, auto y) { return of(x * 4, y * 5, (x + y) * 2 + random(x, y) % 16); }},
-    {"keyed-photo", 40, 33, AlphaSimple,
-     [](auto x, auto y) { return isHole(x, y) ? Pixel{} : of(x * 6, y * 7, random(x, y)); }},
+    {"keyed-photo", 40, 33, AlphaSimple, [](auto x, auto y) { return orHole(x, y, of(x * 6, y * 7, random(x, y))); }},
     {"glass", 48, 48, AlphaComplex,
      [](auto x, auto y) { return of(x * 5, y * 5, random(x, y), (x * x + y * y) / 18 % 256); }},
     {"large", 300, 230, AlphaComplex,
@@ -65,21 +62,10 @@ constexpr Picture pictures[] = {
 };
 
 void draw(cPixSheet& sheet, const Picture& picture) {
-    std::vector<Pixel> pixels;
-    for (std::int32_t i = 0; i < picture.width * picture.height; ++i)
-        pixels.push_back(
-            picture.at(static_cast<unsigned>(i % picture.width), static_cast<unsigned>(i / picture.width)));
-    fill(sheet, picture.width, picture.height, pixels);
-    sheet.Alpha(picture.alpha);
+    test::draw(sheet, picture.width, picture.height, picture.alpha, picture.at);
     if (picture.name != std::string("cursor")) return;
     HostAccess::ImageType(sheet, imgCursorARGB);
     HostAccess::hotspot(sheet, {20, 9});
-}
-
-// The only bytes that depend on the day.
-void clearTimeStamp(ByteArray& tga) {
-    const auto area = tga.data() + tga.size() - 26 - 495;
-    std::fill_n(area + 367, 12, std::uint8_t{0});
 }
 
 using Ledger = std::function<void(const std::string& options, bool isSaved, const ByteArray& stream)>;
@@ -92,26 +78,24 @@ void writeFlat(const cPixSheet& sheet, const Ledger& add) {
                 sheet.SaveToStream_Bitmap(bytes, keep, fill), bytes);
     for (const std::int32_t quality : {-5, 1, 30, 70, 89, 90, 100})
         add("jpg " + std::to_string(quality), sheet.SaveToStream_JPG(bytes, quality), bytes);
-}
-
-void writeTGA(const cPixSheet& sheet, const Ledger& add) {
+    for (const bool isAdaptive : {true, false})
+        for (const int tolerance : {1, 128, 255})
+            add((isAdaptive ? "gif " : "gif web-safe ") + std::to_string(tolerance),
+                sheet.SaveToStream_GIF(bytes, isAdaptive, static_cast<std::uint8_t>(tolerance)), bytes);
     for (unsigned flags = 0; flags < 8; ++flags) {
-        ByteArray bytes;
-        const bool premultiplied = (flags & 4) != 0;
-        const bool isSaved = sheet.SaveToStream_TGA(bytes, (flags & 1) != 0, (flags & 2) != 0, premultiplied);
-        if (premultiplied && sheet.Alpha() != AlphaNone) clearTimeStamp(bytes);
-        add(std::string("tga") + ((flags & 1) != 0 ? " rle" : "") + ((flags & 2) != 0 ? " palette" : "") +
-                (premultiplied ? " premultiplied" : ""),
+        const bool isCoded = (flags & 1) != 0, isReduced = (flags & 2) != 0, asStored = (flags & 4) != 0;
+        const bool isSaved = sheet.SaveToStream_TGA(bytes, isCoded, isReduced, asStored);
+        // The time in the extension area, which stands before the footer.
+        if (asStored && sheet.Alpha() != AlphaNone)
+            std::fill_n(bytes.data() + bytes.size() - 26 - 495 + 367, 12, std::uint8_t{0});
+        add(std::string("tga") + (isCoded ? " rle" : "") + (isReduced ? " palette" : "") +
+                (asStored ? " premultiplied" : ""),
             isSaved, bytes);
     }
 }
 
-void writeIndexed(const cPixSheet& sheet, const Ledger& add) {
+void writeIcons(const cPixSheet& sheet, const Ledger& add) {
     ByteArray bytes;
-    for (const bool isAdaptive : {true, false})
-        for (const std::uint8_t tolerance : std::initializer_list<std::uint8_t>{1, 128, 255})
-            add((isAdaptive ? "gif " : "gif web-safe ") + std::to_string(tolerance),
-                sheet.SaveToStream_GIF(bytes, isAdaptive, tolerance), bytes);
     for (const std::int32_t depth : {1, 4, 8, 24, 32})
         for (const auto& [width, height] : {std::pair(0, 0), {16, 16}, {31, 48}, {256, 40}}) {
             const IconEntrySize entry[] = {{width, height, depth}};
@@ -132,36 +116,30 @@ void writePNG(const Picture& picture, const Ledger& add) {
         PngValue value;
         const char* keyword = "";
     };
-    const std::pair<const char*, std::vector<Setting>> rows[] = {
-        {"png", {}},
-        {"png level 0", {{pngCompressionLevel, 0}}},
-        {"png level 1", {{pngCompressionLevel, 1}}},
-        {"png level 9", {{pngCompressionLevel, 9}}},
-        {"png no filter", {{pngFilterMethod, filterNone}}},
-        {"png sub", {{pngFilterMethod, filterSub}}},
-        {"png up", {{pngFilterMethod, filterUp}}},
-        {"png average", {{pngFilterMethod, filterAverage}}},
-        {"png paeth", {{pngFilterMethod, filterPaeth}}},
-        {"png adaptive", {{pngFilterMethod, filterAdaptive}}},
-        {"png interlaced", {{pngInterlaced, -1}}},
-        {"png interlaced, paeth", {{pngInterlaced, 1}, {pngFilterMethod, filterPaeth}}},
-        {"png background", {{pngBackgroundColor, 0x2010F0}}},
-        {"png texts, density, time",
-         {{pngTitle, "Gr\u00FC\u00DFe"},
-          {pngText, "\u65E5\u672C", "Place"},
-          {pngComment, std::string(3000, 'n')},
-          {pngDescription, std::string(3000, 'n') + "\u65E5"},
-          {pngPixelsPerMeterX, 2835},
-          {pngLastModified, "2024-02-29 12:34:56"}}},
-    };
-    for (const auto& [options, settings] : rows) {
+    const auto row = [&](const std::string& options, const std::vector<Setting>& settings) {
         cPixSheet sheet;
         draw(sheet, picture);
         for (const Setting& setting : settings)
             EXPECT_TRUE(sheet.PngPropertySet(setting.property, setting.value, setting.keyword)) << options;
         ByteArray bytes;
         add(options, sheet.SaveToStream_PNG(bytes), bytes);
+    };
+    row("png", {});
+    for (const int level : {0, 1, 9})
+        row("png level " + std::to_string(level), {{pngCompressionLevel, level}});
+    for (int filter = filterNone; filter <= filterAdaptive; ++filter) {
+        row("png filter " + std::to_string(filter), {{pngFilterMethod, filter}});
+        row("png interlaced, filter " + std::to_string(filter), {{pngInterlaced, 1}, {pngFilterMethod, filter}});
     }
+    row("png interlaced", {{pngInterlaced, -1}});
+    row("png background", {{pngBackgroundColor, 0x2010F0}});
+    const std::string longText(3000, 'n');
+    row("png texts, density, time", {{pngTitle, "Gr\u00FC\u00DFe"},
+                                     {pngText, "\u65E5\u672C", "Place"},
+                                     {pngComment, longText},
+                                     {pngDescription, longText + "\u65E5"},
+                                     {pngPixelsPerMeterX, 2835},
+                                     {pngLastModified, "2024-02-29 12:34:56"}});
 }
 
 } // namespace
@@ -176,11 +154,8 @@ TEST(WrittenLedger, AFileHasOtherBytesThanAreWrittenDown) {
         };
         cPixSheet sheet;
         draw(sheet, picture);
-        const auto pixels = pixelsOf(sheet);
         writeFlat(sheet, add);
-        writeTGA(sheet, add);
-        writeIndexed(sheet, add);
-        EXPECT_EQ(pixelsOf(sheet), pixels) << "saving touched " << picture.name;
+        writeIcons(sheet, add);
         writePNG(picture, add);
     }
     compareWithLedger("written.txt", lines.str());

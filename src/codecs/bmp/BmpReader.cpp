@@ -20,15 +20,13 @@ bool canFill(const BmpInfo& info, std::size_t bytes) {
 
 } // namespace
 
-bool cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
-    const bool isBmp = Stream.size() >= 2 && Stream[0] == 'B' && Stream[1] == 'M';
-    if (!isBmp) return LoadSystemPicture(Stream, Host);
+ReadResult cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
     const auto info = readBmpInfo(Stream);
-    if (!info) return false;
+    if (!info) return {};
     const auto data = Stream.subspan(info->pixelOffset);
-    if (!canFill(*info, data.size())) return false;
+    if (!canFill(*info, data.size())) return {};
     BmpRows rows(*info, data);
-    if (!Host.InitializeDIB(info->width, info->height)) return false;
+    if (!Host.InitializeDIB(info->width, info->height)) return {};
     const PixelView pixels = HostAccess::pixels(Host);
     AlphaClassification alpha;
     if (info->masks.alpha != 0) {
@@ -48,7 +46,7 @@ bool cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& Hos
     }
     Host.Alpha(alpha.bIsAlpha);
     HostAccess::ImageType(Host, alpha.imgType);
-    return true;
+    return {ReadOutcome::loaded};
 }
 
 } // namespace pixkit

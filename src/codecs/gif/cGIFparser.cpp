@@ -10,35 +10,24 @@ namespace pixkit {
 
 using namespace std::string_view_literals;
 
-bool cGIFparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost) {
+ReadResult cGIFparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost) {
     c_GIFdata = inStream;
-    const bool parsed = ParseGIF(cHost);
-    c_GIFdata = {};
-    return parsed;
+    try {
+        return ReadResult::of(ParseGIF(cHost));
+    } catch (const std::exception& error) {
+        return {ReadOutcome::damaged, error.what()};
+    }
 }
 
 bool cGIFparser::ParseGIF(cPixSheet& cHost) {
-    try {
-        switch (findGifFrame(c_GIFdata, m_frame)) {
-        case GifWalk::refused:
-            return false;
-        case GifWalk::endsEarly:
-            cHost.DestroyDIB();
-            return true; // although nothing was loaded: callers look at the host
-        case GifWalk::found:
-            break;
-        }
-        // A frame without pixels or colours, or with more than a store can hold, is not worth asking the loader.
-        const std::uint64_t bytes = std::uint64_t{m_frame.width} * m_frame.height * 4;
-        if (m_frame.gColorsUsed == 0 || bytes == 0 || bytes > std::numeric_limits<std::int32_t>::max()) return false;
+    if (findGifFrame(c_GIFdata, m_frame) != GifWalk::found) return false;
+    // A frame without pixels or colours, or with more than a store can hold, is not worth asking the loader.
+    const std::uint64_t bytes = std::uint64_t{m_frame.width} * m_frame.height * 4;
+    if (m_frame.gColorsUsed == 0 || bytes == 0 || bytes > std::numeric_limits<std::int32_t>::max()) return false;
 
-        buildFrame();
-        if (m_frame.TransIndex) grayFrameTable();
-        return ConvertGIFto32bpp(cHost);
-    } catch (const std::exception&) {
-        cHost.DestroyDIB();
-        return true;
-    }
+    buildFrame();
+    if (m_frame.TransIndex) grayFrameTable();
+    return ConvertGIFto32bpp(cHost);
 }
 
 // Header and global table, the control extension if there was one, the image, the trailer.

@@ -1,6 +1,7 @@
 // GIF files: the first frame is read, one frame is written. README.md in this folder explains the format and lists what
 // the reader is lenient about.
 #pragma once
+#include "codecs/Reading.h"
 #include "codecs/Writing.h"
 #include "coding/GifFrame.h"
 #include <cstddef>
@@ -17,10 +18,9 @@ class cPixSheet;
 class cGIFparser {
   public:
     // Reads the first frame at its own size into the host; ImageType becomes imgGIF, Alpha AlphaSimple when the frame
-    // names a transparent colour, else AlphaNone. False, without an image, for data that is not GIF or whose frame is
-    // none that can be shown. Where the data ends inside of a block, or memory does, the host is emptied and the answer
-    // is true: whether there is an image shows in the host.
-    bool LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost);
+    // names a transparent colour, else AlphaNone. Data that ends inside of a block counts as damaged, and so does
+    // whatever else goes wrong, an end of memory included. An object serves one load, which the data must outlive.
+    ReadResult LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost);
 
     // A GIF file of one picture. Where the Alpha property says that there is alpha, pixels whose alpha is below
     // OpaquenessTolerance become transparent and all others opaque in their straight colours; only then the file says

@@ -51,19 +51,19 @@ bool cICOparser::LoadDirectory(std::span<const std::uint8_t> Stream) {
     return directory.has_value();
 }
 
-bool cICOparser::LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY, cPixSheet& Host,
-                            std::int32_t bitDepth) {
-    if (!LoadDirectory(Stream)) return false;
+ReadResult cICOparser::LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY,
+                                  cPixSheet& Host, std::int32_t bitDepth) {
+    if (!LoadDirectory(Stream)) return {isIconFile(Stream) ? ReadOutcome::damaged : ReadOutcome::otherFormat};
     std::vector<const IcoEntry*> candidates;
     for (const IcoEntry& entry : m_directory.entries)
         candidates.push_back(&entry);
     for (int attempt = 0; attempt < mostAttempts && !candidates.empty(); ++attempt) {
         const auto best = std::ranges::min_element(
             candidates, {}, [&](const IcoEntry* entry) { return distance(*entry, cX, cY, bitDepth); });
-        if (loadEntry(**best, Host)) return true;
+        if (loadEntry(**best, Host)) return {ReadOutcome::loaded};
         candidates.erase(best);
     }
-    return false;
+    return {};
 }
 
 bool cICOparser::loadEntry(const IcoEntry& entry, cPixSheet& host) const {
@@ -71,8 +71,7 @@ bool cICOparser::loadEntry(const IcoEntry& entry, cPixSheet& host) const {
         if (!loadBitmap(entry, host)) return false;
     } else {
         // As a stream, for which the PNG reader has no least size.
-        cPNGparser().LoadStream(entry.payload, host);
-        if (host.Handle() == 0) return false;
+        if (!cPNGparser().LoadStream(entry.payload, host)) return false;
         HostAccess::ImageType(host, imgPNGicon);
     }
     HostAccess::hotspot(host, entry.hotspot);

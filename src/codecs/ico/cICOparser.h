@@ -1,6 +1,7 @@
 // Icon and cursor files. README.md in this folder explains the format, lists what the reader is lenient about, and says
 // what is written.
 #pragma once
+#include "codecs/Reading.h"
 #include "codecs/Writing.h"
 #include "codecs/ico/IcoDirectory.h"
 #include "platform/handle.h"
@@ -20,10 +21,9 @@ class cICOparser {
     // that size, else the next larger, else the largest; among those the nearest depth, the greater of two. 0 for cX,
     // cY or bitDepth means any: then the largest, or deepest. Should that image be damaged, the next best is taken.
     // Alpha and ImageType follow from the image: imgPNGicon for a PNG; imgIconARGB or imgCursorARGB where a bitmap's
-    // alpha counts, imgIcon or imgCursor where its mask does. The hotspot stays with the host (HostAccess). False, and
-    // an empty host, for other data, or when no image can be read.
-    bool LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY, cPixSheet& Host,
-                    std::int32_t bitDepth);
+    // alpha counts, imgIcon or imgCursor where its mask does. The hotspot stays with the host (HostAccess).
+    ReadResult LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY, cPixSheet& Host,
+                          std::int32_t bitDepth);
 
     // Only looks at what the file holds, for the members below; false for other data.
     bool LoadDirectory(std::span<const std::uint8_t> Stream);

@@ -4,9 +4,7 @@
 #include "coding/RowBytes.h"
 #include "coding/deflate/Inflate.h"
 #include "diagnostics/guard.h"
-#include "platform/files.h"
 #include "shared/checked.h"
-#include "shared/limits.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstdlib>
@@ -25,9 +23,6 @@ constexpr std::uint32_t chunkType(const char (&name)[5]) noexcept {
            static_cast<std::uint32_t>(name[2]) << 8 | static_cast<std::uint32_t>(name[3]);
 }
 
-// What is read of a file to test it for the signature.
-constexpr std::size_t testedBytes = 58;
-
 struct FreeDeleter {
     void operator()(void* memory) const noexcept { std::free(memory); } // NOLINT(cppcoreguidelines-no-malloc)
 };
@@ -40,65 +35,43 @@ ZeroedBytes allocateZeroed(std::size_t bytes) {
     return memory;
 }
 
-bool readFile(platform::Handle file, std::span<std::uint8_t> into) noexcept {
-    std::uint32_t done = 0;
-    return platform::ReadFile(file, into.data(), static_cast<std::uint32_t>(into.size()), done) && done == into.size();
-}
-
 } // namespace
 
 // --- entry points
 
-bool cPNGparser::LoadFile(platform::Handle FileHandle, cPixSheet& dibClass) {
-    bool result = false;
-    const std::int64_t size = platform::GetFileSize(FileHandle);
-    if (size < 0 || size > std::numeric_limits<std::int32_t>::max() || !platform::SetFilePointer(FileHandle, 0)) {
-        return result;
-    }
-    std::array<std::uint8_t, testedBytes> start{};
-    const auto startSize = static_cast<std::size_t>(std::min<std::int64_t>(size, testedBytes));
-    if (!readFile(FileHandle, std::span(start).first(startSize))) return result;
-    if (size > largestRefusedFile) { // smaller ones are not tested, and what they give does not count as a PNG
-        if (!IsPNG(start)) return result;
-        result = true;
-    }
-    loadInto(dibClass, [&] {
-        const auto fileSize = static_cast<std::size_t>(size);
-        m_ownBytes = std::make_unique_for_overwrite<std::uint8_t[]>(fileSize);
-        const std::span bytes(m_ownBytes.get(), fileSize);
-        std::copy_n(start.begin(), startSize, bytes.begin());
-        if (readFile(FileHandle, bytes.subspan(startSize))) LoadPNG(bytes, RunningEnd::ofFile);
+ReadResult cPNGparser::LoadFile(const PictureSource& File, cPixSheet& dibClass) {
+    return loadInto(dibClass, [&] {
+        OwnBytes file = File.ownBytes();
+        m_ownBytes = std::move(file.data);
+        return LoadPNG({m_ownBytes.get(), file.size}, RunningEnd::ofFile);
     });
-    return result;
 }
 
-bool cPNGparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass) {
-    if (!IsPNG(Stream)) return false;
-    loadInto(dibClass, [&] { LoadPNG(Stream, RunningEnd::ofStream); });
-    return true;
+ReadResult cPNGparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass) {
+    return loadInto(dibClass, [&] { return LoadPNG(Stream, RunningEnd::ofStream); });
 }
 
 template <class Body>
-void cPNGparser::loadInto(cPixSheet& host, Body&& load) {
+ReadResult cPNGparser::loadInto(cPixSheet& host, Body&& load) {
     cHost = &host;
     try {
-        load();
+        return {load()};
     } catch (const std::exception& error) {
-        host.DestroyDIB();
-        m_runtimeError = error.what();
         reportError("cPNGparser", error.what());
+        return {ReadOutcome::failed, error.what()};
     }
-    cHost = nullptr;
 }
 
 bool cPNGparser::IsPNG(std::span<const std::uint8_t> bytes) noexcept {
     return bytes.size() >= signature.size() && std::equal(signature.begin(), signature.end(), bytes.begin());
 }
 
-void cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base) {
+ReadOutcome cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base) {
+    if (!IsPNG(pngStream)) return ReadOutcome::otherFormat;
     m_TransColor = -1;
     m_pngStream = pngStream;
-    if (walkChunks(base) && !m_IDAT.empty()) PostLoadPNG();
+    const bool isLoaded = walkChunks(base) && !m_IDAT.empty() && PostLoadPNG();
+    return isLoaded ? ReadOutcome::loaded : ReadOutcome::damaged;
 }
 
 // --- chunks
@@ -273,23 +246,25 @@ std::optional<std::size_t> cPNGparser::zInflate(std::uint8_t* output, std::size_
 
 // --- from compressed data to the host
 
-void cPNGparser::PostLoadPNG() {
+// False without a picture.
+bool cPNGparser::PostLoadPNG() {
     const std::size_t uncmprssSize = m_Width == 0 ? 0 : CalcUncompressedWidth();
-    if (uncmprssSize == 0 || !isDepthSuited()) return; // no IHDR, or a combination that the PNG standard does not have
+    if (uncmprssSize == 0 || !isDepthSuited())
+        return false; // no IHDR, or a combination that the PNG standard does not have
     const ZeroedBytes RawPNGdata = allocateZeroed(uncmprssSize);
     auto written = zInflate(RawPNGdata.get(), uncmprssSize, m_IDAT);
     if (!written) {
         // What zlib refuses, the built-in decoder decides, and without zlib it decides alone: a picture loads the same
         // with and without the library.
         const auto result = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, m_IDAT.data(), m_IDAT.size());
-        if (result.outcome == deflate::Outcome::damaged) return;
+        if (result.outcome == deflate::Outcome::damaged) return false;
         written = result.written;
     }
     // Rows that the data does not reach are zero, whatever a decoder used their place for.
     std::memset(RawPNGdata.get() + *written, 0, uncmprssSize - *written);
     m_ownBytes.reset(); // before the host takes memory for its pixels
     InitializePalette();
-    if (!cHost->InitializeDIB(m_Width, m_Height)) return;
+    if (!cHost->InitializeDIB(m_Width, m_Height)) return false;
     prepareConversion();
     if (m_Interlacing == 1) {
         UnfilterInterlaced(RawPNGdata.get());
@@ -301,6 +276,7 @@ void cPNGparser::PostLoadPNG() {
     const AlphaTypeEnum keyed = m_TransColor == -1 ? AlphaNone : AlphaSimple;
     cHost->Alpha(hasAlphaChannel ? AlphaComplex : keyed);
     HostAccess::ImageType(*cHost, imgPNG);
+    return true;
 }
 
 bool cPNGparser::isDepthSuited() const noexcept {

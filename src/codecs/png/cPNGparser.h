@@ -1,8 +1,8 @@
 // Reads PNG data (the PNG standard, ISO/IEC 15948) into the pixels of a cPixSheet. A pure reader: it looks at IHDR,
 // PLTE, tRNS, IDAT and IEND and passes over every other chunk. README.md in this folder lists what it is lenient about.
 #pragma once
+#include "codecs/Reading.h"
 #include "coding/Interlace.h"
-#include "platform/handle.h"
 #include "shared/cCDECL.h"
 #include "surface/cPixSheet.h"
 #include <array>
@@ -10,22 +10,16 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <string>
 
 namespace pixkit {
 
 // One parser serves one load.
 class cPNGparser {
   public:
-    // Loads an open file from its beginning. True when the data bears the PNG signature, whether an image came of it or
-    // not: the host tells that.
-    bool LoadFile(platform::Handle FileHandle, cPixSheet& dibClass);
+    // Reads a whole file into memory of its own.
+    ReadResult LoadFile(const PictureSource& File, cPixSheet& dibClass);
     // The same for bytes in memory, which are read in place.
-    bool LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass);
-
-    // What an unexpected run-time error (no memory, say) of the last load said; empty when there was none. Data that is
-    // no PNG, or a damaged one, is no such error.
-    const std::string& runtimeError() const noexcept { return m_runtimeError; }
+    ReadResult LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass);
 
   private:
     // A chunk's last byte is counted from a base that differs between the two sources: in a stream it may lie one byte
@@ -48,9 +42,9 @@ class cPNGparser {
     };
 
     template <class Body>
-    void loadInto(cPixSheet& host, Body&& load);
+    ReadResult loadInto(cPixSheet& host, Body&& load);
     static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
-    void LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
+    ReadOutcome LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
     bool walkChunks(RunningEnd base);
     ChunkResult zHandleChunk(const Chunk& chunk);
     ChunkResult zChunk_IHDR(const Chunk& chunk);
@@ -62,7 +56,7 @@ class cPNGparser {
 
     void joinIDAT(std::span<const std::uint8_t> payload);
 
-    void PostLoadPNG();
+    bool PostLoadPNG();
     std::optional<std::size_t> zInflate(std::uint8_t* output, std::size_t capacity,
                                         std::span<const std::uint8_t> input) const;
     bool isDepthSuited() const noexcept;
@@ -100,7 +94,6 @@ class cPNGparser {
     std::unique_ptr<std::uint8_t[]> m_ownBytes;
     std::span<const std::uint8_t> m_pngStream; // the data that is walked
     cCDECL cCfunction;                         // zlib; empty when it was not found
-    std::string m_runtimeError;
 
     std::array<std::uint8_t, 256 * 4> m_lookup;                  // ready pixels of gray levels or palette entries
     std::optional<std::array<std::uint8_t, 4>> m_transparentKey; // opaque pixel that stands for a transparent one

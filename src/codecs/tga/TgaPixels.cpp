@@ -67,10 +67,7 @@ bool cTGAparser::buildSurface(cPixSheet& cHost, const TgaLayout& layout) const {
     AlphaOfRows rows(image, m_header.isTopDown());
     // Without alpha all pixels are opaque already, which is what the classification would come to.
     const bool isClassified = layout.hasAlpha && !isTurned;
-    if (!placeRows(image, layout, isClassified ? &rows : nullptr)) {
-        cHost.DestroyDIB();
-        return false;
-    }
+    if (!placeRows(image, layout, isClassified ? &rows : nullptr)) return false;
     AlphaTypeEnum alpha = AlphaNone;
     if (isTurned) {
         turnRightToLeft(image, layout.hasAlpha);

@@ -45,11 +45,11 @@ constexpr std::size_t bytesOf(std::uint8_t bits) noexcept {
 
 } // namespace
 
-bool cTGAparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset) {
+ReadResult cTGAparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset) {
     m_stream = inStream;
     m_streamOffset = streamOffset;
-    if (!isTGA()) return false;
-    return m_header.isColorMapped() ? ProcessColorMap(cHost) : ProcessTrueColor(cHost);
+    if (!isTGA()) return {ReadOutcome::otherFormat};
+    return ReadResult::of(m_header.isColorMapped() ? ProcessColorMap(cHost) : ProcessTrueColor(cHost));
 }
 
 // The format has no signature at its beginning: the header must make sense, and the picture it speaks of must fit.

@@ -1,6 +1,7 @@
 // Reads TGA data into the pixels of a cPixSheet, and writes a cPixSheet as TGA (the Truevision TGA file format,
 // version 2.0). README.md in this folder teaches the format and lists where this reader goes its own way.
 #pragma once
+#include "codecs/Reading.h"
 #include "codecs/Writing.h"
 #include "codecs/tga/TgaSamples.h"
 #include "shared/PixelView.h"
@@ -15,9 +16,9 @@ class AlphaOfRows;
 
 class cTGAparser {
   public:
-    // Reads `inStream`, which the caller took from index `streamOffset` of its array. True when the host then holds the
-    // image. Data that is no TGA, or too short for its picture, leaves the host without one.
-    bool LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset);
+    // Reads `inStream`, which the caller took from index `streamOffset` of its array. Data that is too short for its
+    // picture counts as another format.
+    ReadResult LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset);
 
     // A TGA file with footer, bottom row first. The Alpha property decides between 24 bits a pixel and 32, whatever the
     // pixels say. useBitReduction writes an opaque image of at most 256 colours with a palette; useCompression

@@ -25,12 +25,9 @@ TEST_F(GifFiles, DataThatEndsEarlyIsReadBeyondOrLeavesAPicture) {
             const auto cut = std::make_unique<std::uint8_t[]>(length); // sanitizers watch its end
             std::copy_n(whole.begin(), length, cut.get());
             cPixSheet sheet;
-            sheet.InitializeDIB(3, 2);
-            const bool parsed = cGIFparser().LoadStream({cut.get(), length}, sheet);
-            // A run-time error answers true with an empty host; what is no GIF is left to other readers.
-            const bool isGif = length >= 6, onlyTrailerLacks = length == whole.size() - 1;
-            EXPECT_EQ(parsed, isGif) << length;
-            EXPECT_EQ(sheet.Width(), onlyTrailerLacks ? 9 : isGif ? 0 : 3) << length;
+            const ReadResult result = cGIFparser().LoadStream({cut.get(), length}, sheet);
+            EXPECT_EQ(static_cast<bool>(result), length == whole.size() - 1)
+                << "only the trailer is not needed: " << length;
         }
     }
 }

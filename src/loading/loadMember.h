@@ -1,0 +1,18 @@
+// The frame of every member that loads.
+#pragma once
+#include "diagnostics/guard.h"
+#include "surface/cPixSheet.h"
+#include <utility>
+
+namespace pixkit {
+
+// Runs `load` under the guard. A load that fails leaves the instance empty, wherever it failed: here is the place that
+// sees to it, and readers need not.
+template <class Load>
+bool loadMember(const Procedure& member, cPixSheet& sheet, Load&& load) noexcept {
+    const bool isLoaded = guarded(member, false, std::forward<Load>(load));
+    if (!isLoaded) sheet.DestroyDIB();
+    return isLoaded;
+}
+
+} // namespace pixkit
