@@ -45,9 +45,10 @@ nothing_left() {
 
 # It stands alone: only libraries that every Windows has.
 imports_of_the_system() {
-    objdump -p "$dll" | grep -q 'DLL Name' || return 1
-    ! objdump -p "$dll" | sed -n 's/.*DLL Name: //p' |
-        grep -viE '^(advapi32|gdi32|kernel32|msimg32|msvcrt|ole32|oleaut32|shell32|shlwapi|user32)\.dll$'
+    local imports
+    imports=$(objdump -p "$dll" | sed -n 's/.*DLL Name: //p')
+    [ -n "$imports" ] &&
+        ! grep -viE '^(advapi32|gdi32|kernel32|msimg32|msvcrt|ole32|oleaut32|shell32|shlwapi|user32)\.dll$' <<<"$imports"
 }
 
 check "imports" imports_of_the_system
