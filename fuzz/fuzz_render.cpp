@@ -1,9 +1,8 @@
 // Drawing with any arguments, onto images and device contexts of any size. The source stays as it was; nothing is
 // touched outside (the sanitizers see that).
+#include "platform/faults.h"
 #include "platform/gdi.h"
 #include "render/Canvas.h"
-#include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
 #include "targets.h"
 #include <bit>
 
@@ -34,13 +33,13 @@ std::vector<std::uint8_t> bitsOf(const cPixSheet& sheet) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
+    const platform::PretendedVersion windows2000({.dwPlatformId = 2, .dwMajorVersion = 5});
     cPixSheet sheet, host;
     input.fill(sheet, 48);
     input.fill(host, 48);
     const std::uint8_t choice = input.byte(), how = input.byte();
     sheet.HighQualityInterpolation((choice & 1) != 0);
-    const std::uint32_t friendly = (choice & 2) != 0 ? std::uint32_t{capUseAlphaBlend} : 0U;
-    HostAccess::osCAP(sheet, capNtFamily | capAlphaBlendReliable | friendly);
+    sheet.isAlphaBlendFriendly((choice & 2) != 0);
     const test::Canvas canvas(1 + input.byte() % 48, 1 + input.byte() % 48, (choice & 4) != 0 ? 24 : 32);
     cPixSheet* const target = (choice & 8) != 0 ? nullptr : (choice & 0x70) == 0 ? &sheet : &host;
     const std::intptr_t dc = (choice & 0x80) != 0 ? argument(input) : canvas.dc;

@@ -1,6 +1,13 @@
 // Failures on purpose, for tests: every call of the seam whose failure somebody above handles asks here first, on both
-// sides. With nothing armed the question costs one relaxed load.
+// sides.
+//
+// Only programs that link pixkit-test-doors (tests, benchmarks, fuzz targets) can make anything fail or look behind the
+// seam: the linker meets that target's objects before the library, and takes the two questions from there. In
+// everything else they are answered by closed.cpp, with no, and nothing of the rest exists. So the library is compiled
+// only once.
 #pragma once
+#include "platform/system.h"
+#include <cstddef>
 #include <cstdint>
 
 namespace pixkit::platform {
@@ -35,12 +42,19 @@ enum class SeamCall : std::uint8_t {
     count
 };
 
+// --- what the platform's own code asks
+
+// Whether this call is to fail now.
+bool faultDue(SeamCall call) noexcept;
+
+// The system that this one is to be taken for; null for none but itself.
+const OsVersion* pretendedVersion() noexcept;
+
+// --- what tests say
+
 // Lets `call` succeed `after` more times in the whole process and then fail `times` times (negative: until disarmed).
 void armFault(SeamCall call, int after = 0, int times = -1) noexcept;
 void disarmFaults() noexcept;
-
-// For the platform's own code: whether this call is to fail now.
-bool faultDue(SeamCall call) noexcept;
 
 // Arms one fault for a scope; every fault is disarmed at its end.
 class ScopedFault {
@@ -50,5 +64,18 @@ class ScopedFault {
     ScopedFault(const ScopedFault&) = delete;
     ScopedFault& operator=(const ScopedFault&) = delete;
 };
+
+// The system is of another version for a scope: what is made then goes by it.
+class PretendedVersion {
+  public:
+    explicit PretendedVersion(OsVersion version) noexcept;
+    ~PretendedVersion();
+    PretendedVersion(const PretendedVersion&) = delete;
+    PretendedVersion& operator=(const PretendedVersion&) = delete;
+};
+
+// How many handles of the portable side are open, of every kind, for tests that look for leaks. Windows keeps its own
+// books: always 0 there.
+std::size_t openHandles() noexcept;
 
 } // namespace pixkit::platform

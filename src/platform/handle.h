@@ -1,5 +1,4 @@
 #pragma once
-#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -10,10 +9,6 @@ using Handle = std::intptr_t;
 
 // What file functions answer instead of a handle when they fail.
 inline constexpr Handle invalidHandle = -1;
-
-// How many handles of the portable side are open, of every kind, for tests that look for leaks. Windows keeps its own
-// books: always 0 there.
-std::size_t openHandles() noexcept;
 
 // Owns one handle and gives it back through `Release` where it goes out of scope.
 template <auto Release, Handle Nothing = 0>

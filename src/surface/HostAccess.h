@@ -17,7 +17,8 @@ struct HostAccess {
     // The pixels of the host; an empty view when it holds no image.
     static PixelView pixels(cPixSheet& host) noexcept { return view(host); }
     static ConstPixelView pixels(const cPixSheet& host) noexcept { return view(host); }
-    // For tests of what is drawn how on systems that are not at hand.
+    // For tests of what is drawn how on systems that are not at hand; being inline, it is in no program that does not
+    // ask.
     static void osCAP(cPixSheet& host, std::uint32_t flags) noexcept { host.m_osCAP = flags; }
     static std::uint32_t osCAP(const cPixSheet& host) noexcept { return host.m_osCAP; }
 

@@ -1,14 +1,11 @@
 #include "platform/system.h"
-#include "platform/handle.h"
+#include "platform/faults.h"
 #include <windows.h>
 
 namespace pixkit::platform {
 
-std::size_t openHandles() noexcept {
-    return 0;
-}
-
 OsVersion GetVersionExA() noexcept {
+    if (const OsVersion* const pretended = pretendedVersion()) return *pretended;
     OSVERSIONINFOEXA info{};
     auto* const plain = reinterpret_cast<OSVERSIONINFOA*>(&info);
     // Systems before NT 4 SP6 and 2000 refuse the extended record, and leave the service pack at 0.

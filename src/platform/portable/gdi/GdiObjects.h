@@ -2,7 +2,7 @@
 #pragma once
 #include "coding/RowBytes.h"
 #include "platform/gdi.h"
-#include "platform/portable/gdi/HandleTable.h"
+#include "platform/portable/HandleTable.h"
 #include "platform/portable/gdi/PixelMemory.h"
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Files through POSIX: names are the bytes given, which the library keeps as UTF-8.
 #include "platform/files.h"
 #include "platform/faults.h"
-#include "platform/portable/gdi/HandleTable.h"
+#include "platform/portable/HandleTable.h"
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "platform/libraries.h"
 #include "platform/faults.h"
-#include "platform/portable/gdi/HandleTable.h"
+#include "platform/portable/HandleTable.h"
 #include <cstring>
 #include <dlfcn.h>
 #include <memory>

@@ -1,15 +1,11 @@
 #include "platform/system.h"
-#include "platform/handle.h"
-#include "platform/portable/gdi/HandleTable.h"
+#include "platform/faults.h"
 #include <ctime>
 
 namespace pixkit::platform {
 
-std::size_t openHandles() noexcept {
-    return openHandleCount;
-}
-
 OsVersion GetVersionExA() noexcept {
+    if (const OsVersion* const pretended = pretendedVersion()) return *pretended;
     return {.dwPlatformId = 2, .dwMajorVersion = 4};
 }
 

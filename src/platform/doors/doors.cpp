@@ -1,8 +1,10 @@
+// What tests open of the seam, on both sides.
 #include "platform/faults.h"
 #include <array>
 #include <atomic>
 #include <cstddef>
 #include <mutex>
+#include <optional>
 
 namespace pixkit::platform {
 
@@ -16,6 +18,8 @@ struct Plan {
 std::atomic<bool> anythingArmed{false};
 std::mutex planMutex;
 std::array<Plan, static_cast<std::size_t>(SeamCall::count)> plans;
+
+std::optional<OsVersion> version;
 
 } // namespace
 
@@ -42,6 +46,18 @@ bool faultDue(SeamCall call) noexcept {
     }
     if (plan.times > 0) --plan.times;
     return true;
+}
+
+PretendedVersion::PretendedVersion(OsVersion pretended) noexcept {
+    version = pretended;
+}
+
+PretendedVersion::~PretendedVersion() {
+    version.reset();
+}
+
+const OsVersion* pretendedVersion() noexcept {
+    return version ? &*version : nullptr;
 }
 
 } // namespace pixkit::platform
