@@ -1,5 +1,5 @@
 #include "com/Automation.h"
-#include "platform/win32/names.h"
+#include "platform/win32/system/names.h"
 
 namespace pixkit::com {
 

@@ -3,7 +3,7 @@
 #include "com/Automation.h"
 #include "platform/gdi.h"
 #include "platform/icons.h"
-#include "platform/win32/OlePicture.h"
+#include "platform/win32/pictures/OlePicture.h"
 #include <algorithm>
 #include <ocidl.h>
 #include <windows.h>

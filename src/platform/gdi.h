@@ -93,7 +93,8 @@ bool BitBlt(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::
             std::int32_t sourceX, std::int32_t sourceY, std::uint32_t rasterOperation) noexcept;
 
 // Draws a rectangle of a DIB of 24 or 32 bits whose rows `startScan` to `startScan + lines` are at `bits`. sourceY
-// counts upwards from the lower edge of the DIB. Returns the number of rows taken, 0 on failure.
+// counts upwards from the lower edge of the DIB. Returns the number of rows taken; 0 on failure, for an empty rectangle
+// and for one that lies beside the DIB.
 int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t width, std::uint32_t height,
                       std::int32_t sourceX, std::int32_t sourceY, std::uint32_t startScan, std::uint32_t lines,
                       const void* bits, const BitmapInfoHeader& header) noexcept;
@@ -110,8 +111,8 @@ struct BlendFunction {
     std::uint8_t AlphaFormat = 0; // 1: the source has alpha, and its colour is premultiplied by it
 };
 // Draws a rectangle over another, stretched to its size (nearest pixels, whatever the stretch mode). False, and nothing
-// drawn, for negative sizes, a rectangle that does not lie within the source, and rectangles of one device context that
-// overlap. Rounding is the system's own; the portable side truncates.
+// drawn, for negative sizes, a rectangle that does not lie within the source, rectangles of one device context that
+// overlap, and alpha that is asked of a source without. Rounding is the system's own; the portable side truncates.
 bool AlphaBlend(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,
                 std::int32_t sourceX, std::int32_t sourceY, std::int32_t sourceWidth, std::int32_t sourceHeight,
                 BlendFunction blend) noexcept;

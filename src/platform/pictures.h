@@ -32,7 +32,8 @@ class StdPicture {
     // Natural size in pixels: a bitmap's and icon's own, a metafile's at the screen's resolution. 0 when it has none.
     virtual std::int32_t Width() const noexcept = 0;
     virtual std::int32_t Height() const noexcept = 0;
-    // Draws the whole picture into a rectangle of a device context, stretched to it and cut at the context's edges.
+    // Draws the whole picture into a rectangle of a device context, stretched to it and cut at the context's edges. A
+    // bitmap that is selected somewhere cannot be drawn: nothing arrives, although the answer is true.
     // False when there is nothing to draw, the size is not above 0, or nothing can be drawn on. What alpha bytes become
     // is the system's affair: a picture without alpha leaves 0 or 255.
     virtual bool Render(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width,

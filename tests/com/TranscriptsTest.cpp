@@ -1,7 +1,7 @@
 // The transcripts through COM: late-bound with the variables of scripts (everything in a VARIANT, small numbers in 16
 // bits, arrays of VARIANT) and with those of typed languages, and early-bound through the virtual function table.
 #include "Server.h"
-#include "platform/win32/names.h"
+#include "platform/win32/system/names.h"
 #include "transcripts/Transcript.h"
 #include <algorithm>
 #include <cstring>

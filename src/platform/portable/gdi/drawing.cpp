@@ -94,6 +94,8 @@ int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t w
     const Surface to(dc);
     if (to.bits() == 8) return 0;
     const auto dibHeight = static_cast<Edge>(rowsOf(header));
+    // What lies beside the target is taken all the same; what lies beside the DIB is not there.
+    if (!meet(sourceX, width, 0, header.biWidth) || !meet(sourceY, height, 0, dibHeight)) return 0;
     const auto stride =
         static_cast<std::size_t>(paddedRowBytes(static_cast<std::uint64_t>(header.biWidth), header.biBitCount));
     // From here on rows count from the top, in the DIB too.
@@ -128,6 +130,7 @@ bool AlphaBlend(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, s
     const Surface to(dc);
     const Surface from(source);
     if (to.bits() == 8 || from.bits() == 8) return false; // palettes are not blended
+    if (blend.AlphaFormat != 0 && from.bits() != 32) return false;
     if (Edge{sourceX} + sourceWidth > from.width() || Edge{sourceY} + sourceHeight > from.height()) return false;
     if (from.bitmap() == to.bitmap() && meet(x, width, sourceX, sourceWidth) && meet(y, height, sourceY, sourceHeight))
         return false;

@@ -68,7 +68,7 @@ Gdi& gdi() noexcept {
 
 bool isSupported(const BitmapInfoHeader& header, const ColorTable* colors) noexcept {
     constexpr std::uint32_t BI_RGB = 0;
-    if (header.biSize < sizeof(BitmapInfoHeader) || header.biPlanes != 1 || header.biCompression != BI_RGB)
+    if (header.biSize != sizeof(BitmapInfoHeader) || header.biPlanes != 1 || header.biCompression != BI_RGB)
         return false;
     const auto bits = header.biBitCount;
     if (bits != 24 && bits != 32 && (bits != 8 || colors == nullptr)) return false;

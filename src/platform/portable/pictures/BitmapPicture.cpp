@@ -39,7 +39,8 @@ bool BitmapPicture::Render(Handle dc, std::int32_t x, std::int32_t y, std::int32
     if (width <= 0 || height <= 0 || faultDue(SeamCall::renderPicture)) return false;
     const ObjectRef source = findObject(m_bitmap, ObjectType::bitmap);
     const ObjectRef target = findSelectedBitmap(dc);
-    if (!source || !target || source == target || target->bitmap->bitCount == 8) return false;
+    if (!source || !target || target->bitmap->bitCount == 8) return false;
+    if (source->bitmap->selectedInto != 0) return true; // as the system says, which then draws nothing
     const Bitmap& from = *source->bitmap;
     const Bitmap& to = *target->bitmap;
     try {

@@ -1,4 +1,4 @@
-#include "platform/win32/names.h"
+#include "platform/win32/system/names.h"
 #include <algorithm>
 #include <limits>
 // windows.h needs to come last: its macros must not reach the headers above.

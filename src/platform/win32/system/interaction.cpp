@@ -1,7 +1,7 @@
 #include "platform/interaction.h"
 #include "platform/SystemMessageBox.h"
 #include "platform/faults.h"
-#include "platform/win32/names.h"
+#include "platform/win32/system/names.h"
 #include <windows.h>
 
 namespace pixkit::platform {

@@ -1,6 +1,6 @@
 #include "platform/files.h"
 #include "platform/faults.h"
-#include "platform/win32/names.h"
+#include "platform/win32/system/names.h"
 #include <new>
 #include <windows.h>
 

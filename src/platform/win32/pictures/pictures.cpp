@@ -3,7 +3,7 @@
 #include "coding/lzw/LzwDecoder.h"
 #include "platform/faults.h"
 #include "platform/gdi.h"
-#include "platform/win32/OlePicture.h"
+#include "platform/win32/pictures/OlePicture.h"
 #include <cstring>
 #include <new>
 #include <utility>

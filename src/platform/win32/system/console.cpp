@@ -1,5 +1,5 @@
 #include "platform/console.h"
-#include "platform/win32/names.h"
+#include "platform/win32/system/names.h"
 #include <memory>
 // windows.h needs to come before shellapi.h.
 #include <windows.h>
