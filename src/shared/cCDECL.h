@@ -21,4 +21,9 @@ class cCDECL {
     platform::UniqueLibrary m_library;
 };
 
+// Whether a library can be loaded and exports a function.
+inline bool iparseValidateDLL(const char* DllName, const char* dllProc) noexcept {
+    return cCDECL(DllName).function<void()>(dllProc) != nullptr;
+}
+
 } // namespace pixkit

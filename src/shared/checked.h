@@ -21,4 +21,18 @@ inline std::int32_t longOrOverflow(std::int64_t value) {
     throw std::overflow_error("overflow");
 }
 
+// Length in bytes of a row of `Width` pixels at `bitDepth` bits padded to a multiple of four bytes (the name says word,
+// the alignment is a double word). Throws std::overflow_error where the result does not fit 32 bits signed.
+inline std::int32_t iparseByteAlignOnWord(std::uint8_t bitDepth, std::int32_t Width) {
+    const std::int64_t bits = longOrOverflow(std::int64_t{bitDepth} * Width + 31);
+    return static_cast<std::int32_t>((bits & ~std::int64_t{31}) / 8);
+}
+
+// The value with its four bytes in reverse order (big-endian to little-endian and back).
+constexpr std::int32_t iparseReverseLong(std::int32_t inLong) noexcept {
+    const auto value = static_cast<std::uint32_t>(inLong);
+    return static_cast<std::int32_t>((value >> 24) | ((value >> 8) & 0xFF00U) | ((value << 8) & 0xFF0000U) |
+                                     (value << 24));
+}
+
 } // namespace pixkit

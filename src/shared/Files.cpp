@@ -1,0 +1,69 @@
+#include "shared/Files.h"
+#include "platform/interaction.h"
+
+namespace pixkit {
+
+namespace {
+
+using platform::fileAttributeNormal;
+using platform::FileUse;
+using platform::invalidFileAttributes;
+
+// The system's functions for names of one kind.
+struct NamedFiles {
+    decltype(&platform::CreateFileW) create;
+    decltype(&platform::GetFileAttributesW) getAttributes;
+    decltype(&platform::SetFileAttributesW) setAttributes;
+    decltype(&platform::DeleteFileW) remove;
+    decltype(&platform::MoveFileExW) move;
+};
+
+const NamedFiles& files(bool useUnicode) noexcept {
+    static constexpr NamedFiles wide{&platform::CreateFileW, &platform::GetFileAttributesW,
+                                     &platform::SetFileAttributesW, &platform::DeleteFileW, &platform::MoveFileExW};
+    static constexpr NamedFiles narrow{&platform::CreateFileA, &platform::GetFileAttributesA,
+                                       &platform::SetFileAttributesA, &platform::DeleteFileA, &platform::MoveFileExA};
+    return useUnicode || platform::isDesktopWindowUnicode() ? wide : narrow;
+}
+
+} // namespace
+
+platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bool useUnicode) noexcept {
+    return files(useUnicode).create(FileName, bOpen ? FileUse::openExisting : FileUse::createAlways);
+}
+
+platform::Handle iparseCreateNewFile(const std::string& FileName, bool useUnicode) noexcept {
+    return files(useUnicode).create(FileName, FileUse::createNew);
+}
+
+bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t> bytes) noexcept {
+    std::uint32_t done = 0;
+    const auto count = static_cast<std::uint32_t>(bytes.size());
+    return platform::WriteFile(FileHandle, bytes.data(), count, done) && done == count;
+}
+
+bool iparseFileExists(const std::string& FileName, bool useUnicode) noexcept {
+    return files(useUnicode).getAttributes(FileName) != invalidFileAttributes;
+}
+
+bool iparseIsDirectory(const std::string& FileName, bool useUnicode) noexcept {
+    const std::uint32_t attributes = files(useUnicode).getAttributes(FileName);
+    return attributes != invalidFileAttributes && (attributes & platform::fileAttributeDirectory) != 0;
+}
+
+bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept {
+    const NamedFiles& system = files(useUnicode);
+    return system.setAttributes(FileName, fileAttributeNormal) && system.remove(FileName);
+}
+
+bool iparseReplaceFile(const std::string& FileName, const std::string& ReplacedName, bool useUnicode) noexcept {
+    const NamedFiles& system = files(useUnicode);
+    const std::uint32_t attributes = system.getAttributes(ReplacedName);
+    if (attributes == invalidFileAttributes) return system.move(FileName, ReplacedName); // there is none to replace
+    if (!system.setAttributes(ReplacedName, fileAttributeNormal)) return false;
+    if (system.move(FileName, ReplacedName)) return true;
+    system.setAttributes(ReplacedName, attributes);
+    return false;
+}
+
+} // namespace pixkit
