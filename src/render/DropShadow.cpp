@@ -47,7 +47,7 @@ void castShadow(PixelView shadow, ConstPixelView picture, const Shades& shades) 
 } // namespace
 
 std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, std::int32_t Color) const noexcept {
-    return guarded("CreateDropShadow", std::unique_ptr<cPixSheet>(), [&] {
+    return guarded(Call("CreateDropShadow", "blurDepth, Color", blurDepth, Color), std::unique_ptr<cPixSheet>(), [&] {
         const ConstPixelView picture = HostAccess::pixels(*this);
         if (!picture) return std::unique_ptr<cPixSheet>();
         const std::int32_t t2xBlur = 2 * std::clamp(blurDepth, 0, 10);

@@ -35,7 +35,7 @@ std::size_t replaceEverywhere(const PixelView& image, const OpaquePixel& from, c
 } // namespace
 
 bool cPixSheet::MakeGrayScale(std::int32_t Formula) noexcept {
-    return guarded("MakeGrayScale", false, [&] {
+    return guarded(Call("MakeGrayScale", "Formula", Formula), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || Formula == gsclNone) return false;
         const kernels::GrayWeights weights = iparseGrayScaleRatios(Formula);
@@ -54,7 +54,7 @@ bool cPixSheet::MakeImageInverse() noexcept {
 }
 
 bool cPixSheet::MakeLighterDarker(float Percent) noexcept {
-    return guarded("MakeLighterDarker", false, [&] {
+    return guarded(Call("MakeLighterDarker", "Percent", Percent), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         // A percentage out of range is ignored, not held at the limit; the negated test catches a NaN as well.
         if (!image || !(Percent >= -100.0F && Percent <= 100.0F) || Percent == 0.0F) return false;
@@ -64,7 +64,7 @@ bool cPixSheet::MakeLighterDarker(float Percent) noexcept {
 }
 
 bool cPixSheet::MakeTransparent(std::int32_t TransparentColor, bool Revert) noexcept {
-    return guarded("MakeTransparent", false, [&] {
+    return guarded(Call("MakeTransparent", "TransparentColor, Revert", TransparentColor, Revert), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image) return false;
         const ColorChannels channels = iparseColorChannels(TransparentColor);
@@ -82,7 +82,7 @@ bool cPixSheet::MakeTransparent(std::int32_t TransparentColor, bool Revert) noex
 }
 
 bool cPixSheet::BlendToColor(std::int32_t BlendColor, std::int32_t BlendOpacity) noexcept {
-    return guarded("BlendToColor", false, [&] {
+    return guarded(Call("BlendToColor", "BlendColor, BlendOpacity", BlendColor, BlendOpacity), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || BlendOpacity < 1) return false;
         const auto opacity = static_cast<std::uint32_t>(std::min(BlendOpacity, 100));
@@ -98,7 +98,7 @@ bool cPixSheet::BlendToColor(std::int32_t BlendColor, std::int32_t BlendOpacity)
 }
 
 bool cPixSheet::MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept {
-    return guarded("MirrorImage", false, [&] {
+    return guarded(Call("MirrorImage", "MirrorAxisX, MirrorAxisY", MirrorAxisX, MirrorAxisY), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || (!MirrorAxisX && !MirrorAxisY)) return false;
         const std::size_t bytes = image.stride * image.height;

@@ -75,7 +75,12 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
                        bool CenterOnDestXY) noexcept {
     if (Opacity < 1) return m_Handle != 0; // nothing to draw, which succeeds
     if (m_Handle == 0 || (destinationDC == 0 && destHostDIB == nullptr)) return false;
-    return guarded("Render", false, [&] {
+    const Call call("Render",
+                    "destinationDC, destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight, Opacity, "
+                    "SetHalfTone, destHostDIB, grayScale, LightAdjustment, Angle, CenterOnDestXY",
+                    destinationDC, destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight, Opacity,
+                    SetHalfTone, destHostDIB, grayScale, LightAdjustment, Angle, CenterOnDestXY);
+    return guarded(call, false, [&] {
         const Axis columns = inOrder(SrcX, srcWidth, destX, destWidth, m_Width, CenterOnDestXY);
         const Axis rows = inOrder(SrcY, srcHeight, destY, destHeight, m_Height, CenterOnDestXY);
         if (columns.size < 1 || rows.size < 1) return false;

@@ -80,7 +80,10 @@ std::int64_t bandRows(const Rect& area, std::int64_t rowsToRepeat) {
 bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
                           std::int32_t destHeight, std::int32_t Opacity, std::int32_t offsetX, std::int32_t offsetY,
                           std::int32_t Gap, cPixSheet* destHostDIB) const noexcept {
-    return guarded("TileImage", false, [&] {
+    const Call call("TileImage",
+                    "destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY, Gap, destHostDIB",
+                    destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY, Gap, destHostDIB);
+    return guarded(call, false, [&] {
         const ConstPixelView image = HostAccess::pixels(*this);
         if (!image) return false;
         if (Opacity < 1) return true;

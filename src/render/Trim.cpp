@@ -50,7 +50,7 @@ Rect visibleBounds(ConstPixelView image, std::int32_t options) {
 } // namespace
 
 bool cPixSheet::TrimImage(std::int32_t TrimOptions, bool ReportOnly, TrimRectangle* Kept) noexcept {
-    return guarded("TrimImage", false, [&] {
+    return guarded(Call("TrimImage", "TrimOptions, ReportOnly, Kept", TrimOptions, ReportOnly, Kept), false, [&] {
         const ConstPixelView image = HostAccess::pixels(*this);
         if (!image || (TrimOptions & trimAll) == 0) return false;
         platform::GdiFlush();

@@ -114,7 +114,9 @@ std::uint8_t* cPixSheet::SetPixel(std::int32_t x, std::int32_t y, std::int32_t C
 
 bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAligned, bool asBottomUp, std::int32_t x,
                              std::int32_t y, std::int32_t Width, std::int32_t Height) const noexcept {
-    return guarded("GetAlphaMask", false, [&] {
+    const Call call("GetAlphaMask", "outStream, as2dArray, asWordAligned, asBottomUp, x, y, Width, Height", outStream,
+                    as2dArray, asWordAligned, asBottomUp, x, y, Width, Height);
+    return guarded(call, false, [&] {
         const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
         if (!part) return false;
         const std::size_t width = part.width;
@@ -134,7 +136,11 @@ bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAl
 bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRformat, bool as32bpp, bool asWordAligned,
                            bool asBottomUp, std::int32_t x, std::int32_t y, std::int32_t Width, std::int32_t Height,
                            bool asPreMultiplied) const noexcept {
-    return guarded("GetDIBbits", false, [&] {
+    const Call call(
+        "GetDIBbits",
+        "outStream, as2dArray, asBGRformat, as32bpp, asWordAligned, asBottomUp, x, y, Width, Height, asPreMultiplied",
+        outStream, as2dArray, asBGRformat, as32bpp, asWordAligned, asBottomUp, x, y, Width, Height, asPreMultiplied);
+    return guarded(call, false, [&] {
         const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
         if (!part) return false;
         const std::size_t width = part.width;
@@ -158,7 +164,10 @@ bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRforma
 bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is32bpp, bool isWordAligned,
                            bool isBottomUp, std::int32_t dstX, std::int32_t dstY, std::int32_t dstWidth,
                            std::int32_t dstHeight) noexcept {
-    return guarded("SetDIBbits", false, [&] {
+    const Call call("SetDIBbits",
+                    "inStream, isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY, dstWidth, dstHeight",
+                    inStream, isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY, dstWidth, dstHeight);
+    return guarded(call, false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         const PixelView part = cutPart(image, dstX, dstY, dstWidth, dstHeight);
         if (!part) return false;
