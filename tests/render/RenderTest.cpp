@@ -128,7 +128,8 @@ void compare(Stage& stage, const Drawing& d, Onto onto, bool bySystem, Random& r
                                         (bySystem || onto == ontoItself ? std::uint32_t{capUseAlphaBlend} : 0U));
     if (random.below(2) == 0) stage.host.LoadDIBinDC(true);
     const std::intptr_t dc = random.below(2) == 0 || onto == ontoOwnContext ? stage.source.LoadDIBinDC(true) : 0;
-    if (random.below(4) == 0) stage.host.ManageOwnDC(true);
+    for (cPixSheet* const sheet : {&stage.host, &stage.source})
+        if (random.below(4) == 0) sheet->ManageOwnDC(true); // a context, whether the image is in it or not
     const bool hostWasSelected = isSelected(stage.host);
 
     Picture expected = stage.pixels(onto);
