@@ -51,7 +51,8 @@ class Scene {
   public:
     Scene() {
         for (const auto& entry : fs::directory_iterator(sourceFolder() / "tests/data/cli"))
-            if (entry.path().extension() == ".png") fs::copy(entry, m_folder.path(u8""));
+            if (entry.path().extension() == ".png")
+                fs::copy_file(entry.path(), m_folder.path(entry.path().filename().u8string()));
         fs::current_path(m_folder.path(u8""));
     }
     ~Scene() { fs::current_path(m_before); }
