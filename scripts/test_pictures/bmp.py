@@ -85,12 +85,14 @@ def bmp():
         yield f"odd-{name}-rows-too-many", coded(b"\5\1\0\0" * 20)
         yield f"odd-{name}-noise", coded(noise(depth, 200))
         yield f"bad-{name}-too-little", coded(codes, 600)
+        yield f"odd-{name}-offset-at-the-end", coded(codes, offset=14 + 40 + (4 << depth) + len(codes))
         yield f"bad-{name}-depth", bmp_file(12 - depth, 17, 6, compression=method, pixels=codes)
     yield "odd-palette-short", bmp_file(8, 9, 5, entries=7, used=7)
     yield "odd-palette-long", bmp_file(4, 9, 5, entries=40, used=40)
     yield "odd-palette-300", bmp_file(8, 9, 5, entries=300, used=300)
     yield "odd-palette-none", bmp_file(4, 9, 5, entries=0)
     yield "odd-palette-count-huge", bmp_file(4, 9, 5, used=0xFFFFFFFF)
+    yield "odd-palette-count-too-large-offset-0", bmp_file(4, 9, 5, used=100, offset=0)
     yield "odd-palette-of-24", bmp_file(24, 9, 5, entries=6, used=6)
     for name, offset in (("0", 0), ("in-header", 30), ("out-of-file", 0x40000000), ("in-palette", 70),
                          ("at-palette", 54), ("too-far", 14 + 40 + 1024 + 5)):
@@ -145,6 +147,7 @@ def bmp_rules():
     for name, width, codes in (("pixel-too-many", 256, bytes(4)), ("byte-too-few", 255, bytes(3)), ("none", 255, b"")):
         yield f"bad-codes-{name}", bmp_file(8, width, 2, compression=1, pixels=codes)
     yield "codes-8-of-os2", bmp_file(8, 2, 2, 64, 1, pixels=b"\2\1\0\0\1\2\0\1")
+    yield "codes-4-of-os2", bmp_file(4, 2, 2, 64, 2, pixels=b"\2\x12\0\0\1\x20\0\1")
     yield "codes-8-beyond-palette", bmp_file(8, 2, 1, compression=1, entries=3, used=3, pixels=b"\1\3\1\xFF")
     # Every value of five bits in each channel.
     ramps = (i | (31 - i) << 5 | i * 7 % 32 << 10 for i in range(32))

@@ -50,6 +50,7 @@ def ico():
     yield "text-cursor", icon_file(icon_bitmap(1, 9, 7, mask=b"\xFF" * 28), kind=2)
     single = bmp_file(24, 9, 8)[14:]
     yield "height-not-doubled", icon_file((single, {"height": 8}))
+    yield "height-not-doubled-width-256", icon_file((bmp_file(4, 256, 8)[14:], {"width": 0, "height": 8}))
     yield "height-odd", icon_file(bmp_file(24, 9, 7)[14:])
     good = icon_bitmap(24, 9, 7)
     picture = png_file(6, 8, 20, 18)

@@ -115,7 +115,9 @@ def tga_rules():
             # Behind an ID, which makes a file of it, so that nothing follows the codes.
             yield f"packets-{name}-{place:02x}", tga_file(11, 8, width, height, place, bytes(codes), identity=bytes(40))
     for name, width, height, codes in (("run-cut", 2, 1, (0, 5, 0x80)), ("literals-cut", 3, 1, (0x80, 5, 1, 6)),
-                                       ("missing", 3, 1, (1, 5, 6)), ("pixel-too-many", 129, 3, (0xFF, 9) * 3),
+                                       ("missing", 3, 1, (1, 5, 6)),
+                                       ("literals-cut-in-a-long-row", 300, 1, (127, *range(40))),
+                                       ("pixel-too-many", 129, 3, (0xFF, 9) * 3),
                                        ("greatest", 65535, 65535, (0xFF, 9) * 100)):
         yield f"bad-packets-{name}", tga_file(11, 8, width, height, 0, bytes(codes), identity=bytes(40))
     yield "bad-greatest", tga_file(2, 32, 65535, 65535, 8, bytes(100))

@@ -59,6 +59,12 @@ constexpr Picture pictures[] = {
      }},
     {"alpha-unsaid", 13, 11, AlphaNone, [](auto x, auto y) { return of(x * 20, y * 20, 3, 40 + x * 16); }},
     {"cursor", 21, 32, AlphaComplex, [](auto x, auto y) { return of(x * 12, 20, y * 8, x > y ? 0 : 100 + y * 5); }},
+    // The last colour too many goes where that costs as much in one place as in another.
+    {"2-equal-cuts", 257, 1, AlphaNone,
+     [](auto x, auto) {
+         if (x >= 255) return of(x == 255 ? 4 : 40, 0, 0);
+         return of(x % 8 * 32 + (x == 1 ? 4 : 0), x / 8 % 8 * 32, x / 64 * 64);
+     }},
 };
 
 void draw(cPixSheet& sheet, const Picture& picture) {
@@ -140,6 +146,7 @@ void writePNG(const Picture& picture, const Ledger& add) {
                                      {pngDescription, longText + "\u65E5"},
                                      {pngPixelsPerMeterX, 2835},
                                      {pngLastModified, "2024-02-29 12:34:56"}});
+    row("png text with lines", {{pngComment, "a\r\nb\rc\nd\r\n"}});
 }
 
 } // namespace
