@@ -1,6 +1,5 @@
 // What is refused before a reader sees it, the order of readers, slices, the kept bytes, and pictures that programs
 // have in memory already.
-#include "codecs/ico/IcoBuilder.h"
 #include "platform/pictures.h"
 #include "shared/AlphaType.h"
 #include "shared/resources.h"
@@ -24,10 +23,10 @@ class LoadDispatch : public QuietLoads {
 // Some data passes for two formats; and what a reader has refused as damaged some systems' loaders fall over.
 TEST_F(LoadDispatch, AnotherReaderIsAskedFirstOrTheSystemUnasked) {
     // Of a cursor as TGA the hotspot is the width, the lower half of its size the height, and the upper half the depth.
-    Bytes cursor = readFile(sourceFolder() / "tests/data/pictures/ico/cursor-1.ico");
-    cursor.resize(cursor.size() + 0x180001);
-    for (const auto& [place, value] : {std::pair(4, 1), {5, 0}, {10, 1}, {12, 1}, {14, 1}, {15, 0}, {16, 24}, {17, 0}})
-        cursor.at(static_cast<std::size_t>(place)) = static_cast<std::uint8_t>(value);
+    Bytes cursor = picture("ico/two-24-cursor.ico");
+    constexpr std::uint8_t hotspotAndSize[] = {1, 0, 1, 0, 40, 0, 8, 0};
+    std::ranges::copy(hotspotAndSize, cursor.begin() + 10);
+    cursor.resize(22 + 0x080028);
     ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(cursor)));
     EXPECT_EQ(sheet.ImageType(), imgCursor);
     cursor[4] = 0; // none in it
