@@ -25,12 +25,17 @@ ColorTable colorTableOf(std::span<const std::uint8_t> file, const GifFrame& fram
     return table;
 }
 
+// Other systems' loaders believe what a graphic control extension says of its length, and lose their way.
+bool hasCommonControl(std::span<const std::uint8_t> file, const GifFrame& frame) noexcept {
+    return frame.g89aStart == 0 || (file[frame.g89aStart + 2] == 4 && file[frame.g89aStart + 7] == 0);
+}
+
 } // namespace
 
 std::unique_ptr<StdPicture> loadGif(std::span<const std::uint8_t> bytes) {
     GifFrame frame;
     if (findGifFrame(bytes, frame) != GifWalk::found || frame.gColorsUsed == 0) return nullptr;
-    if (frame.width == 0 || frame.height == 0) return nullptr;
+    if (frame.width == 0 || frame.height == 0 || !hasCommonControl(bytes, frame)) return nullptr;
     const LzwIndexes indexes(joinGifCodes(bytes, frame), bytes[frame.codeSizeAt], frame.width * frame.height);
     if (!indexes) return nullptr;
 
