@@ -61,8 +61,8 @@ class Scene {
     std::string run(const std::string& line) {
         std::vector<std::string> words = wordsOf(line);
         if (words[0] == "cp") {
-            fs::copy(sourceFolder() / cli::toPath(words[1]), cli::toPath(words[2]),
-                     fs::copy_options::overwrite_existing);
+            fs::remove(cli::toPath(words[2])); // not every library overwrites when it is told to
+            fs::copy(sourceFolder() / cli::toPath(words[1]), cli::toPath(words[2]));
         } else if (words[0] == "mkdir") {
             fs::create_directories(cli::toPath(words[1]));
         } else if (words[0] == "write") {
