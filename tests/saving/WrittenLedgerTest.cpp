@@ -59,6 +59,8 @@ constexpr Picture pictures[] = {
      }},
     {"alpha-unsaid", 13, 11, AlphaNone, [](auto x, auto y) { return of(x * 20, y * 20, 3, 40 + x * 16); }},
     {"cursor", 21, 32, AlphaComplex, [](auto x, auto y) { return of(x * 12, 20, y * 8, x > y ? 0 : 100 + y * 5); }},
+    {"256-colors-and-hole", 17, 16, AlphaSimple,
+     [](auto x, auto y) { return x < 16 ? of(x * 16, y * 16, 7) : Pixel{}; }},
     // The last colour too many goes where that costs as much in one place as in another.
     {"2-equal-cuts", 257, 1, AlphaNone,
      [](auto x, auto) {
