@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks the layout of every C++ file with clang-format and the files of a native build with clang-tidy, and says how much
-# of the code is tests.
+# Checks the layout of every C++ file with clang-format, which rooms include which, and the files of a native build with
+# clang-tidy, and says how much of the code is tests.
 #
 #   lint.sh BUILD-FOLDER          clang-tidy looks at what differs from the branch's origin (all in CI)
 #   lint.sh --all BUILD-FOLDER    at every file
@@ -20,6 +20,27 @@ failed=0
 
 mapfile -t sources < <(find src include tests fuzz bench samples -name '*.cpp' -o -name '*.h')
 clang-format --dry-run -Werror "${sources[@]}" || { echo "lint: clang-format wants other layouts (see above)"; failed=1; }
+
+# A file includes its own room and lower floors only: the floors are those of the table in docs/architecture.md.
+grep -rE '^ *#include "[a-z]+/' src --include='*.h' --include='*.cpp' | awk '
+    FNR == NR && /^\| [0-9]/ {
+        split($0, cells, "|")
+        for (i = split(cells[3], words, /[ `]+/); i > 0; --i)
+            if (sub(/^src\//, "", words[i]) && sub(/\/$/, "", words[i])) floor[words[i]] = cells[2] + 0
+    }
+    FNR == NR { next }
+    {
+        split($0, path, "/")
+        included = $0
+        sub(/^[^"]*"/, "", included)
+        sub(/\/.*/, "", included)
+        from = floor[path[2]]
+        to = floor[included]
+        if (included == path[2] || (from && to && to < from)) next
+        print "lint: " $0 " leads to no lower floor"
+        failed = 1
+    }
+    END { exit failed }' docs/architecture.md - || failed=1
 
 # Lines that are not blank, of what git knows; tests may be a third as long as all the rest.
 code_lines() {
