@@ -114,10 +114,10 @@ inline Read withIcotool(const std::filesystem::path& file, const TemporaryFolder
 // The first picture, without its place on a logical screen.
 inline Read withMagick(const std::filesystem::path& file, const TemporaryFolder& folder) {
     const std::string kind = file.extension().string().substr(1);
-    // The alpha that it gives BMP files of run-length codes is whatever its memory held.
-    const std::string alpha = file.filename().string().starts_with("codes-") ? " -alpha off" : "";
-    shell(folder, "rm -f out.png; convert-im6.q16 '" + kind + ":" + file.string() + "[0]'" + alpha +
-                      " +repage -depth 8 PNG32:out.png 2>err");
+    // Of a picture without alpha PNG32 would hold what its memory held: that of BMP files of run-length codes is never
+    // set.
+    shell(folder,
+          "rm -f out.png; convert-im6.q16 '" + kind + ":" + file.string() + "[0]' +repage -depth 8 PNG:out.png 2>err");
     return withLibpng(readFile(folder.path(u8"out.png")));
 }
 
