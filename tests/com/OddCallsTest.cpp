@@ -31,9 +31,11 @@ TEST_F(OddCalls, ResultsComeBackInTheCallersOwnType) {
     LONG asLong = 0;
     SHORT asInteger = 0;
     double asDouble = 0;
-    for (const VARIANT& argument : {typed(VT_I4, &asLong), typed(VT_I2, &asInteger), typed(VT_R8, &asDouble)})
+    VARIANT_BOOL asBoolean = VARIANT_FALSE;
+    for (const VARIANT& argument :
+         {typed(VT_I4, &asLong), typed(VT_I2, &asInteger), typed(VT_R8, &asDouble), typed(VT_BOOL, &asBoolean)})
         EXPECT_EQ(call(sheet.get(), L"GetPixel", {number(0), number(0), argument}), S_OK);
-    EXPECT_EQ(std::tuple(asLong, asInteger, asDouble), std::tuple(255, 255, 255.0));
+    EXPECT_EQ(std::tuple(asLong, asInteger, asDouble, asBoolean), std::tuple(255, 255, 255.0, VARIANT_TRUE));
     const VARIANT null = number(0, VT_NULL), nowhere = typed(VT_VARIANT, nullptr);
     EXPECT_EQ(call(sheet.get(), L"InitializeDIB", {null, number(1)}), DISP_E_TYPEMISMATCH);
     EXPECT_EQ(call(sheet.get(), L"GetPixel", {number(0), number(0), nowhere}), DISP_E_TYPEMISMATCH);
@@ -317,6 +319,15 @@ TEST_F(OddCalls, DrawingMissesMovedOriginsAndClipRegions) {
                 << x << ", " << y << (friendly ? " by the system" : "");
         }
     }
+    canvas->LoadDIBinDC(VARIANT_TRUE, &dc);
+    ::SetMapMode(reinterpret_cast<HDC>(dc), MM_ANISOTROPIC);
+    ::SetViewportExtEx(reinterpret_cast<HDC>(dc), 1, -1, nullptr); // y grows upwards
+    sheet->put_isAlphaBlendFriendly(VARIANT_FALSE);
+    EXPECT_TRUE(isTrue(sheet.get(), L"Render", {number(static_cast<LONG>(dc)), number(0), number(-5)}));
+    canvas->LoadDIBinDC(VARIANT_FALSE, &dc);
+    LONG drawn = 0;
+    canvas->GetPixel(0, 5, nullptr, nullptr, &drawn);
+    EXPECT_EQ(drawn, 100);
 }
 
 } // namespace pixkit::test

@@ -2,6 +2,8 @@
 // the answer is the stated one, nothing is half done, lost or left behind, and the next try succeeds.
 #include "platform/faults.h"
 #include "platform/files.h"
+#include "platform/gdi.h"
+#include "platform/icons.h"
 #include "platform/interaction.h"
 #include "platform/pictures.h"
 #include "support/AllocationFault.h"
@@ -98,10 +100,14 @@ TEST_F(FailureSweep, AFailedLoadLeaksOrLeavesHalfAPicture) {
     cPixSheet source;
     fill(source, 1, 1, {{1, 2, 3, 255}});
     const auto picture = platform::OleCreatePictureIndirect(source.Handle(), platform::PictureType::bitmap, false);
+    const platform::UniqueHandle<platform::DeleteObject> mask(platform::CreateMonochromeBitmap(1, 1, nullptr));
+    const platform::UniqueHandle<platform::DestroyIcon> icon(
+        platform::CreateIconIndirect({.hbmMask = mask.get(), .hbmColor = source.Handle()}));
     using Load = std::function<bool(cPixSheet&)>;
     std::vector<std::pair<std::string, Load>> loads = {
         {"picture", [&](cPixSheet& sheet) { return sheet.LoadPicture_StdPicture(picture.get()); }},
-        {"handle", [&](cPixSheet& sheet) { return sheet.LoadPicture_ByHandle(source.Handle()); }}};
+        {"handle", [&](cPixSheet& sheet) { return sheet.LoadPicture_ByHandle(source.Handle()); }},
+        {"icon", [&](cPixSheet& sheet) { return sheet.LoadPicture_ByHandle(icon.get()); }}};
     for (const char* name : {"png/odd-chunk-between-idats.png", "png/interlaced-5x5.png", "gif/table-local.gif",
                              "gif/transparent-1.gif", "bmp/rle8.bmp", "ico/two-1-bit-icon.ico", "ico/png.ico",
                              "tga/rgb-32-10-rle.tga", "../../../fuzz/seeds/picture/baseline"}) {

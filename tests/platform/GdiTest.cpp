@@ -1,5 +1,6 @@
 #include "platform/gdi.h"
 #include "platform/Bitmaps.h"
+#include "platform/pictures.h"
 #include <algorithm>
 #include <array>
 #include <cstdlib>
@@ -75,6 +76,9 @@ TEST(Gdi, HandlesThatAreNotWhatIsAskedForFailEverywhere) {
     const UniqueBitmap live = makeBitmap(2, 2, 32);
     const MemoryDC liveDC = makeMemoryDC();
     const Handle staleBitmap = makeBitmap(2, 2, 32).get(), staleDC = makeMemoryDC().get();
+    std::vector<UniqueBitmap> others(1000); // take the places that have become free
+    for (UniqueBitmap& other : others)
+        other = makeBitmap(2, 2, 32);
     int local = 0;
     std::array<std::uint8_t, 64> buffer{};
     for (const Handle handle : {Handle{0}, Handle{-1}, Handle{1}, Handle{0x7FFFFFFF}, staleBitmap, staleDC,
@@ -169,9 +173,15 @@ TEST(Gdi, GetDIBitsTurnsRowsAndDepthsIntoWhatTheHeaderAsks) {
 
 // What the emulation is tempted to be kinder about than the system.
 TEST(Gdi, WhatTheSystemDoesNotDrawIsDrawn) {
-    const UniqueBitmap target = makeBitmap(4, 4, 32), plain = makeBitmap(4, 4, 24);
-    const MemoryDC dc = makeMemoryDC(), plainDC = makeMemoryDC();
+    std::uint8_t *to = nullptr, *from = nullptr;
+    const UniqueBitmap target = makeBitmap(4, 4, 32, &to), plain = makeBitmap(4, 4, 24);
+    const UniqueBitmap bright = makeBitmap(4, 4, 32, &from);
+    const MemoryDC dc = makeMemoryDC(), plainDC = makeMemoryDC(), brightDC = makeMemoryDC();
     SelectObject(dc.get(), target.get());
+    SelectObject(brightDC.get(), bright.get());
+    *to = *from = 200; // a colour above its alpha, of which each system makes something else
+    EXPECT_TRUE(AlphaBlend(dc.get(), 0, 0, 4, 4, brightDC.get(), 0, 0, 4, 4, {.AlphaFormat = 1}));
+    EXPECT_TRUE(canLoadMetafiles() || *to == 255) << "it must not wrap here";
     SelectObject(plainDC.get(), plain.get());
     EXPECT_TRUE(AlphaBlend(dc.get(), 0, 0, 2, 2, plainDC.get(), 0, 0, 2, 2, {}));
     EXPECT_FALSE(AlphaBlend(dc.get(), 0, 0, 2, 2, plainDC.get(), 0, 0, 2, 2, {.AlphaFormat = 1})) << "it has no alpha";
@@ -181,4 +191,37 @@ TEST(Gdi, WhatTheSystemDoesNotDrawIsDrawn) {
     };
     EXPECT_EQ(taken(9, 4, 0, 0), 4) << "beside the target";
     EXPECT_EQ(taken(0, 0, 0, 0) + taken(0, 4, 4, 0) + taken(0, 4, 0, 4), 0) << "empty, or beside the DIB";
+}
+
+// Bitmaps of one column, whose blue counts 1, 2, 3, 4 from the top.
+TEST(Gdi, RowsAreCopiedToOtherPlacesOrAfterTheyWereWrittenOver) {
+    struct Row {
+        int y, height, sourceY, startScan, lines; // from the memory of a bitmap that holds 11, 12, ...; or none
+        Bytes seen;
+    };
+    const Row rows[] = {{1, 3, 0, 0, 0, {1, 1, 2, 3}},     {0, 3, 1, 0, 0, {2, 3, 4, 4}},
+                        {0, 4, -1, 0, 0, {1, 1, 2, 3}},    {-1, 4, 0, 0, 0, {2, 3, 4, 4}},
+                        {0, 4, 0, 0, 4, {14, 13, 12, 11}}, {0, 4, 0, 1, 2, {1, 12, 11, 4}},
+                        {0, 2, 1, 1, 3, {12, 11, 3, 4}},   {1, 4, 0, 2, 2, {1, 12, 11, 4}}};
+    for (const Row& row : rows) {
+        std::uint8_t* pixels = nullptr;
+        const UniqueBitmap bitmap = makeBitmap(1, -4, 32, &pixels);
+        const MemoryDC dc = makeMemoryDC();
+        Bytes lines(16), seen(4);
+        for (std::uint8_t i = 0; i < 4; ++i) {
+            pixels[4 * i] = i + 1;
+            lines[4U * i] = i + 11;
+        }
+        SelectObject(dc.get(), bitmap.get());
+        if (row.lines == 0)
+            EXPECT_TRUE(BitBlt(dc.get(), 0, row.y, 1, row.height, dc.get(), 0, row.sourceY, rasterCopy));
+        else
+            SetDIBitsToDevice(dc.get(), 0, row.y, 1, static_cast<std::uint32_t>(row.height), 0, row.sourceY,
+                              static_cast<std::uint32_t>(row.startScan), static_cast<std::uint32_t>(row.lines),
+                              lines.data(), headerOf(1, 4, 32));
+        GdiFlush();
+        for (std::size_t i = 0; i < 4; ++i)
+            seen[i] = pixels[4 * i];
+        EXPECT_EQ(seen, row.seen) << &row - rows;
+    }
 }

@@ -83,7 +83,7 @@ TEST(Pictures, AnIconIsHeldDrawnAndFreedAsABitmapIs) {
     } rows[] = {{24, {10, 20, 30, 0, 0, 0}, 10, untouched},
                 {24, {10, 20, 30, 255, 255, 255}, 10, 255 - untouched, false},
                 {32, {10, 20, 30, 0, 0, 0, 0, 0}, 10, untouched},
-                {32, {10, 20, 30, 255, 0xE0, 0, 0, 128}, 10, 0xA0, false},
+                {32, {10, 20, 30, 255, 0xE1, 0, 0, 128}, 10, 0xA1, false},
                 {0, {}, 255, untouched}};
     for (const auto& row : rows)
         for (const bool own : {false, true}) {

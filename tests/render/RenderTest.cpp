@@ -42,6 +42,8 @@ class Stage {
         cPixSheet* const hosts[] = {&host, &source, nullptr, nullptr, nullptr};
         const bool isDrawn = render(source, drawing, dc, hosts[onto], SetHalfTone);
         platform::GdiFlush();
+        constexpr auto asNew = platform::StretchMode::blackOnWhite;
+        EXPECT_EQ(platform::SetStretchBltMode(m_canvas.dc, asNew), asNew) << "not set back";
         return isDrawn;
     }
     // The pixels of a destination; a device context keeps no alpha.

@@ -100,7 +100,7 @@ class TemporaryFolder {
         static int count = 0;
         const auto* suite = testing::UnitTest::GetInstance()->current_test_info();
         m_path = std::filesystem::temp_directory_path() /
-                 ("pixkit-" + std::string(suite != nullptr ? suite->name() : "test") + "-" +
+                 ("pixkit." + std::string(suite != nullptr ? suite->name() : "test") + "-" +
                   std::to_string(std::random_device{}()) + "-" + std::to_string(count++));
         std::filesystem::create_directories(m_path);
     }

@@ -252,11 +252,10 @@ Value Run::command(const std::string& name, const std::vector<Argument>& argumen
     }
     const auto& text = std::get<std::string>(first);
     if (name == "answer") { // to every question from now on
-        platform::setMessageBoxHandler(
-            [this, yes = text == "Yes"](const std::string& asked, const std::string&, std::uint32_t) {
-                m_variables["$asked"] = asked;
-                return yes ? platform::answerYes : platform::answerNo;
-            });
+        platform::setMessageBoxHandler([this, text](const std::string& asked, const std::string&, std::uint32_t) {
+            m_variables["$asked"] = asked;
+            return text == "Yes" ? platform::answerYes : text == "No" ? platform::answerNo : 2;
+        });
         return {};
     }
     const std::filesystem::path path(std::u8string(text.begin(), text.end()));
