@@ -1,8 +1,9 @@
 #include "loading/ForeignPictures.h"
 #include "platform/gdi.h"
 #include "platform/pictures.h"
+#include "shared/AlphaChannel.h"
 #include "shared/AlphaType.h"
-#include "shared/modParsers.h"
+#include "shared/StdPictures.h"
 #include "surface/HostAccess.h"
 #include <cstring>
 

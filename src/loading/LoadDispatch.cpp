@@ -7,8 +7,8 @@
 #include "loading/loadMember.h"
 #include "platform/files.h"
 #include "platform/interaction.h"
+#include "shared/Files.h"
 #include "shared/limits.h"
-#include "shared/modParsers.h"
 #include "surface/Capabilities.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>

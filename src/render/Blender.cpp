@@ -3,7 +3,8 @@
 #include "platform/gdi.h"
 #include "render/PixelBuffer.h"
 #include "render/PixelWorkers.h"
-#include "shared/modParsers.h"
+#include "shared/Colors.h"
+#include "shared/checked.h"
 #include "surface/HostAccess.h"
 #include <array>
 #include <cstring>

@@ -1,7 +1,7 @@
 // The backdrop that makes transparency visible.
 #include "diagnostics/guard.h"
 #include "platform/gdi.h"
-#include "shared/modParsers.h"
+#include "shared/Colors.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <array>

@@ -2,8 +2,8 @@
 #include "diagnostics/guard.h"
 #include "kernels/kernels.h"
 #include "platform/gdi.h"
+#include "shared/Colors.h"
 #include "shared/checked.h"
-#include "shared/modParsers.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>

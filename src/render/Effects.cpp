@@ -2,7 +2,8 @@
 #include "diagnostics/guard.h"
 #include "kernels/kernels.h"
 #include "render/PixelWorkers.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaChannel.h"
+#include "shared/Colors.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>

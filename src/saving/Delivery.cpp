@@ -1,7 +1,7 @@
 #include "saving/Delivery.h"
 #include "platform/interaction.h"
 #include "saving/NeighbourFile.h"
-#include "shared/modParsers.h"
+#include "shared/Files.h"
 #include <utility>
 
 namespace pixkit {

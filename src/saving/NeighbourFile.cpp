@@ -1,5 +1,5 @@
 #include "saving/NeighbourFile.h"
-#include "shared/modParsers.h"
+#include "shared/Files.h"
 #include <algorithm>
 
 namespace pixkit {

@@ -1,5 +1,5 @@
 // The stateless helpers that readers, writers, effects and the surface share: everything named iparse... in one
-// include.
+// include. Rooms include the subjects that they use.
 #pragma once
 #include "shared/AlphaChannel.h"
 #include "shared/Colors.h"

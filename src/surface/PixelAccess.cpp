@@ -1,7 +1,9 @@
 // Single pixels, alpha masks and blocks of pixels in a caller's layout.
 #include "diagnostics/guard.h"
 #include "kernels/kernels.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaChannel.h"
+#include "shared/Colors.h"
+#include "shared/checked.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <array>

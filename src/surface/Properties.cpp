@@ -1,8 +1,8 @@
 // The properties of cPixSheet that do more than hold a value.
 #include "diagnostics/guard.h"
 #include "platform/gdi.h"
+#include "shared/cCDECL.h"
 #include "shared/checked.h"
-#include "shared/modParsers.h"
 #include "shared/version.h"
 #include "surface/Capabilities.h"
 #include "surface/cGDIPlus.h"

@@ -2,7 +2,7 @@
 #include "codecs/bmp/BmpInfo.h"
 #include "codecs/bmp/BmpRows.h"
 #include "codecs/bmp/cBMPparser.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaChannel.h"
 #include "surface/HostAccess.h"
 
 namespace pixkit {

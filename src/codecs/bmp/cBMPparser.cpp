@@ -2,7 +2,8 @@
 #include "coding/ByteWriter.h"
 #include "coding/RowBytes.h"
 #include "kernels/kernels.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaChannel.h"
+#include "shared/Colors.h"
 #include <span>
 #include <utility>
 #include <vector>

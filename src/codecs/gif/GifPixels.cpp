@@ -5,7 +5,8 @@
 #include "kernels/kernels.h"
 #include "platform/gdi.h"
 #include "platform/pictures.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaChannel.h"
+#include "shared/StdPictures.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <array>

@@ -21,16 +21,16 @@ std::int32_t statedLength(std::uint8_t value) noexcept {
 bool readPngFacts(IcoEntry& entry) {
     constexpr std::array<std::uint8_t, 16> beginning = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A,
                                                         0,    0,   0,   13,  'I',  'H',  'D',  'R'};
-    constexpr std::array<std::int32_t, 7> samplesOfColourType = {1, 0, 3, 1, 2, 0, 4};
+    constexpr std::array<std::int32_t, 7> samplesOfColorType = {1, 0, 3, 1, 2, 0, 4};
     const ByteReader reader(entry.payload);
     const auto start = reader.slice(0, beginning.size());
     if (!start || !std::ranges::equal(*start, beginning)) return false;
     entry.width = static_cast<std::int32_t>(reader.bigEndian32(16).value_or(0));
     entry.height = static_cast<std::int32_t>(reader.bigEndian32(20).value_or(0));
-    const std::size_t colourType = reader.byte(25).value_or(1);
-    if (entry.width < 1 || entry.height < 1 || colourType >= samplesOfColourType.size()) return false;
+    const std::size_t colorType = reader.byte(25).value_or(1);
+    if (entry.width < 1 || entry.height < 1 || colorType >= samplesOfColorType.size()) return false;
     // Requests end at 32 bits, and so do the answers.
-    entry.bitDepth = std::min(reader.byte(24).value_or(0) * samplesOfColourType[colourType], 32);
+    entry.bitDepth = std::min(reader.byte(24).value_or(0) * samplesOfColorType[colorType], 32);
     entry.isPNG = true;
     return entry.bitDepth > 0;
 }
@@ -105,12 +105,12 @@ std::optional<IcoBitmap> readIcoBitmap(const IcoEntry& entry) {
     auto info = readDibInfo(entry.payload);
     if (!info || info->isRunLength()) return {}; // nobody could tell where the codes end and the mask begins
     if (!isHeightOfPicture(*info, entry)) info->height /= 2;
-    const std::uint64_t colours = std::uint64_t{info->rowBytes()} * static_cast<unsigned>(info->height);
-    if (info->pixelOffset + colours > entry.payload.size()) return {};
-    const auto maskOffset = static_cast<std::size_t>(info->pixelOffset + colours);
+    const std::uint64_t colors = std::uint64_t{info->rowBytes()} * static_cast<unsigned>(info->height);
+    if (info->pixelOffset + colors > entry.payload.size()) return {};
+    const auto maskOffset = static_cast<std::size_t>(info->pixelOffset + colors);
     // A size that does not even cover the colours is not to be believed.
     const std::size_t end = entry.statedSize >= maskOffset ? entry.statedSize : entry.payload.size();
-    IcoBitmap bitmap{*info, entry.payload.subspan(info->pixelOffset, static_cast<std::size_t>(colours)),
+    IcoBitmap bitmap{*info, entry.payload.subspan(info->pixelOffset, static_cast<std::size_t>(colors)),
                      entry.payload.subspan(maskOffset, end - maskOffset)};
     return bitmap;
 }

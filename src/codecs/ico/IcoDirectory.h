@@ -36,7 +36,7 @@ std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file)
 // A bitmap within an icon file.
 struct IcoBitmap {
     BmpInfo info; // its height is the picture's, without the mask's rows
-    std::span<const std::uint8_t> colours;
+    std::span<const std::uint8_t> colors;
     std::span<const std::uint8_t> mask; // what there is of it
     std::size_t maskRowBytes() const noexcept {
         return static_cast<std::size_t>(paddedRowBytes(static_cast<std::uint64_t>(info.width), 1));

@@ -1,6 +1,6 @@
 #include "codecs/ico/IcoMask.h"
 #include "kernels/kernels.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaChannel.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstring>

@@ -81,7 +81,7 @@ bool cICOparser::loadEntry(const IcoEntry& entry, cPixSheet& host) const {
 bool cICOparser::loadBitmap(const IcoEntry& entry, cPixSheet& host) const {
     const auto bitmap = readIcoBitmap(entry);
     if (!bitmap) return false;
-    BmpRows rows(bitmap->info, bitmap->colours);
+    BmpRows rows(bitmap->info, bitmap->colors);
     if (!host.InitializeDIB(bitmap->info.width, bitmap->info.height)) return false;
     const PixelView pixels = HostAccess::pixels(host);
     for (std::size_t y = 0; y < pixels.height; ++y)

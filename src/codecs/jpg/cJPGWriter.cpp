@@ -3,7 +3,8 @@
 #include "codecs/jpg/JpgScan.h"
 #include "coding/ByteWriter.h"
 #include "kernels/kernels.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaChannel.h"
+#include "shared/Colors.h"
 #include <algorithm>
 #include <cstring>
 #include <vector>

@@ -1,7 +1,7 @@
 #include "codecs/png/PngChunks.h"
 #include "coding/Crc32.h"
 #include "coding/deflate/Deflate.h"
-#include "shared/modParsers.h"
+#include "shared/Colors.h"
 #include <algorithm>
 #include <stdexcept>
 
@@ -90,20 +90,20 @@ void pngWritePalette(PngChunkWriter& out, const PngForm& form) {
     if (form.palette.empty()) return;
     out.begin("PLTE");
     for (const PngPixel stored : form.palette) {
-        const PngPixel colour = pngStraight(stored);
-        out.byte(colour >> 16);
-        out.bigEndian16(colour);
+        const PngPixel color = pngStraight(stored);
+        out.byte(color >> 16);
+        out.bigEndian16(color);
     }
     out.end();
 }
 
 void pngWriteTransparency(PngChunkWriter& out, const PngForm& form) {
-    if (form.clearColour) {
+    if (form.clearColor) {
         out.begin("tRNS");
         if (form.colorType == PngColorType::gray) {
-            out.bigEndian16(grayBits(form, (*form.clearColour)[0]));
+            out.bigEndian16(grayBits(form, (*form.clearColor)[0]));
         } else {
-            for (const std::uint8_t sample : *form.clearColour)
+            for (const std::uint8_t sample : *form.clearColor)
                 out.bigEndian16(sample);
         }
         out.end();
@@ -111,8 +111,8 @@ void pngWriteTransparency(PngChunkWriter& out, const PngForm& form) {
     // Translucent entries are the first of a palette; those that are not given are opaque.
     if (form.palette.empty() || form.palette.front() >> 24 == 255) return;
     out.begin("tRNS");
-    for (const PngPixel colour : form.palette)
-        if (colour >> 24 != 255) out.byte(colour >> 24);
+    for (const PngPixel color : form.palette)
+        if (color >> 24 != 255) out.byte(color >> 24);
     out.end();
 }
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr PngPixel opaque = 0xFF000000U;
 
-using Colour = std::array<std::uint8_t, 3>; // R, G, B
+using Color = std::array<std::uint8_t, 3>; // R, G, B
 
 PngPixel pixelAt(const std::uint8_t* p, bool hasAlpha) noexcept {
     const PngPixel pixel = p[0] | PngPixel{p[1]} << 8 | PngPixel{p[2]} << 16 | PngPixel{p[3]} << 24;
@@ -100,7 +100,7 @@ std::optional<PngForm> grayForm(const Survey& survey) {
         PngForm form{PngColorType::gray, depth, {}, {}, {}};
         if (survey.hasClear) {
             const auto gray = static_cast<std::uint8_t>(*free);
-            form.clearColour = {gray, gray, gray};
+            form.clearColor = {gray, gray, gray};
         }
         return form;
     }
@@ -108,30 +108,29 @@ std::optional<PngForm> grayForm(const Survey& survey) {
 }
 
 // A colour that no opaque pixel has.
-std::optional<Colour> freeColour(ConstPixelView image, const std::optional<Colour>& background) {
+std::optional<Color> freeColor(ConstPixelView image, const std::optional<Color>& background) {
     std::vector<std::uint64_t> used(std::size_t{1} << 18); // a bit for each colour
-    const auto use = [&](PngPixel colour) { used[colour >> 6 & 0x3FFFF] |= std::uint64_t{1} << (colour & 63); };
+    const auto use = [&](PngPixel color) { used[color >> 6 & 0x3FFFF] |= std::uint64_t{1} << (color & 63); };
     for (std::size_t y = 0; y < image.height; ++y) {
         const std::uint8_t* row = image.row(y);
         for (std::size_t x = 0; x < image.width; ++x)
             if (row[4 * x + 3] != 0) use(pixelAt(row + 4 * x, true));
     }
     if (background) use(PngPixel{(*background)[0]} << 16 | PngPixel{(*background)[1]} << 8 | (*background)[2]);
-    for (PngPixel colour = 0; colour < 1U << 24; ++colour) {
-        if ((used[colour >> 6] >> (colour & 63) & 1) == 0)
-            return Colour{redOf(colour), greenOf(colour), blueOf(colour)};
+    for (PngPixel color = 0; color < 1U << 24; ++color) {
+        if ((used[color >> 6] >> (color & 63) & 1) == 0) return Color{redOf(color), greenOf(color), blueOf(color)};
     }
     return {};
 }
 
-PngForm trueColourForm(ConstPixelView image, const Survey& survey, const std::optional<Colour>& background) {
+PngForm trueColorForm(ConstPixelView image, const Survey& survey, const std::optional<Color>& background) {
     if (survey.isGray && !survey.hasPartial) {
         if (auto form = grayForm(survey)) return std::move(*form);
     }
     if (survey.isGray) return {PngColorType::grayAlpha, 8, {}, {}, {}};
     if (!survey.hasPartial && !survey.hasClear) return {PngColorType::rgb, 8, {}, {}, {}};
     if (!survey.hasPartial) {
-        if (const auto colour = freeColour(image, background)) return {PngColorType::rgb, 8, {}, {}, colour};
+        if (const auto color = freeColor(image, background)) return {PngColorType::rgb, 8, {}, {}, color};
     }
     return {PngColorType::rgba, 8, {}, {}, {}};
 }
@@ -159,7 +158,7 @@ void packSamples(std::uint8_t* out, const std::uint8_t* samples, std::size_t cou
 
 void graySamples(const PngForm& form, bool hasAlpha, std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
     const unsigned step = grayStep(form.bitDepth);
-    const unsigned clear = form.clearColour ? (*form.clearColour)[0] : 0;
+    const unsigned clear = form.clearColor ? (*form.clearColor)[0] : 0;
     for (std::size_t i = 0; i < count; ++i) {
         const bool isClear = hasAlpha && pixels[4 * i + 3] == 0;
         out[i] = static_cast<std::uint8_t>((isClear ? clear : pixels[4 * i]) / step);
@@ -180,9 +179,9 @@ void paletteSamples(const PngForm& form, bool hasAlpha, std::uint8_t* out, const
 
 void rgbSamples(const PngForm& form, std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
     kernels::table().pack24(out, pixels, count, true);
-    if (!form.clearColour) return;
+    if (!form.clearColor) return;
     for (std::size_t i = 0; i < count; ++i)
-        if (pixels[4 * i + 3] == 0) std::memcpy(out + 3 * i, form.clearColour->data(), 3);
+        if (pixels[4 * i + 3] == 0) std::memcpy(out + 3 * i, form.clearColor->data(), 3);
 }
 
 // Straight R, G, B, A; whatever colour a clear pixel has is not written.
@@ -197,15 +196,15 @@ void rgbaSamples(std::uint8_t* out, const std::uint8_t* pixels, std::size_t coun
 } // namespace
 
 std::vector<PngPixel> PngPaletteIndex::arrange() {
-    std::vector<PngPixel> colours(m_colours.colors().begin(), m_colours.colors().end());
-    const auto rank = [](PngPixel colour) {
-        const unsigned brightness = 2 * redOf(colour) + 5 * greenOf(colour) + blueOf(colour);
-        return std::tuple(alphaOf(colour) == 255, brightness, colour);
+    std::vector<PngPixel> colors(m_colors.colors().begin(), m_colors.colors().end());
+    const auto rank = [](PngPixel color) {
+        const unsigned brightness = 2 * redOf(color) + 5 * greenOf(color) + blueOf(color);
+        return std::tuple(alphaOf(color) == 255, brightness, color);
     };
-    std::ranges::sort(colours, {}, rank);
-    for (std::size_t i = 0; i < colours.size(); ++i)
-        m_place[m_colours.indexOf(colours[i])] = static_cast<std::uint8_t>(i);
-    return colours;
+    std::ranges::sort(colors, {}, rank);
+    for (std::size_t i = 0; i < colors.size(); ++i)
+        m_place[m_colors.indexOf(colors[i])] = static_cast<std::uint8_t>(i);
+    return colors;
 }
 
 std::size_t PngForm::bitsPerPixel() const noexcept {
@@ -221,7 +220,7 @@ std::size_t PngForm::bitsPerPixel() const noexcept {
     }
 }
 
-std::vector<PngForm> pngFormsOf(ConstPixelView image, bool hasAlpha, const std::optional<Colour>& background) {
+std::vector<PngForm> pngFormsOf(ConstPixelView image, bool hasAlpha, const std::optional<Color>& background) {
     Survey survey;
     if (background) {
         survey.see(opaque | PngPixel{(*background)[0]} << 16 | PngPixel{(*background)[1]} << 8 | (*background)[2]);
@@ -230,13 +229,13 @@ std::vector<PngForm> pngFormsOf(ConstPixelView image, bool hasAlpha, const std::
         survey.seeRow(image.row(y), image.width, hasAlpha);
 
     std::vector<PngForm> forms;
-    PngForm trueColour = trueColourForm(image, survey, background);
+    PngForm trueColor = trueColorForm(image, survey, background);
     // A palette must need fewer bits to be worth its chunk.
     if (survey.palette) {
         PngForm palette = paletteForm(survey.palette);
-        if (palette.bitsPerPixel() < trueColour.bitsPerPixel()) forms.push_back(std::move(palette));
+        if (palette.bitsPerPixel() < trueColor.bitsPerPixel()) forms.push_back(std::move(palette));
     }
-    forms.push_back(std::move(trueColour));
+    forms.push_back(std::move(trueColor));
     return forms;
 }
 

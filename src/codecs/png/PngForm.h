@@ -20,23 +20,23 @@ using PngPixel = std::uint32_t;
 class PngPaletteIndex {
   public:
     // Notes a colour; false when it would be the 257th.
-    bool add(PngPixel colour) noexcept { return m_colours.add(colour).has_value(); }
-    std::uint8_t indexOf(PngPixel colour) const noexcept { return m_place[m_colours.indexOf(colour)]; }
+    bool add(PngPixel color) noexcept { return m_colors.add(color).has_value(); }
+    std::uint8_t indexOf(PngPixel color) const noexcept { return m_place[m_colors.indexOf(color)]; }
     // In the order in which they are written: clear and translucent ones first, then from dark to bright. Indexes are
     // good from here on, and no colour can be added any more.
     std::vector<PngPixel> arrange();
 
   private:
-    ColorIndexes m_colours;
+    ColorIndexes m_colors;
     std::array<std::uint8_t, ColorIndexes::mostColors> m_place{}; // in the palette, of the colours as they came
 };
 
 struct PngForm {
     PngColorType colorType;
     unsigned bitDepth;
-    std::vector<PngPixel> palette;                          // stored colours, premultiplied
-    std::shared_ptr<const PngPaletteIndex> indexes;         // of the palette
-    std::optional<std::array<std::uint8_t, 3>> clearColour; // R, G, B, or gray thrice: stands for clear pixels
+    std::vector<PngPixel> palette;                         // stored colours, premultiplied
+    std::shared_ptr<const PngPaletteIndex> indexes;        // of the palette
+    std::optional<std::array<std::uint8_t, 3>> clearColor; // R, G, B, or gray thrice: stands for clear pixels
 
     std::size_t bitsPerPixel() const noexcept;
     // To the byte of the pixel on the left, for the filters.

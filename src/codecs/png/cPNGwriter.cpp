@@ -4,7 +4,7 @@
 #include "codecs/png/PngForm.h"
 #include "codecs/png/PngRows.h"
 #include "coding/deflate/Deflate.h"
-#include "shared/modParsers.h"
+#include "shared/Colors.h"
 
 namespace pixkit {
 

@@ -2,7 +2,7 @@
 #include "codecs/tga/TgaRunLength.h"
 #include "codecs/tga/cTGAparser.h"
 #include "kernels/kernels.h"
-#include "shared/modParsers.h"
+#include "shared/AlphaChannel.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstring>
