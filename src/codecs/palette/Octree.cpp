@@ -275,6 +275,22 @@ void moveToMeans(std::vector<Sample>& samples, std::vector<Color>& palette) {
 
 // --- from pixels to samples and back
 
+// Calls `visit` with each pixel that is not transparent, until it answers false; then the result is false too.
+template <class Visit>
+bool visitOpaque(StraightRows& rows, bool& hasTransparency, Visit&& visit) {
+    for (std::size_t y = 0; y < rows.height(); ++y) {
+        const std::uint8_t* pixel = rows[y];
+        for (std::size_t x = 0; x < rows.width(); ++x, pixel += 4) {
+            if (rows.isTransparent(pixel)) {
+                hasTransparency = true;
+            } else if (!visit(pixel)) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
 // Samples of one colour each, for pictures that have not too many.
 class SamplesOfColors {
   public:
@@ -283,23 +299,17 @@ class SamplesOfColors {
 
     // False for a picture of more colours.
     bool collect(StraightRows& rows, std::vector<Sample>& samples, bool& hasTransparency) {
-        for (std::size_t y = 0; y < rows.height(); ++y) {
-            const std::uint8_t* pixel = rows[y];
-            for (std::size_t x = 0; x < rows.width(); ++x, pixel += 4) {
-                if (rows.isTransparent(pixel)) {
-                    hasTransparency = true;
-                    continue;
-                }
-                Slot& slot = slotOf(pixel);
-                if (slot.sample == none) {
-                    if (samples.size() == most) return false;
-                    slot = {colorOf(pixel), static_cast<std::uint32_t>(samples.size())};
-                    samples.push_back(
-                        {static_cast<std::uint32_t>(cellOf(pixel)), 0, {}, {pixel[2], pixel[1], pixel[0]}});
-                }
-                ++samples[slot.sample].count;
+        const bool haveFew = visitOpaque(rows, hasTransparency, [&](const std::uint8_t* pixel) {
+            Slot& slot = slotOf(pixel);
+            if (slot.sample == none) {
+                if (samples.size() == most) return false;
+                slot = {colorOf(pixel), static_cast<std::uint32_t>(samples.size())};
+                samples.push_back({static_cast<std::uint32_t>(cellOf(pixel)), 0, {}, {pixel[2], pixel[1], pixel[0]}});
             }
-        }
+            ++samples[slot.sample].count;
+            return true;
+        });
+        if (!haveFew) return false;
         for (Sample& sample : samples) {
             for (std::size_t i = 0; i < 3; ++i)
                 sample.sum[i] = std::uint64_t{sample.mean[i]} * sample.count;
@@ -332,21 +342,15 @@ class SamplesOfColors {
 
 std::vector<Sample> samplesOfCells(StraightRows& rows, bool& hasTransparency) {
     std::vector<Cell> cells(cellCount);
-    for (std::size_t y = 0; y < rows.height(); ++y) {
-        const std::uint8_t* pixel = rows[y];
-        for (std::size_t x = 0; x < rows.width(); ++x, pixel += 4) {
-            if (rows.isTransparent(pixel)) {
-                hasTransparency = true;
-                continue;
-            }
-            Cell& cell = cells[cellOf(pixel)];
-            constexpr unsigned mask = (1U << lowBits) - 1;
-            ++cell.count;
-            cell.low[0] += pixel[2] & mask;
-            cell.low[1] += pixel[1] & mask;
-            cell.low[2] += pixel[0] & mask;
-        }
-    }
+    visitOpaque(rows, hasTransparency, [&](const std::uint8_t* pixel) {
+        Cell& cell = cells[cellOf(pixel)];
+        constexpr unsigned mask = (1U << lowBits) - 1;
+        ++cell.count;
+        cell.low[0] += pixel[2] & mask;
+        cell.low[1] += pixel[1] & mask;
+        cell.low[2] += pixel[0] & mask;
+        return true;
+    });
     std::vector<Sample> samples;
     for (std::size_t index = 0; index < cellCount; ++index) {
         const Cell& cell = cells[index];
