@@ -108,8 +108,8 @@ EffectStep parseNearest(const std::string&) {
 
 namespace {
 
-// The smallest size that the turned picture fits into. Around the same centre: both sizes are odd or both even, but for
-// quarter turns, which fit exactly.
+// The smallest size that the turned picture fits into. Except for quarter turns, which fit exactly, width and height
+// stay odd or even as they were, so that both pictures have the same centre.
 PictureSize turnedSize(const cPixSheet& sheet, double degrees) {
     const std::int32_t width = sheet.Width();
     const std::int32_t height = sheet.Height();

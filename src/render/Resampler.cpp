@@ -40,7 +40,8 @@ void resampleNearest(PixelView output, ConstPixelView source, const Axis& column
     }
 }
 
-// The weight of a pixel at a distance below 1; written out, because 1 - (1 - x) need not be x.
+// The weight of a pixel at a distance below 1. Callers do not simplify 1 - (1 - x) to x: in floating point the two may
+// differ, and every build has to give the same bytes.
 double scaler(double distance) {
     return 1.0 - std::abs(distance);
 }
@@ -81,8 +82,9 @@ kernels::WeightedRows bilinearRows(ConstPixelView source, const Axis& rows, std:
     const double position = rows.scaled(i) + static_cast<double>(rows.sourceStart);
     const std::size_t iY = rows.pixelAt(position);
     if (iY == 0) return {source.row(0), nullptr, 1.0, 0.0};
-    // Wanted, although columns do the opposite and the picture sits a stored row higher for it: row iY has the fraction
-    // for its weight, row iY - 1 the rest, even where iY - 1 lies below the source rectangle.
+    // Row iY is weighed with the fraction and row iY - 1 with the rest, even where iY - 1 lies below the source
+    // rectangle. Columns do the opposite, and so the picture sits one stored row higher; this is wanted, because
+    // callers know their pictures that way.
     const double fY = 1.0 - (position - static_cast<double>(iY));
     const double upper = scaler(0.0 - fY);
     const double lower = scaler(1.0 - fY);

@@ -77,15 +77,16 @@ Rotator::Rotator(const DrawJob& job) : m_source(job.image.part(job.source)), m_i
     m_centreX = static_cast<double>(job.destination.left) + width / 2 - half;
     m_centreY = static_cast<double>(job.destination.top) + height / 2 - half;
 
-    // Back through the rotation, then to the source's scale, an axis that is mirrored the other way round; stored rows
-    // run upwards, so that theirs is unless it is mirrored. Interpolation counts from pixel centres.
+    // From the destination back to the source: the rotation is undone, then the scale. A mirrored axis runs the other
+    // way round. Stored rows run upwards, so that the vertical axis is reversed unless it is mirrored. Interpolation
+    // counts from pixel centres.
     const double columns = (job.mirrorsColumns ? -srcWidth : srcWidth) / width;
     const double rows = (job.mirrorsRows ? srcHeight : -srcHeight) / height;
     const double corner = m_isInterpolating ? 0.5 : 0.0;
     m_u = {srcWidth / 2.0 - corner, turn.cosine * columns, turn.sine * columns};
     m_v = {srcHeight / 2.0 - corner, -turn.sine * rows, turn.cosine * rows};
 
-    // Half a pixel of the source more on each side is where edges fade, and one of the destination for rounding.
+    // On each side half a source pixel more, because edges fade there, and one destination pixel more for rounding.
     const double reachX = width / 2 * (1 + 1.0 / srcWidth);
     const double reachY = height / 2 * (1 + 1.0 / srcHeight);
     const double aside = std::abs(turn.cosine) * reachX + std::abs(turn.sine) * reachY + 1;
@@ -114,14 +115,14 @@ struct Rotator::Span {
     }
 };
 
-// Whether a pixel of the source counts at this position, fully or, at edges that fade, in part.
+// Whether any source pixel has a part in what is drawn at this position.
 bool Rotator::isReached(std::int64_t u, std::int64_t v) const noexcept {
     const std::int64_t least = m_isInterpolating ? -onePixel : 0;
     return u >= least && v >= least && u >> 32 < static_cast<std::int64_t>(m_source.width) &&
            v >> 32 < static_cast<std::int64_t>(m_source.height);
 }
 
-// Whether all pixels that count at this position, and those that count for nothing, are in the source.
+// Whether all source pixels that sampling at this position reads are there, also those whose weight is 0.
 bool Rotator::isInside(std::int64_t u, std::int64_t v) const noexcept {
     const std::int64_t further = m_isInterpolating ? 1 : 0;
     return u >= 0 && v >= 0 && (u >> 32) + further < static_cast<std::int64_t>(m_source.width) &&

@@ -83,7 +83,8 @@ unsigned grayStep(unsigned bitDepth) noexcept {
     return 255U / ((1U << bitDepth) - 1);
 }
 
-// The least depth at which all grays, and one that is free for clear pixels where those are, can be said.
+// The least depth that can say all grays of the picture and, if some of its pixels are clear, one more gray that stands
+// for them.
 std::optional<PngForm> grayForm(const Survey& survey) {
     for (const unsigned depth : {1U, 2U, 4U, 8U}) {
         const unsigned step = grayStep(depth);

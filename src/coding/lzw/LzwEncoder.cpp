@@ -134,8 +134,8 @@ void Compressor::writeAfresh(const Stretch& stretch) {
     }
 }
 
-// At every point where the dictionary is full two ways are tried: to go on with it as it is, or to begin a new one.
-// What is cheaper up to where the new one would be full again is written.
+// Wherever the dictionary is full, both ways of going on are worked out: to keep it as it is, or to clear it and build
+// a new one. They are compared over the indexes that fill the new one, and the one that takes fewer bits is written.
 void Compressor::run() {
     auto current = std::make_unique<Dictionary>(), fresh = std::make_unique<Dictionary>();
     Stretch afresh, onward;

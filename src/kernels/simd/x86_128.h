@@ -1,5 +1,5 @@
-// The operations on 16 bytes, which all instruction sets of x86 share: what sse2.h writes rows with, and what wider
-// ones take for kernels that go from left to right.
+// The operations on 16 bytes, which all instruction sets of x86 share. For sse2.h they are the vectors of all kernels;
+// wider sets use them where width gains nothing, as in kernels in which each pixel needs the one before it.
 #pragma once
 #include <cstddef>
 #include <cstdint>
