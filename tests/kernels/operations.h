@@ -62,7 +62,7 @@ void slideSums(Call c, unsigned which) {
     if (c.n > 0) std::memcpy(values.data(), c.dst, 2 * c.n);
     std::uint16_t* const sums = scratch[0].atEnd(values);
     c.t.slideAlphaSums(sums, (which & 1) != 0 ? c.src : nullptr, (which & 2) != 0 ? c.src + 4 * c.n : nullptr, c.n);
-    std::memcpy(c.dst, sums, 2 * c.n);
+    if (c.n > 0) std::memcpy(c.dst, sums, 2 * c.n);
 }
 
 // Sums of alpha that a box may hold, from random bytes.
@@ -129,7 +129,7 @@ std::uint64_t transform(Call c, std::int32_t quality) {
     std::vector<std::uint64_t> nonzero(c.n);
     c.t.transformBlocks(coefficients, nonzero.data(), c.src, 8 * c.n, c.n,
                         jpgBlockQuantiser(jpgQuantisation(false, quality)));
-    std::memcpy(c.dst, coefficients, 128 * c.n); // dst need not be aligned for them
+    if (c.n > 0) std::memcpy(c.dst, coefficients, 128 * c.n); // dst need not be aligned for them
     return std::accumulate(nonzero.begin(), nonzero.end(), std::uint64_t{0},
                            [](auto all, auto bits) { return all * 1'000'003 + bits; });
 }
