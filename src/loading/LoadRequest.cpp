@@ -8,7 +8,10 @@
 namespace pixkit {
 
 std::vector<std::uint8_t> LoadRequest::start(std::size_t count) const {
-    if (!isFile()) return {m_slice.begin(), m_slice.begin() + std::min(count, m_slice.size())};
+    if (!isFile()) {
+        const auto first = m_slice.first(std::min(count, m_slice.size()));
+        return {first.begin(), first.end()};
+    }
     std::vector<std::uint8_t> bytes(std::min(count, fileSize()));
     read(bytes);
     return bytes;
