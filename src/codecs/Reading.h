@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace pixkit {
 
@@ -47,13 +48,19 @@ enum class ReadOutcome : std::uint8_t {
     failed,      // a run-time error that nobody expected, such as no memory
 };
 
+inline constexpr std::string_view noMemoryForPixels = "no memory for the pixels";
+
 // Without a picture, what the host holds is no matter: whoever asked the reader empties it.
 struct ReadResult {
     ReadOutcome outcome = ReadOutcome::damaged;
-    std::string reason = {}; // what the run-time error said
+    // Why there is no picture, for people. A literal, so that a refusal for want of memory needs none itself.
+    std::string_view reason = {};
+    std::string error = {}; // what a run-time error said
 
     explicit operator bool() const noexcept { return outcome == ReadOutcome::loaded; }
-    static ReadResult of(bool isLoaded) { return {isLoaded ? ReadOutcome::loaded : ReadOutcome::damaged}; }
+    static ReadResult loaded() { return {ReadOutcome::loaded}; }
+    static ReadResult damaged(std::string_view reason) { return {ReadOutcome::damaged, reason}; }
+    static ReadResult otherFormat(std::string_view reason) { return {ReadOutcome::otherFormat, reason}; }
 };
 
 } // namespace pixkit

@@ -40,8 +40,9 @@ bool convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
 
 ReadResult LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
     const auto picture = iparseArrayToPicture(Stream, 0, Stream.size());
-    if (!picture) return {ReadOutcome::otherFormat};
-    return ReadResult::of(ConvertstdPicTo32bpp(*picture, Host));
+    if (!picture) return ReadResult::otherFormat("the loader of the system refuses it");
+    if (!ConvertstdPicTo32bpp(*picture, Host)) return ReadResult::damaged("the loader's picture cannot be taken over");
+    return ReadResult::loaded();
 }
 
 bool ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Host) {

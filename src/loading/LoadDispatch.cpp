@@ -26,7 +26,7 @@ constexpr std::int64_t smallestStream = 20;
 bool take(cPixSheet& host, ReadResult&& result) {
     if (result) return true;
     host.DestroyDIB(); // whatever the reader began
-    if (result.outcome == ReadOutcome::failed) platform::MessageBoxW(result.reason, "pixkit", platform::messageBoxOk);
+    if (result.outcome == ReadOutcome::failed) platform::MessageBoxW(result.error, "pixkit", platform::messageBoxOk);
     return false;
 }
 

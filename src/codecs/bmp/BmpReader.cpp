@@ -22,11 +22,11 @@ bool canFill(const BmpInfo& info, std::size_t bytes) {
 
 ReadResult cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
     const auto info = readBmpInfo(Stream);
-    if (!info) return {};
+    if (!info) return ReadResult::damaged("the headers describe no picture that can be read");
     const auto data = Stream.subspan(info->pixelOffset);
-    if (!canFill(*info, data.size())) return {};
+    if (!canFill(*info, data.size())) return ReadResult::damaged("too little data for the pixels");
     BmpRows rows(*info, data);
-    if (!Host.InitializeDIB(info->width, info->height)) return {};
+    if (!Host.InitializeDIB(info->width, info->height)) return ReadResult::damaged(noMemoryForPixels);
     const PixelView pixels = HostAccess::pixels(Host);
     AlphaClassification alpha;
     if (info->masks.alpha != 0) {
@@ -46,7 +46,7 @@ ReadResult cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixShee
     }
     Host.Alpha(alpha.bIsAlpha);
     HostAccess::ImageType(Host, alpha.imgType);
-    return {ReadOutcome::loaded};
+    return ReadResult::loaded();
 }
 
 } // namespace pixkit

@@ -112,11 +112,12 @@ void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
 
 } // namespace
 
-bool cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
+ReadResult cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
     const auto picture = iparseArrayToPicture(c_GIFframe, 0, c_GIFframe.size());
     platform::BitmapRecord bitmap;
-    if (!picture || !platform::GetObjectA(picture->handle(), bitmap)) return false;
-    if (!cHost.InitializeDIB(bitmap.bmWidth, bitmap.bmHeight)) return false;
+    if (!picture || !platform::GetObjectA(picture->handle(), bitmap))
+        return ReadResult::damaged("the loader of the system refuses the frame");
+    if (!cHost.InitializeDIB(bitmap.bmWidth, bitmap.bmHeight)) return ReadResult::damaged(noMemoryForPixels);
     if (!m_frame.TransIndex) {
         drawOpaque(*picture, cHost);
     } else {
@@ -137,7 +138,7 @@ bool cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
         cHost.Alpha(AlphaSimple);
     }
     HostAccess::ImageType(cHost, imgGIF);
-    return true;
+    return ReadResult::loaded();
 }
 
 } // namespace pixkit

@@ -13,17 +13,21 @@ using namespace std::string_view_literals;
 ReadResult cGIFparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost) {
     c_GIFdata = inStream;
     try {
-        return ReadResult::of(ParseGIF(cHost));
+        return ParseGIF(cHost);
     } catch (const std::exception& error) {
-        return {ReadOutcome::damaged, error.what()};
+        return {ReadOutcome::damaged, "a run-time error", error.what()};
     }
 }
 
-bool cGIFparser::ParseGIF(cPixSheet& cHost) {
-    if (findGifFrame(c_GIFdata, m_frame) != GifWalk::found) return false;
+ReadResult cGIFparser::ParseGIF(cPixSheet& cHost) {
+    const GifWalk walk = findGifFrame(c_GIFdata, m_frame);
+    if (walk == GifWalk::endsEarly) return ReadResult::damaged("the data ends before the first image does");
+    if (walk == GifWalk::refused) return ReadResult::damaged("no GIF signature, or a block that is none");
     // A frame without pixels or colours, or with more than a store can hold, is not worth asking the loader.
     const std::uint64_t bytes = std::uint64_t{m_frame.width} * m_frame.height * 4;
-    if (m_frame.gColorsUsed == 0 || bytes == 0 || bytes > std::numeric_limits<std::int32_t>::max()) return false;
+    if (m_frame.gColorsUsed == 0) return ReadResult::damaged("a GIF without colours");
+    if (bytes == 0 || bytes > std::numeric_limits<std::int32_t>::max())
+        return ReadResult::damaged("no pixels, or more than a store holds");
 
     buildFrame();
     if (m_frame.TransIndex) grayFrameTable();

@@ -30,10 +30,10 @@ class cGIFparser {
     static WrittenFile SaveAsGIF(const SourcePicture& Picture, const GifOptions& Options);
 
   private:
-    bool ParseGIF(cPixSheet& cHost);
+    ReadResult ParseGIF(cPixSheet& cHost);
     void buildFrame();
     void grayFrameTable();
-    bool ConvertGIFto32bpp(cPixSheet& cHost) const;
+    ReadResult ConvertGIFto32bpp(cPixSheet& cHost) const;
 
     std::span<const std::uint8_t> c_GIFdata;
     std::vector<std::uint8_t> c_GIFframe; // a GIF of the first frame alone

@@ -53,17 +53,18 @@ bool cICOparser::LoadDirectory(std::span<const std::uint8_t> Stream) {
 
 ReadResult cICOparser::LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY,
                                   cPixSheet& Host, std::int32_t bitDepth) {
-    if (!LoadDirectory(Stream)) return {isIconFile(Stream) ? ReadOutcome::damaged : ReadOutcome::otherFormat};
+    if (!isIconFile(Stream)) return ReadResult::otherFormat("no header of an icon file");
+    if (!LoadDirectory(Stream)) return ReadResult::damaged("no image in the directory can be read");
     std::vector<const IcoEntry*> candidates;
     for (const IcoEntry& entry : m_directory.entries)
         candidates.push_back(&entry);
     for (int attempt = 0; attempt < mostAttempts && !candidates.empty(); ++attempt) {
         const auto best = std::ranges::min_element(
             candidates, {}, [&](const IcoEntry* entry) { return distance(*entry, cX, cY, bitDepth); });
-        if (loadEntry(**best, Host)) return {ReadOutcome::loaded};
+        if (loadEntry(**best, Host)) return ReadResult::loaded();
         candidates.erase(best);
     }
-    return {};
+    return ReadResult::damaged("the nearest images cannot be read");
 }
 
 bool cICOparser::loadEntry(const IcoEntry& entry, cPixSheet& host) const {

@@ -55,10 +55,10 @@ template <class Body>
 ReadResult cPNGparser::loadInto(cPixSheet& host, Body&& load) {
     cHost = &host;
     try {
-        return {load()};
+        return load();
     } catch (const std::exception& error) {
         reportError("cPNGparser", error.what());
-        return {ReadOutcome::failed, error.what()};
+        return {ReadOutcome::failed, "a run-time error", error.what()};
     }
 }
 
@@ -66,12 +66,23 @@ bool cPNGparser::IsPNG(std::span<const std::uint8_t> bytes) noexcept {
     return bytes.size() >= signature.size() && std::equal(signature.begin(), signature.end(), bytes.begin());
 }
 
-ReadOutcome cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base) {
-    if (!IsPNG(pngStream)) return ReadOutcome::otherFormat;
+ReadResult cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base) {
+    if (!IsPNG(pngStream)) return ReadResult::otherFormat("no PNG signature");
     m_TransColor = -1;
     m_pngStream = pngStream;
-    const bool isLoaded = walkChunks(base) && !m_IDAT.empty() && PostLoadPNG();
-    return isLoaded ? ReadOutcome::loaded : ReadOutcome::damaged;
+    return walkChunks(base) && PostLoadPNG() ? ReadResult::loaded() : ReadResult::damaged(m_reason);
+}
+
+// Always false.
+bool cPNGparser::refuse(std::string_view reason) noexcept {
+    m_reason = reason;
+    return false;
+}
+
+// Always an error.
+cPNGparser::ChunkResult cPNGparser::refuseChunk(std::string_view reason) noexcept {
+    m_reason = reason;
+    return ChunkResult::error;
 }
 
 // --- chunks
@@ -85,11 +96,11 @@ bool cPNGparser::walkChunks(RunningEnd base) {
     std::uint64_t runningEnd = static_cast<std::uint64_t>(base);
     while (true) {
         const auto ChunkLen = reader.bigEndian32(position);
-        if (!ChunkLen) return false;
+        if (!ChunkLen) return refuse("IEND is missing");
         runningEnd += std::uint64_t{*ChunkLen} + chunkOverhead;
-        if (runningEnd > m_pngStream.size()) return false;
+        if (runningEnd > m_pngStream.size()) return refuse("a chunk reaches beyond the data");
         const auto typeAndData = reader.slice(position + 4, std::size_t{*ChunkLen} + 4);
-        if (!typeAndData) return false;
+        if (!typeAndData) return refuse("a chunk reaches beyond the data");
 
         Chunk chunk{ByteReader(*typeAndData).bigEndian32(0).value_or(0), 0, *typeAndData};
         // A CRC that the end of a stream cuts short is not there: 0, which is never checked.
@@ -119,7 +130,8 @@ cPNGparser::ChunkResult cPNGparser::zHandleChunk(const Chunk& chunk) {
 
 cPNGparser::ChunkResult cPNGparser::zChunk_IHDR(const Chunk& chunk) {
     const auto data = chunk.data();
-    if (!zCheckCRCvalue(chunk) || data.size() < 13) return ChunkResult::error;
+    if (!zCheckCRCvalue(chunk)) return refuseChunk("IHDR: the CRC does not match");
+    if (data.size() < 13) return refuseChunk("IHDR is too short");
     const ByteReader reader(data);
     m_Width = static_cast<std::int32_t>(reader.bigEndian32(0).value_or(0));
     m_Height = static_cast<std::int32_t>(reader.bigEndian32(4).value_or(0));
@@ -129,24 +141,26 @@ cPNGparser::ChunkResult cPNGparser::zChunk_IHDR(const Chunk& chunk) {
     const std::uint8_t filterMethod = data[11];
     m_Interlacing = data[12];
     if (m_Width < 1 || m_Height < 1 || compressionMethod != 0 || filterMethod != 0 || m_Interlacing > 1) {
-        return ChunkResult::error;
+        return refuseChunk("IHDR: no valid size or method");
     }
     // Whether bit depth and colour type suit each other is only looked at when there is something to decode.
     constexpr std::array<std::uint8_t, 5> bitDepths = {1, 2, 4, 8, 16};
     constexpr std::array<std::uint8_t, 5> colorTypes = {0, 2, 3, 4, 6};
     if (std::ranges::count(bitDepths, m_BitDepth) == 0 || std::ranges::count(colorTypes, m_ColorType) == 0) {
-        return ChunkResult::error;
+        return refuseChunk("IHDR: no valid depth or colour type");
     }
     // The bits of the store, width * 32 * height, must be countable in 31 bits: at most 67,108,863 pixels.
     const auto rowBits = checkedMultiply(m_Width, 32);
-    return rowBits && checkedMultiply(*rowBits, m_Height) ? ChunkResult::ok : ChunkResult::error;
+    if (!rowBits || !checkedMultiply(*rowBits, m_Height)) return refuseChunk("IHDR: more pixels than a store holds");
+    return ChunkResult::ok;
 }
 
 cPNGparser::ChunkResult cPNGparser::zChunk_PLTE(const Chunk& chunk) {
     // Unread, its CRC too, where a palette means nothing, which includes one that comes before any IHDR.
     if (m_ColorType == 0 || m_ColorType == 4) return ChunkResult::ok;
     const auto data = chunk.data();
-    if (!zCheckCRCvalue(chunk) || data.size() % 3 != 0) return ChunkResult::error;
+    if (!zCheckCRCvalue(chunk)) return refuseChunk("PLTE: the CRC does not match");
+    if (data.size() % 3 != 0) return refuseChunk("PLTE: not a whole number of entries");
     // The number of entries is not held against the bit depth; those that no index reaches are left out.
     m_PaletteSize = std::min(data.size(), m_Palette.size());
     std::copy_n(data.begin(), m_PaletteSize, m_Palette.begin());
@@ -175,11 +189,11 @@ void cPNGparser::zChunk_tRNS(const Chunk& chunk) {
 
 // Without memory the walk ends as at any other chunk that cannot be taken: no image, and nothing is said.
 cPNGparser::ChunkResult cPNGparser::zChunk_IDAT(const Chunk& chunk) {
-    if (!zCheckCRCvalue(chunk)) return ChunkResult::error;
+    if (!zCheckCRCvalue(chunk)) return refuseChunk("IDAT: the CRC does not match");
     try {
         joinIDAT(chunk.data());
     } catch (const std::bad_alloc&) {
-        return ChunkResult::error;
+        return refuseChunk("IDAT: no memory to join the chunks");
     }
     return ChunkResult::ok;
 }
@@ -248,23 +262,24 @@ std::optional<std::size_t> cPNGparser::zInflate(std::uint8_t* output, std::size_
 
 // False without a picture.
 bool cPNGparser::PostLoadPNG() {
+    if (m_IDAT.empty()) return refuse("IDAT is missing");
     const std::size_t uncmprssSize = m_Width == 0 ? 0 : CalcUncompressedWidth();
-    if (uncmprssSize == 0 || !isDepthSuited())
-        return false; // no IHDR, or a combination that the PNG standard does not have
+    if (uncmprssSize == 0) return refuse("IHDR is missing");
+    if (!isDepthSuited()) return refuse("IHDR: the depth does not suit the colour type");
     const ZeroedBytes RawPNGdata = allocateZeroed(uncmprssSize);
     auto written = zInflate(RawPNGdata.get(), uncmprssSize, m_IDAT);
     if (!written) {
         // What zlib refuses, the built-in decoder decides, and without zlib it decides alone: a picture loads the same
         // with and without the library.
         const auto result = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, m_IDAT.data(), m_IDAT.size());
-        if (result.outcome == deflate::Outcome::damaged) return false;
+        if (result.outcome == deflate::Outcome::damaged) return refuse("IDAT: the compressed data is damaged");
         written = result.written;
     }
     // Rows that the data does not reach are zero, whatever a decoder used their place for.
     std::memset(RawPNGdata.get() + *written, 0, uncmprssSize - *written);
     m_ownBytes.reset(); // before the host takes memory for its pixels
     InitializePalette();
-    if (!cHost->InitializeDIB(m_Width, m_Height)) return false;
+    if (!cHost->InitializeDIB(m_Width, m_Height)) return refuse(noMemoryForPixels);
     prepareConversion();
     if (m_Interlacing == 1) {
         UnfilterInterlaced(RawPNGdata.get());

@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string_view>
 
 namespace pixkit {
 
@@ -44,8 +45,10 @@ class cPNGparser {
     template <class Body>
     ReadResult loadInto(cPixSheet& host, Body&& load);
     static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
-    ReadOutcome LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
+    ReadResult LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
     bool walkChunks(RunningEnd base);
+    bool refuse(std::string_view reason) noexcept;
+    ChunkResult refuseChunk(std::string_view reason) noexcept;
     ChunkResult zHandleChunk(const Chunk& chunk);
     ChunkResult zChunk_IHDR(const Chunk& chunk);
     ChunkResult zChunk_PLTE(const Chunk& chunk);
@@ -77,6 +80,7 @@ class cPNGparser {
     void ConvertPNGtoBMP_Palettes(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
 
     cPixSheet* cHost = nullptr; // only for the length of a load
+    std::string_view m_reason;  // why the load ends without a picture
     std::int32_t m_Width = 0;
     std::int32_t m_Height = 0;
     std::uint8_t m_BitDepth = 0;

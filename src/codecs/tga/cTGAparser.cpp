@@ -48,29 +48,36 @@ constexpr std::size_t bytesOf(std::uint8_t bits) noexcept {
 ReadResult cTGAparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset) {
     m_stream = inStream;
     m_streamOffset = streamOffset;
-    if (!isTGA()) return {ReadOutcome::otherFormat};
-    return ReadResult::of(m_header.isColorMapped() ? ProcessColorMap(cHost) : ProcessTrueColor(cHost));
+    if (!isTGA()) return ReadResult::otherFormat(m_reason);
+    return m_header.isColorMapped() ? ProcessColorMap(cHost) : ProcessTrueColor(cHost);
+}
+
+// Always false.
+bool cTGAparser::refuse(std::string_view reason) noexcept {
+    m_reason = reason;
+    return false;
 }
 
 // The format has no signature at its beginning: the header must make sense, and the picture it speaks of must fit.
 bool cTGAparser::isTGA() noexcept {
     const ByteReader reader(m_stream);
-    if (reader.size() <= headerSize) return false;
+    if (reader.size() <= headerSize) return refuse("too short for a header");
     const auto byte = [&](std::size_t at) { return reader.byte(at).value_or(0); };
     const auto word = [&](std::size_t at) { return reader.littleEndian16(at).value_or(0); };
     m_header = {byte(0), byte(1), byte(2), word(3), word(5), byte(7), word(12), word(14), byte(16), byte(17)};
     const Header& header = m_header;
 
     constexpr std::array<std::uint8_t, 6> imageTypes = {1, 2, 3, 9, 10, 11};
-    if (std::ranges::count(imageTypes, header.imageType) == 0 || header.width < 1 || header.height < 1) return false;
+    if (std::ranges::count(imageTypes, header.imageType) == 0) return refuse("no type of image that is read");
+    if (header.width < 1 || header.height < 1) return refuse("no columns or no rows");
     const std::size_t bytesPerPixel = bytesOf(header.depth);
     if (bytesPerPixel == 0 || (header.isColorMapped() && (bytesPerPixel != 1 || header.colorMapType != 1))) {
-        return false;
+        return refuse("no depth that is read, or indexes without a colour map");
     }
     m_mapBytes = 0;
     if (header.colorMapType == 1) { // any other value but 1 says that there is no map, whatever the fields declare
         const std::size_t bytesPerEntry = bytesOf(header.entrySize);
-        if (bytesPerEntry == 0 || header.mapLength < 1) return false;
+        if (bytesPerEntry == 0 || header.mapLength < 1) return refuse("no entries of the colour map that are read");
         // The first index counts as entries that are there, because ProcessColorMap passes over as many.
         m_mapBytes = (std::size_t{header.firstEntry} + header.mapLength) * bytesPerEntry;
     }
@@ -78,7 +85,7 @@ bool cTGAparser::isTGA() noexcept {
     std::uint64_t expectedSize = dataOffset;
     if (!header.isRunLength()) expectedSize += std::uint64_t{header.width} * header.height * bytesPerPixel;
     if (reader.size() > 23 && findSignature(m_stream.last(22))) expectedSize += footerSize;
-    if (expectedSize > reader.size()) return false;
+    if (expectedSize > reader.size()) return refuse("too short for its picture");
     m_pixelData = m_stream.subspan(dataOffset);
     return true;
 }
@@ -100,13 +107,13 @@ bool cTGAparser::AllowAlphaChannel() const noexcept {
     return reader.byte(start + attributesTypeOffset).value_or(0) > 2; // 3 = alpha, 4 = premultiplied alpha
 }
 
-bool cTGAparser::ProcessTrueColor(cPixSheet& cHost) {
+ReadResult cTGAparser::ProcessTrueColor(cPixSheet& cHost) {
     bool hasAlpha = m_header.depth == 32;
     if (m_header.depth == 16 && (m_header.descriptor & 31) != 0) hasAlpha = AllowAlphaChannel();
     return buildSurface(cHost, {bytesOf(m_header.depth), hasAlpha, grayLookup.data()});
 }
 
-bool cTGAparser::ProcessColorMap(cPixSheet& cHost) {
+ReadResult cTGAparser::ProcessColorMap(cPixSheet& cHost) {
     // The entries are those that end where the pixels begin, and fill the palette from 0: what a first index above 0
     // means differs from program to program, and pictures made for this reader are laid out this way.
     const std::size_t bytesPerEntry = bytesOf(m_header.entrySize);

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace pixkit {
 
@@ -44,18 +45,20 @@ class cTGAparser {
     using Lookup = std::array<std::uint8_t, 256 * 4>;
 
     bool isTGA() noexcept;
+    bool refuse(std::string_view reason) noexcept;
     bool AllowAlphaChannel() const noexcept;
-    bool ProcessTrueColor(cPixSheet& cHost);
-    bool ProcessColorMap(cPixSheet& cHost);
+    ReadResult ProcessTrueColor(cPixSheet& cHost);
+    ReadResult ProcessColorMap(cPixSheet& cHost);
 
     // TgaPixels.cpp
     static const Lookup grayLookup;
-    bool buildSurface(cPixSheet& cHost, const TgaLayout& layout) const;
+    ReadResult buildSurface(cPixSheet& cHost, const TgaLayout& layout) const;
     bool placeRows(PixelView image, const TgaLayout& layout, AlphaOfRows* alpha) const;
 
     std::span<const std::uint8_t> m_stream; // the TGA's own bytes
     std::size_t m_streamOffset = 0;         // where they begin in the caller's array
     Header m_header{};
+    std::string_view m_reason; // why the data is no TGA
     std::size_t m_mapBytes = 0;
     std::span<const std::uint8_t> m_pixelData; // all that follows the colour map
 };
