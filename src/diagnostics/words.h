@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <variant>
 
 namespace pixkit {
 
@@ -25,6 +26,10 @@ std::string inWords(const Value& value) {
         return textInWords(value);
     } else if constexpr (std::is_pointer_v<Value>) {
         return value == nullptr ? "Nothing" : "an object"; // addresses help nobody afterwards
+    } else if constexpr (std::same_as<Value, std::monostate>) {
+        return "Nothing";
+    } else if constexpr (requires { std::variant_size<Value>::value; }) {
+        return std::visit([](const auto& held) { return inWords(held); }, value);
     } else if constexpr (requires { value.size(); }) {
         return numberInWords(static_cast<long long>(value.size())) + " elements";
     } else {

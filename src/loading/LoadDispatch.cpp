@@ -58,7 +58,9 @@ bool cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
 
 bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconCx, std::int32_t iconCy, bool SaveFormat,
                                  std::int32_t iconBitDepth) noexcept {
-    return loadMember("LoadPicture_File", *this, [&] {
+    const Call call("LoadPicture_File", "FileName, iconCx, iconCy, SaveFormat, iconBitDepth", FileName, iconCx, iconCy,
+                    SaveFormat, iconBitDepth);
+    return loadMember(call, *this, [&] {
         const bool useUnicode = (m_osCAP & capNtFamily) != 0;
         const platform::UniqueFile file(iparseGetFileHandle(FileName, true, useUnicode));
         if (!file || platform::GetFileSize(file.get()) <= largestRefusedFile) return false;
@@ -70,7 +72,10 @@ bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconC
 bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconCx, std::int32_t iconCy,
                                    std::int32_t streamStart, std::int32_t streamLength, bool SaveFormat,
                                    std::int32_t iconBitDepth) noexcept {
-    return loadMember("LoadPicture_Stream", *this, [&] {
+    const Call call("LoadPicture_Stream",
+                    "inStream, iconCx, iconCy, streamStart, streamLength, SaveFormat, iconBitDepth", inStream, iconCx,
+                    iconCy, streamStart, streamLength, SaveFormat, iconBitDepth);
+    return loadMember(call, *this, [&] {
         if (inStream.dimensions() != 1) return false;
         if (pvOverlapsStore(inStream)) { // the load frees the store before it reads
             return LoadPicture_Stream(ByteArray(inStream), iconCx, iconCy, streamStart, streamLength, SaveFormat,
@@ -93,7 +98,7 @@ bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t 
 }
 
 std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) const noexcept {
-    return guarded("SourceIconSizes", std::int32_t{0}, [&] {
+    return guarded(Call("SourceIconSizes", "sizeArray", sizeArray), std::int32_t{0}, [&] {
         constexpr eImageFormat ofIcons[] = {imgIcon, imgCursor, imgIconARGB, imgPNGicon, imgCursorARGB};
         cICOparser parser;
         if (m_Handle == 0 || std::ranges::count(ofIcons, m_Format) == 0) return 0;
@@ -108,7 +113,7 @@ std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) 
 }
 
 bool cPixSheet::GetOrginalFormat(ByteArray& outStream) const noexcept {
-    return guarded("GetOrginalFormat", false, [&] {
+    return guarded(Call("GetOrginalFormat", "outStream", outStream), false, [&] {
         outStream = m_ImageByteCache;
         return outStream.isAllocated();
     });

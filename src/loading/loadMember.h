@@ -8,9 +8,9 @@ namespace pixkit {
 
 // Runs `load` under the guard. A load that fails leaves the instance empty, wherever it failed: here is the place that
 // sees to it, and readers need not.
-template <class Load>
-bool loadMember(const Procedure& member, cPixSheet& sheet, Load&& load) noexcept {
-    const bool isLoaded = guarded(member, false, std::forward<Load>(load));
+template <class... Values, class Load>
+bool loadMember(const Call<Values...>& call, cPixSheet& sheet, Load&& load) noexcept {
+    const bool isLoaded = guarded(call, false, std::forward<Load>(load));
     if (!isLoaded) sheet.DestroyDIB();
     return isLoaded;
 }

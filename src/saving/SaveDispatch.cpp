@@ -16,9 +16,10 @@ bool isNtFamily(const cPixSheet& sheet) noexcept {
     return (HostAccess::osCAP(sheet) & capNtFamily) != 0;
 }
 
-bool toFile(const Procedure& member, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
+template <class... Values>
+bool toFile(const Call<Values...>& call, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
             const WriteOptions& options) noexcept {
-    return guarded(member, false, [&] {
+    return guarded(call, false, [&] {
         const SourcePicture picture(sheet);
         // Nobody is asked about a file that will not be written.
         return picture.pixels && deliverToFile({FileName, PromptOverWrite, isNtFamily(sheet)}, [&] {
@@ -27,9 +28,10 @@ bool toFile(const Procedure& member, const cPixSheet& sheet, const std::string& 
     });
 }
 
-bool toStream(const Procedure& member, const cPixSheet& sheet, ByteArray& outStream,
+template <class... Values>
+bool toStream(const Call<Values...>& call, const cPixSheet& sheet, ByteArray& outStream,
               const WriteOptions& options) noexcept {
-    return guarded(member, false, [&] {
+    return guarded(call, false, [&] {
         const SourcePicture picture(sheet);
         return deliverToStream(outStream, write({&picture, 1}, options));
     });
@@ -37,10 +39,10 @@ bool toStream(const Procedure& member, const cPixSheet& sheet, ByteArray& outStr
 
 // Icon files are made of several pictures; without any, of the one that is asked. `deliver` is given them. Returns the
 // number of images.
-template <class Deliver>
-std::int32_t saveIcon(const Procedure& member, const cPixSheet* self, std::span<const cPixSheet* const> Source,
+template <class... Values, class Deliver>
+std::int32_t saveIcon(const Call<Values...>& call, const cPixSheet* self, std::span<const cPixSheet* const> Source,
                       std::span<const IconEntrySize> Sizes, Deliver&& deliver) noexcept {
-    return guarded(member, 0, [&] {
+    return guarded(call, 0, [&] {
         std::vector<SourcePicture> pictures;
         for (const cPixSheet* sheet : Source.empty() ? std::span(&self, 1) : Source)
             pictures.push_back(sheet != nullptr ? SourcePicture(*sheet) : SourcePicture());
@@ -67,68 +69,85 @@ IconFile iconFileOf(std::string_view name) {
 
 bool cPixSheet::SaveToFile_Bitmap(const std::string& FileName, bool KeepPreMultipliedPixels,
                                   std::int32_t TransparentFillColor, bool PromptOverWrite) const noexcept {
-    return toFile("SaveToFile_Bitmap", *this, FileName, PromptOverWrite,
-                  BmpOptions{KeepPreMultipliedPixels, TransparentFillColor});
+    return toFile(Call("SaveToFile_Bitmap", "FileName, KeepPreMultipliedPixels, TransparentFillColor, PromptOverWrite",
+                       FileName, KeepPreMultipliedPixels, TransparentFillColor, PromptOverWrite),
+                  *this, FileName, PromptOverWrite, BmpOptions{KeepPreMultipliedPixels, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToStream_Bitmap(ByteArray& outStream, bool KeepPreMultipliedPixels,
                                     std::int32_t TransparentFillColor) const noexcept {
-    return toStream("SaveToStream_Bitmap", *this, outStream, BmpOptions{KeepPreMultipliedPixels, TransparentFillColor});
+    return toStream(Call("SaveToStream_Bitmap", "outStream, KeepPreMultipliedPixels, TransparentFillColor", outStream,
+                         KeepPreMultipliedPixels, TransparentFillColor),
+                    *this, outStream, BmpOptions{KeepPreMultipliedPixels, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToFile_TGA(const std::string& FileName, bool Compress, bool ReduceBitDepth,
                                bool AllowPreMultipliedPixels, bool PromptOverWrite) const noexcept {
-    return toFile("SaveToFile_TGA", *this, FileName, PromptOverWrite,
-                  TgaOptions{AllowPreMultipliedPixels, Compress, ReduceBitDepth});
+    return toFile(Call("SaveToFile_TGA",
+                       "FileName, Compress, ReduceBitDepth, AllowPreMultipliedPixels, PromptOverWrite", FileName,
+                       Compress, ReduceBitDepth, AllowPreMultipliedPixels, PromptOverWrite),
+                  *this, FileName, PromptOverWrite, TgaOptions{AllowPreMultipliedPixels, Compress, ReduceBitDepth});
 }
 
 bool cPixSheet::SaveToStream_TGA(ByteArray& outStream, bool Compress, bool ReduceBitDepth,
                                  bool AllowPreMultipliedPixels) const noexcept {
-    return toStream("SaveToStream_TGA", *this, outStream,
-                    TgaOptions{AllowPreMultipliedPixels, Compress, ReduceBitDepth});
+    return toStream(Call("SaveToStream_TGA", "outStream, Compress, ReduceBitDepth, AllowPreMultipliedPixels", outStream,
+                         Compress, ReduceBitDepth, AllowPreMultipliedPixels),
+                    *this, outStream, TgaOptions{AllowPreMultipliedPixels, Compress, ReduceBitDepth});
 }
 
 bool cPixSheet::SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite) const noexcept {
-    return toFile("SaveToFile_PNG", *this, FileName, PromptOverWrite, &m_PNGprops);
+    return toFile(Call("SaveToFile_PNG", "FileName, PromptOverWrite", FileName, PromptOverWrite), *this, FileName,
+                  PromptOverWrite, &m_PNGprops);
 }
 
 bool cPixSheet::SaveToStream_PNG(ByteArray& outStream) const noexcept {
-    return toStream("SaveToStream_PNG", *this, outStream, &m_PNGprops);
+    return toStream(Call("SaveToStream_PNG", "outStream", outStream), *this, outStream, &m_PNGprops);
 }
 
 bool cPixSheet::PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword) noexcept {
-    return guarded("PngPropertySet", false, [&] { return m_PNGprops.set(Property, Value, Keyword); });
+    return guarded(Call("PngPropertySet", "Property, Value, Keyword", Property, Value, Keyword), false,
+                   [&] { return m_PNGprops.set(Property, Value, Keyword); });
 }
 
 PngValue cPixSheet::PngPropertyGet(ePngProperties Property, const std::string& Keyword) const noexcept {
-    return guarded("PngPropertyGet", PngValue(), [&] { return m_PNGprops.get(Property, Keyword); });
+    return guarded(Call("PngPropertyGet", "Property, Keyword", Property, Keyword), PngValue(),
+                   [&] { return m_PNGprops.get(Property, Keyword); });
 }
 
 bool cPixSheet::SaveToFile_JPG(const std::string& FileName, std::int32_t Quality, std::int32_t TransparentFillColor,
                                bool PromptOverWrite) const noexcept {
-    return toFile("SaveToFile_JPG", *this, FileName, PromptOverWrite, JpgOptions{Quality, TransparentFillColor});
+    return toFile(Call("SaveToFile_JPG", "FileName, Quality, TransparentFillColor, PromptOverWrite", FileName, Quality,
+                       TransparentFillColor, PromptOverWrite),
+                  *this, FileName, PromptOverWrite, JpgOptions{Quality, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToStream_JPG(ByteArray& outStream, std::int32_t Quality) const noexcept {
     constexpr std::int32_t black = 0;
-    return toStream("SaveToStream_JPG", *this, outStream, JpgOptions{Quality, black});
+    return toStream(Call("SaveToStream_JPG", "outStream, Quality", outStream, Quality), *this, outStream,
+                    JpgOptions{Quality, black});
 }
 
 bool cPixSheet::SaveToFile_GIF(const std::string& FileName, bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance,
                                bool PromptOverWrite) const noexcept {
-    return toFile("SaveToFile_GIF", *this, FileName, PromptOverWrite,
-                  GifOptions{UseAdaptivePalette, OpaquenessTolerance});
+    return toFile(Call("SaveToFile_GIF", "FileName, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite", FileName,
+                       UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite),
+                  *this, FileName, PromptOverWrite, GifOptions{UseAdaptivePalette, OpaquenessTolerance});
 }
 
 // PromptOverWrite is part of the interface only: an array is no file that could be lost.
 bool cPixSheet::SaveToStream_GIF(ByteArray& outStream, bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance,
-                                 bool /*PromptOverWrite*/) const noexcept {
-    return toStream("SaveToStream_GIF", *this, outStream, GifOptions{UseAdaptivePalette, OpaquenessTolerance});
+                                 bool PromptOverWrite) const noexcept {
+    return toStream(Call("SaveToStream_GIF", "outStream, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite",
+                         outStream, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite),
+                    *this, outStream, GifOptions{UseAdaptivePalette, OpaquenessTolerance});
 }
 
 std::int32_t cPixSheet::SaveToFile_ICO(const std::string& FileName, std::span<const cPixSheet* const> Source,
                                        bool PromptOverWrite, std::span<const IconEntrySize> Sizes) const noexcept {
-    return saveIcon("SaveToFile_ICO", this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
+    const Call call("SaveToFile_ICO", "FileName, Source, PromptOverWrite, Sizes", FileName, Source, PromptOverWrite,
+                    Sizes);
+    return saveIcon(call, this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
         return deliverToFile({FileName, PromptOverWrite, isNtFamily(*this)}, [&] {
             return write(pictures, IcoOptions{Sizes, iconFileOf(FileName)});
         });
@@ -137,7 +156,8 @@ std::int32_t cPixSheet::SaveToFile_ICO(const std::string& FileName, std::span<co
 
 std::int32_t cPixSheet::SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source,
                                          std::span<const IconEntrySize> Sizes) const noexcept {
-    return saveIcon("SaveToStream_ICO", this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
+    const Call call("SaveToStream_ICO", "outStream, Source, Sizes", outStream, Source, Sizes);
+    return saveIcon(call, this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
         return deliverToStream(outStream, write(pictures, IcoOptions{Sizes}));
     });
 }
