@@ -367,8 +367,9 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         *to = static_cast<To>(from);
     }
 
-    // The forms of a member, which the guard knows by its name. A null pointer for what it gives is refused before
-    // anything happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT.
+    // The forms of a member, which the guard knows by its name and line; reports of the native member that it calls,
+    // which has a guard of its own, name the parameters. A null pointer for what it gives is refused before anything
+    // happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT.
     template <class Body>
     static HRESULT run(Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
         guarded(member, false, [&] { return body(), true; });

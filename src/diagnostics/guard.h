@@ -85,8 +85,9 @@ void reportError(const Call<Values...>& call, const char* description) noexcept 
     reportError(call.procedure(), description, parameters, &call);
 }
 
-// Runs `body` and returns its value, or `failure` when it throws. `Origin` is Procedure or a Call: reports get a copy
-// of it, so that the compiler puts the original nowhere and the guard costs nothing where nothing fails.
+// Runs `body` and returns its value, or `failure` when it throws. `Origin` is Procedure or a Call. A report gets a
+// copy, made only once something has failed: as nobody takes the address of the original, the compiler need not lay it
+// out in memory, and a guard under which nothing fails costs nothing.
 template <class Origin, class Value, class Body>
 Value guardedAt(const Origin& origin, Value failure, Body&& body) noexcept {
     try {
