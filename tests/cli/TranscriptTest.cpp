@@ -87,7 +87,7 @@ class Scene {
         std::string outcome = exitCode != 0 ? "exit " + std::to_string(exitCode) + "\n" : "";
         outcome += shown("> ", out.str()) + shown("! ", err.str());
         for (const auto& [name, content] : files())
-            if (before[name] != content) outcome += "+ " + name + " " + content + "\n";
+            if (before[name] != content) outcome.append("+ ").append(name).append(" ").append(content).append("\n");
         return outcome;
     }
     static std::string shown(const std::string& mark, const std::string& text) {

@@ -33,6 +33,7 @@ inline void fill(cPixSheet& sheet, std::int32_t width, std::int32_t height, cons
 template <class At>
 void draw(cPixSheet& sheet, std::int32_t width, std::int32_t height, AlphaTypeEnum alpha, At&& at) {
     std::vector<Pixel> pixels;
+    pixels.reserve(static_cast<std::size_t>(width * height));
     for (std::int32_t i = 0; i < width * height; ++i)
         pixels.push_back(at(static_cast<unsigned>(i % width), static_cast<unsigned>(i / width)));
     fill(sheet, width, height, pixels);
