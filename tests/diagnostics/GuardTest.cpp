@@ -13,7 +13,7 @@ namespace {
 std::string parametersOf(const ErrorReport& report) {
     std::string all;
     for (const auto& [name, value] : report.parameters)
-        all += name + " = " + value + "; ";
+        all.append(name).append(" = ").append(value).append("; ");
     return all;
 }
 

@@ -134,7 +134,7 @@ TEST_F(FailureSweep, AFailedLoadLeaksOrLeavesHalfAPicture) {
             EXPECT_TRUE(isLoaded || !sheet.GetOrginalFormat(kept));
             EXPECT_EQ(pixelsOf(sheet), isLoaded ? expected : std::vector<Pixel>());
         };
-        Subject{[] {}, [&] { return load(sheet); }, check}.sweep({1, -1});
+        Subject{[] {}, [&, &load = load] { return load(sheet); }, check}.sweep({1, -1});
     }
     EXPECT_TRUE(isTold);
 }

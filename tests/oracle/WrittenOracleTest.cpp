@@ -85,7 +85,7 @@ TEST(WrittenOracle, OthersReadOtherPixels) {
             pixel = pixel[3] < 128 ? Pixel{} : Pixel{pixel[0], pixel[1], pixel[2], 255};
         auto colors = keyed;
         std::ranges::sort(colors);
-        colors.erase(std::ranges::unique(colors).begin(), colors.end());
+        colors.erase(std::unique(colors.begin(), colors.end()), colors.end());
         if (colors.size() < 256) expectPixels(gif, keyed, "GIF");
         ASSERT_TRUE(sheet.SaveToStream_JPG(file, number % 101));
         const JpegPicture jpeg = decodeJpeg(file.data(), file.size());

@@ -148,7 +148,7 @@ TEST(Gdi, GetDIBitsTurnsRowsAndDepthsIntoWhatTheHeaderAsks) {
             if ((bits == 8 || height < 0) && part.start != 0) continue;
             const int rows = bits == 8 && fromBits != 8 ? 0 : part.rows; // no palette was chosen
             Bytes got(all.size(), 0xEE), expected(all.size(), 0xEE);
-            std::copy_n(all.begin() + part.start % 4 * strideOf(3, bits),
+            std::copy_n(all.data() + part.start % 4 * strideOf(3, bits),
                         static_cast<std::size_t>(rows) * strideOf(3, bits), expected.begin());
             ColorTable colors{};
             BitmapInfoHeader header = headerOf(3, height, bits);

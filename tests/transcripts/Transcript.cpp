@@ -307,7 +307,7 @@ std::string Run::outcome(Tokens tokens) {
         const std::string variable = words[i].substr(words[i].find('$'));
         const std::string before = textOf(std::exchange(m_variables[variable], arguments[i].value));
         const std::string after = textOf(arguments[i].value);
-        if (after != before) text += (text.empty() ? "" : "  ") + variable + '=' + after;
+        if (after != before) text.append(text.empty() ? "" : "  ").append(variable).append("=").append(after);
     }
     if (target.starts_with('$'))
         m_variables[target] = result;
@@ -370,8 +370,9 @@ void runTranscript(const std::filesystem::path& file, Engine& engine) {
             const auto comment = line.find(" # ");
             const std::string rest = comment != std::string::npos ? line.substr(comment) : "";
             if (comment < head.size()) head.resize(comment);
-            line = head + std::string(head.size() < 40 && !found.empty() ? 40 - head.size() : 0, ' ') +
-                   (found.empty() ? "" : " = " + found) + rest;
+            line = head;
+            if (!found.empty()) line.append(std::max<std::size_t>(head.size(), 40) - head.size(), ' ').append(" = ");
+            line.append(found).append(rest);
         } else {
             ADD_FAILURE_AT(file.string().c_str(), number)
                 << title << '\n'

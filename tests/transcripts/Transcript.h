@@ -60,6 +60,7 @@ void runTranscript(const std::filesystem::path& file, Engine& engine);
 
 // A test for each transcript; `make` gives the engine.
 #define PIXKIT_RUN_TRANSCRIPTS(suite, make)                                                                            \
+    /* NOLINTNEXTLINE(bugprone-macro-parentheses): a name */                                                           \
     class suite : public testing::TestWithParam<std::filesystem::path> {};                                             \
     TEST_P(suite, GiveSomethingElse) {                                                                                 \
         auto engine = make;                                                                                            \
