@@ -52,6 +52,7 @@ def ico():
     yield "height-not-doubled", icon_file((single, {"height": 8}))
     yield "height-not-doubled-width-256", icon_file((bmp_file(4, 256, 8)[14:], {"width": 0, "height": 8}))
     yield "height-odd", icon_file(bmp_file(24, 9, 7)[14:])
+    yield "height-odd-unknown-to-directory", icon_file((bmp_file(24, 9, 7)[14:], {"height": 3}))
     good = icon_bitmap(24, 9, 7)
     picture = png_file(6, 8, 20, 18)
     yield "png", icon_file(picture)
