@@ -25,7 +25,7 @@ std::optional<OsVersion> version;
 
 void armFault(SeamCall call, int after, int times) noexcept {
     const std::scoped_lock lock(planMutex);
-    plans[static_cast<std::size_t>(call)] = {after, times};
+    plans.at(static_cast<std::size_t>(call)) = {after, times};
     anythingArmed.store(true, std::memory_order_relaxed);
 }
 
@@ -38,7 +38,7 @@ void disarmFaults() noexcept {
 bool faultDue(SeamCall call) noexcept {
     if (!anythingArmed.load(std::memory_order_relaxed)) return false;
     const std::scoped_lock lock(planMutex);
-    Plan& plan = plans[static_cast<std::size_t>(call)];
+    Plan& plan = plans.at(static_cast<std::size_t>(call));
     if (plan.times == 0) return false;
     if (plan.after > 0) {
         --plan.after;
