@@ -93,6 +93,7 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
 
 bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t iconCy,
                                               std::int32_t iconBitDepth) noexcept {
+    if (!m_ImageByteCache.isAllocated()) return false; // nothing to load, so nothing that would take the image's place
     const ByteArray source = std::move(m_ImageByteCache); // the load erases the cache, and keeps the same bytes anew
     return LoadPicture_Stream(source, iconCx, iconCy, 0, 0, true, iconBitDepth);
 }

@@ -164,7 +164,8 @@ class cPixSheet {
                     bool isBottomUp = true, std::int32_t dstX = 0, std::int32_t dstY = 0, std::int32_t dstWidth = 0,
                     std::int32_t dstHeight = 0) noexcept;
 
-    // --- loading (loading/LoadDispatch.cpp); every load, refused ones included, first empties the instance
+    // --- loading (loading/LoadDispatch.cpp); every load, refused ones included, first empties the instance, but for
+    // LoadPicture_FromOrignalFormat where there is nothing to load
 
     // Loads a file of more than 56 bytes. iconCx, iconCy (0 = any) and iconBitDepth (0 .. 32) choose the image of an
     // icon file. SaveFormat keeps the file's bytes for GetOrginalFormat.
@@ -185,7 +186,8 @@ class cPixSheet {
     bool LoadPicture_Resource(const ResourceId& ResIndex, const ResourceId& ResSection, std::int32_t iconCx = 32,
                               std::int32_t iconCy = 32, std::int32_t streamStart = 0, std::int32_t streamLength = 0,
                               std::int32_t iconBitDepth = 32) noexcept;
-    // Loads the kept original-format bytes again, which are kept again. False, and empty, when there are none.
+    // Loads the kept original-format bytes again, which are kept again. False when there are none: then the instance
+    // stays as it is.
     bool LoadPicture_FromOrignalFormat(std::int32_t iconCx = 32, std::int32_t iconCy = 32,
                                        std::int32_t iconBitDepth = 32) noexcept;
     // A copy of the kept original-format bytes; false, and outStream unallocated, when there are none.
