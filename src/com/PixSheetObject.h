@@ -371,28 +371,28 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     // which has a guard of its own, name the parameters. A null pointer for what it gives is refused before anything
     // happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT.
     template <class Body>
-    static HRESULT run(Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
-        guarded(member, false, [&] { return body(), true; });
+    HRESULT run(Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
+        guarded(Call(*m_sheet, member), false, [&] { return body(), true; });
         return S_OK;
     }
     template <class Result, class Body>
-    static HRESULT give(Result* result, Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
+    HRESULT give(Result* result, Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
         if (result == nullptr) return E_POINTER;
         *result = Result();
         return run([&] { convert(body(), result); }, member);
     }
     // `body` gets the object to draw on, or null where the caller names none.
     template <class Body>
-    static HRESULT drawOnto(_cPixSheet** host, VARIANT_BOOL* result, Body&& body,
-                            const Procedure& member = __builtin_FUNCTION()) noexcept {
+    HRESULT drawOnto(_cPixSheet** host, VARIANT_BOOL* result, Body&& body,
+                     const Procedure& member = __builtin_FUNCTION()) noexcept {
         PixSheetObject* const target = host != nullptr && *host != nullptr ? ours(*host) : nullptr;
         if (host != nullptr && *host != nullptr && target == nullptr) return DISP_E_TYPEMISMATCH;
         return give(
             result, [&] { return body(target != nullptr ? target->m_sheet.get() : nullptr); }, member);
     }
     template <class Body>
-    static HRESULT read(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body,
-                        const Procedure& member = __builtin_FUNCTION()) noexcept {
+    HRESULT read(SAFEARRAY** stream, VARIANT_BOOL* result, Body&& body,
+                 const Procedure& member = __builtin_FUNCTION()) noexcept {
         if (stream == nullptr) return E_POINTER;
         return give(
             result,

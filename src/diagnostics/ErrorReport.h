@@ -12,11 +12,13 @@ struct ErrorReport {
         std::string name;
         std::string value; // in words: numbers in decimal, text cut after 80 bytes, arrays by their length
     };
+    using Variable = Parameter;
     std::string procedure;             // the public member, or the reader, that trapped the error
     std::string description;           // what the run-time error says of itself
     std::string module;                // the source file of that procedure, such as "render/Resize.cpp"
     std::uint32_t line = 0;            // where in it the procedure is guarded
     std::vector<Parameter> parameters; // what the procedure was called with, as far as its guard says
+    std::vector<Variable> variables;   // how the instance stood after the failure
 };
 
 using ErrorReportHandler = std::function<void(const ErrorReport&)>;

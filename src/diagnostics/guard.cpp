@@ -35,13 +35,13 @@ void setErrorReportHandler(ErrorReportHandler handler) {
     handlerInUse.set(std::move(handler));
 }
 
-void reportError(const Procedure& procedure, const char* description, DescribeParameters parameters,
+void reportError(const Procedure& procedure, const char* description, DescribeCall describe,
                  const void* call) noexcept {
     try {
         const auto handler = handlerInUse.get();
         if (!handler) return;
-        ErrorReport report{procedure.name, description, moduleOf(procedure.file), procedure.line, {}};
-        if (parameters != nullptr) report.parameters = parameters(call);
+        ErrorReport report{procedure.name, description, moduleOf(procedure.file), procedure.line, {}, {}};
+        if (describe != nullptr) describe(call, report);
         (*handler)(report);
     } catch (...) { // NOLINT(bugprone-empty-catch)
         // A report that fails must not become a second error.

@@ -43,46 +43,55 @@ class ParameterNames {
     std::string_view m_names;
 };
 
-// A procedure and what it was called with, by reference: the values are only looked at for a report.
-//     return guarded(Call("Resize", "Width, Height", Width, Height), false, [&] { ... });
-template <class... Values>
+// A procedure, the instance that it works on, and what it was called with, by reference: all is only looked at for a
+// report. The instance's class brings a function that says how it stands, found by its name:
+//     void describeInstance(const cPixSheet& sheet, ErrorReport& report);
+//     return guarded(Call(*this, "Resize", "Width, Height", Width, Height), false, [&] { ... });
+template <class Instance, class... Values>
 class Call {
   public:
-    Call(const char* name, ParameterNames<sizeof...(Values)> names, const Values&... values,
+    Call(const Instance& instance, const char* name, ParameterNames<sizeof...(Values)> names, const Values&... values,
          const char* file = __builtin_FILE(), std::uint32_t line = __builtin_LINE()) noexcept
-        : m_procedure(name, file, line), m_names(names.get()), m_values(values...) {}
+        : m_procedure(name, file, line), m_instance(instance), m_names(names.get()), m_values(values...) {}
+    // Without parameters, or where they are not known.
+    Call(const Instance& instance, const Procedure& procedure) noexcept
+        : m_procedure(procedure), m_instance(instance) {}
 
     const Procedure& procedure() const noexcept { return m_procedure; }
 
-    // In words. May throw std::bad_alloc.
-    std::vector<ErrorReport::Parameter> parameters() const {
-        std::vector<ErrorReport::Parameter> result;
+    // Parameters and variables in words. May throw std::bad_alloc.
+    void describe(ErrorReport& report) const {
         std::string_view names = m_names;
         const auto add = [&](const auto& value) {
             const std::size_t end = names.find(',');
-            result.push_back({std::string(names.substr(0, end)), inWords(value)});
+            report.parameters.push_back({std::string(names.substr(0, end)), inWords(value)});
             names.remove_prefix(end == names.npos ? names.size() : end + 2);
         };
         std::apply([&](const auto&... values) { (add(values), ...); }, m_values);
-        return result;
+        describeInstance(m_instance, report);
     }
 
   private:
     Procedure m_procedure;
+    const Instance& m_instance;
     std::string_view m_names;
     std::tuple<const Values&...> m_values;
 };
-template <class... Values>
-Call(const char*, const char*, const Values&...) -> Call<Values...>;
+template <class Instance, class... Values>
+Call(const Instance&, const char*, const char*, const Values&...) -> Call<Instance, Values...>;
+template <class Instance>
+Call(const Instance&, const Procedure&) -> Call<Instance>;
 
-// What an unexpected failure passes through. `parameters` makes those of a Call; null where they are not known.
-using DescribeParameters = std::vector<ErrorReport::Parameter> (*)(const void* call);
-void reportError(const Procedure& procedure, const char* description, DescribeParameters parameters = nullptr,
+// What an unexpected failure passes through. `describe` adds what a Call knows; null where there is none.
+using DescribeCall = void (*)(const void* call, ErrorReport& report);
+void reportError(const Procedure& procedure, const char* description, DescribeCall describe = nullptr,
                  const void* call = nullptr) noexcept;
-template <class... Values>
-void reportError(const Call<Values...>& call, const char* description) noexcept {
-    const auto parameters = [](const void* it) { return static_cast<const Call<Values...>*>(it)->parameters(); };
-    reportError(call.procedure(), description, parameters, &call);
+template <class Instance, class... Values>
+void reportError(const Call<Instance, Values...>& call, const char* description) noexcept {
+    const auto describe = [](const void* it, ErrorReport& report) {
+        static_cast<const Call<Instance, Values...>*>(it)->describe(report);
+    };
+    reportError(call.procedure(), description, describe, &call);
 }
 
 // Runs `body` and returns its value, or `failure` when it throws. `Origin` is Procedure or a Call. A report gets a
@@ -103,8 +112,8 @@ template <class Value, class Body>
 Value guarded(const Procedure& procedure, Value failure, Body&& body) noexcept {
     return guardedAt(procedure, std::move(failure), std::forward<Body>(body));
 }
-template <class... Values, class Value, class Body>
-Value guarded(const Call<Values...>& call, Value failure, Body&& body) noexcept {
+template <class Instance, class... Values, class Value, class Body>
+Value guarded(const Call<Instance, Values...>& call, Value failure, Body&& body) noexcept {
     return guardedAt(call, std::move(failure), std::forward<Body>(body));
 }
 

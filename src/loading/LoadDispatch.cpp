@@ -58,8 +58,8 @@ bool cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
 
 bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconCx, std::int32_t iconCy, bool SaveFormat,
                                  std::int32_t iconBitDepth) noexcept {
-    const Call call("LoadPicture_File", "FileName, iconCx, iconCy, SaveFormat, iconBitDepth", FileName, iconCx, iconCy,
-                    SaveFormat, iconBitDepth);
+    const Call call(*this, "LoadPicture_File", "FileName, iconCx, iconCy, SaveFormat, iconBitDepth", FileName, iconCx,
+                    iconCy, SaveFormat, iconBitDepth);
     return loadMember(call, *this, [&] {
         const bool useUnicode = (m_osCAP & capNtFamily) != 0;
         const platform::UniqueFile file(iparseGetFileHandle(FileName, true, useUnicode));
@@ -72,7 +72,7 @@ bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconC
 bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconCx, std::int32_t iconCy,
                                    std::int32_t streamStart, std::int32_t streamLength, bool SaveFormat,
                                    std::int32_t iconBitDepth) noexcept {
-    const Call call("LoadPicture_Stream",
+    const Call call(*this, "LoadPicture_Stream",
                     "inStream, iconCx, iconCy, streamStart, streamLength, SaveFormat, iconBitDepth", inStream, iconCx,
                     iconCy, streamStart, streamLength, SaveFormat, iconBitDepth);
     return loadMember(call, *this, [&] {
@@ -99,7 +99,7 @@ bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t 
 }
 
 std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) const noexcept {
-    return guarded(Call("SourceIconSizes", "sizeArray", sizeArray), std::int32_t{0}, [&] {
+    return guarded(Call(*this, "SourceIconSizes", "sizeArray", sizeArray), std::int32_t{0}, [&] {
         constexpr eImageFormat ofIcons[] = {imgIcon, imgCursor, imgIconARGB, imgPNGicon, imgCursorARGB};
         cICOparser parser;
         if (m_Handle == 0 || std::ranges::count(ofIcons, m_Format) == 0) return 0;
@@ -114,7 +114,7 @@ std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) 
 }
 
 bool cPixSheet::GetOrginalFormat(ByteArray& outStream) const noexcept {
-    return guarded(Call("GetOrginalFormat", "outStream", outStream), false, [&] {
+    return guarded(Call(*this, "GetOrginalFormat", "outStream", outStream), false, [&] {
         outStream = m_ImageByteCache;
         return outStream.isAllocated();
     });

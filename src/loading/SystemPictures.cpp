@@ -11,7 +11,7 @@
 namespace pixkit {
 
 bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept {
-    return loadMember(Call("LoadPicture_StdPicture", "Picture", Picture), *this, [&] {
+    return loadMember(Call(*this, "LoadPicture_StdPicture", "Picture", Picture), *this, [&] {
         const auto type = Picture != nullptr ? Picture->Type() : platform::PictureType::none;
         if (m_Handle != 0 && type == platform::PictureType::bitmap &&
             platform::isSameObject(Picture->handle(), m_Handle))
@@ -24,7 +24,7 @@ bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noex
 }
 
 bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
-    return loadMember(Call("LoadPicture_ByHandle", "Handle", Handle), *this, [&] {
+    return loadMember(Call(*this, "LoadPicture_ByHandle", "Handle", Handle), *this, [&] {
         if (Handle != 0 && platform::isSameObject(Handle, m_Handle)) { // the load frees the image before it reads
             LoadDIBinDC(false);
             cPixSheet other;
@@ -42,7 +42,7 @@ bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
 bool cPixSheet::LoadPicture_Resource(const ResourceId& ResIndex, const ResourceId& ResSection, std::int32_t iconCx,
                                      std::int32_t iconCy, std::int32_t streamStart, std::int32_t streamLength,
                                      std::int32_t iconBitDepth) noexcept {
-    const Call call("LoadPicture_Resource",
+    const Call call(*this, "LoadPicture_Resource",
                     "ResIndex, ResSection, iconCx, iconCy, streamStart, streamLength, iconBitDepth", ResIndex,
                     ResSection, iconCx, iconCy, streamStart, streamLength, iconBitDepth);
     return loadMember(call, *this, [&] {

@@ -30,7 +30,8 @@ void paintSquares(std::uint8_t* row, std::size_t width, std::size_t size, const 
 // have to be gone over again, and would need a device context.
 bool cPixSheet::CreateCheckerBoard(std::int32_t CheckerSize, std::int32_t FirstColor,
                                    std::int32_t SecondColor) noexcept {
-    const Call call("CreateCheckerBoard", "CheckerSize, FirstColor, SecondColor", CheckerSize, FirstColor, SecondColor);
+    const Call call(*this, "CreateCheckerBoard", "CheckerSize, FirstColor, SecondColor", CheckerSize, FirstColor,
+                    SecondColor);
     return guarded(call, false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || CheckerSize < 1) return false;

@@ -11,7 +11,8 @@ namespace pixkit {
 void cPixSheet::CopyImageTo(cPixSheet& cDIBclass, std::int32_t newWidth, std::int32_t newHeight,
                             bool CopyOriginalFormat) noexcept {
     if (m_Handle == 0 || &cDIBclass == this) return;
-    const Call call("CopyImageTo", "newWidth, newHeight, CopyOriginalFormat", newWidth, newHeight, CopyOriginalFormat);
+    const Call call(*this, "CopyImageTo", "newWidth, newHeight, CopyOriginalFormat", newWidth, newHeight,
+                    CopyOriginalFormat);
     guarded(call, false, [&] {
         pvCopyImage(cDIBclass, newWidth, newHeight, CopyOriginalFormat);
         return true;
@@ -21,7 +22,8 @@ void cPixSheet::CopyImageTo(cPixSheet& cDIBclass, std::int32_t newWidth, std::in
 void cPixSheet::CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t newWidth, std::int32_t newHeight,
                             bool CopyOriginalFormat) noexcept {
     if (m_Handle == 0) return;
-    const Call call("CopyImageTo", "newWidth, newHeight, CopyOriginalFormat", newWidth, newHeight, CopyOriginalFormat);
+    const Call call(*this, "CopyImageTo", "newWidth, newHeight, CopyOriginalFormat", newWidth, newHeight,
+                    CopyOriginalFormat);
     guarded(call, false, [&] {
         if (!cDIBclass) {
             auto created = std::make_unique<cPixSheet>();

@@ -47,24 +47,25 @@ void castShadow(PixelView shadow, ConstPixelView picture, const Shades& shades) 
 } // namespace
 
 std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, std::int32_t Color) const noexcept {
-    return guarded(Call("CreateDropShadow", "blurDepth, Color", blurDepth, Color), std::unique_ptr<cPixSheet>(), [&] {
-        const ConstPixelView picture = HostAccess::pixels(*this);
-        if (!picture) return std::unique_ptr<cPixSheet>();
-        const std::int32_t t2xBlur = 2 * std::clamp(blurDepth, 0, 10);
-        const std::int32_t width = longOrOverflow(std::int64_t{m_Width} + t2xBlur);
-        const std::int32_t height = longOrOverflow(std::int64_t{m_Height} + t2xBlur);
-        auto shadowDIB = std::make_unique<cPixSheet>();
-        if (!shadowDIB->InitializeDIB(width, height)) return std::unique_ptr<cPixSheet>();
-        platform::GdiFlush();
-        castShadow(HostAccess::pixels(*shadowDIB), picture, shadesOf(Color));
-        // Without a blur the silhouette has the picture's own alpha.
-        shadowDIB->m_AlphaImage = t2xBlur == 0 ? m_AlphaImage : AlphaComplex;
-        // The shadow is drawn by the same means as its picture.
-        shadowDIB->m_StretchQuality = m_StretchQuality;
-        shadowDIB->m_GDItoken = m_GDItoken;
-        shadowDIB->m_osCAP = m_osCAP;
-        return shadowDIB;
-    });
+    return guarded(Call(*this, "CreateDropShadow", "blurDepth, Color", blurDepth, Color), std::unique_ptr<cPixSheet>(),
+                   [&] {
+                       const ConstPixelView picture = HostAccess::pixels(*this);
+                       if (!picture) return std::unique_ptr<cPixSheet>();
+                       const std::int32_t t2xBlur = 2 * std::clamp(blurDepth, 0, 10);
+                       const std::int32_t width = longOrOverflow(std::int64_t{m_Width} + t2xBlur);
+                       const std::int32_t height = longOrOverflow(std::int64_t{m_Height} + t2xBlur);
+                       auto shadowDIB = std::make_unique<cPixSheet>();
+                       if (!shadowDIB->InitializeDIB(width, height)) return std::unique_ptr<cPixSheet>();
+                       platform::GdiFlush();
+                       castShadow(HostAccess::pixels(*shadowDIB), picture, shadesOf(Color));
+                       // Without a blur the silhouette has the picture's own alpha.
+                       shadowDIB->m_AlphaImage = t2xBlur == 0 ? m_AlphaImage : AlphaComplex;
+                       // The shadow is drawn by the same means as its picture.
+                       shadowDIB->m_StretchQuality = m_StretchQuality;
+                       shadowDIB->m_GDItoken = m_GDItoken;
+                       shadowDIB->m_osCAP = m_osCAP;
+                       return shadowDIB;
+                   });
 }
 
 } // namespace pixkit

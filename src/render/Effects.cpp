@@ -36,7 +36,7 @@ std::size_t replaceEverywhere(const PixelView& image, const OpaquePixel& from, c
 } // namespace
 
 bool cPixSheet::MakeGrayScale(std::int32_t Formula) noexcept {
-    return guarded(Call("MakeGrayScale", "Formula", Formula), false, [&] {
+    return guarded(Call(*this, "MakeGrayScale", "Formula", Formula), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || Formula == gsclNone) return false;
         const kernels::GrayWeights weights = iparseGrayScaleRatios(Formula);
@@ -46,7 +46,7 @@ bool cPixSheet::MakeGrayScale(std::int32_t Formula) noexcept {
 }
 
 bool cPixSheet::MakeImageInverse() noexcept {
-    return guarded("MakeImageInverse", false, [&] {
+    return guarded(Call(*this, "MakeImageInverse"), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image) return false;
         forEachRow(image, [&](std::uint8_t* row) { kernels::table().invert(row, image.width); });
@@ -55,7 +55,7 @@ bool cPixSheet::MakeImageInverse() noexcept {
 }
 
 bool cPixSheet::MakeLighterDarker(float Percent) noexcept {
-    return guarded(Call("MakeLighterDarker", "Percent", Percent), false, [&] {
+    return guarded(Call(*this, "MakeLighterDarker", "Percent", Percent), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         // A percentage out of range is ignored, not held at the limit; the negated test catches a NaN as well.
         if (!image || !(Percent >= -100.0F && Percent <= 100.0F) || Percent == 0.0F) return false;
@@ -65,7 +65,7 @@ bool cPixSheet::MakeLighterDarker(float Percent) noexcept {
 }
 
 bool cPixSheet::MakeTransparent(std::int32_t TransparentColor, bool Revert) noexcept {
-    return guarded(Call("MakeTransparent", "TransparentColor, Revert", TransparentColor, Revert), false, [&] {
+    return guarded(Call(*this, "MakeTransparent", "TransparentColor, Revert", TransparentColor, Revert), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image) return false;
         const ColorChannels channels = iparseColorChannels(TransparentColor);
@@ -83,7 +83,7 @@ bool cPixSheet::MakeTransparent(std::int32_t TransparentColor, bool Revert) noex
 }
 
 bool cPixSheet::BlendToColor(std::int32_t BlendColor, std::int32_t BlendOpacity) noexcept {
-    return guarded(Call("BlendToColor", "BlendColor, BlendOpacity", BlendColor, BlendOpacity), false, [&] {
+    return guarded(Call(*this, "BlendToColor", "BlendColor, BlendOpacity", BlendColor, BlendOpacity), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || BlendOpacity < 1) return false;
         const auto opacity = static_cast<std::uint32_t>(std::min(BlendOpacity, 100));
@@ -99,7 +99,7 @@ bool cPixSheet::BlendToColor(std::int32_t BlendColor, std::int32_t BlendOpacity)
 }
 
 bool cPixSheet::MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept {
-    return guarded(Call("MirrorImage", "MirrorAxisX, MirrorAxisY", MirrorAxisX, MirrorAxisY), false, [&] {
+    return guarded(Call(*this, "MirrorImage", "MirrorAxisX, MirrorAxisY", MirrorAxisX, MirrorAxisY), false, [&] {
         const PixelView image = HostAccess::pixels(*this);
         if (!image || (!MirrorAxisX && !MirrorAxisY)) return false;
         const std::size_t bytes = image.stride * image.height;

@@ -75,7 +75,7 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
                        bool CenterOnDestXY) noexcept {
     if (Opacity < 1) return m_Handle != 0; // nothing to draw, which succeeds
     if (m_Handle == 0 || (destinationDC == 0 && destHostDIB == nullptr)) return false;
-    const Call call("Render",
+    const Call call(*this, "Render",
                     "destinationDC, destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight, Opacity, "
                     "SetHalfTone, destHostDIB, grayScale, LightAdjustment, Angle, CenterOnDestXY",
                     destinationDC, destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight, Opacity,

@@ -39,7 +39,7 @@ std::int32_t roundedDown(double value) {
 } // namespace
 
 bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
-    return guarded(Call("Resize", "newWidth, newHeight", newWidth, newHeight), false, [&] {
+    return guarded(Call(*this, "Resize", "newWidth, newHeight", newWidth, newHeight), false, [&] {
         const ConstPixelView image = HostAccess::pixels(*this);
         if (!image) return false;
         if (newWidth == 0) newWidth = m_Width;
@@ -59,7 +59,7 @@ bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
 void cPixSheet::ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std::int32_t& newWidth,
                            std::int32_t& newHeight, std::int32_t ScaleMode) const noexcept {
     if (m_Handle == 0) return;
-    const Call call("ScaleImage", "destWidth, destHeight, newWidth, newHeight, ScaleMode", destWidth, destHeight,
+    const Call call(*this, "ScaleImage", "destWidth, destHeight, newWidth, newHeight, ScaleMode", destWidth, destHeight,
                     newWidth, newHeight, ScaleMode);
     guarded(call, false, [&] {
         std::int32_t width = m_Width;

@@ -80,7 +80,7 @@ std::int64_t bandRows(const Rect& area, std::int64_t rowsToRepeat) {
 bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
                           std::int32_t destHeight, std::int32_t Opacity, std::int32_t offsetX, std::int32_t offsetY,
                           std::int32_t Gap, cPixSheet* destHostDIB) const noexcept {
-    const Call call("TileImage",
+    const Call call(*this, "TileImage",
                     "destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY, Gap, destHostDIB",
                     destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY, Gap, destHostDIB);
     return guarded(call, false, [&] {

@@ -16,8 +16,8 @@ bool isNtFamily(const cPixSheet& sheet) noexcept {
     return (HostAccess::osCAP(sheet) & capNtFamily) != 0;
 }
 
-template <class... Values>
-bool toFile(const Call<Values...>& call, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
+template <class... Parts>
+bool toFile(const Call<Parts...>& call, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
             const WriteOptions& options) noexcept {
     return guarded(call, false, [&] {
         const SourcePicture picture(sheet);
@@ -28,8 +28,8 @@ bool toFile(const Call<Values...>& call, const cPixSheet& sheet, const std::stri
     });
 }
 
-template <class... Values>
-bool toStream(const Call<Values...>& call, const cPixSheet& sheet, ByteArray& outStream,
+template <class... Parts>
+bool toStream(const Call<Parts...>& call, const cPixSheet& sheet, ByteArray& outStream,
               const WriteOptions& options) noexcept {
     return guarded(call, false, [&] {
         const SourcePicture picture(sheet);
@@ -39,8 +39,8 @@ bool toStream(const Call<Values...>& call, const cPixSheet& sheet, ByteArray& ou
 
 // Icon files are made of several pictures; without any, of the one that is asked. `deliver` is given them. Returns the
 // number of images.
-template <class... Values, class Deliver>
-std::int32_t saveIcon(const Call<Values...>& call, const cPixSheet* self, std::span<const cPixSheet* const> Source,
+template <class... Parts, class Deliver>
+std::int32_t saveIcon(const Call<Parts...>& call, const cPixSheet* self, std::span<const cPixSheet* const> Source,
                       std::span<const IconEntrySize> Sizes, Deliver&& deliver) noexcept {
     return guarded(call, 0, [&] {
         std::vector<SourcePicture> pictures;
@@ -69,21 +69,22 @@ IconFile iconFileOf(std::string_view name) {
 
 bool cPixSheet::SaveToFile_Bitmap(const std::string& FileName, bool KeepPreMultipliedPixels,
                                   std::int32_t TransparentFillColor, bool PromptOverWrite) const noexcept {
-    return toFile(Call("SaveToFile_Bitmap", "FileName, KeepPreMultipliedPixels, TransparentFillColor, PromptOverWrite",
-                       FileName, KeepPreMultipliedPixels, TransparentFillColor, PromptOverWrite),
+    return toFile(Call(*this, "SaveToFile_Bitmap",
+                       "FileName, KeepPreMultipliedPixels, TransparentFillColor, PromptOverWrite", FileName,
+                       KeepPreMultipliedPixels, TransparentFillColor, PromptOverWrite),
                   *this, FileName, PromptOverWrite, BmpOptions{KeepPreMultipliedPixels, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToStream_Bitmap(ByteArray& outStream, bool KeepPreMultipliedPixels,
                                     std::int32_t TransparentFillColor) const noexcept {
-    return toStream(Call("SaveToStream_Bitmap", "outStream, KeepPreMultipliedPixels, TransparentFillColor", outStream,
-                         KeepPreMultipliedPixels, TransparentFillColor),
+    return toStream(Call(*this, "SaveToStream_Bitmap", "outStream, KeepPreMultipliedPixels, TransparentFillColor",
+                         outStream, KeepPreMultipliedPixels, TransparentFillColor),
                     *this, outStream, BmpOptions{KeepPreMultipliedPixels, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToFile_TGA(const std::string& FileName, bool Compress, bool ReduceBitDepth,
                                bool AllowPreMultipliedPixels, bool PromptOverWrite) const noexcept {
-    return toFile(Call("SaveToFile_TGA",
+    return toFile(Call(*this, "SaveToFile_TGA",
                        "FileName, Compress, ReduceBitDepth, AllowPreMultipliedPixels, PromptOverWrite", FileName,
                        Compress, ReduceBitDepth, AllowPreMultipliedPixels, PromptOverWrite),
                   *this, FileName, PromptOverWrite, TgaOptions{AllowPreMultipliedPixels, Compress, ReduceBitDepth});
@@ -91,62 +92,63 @@ bool cPixSheet::SaveToFile_TGA(const std::string& FileName, bool Compress, bool 
 
 bool cPixSheet::SaveToStream_TGA(ByteArray& outStream, bool Compress, bool ReduceBitDepth,
                                  bool AllowPreMultipliedPixels) const noexcept {
-    return toStream(Call("SaveToStream_TGA", "outStream, Compress, ReduceBitDepth, AllowPreMultipliedPixels", outStream,
-                         Compress, ReduceBitDepth, AllowPreMultipliedPixels),
+    return toStream(Call(*this, "SaveToStream_TGA", "outStream, Compress, ReduceBitDepth, AllowPreMultipliedPixels",
+                         outStream, Compress, ReduceBitDepth, AllowPreMultipliedPixels),
                     *this, outStream, TgaOptions{AllowPreMultipliedPixels, Compress, ReduceBitDepth});
 }
 
 bool cPixSheet::SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite) const noexcept {
-    return toFile(Call("SaveToFile_PNG", "FileName, PromptOverWrite", FileName, PromptOverWrite), *this, FileName,
-                  PromptOverWrite, &m_PNGprops);
+    return toFile(Call(*this, "SaveToFile_PNG", "FileName, PromptOverWrite", FileName, PromptOverWrite), *this,
+                  FileName, PromptOverWrite, &m_PNGprops);
 }
 
 bool cPixSheet::SaveToStream_PNG(ByteArray& outStream) const noexcept {
-    return toStream(Call("SaveToStream_PNG", "outStream", outStream), *this, outStream, &m_PNGprops);
+    return toStream(Call(*this, "SaveToStream_PNG", "outStream", outStream), *this, outStream, &m_PNGprops);
 }
 
 bool cPixSheet::PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword) noexcept {
-    return guarded(Call("PngPropertySet", "Property, Value, Keyword", Property, Value, Keyword), false,
+    return guarded(Call(*this, "PngPropertySet", "Property, Value, Keyword", Property, Value, Keyword), false,
                    [&] { return m_PNGprops.set(Property, Value, Keyword); });
 }
 
 PngValue cPixSheet::PngPropertyGet(ePngProperties Property, const std::string& Keyword) const noexcept {
-    return guarded(Call("PngPropertyGet", "Property, Keyword", Property, Keyword), PngValue(),
+    return guarded(Call(*this, "PngPropertyGet", "Property, Keyword", Property, Keyword), PngValue(),
                    [&] { return m_PNGprops.get(Property, Keyword); });
 }
 
 bool cPixSheet::SaveToFile_JPG(const std::string& FileName, std::int32_t Quality, std::int32_t TransparentFillColor,
                                bool PromptOverWrite) const noexcept {
-    return toFile(Call("SaveToFile_JPG", "FileName, Quality, TransparentFillColor, PromptOverWrite", FileName, Quality,
-                       TransparentFillColor, PromptOverWrite),
+    return toFile(Call(*this, "SaveToFile_JPG", "FileName, Quality, TransparentFillColor, PromptOverWrite", FileName,
+                       Quality, TransparentFillColor, PromptOverWrite),
                   *this, FileName, PromptOverWrite, JpgOptions{Quality, TransparentFillColor});
 }
 
 bool cPixSheet::SaveToStream_JPG(ByteArray& outStream, std::int32_t Quality) const noexcept {
     constexpr std::int32_t black = 0;
-    return toStream(Call("SaveToStream_JPG", "outStream, Quality", outStream, Quality), *this, outStream,
+    return toStream(Call(*this, "SaveToStream_JPG", "outStream, Quality", outStream, Quality), *this, outStream,
                     JpgOptions{Quality, black});
 }
 
 bool cPixSheet::SaveToFile_GIF(const std::string& FileName, bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance,
                                bool PromptOverWrite) const noexcept {
-    return toFile(Call("SaveToFile_GIF", "FileName, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite", FileName,
-                       UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite),
+    return toFile(Call(*this, "SaveToFile_GIF", "FileName, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite",
+                       FileName, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite),
                   *this, FileName, PromptOverWrite, GifOptions{UseAdaptivePalette, OpaquenessTolerance});
 }
 
 // PromptOverWrite is part of the interface only: an array is no file that could be lost.
 bool cPixSheet::SaveToStream_GIF(ByteArray& outStream, bool UseAdaptivePalette, std::uint8_t OpaquenessTolerance,
                                  bool PromptOverWrite) const noexcept {
-    return toStream(Call("SaveToStream_GIF", "outStream, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite",
-                         outStream, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite),
+    return toStream(Call(*this, "SaveToStream_GIF",
+                         "outStream, UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite", outStream,
+                         UseAdaptivePalette, OpaquenessTolerance, PromptOverWrite),
                     *this, outStream, GifOptions{UseAdaptivePalette, OpaquenessTolerance});
 }
 
 std::int32_t cPixSheet::SaveToFile_ICO(const std::string& FileName, std::span<const cPixSheet* const> Source,
                                        bool PromptOverWrite, std::span<const IconEntrySize> Sizes) const noexcept {
-    const Call call("SaveToFile_ICO", "FileName, Source, PromptOverWrite, Sizes", FileName, Source, PromptOverWrite,
-                    Sizes);
+    const Call call(*this, "SaveToFile_ICO", "FileName, Source, PromptOverWrite, Sizes", FileName, Source,
+                    PromptOverWrite, Sizes);
     return saveIcon(call, this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
         return deliverToFile({FileName, PromptOverWrite, isNtFamily(*this)}, [&] {
             return write(pictures, IcoOptions{Sizes, iconFileOf(FileName)});
@@ -156,7 +158,7 @@ std::int32_t cPixSheet::SaveToFile_ICO(const std::string& FileName, std::span<co
 
 std::int32_t cPixSheet::SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source,
                                          std::span<const IconEntrySize> Sizes) const noexcept {
-    const Call call("SaveToStream_ICO", "outStream, Source, Sizes", outStream, Source, Sizes);
+    const Call call(*this, "SaveToStream_ICO", "outStream, Source, Sizes", outStream, Source, Sizes);
     return saveIcon(call, this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
         return deliverToStream(outStream, write(pictures, IcoOptions{Sizes}));
     });

@@ -116,8 +116,8 @@ std::uint8_t* cPixSheet::SetPixel(std::int32_t x, std::int32_t y, std::int32_t C
 
 bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAligned, bool asBottomUp, std::int32_t x,
                              std::int32_t y, std::int32_t Width, std::int32_t Height) const noexcept {
-    const Call call("GetAlphaMask", "outStream, as2dArray, asWordAligned, asBottomUp, x, y, Width, Height", outStream,
-                    as2dArray, asWordAligned, asBottomUp, x, y, Width, Height);
+    const Call call(*this, "GetAlphaMask", "outStream, as2dArray, asWordAligned, asBottomUp, x, y, Width, Height",
+                    outStream, as2dArray, asWordAligned, asBottomUp, x, y, Width, Height);
     return guarded(call, false, [&] {
         const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
         if (!part) return false;
@@ -139,7 +139,7 @@ bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRforma
                            bool asBottomUp, std::int32_t x, std::int32_t y, std::int32_t Width, std::int32_t Height,
                            bool asPreMultiplied) const noexcept {
     const Call call(
-        "GetDIBbits",
+        *this, "GetDIBbits",
         "outStream, as2dArray, asBGRformat, as32bpp, asWordAligned, asBottomUp, x, y, Width, Height, asPreMultiplied",
         outStream, as2dArray, asBGRformat, as32bpp, asWordAligned, asBottomUp, x, y, Width, Height, asPreMultiplied);
     return guarded(call, false, [&] {
@@ -166,7 +166,7 @@ bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRforma
 bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is32bpp, bool isWordAligned,
                            bool isBottomUp, std::int32_t dstX, std::int32_t dstY, std::int32_t dstWidth,
                            std::int32_t dstHeight) noexcept {
-    const Call call("SetDIBbits",
+    const Call call(*this, "SetDIBbits",
                     "inStream, isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY, dstWidth, dstHeight",
                     inStream, isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY, dstWidth, dstHeight);
     return guarded(call, false, [&] {

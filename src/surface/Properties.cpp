@@ -53,7 +53,7 @@ bool cPixSheet::isZlibEnabled() const noexcept {
 }
 
 std::string cPixSheet::Version() const noexcept {
-    return guarded("Version", std::string(), [] {
+    return guarded(Call(*this, "Version"), std::string(), [] {
         return std::to_string(PIXKIT_VERSION_MAJOR) + "." + std::to_string(PIXKIT_VERSION_MINOR) + "." +
                std::to_string(PIXKIT_VERSION_REVISION);
     });

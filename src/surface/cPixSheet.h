@@ -17,6 +17,7 @@ namespace pixkit {
 class LoadRequest;
 using ResourceId = std::variant<std::int32_t, std::string>; // shared/resources.h
 struct DrawJob;
+struct ErrorReport;
 namespace platform {
 class StdPicture;
 }
@@ -371,6 +372,8 @@ class cPixSheet {
 
   private:
     friend struct HostAccess; // readers, writers and renderers (surface/HostAccess.h)
+    // Adds the instance's variables (surface/describeInstance.cpp).
+    friend void describeInstance(const cPixSheet& sheet, ErrorReport& report);
 
     void pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
                      eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache, CursorHotspot hotspot) noexcept;

@@ -10,11 +10,18 @@
 namespace pixkit {
 namespace {
 
-std::string parametersOf(const ErrorReport& report) {
+std::string inOneLine(const std::vector<ErrorReport::Parameter>& values) {
     std::string all;
-    for (const auto& [name, value] : report.parameters)
+    for (const auto& [name, value] : values)
         all.append(name).append(" = ").append(value).append("; ");
     return all;
+}
+
+struct Counter {
+    int total = 0;
+};
+void describeInstance(const Counter& counter, ErrorReport& report) {
+    report.variables.push_back({"total", inWords(counter.total)});
 }
 
 TEST(Guard, AFailureIsReportedFalselyOrNotHeldBack) {
@@ -26,7 +33,8 @@ TEST(Guard, AFailureIsReportedFalselyOrNotHeldBack) {
     const std::string name = "a \"name\"", longName(100, 'x');
     const double Scale = -1.5;
     const int* const nobody = nullptr;
-    EXPECT_EQ(guarded(Call("Known", "Width, Scale, On, File, Long, Host, Data", 0x80000000U, Scale, true, name,
+    const Counter counter{7};
+    EXPECT_EQ(guarded(Call(counter, "Known", "Width, Scale, On, File, Long, Host, Data", 0x80000000U, Scale, true, name,
                            longName, nobody, std::vector<int>(3)),
                       -1, fails),
               -1);
@@ -41,7 +49,8 @@ TEST(Guard, AFailureIsReportedFalselyOrNotHeldBack) {
     EXPECT_EQ(heard[1].procedure + ": " + heard[1].description, "Known: reason");
     EXPECT_NE(heard[1].module.find("diagnostics/GuardTest.cpp"), std::string::npos);
     EXPECT_EQ(heard[1].line, line);
-    EXPECT_EQ(parametersOf(heard[1]),
+    EXPECT_EQ(inOneLine(heard[1].variables), "total = 7; ");
+    EXPECT_EQ(inOneLine(heard[1].parameters),
               "Width = 2147483648; Scale = -1.500000; On = True; File = \"a \"name\"\"; Long = \"" +
                   longName.substr(0, 80) + "\"...; Host = Nothing; Data = 3 elements; ");
 }
@@ -80,7 +89,8 @@ TEST(Guard, AMemberThatRunsOutOfMemoryDoesNotSayWhatItWasCalledWith) {
         const test::AllocationFault fault(0, 1);
         EXPECT_FALSE(call());
         ASSERT_EQ(heard.size(), 1U);
-        EXPECT_EQ(heard[0].procedure + ": " + parametersOf(heard[0]), reported);
+        EXPECT_EQ(heard[0].procedure + ": " + inOneLine(heard[0].parameters), reported);
+        EXPECT_NE(inOneLine(heard[0].variables).find("; Height = "), std::string::npos);
         // The guard's place is that of the member, not that of a helper of several.
         EXPECT_NE(heard[0].module.find(".cpp"), std::string::npos);
     }

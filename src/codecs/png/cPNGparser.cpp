@@ -57,9 +57,20 @@ ReadResult cPNGparser::loadInto(cPixSheet& host, Body&& load) {
     try {
         return load();
     } catch (const std::exception& error) {
-        reportError("cPNGparser", error.what());
+        reportError(Call(*this, "cPNGparser", "pngStream", m_pngStream), error.what());
         return {ReadOutcome::failed, "a run-time error", error.what()};
     }
+}
+
+void describeInstance(const cPNGparser& parser, ErrorReport& report) {
+    const auto add = [&](const char* name, const auto& value) { report.variables.push_back({name, inWords(value)}); };
+    add("m_Width", parser.m_Width);
+    add("m_Height", parser.m_Height);
+    add("m_BitDepth", parser.m_BitDepth);
+    add("m_ColorType", parser.m_ColorType);
+    add("m_Interlacing", parser.m_Interlacing);
+    add("m_IDAT", parser.m_IDAT);
+    describeInstance(*parser.cHost, report);
 }
 
 bool cPNGparser::IsPNG(std::span<const std::uint8_t> bytes) noexcept {

@@ -23,6 +23,9 @@ class cPNGparser {
     ReadResult LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass);
 
   private:
+    // Adds the parser's variables and those of the host.
+    friend void describeInstance(const cPNGparser& parser, ErrorReport& report);
+
     // A chunk's last byte is counted from a base that differs between the two sources: in a stream it may lie one byte
     // beyond the data. Callers hand over streams cut that way, so the tolerance stays.
     enum class RunningEnd : std::uint8_t { ofStream = 7, ofFile = 8 };
