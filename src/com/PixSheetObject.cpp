@@ -21,6 +21,9 @@ IID privateInterface() noexcept {
     return id;
 }
 
+// What the native members refuse, in their own order: where a caller's sizes are none.
+constexpr IconEntrySize noSize = {-1, -1};
+
 constexpr LONG beingDestroyed = 1L << 30;
 
 } // namespace
@@ -151,13 +154,12 @@ template <class Save>
 std::int32_t PixSheetObject::withIconArguments(const VARIANT* source, SAFEARRAY** sizes, Save&& save) {
     std::vector<ComPtr<_cPixSheet>> objects;
     std::vector<IconEntrySize> entries;
-    if (source != nullptr && !collectSheets(*source, objects)) return 0;
-    if (sizes != nullptr && *sizes != nullptr && !collectIconSizes(*sizes, entries)) return 0;
     std::vector<const cPixSheet*> sheets;
+    if (source != nullptr && !collectSheets(*source, objects)) sheets.push_back(nullptr);
+    if (sizes != nullptr && *sizes != nullptr && !collectIconSizes(*sizes, entries)) entries = {noSize};
     for (const ComPtr<_cPixSheet>& object : objects) {
         const PixSheetObject* const sheet = ours(object.get());
-        if (sheet == nullptr) return 0;
-        sheets.push_back(sheet->m_sheet.get());
+        sheets.push_back(sheet != nullptr ? sheet->m_sheet.get() : nullptr);
     }
     return save(sheets, entries);
 }

@@ -352,8 +352,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     // Nothing for a value of a kind that no property has.
     static std::optional<PngValue> pngValueOf(const VARIANT& value);
 
-    // Calls `save` with the images and sizes of an icon file; 0 when there is an object that is none of this DLL's, or
-    // a size that is none. Objects are held meanwhile.
+    // Calls `save` with the images and sizes of an icon file; null in the place of an object that is none of this
+    // DLL's, and a size that is refused where one is none. Objects are held meanwhile.
     template <class Save>
     static std::int32_t withIconArguments(const VARIANT* source, SAFEARRAY** sizes, Save&& save);
 

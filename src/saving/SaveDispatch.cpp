@@ -16,13 +16,15 @@ bool isNtFamily(const cPixSheet& sheet) noexcept {
     return (HostAccess::osCAP(sheet) & capNtFamily) != 0;
 }
 
+// Nobody is asked about a file that will not be written for want of an image. The picture is looked at after the
+// question, because a program's own code may run while it is open.
 template <class... Parts>
 bool toFile(const Call<Parts...>& call, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
             const WriteOptions& options) noexcept {
     return guarded(call, false, [&] {
-        const SourcePicture picture(sheet);
-        // Nobody is asked about a file that will not be written.
-        return picture.pixels && deliverToFile({FileName, PromptOverWrite, isNtFamily(sheet)}, [&] {
+        SourcePicture picture; // outlives what is made of it
+        return sheet.Handle() != 0 && deliverToFile({FileName, PromptOverWrite, isNtFamily(sheet)}, [&] {
+                   picture = SourcePicture(sheet);
                    return write({&picture, 1}, options);
                });
     });
@@ -37,17 +39,21 @@ bool toStream(const Call<Parts...>& call, const cPixSheet& sheet, ByteArray& out
     });
 }
 
-// Icon files are made of several pictures; without any, of the one that is asked. `deliver` is given them. Returns the
-// number of images.
+// Icon files are made of several pictures; without any, of the one that is asked, which saves nothing while it is
+// empty. `deliver` is given what makes the file. Returns the number of images.
 template <class... Parts, class Deliver>
 std::int32_t saveIcon(const Call<Parts...>& call, const cPixSheet* self, std::span<const cPixSheet* const> Source,
-                      std::span<const IconEntrySize> Sizes, Deliver&& deliver) noexcept {
+                      std::span<const IconEntrySize> Sizes, IconFile kind, Deliver&& deliver) noexcept {
     return guarded(call, 0, [&] {
+        std::int32_t images = 0;
         std::vector<SourcePicture> pictures;
-        for (const cPixSheet* sheet : Source.empty() ? std::span(&self, 1) : Source)
-            pictures.push_back(sheet != nullptr ? SourcePicture(*sheet) : SourcePicture());
-        const auto images = static_cast<std::int32_t>(cICOparser::EntrySizes(pictures, Sizes).size());
-        return images != 0 && deliver(std::span<const SourcePicture>(pictures)) ? images : 0;
+        const auto file = [&] {
+            for (const cPixSheet* sheet : Source.empty() ? std::span(&self, 1) : Source)
+                pictures.push_back(sheet != nullptr ? SourcePicture(*sheet) : SourcePicture());
+            images = static_cast<std::int32_t>(cICOparser::EntrySizes(pictures, Sizes).size());
+            return write(pictures, IcoOptions{Sizes, kind});
+        };
+        return self->Handle() != 0 && deliver(file) ? images : 0;
     });
 }
 
@@ -149,19 +155,16 @@ std::int32_t cPixSheet::SaveToFile_ICO(const std::string& FileName, std::span<co
                                        bool PromptOverWrite, std::span<const IconEntrySize> Sizes) const noexcept {
     const Call call(*this, "SaveToFile_ICO", "FileName, Source, PromptOverWrite, Sizes", FileName, Source,
                     PromptOverWrite, Sizes);
-    return saveIcon(call, this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
-        return deliverToFile({FileName, PromptOverWrite, isNtFamily(*this)}, [&] {
-            return write(pictures, IcoOptions{Sizes, iconFileOf(FileName)});
-        });
+    return saveIcon(call, this, Source, Sizes, iconFileOf(FileName), [&](const auto& file) {
+        return deliverToFile({FileName, PromptOverWrite, isNtFamily(*this)}, file);
     });
 }
 
 std::int32_t cPixSheet::SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source,
                                          std::span<const IconEntrySize> Sizes) const noexcept {
     const Call call(*this, "SaveToStream_ICO", "outStream, Source, Sizes", outStream, Source, Sizes);
-    return saveIcon(call, this, Source, Sizes, [&](std::span<const SourcePicture> pictures) {
-        return deliverToStream(outStream, write(pictures, IcoOptions{Sizes}));
-    });
+    return saveIcon(call, this, Source, Sizes, IconFile::asFirstSource,
+                    [&](const auto& file) { return deliverToStream(outStream, file()); });
 }
 
 } // namespace pixkit

@@ -259,12 +259,13 @@ class cPixSheet {
 
     // Saves an icon file with one image of each of the Sizes, or, without any, of each source's own size at 32 bits. An
     // image is made of the Source of exactly its size, else of the next larger, else of the largest; no Source is this
-    // instance, which otherwise need not hold an image. The picture fills the size in its proportions, centred, what
-    // remains being clear: averaged where it shrinks, interpolated where it grows. Below 32 bits, alpha below 128 is
-    // clear and all else opaque. From 256 pixels a side on, images are PNG files of 32 bits inside of the icon file. A
-    // cursor file, with hotspots in scale, for the extension .cur, and for any but .ico when the first source was a
-    // cursor. Returns the number of images. 0 when a source is null or empty, a side is outside 1 .. 65,535, a depth
-    // does not exist, or there are more than 65,535 sizes; overwriting and failure as for SaveToFile_Bitmap.
+    // instance, which saves nothing without an image, whatever the sources hold. The picture fills the size in its
+    // proportions, centred, what remains being clear: averaged where it shrinks, interpolated where it grows. Below 32
+    // bits, alpha below 128 is clear and all else opaque. From 256 pixels a side on, images are PNG files of 32 bits
+    // inside of the icon file. A cursor file, with hotspots in scale, for the extension .cur, and for any but .ico when
+    // the first source was a cursor. Returns the number of images. 0 when a source is null or empty, a side is outside
+    // 1 .. 65,535, a depth does not exist, or there are more than 65,535 sizes, all of which is looked at after the
+    // question; overwriting and failure as for SaveToFile_Bitmap.
     std::int32_t SaveToFile_ICO(const std::string& FileName, std::span<const cPixSheet* const> Source,
                                 bool PromptOverWrite, std::span<const IconEntrySize> Sizes = {}) const noexcept;
     // The bytes of that file, in one dimension from 0. On failure outStream keeps what it held.

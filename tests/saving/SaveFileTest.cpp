@@ -21,8 +21,13 @@ TEST(SaveFile, AFileInUseOrSomebodyElsesIsLostOrAQuestionIsVain) {
     writeFile(path, old);
     writeFile(folder.path(u8"~pixkit0.bmp"), old); // somebody else's
     EXPECT_FALSE(cPixSheet().SaveToFile_Bitmap(name)) << "an empty instance touches nothing, and asks nobody";
-    EXPECT_EQ(sheet.SaveToFile_ICO(name, {}, true, std::vector<IconEntrySize>{{16, 16, 99}}), 0);
+    const cPixSheet* const sources[] = {&sheet};
+    EXPECT_EQ(cPixSheet().SaveToFile_ICO(name, sources, true), 0);
     EXPECT_TRUE(asked.empty());
+    EXPECT_EQ(sheet.SaveToFile_ICO(name, {}, true, std::vector<IconEntrySize>{{16, 16, 99}}), 0);
+    EXPECT_EQ(asked, std::vector<std::string>{"Overwrite Confirmation|292"}) << "before sizes are looked at";
+    EXPECT_EQ(readFile(path), old);
+    asked.clear();
     {
         // In use: Windows does not let such a file go, other systems do.
         const platform::UniqueFile reader(platform::CreateFileW(name, platform::FileUse::openExisting));
@@ -34,6 +39,15 @@ TEST(SaveFile, AFileInUseOrSomebodyElsesIsLostOrAQuestionIsVain) {
     EXPECT_EQ(asked, std::vector<std::string>{"Overwrite Confirmation|292"}) << "about the directory alone";
     EXPECT_EQ(readFile(folder.path(u8"~pixkit0.bmp")), old);
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path(u8"")), {}), 2);
+    // What a program does while the question is open counts.
+    platform::setMessageBoxHandler([&](const auto&...) {
+        sheet.DestroyDIB();
+        return platform::answerYes;
+    });
+    EXPECT_FALSE(sheet.SaveToFile_Bitmap(name, true));
+    fill(sheet, 1, 1, {{1, 2, 3, 255}});
+    EXPECT_EQ(sheet.SaveToFile_ICO(name, {}, true), 0);
+    fill(sheet, 1, 1, {{1, 2, 3, 255}});
     platform::setMessageBoxHandler({});
     for (const auto& [icon, type] : {std::pair(u8"a.CUR", 2), {u8"a.ico", 1}, {u8"a.dat", 1}}) {
         EXPECT_EQ(sheet.SaveToFile_ICO(folder.name(icon), {}, false), 1);
