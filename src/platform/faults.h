@@ -38,6 +38,7 @@ enum class SeamCall : std::uint8_t {
     moveFile,
     loadLibrary,
     getProcAddress,
+    windowStationVisible, // "fails" = nobody sees it
     desktopWindowUnicode, // "fails" = the desktop answers that it is not Unicode
     count
 };

@@ -13,6 +13,10 @@ void setMessageBoxHandler(MessageBoxHandler handler) {
     handlerInUse.set(std::move(handler));
 }
 
+bool isSomebodyThere() noexcept {
+    return handlerInUse.get() != nullptr || isWindowStationVisible();
+}
+
 int MessageBoxW(const std::string& text, const std::string& caption, std::uint32_t style) noexcept {
     try {
         if (const auto handler = handlerInUse.get()) return (*handler)(text, caption, style);

@@ -8,6 +8,10 @@ int systemMessageBox(const std::string&, const std::string&, std::uint32_t style
     return cautiousAnswer(style);
 }
 
+bool isWindowStationVisible() noexcept {
+    return false;
+}
+
 bool isDesktopWindowUnicode() noexcept {
     return !faultDue(SeamCall::desktopWindowUnicode);
 }

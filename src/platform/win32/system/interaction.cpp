@@ -15,8 +15,20 @@ std::wstring shownText(const std::string& text) {
 } // namespace
 
 int systemMessageBox(const std::string& text, const std::string& caption, std::uint32_t style) {
-    const int answer = ::MessageBoxW(nullptr, shownText(text).c_str(), shownText(caption).c_str(), style);
+    if (!isWindowStationVisible()) return cautiousAnswer(style); // nobody could ever close the box
+    // Without an owner, which callers do not name, only this keeps the host's windows from being used meanwhile.
+    // Handlers see the style without it.
+    const int answer =
+        ::MessageBoxW(nullptr, shownText(text).c_str(), shownText(caption).c_str(), style | MB_TASKMODAL);
     return answer != 0 ? answer : cautiousAnswer(style); // 0: the box could not be shown
+}
+
+bool isWindowStationVisible() noexcept {
+    if (faultDue(SeamCall::windowStationVisible)) return false;
+    USEROBJECTFLAGS flags{};
+    return ::GetUserObjectInformationW(::GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof flags, nullptr) !=
+               FALSE &&
+           (flags.dwFlags & WSF_VISIBLE) != 0;
 }
 
 bool isDesktopWindowUnicode() noexcept {
