@@ -1,11 +1,12 @@
 // What the readers of all formats are given, and what they answer.
 #pragma once
+#include "diagnostics/Outcome.h"
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <span>
 #include <string>
-#include <string_view>
 
 namespace pixkit {
 
@@ -48,19 +49,20 @@ enum class ReadOutcome : std::uint8_t {
     failed,      // a run-time error that nobody expected, such as no memory
 };
 
-inline constexpr std::string_view noMemoryForPixels = "no memory for the pixels";
-
 // Without a picture, what the host holds is no matter: whoever asked the reader empties it.
 struct ReadResult {
     ReadOutcome outcome = ReadOutcome::damaged;
-    // Why there is no picture, for people. A literal, so that a refusal for want of memory needs none itself.
-    std::string_view reason = {};
+    Outcome why;            // there is no picture, for people
     std::string error = {}; // what a run-time error said
 
     explicit operator bool() const noexcept { return outcome == ReadOutcome::loaded; }
-    static ReadResult loaded() { return {ReadOutcome::loaded}; }
-    static ReadResult damaged(std::string_view reason) { return {ReadOutcome::damaged, reason}; }
-    static ReadResult otherFormat(std::string_view reason) { return {ReadOutcome::otherFormat, reason}; }
+    static ReadResult loaded() { return {ReadOutcome::loaded, done()}; }
+    static ReadResult damaged(Reason reason) { return {ReadOutcome::damaged, refused(reason)}; }
+    static ReadResult otherFormat(Reason reason) { return {ReadOutcome::otherFormat, refused(reason)}; }
+    // `outcome`: damaged where run-time errors only say so.
+    static ReadResult failed(const std::exception& error, ReadOutcome outcome = ReadOutcome::failed) {
+        return {outcome, Outcome(error), error.what()};
+    }
 };
 
 } // namespace pixkit

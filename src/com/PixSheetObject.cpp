@@ -229,6 +229,12 @@ HRESULT PixSheetObject::get_Version(BSTR* result) {
     return run([&] { *result = toBstr(versionText(moduleInstance())); });
 }
 
+HRESULT PixSheetObject::get_LastErrorText(BSTR* result) {
+    if (result == nullptr) return E_POINTER;
+    *result = nullptr;
+    return run([&] { *result = toBstr(std::string(m_sheet->LastErrorText())); });
+}
+
 HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG newHeight,
                                     VARIANT_BOOL CopyOriginalFormat) {
     if (cDIBclass == nullptr) return E_POINTER;

@@ -99,6 +99,13 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP put_Tag(VARIANT value) override;
     STDMETHODIMP putref_Tag(VARIANT value) override { return put_Tag(value); }
     STDMETHODIMP get_Version(BSTR* result) override;
+    STDMETHODIMP get_LastErrorText(BSTR* result) override;
+    STDMETHODIMP get_Unattended(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->Unattended(); });
+    }
+    STDMETHODIMP put_Unattended(VARIANT_BOOL value) override {
+        return run([&] { m_sheet->Unattended(isTrue(value)); });
+    }
 
     // --- surface
 

@@ -2,6 +2,7 @@
 // hears of it. Every failure that was not expected passes through reportError: one breakpoint finds its origin.
 #pragma once
 #include "diagnostics/ErrorReport.h"
+#include "diagnostics/Outcome.h"
 #include "diagnostics/words.h"
 #include <cstddef>
 #include <cstdint>
@@ -58,6 +59,7 @@ class Call {
         : m_procedure(procedure), m_instance(instance) {}
 
     const Procedure& procedure() const noexcept { return m_procedure; }
+    const Instance& instance() const noexcept { return m_instance; }
 
     // Parameters and variables in words. May throw std::bad_alloc.
     void describe(ErrorReport& report) const {
@@ -115,6 +117,20 @@ Value guarded(const Procedure& procedure, Value failure, Body&& body) noexcept {
 template <class Instance, class... Values, class Value, class Body>
 Value guarded(const Call<Instance, Values...>& call, Value failure, Body&& body) noexcept {
     return guardedAt(call, std::move(failure), std::forward<Body>(body));
+}
+
+// The same for a body that returns its Outcome: what it throws is the reason.
+template <class Origin, class Body>
+Outcome guardedOutcome(const Origin& origin, Body&& body) noexcept {
+    try {
+        return std::forward<Body>(body)();
+    } catch (const std::exception& error) {
+        reportError(Origin(origin), error.what());
+        return Outcome(error);
+    } catch (...) {
+        reportError(Origin(origin), "unknown run-time error");
+        return refused("something went wrong that says nothing of itself");
+    }
 }
 
 } // namespace pixkit

@@ -6,6 +6,7 @@
 #include "shared/StdPictures.h"
 #include "surface/HostAccess.h"
 #include <cstring>
+#include <utility>
 
 namespace pixkit {
 
@@ -23,17 +24,18 @@ bool drawOver(const platform::StdPicture& picture, cPixSheet& host) {
 }
 
 // What a metafile leaves of the alpha bytes says nothing, so it is drawn twice.
-bool convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
+Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
     cPixSheet white;
     const std::int32_t width = picture.Width();
     const std::int32_t height = picture.Height();
-    if (!host.InitializeDIB(width, height) || !white.InitializeDIB(width, height)) return false;
+    if (!host.InitializeDIB(width, height)) return HostAccess::outcome(host);
+    if (!white.InitializeDIB(width, height)) return HostAccess::outcome(white);
     const PixelView backdrop = HostAccess::pixels(white);
     std::memset(backdrop.bits, 255, backdrop.stride * backdrop.height);
-    if (!drawOver(picture, host) || !drawOver(picture, white)) return false;
+    if (!drawOver(picture, host) || !drawOver(picture, white)) return refused("the system cannot draw the metafile");
     host.Alpha(alphaFromTwoBackgrounds(HostAccess::pixels(host), backdrop));
     HostAccess::ImageType(host, picture.Type() == PictureType::metafile ? imgWMF : imgEMF);
-    return true;
+    return done();
 }
 
 } // namespace
@@ -41,11 +43,11 @@ bool convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
 ReadResult LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
     const auto picture = iparseArrayToPicture(Stream, 0, Stream.size());
     if (!picture) return ReadResult::otherFormat("the loader of the system refuses it");
-    if (!ConvertstdPicTo32bpp(*picture, Host)) return ReadResult::damaged("the loader's picture cannot be taken over");
-    return ReadResult::loaded();
+    Outcome outcome = ConvertstdPicTo32bpp(*picture, Host);
+    return outcome ? ReadResult::loaded() : ReadResult{ReadOutcome::damaged, std::move(outcome)};
 }
 
-bool ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Host) {
+Outcome ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Host) {
     switch (Picture.Type()) {
     case PictureType::bitmap:
         return ConvertstdPicTo32bpp(Picture.handle(), Host);
@@ -53,23 +55,26 @@ bool ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Host) 
     case PictureType::enhancedMetafile:
         return convertMetafile(Picture, Host);
     default:
-        return false;
+        return refused("a system picture that holds no bitmap, icon or metafile");
     }
 }
 
-bool ConvertstdPicTo32bpp(platform::Handle hBitmap, cPixSheet& Host) {
+Outcome ConvertstdPicTo32bpp(platform::Handle hBitmap, cPixSheet& Host) {
+    constexpr Reason unreadable = "the pixels of the bitmap cannot be read";
     platform::BitmapRecord record;
-    if (!platform::GetObjectA(hBitmap, record) || !Host.InitializeDIB(record.bmWidth, record.bmHeight)) return false;
+    if (!platform::GetObjectA(hBitmap, record)) return refused(unreadable);
+    if (!Host.InitializeDIB(record.bmWidth, record.bmHeight)) return HostAccess::outcome(Host);
     const PixelView pixels = HostAccess::pixels(Host);
     platform::BitmapInfoHeader header{.biWidth = record.bmWidth, .biHeight = record.bmHeight};
     const auto lines = static_cast<std::uint32_t>(record.bmHeight);
     const platform::ScreenDC screen;
-    if (platform::GetDIBits(screen.get(), hBitmap, 0, lines, pixels.bits, header) != record.bmHeight) return false;
+    if (platform::GetDIBits(screen.get(), hBitmap, 0, lines, pixels.bits, header) != record.bmHeight)
+        return refused(unreadable);
     // Bitmaps without alpha leave it 0 everywhere, which makes them opaque.
     const AlphaClassification alpha = iparseValidateAlphaChannel(pixels, true, imgNone);
     Host.Alpha(alpha.bIsAlpha);
     HostAccess::ImageType(Host, alpha.imgType);
-    return true;
+    return done();
 }
 
 } // namespace pixkit

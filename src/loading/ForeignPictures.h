@@ -13,10 +13,10 @@ class StdPicture;
 ReadResult LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host);
 
 // Takes over the pixels of a bitmap, or draws a metafile at its natural size (imgWMF, imgEMF): opaque where it draws,
-// transparent where it does not. False for pictures of other types and when there is no memory.
-bool ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Host);
+// transparent where it does not. Refuses pictures of other types, and where there is no memory.
+Outcome ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Host);
 // The same for a bitmap's handle. Alpha and ImageType follow from the alpha bytes where there are any
 // (iparseValidateAlphaChannel), else they are AlphaNone and imgBitmap.
-bool ConvertstdPicTo32bpp(platform::Handle hBitmap, cPixSheet& Host);
+Outcome ConvertstdPicTo32bpp(platform::Handle hBitmap, cPixSheet& Host);
 
 } // namespace pixkit

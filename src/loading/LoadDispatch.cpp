@@ -1,8 +1,8 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
 #include "codecs/Formats.h"
 #include "codecs/ico/cICOparser.h"
-#include "diagnostics/guard.h"
 #include "loading/ForeignPictures.h"
+#include "loading/ForeignSignatures.h"
 #include "loading/LoadRequest.h"
 #include "loading/loadMember.h"
 #include "platform/files.h"
@@ -10,6 +10,7 @@
 #include "shared/Files.h"
 #include "shared/limits.h"
 #include "surface/Capabilities.h"
+#include "surface/attended.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <utility>
@@ -21,39 +22,61 @@ namespace {
 // Below this size of an array no reader is asked. The minimum of files is another one; callers know both.
 constexpr std::int64_t smallestStream = 20;
 
+constexpr Reason nothingKept = "no load kept the bytes of its file";
+
 // One reader's turn. Only an error that nobody expected is told; data of another format, or damaged, goes on to the
 // next reader in silence.
-bool take(cPixSheet& host, ReadResult&& result) {
-    if (result) return true;
+ReadResult take(cPixSheet& host, ReadResult&& result) {
+    if (result) return std::move(result);
     host.DestroyDIB(); // whatever the reader began
-    if (result.outcome == ReadOutcome::failed) platform::MessageBoxW(result.error, "pixkit", platform::messageBoxOk);
-    return false;
+    if (result.outcome == ReadOutcome::failed && isAttended(host))
+        platform::MessageBoxW(result.error, "pixkit", platform::messageBoxOk);
+    return std::move(result);
 }
 
 // First the formats whose signature the data bears. Only where it bears none the system's loader is asked: what was
 // refused as damaged some systems' loaders might show something of, others of the same name not, and some fall over a
-// GIF without colours or an icon that lies outside the file. Formats without a signature come last.
-bool readPicture(LoadRequest& request, cPixSheet& host) {
+// GIF without colours or an icon that lies outside the file. Formats without a signature come last. Of several
+// refusals the first counts whose reader knew the data for its own.
+Outcome readPicture(LoadRequest& request, cPixSheet& host) {
     const auto start = request.start(sniffedBytes);
-    bool isRecognised = false;
+    Outcome refusal;
+    const auto ask = [&](ReadResult&& answer, bool isKnown) {
+        const ReadResult result = take(host, std::move(answer));
+        if (!result && refusal && (isKnown || result.outcome != ReadOutcome::otherFormat)) refusal = result.why;
+        return result.outcome == ReadOutcome::loaded;
+    };
+    bool isRead = false; // by a reader of this component
+    bool isKnown = false;
     for (const Format& format : formats()) {
-        if (format.read == nullptr || format.sniff == nullptr || !format.sniff(start)) continue;
-        isRecognised = true;
-        if (take(host, format.read(request, host))) return true;
+        if (format.sniff == nullptr || !format.sniff(start)) continue;
+        isKnown = true;
+        if (format.read == nullptr) continue;
+        isRead = true;
+        if (ask(format.read(request, host), true)) return done();
     }
-    if (!isRecognised && take(host, LoadSystemPicture(request.bytes(), host))) return true;
-    return std::ranges::any_of(formats(), [&](const Format& format) {
-        return format.sniff == nullptr && take(host, format.read(request, host));
-    });
+    if (!isRead && ask(LoadSystemPicture(request.bytes(), host), isKnown)) return done();
+    for (const Format& format : formats()) {
+        if (format.sniff == nullptr && ask(format.read(request, host), false)) return done();
+    }
+    return refusal ? refused(reasonOfUnknown(start)) : refusal;
+}
+
+// Why a file that cannot be opened cannot.
+Reason openingProblem(const std::string& FileName, bool useUnicode) {
+    if (FileName.empty()) return "the name of the file is empty";
+    if (iparseIsDirectory(FileName, useUnicode)) return "it is a folder";
+    if (!iparseFileExists(FileName, useUnicode)) return "the file does not exist";
+    return "the file cannot be opened";
 }
 
 } // namespace
 
-bool cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
+Outcome cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
     DestroyDIB();
-    if (!readPicture(request, *this)) return false;
-    if (SaveFormat) m_ImageByteCache = ByteArray(request.takeSource());
-    return true;
+    Outcome outcome = readPicture(request, *this);
+    if (outcome && SaveFormat) m_ImageByteCache = ByteArray(request.takeSource());
+    return outcome;
 }
 
 bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconCx, std::int32_t iconCy, bool SaveFormat,
@@ -63,7 +86,10 @@ bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconC
     return loadMember(call, *this, [&] {
         const bool useUnicode = (m_osCAP & capNtFamily) != 0;
         const platform::UniqueFile file(iparseGetFileHandle(FileName, true, useUnicode));
-        if (!file || platform::GetFileSize(file.get()) <= largestRefusedFile) return false;
+        if (!file) return refused(openingProblem(FileName, useUnicode));
+        const std::int64_t size = platform::GetFileSize(file.get());
+        if (size < 0) return refused("the file cannot be read");
+        if (size <= largestRefusedFile) return refused("files of 56 bytes or less hold no picture");
         LoadRequest request(file.get(), IconRequest(iconCx, iconCy, iconBitDepth));
         return spt_LoadPictureEx(request, SaveFormat);
     });
@@ -76,15 +102,18 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
                     "inStream, iconCx, iconCy, streamStart, streamLength, SaveFormat, iconBitDepth", inStream, iconCx,
                     iconCy, streamStart, streamLength, SaveFormat, iconBitDepth);
     return loadMember(call, *this, [&] {
-        if (inStream.dimensions() != 1) return false;
+        if (!inStream.isAllocated()) return refused("there are no bytes");
+        if (inStream.dimensions() != 1) return refused("the array has more than one dimension");
         if (pvOverlapsStore(inStream)) { // the load frees the store before it reads
-            return LoadPicture_Stream(ByteArray(inStream), iconCx, iconCy, streamStart, streamLength, SaveFormat,
-                                      iconBitDepth);
+            LoadPicture_Stream(ByteArray(inStream), iconCx, iconCy, streamStart, streamLength, SaveFormat,
+                               iconBitDepth);
+            return m_outcome;
         }
         const std::int64_t start = std::max(streamStart, inStream.lowerBound());
         const std::int64_t available = inStream.upperBound() - start + 1;
         const std::int64_t length = streamLength == 0 ? available : streamLength;
-        if (length < smallestStream || length > available) return false;
+        if (length > available) return refused("the array ends before as many bytes");
+        if (length < smallestStream) return refused("less than 20 bytes hold no picture");
         LoadRequest request(inStream, static_cast<std::size_t>(start - inStream.lowerBound()),
                             static_cast<std::size_t>(length), IconRequest(iconCx, iconCy, iconBitDepth));
         return spt_LoadPictureEx(request, SaveFormat);
@@ -99,24 +128,29 @@ bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t 
 }
 
 std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) const noexcept {
-    return guarded(Call(*this, "SourceIconSizes", "sizeArray", sizeArray), std::int32_t{0}, [&] {
+    std::int32_t count = 0;
+    attempt(Call(*this, "SourceIconSizes", "sizeArray", sizeArray), [&] {
         constexpr eImageFormat ofIcons[] = {imgIcon, imgCursor, imgIconARGB, imgPNGicon, imgCursorARGB};
         cICOparser parser;
-        if (m_Handle == 0 || std::ranges::count(ofIcons, m_Format) == 0) return 0;
-        if (!parser.LoadDirectory(m_ImageByteCache.bytes())) return 0;
+        if (m_Handle == 0) return refused(noImage);
+        if (std::ranges::count(ofIcons, m_Format) == 0) return refused("the image came from no icon file");
+        if (!m_ImageByteCache.isAllocated()) return refused(nothingKept);
+        if (!parser.LoadDirectory(m_ImageByteCache.bytes())) return refused("the kept file holds no icons");
         std::vector<IconSourceSize> sizes;
         sizes.reserve(static_cast<std::size_t>(parser.IconCount()));
         for (std::int32_t i = 0; i < parser.IconCount(); ++i)
             sizes.push_back({parser.Width(i), parser.Height(i), parser.bitDepth(i), parser.isPNG(i) ? 1 : 0});
         sizeArray = std::move(sizes);
-        return parser.IconCount();
+        count = parser.IconCount();
+        return done();
     });
+    return count;
 }
 
 bool cPixSheet::GetOrginalFormat(ByteArray& outStream) const noexcept {
-    return guarded(Call(*this, "GetOrginalFormat", "outStream", outStream), false, [&] {
+    return attempt(Call(*this, "GetOrginalFormat", "outStream", outStream), [&] {
         outStream = m_ImageByteCache;
-        return outStream.isAllocated();
+        return doneIf(outStream.isAllocated(), nothingKept);
     });
 }
 

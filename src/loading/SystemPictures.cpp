@@ -10,14 +10,20 @@
 
 namespace pixkit {
 
+namespace {
+constexpr Reason noSuchResource = "there is no such resource";
+}
+
 bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept {
     return loadMember(Call(*this, "LoadPicture_StdPicture", "Picture", Picture), *this, [&] {
         const auto type = Picture != nullptr ? Picture->Type() : platform::PictureType::none;
         if (m_Handle != 0 && type == platform::PictureType::bitmap &&
-            platform::isSameObject(Picture->handle(), m_Handle))
-            return LoadPicture_ByHandle(m_Handle); // a picture around this image
+            platform::isSameObject(Picture->handle(), m_Handle)) { // a picture around this image
+            LoadPicture_ByHandle(m_Handle);
+            return m_outcome;
+        }
         DestroyDIB();
-        if (Picture == nullptr) return false;
+        if (Picture == nullptr) return refused("there is no picture");
         return type == platform::PictureType::icon ? cICOparser::ConvertstdPicTo32bpp(Picture->handle(), *this)
                                                    : pixkit::ConvertstdPicTo32bpp(*Picture, *this);
     });
@@ -28,9 +34,9 @@ bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
         if (Handle != 0 && platform::isSameObject(Handle, m_Handle)) { // the load frees the image before it reads
             LoadDIBinDC(false);
             cPixSheet other;
-            const bool copied = other.LoadPicture_ByHandle(Handle);
+            other.LoadPicture_ByHandle(Handle);
             SwapDIBs(&other);
-            return copied;
+            return other.m_outcome;
         }
         DestroyDIB();
         return platform::GetObjectType(Handle) == platform::ObjectType::bitmap
@@ -48,11 +54,16 @@ bool cPixSheet::LoadPicture_Resource(const ResourceId& ResIndex, const ResourceI
     return loadMember(call, *this, [&] {
         const ResourceProvider provider = resourceProvider();
         if (const auto* const section = std::get_if<std::string>(&ResSection)) {
-            return provider.bytes && LoadPicture_Stream(ByteArray(provider.bytes(ResIndex, *section)), iconCx, iconCy,
-                                                        streamStart, streamLength, false, iconBitDepth);
+            const ByteArray bytes(provider.bytes ? provider.bytes(ResIndex, *section) : std::vector<std::uint8_t>());
+            if (bytes.size() == 0) return refused(noSuchResource);
+            LoadPicture_Stream(bytes, iconCx, iconCy, streamStart, streamLength, false, iconBitDepth);
+            return m_outcome;
         }
         const auto kind = static_cast<PictureResource>(std::get<std::int32_t>(ResSection));
-        return provider.picture && LoadPicture_StdPicture(provider.picture(ResIndex, kind).get());
+        const auto picture = provider.picture ? provider.picture(ResIndex, kind) : nullptr;
+        if (!picture) return refused(noSuchResource);
+        LoadPicture_StdPicture(picture.get());
+        return m_outcome;
     });
 }
 

@@ -108,26 +108,26 @@ class Copy24 {
     std::uint8_t* m_bits = nullptr;
 };
 
-bool blendOntoDC(platform::Handle destinationDC, const Rect& destination, ConstPixelView source,
-                 const RunBlender& blender) {
+Outcome blendOntoDC(platform::Handle destinationDC, const Rect& destination, ConstPixelView source,
+                    const RunBlender& blender) {
     const Copy24 copy(destinationDC, destination);
-    if (!copy) return false;
+    if (!copy) return refused("the device context cannot be read");
     for (std::size_t y = 0; y < source.height; ++y)
         blender.onto24(copy.row(y), source.row(y), source.width);
-    return copy.writeBack(destinationDC, destination);
+    return doneIf(copy.writeBack(destinationDC, destination), "the system cannot draw on the device context");
 }
 
 } // namespace
 
-bool spt_Win9xBlend(const DrawJob& job) {
+Outcome spt_Win9xBlend(const DrawJob& job) {
     const Rect destination = job.visible();
-    if (destination.isEmpty()) return true;
+    if (destination.isEmpty()) return done();
     const ConstPixelView source =
         job.image.part(destination.moved(job.source.left - job.destination.left, job.source.top - job.destination.top));
     const RunBlender blender(job);
     if (job.destHostDIB == nullptr) return blendOntoDC(job.destinationDC, destination, source, blender);
     blendOntoPixels(HostAccess::pixels(*job.destHostDIB).part(destination), source, blender);
-    return true;
+    return done();
 }
 
 } // namespace pixkit

@@ -11,8 +11,8 @@ namespace pixkit {
 // Of a host all four channels are blended, alpha by the same rule; what it says of itself (Alpha, ImageType) stays. It
 // may be the image that is drawn. A device context's pixels are blended as 24-bit ones: it keeps no alpha.
 //
-// True when the blend ran to its end, even when there was nothing to draw; false, with nothing drawn, when a device
+// Done when the blend ran to its end, even when there was nothing to draw; refuses, with nothing drawn, when a device
 // context cannot be read, and when it cannot be written. Throws std::bad_alloc.
-bool spt_Win9xBlend(const DrawJob& job);
+Outcome spt_Win9xBlend(const DrawJob& job);
 
 } // namespace pixkit

@@ -1,9 +1,7 @@
 // The backdrop that makes transparency visible.
-#include "diagnostics/guard.h"
 #include "platform/gdi.h"
 #include "shared/Colors.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <array>
 #include <cstring>
 
@@ -32,9 +30,10 @@ bool cPixSheet::CreateCheckerBoard(std::int32_t CheckerSize, std::int32_t FirstC
                                    std::int32_t SecondColor) noexcept {
     const Call call(*this, "CreateCheckerBoard", "CheckerSize, FirstColor, SecondColor", CheckerSize, FirstColor,
                     SecondColor);
-    return guarded(call, false, [&] {
+    return attempt(call, [&] {
         const PixelView image = HostAccess::pixels(*this);
-        if (!image || CheckerSize < 1) return false;
+        if (!image) return refused(noImage);
+        if (CheckerSize < 1) return refused("squares have at least 1 pixel a side");
         platform::GdiFlush();
         const auto size = static_cast<std::size_t>(CheckerSize);
         const OpaquePixel first = opaquePixel(FirstColor);
@@ -51,7 +50,7 @@ bool cPixSheet::CreateCheckerBoard(std::int32_t CheckerSize, std::int32_t FirstC
         }
         m_AlphaImage = AlphaNone;
         m_Format = imgCheckerBoard;
-        return true;
+        return done();
     });
 }
 

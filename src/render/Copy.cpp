@@ -1,8 +1,6 @@
 // Copies of the image, also at another size.
-#include "diagnostics/guard.h"
 #include "render/DrawJob.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <cstring>
 #include <utility>
 
@@ -10,39 +8,37 @@ namespace pixkit {
 
 void cPixSheet::CopyImageTo(cPixSheet& cDIBclass, std::int32_t newWidth, std::int32_t newHeight,
                             bool CopyOriginalFormat) noexcept {
-    if (m_Handle == 0 || &cDIBclass == this) return;
     const Call call(*this, "CopyImageTo", "newWidth, newHeight, CopyOriginalFormat", newWidth, newHeight,
                     CopyOriginalFormat);
-    guarded(call, false, [&] {
-        pvCopyImage(cDIBclass, newWidth, newHeight, CopyOriginalFormat);
-        return true;
+    attempt(call, [&] {
+        if (m_Handle == 0) return refused(noImage);
+        return &cDIBclass == this ? done() : pvCopyImage(cDIBclass, newWidth, newHeight, CopyOriginalFormat);
     });
 }
 
 void cPixSheet::CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t newWidth, std::int32_t newHeight,
                             bool CopyOriginalFormat) noexcept {
-    if (m_Handle == 0) return;
     const Call call(*this, "CopyImageTo", "newWidth, newHeight, CopyOriginalFormat", newWidth, newHeight,
                     CopyOriginalFormat);
-    guarded(call, false, [&] {
+    attempt(call, [&] {
+        if (m_Handle == 0) return refused(noImage);
         if (!cDIBclass) {
             auto created = std::make_unique<cPixSheet>();
             created->isGDIplusEnabled(isGDIplusEnabled());
             created->m_StretchQuality = m_StretchQuality;
             cDIBclass = std::move(created);
         }
-        if (cDIBclass.get() != this) pvCopyImage(*cDIBclass, newWidth, newHeight, CopyOriginalFormat);
-        return true;
+        return cDIBclass.get() == this ? done() : pvCopyImage(*cDIBclass, newWidth, newHeight, CopyOriginalFormat);
     });
 }
 
-void cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight,
-                            bool CopyOriginalFormat) const {
+Outcome cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight,
+                               bool CopyOriginalFormat) const {
     if (newWidth == 0) newWidth = m_Width;
     if (newHeight == 0) newHeight = m_Height;
     target.gdiToken(m_GDItoken);
     if (target.m_Handle == 0 || target.m_Width != newWidth || target.m_Height != newHeight) {
-        if (!target.InitializeDIB(newWidth, newHeight)) return;
+        if (!target.InitializeDIB(newWidth, newHeight)) return target.m_outcome;
     }
     target.m_hotspot = {static_cast<std::int32_t>(std::int64_t{m_hotspot.x} * target.m_Width / m_Width),
                         static_cast<std::int32_t>(std::int64_t{m_hotspot.y} * target.m_Height / m_Height)};
@@ -57,11 +53,12 @@ void cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32
                        .destHostDIB = &target,
                        .destination = HostAccess::pixels(target).rect(),
                        .HighQuality = m_StretchQuality};
-        if (!spt_DrawInSoftware(job)) return;
+        if (Outcome drawn = spt_DrawInSoftware(job); !drawn) return drawn;
     }
     target.m_AlphaImage = m_AlphaImage;
     target.m_Format = m_Format;
     if (CopyOriginalFormat) HostAccess::SetOriginalFormat(target, m_ImageByteCache);
+    return done();
 }
 
 } // namespace pixkit

@@ -8,14 +8,14 @@
 
 namespace pixkit {
 
-bool DrawJob::findLimits() noexcept {
+Outcome DrawJob::findLimits() noexcept {
     if (destHostDIB != nullptr) {
-        if (destHostDIB->Handle() == 0) return false;
+        if (destHostDIB->Handle() == 0) return refused("the object to draw on has no image");
         limits = HostAccess::pixels(*destHostDIB).rect();
     } else {
         platform::Rect box;
         const platform::ClipBox kind = platform::GetClipBox(destinationDC, box);
-        if (kind == platform::ClipBox::error) return false;
+        if (kind == platform::ClipBox::error) return refused("the handle to draw on is no device context");
         // Under mapping modes in which y grows upwards, or x to the left, the system gives the edges the other way
         // round.
         limits = kind == platform::ClipBox::empty ? Rect{}
@@ -23,12 +23,12 @@ bool DrawJob::findLimits() noexcept {
                                                          std::max(box.left, box.right), std::max(box.top, box.bottom)};
     }
     platform::GdiFlush();
-    return true;
+    return done();
 }
 
-bool spt_DrawInSoftware(DrawJob& job) {
-    if (!job.findLimits()) return false;
-    if (job.visible().isEmpty()) return true;
+Outcome spt_DrawInSoftware(DrawJob& job) {
+    if (Outcome limits = job.findLimits(); !limits) return limits;
+    if (job.visible().isEmpty()) return done();
     PixelBuffer aMirrorBytes;
     PixelBuffer aResizedBytes;
     if (job.isMirroring()) spt_MirrorDIB(job, aMirrorBytes);

@@ -1,5 +1,6 @@
 // One drawing, put in order once and passed by reference along every path.
 #pragma once
+#include "diagnostics/Outcome.h"
 #include "platform/handle.h"
 #include "shared/PixelView.h"
 #include "shared/Rect.h"
@@ -38,8 +39,8 @@ struct DrawJob {
 
     // Asks what can be drawn on: the image of the host, or the clip box of the device context, which may be empty and,
     // where the context's origin was moved, start anywhere. Waits for the system to finish what it draws into either.
-    // False for a host without an image and a device context that is none.
-    bool findLimits() noexcept;
+    // Refuses a host without an image and a device context that is none.
+    Outcome findLimits() noexcept;
     // From now on the job draws all of `pixels` over `where`, a rectangle of their size.
     void drawFrom(ConstPixelView pixels, const Rect& where) noexcept {
         image = pixels;
@@ -54,8 +55,9 @@ inline std::uint8_t globalAlphaOf(std::int32_t Opacity) noexcept {
     return static_cast<std::uint8_t>(percent * 255 / 100);
 }
 
-// Draws without the system's help, whatever is not rotated: mirrors, resamples and blends. True when it was drawn, or
-// nothing of it is to be seen; false where there is no destination and where the blender fails. Throws std::bad_alloc.
-bool spt_DrawInSoftware(DrawJob& job);
+// Draws without the system's help, whatever is not rotated: mirrors, resamples and blends. Done when it was drawn, or
+// nothing of it is to be seen; refuses where there is no destination and where the blender fails. Throws
+// std::bad_alloc.
+Outcome spt_DrawInSoftware(DrawJob& job);
 
 } // namespace pixkit

@@ -1,13 +1,12 @@
 // The soft shadow of a picture's silhouette.
-#include "diagnostics/guard.h"
 #include "kernels/kernels.h"
 #include "platform/gdi.h"
 #include "shared/Colors.h"
 #include "shared/checked.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <vector>
 
 namespace pixkit {
@@ -47,25 +46,27 @@ void castShadow(PixelView shadow, ConstPixelView picture, const Shades& shades) 
 } // namespace
 
 std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, std::int32_t Color) const noexcept {
-    return guarded(Call(*this, "CreateDropShadow", "blurDepth, Color", blurDepth, Color), std::unique_ptr<cPixSheet>(),
-                   [&] {
-                       const ConstPixelView picture = HostAccess::pixels(*this);
-                       if (!picture) return std::unique_ptr<cPixSheet>();
-                       const std::int32_t t2xBlur = 2 * std::clamp(blurDepth, 0, 10);
-                       const std::int32_t width = longOrOverflow(std::int64_t{m_Width} + t2xBlur);
-                       const std::int32_t height = longOrOverflow(std::int64_t{m_Height} + t2xBlur);
-                       auto shadowDIB = std::make_unique<cPixSheet>();
-                       if (!shadowDIB->InitializeDIB(width, height)) return std::unique_ptr<cPixSheet>();
-                       platform::GdiFlush();
-                       castShadow(HostAccess::pixels(*shadowDIB), picture, shadesOf(Color));
-                       // Without a blur the silhouette has the picture's own alpha.
-                       shadowDIB->m_AlphaImage = t2xBlur == 0 ? m_AlphaImage : AlphaComplex;
-                       // The shadow is drawn by the same means as its picture.
-                       shadowDIB->m_StretchQuality = m_StretchQuality;
-                       shadowDIB->m_GDItoken = m_GDItoken;
-                       shadowDIB->m_osCAP = m_osCAP;
-                       return shadowDIB;
-                   });
+    std::unique_ptr<cPixSheet> result;
+    attempt(Call(*this, "CreateDropShadow", "blurDepth, Color", blurDepth, Color), [&] {
+        const ConstPixelView picture = HostAccess::pixels(*this);
+        if (!picture) return refused(noImage);
+        const std::int32_t t2xBlur = 2 * std::clamp(blurDepth, 0, 10);
+        const std::int32_t width = longOrOverflow(std::int64_t{m_Width} + t2xBlur);
+        const std::int32_t height = longOrOverflow(std::int64_t{m_Height} + t2xBlur);
+        auto shadowDIB = std::make_unique<cPixSheet>();
+        if (!shadowDIB->InitializeDIB(width, height)) return shadowDIB->m_outcome;
+        platform::GdiFlush();
+        castShadow(HostAccess::pixels(*shadowDIB), picture, shadesOf(Color));
+        // Without a blur the silhouette has the picture's own alpha.
+        shadowDIB->m_AlphaImage = t2xBlur == 0 ? m_AlphaImage : AlphaComplex;
+        // The shadow is drawn by the same means as its picture.
+        shadowDIB->m_StretchQuality = m_StretchQuality;
+        shadowDIB->m_GDItoken = m_GDItoken;
+        shadowDIB->m_osCAP = m_osCAP;
+        result = std::move(shadowDIB);
+        return done();
+    });
+    return result;
 }
 
 } // namespace pixkit

@@ -1,11 +1,9 @@
 // Effects on the pixels in place.
-#include "diagnostics/guard.h"
 #include "kernels/kernels.h"
 #include "render/PixelWorkers.h"
 #include "shared/AlphaChannel.h"
 #include "shared/Colors.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -36,38 +34,41 @@ std::size_t replaceEverywhere(const PixelView& image, const OpaquePixel& from, c
 } // namespace
 
 bool cPixSheet::MakeGrayScale(std::int32_t Formula) noexcept {
-    return guarded(Call(*this, "MakeGrayScale", "Formula", Formula), false, [&] {
+    return attempt(Call(*this, "MakeGrayScale", "Formula", Formula), [&] {
         const PixelView image = HostAccess::pixels(*this);
-        if (!image || Formula == gsclNone) return false;
+        if (!image) return refused(noImage);
+        if (Formula == gsclNone) return refused("no formula was named");
         const kernels::GrayWeights weights = iparseGrayScaleRatios(Formula);
         forEachRow(image, [&](std::uint8_t* row) { kernels::table().grayscale(row, image.width, weights); });
-        return true;
+        return done();
     });
 }
 
 bool cPixSheet::MakeImageInverse() noexcept {
-    return guarded(Call(*this, "MakeImageInverse"), false, [&] {
+    return attempt(Call(*this, "MakeImageInverse"), [&] {
         const PixelView image = HostAccess::pixels(*this);
-        if (!image) return false;
+        if (!image) return refused(noImage);
         forEachRow(image, [&](std::uint8_t* row) { kernels::table().invert(row, image.width); });
-        return true;
+        return done();
     });
 }
 
 bool cPixSheet::MakeLighterDarker(float Percent) noexcept {
-    return guarded(Call(*this, "MakeLighterDarker", "Percent", Percent), false, [&] {
+    return attempt(Call(*this, "MakeLighterDarker", "Percent", Percent), [&] {
         const PixelView image = HostAccess::pixels(*this);
+        if (!image) return refused(noImage);
         // A percentage out of range is ignored, not held at the limit; the negated test catches a NaN as well.
-        if (!image || !(Percent >= -100.0F && Percent <= 100.0F) || Percent == 0.0F) return false;
+        if (!(Percent >= -100.0F && Percent <= 100.0F)) return refused("a percentage is from -100 to 100");
+        if (Percent == 0.0F) return refused("0 per cent change nothing");
         spt_LightenDarken(Percent, image, image);
-        return true;
+        return done();
     });
 }
 
 bool cPixSheet::MakeTransparent(std::int32_t TransparentColor, bool Revert) noexcept {
-    return guarded(Call(*this, "MakeTransparent", "TransparentColor, Revert", TransparentColor, Revert), false, [&] {
+    return attempt(Call(*this, "MakeTransparent", "TransparentColor, Revert", TransparentColor, Revert), [&] {
         const PixelView image = HostAccess::pixels(*this);
-        if (!image) return false;
+        if (!image) return refused(noImage);
         const ColorChannels channels = iparseColorChannels(TransparentColor);
         const OpaquePixel opaque = {channels.b, channels.g, channels.r, 255};
         if (Revert) {
@@ -78,14 +79,15 @@ bool cPixSheet::MakeTransparent(std::int32_t TransparentColor, bool Revert) noex
             m_AlphaImage = AlphaSimple;
             if (m_Format == imgBitmap) m_Format = imgBmpPARGB;
         }
-        return true;
+        return done();
     });
 }
 
 bool cPixSheet::BlendToColor(std::int32_t BlendColor, std::int32_t BlendOpacity) noexcept {
-    return guarded(Call(*this, "BlendToColor", "BlendColor, BlendOpacity", BlendColor, BlendOpacity), false, [&] {
+    return attempt(Call(*this, "BlendToColor", "BlendColor, BlendOpacity", BlendColor, BlendOpacity), [&] {
         const PixelView image = HostAccess::pixels(*this);
-        if (!image || BlendOpacity < 1) return false;
+        if (!image) return refused(noImage);
+        if (BlendOpacity < 1) return refused("less than 1 per cent changes nothing");
         const auto opacity = static_cast<std::uint32_t>(std::min(BlendOpacity, 100));
         const ColorChannels channels = iparseColorChannels(BlendColor);
         const std::uint8_t colour[3] = {channels.b, channels.g, channels.r};
@@ -94,19 +96,20 @@ bool cPixSheet::BlendToColor(std::int32_t BlendColor, std::int32_t BlendOpacity)
             // callers' pictures depend on it.
             kernels::table().blendToColour(row, image.width, colour, opacity);
         });
-        return true;
+        return done();
     });
 }
 
 bool cPixSheet::MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept {
-    return guarded(Call(*this, "MirrorImage", "MirrorAxisX, MirrorAxisY", MirrorAxisX, MirrorAxisY), false, [&] {
+    return attempt(Call(*this, "MirrorImage", "MirrorAxisX, MirrorAxisY", MirrorAxisX, MirrorAxisY), [&] {
         const PixelView image = HostAccess::pixels(*this);
-        if (!image || (!MirrorAxisX && !MirrorAxisY)) return false;
+        if (!image) return refused(noImage);
+        if (!MirrorAxisX && !MirrorAxisY) return refused("no axis was named");
         const std::size_t bytes = image.stride * image.height;
         const auto mirrorBytes = std::make_unique_for_overwrite<std::uint8_t[]>(bytes);
         spt_MirrorDIB({mirrorBytes.get(), image.width, image.height, image.stride}, image, MirrorAxisX, MirrorAxisY);
         std::memcpy(image.bits, mirrorBytes.get(), bytes);
-        return true;
+        return done();
     });
 }
 

@@ -1,12 +1,10 @@
 // Drawing: puts the arguments in order and chooses between the system's AlphaBlend and the software path.
-#include "diagnostics/guard.h"
 #include "platform/gdi.h"
 #include "render/DrawJob.h"
 #include "render/Rotator.h"
 #include "shared/checked.h"
 #include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
@@ -46,7 +44,7 @@ bool isRotating(float Angle) {
     if (!std::isfinite(Angle)) throw std::domain_error("the angle is no number");
     if (Angle != std::trunc(Angle)) return true;
     constexpr float beyondLong = 0x1p31F;
-    if (Angle >= beyondLong || Angle < -beyondLong) throw std::overflow_error("overflow");
+    if (Angle >= beyondLong || Angle < -beyondLong) throw std::overflow_error("a number that 32 bits do not hold");
     return static_cast<std::int32_t>(Angle) % 360 != 0;
 }
 
@@ -56,7 +54,7 @@ class HostRelease {
   public:
     explicit HostRelease(cPixSheet* host) noexcept : m_host(host) {}
     ~HostRelease() {
-        if (m_host != nullptr) m_host->LoadDIBinDC(false);
+        if (m_host != nullptr) HostAccess::LoadDIBinDC(*m_host, false);
     }
     HostRelease(const HostRelease&) = delete;
     HostRelease& operator=(const HostRelease&) = delete;
@@ -73,17 +71,18 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
                        std::int32_t srcHeight, std::int32_t Opacity, bool /*Blend*/, bool SetHalfTone,
                        cPixSheet* destHostDIB, std::int32_t grayScale, float LightAdjustment, float Angle,
                        bool CenterOnDestXY) noexcept {
-    if (Opacity < 1) return m_Handle != 0; // nothing to draw, which succeeds
-    if (m_Handle == 0 || (destinationDC == 0 && destHostDIB == nullptr)) return false;
     const Call call(*this, "Render",
                     "destinationDC, destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight, Opacity, "
                     "SetHalfTone, destHostDIB, grayScale, LightAdjustment, Angle, CenterOnDestXY",
                     destinationDC, destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight, Opacity,
                     SetHalfTone, destHostDIB, grayScale, LightAdjustment, Angle, CenterOnDestXY);
-    return guarded(call, false, [&] {
+    return attempt(call, [&] {
+        if (m_Handle == 0) return refused(noImage);
+        if (Opacity < 1) return done(); // nothing to draw
+        if (destinationDC == 0 && destHostDIB == nullptr) return refused("there is nothing to draw on");
         const Axis columns = inOrder(SrcX, srcWidth, destX, destWidth, m_Width, CenterOnDestXY);
         const Axis rows = inOrder(SrcY, srcHeight, destY, destHeight, m_Height, CenterOnDestXY);
-        if (columns.size < 1 || rows.size < 1) return false;
+        if (columns.size < 1 || rows.size < 1) return refused("the source rectangle has no pixels");
         const bool isAdjusted = LightAdjustment >= -100.0F && LightAdjustment <= 100.0F;
         DrawJob job = {
             .image = HostAccess::pixels(std::as_const(*this)),
@@ -119,7 +118,7 @@ bool cPixSheet::pvCanUseAlphaBlend(const DrawJob& job) const noexcept {
     return !job.isStretching() || !m_StretchQuality;
 }
 
-bool cPixSheet::pvAlphaBlend(const DrawJob& job) {
+Outcome cPixSheet::pvAlphaBlend(const DrawJob& job) {
     // The image has to be in a device context of its own; what was made for that goes afterwards.
     const bool isTemporaryDC = m_hDC == 0;
     if (isTemporaryDC) m_hDC = platform::CreateCompatibleDC(platform::ScreenDC().get());
@@ -127,7 +126,7 @@ bool cPixSheet::pvAlphaBlend(const DrawJob& job) {
     bool isDrawn = false;
     if (m_prevDCobject != 0 || hOldImage != 0) {
         const platform::Handle destination =
-            job.destHostDIB != nullptr ? job.destHostDIB->LoadDIBinDC(true) : job.destinationDC;
+            job.destHostDIB != nullptr ? job.destHostDIB->pvLoadDIBinDC(true) : job.destinationDC;
         const bool setsMode = job.SetHalfTone && (m_osCAP & capNtFamily) != 0;
         const auto lStretchMode = setsMode ? platform::SetStretchBltMode(destination, platform::StretchMode::halftone)
                                            : platform::StretchMode::none;
@@ -147,15 +146,16 @@ bool cPixSheet::pvAlphaBlend(const DrawJob& job) {
         platform::DeleteDC(m_hDC);
         m_hDC = 0;
     }
-    return isDrawn;
+    return doneIf(isDrawn, "the system cannot draw on the destination");
 }
 
 bool cPixSheet::RenderDropShadow_JIT(std::intptr_t hDC, std::int32_t x, std::int32_t y, std::int32_t blurDepth,
                                      std::int32_t Color, std::int32_t Opacity, float LightAdjustment,
                                      cPixSheet* destHostDIB) noexcept {
     const auto shadow = CreateDropShadow(blurDepth, Color);
-    return shadow &&
-           shadow->Render(hDC, x, y, 0, 0, 0, 0, 0, 0, Opacity, true, true, destHostDIB, gsclNone, LightAdjustment);
+    if (!shadow) return false;
+    shadow->Render(hDC, x, y, 0, 0, 0, 0, 0, 0, Opacity, true, true, destHostDIB, gsclNone, LightAdjustment);
+    return HostAccess::outcome(*this, std::move(shadow->m_outcome));
 }
 
 // Without GDI+ there is nothing to start, and no token that somebody could hold.

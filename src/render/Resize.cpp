@@ -1,10 +1,8 @@
 // The image at another size, and which size fits where.
-#include "diagnostics/guard.h"
 #include "render/PixelWorkers.h"
 #include "render/Resampler.h"
 #include "shared/checked.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <algorithm>
 #include <cmath>
 
@@ -39,29 +37,30 @@ std::int32_t roundedDown(double value) {
 } // namespace
 
 bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
-    return guarded(Call(*this, "Resize", "newWidth, newHeight", newWidth, newHeight), false, [&] {
+    return attempt(Call(*this, "Resize", "newWidth, newHeight", newWidth, newHeight), [&] {
         const ConstPixelView image = HostAccess::pixels(*this);
-        if (!image) return false;
+        if (!image) return refused(noImage);
         if (newWidth == 0) newWidth = m_Width;
         if (newHeight == 0) newHeight = m_Height;
-        if (newWidth == m_Width && newHeight == m_Height) return true;
+        if (newWidth == m_Width && newHeight == m_Height) return done();
 
         // From here on the image is only read until its successor is complete.
         cPixSheet resized;
-        if (!resized.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight)) return false;
+        if (!resized.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight))
+            return resized.m_outcome;
         fillResized(HostAccess::pixels(resized), image, newWidth < 0, newHeight < 0, m_StretchQuality);
         pvReplaceImage(resized,
                        {movedPoint(m_hotspot.x, m_Width, newWidth), movedPoint(m_hotspot.y, m_Height, newHeight)});
-        return true;
+        return done();
     });
 }
 
 void cPixSheet::ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std::int32_t& newWidth,
                            std::int32_t& newHeight, std::int32_t ScaleMode) const noexcept {
-    if (m_Handle == 0) return;
     const Call call(*this, "ScaleImage", "destWidth, destHeight, newWidth, newHeight, ScaleMode", destWidth, destHeight,
                     newWidth, newHeight, ScaleMode);
-    guarded(call, false, [&] {
+    attempt(call, [&] {
+        if (m_Handle == 0) return refused(noImage);
         std::int32_t width = m_Width;
         std::int32_t height = m_Height;
         if (ScaleMode == ScaleStretch) {
@@ -78,7 +77,7 @@ void cPixSheet::ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std:
         }
         newWidth = width;
         newHeight = height;
-        return true;
+        return done();
     });
 }
 

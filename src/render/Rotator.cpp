@@ -211,11 +211,11 @@ Rect Rotator::covered(const Rect& part) const {
     return {left, part.top, right, part.bottom};
 }
 
-bool spt_RotateImage(DrawJob& job) {
-    if (!job.findLimits()) return false;
+Outcome spt_RotateImage(DrawJob& job) {
+    if (Outcome limits = job.findLimits(); !limits) return limits;
     const Rotator rotator(job);
     const Rect visible = rotator.bounds().cut(job.limits);
-    if (visible.isEmpty()) return true;
+    if (visible.isEmpty()) return done();
 
     // Onto a host in bands, which stay in the cache between being sampled and being blended. A device context is read
     // and written in one piece, and an image that is drawn onto itself has to be read as a whole before it changes.
@@ -231,9 +231,9 @@ bool spt_RotateImage(DrawJob& job) {
         const PixelView pixels = {buffer.view().bits, width, static_cast<std::size_t>(band.height()), width * 4};
         rotator.sample(pixels, band);
         job.drawFrom(pixels, band);
-        if (!spt_Win9xBlend(job)) return false;
+        if (Outcome blended = spt_Win9xBlend(job); !blended) return blended;
     }
-    return true;
+    return done();
 }
 
 } // namespace pixkit

@@ -44,8 +44,8 @@ class Rotator {
     Rect m_bounds;
 };
 
-// Draws a job whose angle is finite, by the arithmetic of the blender. True when it was drawn, or nothing of it is to
-// be seen; false where there is no destination and where the blender fails. Throws std::bad_alloc.
-bool spt_RotateImage(DrawJob& job);
+// Draws a job whose angle is finite, by the arithmetic of the blender. Done when it was drawn, or nothing of it is to
+// be seen; refuses where there is no destination and where the blender fails. Throws std::bad_alloc.
+Outcome spt_RotateImage(DrawJob& job);
 
 } // namespace pixkit

@@ -1,9 +1,7 @@
 // A picture repeated over a rectangle.
-#include "diagnostics/guard.h"
 #include "render/Blender.h"
 #include "render/PixelBuffer.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -83,20 +81,21 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
     const Call call(*this, "TileImage",
                     "destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY, Gap, destHostDIB",
                     destinationDC, destX, destY, destWidth, destHeight, Opacity, offsetX, offsetY, Gap, destHostDIB);
-    return guarded(call, false, [&] {
+    return attempt(call, [&] {
         const ConstPixelView image = HostAccess::pixels(*this);
-        if (!image) return false;
-        if (Opacity < 1) return true;
-        if (destWidth < 1 || destHeight < 1 || Gap < 0) return false;
+        if (!image) return refused(noImage);
+        if (Opacity < 1) return done();
+        if (destWidth < 1 || destHeight < 1) return refused("the rectangle has no width or no height");
+        if (Gap < 0) return refused("the gap is negative");
         DrawJob job = {.image = image,
                        .source = image.rect(),
                        .destinationDC = destinationDC,
                        .destHostDIB = destHostDIB,
                        .destination = Rect::ofSize(destWidth, destHeight).moved(destX, destY),
                        .globalAlpha = globalAlphaOf(Opacity)};
-        if (!job.findLimits()) return false;
+        if (Outcome limits = job.findLimits(); !limits) return limits;
         const Rect area = job.visible();
-        if (area.isEmpty()) return true;
+        if (area.isEmpty()) return done();
 
         PixelBuffer before; // an image tiled over itself is read as it was
         if (destHostDIB == this) {
@@ -115,9 +114,9 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
             const Rect drawn = {area.left, y, area.right, std::min(y + rows, area.bottom)};
             const ConstPixelView pixels = band.view();
             job.drawFrom(pixels.part(Rect::ofSize(drawn.width(), drawn.height())), drawn);
-            if (!spt_Win9xBlend(job)) return false;
+            if (Outcome blended = spt_Win9xBlend(job); !blended) return blended;
         }
-        return true;
+        return done();
     });
 }
 

@@ -1,8 +1,6 @@
 // Cutting off transparent borders.
-#include "diagnostics/guard.h"
 #include "platform/gdi.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <cstring>
 
 namespace pixkit {
@@ -50,28 +48,28 @@ Rect visibleBounds(ConstPixelView image, std::int32_t options) {
 } // namespace
 
 bool cPixSheet::TrimImage(std::int32_t TrimOptions, bool ReportOnly, TrimRectangle* Kept) noexcept {
-    return guarded(
-        Call(*this, "TrimImage", "TrimOptions, ReportOnly, Kept", TrimOptions, ReportOnly, Kept), false, [&] {
-            const ConstPixelView image = HostAccess::pixels(*this);
-            if (!image || (TrimOptions & trimAll) == 0) return false;
-            platform::GdiFlush();
-            const Rect bounds = visibleBounds(image, TrimOptions);
-            if (bounds.isEmpty()) return false;
-            const TrimRectangle kept = {static_cast<std::int32_t>(bounds.left), static_cast<std::int32_t>(bounds.top),
-                                        static_cast<std::int32_t>(bounds.width()),
-                                        static_cast<std::int32_t>(bounds.height())};
-            if (!ReportOnly && (kept.Width != m_Width || kept.Height != m_Height)) {
-                cPixSheet trimmed;
-                if (!trimmed.InitializeDIB(kept.Width, kept.Height)) return false;
-                const PixelView target = HostAccess::pixels(trimmed);
-                const ConstPixelView source = image.part(bounds);
-                for (std::size_t y = 0; y < target.height; ++y)
-                    std::memcpy(target.row(y), source.row(y), target.stride);
-                pvReplaceImage(trimmed, {m_hotspot.x - kept.x, m_hotspot.y - kept.y});
-            }
-            if (Kept != nullptr) *Kept = kept;
-            return true;
-        });
+    return attempt(Call(*this, "TrimImage", "TrimOptions, ReportOnly, Kept", TrimOptions, ReportOnly, Kept), [&] {
+        const ConstPixelView image = HostAccess::pixels(*this);
+        if (!image) return refused(noImage);
+        if ((TrimOptions & trimAll) == 0) return refused("no side was named");
+        platform::GdiFlush();
+        const Rect bounds = visibleBounds(image, TrimOptions);
+        if (bounds.isEmpty()) return refused("all of the image is transparent");
+        const TrimRectangle kept = {static_cast<std::int32_t>(bounds.left), static_cast<std::int32_t>(bounds.top),
+                                    static_cast<std::int32_t>(bounds.width()),
+                                    static_cast<std::int32_t>(bounds.height())};
+        if (!ReportOnly && (kept.Width != m_Width || kept.Height != m_Height)) {
+            cPixSheet trimmed;
+            if (!trimmed.InitializeDIB(kept.Width, kept.Height)) return trimmed.m_outcome;
+            const PixelView target = HostAccess::pixels(trimmed);
+            const ConstPixelView source = image.part(bounds);
+            for (std::size_t y = 0; y < target.height; ++y)
+                std::memcpy(target.row(y), source.row(y), target.stride);
+            pvReplaceImage(trimmed, {m_hotspot.x - kept.x, m_hotspot.y - kept.y});
+        }
+        if (Kept != nullptr) *Kept = kept;
+        return done();
+    });
 }
 
 } // namespace pixkit

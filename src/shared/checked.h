@@ -18,7 +18,7 @@ inline std::optional<std::int32_t> checkedMultiply(std::int32_t a, std::int32_t 
 
 inline std::int32_t longOrOverflow(std::int64_t value) {
     if (const auto result = toLong(value)) return *result;
-    throw std::overflow_error("overflow");
+    throw std::overflow_error("a number that 32 bits do not hold");
 }
 
 // Length in bytes of a row of `Width` pixels at `bitDepth` bits padded to a multiple of four bytes (the name says word,

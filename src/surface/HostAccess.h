@@ -17,6 +17,14 @@ struct HostAccess {
     // The pixels of the host; an empty view when it holds no image.
     static PixelView pixels(cPixSheet& host) noexcept { return view(host); }
     static ConstPixelView pixels(const cPixSheet& host) noexcept { return view(host); }
+    // How the last call of the host ended (LastErrorText); `attempt` keeps it (surface/attempt.h).
+    static const Outcome& outcome(const cPixSheet& host) noexcept { return host.m_outcome; }
+    static bool outcome(const cPixSheet& host, Outcome&& value) noexcept {
+        host.m_outcome = std::move(value);
+        return static_cast<bool>(host.m_outcome);
+    }
+    // As the member, but of no effect on LastErrorText: for hosts that are drawn on by others.
+    static std::intptr_t LoadDIBinDC(cPixSheet& host, bool bLoad) noexcept { return host.pvLoadDIBinDC(bLoad); }
     // For tests of what is drawn how on systems that are not at hand; being inline, it is in no program that does not
     // ask.
     static void osCAP(cPixSheet& host, std::uint32_t flags) noexcept { host.m_osCAP = flags; }

@@ -1,11 +1,9 @@
 // Single pixels, alpha masks and blocks of pixels in a caller's layout.
-#include "diagnostics/guard.h"
 #include "kernels/kernels.h"
 #include "shared/AlphaChannel.h"
 #include "shared/Colors.h"
 #include "shared/checked.h"
-#include "surface/HostAccess.h"
-#include "surface/cPixSheet.h"
+#include "surface/attempt.h"
 #include <array>
 #include <cstring>
 #include <vector>
@@ -79,12 +77,20 @@ void copyPixelsIn(std::uint8_t* pixels, const std::uint8_t* in, std::size_t coun
     }
 }
 
+constexpr Reason outside = "the pixel lies outside of the image";
+constexpr Reason noSuchAlpha = "an alpha value is from 0 to 255";
+constexpr Reason nothingLeft = "nothing of the rectangle lies within the image";
+
 } // namespace
 
 std::int32_t cPixSheet::GetPixel(std::int32_t x, std::int32_t y, std::int32_t* AlphaValue,
                                  bool asPreMultiplied) const noexcept {
     if (AlphaValue != nullptr) *AlphaValue = 0;
-    if (x < 0 || x >= m_Width || y < 0 || y >= m_Height) return -1;
+    if (x < 0 || x >= m_Width || y < 0 || y >= m_Height) {
+        m_outcome.refuse(m_Handle == 0 ? noImage : outside);
+        return -1;
+    }
+    m_outcome.succeed();
     std::array<std::uint8_t, 4> pixel;
     const auto* const stored =
         HostAccess::pixels(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
@@ -97,7 +103,12 @@ std::int32_t cPixSheet::GetPixel(std::int32_t x, std::int32_t y, std::int32_t* A
 
 std::uint8_t* cPixSheet::SetPixel(std::int32_t x, std::int32_t y, std::int32_t Color, std::int32_t AlphaValue,
                                   bool isPreMultiplied) noexcept {
-    if (AlphaValue < 0 || AlphaValue > 255 || x < 0 || x >= m_Width || y < 0 || y >= m_Height) return nullptr;
+    if (AlphaValue < 0 || AlphaValue > 255 || x < 0 || x >= m_Width || y < 0 || y >= m_Height) {
+        const bool isInside = x >= 0 && x < m_Width && y >= 0 && y < m_Height;
+        m_outcome.refuse(m_Handle == 0 ? noImage : isInside ? noSuchAlpha : outside);
+        return nullptr;
+    }
+    m_outcome.succeed();
     auto* const stored = HostAccess::pixels(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
     const ColorChannels channels = iparseColorChannels(Color);
     // A channel of a premultiplied colour that exceeds alpha is scaled by alpha, not held at it: callers rely on
@@ -118,9 +129,9 @@ bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAl
                              std::int32_t y, std::int32_t Width, std::int32_t Height) const noexcept {
     const Call call(*this, "GetAlphaMask", "outStream, as2dArray, asWordAligned, asBottomUp, x, y, Width, Height",
                     outStream, as2dArray, asWordAligned, asBottomUp, x, y, Width, Height);
-    return guarded(call, false, [&] {
+    return attempt(call, [&] {
         const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
-        if (!part) return false;
+        if (!part) return refused(m_Handle == 0 ? noImage : nothingLeft);
         const std::size_t width = part.width;
         const std::size_t height = part.height;
         const auto rowLength =
@@ -131,7 +142,7 @@ bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAl
             const std::size_t outRow = asBottomUp ? height - 1 - row : row;
             kernels::table().extractAlpha(outStream.data() + outRow * rowLength, part.rowFromTop(row), width);
         }
-        return true;
+        return done();
     });
 }
 
@@ -142,9 +153,9 @@ bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRforma
         *this, "GetDIBbits",
         "outStream, as2dArray, asBGRformat, as32bpp, asWordAligned, asBottomUp, x, y, Width, Height, asPreMultiplied",
         outStream, as2dArray, asBGRformat, as32bpp, asWordAligned, asBottomUp, x, y, Width, Height, asPreMultiplied);
-    return guarded(call, false, [&] {
+    return attempt(call, [&] {
         const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
-        if (!part) return false;
+        if (!part) return refused(m_Handle == 0 ? noImage : nothingLeft);
         const std::size_t width = part.width;
         const std::size_t height = part.height;
         const BlockLayout layout{asBGRformat, as32bpp, asWordAligned, asBottomUp};
@@ -159,7 +170,7 @@ bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRforma
             }
             copyPixelsOut(outStream.data() + layout.rowIndex(row, height) * rowLength, pixels, width, layout);
         }
-        return true;
+        return done();
     });
 }
 
@@ -169,26 +180,28 @@ bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is3
     const Call call(*this, "SetDIBbits",
                     "inStream, isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY, dstWidth, dstHeight",
                     inStream, isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY, dstWidth, dstHeight);
-    return guarded(call, false, [&] {
+    return attempt(call, [&] {
         const PixelView image = HostAccess::pixels(*this);
         const PixelView part = cutPart(image, dstX, dstY, dstWidth, dstHeight);
-        if (!part) return false;
+        if (!part) return refused(m_Handle == 0 ? noImage : nothingLeft);
         const std::size_t width = part.width;
         const std::size_t height = part.height;
         const BlockLayout layout{isBGRformat, is32bpp, isWordAligned, isBottomUp};
         // Two dimensions say themselves where each row begins.
         const std::size_t rowLength = inStream.dimensions() == 2 ? inStream.bound(1).count : layout.rowLength(width);
-        if (!holdsRows(inStream, rowLength, width * layout.pixelBytes(), height)) return false;
+        if (!holdsRows(inStream, rowLength, width * layout.pixelBytes(), height))
+            return refused("the array is too short for the rectangle");
         if (pvOverlapsStore(inStream)) {
-            return SetDIBbits(ByteArray(inStream), isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY,
-                              dstWidth, dstHeight);
+            SetDIBbits(ByteArray(inStream), isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY, dstWidth,
+                       dstHeight);
+            return m_outcome;
         }
         for (std::size_t row = 0; row < height; ++row) {
             copyPixelsIn(part.rowFromTop(row), inStream.data() + layout.rowIndex(row, height) * rowLength, width,
                          layout);
         }
         m_AlphaImage = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
-        return true;
+        return done();
     });
 }
 

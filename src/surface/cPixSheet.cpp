@@ -18,14 +18,24 @@ cPixSheet::~cPixSheet() {
     DestroyDIB();
 }
 
+namespace {
+constexpr Reason sizeOfNothing = "a width or height of 0";
+}
+
 bool cPixSheet::InitializeDIB(std::int32_t Width, std::int32_t Height) noexcept {
+    m_outcome = pvInitializeDIB(Width, Height);
+    return static_cast<bool>(m_outcome);
+}
+
+Outcome cPixSheet::pvInitializeDIB(std::int32_t Width, std::int32_t Height) noexcept {
     DestroyDIB(); // even when the new size turns out to be impossible
-    if (Width < 0 || Height == 0) return false;
+    if (Width < 0) return refused("the width is negative");
+    if (Height == 0) return refused(sizeOfNothing);
     const std::int64_t rows = Height < 0 ? -std::int64_t{Height} : std::int64_t{Height};
     const auto height = toLong(rows);
     const auto pixels = height ? checkedMultiply(Width, *height) : std::nullopt;
     const auto sizeImage = pixels ? checkedMultiply(*pixels, 4) : std::nullopt;
-    if (!sizeImage) return false;
+    if (!sizeImage) return refused("more pixels than an image can hold");
 
     platform::BitmapInfoHeader header;
     header.biWidth = Width;
@@ -36,10 +46,10 @@ bool cPixSheet::InitializeDIB(std::int32_t Width, std::int32_t Height) noexcept 
     void* bits = nullptr;
     const auto handle = platform::CreateDIBSection(screen.get(), header, &bits);
     if (m_ManageDC && m_hDC == 0) m_hDC = platform::CreateCompatibleDC(screen.get());
-    if (handle == 0) return false;
+    if (handle == 0) return refused(Width == 0 ? sizeOfNothing : noMemoryForPixels);
     // The system clears a new section: it is what EraseDIB leaves, without another pass over it.
     pvTakeImage(handle, static_cast<std::uint8_t*>(bits), Width, *height, imgNone, AlphaSimple, {}, {});
-    return true;
+    return done();
 }
 
 void cPixSheet::DestroyDIB() noexcept {
@@ -51,6 +61,7 @@ void cPixSheet::DestroyDIB() noexcept {
     }
     if (m_Handle != 0) platform::DeleteObject(m_Handle);
     pvTakeImage(0, nullptr, 0, 0, imgError, AlphaNone, {}, {});
+    m_outcome.succeed();
 }
 
 void cPixSheet::pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
@@ -67,6 +78,7 @@ void cPixSheet::pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::in
 }
 
 void cPixSheet::EraseDIB() noexcept {
+    m_outcome = doneIf(m_Handle != 0, noImage);
     if (m_Handle == 0) return;
     std::memset(m_Pointer, 0, static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height) * 4);
     m_Format = imgNone;
@@ -74,6 +86,12 @@ void cPixSheet::EraseDIB() noexcept {
 }
 
 std::intptr_t cPixSheet::LoadDIBinDC(bool bLoad) noexcept {
+    const std::intptr_t dc = pvLoadDIBinDC(bLoad);
+    m_outcome = !bLoad || dc != 0 ? done() : refused(m_Handle == 0 ? noImage : noDeviceContext);
+    return dc;
+}
+
+std::intptr_t cPixSheet::pvLoadDIBinDC(bool bLoad) noexcept {
     if (!bLoad) {
         if (m_prevDCobject != 0) {
             platform::SelectObject(m_hDC, m_prevDCobject);
@@ -110,10 +128,10 @@ namespace {
 class Deselection {
   public:
     explicit Deselection(cPixSheet& sheet, bool isSelected) noexcept : m_sheet(isSelected ? &sheet : nullptr) {
-        if (m_sheet != nullptr) m_sheet->LoadDIBinDC(false);
+        if (m_sheet != nullptr) HostAccess::LoadDIBinDC(*m_sheet, false);
     }
     ~Deselection() {
-        if (m_sheet != nullptr) m_sheet->LoadDIBinDC(true);
+        if (m_sheet != nullptr) HostAccess::LoadDIBinDC(*m_sheet, true);
     }
     Deselection(const Deselection&) = delete;
     Deselection& operator=(const Deselection&) = delete;
@@ -125,6 +143,7 @@ class Deselection {
 } // namespace
 
 void cPixSheet::SwapDIBs(cPixSheet* SwapFromDIB) noexcept {
+    m_outcome = doneIf(SwapFromDIB != nullptr, "there is no other object");
     if (SwapFromDIB == nullptr || SwapFromDIB == this) return;
     cPixSheet& other = *SwapFromDIB;
     const Deselection own(*this, m_prevDCobject != 0);

@@ -1,5 +1,6 @@
 // cPixSheet: one image, its pixel store, and everything that can be done to it.
 #pragma once
+#include "diagnostics/Outcome.h"
 #include "shared/ByteArray.h"
 #include "shared/enumerations.h"
 #include "surface/PngProperties.h"
@@ -8,6 +9,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -51,9 +53,9 @@ struct TrimRectangle {
 // premultiplied by alpha (colour <= alpha), rows bottom-up (the first row in memory is the bottom row of the picture),
 // Width * 4 bytes each without padding. Public coordinates count y from the top of the picture.
 //
-// No member raises: what goes wrong inside becomes the stated failure value and the object stays usable. One instance
-// is used by one thread at a time. File names are UTF-8. Colours are COLORREF values: red in bits 0-7, green 8-15, blue
-// 16-23.
+// No member raises: what goes wrong inside becomes the stated failure value, LastErrorText says why, and the object
+// stays usable. One instance is used by one thread at a time. File names are UTF-8. Colours are COLORREF values: red in
+// bits 0-7, green 8-15, blue 16-23.
 //
 // Members are defined in the room of their subject: surface/ (properties, lifecycle, pixels), loading/, saving/,
 // render/ (all that draws or makes other sizes).
@@ -106,6 +108,14 @@ class cPixSheet {
     void Tag(std::any value) noexcept { m_Tag = std::move(value); }
     // Major, minor and revision of the component, such as "3.0.41"; empty when there is no memory for it.
     std::string Version() const noexcept;
+    // Why the last load, save or other call of this instance failed: one sentence without a full stop, such as "the
+    // file does not exist"; empty after success. Properties, read or set, leave it as it is. Valid until the next call.
+    std::string_view LastErrorText() const noexcept { return m_outcome.reason(); }
+    // Whether nobody is there to answer questions or to read messages: questions are then answered No, and nothing is
+    // shown. False at first. Processes without a visible window station are unattended whatever this says, unless a
+    // handler answers in a person's place (platform/interaction.h).
+    bool Unattended() const noexcept { return m_isUnattended; }
+    void Unattended(bool value) noexcept { m_isUnattended = value; }
 
     // --- lifecycle (surface/cPixSheet.cpp)
 
@@ -378,12 +388,15 @@ class cPixSheet {
 
     void pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
                      eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache, CursorHotspot hotspot) noexcept;
+    Outcome pvInitializeDIB(std::int32_t Width, std::int32_t Height) noexcept;
+    std::intptr_t pvLoadDIBinDC(bool bLoad) noexcept;
     bool pvOverlapsStore(const ByteArray& array) const noexcept;
     void pvReplaceImage(cPixSheet& successor, CursorHotspot hotspot) noexcept;
-    void pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight, bool CopyOriginalFormat) const;
+    Outcome pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight,
+                        bool CopyOriginalFormat) const;
     bool pvCanUseAlphaBlend(const DrawJob& job) const noexcept;
-    bool pvAlphaBlend(const DrawJob& job);
-    bool spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
+    Outcome pvAlphaBlend(const DrawJob& job);
+    Outcome spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
 
     std::any m_Tag;
     bool m_StretchQuality = false;
@@ -401,7 +414,9 @@ class cPixSheet {
     eImageFormat m_Format = imgError; // a fresh instance says imgError; only an empty image says imgNone
     AlphaTypeEnum m_AlphaImage = AlphaNone;
     PngProperties m_PNGprops;
-    CursorHotspot m_hotspot; // of an image that was a cursor, which a cursor file gets again
+    CursorHotspot m_hotspot;   // of an image that was a cursor, which a cursor file gets again
+    mutable Outcome m_outcome; // of the last call
+    bool m_isUnattended = false;
 };
 
 } // namespace pixkit

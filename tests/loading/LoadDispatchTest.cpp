@@ -85,7 +85,8 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
         {FileFormat::gif, "gif/bad-width-0.gif", "no pixels, or more than a store holds"},
         {FileFormat::gif, "gif/table-local.gif", "the loader of the system refuses the frame",
          platform::SeamCall::oleLoadPicture},
-        {FileFormat::gif, "gif/transparent-1.gif", "a run-time error", platform::SeamCall::getDIBits},
+        {FileFormat::gif, "gif/transparent-1.gif", "the picture's pixels cannot be read",
+         platform::SeamCall::getDIBits},
         {FileFormat::ico, "ico/bad-kind.ico", "no header of an icon file"},
         {FileFormat::ico, "ico/bad-depth-23.ico", "no image in the directory can be read"},
         {FileFormat::ico, "ico/damaged-png-4-times.ico", "the nearest images cannot be read"},
@@ -107,13 +108,13 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
         const auto format = std::ranges::find(formats(), row.reader, &Format::id);
         std::optional<platform::ScopedFault> fault;
         if (row.failing) fault.emplace(*row.failing);
-        EXPECT_EQ(format->read(request, sheet).reason, row.reason) << row.name;
+        EXPECT_EQ(format->read(request, sheet).why.reason(), row.reason) << row.name;
     }
-    EXPECT_EQ(cTGAparser().LoadStream(Bytes(18), sheet, 0).reason, "too short for a header");
-    EXPECT_EQ(LoadSystemPicture(Bytes(50, 0xF0), sheet).reason, "the loader of the system refuses it");
+    EXPECT_EQ(cTGAparser().LoadStream(Bytes(18), sheet, 0).why.reason(), "too short for a header");
+    EXPECT_EQ(LoadSystemPicture(Bytes(50, 0xF0), sheet).why.reason(), "the loader of the system refuses it");
     const platform::ScopedFault noObject(platform::SeamCall::getObject);
-    EXPECT_EQ(LoadSystemPicture(picture("gif/table-local.gif"), sheet).reason,
-              "the loader's picture cannot be taken over");
+    EXPECT_EQ(LoadSystemPicture(picture("gif/table-local.gif"), sheet).why.reason(),
+              "the pixels of the bitmap cannot be read");
 }
 
 TEST_F(LoadDispatch, APictureAroundTheImageItselfIsFreedBeforeItIsRead) {

@@ -107,8 +107,9 @@ class In {
 Value valueOf(bool value) {
     return value;
 }
-Value valueOf(const std::string& text) {
-    return text;
+template <class Text>
+requires std::is_convertible_v<const Text&, std::string_view> Value valueOf(const Text& text) {
+    return std::string(text);
 }
 Value valueOf(const std::uint8_t* address) {
     return reinterpret_cast<std::int64_t>(address);
@@ -160,7 +161,7 @@ Member member(Call call) {
 #define PIXKIT_MEMBERS(X) \
     X(Alpha) X(BitsPointer) X(Handle) X(Width) X(Height) X(scanWidth) X(ImageType) X(HighQualityInterpolation) \
     X(ManageOwnDC) X(isAlphaBlendFriendly) X(isGDIplusEnabled) X(isZlibEnabled) X(gdiToken) X(KeepGDIplusActive) \
-    X(Version) X(InitializeDIB) X(DestroyDIB) X(EraseDIB) X(LoadDIBinDC) X(SwapDIBs) \
+    X(Version) X(LastErrorText) X(Unattended) X(InitializeDIB) X(DestroyDIB) X(EraseDIB) X(LoadDIBinDC) X(SwapDIBs) \
     X(GetPixel) X(SetPixel) X(GetAlphaMask) X(GetDIBbits) X(SetDIBbits) \
     X(LoadPicture_File) X(LoadPicture_Stream) X(LoadPicture_ByHandle) X(LoadPicture_FromOrignalFormat) \
     X(GetOrginalFormat) X(SourceIconSizes) \

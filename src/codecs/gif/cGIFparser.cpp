@@ -15,7 +15,7 @@ ReadResult cGIFparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSh
     try {
         return ParseGIF(cHost);
     } catch (const std::exception& error) {
-        return {ReadOutcome::damaged, "a run-time error", error.what()};
+        return ReadResult::failed(error, ReadOutcome::damaged);
     }
 }
 

@@ -50,19 +50,20 @@ std::vector<std::uint8_t> maskBytes(const BitmapPixels& mask, std::size_t width,
 
 } // namespace
 
-bool cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host) {
+Outcome cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host) {
     Host.DestroyDIB();
     platform::IconInfo info;
-    if (!platform::GetIconInfo(hIcon, info)) return false;
+    if (!platform::GetIconInfo(hIcon, info)) return refused("neither an icon nor a cursor nor a bitmap");
     const UniqueBitmap maskBitmap(info.hbmMask);
     const UniqueBitmap colorBitmap(info.hbmColor);
     const BitmapPixels mask = pixelsOf(maskBitmap.get());
     const bool isMonochrome = !colorBitmap;
     const BitmapPixels color = isMonochrome ? mask : pixelsOf(colorBitmap.get());
     const std::size_t height = isMonochrome ? color.height / 2 : color.height;
-    if (mask.bytes.empty()) return false; // without it, what it hides would be seen
-    if (height == 0 || !Host.InitializeDIB(static_cast<std::int32_t>(color.width), static_cast<std::int32_t>(height)))
-        return false;
+    if (mask.bytes.empty() || height == 0) // without the mask, what it hides would be seen
+        return refused("the bitmaps of the icon cannot be read");
+    if (!Host.InitializeDIB(static_cast<std::int32_t>(color.width), static_cast<std::int32_t>(height)))
+        return HostAccess::outcome(Host);
     const PixelView pixels = HostAccess::pixels(Host);
     // In a monochrome icon the lower half, whose rows come first, is what the colours are elsewhere.
     std::copy_n(color.bytes.begin(), pixels.stride * height, pixels.bits);
@@ -71,7 +72,7 @@ bool cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host) {
         completeIconByMask(Host, maskBytes(mask, color.width, height, isMonochrome ? height : 0), isCursor);
     if (isCursor)
         HostAccess::hotspot(Host, {static_cast<std::int32_t>(info.xHotspot), static_cast<std::int32_t>(info.yHotspot)});
-    return true;
+    return done();
 }
 
 } // namespace pixkit

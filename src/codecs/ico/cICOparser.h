@@ -37,8 +37,9 @@ class cICOparser {
     bool isPNG(std::int32_t Index) const { return entry(Index).isPNG; }
 
     // Reads an icon or cursor of the system's, which stays as it is: with colours, alpha in them, or monochrome. Alpha,
-    // ImageType and hotspot as from a file. False, and an empty host, for a handle that is none, or without memory.
-    static bool ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host);
+    // ImageType and hotspot as from a file. Refuses, and empties the host, for a handle that is none, or without
+    // memory.
+    static Outcome ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host);
 
     // An icon or cursor file with an image of each of the sizes, made of the source of exactly that size, else of the
     // next larger, else of the largest (IcoScale.h, IcoImage.h); of cursors with hotspots in scale. Nothing when there

@@ -58,7 +58,7 @@ ReadResult cPNGparser::loadInto(cPixSheet& host, Body&& load) {
         return load();
     } catch (const std::exception& error) {
         reportError(Call(*this, "cPNGparser", "pngStream", m_pngStream), error.what());
-        return {ReadOutcome::failed, "a run-time error", error.what()};
+        return ReadResult::failed(error);
     }
 }
 
@@ -85,13 +85,13 @@ ReadResult cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningE
 }
 
 // Always false.
-bool cPNGparser::refuse(std::string_view reason) noexcept {
+bool cPNGparser::refuse(Reason reason) noexcept {
     m_reason = reason;
     return false;
 }
 
 // Always an error.
-cPNGparser::ChunkResult cPNGparser::refuseChunk(std::string_view reason) noexcept {
+cPNGparser::ChunkResult cPNGparser::refuseChunk(Reason reason) noexcept {
     m_reason = reason;
     return ChunkResult::error;
 }

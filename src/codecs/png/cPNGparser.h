@@ -50,8 +50,8 @@ class cPNGparser {
     static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
     ReadResult LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
     bool walkChunks(RunningEnd base);
-    bool refuse(std::string_view reason) noexcept;
-    ChunkResult refuseChunk(std::string_view reason) noexcept;
+    bool refuse(Reason reason) noexcept;
+    ChunkResult refuseChunk(Reason reason) noexcept;
     ChunkResult zHandleChunk(const Chunk& chunk);
     ChunkResult zChunk_IHDR(const Chunk& chunk);
     ChunkResult zChunk_PLTE(const Chunk& chunk);
@@ -83,7 +83,7 @@ class cPNGparser {
     void ConvertPNGtoBMP_Palettes(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
 
     cPixSheet* cHost = nullptr; // only for the length of a load
-    std::string_view m_reason;  // why the load ends without a picture
+    Reason m_reason;            // why the load ends without a picture
     std::int32_t m_Width = 0;
     std::int32_t m_Height = 0;
     std::uint8_t m_BitDepth = 0;

@@ -53,7 +53,7 @@ ReadResult cTGAparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSh
 }
 
 // Always false.
-bool cTGAparser::refuse(std::string_view reason) noexcept {
+bool cTGAparser::refuse(Reason reason) noexcept {
     m_reason = reason;
     return false;
 }

@@ -45,7 +45,7 @@ class cTGAparser {
     using Lookup = std::array<std::uint8_t, 256 * 4>;
 
     bool isTGA() noexcept;
-    bool refuse(std::string_view reason) noexcept;
+    bool refuse(Reason reason) noexcept;
     bool AllowAlphaChannel() const noexcept;
     ReadResult ProcessTrueColor(cPixSheet& cHost);
     ReadResult ProcessColorMap(cPixSheet& cHost);
@@ -58,7 +58,7 @@ class cTGAparser {
     std::span<const std::uint8_t> m_stream; // the TGA's own bytes
     std::size_t m_streamOffset = 0;         // where they begin in the caller's array
     Header m_header{};
-    std::string_view m_reason; // why the data is no TGA
+    Reason m_reason; // why the data is no TGA
     std::size_t m_mapBytes = 0;
     std::span<const std::uint8_t> m_pixelData; // all that follows the colour map
 };

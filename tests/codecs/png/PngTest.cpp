@@ -69,7 +69,7 @@ TEST_F(Png, CrcsAreHeldAgainstTheWrongChunksOrWithoutZlib) {
         }
         if (zlibIsHere && !row.whenWrong) {
             cPixSheet sheet;
-            EXPECT_EQ(cPNGparser().LoadStream(wrong, sheet).reason,
+            EXPECT_EQ(cPNGparser().LoadStream(wrong, sheet).why.reason(),
                       row.chunk + std::string(": the CRC does not match"));
         }
         wrong.resize(crc + 3); // a cut CRC is not there, so it is not checked
