@@ -3,7 +3,7 @@
 #include "com/Dispatch.h"
 #include "com/IconArguments.h"
 #include "com/Resources.h"
-#include "com/version_record.h"
+#include "platform/win32/system/version_record.h"
 #include <new>
 #include <optional>
 #include <string>
@@ -25,6 +25,13 @@ IID privateInterface() noexcept {
 constexpr IconEntrySize noSize = {-1, -1};
 
 constexpr LONG beingDestroyed = 1L << 30;
+
+// As the DLL's version record says; its third number is not used here. Empty without one.
+std::string ownVersion() {
+    const auto record = platform::versionRecord(moduleInstance());
+    if (!record) return {};
+    return std::to_string((*record)[0]) + "." + std::to_string((*record)[1]) + "." + std::to_string((*record)[3]);
+}
 
 } // namespace
 
@@ -226,7 +233,7 @@ std::optional<PngValue> PixSheetObject::pngValueOf(const VARIANT& value) {
 HRESULT PixSheetObject::get_Version(BSTR* result) {
     if (result == nullptr) return E_POINTER;
     *result = nullptr;
-    return run([&] { *result = toBstr(versionText(moduleInstance())); });
+    return run([&] { *result = toBstr(ownVersion()); });
 }
 
 HRESULT PixSheetObject::get_LastErrorText(BSTR* result) {

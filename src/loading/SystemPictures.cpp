@@ -34,6 +34,7 @@ bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
         if (Handle != 0 && platform::isSameObject(Handle, m_Handle)) { // the load frees the image before it reads
             LoadDIBinDC(false);
             cPixSheet other;
+            other.m_isUnattended = m_isUnattended;
             other.LoadPicture_ByHandle(Handle);
             SwapDIBs(&other);
             return other.m_outcome;

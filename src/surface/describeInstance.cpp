@@ -20,6 +20,7 @@ void describeInstance(const cPixSheet& sheet, ErrorReport& report) {
     add("HighQualityInterpolation", sheet.m_StretchQuality);
     add("KeepGDIplusActive", sheet.m_KeepGDIplusActive);
     add("gdiToken", sheet.m_GDItoken);
+    report.isUnattended = sheet.m_isUnattended;
 }
 
 } // namespace pixkit

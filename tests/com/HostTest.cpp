@@ -1,42 +1,13 @@
 // The DLL within its surroundings: what it imports, the zlib beside it, resources of the program around it.
+#include "ImageFile.h"
 #include "Pictures.h"
 #include "Server.h"
 #include "support/SourceFolder.h"
 #include <algorithm>
-#include <cstring>
 #include <olectl.h>
 #include <set>
 
 namespace pixkit::test {
-
-class ImageFile {
-  public:
-    explicit ImageFile(HMODULE module)
-        : m_base(reinterpret_cast<std::uint8_t*>(module)),
-          m_headers(
-              *reinterpret_cast<IMAGE_NT_HEADERS*>(m_base + reinterpret_cast<IMAGE_DOS_HEADER*>(m_base)->e_lfanew)) {}
-
-    const IMAGE_NT_HEADERS& headers() const { return m_headers; }
-    template <class Use>
-    void eachImport(Use use) const {
-        const auto& directory = m_headers.OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-        auto* import = reinterpret_cast<IMAGE_IMPORT_DESCRIPTOR*>(m_base + directory.VirtualAddress);
-        for (; import->Name != 0; ++import) {
-            auto* names = reinterpret_cast<IMAGE_THUNK_DATA*>(m_base + import->OriginalFirstThunk);
-            auto* places = reinterpret_cast<IMAGE_THUNK_DATA*>(m_base + import->FirstThunk);
-            for (; names->u1.AddressOfData != 0; ++names, ++places) {
-                const bool byNumber = IMAGE_SNAP_BY_ORDINAL(names->u1.Ordinal);
-                const char* function =
-                    byNumber ? "" : reinterpret_cast<IMAGE_IMPORT_BY_NAME*>(m_base + names->u1.AddressOfData)->Name;
-                use(reinterpret_cast<const char*>(m_base + import->Name), function, *places);
-            }
-        }
-    }
-
-  private:
-    std::uint8_t* m_base;
-    const IMAGE_NT_HEADERS& m_headers;
-};
 
 std::string lowerCase(std::string name) {
     std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
@@ -117,18 +88,9 @@ HMODULE WINAPI noLibraryW(const wchar_t* /*name*/) {
 
 TEST(Surroundings, WithoutAnyZlibPicturesStillLoad) {
     const Server server;
-    int replaced = 0;
-    ImageFile(server.module()).eachImport([&](const char*, const char* function, IMAGE_THUNK_DATA& place) {
-        void* address = nullptr;
-        if (std::strcmp(function, "LoadLibraryA") == 0) address = reinterpret_cast<void*>(&noLibraryA);
-        if (std::strcmp(function, "LoadLibraryW") == 0) address = reinterpret_cast<void*>(&noLibraryW);
-        if (address == nullptr) return;
-        DWORD protection = 0;
-        ::VirtualProtect(&place, sizeof place, PAGE_READWRITE, &protection);
-        std::memcpy(&place, &address, sizeof address);
-        ++replaced;
-    });
-    ASSERT_EQ(replaced, 2);
+    const ImageFile image(server.module());
+    ASSERT_EQ(image.replaceImport("LoadLibraryA", reinterpret_cast<void*>(&noLibraryA)), 1);
+    ASSERT_EQ(image.replaceImport("LoadLibraryW", reinterpret_cast<void*>(&noLibraryW)), 1);
     ComPtr<_cPixSheet> sheet;
     *sheet.put() = server.create();
     EXPECT_FALSE(isTrue(sheet.get(), L"isZlibEnabled"));

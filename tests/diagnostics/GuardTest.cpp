@@ -1,4 +1,5 @@
 #include "diagnostics/guard.h"
+#include "diagnostics/ReportText.h"
 #include "shared/resources.h"
 #include "support/AllocationFault.h"
 #include "support/Pictures.h"
@@ -18,10 +19,12 @@ std::string inOneLine(const std::vector<ErrorReport::Parameter>& values) {
 }
 
 struct Counter {
+    static constexpr int unattended = -1;
     int total = 0;
 };
 void describeInstance(const Counter& counter, ErrorReport& report) {
     report.variables.push_back({"total", inWords(counter.total)});
+    report.isUnattended = counter.total == Counter::unattended;
 }
 
 TEST(Guard, AFailureIsReportedFalselyOrNotHeldBack) {
@@ -53,6 +56,63 @@ TEST(Guard, AFailureIsReportedFalselyOrNotHeldBack) {
     EXPECT_EQ(inOneLine(heard[1].parameters),
               "Width = 2147483648; Scale = -1.500000; On = True; File = \"a \"name\"\"; Long = \"" +
                   longName.substr(0, 80) + "\"...; Host = Nothing; Data = 3 elements; ");
+}
+
+TEST(Guard, AReportIsWordedAnotherWay) {
+    ErrorReport report;
+    report.procedure = "Resize";
+    report.description = "std::bad_alloc";
+    report.module = "render/Resize.cpp";
+    report.line = 42;
+    report.variables = {{"Width", "3"}, {"Alpha", "0"}};
+    report.versions = {{"pixkit", "3.0.41 (32 bits)"}, {"Windows", "10.0.19045"}};
+    EXPECT_EQ(reportText(report), R"(Error: std::bad_alloc
+Module: render/Resize.cpp
+Procedure: Resize
+Line: 42
+
+Parameters: none
+
+Variables:
+  Width = 3
+  Alpha = 0
+
+Versions:
+  pixkit 3.0.41 (32 bits)
+  Windows 10.0.19045
+)");
+    EXPECT_EQ(textInWords("two\nlines"), "\"two lines\"");
+    EXPECT_EQ(textInWords(std::string(79, 'x') + "\xC3\xA4"), '"' + std::string(79, 'x') + "\"...")
+        << "half a character";
+}
+
+TEST(Guard, AReportIsShownTwiceOrInsideOfAnotherOrToNobody) {
+    Counter counter;
+    const auto fail = [&](const char* what, int line) {
+        guarded(Call(counter, Procedure("Show", "here.cpp", static_cast<std::uint32_t>(line))), 0,
+                [&]() -> int { throw std::runtime_error(what); });
+    };
+    std::vector<std::string> heard, shown;
+    setErrorReportHandler([&](const ErrorReport& report) { heard.push_back(report.text); });
+    setErrorReportPresenter([&](const ErrorReport& report) {
+        shown.push_back(report.description);
+        if (report.description == "shows an error itself") fail("while another is shown", 1);
+        if (report.description == "throws") throw std::runtime_error("the presenter fails");
+        return report.description != "is not shown";
+    });
+    for (const char* const what : {"first", "first", "throws", "throws", "is not shown", "is not shown",
+                                   "shows an error itself", "while another is shown"})
+        fail(what, 1);
+    fail("first", 2);
+    counter.total = Counter::unattended;
+    fail("unattended", 1);
+    setErrorReportPresenter({});
+    fail("shown to nobody", 1);
+    setErrorReportHandler({});
+    EXPECT_EQ(shown, (std::vector<std::string>{"first", "throws", "throws", "is not shown", "is not shown",
+                                               "shows an error itself", "while another is shown", "first"}));
+    EXPECT_EQ(heard.size(), 12U);
+    EXPECT_NE(heard[0].find("Error: first\nModule: here.cpp\nProcedure: Show\n"), std::string::npos) << heard[0];
 }
 
 TEST(Guard, AMemberThatRunsOutOfMemoryDoesNotSayWhatItWasCalledWith) {

@@ -6,14 +6,6 @@
 
 namespace pixkit::platform {
 
-namespace {
-// A message that is not UTF-8 is still shown, byte for byte.
-std::wstring shownText(const std::string& text) {
-    std::wstring wide;
-    return toUtf16(text, wide) ? wide : std::wstring(text.begin(), text.end());
-}
-} // namespace
-
 int systemMessageBox(const std::string& text, const std::string& caption, std::uint32_t style) {
     if (!isWindowStationVisible()) return cautiousAnswer(style); // nobody could ever close the box
     // Without an owner, which callers do not name, only this keeps the host's windows from being used meanwhile.

@@ -21,6 +21,11 @@ bool toUtf16(const std::string& utf8, std::wstring& result) {
     return MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(), bytes, result.data(), units) == units;
 }
 
+std::wstring shownText(const std::string& text) {
+    std::wstring wide;
+    return toUtf16(text, wide) ? wide : std::wstring(text.begin(), text.end());
+}
+
 std::string toUtf8(std::wstring_view wide) {
     const int units = static_cast<int>(std::min(wide.size(), longestText));
     const int bytes = WideCharToMultiByte(CP_UTF8, 0, wide.data(), units, nullptr, 0, nullptr, nullptr);

@@ -8,6 +8,8 @@ namespace pixkit::platform {
 // Both may throw std::bad_alloc. False for text that is not UTF-8, and for a NUL inside, which would silently shorten
 // it.
 bool toUtf16(const std::string& utf8, std::wstring& result);
+// Text for people to read: what is not UTF-8 is shown byte for byte. May throw std::bad_alloc.
+std::wstring shownText(const std::string& text);
 // What is not UTF-16 comes out as U+FFFD. May throw std::bad_alloc.
 std::string toUtf8(std::wstring_view wide);
 

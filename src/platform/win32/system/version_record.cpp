@@ -1,7 +1,7 @@
-#include "com/version_record.h"
+#include "platform/win32/system/version_record.h"
 #include <cstring>
 
-namespace pixkit::com {
+namespace pixkit::platform {
 
 namespace {
 // VS_VERSIONINFO: three words, the key L"VS_VERSION_INFO", padding to four bytes, then the fixed part.
@@ -9,7 +9,7 @@ constexpr std::size_t fixedPart = 40;
 constexpr DWORD fixedSignature = 0xFEEF04BD;
 } // namespace
 
-std::string versionText(HMODULE module) {
+std::optional<std::array<DWORD, 4>> versionRecord(HMODULE module) noexcept {
     const HRSRC resource = ::FindResourceW(module, MAKEINTRESOURCEW(VS_VERSION_INFO), MAKEINTRESOURCEW(16));
     const HGLOBAL loaded = resource != nullptr ? ::LoadResource(module, resource) : nullptr;
     const auto* const record = loaded != nullptr ? static_cast<const char*>(::LockResource(loaded)) : nullptr;
@@ -17,9 +17,8 @@ std::string versionText(HMODULE module) {
     if (record == nullptr || ::SizeofResource(module, resource) < fixedPart + sizeof info) return {};
     std::memcpy(&info, record + fixedPart, sizeof info);
     if (info.dwSignature != fixedSignature) return {};
-    // Four numbers: major, minor, build (not used here) and revision.
-    return std::to_string(HIWORD(info.dwFileVersionMS)) + "." + std::to_string(LOWORD(info.dwFileVersionMS)) + "." +
-           std::to_string(LOWORD(info.dwFileVersionLS));
+    return std::array<DWORD, 4>{HIWORD(info.dwFileVersionMS), LOWORD(info.dwFileVersionMS),
+                                HIWORD(info.dwFileVersionLS), LOWORD(info.dwFileVersionLS)};
 }
 
-} // namespace pixkit::com
+} // namespace pixkit::platform
