@@ -3,6 +3,7 @@
 #include "com/Registration.h"
 #include "com/TypeInformation.h"
 #include "com/module.h"
+#include "diagnostics/ErrorReport.h"
 #include "pixkit_com.h"
 #include <olectl.h>
 
@@ -18,6 +19,14 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID interfaceId, void** object) {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     if (classId != CLSID_cPixSheet) return CLASS_E_CLASSNOTAVAILABLE;
+    try { // here and not in DllMain: it takes memory
+        pixkit::setErrorReportPresenter([](const pixkit::ErrorReport& report) {
+            const pixkit::com::ModuleReference stays; // a host may release its objects while it reads
+            return pixkit::showErrorReport(report);
+        });
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
     return pixkit::com::createClassFactory(interfaceId, object);
 }
 

@@ -2,6 +2,7 @@
 #include "platform/interaction.h"
 #include "platform/reporting.h"
 #include "platform/win32/system/DialogTemplate.h"
+#include "platform/win32/system/OpenBox.h"
 #include "platform/win32/system/ThreadWindows.h"
 #include "platform/win32/system/names.h"
 #include <array>
@@ -188,7 +189,8 @@ bool isUnderLoaderLock() noexcept {
 } // namespace
 
 bool showErrorDialog(const std::string& message, const std::string& title, const std::string& text) noexcept {
-    if (isUnderLoaderLock() || !isWindowStationVisible()) return false;
+    if (isUnderLoaderLock() || !isWindowStationVisible() || OpenBox::isAny()) return false;
+    const OpenBox open;
     try {
         return ErrorDialog(message, title, text).show();
     } catch (const std::bad_alloc&) {

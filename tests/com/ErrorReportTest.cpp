@@ -1,0 +1,183 @@
+// The dialog that tells a person of an unexpected error, shown by the DLL and read by another thread.
+#include "ImageFile.h"
+#include "Server.h"
+#include <atomic>
+#include <functional>
+#include <thread>
+
+namespace pixkit::test {
+namespace {
+
+// The DLL's memory ends at blocks of this size.
+constexpr std::size_t tooMuch = 50'000;
+void* allocateLittle(std::size_t bytes) {
+    return bytes < tooMuch ? std::malloc(bytes) : nullptr;
+}
+
+std::wstring textOf(HWND window) {
+    std::wstring text(20'000, L'\0');
+    text.resize(static_cast<std::size_t>(
+        ::SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
+    return text;
+}
+
+// Other processes may show theirs on the same desktop.
+HWND findDialog() {
+    HWND found = nullptr;
+    while ((found = ::FindWindowExW(nullptr, found, L"#32770", L"Application Error")) != nullptr) {
+        DWORD process = 0;
+        ::GetWindowThreadProcessId(found, &process);
+        if (process == ::GetCurrentProcessId()) break;
+    }
+    return found;
+}
+
+constexpr int sentenceId = 101, reportId = 102, copyId = 103;
+
+// Reads and closes each dialog that comes up in its time.
+class Person {
+  public:
+    explicit Person(std::function<void(HWND)> look = [](HWND) {})
+        : m_look(std::move(look)), m_thread([this] {
+              for (; !m_isGone; ::Sleep(5)) {
+                  const HWND dialog = findDialog();
+                  // It is there before it is filled.
+                  if (dialog == nullptr || textOf(::GetDlgItem(dialog, reportId)).empty()) continue;
+                  ++dialogs;
+                  sentence = textOf(::GetDlgItem(dialog, sentenceId));
+                  report = textOf(::GetDlgItem(dialog, reportId));
+                  m_look(dialog);
+                  ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
+                  while (::IsWindow(dialog) != FALSE)
+                      ::Sleep(5);
+              }
+          }) {}
+    ~Person() { leave(); }
+    Person(const Person&) = delete;
+    Person& operator=(const Person&) = delete;
+
+    void leave() {
+        m_isGone = true;
+        if (m_thread.joinable()) m_thread.join();
+    }
+
+    int dialogs = 0;
+    std::wstring sentence, report;
+
+  private:
+    std::function<void(HWND)> m_look;
+    std::atomic<bool> m_isGone = false;
+    std::thread m_thread;
+};
+
+std::wstring clipboardText() {
+    std::wstring text;
+    if (::OpenClipboard(nullptr) == FALSE) return text;
+    if (const auto* const held = static_cast<const wchar_t*>(::GlobalLock(::GetClipboardData(CF_UNICODETEXT))))
+        text = held;
+    ::CloseClipboard();
+    return text;
+}
+
+constexpr UINT failAnotherWay = WM_APP;
+
+// A host with two windows, and an image too large for the DLL's memory.
+class ErrorReports : public ComTest {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(sheet);
+        ASSERT_EQ(ImageFile(server.module()).replaceImport("malloc", reinterpret_cast<void*>(&allocateLittle)), 1);
+        ASSERT_TRUE(makeImage(200, 150));
+        WNDCLASSW description{};
+        description.lpszClassName = L"pixkit error report test";
+        description.lpfnWndProc = &procedure;
+        ::RegisterClassW(&description);
+        for (HWND& window : windows)
+            window = ::CreateWindowW(description.lpszClassName, L"host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200,
+                                     100, nullptr, nullptr, nullptr, nullptr);
+        ::SetWindowLongPtrW(windows[0], GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        ::SetActiveWindow(windows[0]);
+    }
+    void TearDown() override {
+        for (const HWND window : windows)
+            ::DestroyWindow(window);
+    }
+
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wide, LPARAM parameter) {
+        auto* const self = reinterpret_cast<ErrorReports*>(::GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (message != failAnotherWay) return ::DefWindowProcW(window, message, wide, parameter);
+        self->save();
+        return 0;
+    }
+
+    bool mirror() { return isTrue(sheet.get(), L"MirrorImage", {number(-1, VT_BOOL), number(0, VT_BOOL)}); }
+    bool save() {
+        SAFEARRAY* bytes = nullptr;
+        VARIANT_BOOL saved = VARIANT_FALSE;
+        EXPECT_EQ(sheet->SaveToStream_Bitmap(&bytes, VARIANT_FALSE, 0, &saved), S_OK);
+        return saved != VARIANT_FALSE;
+    }
+    int enabledWindows() const {
+        return (::IsWindowEnabled(windows[0]) != FALSE ? 1 : 0) + (::IsWindowEnabled(windows[1]) != FALSE ? 1 : 0);
+    }
+
+    HWND windows[2] = {};
+};
+
+TEST_F(ErrorReports, DoNotSayWhatFailedOrAreShownAgainOrInsideOfEachOther) {
+    int enabled = -1;
+    std::wstring copied;
+    Person person([&](HWND dialog) {
+        enabled = enabledWindows();
+        ::SendMessageW(dialog, WM_COMMAND, copyId, 0);
+        copied = clipboardText();
+        ::SendMessageW(windows[0], failAnotherWay, 0, 0);
+    });
+    EXPECT_FALSE(mirror());
+    EXPECT_EQ(enabledWindows(), 2);
+    EXPECT_FALSE(mirror());
+    person.leave();
+    EXPECT_EQ(person.dialogs, 1);
+    EXPECT_EQ(enabled, 0);
+    EXPECT_EQ(person.sentence, L"pixkit has encountered a problem. We are sorry for the inconvenience.");
+    for (const wchar_t* const part :
+         {L"Error: std::bad_alloc\r\nModule: render/Effects.cpp\r\nProcedure: MirrorImage\r\nLine: ",
+          L"Parameters:\r\n  MirrorAxisX = True\r\n  MirrorAxisY = False\r\n", L"  Width = 200\r\n  Height = 150\r\n",
+          L"Versions:\r\n  pixkit 3.0.41 (", L"  Windows "})
+        EXPECT_NE(person.report.find(part), std::wstring::npos)
+            << std::filesystem::path(part) << " is not in " << std::filesystem::path(person.report);
+    EXPECT_EQ(copied, person.report);
+
+    Person another; // the error that came meanwhile was not shown, and now is
+    EXPECT_FALSE(save());
+    another.leave();
+    EXPECT_EQ(another.dialogs, 1);
+}
+
+TEST_F(ErrorReports, AreNotShownWhereNobodyReadsThemOrUnderTheLoadersLock) {
+    Person person;
+    const HWINSTA visible = ::GetProcessWindowStation();
+    const HWINSTA service = ::CreateWindowStationW(L"Service-0x0-test", 0, GENERIC_ALL, nullptr);
+    ASSERT_NE(::SetProcessWindowStation(service), FALSE);
+    EXPECT_FALSE(mirror());
+    ::SetProcessWindowStation(visible);
+    ::CloseWindowStation(service);
+
+    const HMODULE system = ::GetModuleHandleW(L"ntdll.dll");
+    const auto function = [&](const char* name) { return reinterpret_cast<void*>(::GetProcAddress(system, name)); };
+    ULONG_PTR cookie = 0;
+    reinterpret_cast<LONG(WINAPI*)(ULONG, ULONG*, ULONG_PTR*)>(function("LdrLockLoaderLock"))(0, nullptr, &cookie);
+    EXPECT_FALSE(mirror());
+    reinterpret_cast<LONG(WINAPI*)(ULONG, ULONG_PTR)>(function("LdrUnlockLoaderLock"))(0, cookie);
+    sheet->put_Unattended(VARIANT_TRUE);
+    EXPECT_FALSE(mirror());
+    sheet->put_Unattended(VARIANT_FALSE);
+    EXPECT_EQ(person.dialogs, 0);
+
+    EXPECT_FALSE(mirror()); // what was not shown is still to be shown
+    person.leave();
+    EXPECT_EQ(person.dialogs, 1);
+}
+
+} // namespace
+} // namespace pixkit::test
