@@ -1,12 +1,13 @@
 // What the writers of all formats are given, and what they give. A writer is a function from a picture and its options
 // to the bytes of a file; where those go is not its affair.
 #pragma once
+#include "diagnostics/Outcome.h"
 #include "shared/PixelView.h"
 #include "surface/cPixSheet.h"
 #include <cstddef>
 #include <cstdint>
-#include <optional>
 #include <span>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -75,7 +76,21 @@ class FileParts {
     std::vector<std::span<const std::uint8_t>> m_pieces;
 };
 
-// What a writer gives; nothing for a picture that the format cannot hold, or where there is none.
-using WrittenFile = std::optional<FileParts>;
+// What a writer gives: a file, or why there is none.
+class WrittenFile {
+  public:
+    WrittenFile(FileParts&& parts) : m_parts(std::move(parts)) {}
+    WrittenFile(Outcome&& refusal) : m_outcome(std::move(refusal)) {}
+
+    const Outcome& outcome() const noexcept { return m_outcome; }
+    // Empty where there is no file.
+    FileParts& parts() noexcept { return m_parts; }
+
+  private:
+    Outcome m_outcome;
+    FileParts m_parts;
+};
+
+inline constexpr Reason tooLargeForFormat = "the format holds no more than 65,535 columns or rows";
 
 } // namespace pixkit

@@ -10,29 +10,39 @@ namespace {
 
 // Whether the file exists is asked through the desktop's own choice of functions, everything else goes through the
 // system's.
-bool mayBeReplaced(const std::string& name) {
-    return !iparseFileExists(name, false) ||
-           platform::MessageBoxW("Overwrite existing file?", "Overwrite Confirmation",
-                                 platform::messageBoxYesNoQuestionDefaultNo) == platform::answerYes;
+Outcome mayBeReplaced(const FileTarget& target) {
+    if (!target.promptOverwrite || !iparseFileExists(target.name, false)) return done();
+    if (!target.isAttended) return refused("the file exists already, and nobody is there to ask");
+    const int answer = platform::MessageBoxW("Overwrite existing file?", "Overwrite Confirmation",
+                                             platform::messageBoxYesNoQuestionDefaultNo);
+    return doneIf(answer == platform::answerYes, "the file exists already and was kept");
+}
+
+// Why there can be no new file beside the target.
+Reason folderProblem(const FileTarget& target) {
+    const std::string folder = target.name.substr(0, platform::folderLength(target.name));
+    if (!folder.empty() && !iparseIsDirectory(folder, target.useUnicode)) return "the folder does not exist";
+    return "the folder takes no new file";
 }
 
 } // namespace
 
-bool deliverToStream(ByteArray& outStream, WrittenFile&& file) {
-    if (!file) return false;
-    outStream = ByteArray(std::move(*file).join());
-    return true;
+Outcome deliverToStream(ByteArray& outStream, WrittenFile&& file) {
+    if (file.outcome()) outStream = ByteArray(std::move(file.parts()).join());
+    return file.outcome();
 }
 
-bool deliverToFile(const FileTarget& target, const std::function<WrittenFile()>& write) {
-    if (target.name.empty() || (target.promptOverwrite && !mayBeReplaced(target.name)) ||
-        iparseIsDirectory(target.name, target.useUnicode)) {
-        return false;
-    }
+Outcome deliverToFile(const FileTarget& target, const std::function<WrittenFile()>& write) {
+    if (target.name.empty()) return refused("the name of the file is empty");
+    Outcome allowed = mayBeReplaced(target);
+    if (iparseIsDirectory(target.name, target.useUnicode)) return refused("it is a folder");
+    if (!allowed) return allowed;
     NeighbourFile neighbour(target.name, target.useUnicode);
-    if (!neighbour.exists()) return false; // before the work of writing
-    const WrittenFile file = write();
-    return file && neighbour.write(file->pieces()) && neighbour.takeItsPlace();
+    if (!neighbour.exists()) return refused(folderProblem(target)); // before the work of writing
+    WrittenFile file = write();
+    if (!file.outcome()) return file.outcome();
+    if (!neighbour.write(file.parts().pieces())) return refused("not all of the file could be written");
+    return doneIf(neighbour.takeItsPlace(), "the file cannot be replaced");
 }
 
 } // namespace pixkit

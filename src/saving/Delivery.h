@@ -7,18 +7,19 @@
 
 namespace pixkit {
 
-// Into an array, in one dimension from 0. False, and the array as it was, when there is no file.
-bool deliverToStream(ByteArray& outStream, WrittenFile&& file);
+// Into an array, in one dimension from 0. Without a file the array stays as it was.
+Outcome deliverToStream(ByteArray& outStream, WrittenFile&& file);
 
 struct FileTarget {
     const std::string& name;
     bool promptOverwrite; // whether a person is asked first when the name exists
+    bool isAttended;      // whether there is one; else the answer is No
     bool useUnicode;      // whether wide names are used whatever the desktop says
 };
 
 // Into a file: settles whether the name may be written, lets `write` make the bytes, and puts them into a file beside
-// the target, which takes the target's place when it is complete: a full disk costs nobody both. False, and whatever
+// the target, which takes the target's place when it is complete: a full disk costs nobody both. Refuses, and whatever
 // had the name as it was, for no name, a directory, a No, when there is nothing to write, or where the system fails.
-bool deliverToFile(const FileTarget& target, const std::function<WrittenFile()>& write);
+Outcome deliverToFile(const FileTarget& target, const std::function<WrittenFile()>& write);
 
 } // namespace pixkit

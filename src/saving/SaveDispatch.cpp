@@ -1,10 +1,10 @@
 // The members that save: each names a format by its options, and goes one of two ways.
 #include "codecs/Formats.h"
 #include "codecs/ico/cICOparser.h"
-#include "diagnostics/guard.h"
 #include "saving/Delivery.h"
 #include "surface/Capabilities.h"
-#include "surface/HostAccess.h"
+#include "surface/attempt.h"
+#include "surface/attended.h"
 #include <algorithm>
 #include <string_view>
 
@@ -12,8 +12,8 @@ namespace pixkit {
 
 namespace {
 
-bool isNtFamily(const cPixSheet& sheet) noexcept {
-    return (HostAccess::osCAP(sheet) & capNtFamily) != 0;
+FileTarget targetOf(const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite) noexcept {
+    return {FileName, PromptOverWrite, isAttended(sheet), (HostAccess::osCAP(sheet) & capNtFamily) != 0};
 }
 
 // Nobody is asked about a file that will not be written for want of an image. The picture is looked at after the
@@ -21,19 +21,20 @@ bool isNtFamily(const cPixSheet& sheet) noexcept {
 template <class... Parts>
 bool toFile(const Call<Parts...>& call, const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite,
             const WriteOptions& options) noexcept {
-    return guarded(call, false, [&] {
+    return attempt(call, [&] {
+        if (sheet.Handle() == 0) return refused(noImage);
         SourcePicture picture; // outlives what is made of it
-        return sheet.Handle() != 0 && deliverToFile({FileName, PromptOverWrite, isNtFamily(sheet)}, [&] {
-                   picture = SourcePicture(sheet);
-                   return write({&picture, 1}, options);
-               });
+        return deliverToFile(targetOf(sheet, FileName, PromptOverWrite), [&] {
+            picture = SourcePicture(sheet);
+            return write({&picture, 1}, options);
+        });
     });
 }
 
 template <class... Parts>
 bool toStream(const Call<Parts...>& call, const cPixSheet& sheet, ByteArray& outStream,
               const WriteOptions& options) noexcept {
-    return guarded(call, false, [&] {
+    return attempt(call, [&] {
         const SourcePicture picture(sheet);
         return deliverToStream(outStream, write({&picture, 1}, options));
     });
@@ -44,17 +45,18 @@ bool toStream(const Call<Parts...>& call, const cPixSheet& sheet, ByteArray& out
 template <class... Parts, class Deliver>
 std::int32_t saveIcon(const Call<Parts...>& call, const cPixSheet* self, std::span<const cPixSheet* const> Source,
                       std::span<const IconEntrySize> Sizes, IconFile kind, Deliver&& deliver) noexcept {
-    return guarded(call, 0, [&] {
-        std::int32_t images = 0;
+    std::vector<IconEntrySize> images;
+    const bool isSaved = attempt(call, [&] {
+        if (self->Handle() == 0) return refused(noImage);
         std::vector<SourcePicture> pictures;
-        const auto file = [&] {
+        return deliver([&]() -> WrittenFile {
             for (const cPixSheet* sheet : Source.empty() ? std::span(&self, 1) : Source)
                 pictures.push_back(sheet != nullptr ? SourcePicture(*sheet) : SourcePicture());
-            images = static_cast<std::int32_t>(cICOparser::EntrySizes(pictures, Sizes).size());
+            if (Outcome checked = cICOparser::EntrySizes(pictures, Sizes, images); !checked) return checked;
             return write(pictures, IcoOptions{Sizes, kind});
-        };
-        return self->Handle() != 0 && deliver(file) ? images : 0;
+        });
     });
+    return isSaved ? static_cast<std::int32_t>(images.size()) : 0;
 }
 
 // `extension` in lower case, the name in any.
@@ -113,13 +115,17 @@ bool cPixSheet::SaveToStream_PNG(ByteArray& outStream) const noexcept {
 }
 
 bool cPixSheet::PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword) noexcept {
-    return guarded(Call(*this, "PngPropertySet", "Property, Value, Keyword", Property, Value, Keyword), false,
+    return attempt(Call(*this, "PngPropertySet", "Property, Value, Keyword", Property, Value, Keyword),
                    [&] { return m_PNGprops.set(Property, Value, Keyword); });
 }
 
 PngValue cPixSheet::PngPropertyGet(ePngProperties Property, const std::string& Keyword) const noexcept {
-    return guarded(Call(*this, "PngPropertyGet", "Property, Keyword", Property, Keyword), PngValue(),
-                   [&] { return m_PNGprops.get(Property, Keyword); });
+    PngValue value;
+    attempt(Call(*this, "PngPropertyGet", "Property, Keyword", Property, Keyword), [&] {
+        value = m_PNGprops.get(Property, Keyword);
+        return done();
+    });
+    return value;
 }
 
 bool cPixSheet::SaveToFile_JPG(const std::string& FileName, std::int32_t Quality, std::int32_t TransparentFillColor,
@@ -155,9 +161,8 @@ std::int32_t cPixSheet::SaveToFile_ICO(const std::string& FileName, std::span<co
                                        bool PromptOverWrite, std::span<const IconEntrySize> Sizes) const noexcept {
     const Call call(*this, "SaveToFile_ICO", "FileName, Source, PromptOverWrite, Sizes", FileName, Source,
                     PromptOverWrite, Sizes);
-    return saveIcon(call, this, Source, Sizes, iconFileOf(FileName), [&](const auto& file) {
-        return deliverToFile({FileName, PromptOverWrite, isNtFamily(*this)}, file);
-    });
+    return saveIcon(call, this, Source, Sizes, iconFileOf(FileName),
+                    [&](const auto& file) { return deliverToFile(targetOf(*this, FileName, PromptOverWrite), file); });
 }
 
 std::int32_t cPixSheet::SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source,

@@ -68,7 +68,7 @@ Range rangeOf(ePngProperties property) noexcept {
 
 } // namespace
 
-bool PngProperties::set(ePngProperties property, const PngValue& value, const std::string& keyword) {
+Outcome PngProperties::set(ePngProperties property, const PngValue& value, const std::string& keyword) {
     if (isTextProperty(property)) return setText(keywordOf(property, keyword), value);
     return property == pngLastModified ? setTime(value) : setNumber(property, value);
 }
@@ -93,10 +93,11 @@ PngValue PngProperties::get(ePngProperties property, const std::string& keyword)
     }
 }
 
-bool PngProperties::setText(const std::string& keyword, const PngValue& value) {
+Outcome PngProperties::setText(const std::string& keyword, const PngValue& value) {
     const auto* text = std::get_if<std::string>(&value);
     const bool isRemoval = std::holds_alternative<std::monostate>(value) || (text != nullptr && text->empty());
-    if (!isKeyword(keyword) || (!isRemoval && (text == nullptr || !isText(*text)))) return false;
+    if (!isKeyword(keyword)) return refused("PNG allows no such keyword");
+    if (!isRemoval && (text == nullptr || !isText(*text))) return refused("PNG allows no such text");
     const auto known = std::ranges::find(m_texts, keyword, &Text::keyword);
     if (isRemoval) {
         if (known != m_texts.end()) m_texts.erase(known);
@@ -105,34 +106,35 @@ bool PngProperties::setText(const std::string& keyword, const PngValue& value) {
     } else {
         m_texts.push_back({keyword, *text});
     }
-    return true;
+    return done();
 }
 
-bool PngProperties::setTime(const PngValue& value) {
+Outcome PngProperties::setTime(const PngValue& value) {
     std::optional<PngTime> time;
     if (const auto* text = std::get_if<std::string>(&value)) time = timeOf(*text);
     if (const auto* date = std::get_if<double>(&value)) time = timeOf(*date);
-    if (!time && !std::holds_alternative<std::monostate>(value)) return false;
+    if (!time && !std::holds_alternative<std::monostate>(value)) return refused("that is no date");
     m_lastModified = time;
-    return true;
+    return done();
 }
 
-bool PngProperties::setNumber(ePngProperties property, const PngValue& value) {
+Outcome PngProperties::setNumber(ePngProperties property, const PngValue& value) {
     const auto isThis = [&](const auto& entry) { return entry.first == property; };
-    if (rangeOf(property).least > rangeOf(property).most) return false;
+    if (rangeOf(property).least > rangeOf(property).most) return refused("there is no such property");
     if (std::holds_alternative<std::monostate>(value)) {
         std::erase_if(m_numbers, isThis);
-        return true;
+        return done();
     }
     const auto* number = std::get_if<std::int32_t>(&value);
-    if (number == nullptr || *number < rangeOf(property).least || *number > rangeOf(property).most) return false;
+    if (number == nullptr || *number < rangeOf(property).least || *number > rangeOf(property).most)
+        return refused("the property has no such value");
     const auto known = std::ranges::find_if(m_numbers, isThis);
     if (known != m_numbers.end()) {
         known->second = *number;
     } else {
         m_numbers.emplace_back(property, *number);
     }
-    return true;
+    return done();
 }
 
 std::optional<std::int32_t> PngProperties::number(ePngProperties property) const noexcept {

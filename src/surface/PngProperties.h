@@ -1,5 +1,6 @@
 // What an instance wants said in, and done with, the PNG files that it saves.
 #pragma once
+#include "diagnostics/Outcome.h"
 #include "shared/Text.h"
 #include "shared/enumerations.h"
 #include <cstdint>
@@ -20,7 +21,7 @@ using PngTime = CalendarTime;
 class PngProperties {
   public:
     // See cPixSheet::PngPropertySet and PngPropertyGet.
-    bool set(ePngProperties property, const PngValue& value, const std::string& keyword);
+    Outcome set(ePngProperties property, const PngValue& value, const std::string& keyword);
     PngValue get(ePngProperties property, const std::string& keyword) const;
 
     // --- for the writer
@@ -41,9 +42,9 @@ class PngProperties {
     bool isInterlaced() const noexcept { return number(pngInterlaced).value_or(0) != 0; }
 
   private:
-    bool setText(const std::string& keyword, const PngValue& value);
-    bool setTime(const PngValue& value);
-    bool setNumber(ePngProperties property, const PngValue& value);
+    Outcome setText(const std::string& keyword, const PngValue& value);
+    Outcome setTime(const PngValue& value);
+    Outcome setNumber(ePngProperties property, const PngValue& value);
     std::optional<std::int32_t> number(ePngProperties property) const noexcept;
 
     std::vector<Text> m_texts;

@@ -52,7 +52,7 @@ Bytes flattenedRows(ConstPixelView image, std::int32_t fillColor) {
 
 WrittenFile cBMPparser::SaveAsBMP(const SourcePicture& Picture, const BmpOptions& Options) {
     const ConstPixelView image = Picture.pixels;
-    if (!image) return {};
+    if (!image) return refused(noImage);
     const bool hasAlpha = iparseHasAlpha(image);
     FileParts file;
     if (hasAlpha && Options.Keep32bppFormat) {

@@ -52,7 +52,8 @@ Bytes makeFile(const IndexedPicture& picture, std::size_t width, std::size_t hei
 
 WrittenFile cGIFparser::SaveAsGIF(const SourcePicture& Picture, const GifOptions& Options) {
     const ConstPixelView image = Picture.pixels;
-    if (!image || image.width > largestSide || image.height > largestSide) return {};
+    if (!image) return refused(noImage);
+    if (image.width > largestSide || image.height > largestSide) return refused(tooLargeForFormat);
     StraightRows rows(image, Picture.alpha != AlphaNone, Options.OpaquenessTolerance);
     return FileParts(makeFile(makePicture(rows, Options.UseAdaptivePalette), image.width, image.height));
 }

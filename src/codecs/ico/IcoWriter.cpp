@@ -97,13 +97,13 @@ Bytes makeFile(const std::vector<Entry>& entries, bool isCursor) {
 
 } // namespace
 
-std::vector<IconEntrySize> cICOparser::EntrySizes(std::span<const SourcePicture> Source,
-                                                  std::span<const IconEntrySize> Sizes) {
+Outcome cICOparser::EntrySizes(std::span<const SourcePicture> Source, std::span<const IconEntrySize> Sizes,
+                               std::vector<IconEntrySize>& Entries) {
     const auto ownSize = [](ConstPixelView pixels) {
         return IconEntrySize{static_cast<std::int32_t>(pixels.width), static_cast<std::int32_t>(pixels.height)};
     };
     const auto isImage = [](const SourcePicture& source) { return bool(source.pixels); };
-    if (Source.empty() || !std::ranges::all_of(Source, isImage)) return {};
+    if (Source.empty() || !std::ranges::all_of(Source, isImage)) return refused("one of the sources is no image");
     std::vector<IconEntrySize> sizes(Sizes.begin(), Sizes.end());
     for (const SourcePicture& source : Sizes.empty() ? Source : std::span<const SourcePicture>())
         sizes.push_back(ownSize(source.pixels));
@@ -111,21 +111,23 @@ std::vector<IconEntrySize> cICOparser::EntrySizes(std::span<const SourcePicture>
     for (IconEntrySize& size : sizes) {
         if (size.Width == 0) size.Width = first.Width;
         if (size.Height == 0) size.Height = first.Height;
-        if (!fitsStore(size.Width, size.Height) || !icoDepth(size.bitDepth)) return {};
+        if (!fitsStore(size.Width, size.Height)) return refused("an icon has from 1 to 65,535 pixels a side");
+        if (!icoDepth(size.bitDepth)) return refused("icons have no such depth");
     }
-    if (sizes.size() > mostEntries) return {};
-    return sizes;
+    if (sizes.size() > mostEntries) return refused("an icon file holds no more than 65,535 images");
+    Entries = std::move(sizes);
+    return done();
 }
 
 WrittenFile cICOparser::SaveAsIcon(std::span<const SourcePicture> Source, const IcoOptions& Options) {
-    const std::vector<IconEntrySize> sizes = EntrySizes(Source, Options.Sizes);
-    if (sizes.empty()) return {};
+    std::vector<IconEntrySize> sizes;
+    if (Outcome checked = EntrySizes(Source, Options.Sizes, sizes); !checked) return checked;
     std::vector<Entry> entries;
     std::size_t fileSize = 6 + 16 * sizes.size();
     for (const IconEntrySize& size : sizes) {
         entries.push_back(makeEntry(Source, size));
         fileSize += entries.back().image.bytes.size();
-        if (fileSize > largestFile) return {};
+        if (fileSize > largestFile) return refused("the file would have more than 2 GiB");
     }
     const bool isCursor =
         Options.kind == IconFile::asFirstSource ? wasCursor(Source.front()) : Options.kind == IconFile::cursor;

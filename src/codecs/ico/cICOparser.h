@@ -46,10 +46,10 @@ class cICOparser {
     // is nothing to write (EntrySizes) or the file would exceed 31 bits.
     static WrittenFile SaveAsIcon(std::span<const SourcePicture> Source, const IcoOptions& Options);
     // The images that such a file gets: of no sizes, each source's own at 32 bits; a 0 is the first source's width or
-    // height. None when there is no source, when one has no image, for more than 65,535 sizes, a side outside 1 ..
+    // height. Refused when there is no source, when one has no image, for more than 65,535 sizes, a side outside 1 ..
     // 65,535, pixels beyond 31 bits of bytes, or a depth that icoDepth does not know.
-    static std::vector<IconEntrySize> EntrySizes(std::span<const SourcePicture> Source,
-                                                 std::span<const IconEntrySize> Sizes);
+    static Outcome EntrySizes(std::span<const SourcePicture> Source, std::span<const IconEntrySize> Sizes,
+                              std::vector<IconEntrySize>& Entries);
 
   private:
     const IcoEntry& entry(std::int32_t index) const { return m_directory.entries.at(static_cast<std::size_t>(index)); }

@@ -244,7 +244,8 @@ Bytes Encoder::encode() {
 
 WrittenFile cJPGWriter::SaveAsJPG(const SourcePicture& Picture, const JpgOptions& Options) {
     const ConstPixelView image = Picture.pixels;
-    if (!image || image.width > largestSide || image.height > largestSide) return {};
+    if (!image) return refused(noImage);
+    if (image.width > largestSide || image.height > largestSide) return refused(tooLargeForFormat);
     Rows rows(image, iparseHasAlpha(image), Options.TransparentFillColor);
     return FileParts(Encoder(rows, std::clamp(Options.Quality, 1, 100)).encode());
 }

@@ -68,7 +68,7 @@ std::vector<std::uint8_t> cPNGwriter::TrueColorAlpha(ConstPixelView image) {
 }
 
 WrittenFile cPNGwriter::SavePNGex(const SourcePicture& Picture, const PngProperties& props) {
-    if (!Picture.pixels) return {};
+    if (!Picture.pixels) return refused(noImage);
     return FileParts(smallestFile(Picture.pixels, Picture.alpha != AlphaNone, props));
 }
 

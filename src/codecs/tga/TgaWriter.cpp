@@ -187,7 +187,8 @@ Bytes makeFooter(std::size_t extensionOffset) {
 WrittenFile cTGAparser::SaveAsTGA(const SourcePicture& Picture, const TgaOptions& Options) {
     const ConstPixelView image = Picture.pixels;
     constexpr std::size_t largestSide = std::numeric_limits<std::uint16_t>::max();
-    if (!image || image.width > largestSide || image.height > largestSide) return {};
+    if (!image) return refused(noImage);
+    if (image.width > largestSide || image.height > largestSide) return refused(tooLargeForFormat);
     const bool hasAlpha = Picture.alpha != AlphaNone;
     const bool asPreMultiplied = hasAlpha && Options.allowPreMultipliedAlpha;
 
