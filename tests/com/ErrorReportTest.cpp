@@ -2,6 +2,7 @@
 #include "ImageFile.h"
 #include "Server.h"
 #include <atomic>
+#include <fstream>
 #include <functional>
 #include <thread>
 
@@ -21,10 +22,20 @@ std::wstring textOf(HWND window) {
     return text;
 }
 
+constexpr int sentenceId = 101, reportId = 102, copyId = 103, questionId = 0xFFFF;
+
+struct Box {
+    const wchar_t* title;
+    int textId;
+    WPARAM answer;
+};
+constexpr Box errorBox = {L"Application Error", reportId, IDCANCEL};
+constexpr Box questionBox = {L"Overwrite Confirmation", questionId, IDNO};
+
 // Other processes may show theirs on the same desktop.
-HWND findDialog() {
+HWND find(const Box& box) {
     HWND found = nullptr;
-    while ((found = ::FindWindowExW(nullptr, found, L"#32770", L"Application Error")) != nullptr) {
+    while ((found = ::FindWindowExW(nullptr, found, L"#32770", box.title)) != nullptr) {
         DWORD process = 0;
         ::GetWindowThreadProcessId(found, &process);
         if (process == ::GetCurrentProcessId()) break;
@@ -32,23 +43,22 @@ HWND findDialog() {
     return found;
 }
 
-constexpr int sentenceId = 101, reportId = 102, copyId = 103;
-
-// Reads and closes each dialog that comes up in its time.
+// Reads and closes each box of a kind that comes up in its time.
 class Person {
   public:
-    explicit Person(std::function<void(HWND)> look = [](HWND) {})
-        : m_look(std::move(look)), m_thread([this] {
+    explicit Person(
+        std::function<void(HWND)> look = [](HWND) {}, const Box& box = errorBox)
+        : m_look(std::move(look)), m_thread([this, box] {
               for (; !m_isGone; ::Sleep(5)) {
-                  const HWND dialog = findDialog();
+                  const HWND window = find(box);
                   // It is there before it is filled.
-                  if (dialog == nullptr || textOf(::GetDlgItem(dialog, reportId)).empty()) continue;
-                  ++dialogs;
-                  sentence = textOf(::GetDlgItem(dialog, sentenceId));
-                  report = textOf(::GetDlgItem(dialog, reportId));
-                  m_look(dialog);
-                  ::PostMessageW(dialog, WM_COMMAND, IDCANCEL, 0);
-                  while (::IsWindow(dialog) != FALSE)
+                  if (window == nullptr || textOf(::GetDlgItem(window, box.textId)).empty()) continue;
+                  ++boxes;
+                  sentence = textOf(::GetDlgItem(window, sentenceId));
+                  report = textOf(::GetDlgItem(window, box.textId));
+                  m_look(window);
+                  ::PostMessageW(window, WM_COMMAND, box.answer, 0);
+                  while (::IsWindow(window) != FALSE)
                       ::Sleep(5);
               }
           }) {}
@@ -61,7 +71,7 @@ class Person {
         if (m_thread.joinable()) m_thread.join();
     }
 
-    int dialogs = 0;
+    int boxes = 0;
     std::wstring sentence, report;
 
   private:
@@ -137,7 +147,7 @@ TEST_F(ErrorReports, DoNotSayWhatFailedOrAreShownAgainOrInsideOfEachOther) {
     EXPECT_EQ(enabledWindows(), 2);
     EXPECT_FALSE(mirror());
     person.leave();
-    EXPECT_EQ(person.dialogs, 1);
+    EXPECT_EQ(person.boxes, 1);
     EXPECT_EQ(enabled, 0);
     EXPECT_EQ(person.sentence, L"pixkit has encountered a problem. We are sorry for the inconvenience.");
     for (const wchar_t* const part :
@@ -151,7 +161,20 @@ TEST_F(ErrorReports, DoNotSayWhatFailedOrAreShownAgainOrInsideOfEachOther) {
     Person another; // the error that came meanwhile was not shown, and now is
     EXPECT_FALSE(save());
     another.leave();
-    EXPECT_EQ(another.dialogs, 1);
+    EXPECT_EQ(another.boxes, 1);
+}
+
+TEST_F(ErrorReports, AreShownInsideOfAQuestion) {
+    const auto file = std::filesystem::temp_directory_path() / "pixkit-error-report.bmp";
+    std::ofstream(file) << "old";
+    Person reader;
+    Person asked([&](HWND) { ::SendMessageW(windows[0], failAnotherWay, 0, 0); }, questionBox);
+    EXPECT_FALSE(isTrue(sheet.get(), L"SaveToFile_Bitmap", {text(file.c_str())}));
+    asked.leave();
+    reader.leave();
+    EXPECT_EQ(asked.boxes, 1);
+    EXPECT_EQ(reader.boxes, 0);
+    std::filesystem::remove(file);
 }
 
 TEST_F(ErrorReports, AreNotShownWhereNobodyReadsThemOrUnderTheLoadersLock) {
@@ -172,11 +195,11 @@ TEST_F(ErrorReports, AreNotShownWhereNobodyReadsThemOrUnderTheLoadersLock) {
     sheet->put_Unattended(VARIANT_TRUE);
     EXPECT_FALSE(mirror());
     sheet->put_Unattended(VARIANT_FALSE);
-    EXPECT_EQ(person.dialogs, 0);
+    EXPECT_EQ(person.boxes, 0);
 
     EXPECT_FALSE(mirror()); // what was not shown is still to be shown
     person.leave();
-    EXPECT_EQ(person.dialogs, 1);
+    EXPECT_EQ(person.boxes, 1);
 }
 
 } // namespace
