@@ -125,7 +125,13 @@ HRESULT PixSheetObject::Invoke(DISPID id, REFIID reserved, LCID locale, WORD fla
                                VARIANT* result, EXCEPINFO* /*exception*/, UINT* argumentError) {
     if (!::IsEqualGUID(reserved, GUID{})) return DISP_E_UNKNOWNINTERFACE;
     if (const HRESULT status = types(); FAILED(status)) return status;
-    return invoke(*m_types, this, id, locale, flags, arguments, result, argumentError);
+    AddRef(); // until the call is over, whatever it leads to
+    const LateCall call{id, arguments};
+    const LateCall* const outer = std::exchange(m_lateCall, &call);
+    const HRESULT status = invoke(*m_types, this, id, locale, flags, arguments, result, argumentError);
+    m_lateCall = outer;
+    Release();
+    return status;
 }
 
 HRESULT PixSheetObject::GetClassInfo(ITypeInfo** info) {
@@ -139,6 +145,11 @@ HRESULT PixSheetObject::GetClassInfo(ITypeInfo** info) {
 
 HRESULT PixSheetObject::InterfaceSupportsErrorInfo(REFIID /*interfaceId*/) {
     return S_FALSE; // members never raise
+}
+
+void describeInstance(const PixSheetObject& object, ErrorReport& report) {
+    if (object.m_lateCall != nullptr) object.m_lateCall->describe(*object.m_types, report);
+    describeInstance(*object.m_sheet, report);
 }
 
 // --- members that are more than forwarding

@@ -3,6 +3,7 @@
 #pragma once
 #include "com/Arrays.h"
 #include "com/Automation.h"
+#include "com/LateCall.h"
 #include "com/TypeInformation.h"
 #include "com/module.h"
 #include "diagnostics/guard.h"
@@ -374,12 +375,15 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         *to = static_cast<To>(from);
     }
 
+    // Adds the arguments, of late-bound calls, and the variables of the native object.
+    friend void describeInstance(const PixSheetObject& object, ErrorReport& report);
+
     // The forms of a member, which the guard knows by its name and line; reports of the native member that it calls,
-    // which has a guard of its own, name the parameters. A null pointer for what it gives is refused before anything
-    // happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT.
+    // which has a guard of its own, name the parameters in any case. A null pointer for what it gives is refused before
+    // anything happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT.
     template <class Body>
     HRESULT run(Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
-        guarded(Call(*m_sheet, member), false, [&] { return body(), true; });
+        guarded(Call(*this, member), false, [&] { return body(), true; });
         return S_OK;
     }
     template <class Result, class Body>
@@ -429,6 +433,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     std::unique_ptr<cPixSheet> m_sheet;
     Variant m_Tag;
     std::shared_ptr<const TypeInformation> m_types;
+    const LateCall* m_lateCall = nullptr; // the innermost one that is being made
 };
 
 } // namespace pixkit::com

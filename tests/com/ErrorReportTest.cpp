@@ -164,6 +164,21 @@ TEST_F(ErrorReports, DoNotSayWhatFailedOrAreShownAgainOrInsideOfEachOther) {
     EXPECT_EQ(another.boxes, 1);
 }
 
+TEST_F(ErrorReports, DoNotNameTheArgumentsOfALateBoundCall) {
+    const std::wstring endless(tooMuch, L'x'); // for the guard of the COM member: it becomes UTF-8 there
+    Person person;
+    EXPECT_EQ(call(sheet.get(), L"LoadPicture_File", {text(endless.c_str()), number(16)}, nullptr,
+                   {{L"iconBitDepth", number(8)}, {L"SaveFormat", number(-1, VT_BOOL)}}),
+              S_OK);
+    person.leave();
+    EXPECT_EQ(person.boxes, 1);
+    const std::wstring expected = L"Procedure: LoadPicture_File\r\nLine: ";
+    EXPECT_NE(person.report.find(expected), std::wstring::npos) << std::filesystem::path(person.report);
+    const std::wstring parameters = L"Parameters:\r\n  FileName = \"" + endless.substr(0, 80) +
+                                    L"\"...\r\n  iconCx = 16\r\n  SaveFormat = True\r\n  iconBitDepth = 8\r\n";
+    EXPECT_NE(person.report.find(parameters), std::wstring::npos) << std::filesystem::path(person.report);
+}
+
 TEST_F(ErrorReports, AreShownInsideOfAQuestion) {
     const auto file = std::filesystem::temp_directory_path() / "pixkit-error-report.bmp";
     std::ofstream(file) << "old";
