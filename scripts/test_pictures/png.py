@@ -151,8 +151,9 @@ def png_of_chunks():
     yield "odd-end-with-data", of_chunks(rgb, rgb_data, chunk(b"IEND", b"123"), chunk(b"IHDR", b"1"), end=b"")
     yield "odd-header-of-14-bytes", of_chunks(chunk(b"IHDR", rgb[8:21] + b"\x4D"), rgb_data)
     yield "odd-types-in-small-letters", of_chunks(rgb, chunk(b"iDAT", b"1"), chunk(b"iEND", b"1"), rgb_data)
-    # What slices and least sizes are tried with: 58 bytes, and 70.
-    yield "smallest", of_chunks(header(colour_type=0), chunk(b"IDAT", b"\x78"))
+    coder = zlib.compressobj(9, zlib.DEFLATED, 15, 9, zlib.Z_FIXED)
+    # 62 bytes: the code of its one row is there, what ends the stream is not.
+    yield "smallest", of_chunks(header(colour_type=0), chunk(b"IDAT", (coder.compress(b"\0\x4D") + coder.flush())[:5]))
     yield "one-gray", of_chunks(header(colour_type=0), data(b"\0\x4D"))
     yield "bad-header-of-12-bytes", of_chunks(chunk(b"IHDR", rgb[8:20]), rgb_data)
     # A reader that goes on takes the first byte of the checksum for the last of the header, so that is one it likes.
@@ -186,14 +187,19 @@ def png_of_streams():
             ("ends-in-a-row", 2, zlib.compress(rows[:6], 0)),
             ("ends-in-a-row-of-rgba", 6, zlib.compress(b"\0\1\2\3\xFF\0\4", 0)),
             ("ends-in-a-palette-row", 3, zlib.compress(b"\0\1", 0)), ("no-last-block", 2, stored),
-            ("ends-in-a-block", 2, b"\x78\1\x63\x60\4"), ("header-alone", 2, b"\x78\1"), ("one-byte", 2, b"\x78"),
-            ("empty", 2, zlib.compress(b"", 0)), ("too-long", 2, zlib.compress(rows + bytes(5), 0)),
+            ("first-row-alone", 2, zlib.compress(rows[:4], 0)),
+            ("first-row-alone-no-end", 2, b"\x78\1\0\4\0\xFB\xFF" + rows[:4]),
+            ("too-long", 2, zlib.compress(rows + bytes(5), 0)),
             ("bytes-behind", 2, whole + b"\xFF" * 20), ("fixed-codes", 2, fixed.compress(rows) + fixed.flush()),
             ("wrong-adler", 2, changed(whole, -1, b"\0")), ("no-adler", 2, whole[:-4]),
             ("damage-behind-the-last-row", 2, b"\x78\1\0\x11\0\xEE\xFF" + rows + bytes(5) + b"\6")):
         yield f"stream-{name}", of_chunks(header(1, 3, 8, colour_type), png_writer.chunk(b"PLTE", b"\7\x08\x09"),
                                           png_writer.chunk(b"IDAT", stream))
     for name, stream in (("damage-before-the-last-row", stored + b"\6"),
+                         ("ends-in-the-first-row", zlib.compress(rows[:3], 0)),
+                         ("ends-in-the-first-row-no-end", b"\x78\1\0\4\0\xFB\xFF" + rows[:3]),
+                         ("ends-in-a-block", b"\x78\1\x63\x60\4"), ("header-alone", b"\x78\1"), ("one-byte", b"\x78"),
+                         ("empty", zlib.compress(b"", 0)),
                          ("wrong-complement", b"\x78\1\1\3\0\3\0" + bytes(3)),
                          ("distance-before-the-start", b"\x78\1\x63\0\x12"), ("no-zlib-header", b"\x79\1\1\0\0\xFF\xFF"),
                          ("preset-dictionary", b"\x78\x20\1\2\3\4\1\0\0\xFF\xFF"), ("not-compressed", rows)):
@@ -245,6 +251,11 @@ def png_of_samples():
                        ("paeth-ties", ((0, 15, 20, 10), (4, 251, 0, 251))),
                        ("unknown", ((255, 1, 2, 3), (2, 10, 10, 10), (128, 200, 201, 202)))):
         yield f"filter-{name}", of_chunks(header(3, len(rows), 8, 0), data(b"".join(bytes(row) for row in rows)))
+    # Two of nine columns are in the first pass.
+    for name, count in (("interlaced-first-row-alone", 7), ("bad-interlaced-ends-in-the-first-row", 6)):
+        yield name, of_chunks(header(9, 9, interlace=1), data(b"\0" + noise(7, count - 1)))
+        yield f"{name}-no-end", of_chunks(header(9, 9, interlace=1), png_writer.chunk(
+            b"IDAT", b"\x78\1\0\x20\0\xDF\xFF\0" + noise(7, count - 1)))
     yield "interlaced-first-pass-alone", of_chunks(header(2, 2, 8, 0, interlace=1), data(b"\0\xC8"))
     # So wide that rows, and those of passes, are converted in pieces.
     yield "pieces-interlaced", png_file(3, 1, 2100, 3, interlaced=True)

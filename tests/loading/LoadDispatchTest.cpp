@@ -78,6 +78,7 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
         {FileFormat::png, "png/bad-no-header.png", "IHDR is missing"},
         {FileFormat::png, "png/bad-no-data.png", "IDAT is missing"},
         {FileFormat::png, "png/bad-damaged-stream.png", "IDAT: the compressed data is damaged"},
+        {FileFormat::png, "png/bad-stream-empty.png", "IDAT: the data ends before the first row does"},
         {FileFormat::png, "png/interlaced-5x5.png", noMemory, store},
         {FileFormat::gif, "gif/bad-signature.gif", "no GIF signature, or a block that is none"},
         {FileFormat::gif, "gif/bad-cut-at-58.gif", "the data ends before the first image does"},

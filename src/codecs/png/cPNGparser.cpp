@@ -286,7 +286,9 @@ bool cPNGparser::PostLoadPNG() {
         if (result.outcome == deflate::Outcome::damaged) return refuse("IDAT: the compressed data is damaged");
         written = result.written;
     }
-    // Rows that the data does not reach are zero, whatever a decoder used their place for.
+    // Of a picture without a single row there is nothing to show.
+    if (*written < firstRowBytes()) return refuse("IDAT: the data ends before the first row does");
+    // Later rows that the data does not reach are zero, whatever a decoder used their place for.
     std::memset(RawPNGdata.get() + *written, 0, uncmprssSize - *written);
     m_ownBytes.reset(); // before the host takes memory for its pixels
     InitializePalette();
@@ -324,6 +326,12 @@ cPNGparser::DepthInfo cPNGparser::GetDepthInfo() const noexcept {
 
 std::size_t cPNGparser::GetBytesPerPixel(std::size_t totalWidth) const noexcept {
     return static_cast<std::size_t>(packedRowBytes(totalWidth, GetDepthInfo().rawBitsPP));
+}
+
+// Bytes of the first filtered row, which of an interlaced picture is that of the first pass.
+std::size_t cPNGparser::firstRowBytes() const noexcept {
+    const InterlacePass& pass = m_Interlacing == 0 ? wholePicture.front() : m_MatrixDat.front();
+    return GetBytesPerPixel(pass.columns(static_cast<std::size_t>(m_Width))) + 1;
 }
 
 // Bytes of the filtered rows, one filter byte each. A pass without columns still counts a byte for each of its rows;

@@ -68,6 +68,7 @@ class cPNGparser {
     bool isDepthSuited() const noexcept;
     DepthInfo GetDepthInfo() const noexcept;
     std::size_t GetBytesPerPixel(std::size_t totalWidth) const noexcept;
+    std::size_t firstRowBytes() const noexcept;
     std::size_t CalcUncompressedWidth() const noexcept;
 
     // PngPixels.cpp
