@@ -30,6 +30,7 @@ constexpr Format rows[] = {
      [](PictureSource& source, cPixSheet& host) {
          return source.isFile() ? cPNGparser().LoadFile(source, host) : cPNGparser().LoadStream(source.bytes(), host);
      },
+     [](Start /*file*/) noexcept { return true; },
      [](Pictures pictures, const WriteOptions& options) {
          return cPNGwriter::SavePNGex(pictures.front(), *std::get<const PngProperties*>(options));
      }},
@@ -38,6 +39,7 @@ constexpr Format rows[] = {
          return begins(start, {'g', 'i', 'f'});
      },
      [](PictureSource& source, cPixSheet& host) { return cGIFparser().LoadStream(source.bytes(), host); },
+     cGIFparser::goesToSystem,
      [](Pictures pictures, const WriteOptions& options) {
          return cGIFparser::SaveAsGIF(pictures.front(), std::get<GifOptions>(options));
      }},
@@ -46,12 +48,14 @@ constexpr Format rows[] = {
          const IconRequest& icon = source.icon();
          return cICOparser().LoadStream(source.bytes(), icon.cX, icon.cY, host, icon.bitDepth);
      },
+     nullptr, // some loaders read where an icon says that it is, outside of the file
      [](Pictures pictures, const WriteOptions& options) {
          return cICOparser::SaveAsIcon(pictures, std::get<IcoOptions>(options));
      }},
     {FileFormat::bmp, "a BMP file", ".bmp", "",
      [](Start start) noexcept { return start.size() >= 2 && start[0] == 'B' && start[1] == 'M'; },
      [](PictureSource& source, cPixSheet& host) { return cBMPparser::LoadStream(source.bytes(), host); },
+     nullptr, // the reader shows all that there is
      [](Pictures pictures, const WriteOptions& options) {
          return cBMPparser::SaveAsBMP(pictures.front(), std::get<BmpOptions>(options));
      }},
@@ -59,7 +63,7 @@ constexpr Format rows[] = {
      [](Start start) noexcept {
          return begins(start, {0xFF, 0xD8, 0xFF});
      },
-     nullptr,
+     nullptr, [](Start /*file*/) noexcept { return true; },
      [](Pictures pictures, const WriteOptions& options) {
          return cJPGWriter::SaveAsJPG(pictures.front(), std::get<JpgOptions>(options));
      }},
@@ -67,6 +71,7 @@ constexpr Format rows[] = {
      [](PictureSource& source, cPixSheet& host) {
          return cTGAparser().LoadStream(source.bytes(), host, source.offset());
      },
+     nullptr, // it has been asked before
      [](Pictures pictures, const WriteOptions& options) {
          return cTGAparser::SaveAsTGA(pictures.front(), std::get<TgaOptions>(options));
      }},

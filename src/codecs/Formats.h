@@ -19,6 +19,8 @@ struct Format {
     bool (*sniff)(std::span<const std::uint8_t> start) noexcept;
     // Null where the system's loader reads it.
     ReadResult (*read)(PictureSource& source, cPixSheet& host);
+    // Whether the system's loader may be shown what the reader has refused; null where it never may.
+    bool (*goesToSystem)(std::span<const std::uint8_t> file) noexcept;
     // Icon files are made of all the pictures, others of the first.
     WrittenFile (*write)(std::span<const SourcePicture> pictures, const WriteOptions& options);
 };

@@ -46,6 +46,7 @@ enum class ReadOutcome : std::uint8_t {
     loaded,      // the host holds the picture
     otherFormat, // the data is none of this format
     damaged,     // or of a kind that is not read, or too large
+    unable,      // not the data's fault: no memory for the pixels, or the system failed
     failed,      // a run-time error that nobody expected, such as no memory
 };
 
@@ -58,8 +59,9 @@ struct ReadResult {
     explicit operator bool() const noexcept { return outcome == ReadOutcome::loaded; }
     static ReadResult loaded() { return {ReadOutcome::loaded, done()}; }
     static ReadResult damaged(Reason reason) { return {ReadOutcome::damaged, refused(reason)}; }
+    static ReadResult unable(Reason reason) { return {ReadOutcome::unable, refused(reason)}; }
     static ReadResult otherFormat(Reason reason) { return {ReadOutcome::otherFormat, refused(reason)}; }
-    // `outcome`: damaged where run-time errors only say so.
+    // `outcome`: unable where nobody is told.
     static ReadResult failed(const std::exception& error, ReadOutcome outcome = ReadOutcome::failed) {
         return {outcome, Outcome(error), error.what()};
     }

@@ -34,30 +34,32 @@ ReadResult take(cPixSheet& host, ReadResult&& result) {
     return std::move(result);
 }
 
-// First the formats whose signature the data bears. Only where it bears none the system's loader is asked: what was
-// refused as damaged some systems' loaders might show something of, others of the same name not, and some fall over a
-// GIF without colours or an icon that lies outside the file. Formats without a signature come last. Of several
-// refusals the first counts whose reader knew the data for its own.
+// First the formats whose signature the data bears. What they refuse as damaged goes on to the system's loader, which
+// may show something of it, unless it is of a kind that not every such loader survives; what lacked memory does not,
+// lest a picture come out as another. Data without a signature goes there at once. Formats without a signature come
+// last. Of several refusals the first counts whose reader knew the data for its own.
 Outcome readPicture(LoadRequest& request, cPixSheet& host) {
     const auto start = request.start(sniffedBytes);
     Outcome refusal;
     const auto ask = [&](ReadResult&& answer, bool isKnown) {
         const ReadResult result = take(host, std::move(answer));
         if (!result && refusal && (isKnown || result.outcome != ReadOutcome::otherFormat)) refusal = result.why;
-        return result.outcome == ReadOutcome::loaded;
+        return result.outcome;
     };
-    bool isRead = false; // by a reader of this component
     bool isKnown = false;
+    bool goesToSystem = true;
     for (const Format& format : formats()) {
         if (format.sniff == nullptr || !format.sniff(start)) continue;
         isKnown = true;
         if (format.read == nullptr) continue;
-        isRead = true;
-        if (ask(format.read(request, host), true)) return done();
+        const ReadOutcome outcome = ask(format.read(request, host), true);
+        if (outcome == ReadOutcome::loaded) return done();
+        goesToSystem = goesToSystem && (outcome == ReadOutcome::damaged || outcome == ReadOutcome::otherFormat) &&
+                       format.goesToSystem != nullptr && format.goesToSystem(request.bytes());
     }
-    if (!isRead && ask(LoadSystemPicture(request.bytes(), host), isKnown)) return done();
+    if (goesToSystem && ask(LoadSystemPicture(request.bytes(), host), isKnown) == ReadOutcome::loaded) return done();
     for (const Format& format : formats()) {
-        if (format.sniff == nullptr && ask(format.read(request, host), false)) return done();
+        if (format.sniff == nullptr && ask(format.read(request, host), false) == ReadOutcome::loaded) return done();
     }
     return refusal ? refused(reasonOfUnknown(start)) : refusal;
 }

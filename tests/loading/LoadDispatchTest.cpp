@@ -43,9 +43,13 @@ TEST_F(LoadDispatch, AnotherReaderIsAskedFirstOrTheSystemUnasked) {
         Bytes start;
         bool isAsked;
     } rows[] = {
-        {"icon", {0, 0, 1, 0, 1, 0}, false},         {"cursor", {0, 0, 2, 0, 0, 1}, false},
-        {"no icons", {0, 0, 1, 0, 0, 0}, true},      {"gif", {'g', 'I', 'F', '8', '0', 'x'}, false},
-        {"PNG", {0x89, 'P', 'N', 'G', 1, 2}, false}, {"BMP", {'B', 'M', 0, 0, 0, 0}, false},
+        {"icon", {0, 0, 1, 0, 1, 0}, false},
+        {"cursor", {0, 0, 2, 0, 0, 1}, false},
+        {"no icons", {0, 0, 1, 0, 0, 0}, true},
+        {"gif", {'g', 'I', 'F', '8', '0', 'x'}, false},
+        {"PNG", {0x89, 'P', 'N', 'G', 1, 2}, true},
+        {"BMP", {'B', 'M', 0, 0, 0, 0}, false},
+        {"GIF with colours", {'G', 'I', 'F', '8', '9', 'a', 1, 0, 1, 0, 0x80}, true},
         {"JPEG", {0xFF, 0xD8, 0xFF, 0, 0, 0}, true},
     };
     for (const auto& row : rows) {
@@ -55,6 +59,15 @@ TEST_F(LoadDispatch, AnotherReaderIsAskedFirstOrTheSystemUnasked) {
         EXPECT_FALSE(sheet.LoadPicture_Stream(ByteArray(data)));
         EXPECT_NE(platform::faultDue(platform::SeamCall::oleLoadPicture), row.isAsked) << row.what;
     }
+}
+
+TEST_F(LoadDispatch, WhatAReaderRefusedIsNotShownByTheSystemsLoaderOrALackOfMemoryMakesItAnotherPicture) {
+    const ByteArray lacksAColor(picture("gif/bad-last-colour-behind-file.gif")), good(picture("gif/table-local.gif"));
+    ASSERT_TRUE(sheet.LoadPicture_Stream(lacksAColor));
+    EXPECT_TRUE(sheet.ImageType() == imgBitmap || sheet.ImageType() == imgBmpARGB) << sheet.ImageType();
+    // Where the loader is our own, its bitmap comes before the pixels.
+    const platform::ScopedFault once(platform::SeamCall::createDIBSection, platform::canLoadMetafiles() ? 0 : 1, 1);
+    EXPECT_FALSE(sheet.LoadPicture_Stream(good));
 }
 
 TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
@@ -86,6 +99,9 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
         {FileFormat::gif, "gif/bad-width-0.gif", "no pixels, or more than a store holds"},
         {FileFormat::gif, "gif/table-local.gif", "the loader of the system refuses the frame",
          platform::SeamCall::oleLoadPicture},
+        {FileFormat::gif, "gif/table-local.gif", "the loader's picture cannot be taken over",
+         platform::SeamCall::getObject},
+        {FileFormat::gif, "gif/bad-last-colour-behind-file.gif", "the data ends where a colour is looked for"},
         {FileFormat::gif, "gif/transparent-1.gif", "the picture's pixels cannot be read",
          platform::SeamCall::getDIBits},
         {FileFormat::ico, "ico/bad-kind.ico", "no header of an icon file"},

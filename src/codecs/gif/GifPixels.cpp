@@ -114,10 +114,11 @@ void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
 
 ReadResult cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
     const auto picture = iparseArrayToPicture(c_GIFframe, 0, c_GIFframe.size());
+    if (!picture) return ReadResult::damaged("the loader of the system refuses the frame");
     platform::BitmapRecord bitmap;
-    if (!picture || !platform::GetObjectA(picture->handle(), bitmap))
-        return ReadResult::damaged("the loader of the system refuses the frame");
-    if (!cHost.InitializeDIB(bitmap.bmWidth, bitmap.bmHeight)) return ReadResult::damaged(noMemoryForPixels);
+    if (!platform::GetObjectA(picture->handle(), bitmap))
+        return ReadResult::unable("the loader's picture cannot be taken over");
+    if (!cHost.InitializeDIB(bitmap.bmWidth, bitmap.bmHeight)) return ReadResult::unable(noMemoryForPixels);
     if (!m_frame.TransIndex) {
         drawOpaque(*picture, cHost);
     } else {

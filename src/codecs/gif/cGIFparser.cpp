@@ -4,18 +4,29 @@
 #include <algorithm>
 #include <exception>
 #include <limits>
+#include <stdexcept>
 #include <string_view>
 
 namespace pixkit {
 
 using namespace std::string_view_literals;
 
+namespace {
+
+bool fitsStore(const GifFrame& frame) noexcept {
+    return std::uint64_t{frame.width} * frame.height * 4 <= std::numeric_limits<std::int32_t>::max();
+}
+
+} // namespace
+
 ReadResult cGIFparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost) {
     c_GIFdata = inStream;
     try {
         return ParseGIF(cHost);
+    } catch (const std::out_of_range&) {
+        return ReadResult::damaged("the data ends where a colour is looked for");
     } catch (const std::exception& error) {
-        return ReadResult::failed(error, ReadOutcome::damaged);
+        return ReadResult::failed(error, ReadOutcome::unable);
     }
 }
 
@@ -24,14 +35,19 @@ ReadResult cGIFparser::ParseGIF(cPixSheet& cHost) {
     if (walk == GifWalk::endsEarly) return ReadResult::damaged("the data ends before the first image does");
     if (walk == GifWalk::refused) return ReadResult::damaged("no GIF signature, or a block that is none");
     // A frame without pixels or colours, or with more than a store can hold, is not worth asking the loader.
-    const std::uint64_t bytes = std::uint64_t{m_frame.width} * m_frame.height * 4;
     if (m_frame.gColorsUsed == 0) return ReadResult::damaged("a GIF without colours");
-    if (bytes == 0 || bytes > std::numeric_limits<std::int32_t>::max())
+    if (m_frame.width == 0 || m_frame.height == 0 || !fitsStore(m_frame))
         return ReadResult::damaged("no pixels, or more than a store holds");
 
     buildFrame();
     if (m_frame.TransIndex) grayFrameTable();
     return ConvertGIFto32bpp(cHost);
+}
+
+bool cGIFparser::goesToSystem(std::span<const std::uint8_t> file) noexcept {
+    GifFrame frame;
+    findGifFrame(file, frame);
+    return frame.gColorsUsed != 0 && fitsStore(frame);
 }
 
 // Header and global table, the control extension if there was one, the image, the trailer.

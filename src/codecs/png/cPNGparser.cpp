@@ -81,7 +81,7 @@ ReadResult cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningE
     if (!IsPNG(pngStream)) return ReadResult::otherFormat("no PNG signature");
     m_TransColor = -1;
     m_pngStream = pngStream;
-    return walkChunks(base) && PostLoadPNG() ? ReadResult::loaded() : ReadResult::damaged(m_reason);
+    return walkChunks(base) && PostLoadPNG() ? ReadResult::loaded() : ReadResult{m_outcome, refused(m_reason)};
 }
 
 // Always false.
@@ -204,6 +204,7 @@ cPNGparser::ChunkResult cPNGparser::zChunk_IDAT(const Chunk& chunk) {
     try {
         joinIDAT(chunk.data());
     } catch (const std::bad_alloc&) {
+        m_outcome = ReadOutcome::unable;
         return refuseChunk("IDAT: no memory to join the chunks");
     }
     return ChunkResult::ok;
@@ -292,7 +293,10 @@ bool cPNGparser::PostLoadPNG() {
     std::memset(RawPNGdata.get() + *written, 0, uncmprssSize - *written);
     m_ownBytes.reset(); // before the host takes memory for its pixels
     InitializePalette();
-    if (!cHost->InitializeDIB(m_Width, m_Height)) return refuse(noMemoryForPixels);
+    if (!cHost->InitializeDIB(m_Width, m_Height)) {
+        m_outcome = ReadOutcome::unable;
+        return refuse(noMemoryForPixels);
+    }
     prepareConversion();
     if (m_Interlacing == 1) {
         UnfilterInterlaced(RawPNGdata.get());

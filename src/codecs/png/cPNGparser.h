@@ -83,8 +83,9 @@ class cPNGparser {
     void ConvertPNGtoBMP_NonPalette(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
     void ConvertPNGtoBMP_Palettes(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
 
-    cPixSheet* cHost = nullptr; // only for the length of a load
-    Reason m_reason;            // why the load ends without a picture
+    cPixSheet* cHost = nullptr;                   // only for the length of a load
+    Reason m_reason;                              // why the load ends without a picture
+    ReadOutcome m_outcome = ReadOutcome::damaged; // and how
     std::int32_t m_Width = 0;
     std::int32_t m_Height = 0;
     std::uint8_t m_BitDepth = 0;
