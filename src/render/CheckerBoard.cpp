@@ -1,5 +1,4 @@
 // The backdrop that makes transparency visible.
-#include "platform/gdi.h"
 #include "shared/Colors.h"
 #include "surface/attempt.h"
 #include <array>
@@ -34,7 +33,6 @@ bool cPixSheet::CreateCheckerBoard(std::int32_t CheckerSize, std::int32_t FirstC
         const PixelView image = HostAccess::pixels(*this);
         if (!image) return refused(noImage);
         if (CheckerSize < 1) return refused("squares have at least 1 pixel a side");
-        platform::GdiFlush();
         const auto size = static_cast<std::size_t>(CheckerSize);
         const OpaquePixel first = opaquePixel(FirstColor);
         const OpaquePixel second = opaquePixel(SecondColor);

@@ -44,7 +44,7 @@ Outcome cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::in
                         static_cast<std::int32_t>(std::int64_t{m_hotspot.y} * target.m_Height / m_Height)};
     const ConstPixelView image = HostAccess::pixels(*this);
     if (target.m_Width == m_Width && target.m_Height == m_Height) {
-        std::memcpy(target.m_Pointer, image.bits, image.bytes().size());
+        std::memcpy(HostAccess::pixels(target).bits, image.bits, image.bytes().size());
     } else {
         target.EraseDIB(); // what the target held before must not shine through, nor pass for a copy
         // Without the system's AlphaBlend: the same pixels everywhere.

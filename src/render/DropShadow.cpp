@@ -1,6 +1,5 @@
 // The soft shadow of a picture's silhouette.
 #include "kernels/kernels.h"
-#include "platform/gdi.h"
 #include "shared/Colors.h"
 #include "shared/checked.h"
 #include "surface/attempt.h"
@@ -55,7 +54,6 @@ std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, s
         const std::int32_t height = longOrOverflow(std::int64_t{m_Height} + t2xBlur);
         auto shadowDIB = std::make_unique<cPixSheet>();
         if (!shadowDIB->InitializeDIB(width, height)) return shadowDIB->m_outcome;
-        platform::GdiFlush();
         castShadow(HostAccess::pixels(*shadowDIB), picture, shadesOf(Color));
         // Without a blur the silhouette has the picture's own alpha.
         shadowDIB->m_AlphaImage = t2xBlur == 0 ? m_AlphaImage : AlphaComplex;

@@ -1,5 +1,4 @@
 // Cutting off transparent borders.
-#include "platform/gdi.h"
 #include "surface/attempt.h"
 #include <cstring>
 
@@ -52,7 +51,6 @@ bool cPixSheet::TrimImage(std::int32_t TrimOptions, bool ReportOnly, TrimRectang
         const ConstPixelView image = HostAccess::pixels(*this);
         if (!image) return refused(noImage);
         if ((TrimOptions & trimAll) == 0) return refused("no side was named");
-        platform::GdiFlush();
         const Rect bounds = visibleBounds(image, TrimOptions);
         if (bounds.isEmpty()) return refused("all of the image is transparent");
         const TrimRectangle kept = {static_cast<std::int32_t>(bounds.left), static_cast<std::int32_t>(bounds.top),

@@ -1,5 +1,6 @@
 // What readers, writers and renderers may do to their host beyond its public members.
 #pragma once
+#include "platform/gdi.h"
 #include "shared/PixelView.h"
 #include "surface/cPixSheet.h"
 #include <utility>
@@ -14,9 +15,17 @@ struct HostAccess {
     // 0, 0 in an image that was no cursor.
     static CursorHotspot hotspot(const cPixSheet& host) noexcept { return host.m_hotspot; }
     static void hotspot(cPixSheet& host, CursorHotspot value) noexcept { host.m_hotspot = value; }
-    // The pixels of the host; an empty view when it holds no image.
-    static PixelView pixels(cPixSheet& host) noexcept { return view(host); }
-    static ConstPixelView pixels(const cPixSheet& host) noexcept { return view(host); }
+    // The pixels of the host; an empty view when it holds no image. What was drawn on them, through whatever device
+    // context, has arrived: the system puts drawing off. Programs that draw afterwards and go on using the view flush
+    // themselves.
+    static PixelView pixels(cPixSheet& host) noexcept { return flushed(host, true); }
+    static ConstPixelView pixels(const cPixSheet& host) noexcept { return flushed(host, true); }
+    // For a pixel alone, of which callers ask for millions: waits only for what was drawn through the instance's own
+    // device context, while it holds the image.
+    static PixelView pixelsForOne(cPixSheet& host) noexcept { return flushed(host, host.m_prevDCobject != 0); }
+    static ConstPixelView pixelsForOne(const cPixSheet& host) noexcept {
+        return flushed(host, host.m_prevDCobject != 0);
+    }
     // How the last call of the host ended (LastErrorText); `attempt` keeps it (surface/attempt.h).
     static const Outcome& outcome(const cPixSheet& host) noexcept { return host.m_outcome; }
     static bool outcome(const cPixSheet& host, Outcome&& value) noexcept {
@@ -31,8 +40,9 @@ struct HostAccess {
     static std::uint32_t osCAP(const cPixSheet& host) noexcept { return host.m_osCAP; }
 
   private:
-    static PixelView view(const cPixSheet& host) noexcept {
+    static PixelView flushed(const cPixSheet& host, bool waits) noexcept {
         if (host.m_Pointer == nullptr) return {};
+        if (waits) platform::GdiFlush();
         const auto width = static_cast<std::size_t>(host.m_Width);
         return {host.m_Pointer, width, static_cast<std::size_t>(host.m_Height), width * 4};
     }

@@ -93,7 +93,7 @@ std::int32_t cPixSheet::GetPixel(std::int32_t x, std::int32_t y, std::int32_t* A
     m_outcome.succeed();
     std::array<std::uint8_t, 4> pixel;
     const auto* const stored =
-        HostAccess::pixels(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
+        HostAccess::pixelsForOne(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
     std::memcpy(pixel.data(), stored, 4);
     if (AlphaValue != nullptr) *AlphaValue = pixel[3];
     // A channel above its alpha, which no valid image has, keeps the low 8 bits: it must not spill into the next one.
@@ -109,7 +109,8 @@ std::uint8_t* cPixSheet::SetPixel(std::int32_t x, std::int32_t y, std::int32_t C
         return nullptr;
     }
     m_outcome.succeed();
-    auto* const stored = HostAccess::pixels(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
+    auto* const stored =
+        HostAccess::pixelsForOne(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
     const ColorChannels channels = iparseColorChannels(Color);
     // A channel of a premultiplied colour that exceeds alpha is scaled by alpha, not held at it: callers rely on
     // getting a darker tone of the same colour.

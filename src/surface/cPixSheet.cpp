@@ -80,7 +80,8 @@ void cPixSheet::pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::in
 void cPixSheet::EraseDIB() noexcept {
     m_outcome = doneIf(m_Handle != 0, noImage);
     if (m_Handle == 0) return;
-    std::memset(m_Pointer, 0, static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height) * 4);
+    const PixelView pixels = HostAccess::pixels(*this);
+    std::memset(pixels.bits, 0, pixels.stride * pixels.height);
     m_Format = imgNone;
     m_AlphaImage = AlphaSimple; // an all-transparent image counts as simple transparency
 }

@@ -5,6 +5,7 @@
 #include "support/Pictures.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
+#include <functional>
 
 namespace pixkit::test {
 namespace {
@@ -202,6 +203,39 @@ TEST(AnArrayOverTheStore, IsReadWhileItChanges) {
     EXPECT_EQ(pixelsOf(sheet), (std::vector<Pixel>{{3, 3, 3, 255}, {2, 2, 2, 255}, {1, 1, 1, 255}}));
     sheet.InitializeDIB(10, 10);
     EXPECT_FALSE(sheet.LoadPicture_Stream(ByteArray::borrow(sheet.BitsPointer(), {0, 400})));
+}
+
+TEST(Surface, PixelsAreTouchedBeforeDrawingThatWasPutOffIsDone) {
+    cPixSheet sheet, other;
+    ByteArray bytes;
+    const auto isFlushed = [](const std::function<void()>& member) {
+        const ScopedFault plan(SeamCall::gdiFlush, 0, 1);
+        member();
+        return !platform::faultDue(SeamCall::gdiFlush);
+    };
+    for (const bool isSelected : {false, true}) {
+        fill(sheet, 2, 1, {{1, 2, 3, 255}, {}});
+        sheet.LoadDIBinDC(isSelected);
+        EXPECT_EQ(isFlushed([&] { sheet.GetPixel(0, 0); }), isSelected) << "slow for nothing, or too early";
+        EXPECT_EQ(isFlushed([&] { sheet.SetPixel(0, 0, 0); }), isSelected);
+        const std::function<void()> members[] = {
+            [&] { sheet.GetAlphaMask(bytes); },
+            [&] { sheet.GetDIBbits(bytes); },
+            [&] { sheet.SetDIBbits(bytes); },
+            [&] { sheet.EraseDIB(); },
+            [&] { sheet.MakeImageInverse(); },
+            [&] { sheet.Resize(3, 1); },
+            [&] { sheet.CopyImageTo(other); },
+            [&] { other.CopyImageTo(sheet); },
+            [&] { sheet.SaveToStream_PNG(bytes); },
+            [&] { other.Render(0, 0, 0, 0, 0, 0, 0, 0, 0, 100, true, true, &sheet); },
+            [&] { sheet.CreateDropShadow(); },
+            [&] { sheet.CreateCheckerBoard(); },
+            [&] { sheet.TrimImage(trimAll, true); },
+        };
+        for (const auto& member : members)
+            EXPECT_TRUE(isFlushed(member)) << &member - members;
+    }
 }
 
 } // namespace

@@ -155,6 +155,9 @@ bool AlphaBlend(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, s
     return true;
 }
 
-void GdiFlush() noexcept {} // nothing is ever put off
+// Nothing is ever put off.
+void GdiFlush() noexcept {
+    faultDue(SeamCall::gdiFlush);
+}
 
 } // namespace pixkit::platform

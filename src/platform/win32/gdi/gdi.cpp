@@ -150,6 +150,7 @@ bool AlphaBlend(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, s
 }
 
 void GdiFlush() noexcept {
+    faultDue(SeamCall::gdiFlush);
     ::GdiFlush();
 }
 
