@@ -68,7 +68,7 @@ TEST(Surroundings, ZlibBesideTheDllIsFoundAndUsed) {
     const auto calls = beside.function("zlibCalls");
     if (calls == nullptr) GTEST_SKIP() << "the system replaces zlib1.dll";
     EXPECT_TRUE(isTrue(beside.sheet.get(), L"isZlibEnabled"));
-    loadPng(beside.sheet.get()); // refused: this zlib's checksums are wrong
+    EXPECT_TRUE(loadPng(beside.sheet.get()));
     EXPECT_GT(calls(), 0) << "another zlib was used";
 }
 
@@ -77,6 +77,28 @@ TEST(Surroundings, AWrongZlibBesideTheDllIsSurvived) {
     if (beside.function("somethingElse") == nullptr) GTEST_SKIP() << "the system replaces zlib1.dll";
     EXPECT_FALSE(isTrue(beside.sheet.get(), L"isZlibEnabled"));
     EXPECT_TRUE(loadPng(beside.sheet.get()));
+}
+
+TEST(Surroundings, AZlibOfTheWrongConventionIsCalled) {
+    const BesideZlib beside("zlib-stdcall");
+    const auto pretends =
+        reinterpret_cast<int (*)(const char*, unsigned long)>(reinterpret_cast<void*>(beside.function("zlibPretends")));
+    if (pretends == nullptr) GTEST_SKIP() << "the system replaces zlib1.dll";
+    constexpr unsigned long winapi = 1UL << 10;
+    for (const auto& [version, flags] : {std::pair<const char*, unsigned long>{nullptr, 0},
+                                         {"", 0},
+                                         {"1", 0},
+                                         {"0.95", 0},
+                                         {"1.1.4", 0},
+                                         {"x.3", 0},
+                                         {"1.2.13", winapi},
+                                         {"1.10", winapi},
+                                         {"2.0", winapi | 0x55}}) {
+        pretends(version, flags);
+        EXPECT_TRUE(loadPng(beside.sheet.get())) << (version != nullptr ? version : "none");
+        EXPECT_TRUE(isTrue(beside.sheet.get(), L"isZlibEnabled")) << "which tells of names alone";
+    }
+    EXPECT_EQ(pretends(nullptr, 0), 0) << "calls";
 }
 
 HMODULE WINAPI noLibraryA(const char* /*name*/) {

@@ -7,6 +7,7 @@
 #include "shared/checked.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -238,12 +239,39 @@ using Crc32Function = unsigned long(unsigned long crc, const std::uint8_t* bytes
 using UncompressFunction = int(std::uint8_t* dest, unsigned long* destLen, const std::uint8_t* source,
                                unsigned long sourceLen);
 constexpr int zlibOk = 0;
+
+// Whether a version is "1.2" or later.
+bool isVersionEnough(std::string_view version) noexcept {
+    int numbers[2] = {};
+    const char* at = version.data();
+    const char* const end = at + version.size();
+    for (int& number : numbers) {
+        const auto read = std::from_chars(at, end, number);
+        if (read.ec != std::errc()) return false;
+        at = read.ptr == end ? end : read.ptr + 1; // over the point
+    }
+    return numbers[0] > 1 || (numbers[0] == 1 && numbers[1] >= 2);
+}
+
+// Libraries under the same names were built with another convention too, in which the function takes its arguments off
+// the stack: a call would return, if at all, to locals that are not where they were. So what takes no arguments, which
+// is the same in both, is asked first: old versions, whose convention nobody can tell, count as absent, and newer ones
+// say how they were built.
+bool hasCConvention(const cCDECL& library) noexcept {
+    auto* const zlibVersion = library.function<const char*()>("zlibVersion");
+    const char* const version = zlibVersion != nullptr ? zlibVersion() : nullptr;
+    if (version == nullptr || !isVersionEnough(version)) return false;
+    constexpr unsigned long otherConvention = 1UL << 10; // ZLIB_WINAPI
+    auto* const zlibCompileFlags = library.function<unsigned long()>("zlibCompileFlags");
+    return zlibCompileFlags == nullptr || (zlibCompileFlags() & otherConvention) == 0;
+}
+
 } // namespace
 
 bool cPNGparser::zValidateZLIBversion() {
     for (const char* zLIBname : {"zlib1.dll", "zlib.dll"}) {
         cCfunction = cCDECL(zLIBname);
-        if (cCfunction.function<UncompressFunction>("uncompress") != nullptr) return true;
+        if (cCfunction.function<UncompressFunction>("uncompress") != nullptr && hasCConvention(cCfunction)) return true;
     }
     cCfunction = cCDECL();
     return false;

@@ -1,12 +1,20 @@
-// A zlib1.dll that only notes that it was asked: its checksum is wrong and it inflates nothing.
+// A zlib1.dll that notes that it was asked. It inflates nothing.
 namespace {
 int calls = 0;
 }
 
 extern "C" {
-__declspec(dllexport) unsigned long crc32(unsigned long /*crc*/, const unsigned char* /*bytes*/, unsigned /*size*/) {
+__declspec(dllexport) const char* zlibVersion() {
+    return "1.2"; // the first that is trusted
+}
+__declspec(dllexport) unsigned long crc32(unsigned long crc, const unsigned char* bytes, unsigned size) {
     ++calls;
-    return 0;
+    crc = ~crc;
+    for (unsigned bit = 0; bit < size * 8; ++bit) {
+        if (bit % 8 == 0) crc ^= bytes[bit / 8];
+        crc = (crc >> 1) ^ ((crc & 1) * 0xEDB88320);
+    }
+    return ~crc;
 }
 __declspec(dllexport) int uncompress(unsigned char* /*out*/, unsigned long* /*outSize*/, const unsigned char* /*in*/,
                                      unsigned long /*inSize*/) {
