@@ -125,6 +125,7 @@ HRESULT Argument::bindMissing(const Parameter& parameter) noexcept {
     case Parameter::Kind::reference:
     case Parameter::Kind::objectReference:
         zero(m_local, parameter.type);
+        if (parameter.defaultValue) static_cast<VARIANT&>(m_local) = *parameter.defaultValue; // a number
         m_call.vt = referenceTo(parameter.type);
         m_call.byref = &m_local.byref;
         return S_OK;

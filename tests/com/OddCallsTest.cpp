@@ -233,6 +233,26 @@ TEST_F(OddCalls, OneIdentityAndTruthfulSideInterfaces) {
     EXPECT_EQ(other, nullptr);
 }
 
+TEST_F(OddCalls, AnOptionalNumberHasNoDefaultInTheTypeLibrary) {
+    ComPtr<ITypeInfo> info;
+    FUNCDESC* function = nullptr;
+    int byReference = 0;
+    sheet->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.put());
+    for (UINT i = 0; SUCCEEDED(info->GetFuncDesc(i, &function)); ++i) {
+        for (SHORT k = 0; k < function->cParams; ++k) {
+            const auto& [type, parameter] =
+                std::tie(function->lprgelemdescParam[k].tdesc, function->lprgelemdescParam[k].paramdesc);
+            if ((parameter.wParamFlags & PARAMFLAG_FOPT) == 0) continue;
+            const bool isReference = type.vt == VT_PTR;
+            const bool isObject = type.vt == VT_DISPATCH || (isReference && type.lptdesc->vt == VT_PTR);
+            EXPECT_EQ((parameter.wParamFlags & PARAMFLAG_FHASDEFAULT) == 0, isObject) << function->memid << ' ' << k;
+            byReference += isReference && !isObject;
+        }
+        info->ReleaseFuncDesc(function);
+    }
+    EXPECT_EQ(byReference, 6); // of GetPixel and TrimImage
+}
+
 TEST_F(OddCalls, PictureObjectsAreTakenInEveryFormAndOthersAreNot) {
     PICTDESC description{};
     description.cbSizeofstruct = sizeof description;
