@@ -125,12 +125,11 @@ HRESULT PixSheetObject::Invoke(DISPID id, REFIID reserved, LCID locale, WORD fla
                                VARIANT* result, EXCEPINFO* /*exception*/, UINT* argumentError) {
     if (!::IsEqualGUID(reserved, GUID{})) return DISP_E_UNKNOWNINTERFACE;
     if (const HRESULT status = types(); FAILED(status)) return status;
-    AddRef(); // until the call is over, whatever it leads to
+    const Hold held(*this);
     const LateCall call{id, arguments};
     const LateCall* const outer = std::exchange(m_lateCall, &call);
     const HRESULT status = invoke(*m_types, this, id, locale, flags, arguments, result, argumentError);
     m_lateCall = outer;
-    Release();
     return status;
 }
 
@@ -157,10 +156,12 @@ void describeInstance(const PixSheetObject& object, ErrorReport& report) {
 HRESULT PixSheetObject::get_Tag(VARIANT* result) {
     if (result == nullptr) return E_POINTER;
     ::VariantInit(result);
+    const Hold held(*this); // copying an object runs its code, here as below
     return ::VariantCopy(result, &m_Tag);
 }
 
 HRESULT PixSheetObject::put_Tag(VARIANT value) {
+    const Hold held(*this);
     Variant copied;
     if (const HRESULT status = ::VariantCopyInd(&copied, &value); FAILED(status)) return status;
     // The old value goes last: releasing an object may run code that asks for Tag.
@@ -256,6 +257,7 @@ HRESULT PixSheetObject::get_LastErrorText(BSTR* result) {
 HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG newHeight,
                                     VARIANT_BOOL CopyOriginalFormat) {
     if (cDIBclass == nullptr) return E_POINTER;
+    const Hold held(*this); // asking a foreign object runs its code
     if (*cDIBclass != nullptr) {
         PixSheetObject* const target = ours(*cDIBclass);
         if (target == nullptr) return DISP_E_TYPEMISMATCH;
@@ -271,6 +273,7 @@ HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG 
 HRESULT PixSheetObject::SwapDIBs(_cPixSheet** SwapFromDIB) {
     if (SwapFromDIB == nullptr) return E_POINTER;
     if (*SwapFromDIB == nullptr) return S_OK;
+    const Hold held(*this); // as above
     PixSheetObject* const other = ours(*SwapFromDIB);
     if (other == nullptr) return DISP_E_TYPEMISMATCH;
     return run([&] { m_sheet->SwapDIBs(other->m_sheet.get()); });

@@ -378,11 +378,26 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     // Adds the arguments, of late-bound calls, and the variables of the native object.
     friend void describeInstance(const PixSheetObject& object, ErrorReport& report);
 
+    // Holds the object while a member of it runs: a host that is called back, or a timer of the program's while a
+    // question is open, may let go of the last reference.
+    class Hold {
+      public:
+        explicit Hold(PixSheetObject& object) noexcept : m_object(object) { m_object.AddRef(); }
+        ~Hold() { m_object.Release(); }
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+      private:
+        PixSheetObject& m_object;
+    };
+
     // The forms of a member, which the guard knows by its name and line; reports of the native member that it calls,
     // which has a guard of its own, name the parameters in any case. A null pointer for what it gives is refused before
-    // anything happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT.
+    // anything happens; whatever goes wrong inside becomes the member's failure value, never an HRESULT. The
+    // object is held.
     template <class Body>
     HRESULT run(Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
+        const Hold held(*this);
         guarded(Call(*this, member), false, [&] { return body(), true; });
         return S_OK;
     }
@@ -396,6 +411,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     template <class Body>
     HRESULT drawOnto(_cPixSheet** host, VARIANT_BOOL* result, Body&& body,
                      const Procedure& member = __builtin_FUNCTION()) noexcept {
+        const Hold held(*this); // asking a foreign object runs its code
         PixSheetObject* const target = host != nullptr && *host != nullptr ? ours(*host) : nullptr;
         if (host != nullptr && *host != nullptr && target == nullptr) return DISP_E_TYPEMISMATCH;
         return give(

@@ -4,6 +4,7 @@
 #include "Server.h"
 #include "support/SourceFolder.h"
 #include <algorithm>
+#include <functional>
 #include <olectl.h>
 #include <set>
 
@@ -122,6 +123,8 @@ TEST(Surroundings, WithoutAnyZlibPicturesStillLoad) {
 // A host's global object, as far as it is asked.
 class Host final : public IDispatch {
   public:
+    std::function<void()> whileAsked = [] {};
+
     STDMETHODIMP QueryInterface(REFIID id, void** result) override {
         const bool known = id == IID_IUnknown || id == IID_IDispatch;
         *result = known ? this : nullptr;
@@ -137,6 +140,7 @@ class Host final : public IDispatch {
     }
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
                         UINT*) override {
+        whileAsked();
         if (id == 78) {
             EXPECT_EQ(arguments->rgvarg[1].lVal, 101);
             EXPECT_EQ(arguments->rgvarg[0].lVal, 1) << "an icon";
@@ -191,6 +195,21 @@ TEST_F(HostResources, AreAskedForByNameOrComeFromTheProgramItself) {
         EXPECT_EQ(isTrue(sheet.get(), L"LoadPicture_Resource", {row.index, row.section, row.host}), row.isFound)
             << &row - rows;
         EXPECT_EQ(width() != 0, row.isFound) << &row - rows << ": a failed load leaves the instance empty";
+    }
+}
+
+TEST_F(HostResources, MayLetGoOfTheLastReferenceWhileTheyAreAsked) {
+    Host host;
+    for (const bool isLate : {false, true}) {
+        _cPixSheet* const last = server.create();
+        host.whileAsked = [&] { EXPECT_GT(last->Release(), 0u) << "destroyed under its member"; };
+        VARIANT_BOOL isLoaded = VARIANT_FALSE;
+        if (isLate) {
+            EXPECT_TRUE(isTrue(last, L"LoadPicture_Resource", {number(101), text(L"PICTURES"), object(&host)}));
+        } else {
+            last->LoadPicture_Resource(number(101), text(L"PICTURES"), &host, 32, 32, 0, 0, 32, &isLoaded);
+            EXPECT_EQ(isLoaded, VARIANT_TRUE);
+        }
     }
 }
 

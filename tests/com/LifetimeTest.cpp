@@ -1,5 +1,6 @@
 // What keeps the DLL loaded, and what objects leave behind.
 #include "Server.h"
+#include <fstream>
 #include <psapi.h>
 
 namespace pixkit::test {
@@ -70,6 +71,30 @@ TEST_F(Lifetime, ATagThatClingsToItsHolderDoesNotDestroyItTwice) {
     EXPECT_EQ(clinging.references, 1u);
     sheet.reset();
     EXPECT_EQ(clinging.references, 0u);
+}
+
+_cPixSheet* asking = nullptr;
+
+// Once the question is open: lets go of the object that asks, and says yes.
+void CALLBACK letGo(HWND, UINT, UINT_PTR timer, DWORD) {
+    const HWND box = ::FindWindowW(L"#32770", L"Overwrite Confirmation");
+    if (box == nullptr) return;
+    ::KillTimer(nullptr, timer);
+    EXPECT_GT(asking->Release(), 0u) << "destroyed under its member";
+    ::PostMessageW(box, WM_COMMAND, IDYES, 0);
+}
+
+TEST_F(Lifetime, ATimerLetsGoOfTheLastReferenceWhileAQuestionIsOpen) {
+    const auto path = std::filesystem::temp_directory_path() / "pixkit-lifetime.bmp";
+    std::ofstream(path) << "old";
+    asking = server.create();
+    VARIANT_BOOL isSaved = VARIANT_FALSE;
+    asking->InitializeDIB(2, 2, &isSaved);
+    ::SetTimer(nullptr, 0, 10, letGo);
+    asking->SaveToFile_Bitmap(text(path.wstring().c_str()).bstrVal, VARIANT_FALSE, 0, VARIANT_TRUE, &isSaved);
+    EXPECT_EQ(isSaved, VARIANT_TRUE);
+    EXPECT_EQ(std::filesystem::file_size(path), 54u + 16u);
+    std::filesystem::remove(path);
 }
 
 struct InUse {
