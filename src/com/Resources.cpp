@@ -1,6 +1,6 @@
 #include "com/Resources.h"
 #include "com/Arrays.h"
-#include "com/Automation.h"
+#include "com/LateBound.h"
 #include "platform/gdi.h"
 #include "platform/icons.h"
 #include "platform/win32/pictures/OlePicture.h"
@@ -15,20 +15,10 @@ namespace {
 using Use = std::function<bool(const ByteArray&)>;
 
 // host.function(index, section). What the host raises only means that there is nothing.
-HRESULT callHost(IDispatch* host, const wchar_t* function, VARIANT& index, VARIANT& section, VARIANT& result) {
-    wchar_t* names[] = {const_cast<wchar_t*>(function)};
-    DISPID id = 0;
-    if (const HRESULT status = host->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id); FAILED(status))
-        return status;
-    VARIANTARG reversed[] = {section, index}; // copies of the caller's, not owned
-    DISPPARAMS arguments{reversed, nullptr, 2, 0};
-    EXCEPINFO exception{};
-    const HRESULT status = host->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD | DISPATCH_PROPERTYGET,
-                                        &arguments, &result, &exception, nullptr);
-    ::SysFreeString(exception.bstrSource);
-    ::SysFreeString(exception.bstrDescription);
-    ::SysFreeString(exception.bstrHelpFile);
-    return status;
+HRESULT callHost(IDispatch* host, const wchar_t* function, const VARIANT& index, const VARIANT& section,
+                 Variant& result) {
+    const VARIANT arguments[] = {index, section};
+    return callByName(host, function, arguments, result);
 }
 
 bool withHostResource(IDispatch* host, VARIANT& index, VARIANT& section, const Use& use) {

@@ -1,5 +1,6 @@
 // The DLL within its surroundings: what it imports, the zlib beside it, resources of the program around it.
 #include "ImageFile.h"
+#include "LateObject.h"
 #include "Pictures.h"
 #include "Server.h"
 #include "support/SourceFolder.h"
@@ -120,55 +121,33 @@ TEST(Surroundings, WithoutAnyZlibPicturesStillLoad) {
     EXPECT_TRUE(loadPng(sheet.get()));
 }
 
-// A host's global object, as far as it is asked.
-class Host final : public IDispatch {
-  public:
-    std::function<void()> whileAsked = [] {};
-
-    STDMETHODIMP QueryInterface(REFIID id, void** result) override {
-        const bool known = id == IID_IUnknown || id == IID_IDispatch;
-        *result = known ? this : nullptr;
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP GetTypeInfoCount(UINT* count) override { return *count = 0, S_OK; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
-        *ids = ::lstrcmpiW(names[0], L"LoadResData") == 0 ? 77 : 78;
-        return *ids == 77 || ::lstrcmpiW(names[0], L"LoadResPicture") == 0 ? S_OK : DISP_E_UNKNOWNNAME;
-    }
-    STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
-                        UINT*) override {
-        whileAsked();
-        if (id == 78) {
-            EXPECT_EQ(arguments->rgvarg[1].lVal, 101);
-            EXPECT_EQ(arguments->rgvarg[0].lVal, 1) << "an icon";
-            PICTDESC description{};
-            description.cbSizeofstruct = sizeof description;
-            description.picType = PICTYPE_ICON;
-            description.icon.hicon = ::CopyIcon(::LoadIconW(nullptr, IDI_APPLICATION));
-            result->vt = VT_DISPATCH;
-            return ::OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE,
-                                              reinterpret_cast<void**>(&result->pdispVal));
-        }
-        const bool asked = id == 77 && arguments->cArgs == 2 && arguments->rgvarg[1].lVal == 101 &&
-                           std::wstring(arguments->rgvarg[0].bstrVal) == L"PICTURES";
-        if (!asked) {
-            exception->bstrDescription = ::SysAllocString(L"Resource not found");
-            return DISP_E_EXCEPTION;
-        }
-        const OwnArray bytes(VT_UI1, readFile((sourceFolder() / "samples/pictures/landscape.png").make_preferred()));
-        result->vt = VT_ARRAY | VT_UI1;
-        return ::SafeArrayCopy(bytes.array, &result->parray);
-    }
-};
+// The members of a host's global object.
+HRESULT loadPicture(const DISPPARAMS& arguments, VARIANT& result) {
+    EXPECT_EQ(arguments.rgvarg[1].lVal, 101);
+    EXPECT_EQ(arguments.rgvarg[0].lVal, 1) << "an icon";
+    PICTDESC description{};
+    description.cbSizeofstruct = sizeof description;
+    description.picType = PICTYPE_ICON;
+    description.icon.hicon = ::CopyIcon(::LoadIconW(nullptr, IDI_APPLICATION));
+    result.vt = VT_DISPATCH;
+    return ::OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, reinterpret_cast<void**>(&result.pdispVal));
+}
+HRESULT loadBytes(const DISPPARAMS& arguments, VARIANT& result) {
+    const bool isAsked = arguments.cArgs == 2 && arguments.rgvarg[1].lVal == 101 &&
+                         std::wstring(arguments.rgvarg[0].bstrVal) == L"PICTURES";
+    if (!isAsked) return DISP_E_EXCEPTION;
+    const OwnArray bytes(VT_UI1, readFile((sourceFolder() / "samples/pictures/landscape.png").make_preferred()));
+    result.vt = VT_ARRAY | VT_UI1;
+    return ::SafeArrayCopy(bytes.array, &result.parray);
+}
 
 using HostResources = ComTest;
 
 TEST_F(HostResources, AreAskedForByNameOrComeFromTheProgramItself) {
-    Host host;
-    const VARIANT asked = object(&host), none = object(nullptr);
+    const std::map<std::wstring, LateObject::Member> members = {{L"LoadResData", loadBytes},
+                                                                {L"LoadResPicture", loadPicture}};
+    LateObject host(members), script(members, true);
+    const VARIANT asked = object(&host), written = object(&script), none = object(nullptr);
     VARIANT index = number(101);
     SHORT icon = 1;
     const struct {
@@ -178,6 +157,9 @@ TEST_F(HostResources, AreAskedForByNameOrComeFromTheProgramItself) {
         {variable(index), text(L"PICTURES"), asked, true},
         {number(102), text(L"PICTURES"), asked, false}, // what the host raises is no result
         {number(101), typed(VT_I2, &icon), asked, true},
+        {number(101), text(L"PICTURES"), written, true},
+        {number(102), text(L"PICTURES"), written, false},
+        {number(101), number(1), written, true},
         {number(7), text(L"PICTURES"), none, true},
         {text(L"SPRITE"), text(L"pictures"), none, true},
         {text(L"#7"), text(L"PICTURES"), none, true},
@@ -196,13 +178,23 @@ TEST_F(HostResources, AreAskedForByNameOrComeFromTheProgramItself) {
             << &row - rows;
         EXPECT_EQ(width() != 0, row.isFound) << &row - rows << ": a failed load leaves the instance empty";
     }
+    EXPECT_EQ(host.references + script.references, 2U);
+    for (const LONG height : {24, 12}) { // of the program's icon
+        EXPECT_TRUE(
+            isTrue(sheet.get(), L"LoadPicture_Resource", {number(7), number(1), none, number(24), number(height)}));
+        LONG loaded = 0;
+        sheet->get_Height(&loaded);
+        EXPECT_EQ(std::pair(width(), loaded), std::pair(24L, height));
+    }
 }
 
 TEST_F(HostResources, MayLetGoOfTheLastReferenceWhileTheyAreAsked) {
-    Host host;
     for (const bool isLate : {false, true}) {
         _cPixSheet* const last = server.create();
-        host.whileAsked = [&] { EXPECT_GT(last->Release(), 0u) << "destroyed under its member"; };
+        LateObject host({{L"LoadResData", [&](const DISPPARAMS& arguments, VARIANT& result) {
+                              EXPECT_GT(last->Release(), 0u) << "destroyed under its member";
+                              return loadBytes(arguments, result);
+                          }}});
         VARIANT_BOOL isLoaded = VARIANT_FALSE;
         if (isLate) {
             EXPECT_TRUE(isTrue(last, L"LoadPicture_Resource", {number(101), text(L"PICTURES"), object(&host)}));

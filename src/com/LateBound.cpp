@@ -1,0 +1,50 @@
+#include "com/LateBound.h"
+#include <algorithm>
+#include <array>
+#include <dispex.h>
+
+namespace pixkit::com {
+
+namespace {
+
+constexpr std::size_t mostArguments = 4;
+
+// Objects of some script engines know names through IDispatchEx only, which others do not have.
+HRESULT findName(IDispatch* object, const wchar_t* name, DISPID& id) noexcept {
+    auto* names = const_cast<wchar_t*>(name);
+    const HRESULT status = object->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id);
+    if (SUCCEEDED(status)) return status;
+    ComPtr<IDispatchEx> extended;
+    if (FAILED(object->QueryInterface(__uuidof(IDispatchEx), extended.putVoid())) || !extended) return status;
+    Variant text;
+    text.bstrVal = ::SysAllocString(name);
+    if (text.bstrVal == nullptr) return E_OUTOFMEMORY;
+    text.vt = VT_BSTR;
+    return extended->GetDispID(text.bstrVal, fdexNameCaseInsensitive, &id);
+}
+
+HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS& arguments, Variant& result) noexcept {
+    EXCEPINFO exception{};
+    const HRESULT status =
+        object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &arguments, &result, &exception, nullptr);
+    ::SysFreeString(exception.bstrSource);
+    ::SysFreeString(exception.bstrDescription);
+    ::SysFreeString(exception.bstrHelpFile);
+    if (FAILED(status)) ::VariantClear(&result);
+    return status;
+}
+
+} // namespace
+
+HRESULT callByName(IDispatch* object, const wchar_t* name, std::span<const VARIANT> arguments,
+                   Variant& result) noexcept {
+    if (arguments.size() > mostArguments) return DISP_E_BADPARAMCOUNT;
+    DISPID id = 0;
+    if (const HRESULT status = findName(object, name, id); FAILED(status)) return status;
+    std::array<VARIANTARG, mostArguments> reversed; // copies of the caller's, not owned
+    std::ranges::reverse_copy(arguments, reversed.begin());
+    DISPPARAMS passed{reversed.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
+    return invoke(object, id, DISPATCH_METHOD | DISPATCH_PROPERTYGET, passed, result);
+}
+
+} // namespace pixkit::com

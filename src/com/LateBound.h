@@ -1,0 +1,14 @@
+// Calls of objects that are known by nothing but the names of their members: hosts' and scripts' own.
+#pragma once
+#include "com/Automation.h"
+#include <span>
+
+namespace pixkit::com {
+
+// object.name(arguments...), or the value of a property, for which there are none. `name` has to be written as scripts
+// write it, because some engines tell upper from lower case. What the object raises is an HRESULT like any other;
+// `result` is Empty then.
+HRESULT callByName(IDispatch* object, const wchar_t* name, std::span<const VARIANT> arguments,
+                   Variant& result) noexcept;
+
+} // namespace pixkit::com
