@@ -45,14 +45,17 @@ SAFEARRAY* createdLike(const SAFEARRAY* array, VARTYPE type) {
     return ::SafeArrayCreate(type, array->cDims, std::vector<SAFEARRAYBOUND>(bounds.rbegin(), bounds.rend()).data());
 }
 
+// A string becomes one of the array's own.
 HRESULT convertElement(VARIANT& element, VARTYPE type, LCID locale, std::uint8_t* out, std::size_t size) noexcept {
-    if (element.vt == type) {
+    if (element.vt == type && type != VT_BSTR) {
         std::memcpy(out, &element.byref, size);
         return S_OK;
     }
     Variant value;
     const HRESULT result = ::VariantChangeTypeEx(&value, &element, locale, 0, type);
-    if (SUCCEEDED(result)) std::memcpy(out, &value.byref, size);
+    if (FAILED(result)) return result;
+    std::memcpy(out, &value.byref, size);
+    value.detach();
     return result;
 }
 
@@ -174,6 +177,16 @@ bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_
     return replace(target, filled);
 }
 
+bool replaceByStrings(SAFEARRAY** target, const std::vector<std::string>& texts) {
+    if (*target != nullptr && (!isReplaceable(*target) || !hasElements(*target, VT_BSTR))) return false;
+    SAFEARRAY* const filled = ::SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
+    if (filled == nullptr) return false;
+    auto* const elements = static_cast<BSTR*>(filled->pvData);
+    for (std::size_t i = 0; i < texts.size(); ++i)
+        elements[i] = toBstr(texts[i]);
+    return replace(target, filled);
+}
+
 HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept try {
     *result = nullptr;
     if (variants == nullptr) return S_OK;
@@ -204,8 +217,13 @@ HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) no
     auto* const elements = static_cast<VARIANT*>(variants->pvData);
     const std::size_t count = elementCount(array);
     for (std::size_t i = 0; i < count; ++i, in += array->cbElements) {
-        elements[i].vt = type;
-        std::memcpy(&elements[i].byref, in, array->cbElements);
+        VARIANT element = {}; // not owned
+        element.vt = type;
+        std::memcpy(&element.byref, in, array->cbElements);
+        if (const HRESULT status = ::VariantCopy(&elements[i], &element); FAILED(status)) {
+            ::SafeArrayDestroy(variants);
+            return status;
+        }
     }
     *result = variants;
     return S_OK;

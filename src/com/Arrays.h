@@ -3,6 +3,7 @@
 #include "com/Automation.h"
 #include "shared/ByteArray.h"
 #include <cstring>
+#include <string>
 #include <vector>
 
 namespace pixkit::com {
@@ -53,6 +54,9 @@ class CallersBytes final : private ByteArray::Memory {
 // `values` holds them row by row. False, and the array as it was, for other elements, a locked or fixed array, or
 // without memory.
 bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_t fast, std::uint32_t slow) noexcept;
+
+// Replaces a caller's array by one of strings, from 0. False, and the array as it was, in the same cases.
+bool replaceByStrings(SAFEARRAY** target, const std::vector<std::string>& texts);
 
 // The same array with elements of another type: what scripts can index are arrays of VARIANT. The caller owns the
 // result; null in gives null.

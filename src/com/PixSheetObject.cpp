@@ -1,6 +1,7 @@
 #define INITGUID // this file defines what the generated header only declares
 #include "com/PixSheetObject.h"
 #include "com/Dispatch.h"
+#include "com/DroppedFiles.h"
 #include "com/IconArguments.h"
 #include "com/Resources.h"
 #include "platform/win32/system/version_record.h"
@@ -346,6 +347,26 @@ HRESULT PixSheetObject::LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSectio
         });
         if (!loaded) m_sheet->DestroyDIB(); // as every load that fails
         return loaded;
+    });
+}
+
+// --- dropped and pasted files
+
+HRESULT PixSheetObject::LoadPicture_DropedFiles(VARIANT* Data, LONG FileIndex, LONG iconCx, LONG iconCy,
+                                                VARIANT_BOOL SaveFormat, LONG iconBitDepth, VARIANT_BOOL* result) {
+    if (Data == nullptr) return E_POINTER;
+    return give(result, [&] {
+        const auto files = droppedFiles(*Data);
+        return m_sheet->LoadPicture_DropedFiles(files, FileIndex, iconCx, iconCy, isTrue(SaveFormat), iconBitDepth);
+    });
+}
+
+HRESULT PixSheetObject::GetDroppedFileNames(VARIANT* Data, SAFEARRAY** FileNames, LONG* result) {
+    if (Data == nullptr || FileNames == nullptr) return E_POINTER;
+    return give(result, [&] {
+        std::vector<std::string> names;
+        const std::int32_t count = m_sheet->GetDroppedFileNames(droppedFiles(*Data), names);
+        return count != 0 && replaceByStrings(FileNames, names) ? count : 0;
     });
 }
 

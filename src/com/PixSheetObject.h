@@ -340,6 +340,12 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP TrimImage(::eTrimOptions TrimOptions, VARIANT_BOOL ReportOnly, LONG* x, LONG* y, LONG* Width,
                            LONG* Height, VARIANT_BOOL* result) override;
 
+    // --- dropped and pasted files
+
+    STDMETHODIMP LoadPicture_DropedFiles(VARIANT* Data, LONG FileIndex, LONG iconCx, LONG iconCy,
+                                         VARIANT_BOOL SaveFormat, LONG iconBitDepth, VARIANT_BOOL* result) override;
+    STDMETHODIMP GetDroppedFileNames(VARIANT* Data, SAFEARRAY** FileNames, LONG* result) override;
+
   private:
     using Access = CallersBytes::Access;
 

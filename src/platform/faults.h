@@ -40,6 +40,7 @@ enum class SeamCall : std::uint8_t {
     loadLibrary,
     getProcAddress,
     windowStationVisible, // "fails" = nobody sees it
+    globalLock,
     desktopWindowUnicode, // "fails" = the desktop answers that it is not Unicode
     count
 };

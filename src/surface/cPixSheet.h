@@ -17,6 +17,7 @@
 namespace pixkit {
 
 class LoadRequest;
+struct DroppedFile;                                         // platform/drops.h
 using ResourceId = std::variant<std::int32_t, std::string>; // shared/resources.h
 struct DrawJob;
 struct ErrorReport;
@@ -206,6 +207,19 @@ class cPixSheet {
     // The images of the icon or cursor file that the image came from, if a load with SaveFormat kept the file, in its
     // order; those that cannot be read are left out. Returns how many. 0, and sizeArray as it was, otherwise.
     std::int32_t SourceIconSizes(std::vector<IconSourceSize>& sizeArray) const noexcept;
+
+    // --- dropped files (loading/DroppedFiles.cpp)
+
+    // Loads a file of those that were dropped: the one of this index, from 1, or for 0 the first that loads. A file by
+    // its name is loaded as by LoadPicture_File, contents as by LoadPicture_Stream. On Windows platform::filesOfDrop
+    // (platform/drops.h) makes the files of an HDROP; toolkits give names. False for an index without a file.
+    bool LoadPicture_DropedFiles(std::span<const DroppedFile> Data, std::int32_t FileIndex = 0,
+                                 std::int32_t iconCx = 32, std::int32_t iconCy = 32, bool SaveFormat = false,
+                                 std::int32_t iconBitDepth = 32) noexcept;
+    // The names of dropped files, in UTF-8 and in their order; files that have none are left out. Returns how
+    // many. 0, and FileNames as it was, when there are none.
+    std::int32_t GetDroppedFileNames(std::span<const DroppedFile> Data,
+                                     std::vector<std::string>& FileNames) const noexcept;
 
     // --- saving (saving/SaveDispatch.cpp)
 

@@ -54,14 +54,18 @@ Value valueOf(const VARIANT& variant) {
         std::size_t{variant.parray->rgsabound[dimensions - 1].cElements} * std::max(array.rows, 1U);
     const auto size = variant.parray->cbElements;
     const auto* const first = static_cast<const std::uint8_t*>(variant.parray->pvData);
+    std::vector<Value> texts;
     for (std::size_t i = 0; i < count; ++i) {
         VARIANT element{};
         element.vt = static_cast<VARTYPE>(variant.vt & ~VT_ARRAY);
         std::memcpy(element.vt == VT_VARIANT ? static_cast<void*>(&element) : &element.byref, first + i * size, size);
         array.hasLongs = element.vt == VT_I4;
-        array.elements.push_back(static_cast<std::int32_t>(std::get<std::int64_t>(valueOf(element))));
+        if (element.vt == VT_BSTR)
+            texts.push_back(valueOf(element));
+        else
+            array.elements.push_back(static_cast<std::int32_t>(std::get<std::int64_t>(valueOf(element))));
     }
-    return array;
+    return texts.empty() ? Value(array) : Value(texts);
 }
 
 // What the caller holds. Scripts have arrays of VARIANT only, and numbers as small as they go.
@@ -103,8 +107,11 @@ void give(const Value& value, bool isScript, VARIANT& out) {
         out = object(static_cast<IDispatch*>(held->get()));
         if (*held) out.pdispVal->AddRef();
     }
-    if (const auto* const list = std::get_if<std::vector<Value>>(&value))
-        out = arrayOf(VT_VARIANT, 0, static_cast<ULONG>(list->size()), 0, *list, isScript);
+    if (const auto* const list = std::get_if<std::vector<Value>>(&value)) {
+        const bool areTexts = std::ranges::all_of(*list, [](const Value& v) { return v.index() == Value("").index(); });
+        const VARTYPE type = areTexts && !isScript ? VT_BSTR : VT_VARIANT;
+        out = arrayOf(type, 0, static_cast<ULONG>(list->size()), 0, *list, isScript);
+    }
     if (const auto* const array = std::get_if<Array>(&value)) {
         const std::vector<std::int64_t> elements(array->elements.begin(), array->elements.end());
         const VARTYPE type = isScript ? VT_VARIANT : array->hasLongs ? VT_I4 : VT_UI1;

@@ -1,4 +1,5 @@
 // Transcripts of the native class.
+#include "platform/drops.h"
 #include "surface/cPixSheet.h"
 #include "transcripts/Transcript.h"
 #include <functional>
@@ -20,6 +21,7 @@ class In {
         if (!m_argument.isVariable) return;
         if (m_isNumber) m_argument.value = std::int64_t{m_number};
         if (m_isArray) m_argument.value = stored();
+        if (!m_names.empty()) m_argument.value = std::vector<Value>(m_names.begin(), m_names.end());
         Array sizes{{}, 0, static_cast<std::uint32_t>(m_iconSizes.size()), true};
         for (const auto& [width, height, depth, isPng] : m_iconSizes)
             sizes.elements.insert(sizes.elements.end(), {width, height, depth, isPng});
@@ -58,6 +60,12 @@ class In {
         return m_array;
     }
     operator std::vector<IconSourceSize>&() { return m_iconSizes; }
+    operator std::vector<std::string>&() { return m_names; }
+    operator std::span<const DroppedFile>() {
+        for (const Value& file : list())
+            if (const auto* name = std::get_if<std::string>(&file)) m_files.push_back({*name});
+        return m_files;
+    }
     operator std::span<const cPixSheet* const>() {
         for (const Value& source : list())
             if (const auto* object = std::get_if<Object>(&source); object != nullptr && *object)
@@ -100,6 +108,8 @@ class In {
     std::vector<std::uint8_t> m_bytes;
     ByteArray m_array;
     std::vector<IconSourceSize> m_iconSizes;
+    std::vector<std::string> m_names;
+    std::vector<DroppedFile> m_files;
     std::vector<const cPixSheet*> m_sheets;
     std::vector<IconEntrySize> m_entrySizes;
 };
@@ -164,7 +174,7 @@ Member member(Call call) {
     X(Version) X(LastErrorText) X(Unattended) X(InitializeDIB) X(DestroyDIB) X(EraseDIB) X(LoadDIBinDC) X(SwapDIBs) \
     X(GetPixel) X(SetPixel) X(GetAlphaMask) X(GetDIBbits) X(SetDIBbits) \
     X(LoadPicture_File) X(LoadPicture_Stream) X(LoadPicture_ByHandle) X(LoadPicture_FromOrignalFormat) \
-    X(GetOrginalFormat) X(SourceIconSizes) \
+    X(GetOrginalFormat) X(SourceIconSizes) X(LoadPicture_DropedFiles) X(GetDroppedFileNames) \
     X(SaveToFile_Bitmap) X(SaveToStream_Bitmap) X(SaveToFile_TGA) X(SaveToStream_TGA) X(SaveToFile_JPG) \
     X(SaveToStream_JPG) X(SaveToFile_PNG) X(SaveToStream_PNG) X(SaveToFile_GIF) X(SaveToStream_GIF) \
     X(SaveToFile_ICO) X(SaveToStream_ICO) X(PngPropertyGet) X(PngPropertySet) \

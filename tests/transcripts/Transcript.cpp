@@ -192,7 +192,11 @@ std::string Run::textOf(const Value& value) const {
             if (held == *object && held) return name;
         return *object ? "object" : "Nothing";
     }
-    return std::holds_alternative<std::monostate>(value) ? "Empty" : "list";
+    if (std::holds_alternative<std::monostate>(value)) return "Empty";
+    std::string text;
+    for (const Value& element : std::get<std::vector<Value>>(value))
+        text.append(text.empty() ? "(" : " ").append(textOf(element));
+    return text + ')';
 }
 
 std::int64_t Run::property(const Object& object, const char* name) {

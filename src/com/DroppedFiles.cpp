@@ -1,0 +1,130 @@
+#include "com/DroppedFiles.h"
+#include "com/Arrays.h"
+#include "com/LateBound.h"
+#include "platform/win32/system/DataObject.h"
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace pixkit::com {
+
+namespace {
+
+using Files = std::vector<DroppedFile>;
+
+// A copy of the caller's value, references followed: what belongs to the caller may go while its objects are called.
+// Empty for what cannot be copied.
+void copyOf(const VARIANT& value, Variant& copy) {
+    VARIANT* const found = unwrapped(const_cast<VARIANT*>(&value));
+    if (found == nullptr || FAILED(::VariantCopyInd(&copy, found))) ::VariantClear(&copy);
+}
+
+bool addName(const VARIANT& value, Files& files) {
+    Variant name;
+    copyOf(value, name);
+    if (name.vt != VT_BSTR || ::SysStringLen(name.bstrVal) == 0) return false;
+    files.push_back({toUtf8(name.bstrVal)});
+    return true;
+}
+
+void addArray(SAFEARRAY* names, Files& files) {
+    forElements(names, [&](const VARIANT& element, std::size_t) {
+        addName(element, files);
+        return files.size() < mostDroppedFiles ? S_OK : E_ABORT;
+    });
+}
+
+// How many elements there are by the property of this name.
+std::optional<LONG> countOf(IDispatch* collection, const wchar_t* property) {
+    Variant count;
+    if (FAILED(callByName(collection, property, {}, count)) || FAILED(::VariantChangeType(&count, &count, 0, VT_I4)))
+        return {};
+    return std::clamp(count.lVal, LONG{0}, static_cast<LONG>(mostDroppedFiles));
+}
+
+HRESULT item(IDispatch* collection, LONG index, Variant& found) {
+    VARIANT number{};
+    number.vt = VT_I4;
+    number.lVal = index;
+    return callByName(collection, L"Item", std::span<const VARIANT>(&number, 1), found);
+}
+
+// Counted from 1, as Basic does, if there is an element of the last number, else from 0.
+void addCollection(IDispatch* collection, LONG count, Files& files) {
+    Variant last;
+    Files names;
+    const bool fromOne = SUCCEEDED(item(collection, count, last)) && addName(last, names);
+    const LONG first = fromOne ? 1 : 0;
+    for (LONG i = first; i < first + count; ++i) {
+        Variant name;
+        if (FAILED(item(collection, i, name))) return;
+        addName(name, files);
+    }
+}
+
+void addScriptArray(IDispatch* array, LONG count, Files& files) {
+    for (LONG i = 0; i < count; ++i) {
+        Variant name;
+        if (FAILED(callByName(array, std::to_wstring(i).c_str(), {}, name))) return;
+        addName(name, files);
+    }
+}
+
+void addElements(IDispatch* object, Files& files) {
+    if (const auto count = countOf(object, L"Count")) return addCollection(object, *count, files);
+    if (const auto count = countOf(object, L"length")) addScriptArray(object, *count, files);
+}
+
+// What stands in the property Files, or for the whole drop.
+void addList(const VARIANT& list, Files& files) {
+    if ((list.vt & VT_ARRAY) != 0) return addArray(list.parray, files);
+    if (list.vt != VT_DISPATCH && list.vt != VT_UNKNOWN) return void(addName(list, files));
+    ComPtr<IDispatch> object;
+    if (list.punkVal != nullptr && SUCCEEDED(list.punkVal->QueryInterface(IID_IDispatch, object.putVoid())) && object)
+        addElements(object.get(), files);
+}
+
+void addObject(IUnknown* unknown, Files& files) {
+    ComPtr<IDataObject> data;
+    if (SUCCEEDED(unknown->QueryInterface(IID_IDataObject, data.putVoid())) && data) {
+        files = platform::filesOf(data.get());
+        if (!files.empty()) return;
+    }
+    ComPtr<IDispatch> object;
+    if (FAILED(unknown->QueryInterface(IID_IDispatch, object.putVoid())) || !object) return;
+    Variant found, list;
+    if (FAILED(callByName(object.get(), L"Files", {}, found))) return addElements(object.get(), files);
+    copyOf(found, list);
+    addList(list, files);
+}
+
+// The handle that a number of any type is: scripts keep large ones as floating-point numbers.
+std::optional<platform::Handle> handleOf(const VARIANT& value) {
+    if (value.vt == VT_I8 || value.vt == VT_UI8) return static_cast<platform::Handle>(value.llVal);
+    constexpr VARTYPE numbers[] = {VT_I2, VT_I4, VT_R4, VT_R8, VT_I1, VT_UI1, VT_UI2, VT_UI4, VT_INT, VT_UINT};
+    Variant number;
+    if (std::ranges::count(numbers, value.vt) == 0 ||
+        FAILED(::VariantChangeType(&number, const_cast<VARIANT*>(&value), 0, VT_R8)) ||
+        !(std::abs(number.dblVal) < 9e15)) // beyond, not every whole number is one
+        return {};
+    return static_cast<platform::Handle>(static_cast<LONGLONG>(number.dblVal));
+}
+
+} // namespace
+
+std::vector<DroppedFile> droppedFiles(const VARIANT& data) {
+    Files files;
+    Variant drop;
+    copyOf(data, drop);
+    if (const auto handle = handleOf(drop)) return platform::filesOfDrop(*handle);
+    const bool isObject = drop.vt == VT_DISPATCH || drop.vt == VT_UNKNOWN;
+    if (!isObject)
+        addList(drop, files);
+    else if (drop.punkVal != nullptr)
+        addObject(drop.punkVal, files);
+    return files;
+}
+
+} // namespace pixkit::com

@@ -1,0 +1,61 @@
+// Loading of files that were dropped.
+#include "loading/loadMember.h"
+#include "platform/drops.h"
+#include "surface/cPixSheet.h"
+#include <algorithm>
+#include <utility>
+
+namespace pixkit {
+
+namespace {
+
+// Those that there is something of, which an index counts.
+std::vector<const DroppedFile*> filesIn(std::span<const DroppedFile> files) {
+    std::vector<const DroppedFile*> found;
+    for (const DroppedFile& file : files.first(std::min(files.size(), mostDroppedFiles)))
+        if (!file.name.empty() || file.contents) found.push_back(&file);
+    return found;
+}
+
+Outcome giveNames(std::span<const DroppedFile> files, std::vector<std::string>& FileNames) {
+    std::vector<std::string> names;
+    for (const DroppedFile* const file : filesIn(files))
+        if (!file->name.empty()) names.push_back(file->name);
+    if (names.empty()) return refused("there are no files with names");
+    FileNames = std::move(names);
+    return done();
+}
+
+} // namespace
+
+bool cPixSheet::LoadPicture_DropedFiles(std::span<const DroppedFile> Data, std::int32_t FileIndex, std::int32_t iconCx,
+                                        std::int32_t iconCy, bool SaveFormat, std::int32_t iconBitDepth) noexcept {
+    const Call call(*this, "LoadPicture_DropedFiles", "Data, FileIndex, iconCx, iconCy, SaveFormat, iconBitDepth", Data,
+                    FileIndex, iconCx, iconCy, SaveFormat, iconBitDepth);
+    const auto load = [&](const DroppedFile* file) {
+        if (!file->contents) return LoadPicture_File(file->name, iconCx, iconCy, SaveFormat, iconBitDepth);
+        // A file whose source fails is one that does not load: the next one may.
+        const ByteArray bytes(guarded(call, std::vector<std::uint8_t>(), file->contents));
+        return LoadPicture_Stream(bytes, iconCx, iconCy, 0, 0, SaveFormat, iconBitDepth);
+    };
+    return loadMember(call, *this, [&] {
+        const auto files = filesIn(Data);
+        if (files.empty()) return refused("there are no files");
+        if (FileIndex < 0 || static_cast<std::uint32_t>(FileIndex) > files.size())
+            return refused("there is no file of this index");
+        if (FileIndex != 0 || files.size() == 1) {
+            load(files[FileIndex == 0 ? 0 : static_cast<std::uint32_t>(FileIndex) - 1]);
+            return m_outcome;
+        }
+        return doneIf(std::ranges::any_of(files, load), "none of the files can be loaded");
+    });
+}
+
+std::int32_t cPixSheet::GetDroppedFileNames(std::span<const DroppedFile> Data,
+                                            std::vector<std::string>& FileNames) const noexcept {
+    const bool isDone = attempt(Call(*this, "GetDroppedFileNames", "Data, FileNames", Data, FileNames),
+                                [&] { return giveNames(Data, FileNames); });
+    return isDone ? static_cast<std::int32_t>(FileNames.size()) : 0;
+}
+
+} // namespace pixkit
