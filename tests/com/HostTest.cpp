@@ -5,7 +5,6 @@
 #include "Server.h"
 #include "support/SourceFolder.h"
 #include <algorithm>
-#include <functional>
 #include <olectl.h>
 #include <set>
 
