@@ -279,10 +279,13 @@ bool cPNGparser::zValidateZLIBversion() {
 
 // Whether a chunk's CRC may stand. A stored CRC of 0 is never checked, as files in circulation rely on; so a computed
 // one of 0 is always a mismatch.
-bool cPNGparser::zCheckCRCvalue(const Chunk& chunk) const {
+bool cPNGparser::zCheckCRCvalue(const Chunk& chunk) {
     if (chunk.storedCrc == 0) return true;
     auto* const crc32 = cCfunction.function<Crc32Function>("crc32");
-    if (crc32 == nullptr) return false;
+    if (crc32 == nullptr) {
+        m_outcome = ReadOutcome::unable; // not the data's fault
+        return false;
+    }
     const auto computed = crc32(0, chunk.typeAndData.data(), static_cast<unsigned int>(chunk.typeAndData.size()));
     return computed == chunk.storedCrc;
 }

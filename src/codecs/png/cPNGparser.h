@@ -58,7 +58,7 @@ class cPNGparser {
     void zChunk_tRNS(const Chunk& chunk);
     ChunkResult zChunk_IDAT(const Chunk& chunk);
     bool zValidateZLIBversion();
-    bool zCheckCRCvalue(const Chunk& chunk) const;
+    bool zCheckCRCvalue(const Chunk& chunk);
 
     void joinIDAT(std::span<const std::uint8_t> payload);
 
