@@ -1,8 +1,9 @@
 // The one header that programs include.
 // Everything that a program needs: the class, what it is told of (messages, unexpected errors), what it may give
-// (system pictures, resources, dropped files).
+// (system pictures, resources, dropped files, a clipboard).
 #pragma once
 #include "diagnostics/ErrorReport.h"
+#include "platform/clipboard.h"
 #include "platform/drops.h"
 #include "platform/interaction.h"
 #include "platform/pictures.h"

@@ -191,6 +191,9 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     STDMETHODIMP SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) override;
     STDMETHODIMP LoadPicture_StdPicture(IPictureDisp** Picture, VARIANT_BOOL* result) override;
+    STDMETHODIMP LoadPicture_ClipBoard(VARIANT_BOOL SaveFormat, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->LoadPicture_ClipBoard(isTrue(SaveFormat)); });
+    }
     STDMETHODIMP LoadPicture_ByHandle(LONG_PTR* Handle, VARIANT_BOOL* result) override {
         if (Handle == nullptr) return E_POINTER;
         return give(result, [&] { return m_sheet->LoadPicture_ByHandle(*Handle); });
@@ -253,6 +256,9 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         });
     }
 
+    STDMETHODIMP CopyToClipBoard(VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->CopyToClipBoard(); });
+    }
     STDMETHODIMP SaveToFile_ICO(BSTR FileName, VARIANT* Source, VARIANT_BOOL PromptOverWrite, SAFEARRAY** Sizes,
                                 LONG* result) override;
     STDMETHODIMP SaveToStream_ICO(SAFEARRAY** outStream, VARIANT* Source, SAFEARRAY** Sizes, LONG* result) override;

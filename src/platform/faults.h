@@ -40,6 +40,14 @@ enum class SeamCall : std::uint8_t {
     loadLibrary,
     getProcAddress,
     windowStationVisible, // "fails" = nobody sees it
+    openClipboard,        // while it fails somebody else has it open
+    clipboardWindow,
+    registerClipboardFormat,
+    getClipboardData,
+    getEnhMetaFileBits,
+    emptyClipboard,
+    setClipboardData,
+    globalAlloc,
     globalLock,
     desktopWindowUnicode, // "fails" = the desktop answers that it is not Unicode
     count

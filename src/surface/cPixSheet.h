@@ -193,6 +193,13 @@ class cPixSheet {
     bool LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept;
     // Loads a bitmap, icon or cursor by its handle, which stays the caller's. False for any other.
     bool LoadPicture_ByHandle(std::intptr_t Handle) noexcept;
+    // Loads the picture on the clipboard (loading/ClipboardPictures.cpp), tried again for half a second while another
+    // program keeps it open: what CopyToClipBoard of an instance put there exactly as it was, else a PNG, else the
+    // first in the order of whoever offers them of CF_DIBV5, CF_DIB, CF_BITMAP, CF_ENHMETAFILE, TIFF, GIF, JPEG, BMP;
+    // after one that cannot be read the next. ImageType is that of such a file, of bitmaps as for BMP files.
+    // SaveFormat keeps the file, of a bitmap the BMP file that it would be. Natively the clipboard is what the program
+    // provides (platform/clipboard.h).
+    bool LoadPicture_ClipBoard(bool SaveFormat = false) noexcept;
     // Loads a resource of the program's, which its resource provider (shared/resources.h) gives: for a ResSection that
     // is a name, bytes, taken as by LoadPicture_Stream; for a number (0 bitmap, 1 icon, 2 cursor) a picture.
     bool LoadPicture_Resource(const ResourceId& ResIndex, const ResourceId& ResSection, std::int32_t iconCx = 32,
@@ -295,6 +302,13 @@ class cPixSheet {
     // The bytes of that file, in one dimension from 0. On failure outStream keeps what it held.
     std::int32_t SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source = {},
                                   std::span<const IconEntrySize> Sizes = {}) const noexcept;
+
+    // Replaces what is on the clipboard by this image (saving/CopyToClipBoard.cpp): as PNG, as SaveToFile_PNG writes
+    // it, as CF_DIBV5 with straight alpha, as CF_DIB flattened onto white, and in a format of this component's own, by
+    // which another instance gets every byte, Alpha and ImageType as they are. All of it outlives the instance and the
+    // program. False, and the clipboard as it was, without an image, while another program keeps it open (it is tried
+    // for half a second), and where there is no clipboard or no memory.
+    bool CopyToClipBoard() const noexcept;
 
     // --- effects, in place (render/Effects.cpp); false, and nothing done, without an image
 

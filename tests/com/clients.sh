@@ -61,6 +61,7 @@ check "drawing.vbs" script '^saved ' samples/vbscript/drawing.vbs $pictures/lant
 check "what drawing.vbs saved" is_bitmap "$folder/drawing.bmp"
 check "saving.vbs" script '^saved .* in five formats' samples/vbscript/saving.vbs $pictures/lantern.png "$folder/saving"
 check "pixels.vbs" script 'all pixels as expected' samples/vbscript/pixels.vbs
+check "clipboard.vbs" script 'every pixel as it was copied' samples/vbscript/clipboard.vbs $pictures/lantern.png
 check "effects.js" script '^saved ' samples/jscript/effects.js $pictures/landscape.png "$folder/js.bmp"
 check "regsvr32 /u" windows regsvr32 /s /u "$dll"
 check "nothing left in the registry" nothing_left

@@ -1,5 +1,6 @@
 // Every allocation and every call of the system that loads and saves make fails once, and then with all that follow:
 // the answer is the stated one, nothing is half done, lost or left behind, and the next try succeeds.
+#include "MemoryClipboard.h"
 #include "loading/ForeignPictures.h"
 #include "platform/faults.h"
 #include "platform/files.h"
@@ -122,6 +123,12 @@ TEST_F(FailureSweep, AFailedLoadLeaksOrLeavesHalfAPicture) {
         loads.emplace_back(name, [file = (data / name).string()](cPixSheet& sheet) {
             return sheet.LoadPicture_File(file, 32, 32, true);
         });
+    MemoryClipboard clipboard;
+    cPixSheet copied;
+    fill(copied, 2, 1, {{64, 32, 16, 128}, {9, 8, 7, 255}});
+    ASSERT_TRUE(copied.CopyToClipBoard());
+    clipboard.blocks.erase(clipboard.blocks.begin(), clipboard.blocks.end() - 1); // one that nothing stands in for
+    loads.emplace_back("clipboard", [](cPixSheet& sheet) { return sheet.LoadPicture_ClipBoard(true); });
     for (const auto& [name, load] : loads) {
         if (name.find("baseline") != std::string::npos && !platform::canLoadJpeg()) continue;
         SCOPED_TRACE(name);
@@ -140,6 +147,18 @@ TEST_F(FailureSweep, AFailedLoadLeaksOrLeavesHalfAPicture) {
         Subject{[] {}, [&, &load = load] { return load(sheet); }, check}.sweep({1, -1});
     }
     EXPECT_TRUE(isTold);
+}
+
+TEST_F(FailureSweep, AFailedCopyLosesWhatWasOnTheClipboard) {
+    MemoryClipboard clipboard;
+    cPixSheet sheet;
+    fill(sheet, 2, 1, {{64, 32, 16, 128}, {9, 8, 7, 255}});
+    const auto check = [&](bool isDone) {
+        EXPECT_EQ(clipboard.blocks.front().format, isDone ? "PNG" : "old");
+        EXPECT_EQ(clipboard.blocks.size(), isDone ? 4u : 1u);
+        EXPECT_EQ(clipboard.opened, 0);
+    };
+    Subject{[&] { clipboard.blocks = {{"old", {1}}}; }, [&] { return sheet.CopyToClipBoard(); }, check}.sweep({1, -1});
 }
 
 TEST_F(FailureSweep, AFailedSaveCostsTheOldFileOrTheArray) {

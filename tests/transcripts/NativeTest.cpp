@@ -1,4 +1,5 @@
 // Transcripts of the native class.
+#include "MemoryClipboard.h"
 #include "platform/drops.h"
 #include "surface/cPixSheet.h"
 #include "transcripts/Transcript.h"
@@ -174,10 +175,10 @@ Member member(Call call) {
     X(Version) X(LastErrorText) X(Unattended) X(InitializeDIB) X(DestroyDIB) X(EraseDIB) X(LoadDIBinDC) X(SwapDIBs) \
     X(GetPixel) X(SetPixel) X(GetAlphaMask) X(GetDIBbits) X(SetDIBbits) \
     X(LoadPicture_File) X(LoadPicture_Stream) X(LoadPicture_ByHandle) X(LoadPicture_FromOrignalFormat) \
-    X(GetOrginalFormat) X(SourceIconSizes) X(LoadPicture_DropedFiles) X(GetDroppedFileNames) \
+    X(GetOrginalFormat) X(SourceIconSizes) X(LoadPicture_ClipBoard) X(LoadPicture_DropedFiles) X(GetDroppedFileNames) \
     X(SaveToFile_Bitmap) X(SaveToStream_Bitmap) X(SaveToFile_TGA) X(SaveToStream_TGA) X(SaveToFile_JPG) \
     X(SaveToStream_JPG) X(SaveToFile_PNG) X(SaveToStream_PNG) X(SaveToFile_GIF) X(SaveToStream_GIF) \
-    X(SaveToFile_ICO) X(SaveToStream_ICO) X(PngPropertyGet) X(PngPropertySet) \
+    X(SaveToFile_ICO) X(SaveToStream_ICO) X(CopyToClipBoard) X(PngPropertyGet) X(PngPropertySet) \
     X(MakeGrayScale) X(MakeImageInverse) X(MakeLighterDarker) X(MakeTransparent) X(BlendToColor) X(MirrorImage) \
     X(Render) X(RenderDropShadow_JIT) X(CreateGDIplusToken) X(DestroyGDIplusToken) X(Resize) X(ScaleImage) \
     X(CreateDropShadow) X(CreateCheckerBoard) X(TileImage)
@@ -224,6 +225,9 @@ class NativeEngine final : public Engine {
         }
         return members.at(name)(*static_cast<cPixSheet*>(object.get()), in);
     }
+
+  private:
+    MemoryClipboard m_clipboard;
 };
 
 PIXKIT_RUN_TRANSCRIPTS(NativeTranscripts, NativeEngine());

@@ -1,4 +1,5 @@
 #include "transcripts/Transcript.h"
+#include "platform/clipboard.h"
 #include "platform/gdi.h"
 #include "platform/interaction.h"
 #include "support/Pictures.h"
@@ -245,6 +246,21 @@ Value Run::callMember(const Object& object, const std::string& member, std::vect
     return {};
 }
 
+// As another program sees it and fills it.
+Value clipboard(const std::string& format, const std::vector<Argument>& arguments) {
+    const platform::OpenClipboard clipboard;
+    if (arguments.size() == 1) {
+        const auto bytes = clipboard.get(format);
+        return bytes.empty() ? Value() : Array{{bytes.begin(), bytes.end()}};
+    }
+    std::vector<platform::ClipboardBlock> blocks;
+    for (std::size_t i = 1; i < arguments.size(); i += 2) {
+        const auto& elements = std::get<Array>(arguments[i].value).elements;
+        blocks.push_back({std::get<std::string>(arguments[i - 1].value), {elements.begin(), elements.end()}});
+    }
+    return clipboard.isOpen() && clipboard.set(std::move(blocks));
+}
+
 Value Run::command(const std::string& name, const std::vector<Argument>& arguments) {
     const Value& first = arguments.at(0).value;
     if (name == "value") return first;
@@ -262,6 +278,7 @@ Value Run::command(const std::string& name, const std::vector<Argument>& argumen
         });
         return {};
     }
+    if (name == "clipboard") return clipboard(text, arguments);
     const std::filesystem::path path(std::u8string(text.begin(), text.end()));
     if (name == "write") {
         const auto& elements = std::get<Array>(arguments.at(1).value).elements;

@@ -1,0 +1,9 @@
+#include "platform/SystemClipboard.h"
+
+namespace pixkit::platform {
+
+ClipboardProvider systemClipboard() {
+    return {};
+}
+
+} // namespace pixkit::platform
