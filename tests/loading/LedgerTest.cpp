@@ -4,6 +4,7 @@
 #include "support/Ledger.h"
 #include "codecs/Formats.h"
 #include "loading/LoadRequest.h"
+#include "platform/pictures.h"
 #include "support/QuietLoads.h"
 #include <algorithm>
 #include <memory>
@@ -104,7 +105,10 @@ TEST_F(Ledger, ACutPictureIsNotSurvived) {
         const Bytes bytes = readFile(data / name);
         const std::size_t step = bytes.size() / 30 + 1;
         for (std::size_t size = 20; size < bytes.size(); size += size < 1000 ? 1 : step) {
+            // A loader that is the system's own is slow to refuse: it sees one cut in 32.
+            if (platform::canLoadMetafiles() && size % 32 != 0) platform::armFault(platform::SeamCall::oleLoadPicture);
             loadExactly(std::span(bytes).first(size));
+            platform::disarmFaults();
             if (HasFailure()) FAIL() << "cut to " << size;
         }
     }
