@@ -42,7 +42,7 @@ Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
 
 ReadResult LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
     const auto picture = iparseArrayToPicture(Stream, 0, Stream.size());
-    if (!picture) return ReadResult::otherFormat("the loader of the system refuses it");
+    if (!picture) return ReadResult::otherFormat("the system's loader refuses it");
     Outcome outcome = ConvertstdPicTo32bpp(*picture, Host);
     return outcome ? ReadResult::loaded() : ReadResult{ReadOutcome::damaged, std::move(outcome)};
 }

@@ -41,7 +41,7 @@ bool bears(std::span<const std::uint8_t> start, const Signature& signature) noex
 Reason reasonOfUnknown(std::span<const std::uint8_t> start) noexcept {
     const auto found = std::ranges::find_if(signatures, [&](const auto& signature) { return bears(start, signature); });
     if (found == std::end(signatures)) return "no format known here begins like this";
-    if (found->isMetafile && platform::canLoadMetafiles()) return "a metafile that the system refuses";
+    if (found->isMetafile && platform::canLoadMetafiles()) return "a metafile, which the system's loader refuses";
     return found->reason;
 }
 

@@ -7,6 +7,7 @@
 #include "loading/loadMember.h"
 #include "platform/files.h"
 #include "platform/interaction.h"
+#include "platform/pictures.h"
 #include "shared/Files.h"
 #include "shared/limits.h"
 #include "surface/Capabilities.h"
@@ -46,11 +47,12 @@ Outcome readPicture(LoadRequest& request, cPixSheet& host) {
         if (!result && refusal && (isKnown || result.outcome != ReadOutcome::otherFormat)) refusal = result.why;
         return result.outcome;
     };
-    bool isKnown = false;
+    bool isKnown = false, isJpeg = false;
     bool goesToSystem = true;
     for (const Format& format : formats()) {
         if (format.sniff == nullptr || !format.sniff(start)) continue;
         isKnown = true;
+        isJpeg = isJpeg || format.id == FileFormat::jpg;
         if (format.read == nullptr) continue;
         const ReadOutcome outcome = ask(format.read(request, host), true);
         if (outcome == ReadOutcome::loaded) return done();
@@ -58,6 +60,7 @@ Outcome readPicture(LoadRequest& request, cPixSheet& host) {
                        format.goesToSystem != nullptr && format.goesToSystem(request.bytes());
     }
     if (goesToSystem && ask(LoadSystemPicture(request.bytes(), host), isKnown) == ReadOutcome::loaded) return done();
+    if (isJpeg && !platform::canLoadJpeg()) refusal = refused("JPEG: libturbojpeg.so.0 cannot be loaded");
     for (const Format& format : formats()) {
         if (format.sniff == nullptr && ask(format.read(request, host), false) == ReadOutcome::loaded) return done();
     }
@@ -124,7 +127,10 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
 
 bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t iconCy,
                                               std::int32_t iconBitDepth) noexcept {
-    if (!m_ImageByteCache.isAllocated()) return false; // nothing to load, so nothing that would take the image's place
+    if (!m_ImageByteCache.isAllocated()) { // nothing to load, so nothing that would take the image's place
+        m_outcome.refuse(nothingKept);
+        return false;
+    }
     const ByteArray source = std::move(m_ImageByteCache); // the load erases the cache, and keeps the same bytes anew
     return LoadPicture_Stream(source, iconCx, iconCy, 0, 0, true, iconBitDepth);
 }
@@ -137,7 +143,7 @@ std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) 
         if (m_Handle == 0) return refused(noImage);
         if (std::ranges::count(ofIcons, m_Format) == 0) return refused("the image came from no icon file");
         if (!m_ImageByteCache.isAllocated()) return refused(nothingKept);
-        if (!parser.LoadDirectory(m_ImageByteCache.bytes())) return refused("the kept file holds no icons");
+        if (Outcome loaded = parser.LoadDirectory(m_ImageByteCache.bytes()); !loaded) return loaded;
         std::vector<IconSourceSize> sizes;
         sizes.reserve(static_cast<std::size_t>(parser.IconCount()));
         for (std::int32_t i = 0; i < parser.IconCount(); ++i)

@@ -32,7 +32,8 @@ std::string outcome(const cPixSheet& sheet, bool isLoaded) {
     EXPECT_EQ(sheet.Handle() != 0, isLoaded);
     EXPECT_EQ(sheet.BitsPointer() != nullptr, isLoaded);
     EXPECT_EQ(sheet.ImageType() != imgError, isLoaded);
-    if (!isLoaded) return "refused";
+    EXPECT_EQ(sheet.LastErrorText().empty(), isLoaded);
+    if (!isLoaded) return "refused: " + std::string(sheet.LastErrorText());
     constexpr const char* alphas[] = {"AlphaNone", "AlphaSimple", "AlphaComplex"};
     const std::size_t bytes = static_cast<std::size_t>(sheet.scanWidth()) * static_cast<std::size_t>(sheet.Height());
     std::ostringstream text; // the store's rows are bottom-up, B, G, R, A
@@ -82,13 +83,18 @@ TEST_F(Ledger, APictureGivesSomethingElseThanIsWrittenDown) {
         SCOPED_TRACE(name);
         const Bytes bytes = readFile(data / name);
         if (isLeftToTheSystem(bytes)) platform::armFault(platform::SeamCall::oleLoadPicture);
-        const std::string result = loadExactly(bytes);
+        const std::string withLibraries = loadExactly(bytes);
         // Smaller files are refused without a look.
         if (bytes.size() > 56) {
-            EXPECT_EQ(loadFile(data / name), result) << "as a file";
+            EXPECT_EQ(loadFile(data / name), withLibraries) << "as a file";
         }
         platform::armFault(platform::SeamCall::loadLibrary); // no zlib
-        EXPECT_EQ(loadExactly(bytes), result) << "without libraries";
+        const std::string result = loadExactly(bytes);
+        if (withLibraries.ends_with("the CRC does not match")) { // which nobody else tells; there is more wrong then
+            EXPECT_TRUE(result.starts_with("refused")) << result;
+        } else {
+            EXPECT_EQ(withLibraries, result);
+        }
         actual << name << ": " << result;
         const std::string inside = loadExactly(bytes, 1000);
         if (inside != result) actual << "; inside of an array: " << inside;

@@ -81,13 +81,13 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
         const char* reason;
         std::optional<platform::SeamCall> failing = {};
     } rows[] = {
-        {FileFormat::png, "png/bad-signature.png", "no PNG signature"},
+        {FileFormat::png, "png/bad-signature.png", "PNG: no signature"},
         {FileFormat::png, "png/bad-no-end.png", "IEND is missing"},
-        {FileFormat::png, "png/bad-length-greatest-tEXt.png", "a chunk reaches beyond the data"},
+        {FileFormat::png, "png/bad-length-greatest-tEXt.png", "PNG: a chunk reaches beyond the data"},
         {FileFormat::png, "png/bad-header-of-12-bytes-crc-0.png", "IHDR is too short"},
         {FileFormat::png, "png/bad-filter-1.png", "IHDR: no valid size or method"},
         {FileFormat::png, "png/bad-depth-3.png", "IHDR: no valid depth or colour type"},
-        {FileFormat::png, "png/bad-8192x8192-2-8.png", "IHDR: more pixels than a store holds"},
+        {FileFormat::png, "png/bad-8192x8192-2-8.png", "IHDR: more pixels than an image can hold"},
         {FileFormat::png, "png/bad-rgb-4.png", "IHDR: the depth does not suit the colour type"},
         {FileFormat::png, "png/bad-palette-of-4-bytes.png", "PLTE: not a whole number of entries"},
         {FileFormat::png, "png/bad-no-header.png", "IHDR is missing"},
@@ -95,30 +95,30 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
         {FileFormat::png, "png/bad-damaged-stream.png", "IDAT: the compressed data is damaged"},
         {FileFormat::png, "png/bad-stream-empty.png", "IDAT: the data ends before the first row does"},
         {FileFormat::png, "png/interlaced-5x5.png", noMemory, store},
-        {FileFormat::gif, "gif/bad-signature.gif", "no GIF signature, or a block that is none"},
-        {FileFormat::gif, "gif/bad-cut-at-58.gif", "the data ends before the first image does"},
-        {FileFormat::gif, "gif/bad-no-table.gif", "a GIF without colours"},
-        {FileFormat::gif, "gif/bad-width-0.gif", "no pixels, or more than a store holds"},
-        {FileFormat::gif, "gif/table-local.gif", "the loader of the system refuses the frame",
+        {FileFormat::gif, "gif/bad-signature.gif", "GIF: a block that is none"},
+        {FileFormat::gif, "gif/bad-cut-at-58.gif", "GIF: the data ends before the first image does"},
+        {FileFormat::gif, "gif/bad-no-table.gif", "GIF: no colours"},
+        {FileFormat::gif, "gif/bad-width-0.gif", "GIF: no pixels, or more than an image can hold"},
+        {FileFormat::gif, "gif/table-local.gif", "GIF: the system's loader refuses the frame",
          platform::SeamCall::oleLoadPicture},
-        {FileFormat::gif, "gif/table-local.gif", "the loader's picture cannot be taken over",
+        {FileFormat::gif, "gif/table-local.gif", "GIF: the picture of the system's loader cannot be taken over",
          platform::SeamCall::getObject},
-        {FileFormat::gif, "gif/bad-last-colour-behind-file.gif", "the data ends where a colour is looked for"},
-        {FileFormat::gif, "gif/transparent-1.gif", "the picture's pixels cannot be read",
-         platform::SeamCall::getDIBits},
+        {FileFormat::gif, "gif/bad-last-colour-behind-file.gif", "GIF: the data ends where a colour is looked for"},
+        {FileFormat::gif, "gif/transparent-1.gif", "GIF: the pixels cannot be read", platform::SeamCall::getDIBits},
         {FileFormat::ico, "ico/bad-kind.ico", "no header of an icon file"},
-        {FileFormat::ico, "ico/bad-depth-23.ico", "no image in the directory can be read"},
-        {FileFormat::ico, "ico/damaged-png-4-times.ico", "the nearest images cannot be read"},
-        {FileFormat::bmp, "bmp/bad-40-64-0-9x5.bmp", "the headers describe no picture that can be read"},
-        {FileFormat::bmp, "bmp/bad-rle8-too-little.bmp", "too little data for the pixels"},
+        {FileFormat::ico, "ico/bad-depth-23.ico", "BMP: no valid number of bits a pixel"},
+        {FileFormat::ico, "ico/damaged-png-4-times.ico", "IDAT: the compressed data is damaged",
+         platform::SeamCall::loadLibrary},
+        {FileFormat::bmp, "bmp/bad-40-64-0-9x5.bmp", "BMP: no valid number of bits a pixel"},
+        {FileFormat::bmp, "bmp/bad-rle8-too-little.bmp", "BMP: too little data for the pixels"},
         {FileFormat::bmp, "bmp/rle8.bmp", noMemory, store},
-        {FileFormat::tga, "tga/bad-type-4.tga", "no type of image that is read"},
-        {FileFormat::tga, "tga/bad-width-0.tga", "no columns or no rows"},
-        {FileFormat::tga, "tga/bad-depth-12.tga", "no depth that is read, or indexes without a colour map"},
-        {FileFormat::tga, "tga/bad-map-empty.tga", "no entries of the colour map that are read"},
-        {FileFormat::tga, "tga/bad-cut.tga", "too short for its picture"},
-        {FileFormat::tga, "tga/bad-packets-pixel-too-many.tga", "too little data for the run-length packets"},
-        {FileFormat::tga, "tga/bad-packets-run-cut.tga", "the run-length packets end early"},
+        {FileFormat::tga, "tga/bad-type-4.tga", "TGA: no type of image that is read"},
+        {FileFormat::tga, "tga/bad-width-0.tga", "TGA: no columns or no rows"},
+        {FileFormat::tga, "tga/bad-depth-12.tga", "TGA: no depth that is read, or indexes without a colour map"},
+        {FileFormat::tga, "tga/bad-map-empty.tga", "TGA: no entries of the colour map that are read"},
+        {FileFormat::tga, "tga/bad-cut.tga", "TGA: too short for its picture"},
+        {FileFormat::tga, "tga/bad-packets-pixel-too-many.tga", "TGA: too little data for the run-length packets"},
+        {FileFormat::tga, "tga/bad-packets-run-cut.tga", "TGA: the run-length packets end early"},
     };
     for (const auto& row : rows) {
         const Bytes bytes = picture(row.name);
@@ -129,8 +129,8 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
         if (row.failing) fault.emplace(*row.failing);
         EXPECT_EQ(format->read(request, sheet).why.reason(), row.reason) << row.name;
     }
-    EXPECT_EQ(cTGAparser().LoadStream(Bytes(18), sheet, 0).why.reason(), "too short for a header");
-    EXPECT_EQ(LoadSystemPicture(Bytes(50, 0xF0), sheet).why.reason(), "the loader of the system refuses it");
+    EXPECT_EQ(cTGAparser().LoadStream(Bytes(18), sheet, 0).why.reason(), "TGA: too short for a header");
+    EXPECT_EQ(LoadSystemPicture(Bytes(50, 0xF0), sheet).why.reason(), "the system's loader refuses it");
     const platform::ScopedFault noObject(platform::SeamCall::getObject);
     EXPECT_EQ(LoadSystemPicture(picture("gif/table-local.gif"), sheet).why.reason(),
               "the pixels of the bitmap cannot be read");

@@ -28,22 +28,20 @@ void readCoreHeader(const ByteReader& header, BmpInfo& info) {
 }
 
 // Fields beyond the end of a shortened header are 0.
-bool readInfoHeader(const ByteReader& header, BmpInfo& info) {
+void readInfoHeader(const ByteReader& header, BmpInfo& info) {
     info.width = static_cast<std::int32_t>(header.littleEndian32(4).value_or(0));
     const auto biHeight = static_cast<std::int32_t>(header.littleEndian32(8).value_or(0));
-    if (biHeight == std::numeric_limits<std::int32_t>::min()) return false; // has no positive counterpart
     info.isTopDown = biHeight < 0;
-    info.height = info.isTopDown ? -biHeight : biHeight;
+    // The lowest number has no positive counterpart: no height then.
+    const bool isLowest = biHeight == std::numeric_limits<std::int32_t>::min();
+    info.height = isLowest ? 0 : info.isTopDown ? -biHeight : biHeight;
     info.bitCount = header.littleEndian16(14).value_or(0);
     info.compression = BmpCompression{header.littleEndian32(16).value_or(0)};
-    // OS/2 has other methods under the numbers above 2.
-    return !isOs2(static_cast<std::uint32_t>(header.size())) || info.compression <= BmpCompression::rle4;
 }
 
 // No more pixels than a store has bytes for: 4 each, counted in 31 bits.
-bool isSizeSuited(const BmpInfo& info) {
-    return info.width > 0 && info.height > 0 &&
-           std::int64_t{info.width} * info.height <= std::numeric_limits<std::int32_t>::max() / 4;
+bool fitsStore(const BmpInfo& info) {
+    return std::int64_t{info.width} * info.height <= std::numeric_limits<std::int32_t>::max() / 4;
 }
 
 bool isDepthSuited(const BmpInfo& info) {
@@ -60,7 +58,20 @@ bool isDepthSuited(const BmpInfo& info) {
     case BmpCompression::alphaBitFields:
         return info.bitCount == 16 || info.bitCount == 32;
     }
-    return false; // JPEG, PNG, and whatever else a file may name
+    return false;
+}
+
+// What is wrong with what a header says; none where all is well.
+Reason headerProblem(const BmpInfo& info, std::uint32_t headerSize) {
+    // OS/2 has other methods under the numbers above 2.
+    const bool isKnown =
+        info.compression <= BmpCompression::bitFields || info.compression == BmpCompression::alphaBitFields;
+    if (!isKnown || (isOs2(headerSize) && info.compression > BmpCompression::rle4))
+        return "BMP: a compression that is not read"; // JPEG, PNG, and whatever else a file may name
+    if (info.width <= 0 || info.height <= 0) return "BMP: no valid width or height";
+    if (!fitsStore(info)) return "BMP: more pixels than an image can hold";
+    if (!isDepthSuited(info)) return "BMP: no valid number of bits a pixel";
+    return {};
 }
 
 // Settles the masks and moves `position` over those that stand between header and palette. False when they are not all
@@ -147,20 +158,27 @@ std::size_t BmpInfo::rowBytes() const noexcept {
 namespace {
 
 // The header at `headerStart`, the masks and the extent of the palette that follow it.
-std::optional<BmpInfo> readHeaders(const ByteReader& file, std::size_t headerStart, PaletteExtent& palette) {
+std::optional<BmpInfo> readHeaders(const ByteReader& file, std::size_t headerStart, PaletteExtent& palette,
+                                   Reason& why) {
     const auto headerSize = file.littleEndian32(headerStart);
-    if (!headerSize || (*headerSize != coreHeaderSize && *headerSize < shortestOs2HeaderSize)) return {};
-    const auto headerBytes = file.slice(headerStart, *headerSize);
+    why = "BMP: no valid length of the header";
+    if (headerSize && *headerSize != coreHeaderSize && *headerSize < shortestOs2HeaderSize) return {};
+    why = "BMP: the data ends within the headers";
+    const auto headerBytes = headerSize ? file.slice(headerStart, *headerSize) : std::nullopt;
     if (!headerBytes) return {};
     const ByteReader header(*headerBytes);
 
     BmpInfo info;
     if (*headerSize == coreHeaderSize) {
         readCoreHeader(header, info);
-    } else if (!readInfoHeader(header, info)) {
+    } else {
+        readInfoHeader(header, info);
+    }
+    const Reason problem = headerProblem(info, *headerSize);
+    if (problem) {
+        why = problem;
         return {};
     }
-    if (!isSizeSuited(info) || !isDepthSuited(info)) return {};
     std::size_t position = headerStart + *headerSize;
     if (info.bitCount >= 16 && !readMasks(file, headerStart, *headerSize, position, info)) return {};
     palette = declaredPalette(file, header, position, info.bitCount);
@@ -169,21 +187,22 @@ std::optional<BmpInfo> readHeaders(const ByteReader& file, std::size_t headerSta
 
 } // namespace
 
-std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file) {
+std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file, Reason& why) {
     const ByteReader reader(file);
+    why = "BMP: no signature";
     if (reader.byte(0) != 'B' || reader.byte(1) != 'M') return {};
     PaletteExtent palette{};
-    auto info = readHeaders(reader, fileHeaderSize, palette);
+    auto info = readHeaders(reader, fileHeaderSize, palette, why);
     if (!info) return {};
     info->pixelOffset = findPixels(reader, palette, *info);
     if (info->bitCount <= 8) readPalette(reader, palette, *info);
     return info;
 }
 
-std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib) {
+std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib, Reason& why) {
     const ByteReader reader(dib);
     PaletteExtent palette{};
-    auto info = readHeaders(reader, 0, palette);
+    auto info = readHeaders(reader, 0, palette, why);
     if (!info) return {};
     info->pixelOffset = static_cast<std::size_t>(std::min<std::uint64_t>(palette.end(), dib.size()));
     if (info->bitCount <= 8) readPalette(reader, palette, *info);

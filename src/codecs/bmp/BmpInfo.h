@@ -1,5 +1,6 @@
 // What stands before the pixels of a BMP file: headers, masks, palette, and where the pixels are.
 #pragma once
+#include "diagnostics/Outcome.h"
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -33,11 +34,15 @@ struct BmpInfo {
     std::size_t rowBytes() const noexcept;
 };
 
-// Nothing when the data does not begin with "BM" or describes no picture that can be read. Says nothing of whether the
-// pixels are there.
-std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file);
+// Nothing when the data does not begin with "BM" or describes no picture that can be read; `why` then receives the
+// reason. Says nothing of whether the pixels are there.
+std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file, Reason& why);
 // The same for a picture without the file header, as icons hold it: the pixels follow the palette, and pixelOffset
 // counts from the picture's header.
-std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib);
+std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib, Reason& why);
+inline std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib) {
+    Reason why; // which nobody asks for
+    return readDibInfo(dib, why);
+}
 
 } // namespace pixkit

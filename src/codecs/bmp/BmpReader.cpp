@@ -21,10 +21,11 @@ bool canFill(const BmpInfo& info, std::size_t bytes) {
 } // namespace
 
 ReadResult cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
-    const auto info = readBmpInfo(Stream);
-    if (!info) return ReadResult::damaged("the headers describe no picture that can be read");
+    Reason why;
+    const auto info = readBmpInfo(Stream, why);
+    if (!info) return ReadResult::damaged(why);
     const auto data = Stream.subspan(info->pixelOffset);
-    if (!canFill(*info, data.size())) return ReadResult::damaged("too little data for the pixels");
+    if (!canFill(*info, data.size())) return ReadResult::damaged("BMP: too little data for the pixels");
     BmpRows rows(*info, data);
     if (!Host.InitializeDIB(info->width, info->height)) return ReadResult::damaged(noMemoryForPixels);
     const PixelView pixels = HostAccess::pixels(Host);

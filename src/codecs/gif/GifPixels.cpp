@@ -53,7 +53,7 @@ void readLines(const platform::StdPicture& picture, PixelView host, std::size_t 
     header.biBitCount = bitCount;
     const int done = platform::GetDIBits(platform::ScreenDC().get(), picture.handle(), static_cast<std::uint32_t>(y),
                                          static_cast<std::uint32_t>(count), lines, header, colors);
-    if (done != static_cast<int>(count)) throw std::runtime_error("the picture's pixels cannot be read");
+    if (done != static_cast<int>(count)) throw std::runtime_error("GIF: the pixels cannot be read");
 }
 
 // The picture has 8 bits: its numbers are looked up. They are the indexes, unless the system has put its colours into
@@ -104,7 +104,7 @@ void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
     const bool drawn = dc != 0 && picture.Render(dc, 0, 0, host.Width(), host.Height());
     platform::GdiFlush();
     host.LoadDIBinDC(false);
-    if (!drawn) throw std::runtime_error("the picture cannot be drawn");
+    if (!drawn) throw std::runtime_error("GIF: the picture cannot be drawn");
     constexpr std::int32_t alphaUnused = -1; // what drawing leaves there says nothing
     iparseValidateAlphaChannel(HostAccess::pixels(host), true, alphaUnused);
     host.Alpha(AlphaNone);
@@ -114,10 +114,10 @@ void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
 
 ReadResult cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
     const auto picture = iparseArrayToPicture(c_GIFframe, 0, c_GIFframe.size());
-    if (!picture) return ReadResult::damaged("the loader of the system refuses the frame");
+    if (!picture) return ReadResult::damaged("GIF: the system's loader refuses the frame");
     platform::BitmapRecord bitmap;
     if (!platform::GetObjectA(picture->handle(), bitmap))
-        return ReadResult::unable("the loader's picture cannot be taken over");
+        return ReadResult::unable("GIF: the picture of the system's loader cannot be taken over");
     if (!cHost.InitializeDIB(bitmap.bmWidth, bitmap.bmHeight)) return ReadResult::unable(noMemoryForPixels);
     if (!m_frame.TransIndex) {
         drawOpaque(*picture, cHost);

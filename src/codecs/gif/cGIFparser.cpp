@@ -24,7 +24,7 @@ ReadResult cGIFparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSh
     try {
         return ParseGIF(cHost);
     } catch (const std::out_of_range&) {
-        return ReadResult::damaged("the data ends where a colour is looked for");
+        return ReadResult::damaged("GIF: the data ends where a colour is looked for");
     } catch (const std::exception& error) {
         return ReadResult::failed(error, ReadOutcome::unable);
     }
@@ -32,12 +32,12 @@ ReadResult cGIFparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSh
 
 ReadResult cGIFparser::ParseGIF(cPixSheet& cHost) {
     const GifWalk walk = findGifFrame(c_GIFdata, m_frame);
-    if (walk == GifWalk::endsEarly) return ReadResult::damaged("the data ends before the first image does");
-    if (walk == GifWalk::refused) return ReadResult::damaged("no GIF signature, or a block that is none");
+    if (walk == GifWalk::endsEarly) return ReadResult::damaged("GIF: the data ends before the first image does");
+    if (walk == GifWalk::refused) return ReadResult::damaged("GIF: a block that is none");
     // A frame without pixels or colours, or with more than a store can hold, is not worth asking the loader.
-    if (m_frame.gColorsUsed == 0) return ReadResult::damaged("a GIF without colours");
+    if (m_frame.gColorsUsed == 0) return ReadResult::damaged("GIF: no colours");
     if (m_frame.width == 0 || m_frame.height == 0 || !fitsStore(m_frame))
-        return ReadResult::damaged("no pixels, or more than a store holds");
+        return ReadResult::damaged("GIF: no pixels, or more than an image can hold");
 
     buildFrame();
     if (m_frame.TransIndex) grayFrameTable();

@@ -35,8 +35,8 @@ bool readPngFacts(IcoEntry& entry) {
     return entry.bitDepth > 0;
 }
 
-bool readBitmapFacts(IcoEntry& entry) {
-    const auto bitmap = readIcoBitmap(entry);
+bool readBitmapFacts(IcoEntry& entry, Reason& why) {
+    const auto bitmap = readIcoBitmap(entry, why);
     if (!bitmap) return false;
     entry.width = bitmap->info.width;
     entry.height = bitmap->info.height;
@@ -70,8 +70,10 @@ bool isIconFile(std::span<const std::uint8_t> file) noexcept {
            reader.littleEndian16(4).value_or(0) != 0;
 }
 
-std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file) {
+std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file, Reason& why) {
+    why = "no header of an icon file";
     if (!isIconFile(file)) return {};
+    why = "the directory of the icon file reaches beyond the data";
     const ByteReader reader(file);
     const std::size_t count = reader.littleEndian16(4).value_or(0);
     if (!reader.slice(directoryHeaderSize, count * directoryEntrySize)) return {};
@@ -82,6 +84,7 @@ std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file)
     std::vector<std::size_t> sortedOffsets = offsets;
     std::ranges::sort(sortedOffsets);
 
+    why = {}; // of the first entry that cannot be read
     IcoDirectory directory;
     directory.isCursor = reader.littleEndian16(2) == typeCursor;
     for (std::size_t i = 0; i < count; ++i) {
@@ -92,18 +95,29 @@ std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file)
         if (directory.isCursor) // in icon files planes and depth stand here, which the payload knows better
             entry.hotspot = {reader.littleEndian16(at + 4).value_or(0), reader.littleEndian16(at + 6).value_or(0)};
         entry.statedSize = reader.littleEndian32(at + 8).value_or(0);
-        if (!reader.slice(offsets[i], entry.statedSize)) continue;
+        Reason problem = "an icon that lies outside of the file";
+        if (!reader.slice(offsets[i], entry.statedSize)) {
+            if (!why) why = problem;
+            continue;
+        }
         const std::size_t room = roomBehind(sortedOffsets, offsets[i], file.size());
         entry.payload = file.subspan(offsets[i], std::max(room, entry.statedSize));
-        if (readPngFacts(entry) || readBitmapFacts(entry)) directory.entries.push_back(entry);
+        if (readPngFacts(entry) || readBitmapFacts(entry, problem)) {
+            directory.entries.push_back(entry);
+        } else if (!why) {
+            why = problem;
+        }
     }
     if (directory.entries.empty()) return {};
     return directory;
 }
 
-std::optional<IcoBitmap> readIcoBitmap(const IcoEntry& entry) {
-    auto info = readDibInfo(entry.payload);
-    if (!info || info->isRunLength()) return {}; // nobody could tell where the codes end and the mask begins
+std::optional<IcoBitmap> readIcoBitmap(const IcoEntry& entry, Reason& why) {
+    auto info = readDibInfo(entry.payload, why);
+    if (!info) return {};
+    why = "an icon that is run-length coded"; // nobody could tell where the codes end and the mask begins
+    if (info->isRunLength()) return {};
+    why = "an icon that lacks rows of colours";
     if (!isHeightOfPicture(*info, entry)) info->height /= 2;
     const std::uint64_t colors = std::uint64_t{info->rowBytes()} * static_cast<unsigned>(info->height);
     if (info->pixelOffset + colors > entry.payload.size()) return {};

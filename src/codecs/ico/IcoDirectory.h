@@ -30,8 +30,9 @@ struct IcoDirectory {
 // Whether the data begins like an icon or cursor file of at least one image.
 bool isIconFile(std::span<const std::uint8_t> file) noexcept;
 
-// Nothing when the data is no such file, or when no image in it can be read as far as its headers tell.
-std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file);
+// Nothing when the data is no such file, or when no image in it can be read as far as its headers tell; `why` then
+// receives the reason, of several images that of the first.
+std::optional<IcoDirectory> readIcoDirectory(std::span<const std::uint8_t> file, Reason& why);
 
 // A bitmap within an icon file.
 struct IcoBitmap {
@@ -43,7 +44,7 @@ struct IcoBitmap {
     }
 };
 
-// Nothing when the entry's payload is no bitmap, or lacks rows of colours.
-std::optional<IcoBitmap> readIcoBitmap(const IcoEntry& entry);
+// Nothing when the entry's payload is no bitmap, or lacks rows of colours; `why` then receives the reason.
+std::optional<IcoBitmap> readIcoBitmap(const IcoEntry& entry, Reason& why);
 
 } // namespace pixkit

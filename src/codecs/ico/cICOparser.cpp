@@ -45,52 +45,58 @@ std::vector<std::uint8_t> expandMask(const IcoBitmap& bitmap) {
 
 } // namespace
 
-bool cICOparser::LoadDirectory(std::span<const std::uint8_t> Stream) {
-    auto directory = readIcoDirectory(Stream);
-    if (directory) m_directory = std::move(*directory);
-    return directory.has_value();
+Outcome cICOparser::LoadDirectory(std::span<const std::uint8_t> Stream) {
+    Reason why;
+    auto directory = readIcoDirectory(Stream, why);
+    if (!directory) return refused(why);
+    m_directory = std::move(*directory);
+    return done();
 }
 
 ReadResult cICOparser::LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY,
                                   cPixSheet& Host, std::int32_t bitDepth) {
     if (!isIconFile(Stream)) return ReadResult::otherFormat("no header of an icon file");
-    if (!LoadDirectory(Stream)) return ReadResult::damaged("no image in the directory can be read");
+    ReadResult refusal{ReadOutcome::damaged, LoadDirectory(Stream)};
+    if (!refusal.why) return refusal;
     std::vector<const IcoEntry*> candidates;
     for (const IcoEntry& entry : m_directory.entries)
         candidates.push_back(&entry);
     for (int attempt = 0; attempt < mostAttempts && !candidates.empty(); ++attempt) {
         const auto best = std::ranges::min_element(
             candidates, {}, [&](const IcoEntry* entry) { return distance(*entry, cX, cY, bitDepth); });
-        if (loadEntry(**best, Host)) return ReadResult::loaded();
+        Outcome outcome = loadEntry(**best, Host);
+        if (outcome) return ReadResult::loaded();
+        if (attempt == 0) refusal.why = std::move(outcome);
         candidates.erase(best);
     }
-    return ReadResult::damaged("the nearest images cannot be read");
+    return refusal; // of the image that suits best
 }
 
-bool cICOparser::loadEntry(const IcoEntry& entry, cPixSheet& host) const {
+Outcome cICOparser::loadEntry(const IcoEntry& entry, cPixSheet& host) const {
     if (!entry.isPNG) {
-        if (!loadBitmap(entry, host)) return false;
+        if (Outcome loaded = loadBitmap(entry, host); !loaded) return loaded;
     } else {
         // As a stream, for which the PNG reader has no least size.
-        if (!cPNGparser().LoadStream(entry.payload, host)) return false;
+        if (const ReadResult read = cPNGparser().LoadStream(entry.payload, host); !read) return read.why;
         HostAccess::ImageType(host, imgPNGicon);
     }
     HostAccess::hotspot(host, entry.hotspot);
-    return true;
+    return done();
 }
 
-bool cICOparser::loadBitmap(const IcoEntry& entry, cPixSheet& host) const {
-    const auto bitmap = readIcoBitmap(entry);
-    if (!bitmap) return false;
+Outcome cICOparser::loadBitmap(const IcoEntry& entry, cPixSheet& host) const {
+    Reason why;
+    const auto bitmap = readIcoBitmap(entry, why);
+    if (!bitmap) return refused(why);
     BmpRows rows(bitmap->info, bitmap->colors);
-    if (!host.InitializeDIB(bitmap->info.width, bitmap->info.height)) return false;
+    if (!host.InitializeDIB(bitmap->info.width, bitmap->info.height)) return HostAccess::outcome(host);
     const PixelView pixels = HostAccess::pixels(host);
     for (std::size_t y = 0; y < pixels.height; ++y)
         rows.nextRow(bitmap->info.isTopDown ? pixels.rowFromTop(y) : pixels.row(y));
     // Alpha that is everywhere 0 says nothing, and the mask rules as at other depths.
-    if (bitmap->info.masks.alpha != 0 && completeIconByAlpha(host, m_directory.isCursor)) return true;
+    if (bitmap->info.masks.alpha != 0 && completeIconByAlpha(host, m_directory.isCursor)) return done();
     completeIconByMask(host, expandMask(*bitmap), m_directory.isCursor);
-    return true;
+    return done();
 }
 
 } // namespace pixkit

@@ -25,8 +25,8 @@ class cICOparser {
     ReadResult LoadStream(std::span<const std::uint8_t> Stream, std::int32_t cX, std::int32_t cY, cPixSheet& Host,
                           std::int32_t bitDepth);
 
-    // Only looks at what the file holds, for the members below; false for other data.
-    bool LoadDirectory(std::span<const std::uint8_t> Stream);
+    // Only looks at what the file holds, for the members below; refuses other data.
+    Outcome LoadDirectory(std::span<const std::uint8_t> Stream);
     // How many images the file has that can be read as far as their headers tell.
     std::int32_t IconCount() const noexcept { return static_cast<std::int32_t>(m_directory.entries.size()); }
     // Of image `Index`, from 0 to IconCount() - 1 in the file's order: size in pixels, bits of a source pixel, and
@@ -53,8 +53,8 @@ class cICOparser {
 
   private:
     const IcoEntry& entry(std::int32_t index) const { return m_directory.entries.at(static_cast<std::size_t>(index)); }
-    bool loadEntry(const IcoEntry& entry, cPixSheet& host) const;
-    bool loadBitmap(const IcoEntry& entry, cPixSheet& host) const;
+    Outcome loadEntry(const IcoEntry& entry, cPixSheet& host) const;
+    Outcome loadBitmap(const IcoEntry& entry, cPixSheet& host) const;
 
     IcoDirectory m_directory;
 };

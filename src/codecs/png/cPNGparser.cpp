@@ -79,7 +79,7 @@ bool cPNGparser::IsPNG(std::span<const std::uint8_t> bytes) noexcept {
 }
 
 ReadResult cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base) {
-    if (!IsPNG(pngStream)) return ReadResult::otherFormat("no PNG signature");
+    if (!IsPNG(pngStream)) return ReadResult::otherFormat("PNG: no signature");
     m_TransColor = -1;
     m_pngStream = pngStream;
     return walkChunks(base) && PostLoadPNG() ? ReadResult::loaded() : ReadResult{m_outcome, refused(m_reason)};
@@ -110,9 +110,9 @@ bool cPNGparser::walkChunks(RunningEnd base) {
         const auto ChunkLen = reader.bigEndian32(position);
         if (!ChunkLen) return refuse("IEND is missing");
         runningEnd += std::uint64_t{*ChunkLen} + chunkOverhead;
-        if (runningEnd > m_pngStream.size()) return refuse("a chunk reaches beyond the data");
+        if (runningEnd > m_pngStream.size()) return refuse("PNG: a chunk reaches beyond the data");
         const auto typeAndData = reader.slice(position + 4, std::size_t{*ChunkLen} + 4);
-        if (!typeAndData) return refuse("a chunk reaches beyond the data");
+        if (!typeAndData) return refuse("PNG: a chunk reaches beyond the data");
 
         Chunk chunk{ByteReader(*typeAndData).bigEndian32(0).value_or(0), 0, *typeAndData};
         // A CRC that the end of a stream cuts short is not there: 0, which is never checked.
@@ -163,7 +163,8 @@ cPNGparser::ChunkResult cPNGparser::zChunk_IHDR(const Chunk& chunk) {
     }
     // The bits of the store, width * 32 * height, must be countable in 31 bits: at most 67,108,863 pixels.
     const auto rowBits = checkedMultiply(m_Width, 32);
-    if (!rowBits || !checkedMultiply(*rowBits, m_Height)) return refuseChunk("IHDR: more pixels than a store holds");
+    if (!rowBits || !checkedMultiply(*rowBits, m_Height))
+        return refuseChunk("IHDR: more pixels than an image can hold");
     return ChunkResult::ok;
 }
 

@@ -61,7 +61,7 @@ void TgaLayout::convert(std::uint8_t* dst, const std::uint8_t* src, std::size_t 
 ReadResult cTGAparser::buildSurface(cPixSheet& cHost, const TgaLayout& layout) const {
     const std::size_t pixels = std::size_t{m_header.width} * m_header.height;
     if (m_header.isRunLength() && !TgaRunLength::canHold(pixels, m_pixelData.size(), layout.bytes))
-        return ReadResult::damaged("too little data for the run-length packets");
+        return ReadResult::damaged("TGA: too little data for the run-length packets");
     if (!cHost.InitializeDIB(m_header.width, m_header.height)) return ReadResult::damaged(noMemoryForPixels);
     const PixelView image = HostAccess::pixels(cHost);
     const bool isTurned = m_header.isRightToLeft();
@@ -69,7 +69,7 @@ ReadResult cTGAparser::buildSurface(cPixSheet& cHost, const TgaLayout& layout) c
     // Without alpha all pixels are opaque already, which is what the classification would come to.
     const bool isClassified = layout.hasAlpha && !isTurned;
     if (!placeRows(image, layout, isClassified ? &rows : nullptr))
-        return ReadResult::damaged("the run-length packets end early");
+        return ReadResult::damaged("TGA: the run-length packets end early");
     AlphaTypeEnum alpha = AlphaNone;
     if (isTurned) {
         turnRightToLeft(image, layout.hasAlpha);

@@ -48,7 +48,11 @@ constexpr std::size_t bytesOf(std::uint8_t bits) noexcept {
 ReadResult cTGAparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset) {
     m_stream = inStream;
     m_streamOffset = streamOffset;
-    if (!isTGA()) return ReadResult::otherFormat(m_reason);
+    if (!isTGA()) {
+        // Only a footer tells that it was meant to be one.
+        const bool isMeant = inStream.size() >= footerSize && findSignature(inStream.last(footerSize));
+        return isMeant ? ReadResult::damaged(m_reason) : ReadResult::otherFormat(m_reason);
+    }
     return m_header.isColorMapped() ? ProcessColorMap(cHost) : ProcessTrueColor(cHost);
 }
 
@@ -61,23 +65,24 @@ bool cTGAparser::refuse(Reason reason) noexcept {
 // The format has no signature at its beginning: the header must make sense, and the picture it speaks of must fit.
 bool cTGAparser::isTGA() noexcept {
     const ByteReader reader(m_stream);
-    if (reader.size() <= headerSize) return refuse("too short for a header");
+    if (reader.size() <= headerSize) return refuse("TGA: too short for a header");
     const auto byte = [&](std::size_t at) { return reader.byte(at).value_or(0); };
     const auto word = [&](std::size_t at) { return reader.littleEndian16(at).value_or(0); };
     m_header = {byte(0), byte(1), byte(2), word(3), word(5), byte(7), word(12), word(14), byte(16), byte(17)};
     const Header& header = m_header;
 
     constexpr std::array<std::uint8_t, 6> imageTypes = {1, 2, 3, 9, 10, 11};
-    if (std::ranges::count(imageTypes, header.imageType) == 0) return refuse("no type of image that is read");
-    if (header.width < 1 || header.height < 1) return refuse("no columns or no rows");
+    if (std::ranges::count(imageTypes, header.imageType) == 0) return refuse("TGA: no type of image that is read");
+    if (header.width < 1 || header.height < 1) return refuse("TGA: no columns or no rows");
     const std::size_t bytesPerPixel = bytesOf(header.depth);
     if (bytesPerPixel == 0 || (header.isColorMapped() && (bytesPerPixel != 1 || header.colorMapType != 1))) {
-        return refuse("no depth that is read, or indexes without a colour map");
+        return refuse("TGA: no depth that is read, or indexes without a colour map");
     }
     m_mapBytes = 0;
     if (header.colorMapType == 1) { // any other value but 1 says that there is no map, whatever the fields declare
         const std::size_t bytesPerEntry = bytesOf(header.entrySize);
-        if (bytesPerEntry == 0 || header.mapLength < 1) return refuse("no entries of the colour map that are read");
+        if (bytesPerEntry == 0 || header.mapLength < 1)
+            return refuse("TGA: no entries of the colour map that are read");
         // The first index counts as entries that are there, because ProcessColorMap passes over as many.
         m_mapBytes = (std::size_t{header.firstEntry} + header.mapLength) * bytesPerEntry;
     }
@@ -85,7 +90,7 @@ bool cTGAparser::isTGA() noexcept {
     std::uint64_t expectedSize = dataOffset;
     if (!header.isRunLength()) expectedSize += std::uint64_t{header.width} * header.height * bytesPerPixel;
     if (reader.size() > 23 && findSignature(m_stream.last(22))) expectedSize += footerSize;
-    if (expectedSize > reader.size()) return refuse("too short for its picture");
+    if (expectedSize > reader.size()) return refuse("TGA: too short for its picture");
     m_pixelData = m_stream.subspan(dataOffset);
     return true;
 }
