@@ -57,8 +57,8 @@ void stretchTo(std::int32_t& size, std::int64_t end) {
 
 void makeCanvas(cPixSheet& sheet, const ComposeCanvas& canvas) {
     if (!sheet.InitializeDIB(canvas.width, canvas.height)) {
-        throw Failed("the canvas", "there is no memory for " + std::to_string(canvas.width) + " x " +
-                                       std::to_string(canvas.height) + " pixels");
+        throw Failed("the canvas of " + std::to_string(canvas.width) + " x " + std::to_string(canvas.height),
+                     sheet.LastErrorText());
     }
     if (canvas.colour) sheet.MakeTransparent(*canvas.colour, true); // the empty pixels, which are all
 }
@@ -77,7 +77,7 @@ int compose(const ComposeRequest& request, Console& console) {
             boxes.about(layer.file);
             pictures.push_back(std::make_unique<cPixSheet>());
             if (!load(*pictures.back(), layer.file, request.icon)) {
-                throw Failed(layer.file, loadFailureReason(toPath(layer.file)));
+                throw Failed(layer.file, pictures.back()->LastErrorText());
             }
             stretchTo(canvas.width, std::int64_t{layer.x} + pictures.back()->Width());
             stretchTo(canvas.height, std::int64_t{layer.y} + pictures.back()->Height());
@@ -89,7 +89,7 @@ int compose(const ComposeRequest& request, Console& console) {
             // By the blender on every system, so that the result has the same bytes everywhere.
             pictures[i]->isAlphaBlendFriendly(false);
             if (!pictures[i]->Render(0, layer.x, layer.y, 0, 0, 0, 0, 0, 0, layer.opacity, true, true, &result)) {
-                throw Failed(layer.file, "cannot be drawn, perhaps for lack of memory");
+                throw Failed(layer.file, pictures[i]->LastErrorText());
             }
         }
         classifyAlpha(result);

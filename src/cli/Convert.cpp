@@ -61,10 +61,10 @@ void convertOne(const std::string& input, const fs::path& targetPath, const Conv
                 MessageBoxes& boxes, std::ostream& out) {
     boxes.about(input);
     cPixSheet sheet;
-    if (!load(sheet, input, request.icon)) throw Failed(input, loadFailureReason(toPath(input)));
+    if (!load(sheet, input, request.icon)) throw Failed(input, sheet.LastErrorText());
     sheet.HighQualityInterpolation(true); // until --nearest says otherwise
     for (const EffectStep& step : request.steps) {
-        if (!step.apply(sheet)) throw Failed(input, step.option + " " + step.refusal);
+        if (!step.apply(sheet)) throw Failed(input, step.option + ": " + std::string(sheet.LastErrorText()));
     }
     savePicture(sheet, targetPath, request, boxes);
     out << input << " -> " << toUtf8(targetPath) << '\n';

@@ -31,7 +31,8 @@ namespace {
 template <class Draw>
 bool redraw(cPixSheet& sheet, std::int32_t width, std::int32_t height, Draw&& draw) {
     cPixSheet canvas;
-    if (!canvas.InitializeDIB(width, height) || !draw(canvas)) return false;
+    if (!canvas.InitializeDIB(width, height)) return HostAccess::outcome(sheet, Outcome(HostAccess::outcome(canvas)));
+    if (!draw(canvas)) return false;
     classifyAlpha(canvas);
     sheet.SwapDIBs(&canvas);
     return true;
@@ -211,10 +212,7 @@ EffectStep parseTile(const std::string& argument) {
 }
 
 EffectStep parseTrim(const std::string&) {
-    EffectStep step = {
-        "", "Transparent borders cut off", "TrimImage()", {}, [](cPixSheet& sheet) { return sheet.TrimImage(); }};
-    step.refusal = "found nothing but transparent pixels";
-    return step;
+    return {"", "Transparent borders cut off", "TrimImage()", {}, [](cPixSheet& sheet) { return sheet.TrimImage(); }};
 }
 
 } // namespace pixkit::cli

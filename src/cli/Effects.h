@@ -16,12 +16,11 @@ namespace pixkit::cli {
 
 // One effect with its settings, ready to be applied.
 struct EffectStep {
-    std::string option;                                         // as on the command line: "--lighten 25"
-    std::string title;                                          // for people: "25 % lighter"
-    std::string call;                                           // the member behind it: "MakeLighterDarker(25)"
-    std::optional<std::int32_t> colour;                         // the COLORREF in it, to be shown
-    std::function<bool(cPixSheet& sheet)> apply;                // what the member answers
-    const char* refusal = "failed, perhaps for lack of memory"; // what it means when that is false
+    std::string option;                          // as on the command line: "--lighten 25"
+    std::string title;                           // for people: "25 % lighter"
+    std::string call;                            // the member behind it: "MakeLighterDarker(25)"
+    std::optional<std::int32_t> colour;          // the COLORREF in it, to be shown
+    std::function<bool(cPixSheet& sheet)> apply; // what the member answers; when that is false, the sheet says why
 };
 
 struct EffectOption {

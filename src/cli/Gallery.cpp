@@ -136,7 +136,7 @@ class PictureFolder {
         card.height = sheet.Height();
         const fs::path relative = m_name / toPath(name + ".png");
         const std::string file = toUtf8(m_gallery / relative);
-        if (!sheet.SaveToFile_PNG(file, false)) throw GalleryError(file + ": " + saveFailureReason(toPath(file)));
+        if (!sheet.SaveToFile_PNG(file, false)) throw GalleryError(file + ": " + std::string(sheet.LastErrorText()));
         card.file = toUtf8(relative);
         return card;
     }
@@ -153,7 +153,7 @@ GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string
     std::string fileName = number;
     std::string options;
     for (const EffectStep& step : effect.steps) {
-        if (!step.apply(copy)) throw GalleryError(step.option + " " + step.refusal);
+        if (!step.apply(copy)) throw GalleryError(step.option + ": " + std::string(copy.LastErrorText()));
         options += (options.empty() ? "" : " ") + step.option;
         fileName += step.option.substr(1, step.option.find(' ') - 1);
     }
@@ -170,7 +170,7 @@ GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string
 GalleryPicture makePicture(const std::string& file, const IconChoice& icon, const fs::path& gallery,
                            const fs::path& folderName, Progress& progress) {
     cPixSheet sheet;
-    if (!load(sheet, file, icon)) throw GalleryError(loadFailureReason(toPath(file)));
+    if (!load(sheet, file, icon)) throw GalleryError(std::string(sheet.LastErrorText()));
     PictureFolder folder(gallery, folderName);
     GalleryPicture picture;
     picture.name = toUtf8(toPath(file).filename());

@@ -85,7 +85,7 @@ int info(const InfoRequest& request, Console& console) {
         boxes.about(file);
         cPixSheet sheet;
         if (!load(sheet, file, request.icon)) {
-            console.err << "pixkit info: " << file << ": " << loadFailureReason(path) << '\n';
+            console.err << "pixkit info: " << file << ": " << sheet.LastErrorText() << '\n';
             exitCode = exitSomeFailed;
             continue;
         }

@@ -80,8 +80,8 @@ void savePicture(cPixSheet& sheet, const std::filesystem::path& target, const Sa
                  MessageBoxes& boxes) {
     boxes.about(toUtf8(target));
     if (saved(sheet, target, options)) return;
-    throw Failed(toUtf8(target),
-                 boxes.refused() ? "exists already and was kept; --overwrite replaces it" : saveFailureReason(target));
+    const std::string reason(sheet.LastErrorText());
+    throw Failed(toUtf8(target), boxes.refused() ? reason + "; --overwrite replaces it" : reason);
 }
 
 } // namespace pixkit::cli

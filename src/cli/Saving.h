@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace pixkit {
 class cPixSheet;
@@ -16,7 +17,7 @@ namespace pixkit::cli {
 // One file could not be read or written; the reason goes to the person, the rest goes on.
 class Failed : public std::runtime_error {
   public:
-    Failed(const std::string& file, const std::string& reason) : std::runtime_error(file + ": " + reason) {}
+    Failed(const std::string& file, std::string_view reason) : std::runtime_error(file + ": " + std::string(reason)) {}
 };
 
 // Whether the options suit the format that the result will have. Throws UsageError.

@@ -43,7 +43,7 @@ if [ ${#command[@]} = 1 ]; then
     pixkit=${command[0]}
     command=(timeout 10 "$pixkit")
     mkfifo "$folder/pipe.png"
-    check 1 "pipe.png: is not a regular file" convert "$folder/pipe.png" "$folder/pipe.bmp"
+    check 1 "pipe.png: the file cannot be opened" convert "$folder/pipe.png" "$folder/pipe.bmp"
     for answer in no yes; do
         echo old >"$folder/a.bmp"
         echo $answer | script -qec "'$pixkit' convert $alpha $folder/a.bmp" "$folder/log" >"$folder/shown"
