@@ -25,6 +25,8 @@ IID privateInterface() noexcept {
 // What the native members refuse, in their own order: where a caller's sizes are none.
 constexpr IconEntrySize noSize = {-1, -1};
 
+constexpr Reason noSuchResource = "there is no such resource";
+
 constexpr LONG beingDestroyed = 1L << 30;
 
 // As the DLL's version record says; its third number is not used here. Empty without one.
@@ -273,11 +275,10 @@ HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG 
 
 HRESULT PixSheetObject::SwapDIBs(_cPixSheet** SwapFromDIB) {
     if (SwapFromDIB == nullptr) return E_POINTER;
-    if (*SwapFromDIB == nullptr) return S_OK;
     const Hold held(*this); // as above
-    PixSheetObject* const other = ours(*SwapFromDIB);
-    if (other == nullptr) return DISP_E_TYPEMISMATCH;
-    return run([&] { m_sheet->SwapDIBs(other->m_sheet.get()); });
+    PixSheetObject* const other = *SwapFromDIB != nullptr ? ours(*SwapFromDIB) : nullptr;
+    if (*SwapFromDIB != nullptr && other == nullptr) return DISP_E_TYPEMISMATCH;
+    return run([&] { m_sheet->SwapDIBs(other != nullptr ? other->m_sheet.get() : nullptr); });
 }
 
 // Both optionals come by reference; C++ callers leave them out as null pointers.
@@ -310,8 +311,11 @@ HRESULT PixSheetObject::SourceIconSizes(SAFEARRAY** sizeArray, LONG* result) {
         static_assert(sizeof(IconSourceSize) == 4 * sizeof(std::int32_t));
         std::vector<IconSourceSize> sizes;
         const std::int32_t count = m_sheet->SourceIconSizes(sizes);
-        if (count == 0 || liesInImage(*sizeArray)) return 0;
-        return replaceByLongs(sizeArray, &sizes.front().Width, 4, static_cast<std::uint32_t>(count)) ? count : 0;
+        if (count == 0) return 0;
+        const bool isStored = !liesInImage(*sizeArray) &&
+                              replaceByLongs(sizeArray, &sizes.front().Width, 4, static_cast<std::uint32_t>(count));
+        if (!isStored) refuse("no array of numbers that another can take the place of");
+        return isStored ? count : 0;
     });
 }
 
@@ -340,13 +344,17 @@ HRESULT PixSheetObject::LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSectio
     return give(result, [&] {
         if (!isCustomResource(ResSection)) {
             const auto picture = resourcePicture(ResIndex, ResSection, VBglobal, iconCx, iconCy);
-            return m_sheet->LoadPicture_StdPicture(picture.get());
+            const bool isLoaded = m_sheet->LoadPicture_StdPicture(picture.get());
+            return picture ? isLoaded : refuse(noSuchResource);
         }
-        const bool loaded = withResource(ResIndex, ResSection, VBglobal, [&](const ByteArray& bytes) {
+        bool isThere = false;
+        const bool isLoaded = withResource(ResIndex, ResSection, VBglobal, [&](const ByteArray& bytes) {
+            isThere = true;
             return m_sheet->LoadPicture_Stream(bytes, iconCx, iconCy, streamStart, streamLength, false, iconBitDepth);
         });
-        if (!loaded) m_sheet->DestroyDIB(); // as every load that fails
-        return loaded;
+        if (isThere) return isLoaded;
+        m_sheet->DestroyDIB(); // as every load that fails
+        return refuse(noSuchResource);
     });
 }
 

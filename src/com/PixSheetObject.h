@@ -8,7 +8,7 @@
 #include "com/module.h"
 #include "diagnostics/guard.h"
 #include "pixkit_com.h"
-#include "surface/cPixSheet.h"
+#include "surface/HostAccess.h"
 #include <ocidl.h>
 #include <type_traits>
 
@@ -174,8 +174,9 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
             // An array that cannot be read is one without data: refused, and the instance emptied, by the native
             // member.
             const CallersBytes array(inStream, Access::read);
-            return m_sheet->LoadPicture_Stream(array.bytes(), iconCx, iconCy, streamStart, streamLength,
-                                               isTrue(SaveFormat), iconBitDepth);
+            const bool isLoaded = m_sheet->LoadPicture_Stream(array.bytes(), iconCx, iconCy, streamStart, streamLength,
+                                                              isTrue(SaveFormat), iconBitDepth);
+            return array.isUsable() ? isLoaded : refuse(noArrayOfBytes);
         });
     }
     STDMETHODIMP LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSection, IDispatch* VBglobal, LONG iconCx,
@@ -274,8 +275,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP PngPropertySet(::ePngProperties Property, VARIANT Value, BSTR Keyword, VARIANT_BOOL* result) override {
         return give(result, [&] {
             const auto value = pngValueOf(Value);
-            return value &&
-                   m_sheet->PngPropertySet(static_cast<pixkit::ePngProperties>(Property), *value, toUtf8(Keyword));
+            if (!value) return refuse("no property has such a value");
+            return m_sheet->PngPropertySet(static_cast<pixkit::ePngProperties>(Property), *value, toUtf8(Keyword));
         });
     }
 
@@ -377,6 +378,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     template <class Save>
     static std::int32_t withIconArguments(const VARIANT* source, SAFEARRAY** sizes, Save&& save);
 
+    // Why a member fails before the native one is asked, or after it: for LastErrorText. Always false.
+    bool refuse(Reason reason) const noexcept { return HostAccess::outcome(*m_sheet, refused(reason)); }
+    static constexpr Reason noArrayOfBytes = "no array of bytes in one or two dimensions that can be locked";
+    static constexpr Reason noRoomInArray = "no array of bytes that another can take the place of";
+
     // Callers write True as any number but 0.
     static bool isTrue(VARIANT_BOOL value) noexcept { return value != VARIANT_FALSE; }
 
@@ -410,7 +416,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     template <class Body>
     HRESULT run(Body&& body, const Procedure& member = __builtin_FUNCTION()) noexcept {
         const Hold held(*this);
-        guarded(Call(*this, member), false, [&] { return body(), true; });
+        Outcome outcome = guardedOutcome(Call(*this, member), [&] { return body(), done(); });
+        if (!outcome) HostAccess::outcome(*m_sheet, std::move(outcome)); // else it is that of the native member
         return S_OK;
     }
     template <class Result, class Body>
@@ -437,7 +444,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
             result,
             [&] {
                 const CallersBytes array(stream, Access::read);
-                return array.isUsable() && body(array.bytes());
+                return array.isUsable() ? body(array.bytes()) : refuse(noArrayOfBytes);
             },
             member);
     }
@@ -449,9 +456,10 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
             result,
             [&] {
                 CallersBytes array(stream, access);
-                if (!array.isUsable() || liesInImage(*stream)) return decltype(body(array.bytes())){};
+                using Filled = decltype(body(array.bytes()));
+                if (!array.isUsable() || liesInImage(*stream)) return static_cast<Filled>(refuse(noRoomInArray));
                 const auto filled = body(array.bytes());
-                return array.store() ? filled : decltype(filled){};
+                return array.store() ? filled : static_cast<Filled>(refuse(noMemory));
             },
             member);
     }

@@ -14,8 +14,8 @@ class Reason {
     constexpr Reason() noexcept = default; // none
     consteval Reason(const char* literal) : m_text(literal) {}
 
+    constexpr explicit operator bool() const noexcept { return !m_text.empty(); }
     constexpr std::string_view text() const noexcept { return m_text; }
-    friend constexpr bool operator==(Reason a, Reason b) noexcept { return a.m_text == b.m_text; }
 
   private:
     std::string_view m_text;

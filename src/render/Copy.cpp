@@ -26,6 +26,7 @@ void cPixSheet::CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t 
             auto created = std::make_unique<cPixSheet>();
             created->isGDIplusEnabled(isGDIplusEnabled());
             created->m_StretchQuality = m_StretchQuality;
+            created->m_isUnattended = m_isUnattended;
             cDIBclass = std::move(created);
         }
         return cDIBclass.get() == this ? done() : pvCopyImage(*cDIBclass, newWidth, newHeight, CopyOriginalFormat);

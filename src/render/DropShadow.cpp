@@ -61,6 +61,7 @@ std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, s
         shadowDIB->m_StretchQuality = m_StretchQuality;
         shadowDIB->m_GDItoken = m_GDItoken;
         shadowDIB->m_osCAP = m_osCAP;
+        shadowDIB->m_isUnattended = m_isUnattended;
         result = std::move(shadowDIB);
         return done();
     });

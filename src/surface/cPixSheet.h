@@ -139,8 +139,9 @@ class cPixSheet {
     // Copies the image, its Alpha, ImageType and gdiToken into another instance, which is resized when it needs to be.
     // 0 for a size means this image's. With CopyOriginalFormat the original-format bytes go along. Does nothing without
     // an image or when the target is this instance. A null pointer receives a new instance, which also takes over
-    // isGDIplusEnabled and HighQualityInterpolation. A copy at another size is drawn as Render does without AlphaBlend;
-    // should there be no memory for that, the target is left an empty (fully transparent) image of the new size.
+    // isGDIplusEnabled, HighQualityInterpolation and Unattended. A copy at another size is drawn as Render does without
+    // AlphaBlend; should there be no memory for that, the target is left an empty (fully transparent) image of the new
+    // size.
     void CopyImageTo(cPixSheet& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
                      bool CopyOriginalFormat = false) noexcept;
     void CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
@@ -386,7 +387,7 @@ class cPixSheet {
     // A soft shadow of the picture's silhouette in one colour, as a new image that reaches blurDepth (0 .. 10, values
     // outside count as the nearest) pixels beyond each edge: its alpha is the average of the picture's over a square
     // of 2 * blurDepth + 1 pixels, truncated. The time does not depend on the depth. The new instance is drawn by the
-    // same means as this one (interpolation, AlphaBlend, GDI+). Null also when there is no memory.
+    // same means as this one (interpolation, AlphaBlend, GDI+), and as Unattended. Null also when there is no memory.
     std::unique_ptr<cPixSheet> CreateDropShadow(std::int32_t blurDepth = 4,
                                                 std::int32_t Color = 0xC0C0C0) const noexcept;
     // Paints over the image: squares of CheckerSize pixels, FirstColor at the top left, opaque. It becomes
