@@ -44,7 +44,10 @@ HRESULT callByName(IDispatch* object, const wchar_t* name, std::span<const VARIA
     std::array<VARIANTARG, mostArguments> reversed; // copies of the caller's, not owned
     std::ranges::reverse_copy(arguments, reversed.begin());
     DISPPARAMS passed{reversed.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
-    return invoke(object, id, DISPATCH_METHOD | DISPATCH_PROPERTYGET, passed, result);
+    const HRESULT status = invoke(object, id, DISPATCH_METHOD | DISPATCH_PROPERTYGET, passed, result);
+    // Some script engines take that for a call, and a value that is no function cannot be called.
+    if (SUCCEEDED(status) || status == DISP_E_EXCEPTION || !arguments.empty()) return status;
+    return invoke(object, id, DISPATCH_PROPERTYGET, passed, result);
 }
 
 } // namespace pixkit::com

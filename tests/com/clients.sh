@@ -62,6 +62,10 @@ check "what drawing.vbs saved" is_bitmap "$folder/drawing.bmp"
 check "saving.vbs" script '^saved .* in five formats' samples/vbscript/saving.vbs $pictures/lantern.png "$folder/saving"
 check "pixels.vbs" script 'all pixels as expected' samples/vbscript/pixels.vbs
 check "clipboard.vbs" script 'every pixel as it was copied' samples/vbscript/clipboard.vbs $pictures/lantern.png
+cp $pictures/landscape.png $pictures/lantern.png "$folder"
+check "dropped.vbs" script '^2 dropped, all as expected' samples/vbscript/dropped.vbs "$folder"/l*.png
+check "what dropped.vbs saved" [ -s "$folder/lantern.png.dropped.png" ]
+check "dropped.js" script 'all as expected' samples/jscript/dropped.js "$folder/lantern.png"
 check "effects.js" script '^saved ' samples/jscript/effects.js $pictures/landscape.png "$folder/js.bmp"
 check "regsvr32 /u" windows regsvr32 /s /u "$dll"
 check "nothing left in the registry" nothing_left
