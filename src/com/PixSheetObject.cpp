@@ -378,4 +378,13 @@ HRESULT PixSheetObject::GetDroppedFileNames(VARIANT* Data, SAFEARRAY** FileNames
     });
 }
 
+HRESULT PixSheetObject::GetPastedFileNames(SAFEARRAY** FileNames, LONG* result) {
+    if (FileNames == nullptr) return E_POINTER;
+    return give(result, [&] {
+        std::vector<std::string> names;
+        const std::int32_t count = m_sheet->GetPastedFileNames(names);
+        return count != 0 && replaceByStrings(FileNames, names) ? count : 0;
+    });
+}
+
 } // namespace pixkit::com

@@ -352,6 +352,13 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP LoadPicture_DropedFiles(VARIANT* Data, LONG FileIndex, LONG iconCx, LONG iconCy,
                                          VARIANT_BOOL SaveFormat, LONG iconBitDepth, VARIANT_BOOL* result) override;
     STDMETHODIMP GetDroppedFileNames(VARIANT* Data, SAFEARRAY** FileNames, LONG* result) override;
+    STDMETHODIMP LoadPicture_PastedFiles(LONG FileIndex, LONG iconCx, LONG iconCy, VARIANT_BOOL SaveFormat,
+                                         LONG iconBitDepth, VARIANT_BOOL* result) override {
+        return give(result, [&] {
+            return m_sheet->LoadPicture_PastedFiles(FileIndex, iconCx, iconCy, isTrue(SaveFormat), iconBitDepth);
+        });
+    }
+    STDMETHODIMP GetPastedFileNames(SAFEARRAY** FileNames, LONG* result) override;
 
   private:
     using Access = CallersBytes::Access;

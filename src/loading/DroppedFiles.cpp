@@ -1,5 +1,7 @@
-// Loading of files that were dropped.
+// Loading of files that were dropped or pasted.
 #include "loading/loadMember.h"
+#include "platform/DropBlocks.h"
+#include "platform/clipboard.h"
 #include "platform/drops.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
@@ -15,6 +17,22 @@ std::vector<const DroppedFile*> filesIn(std::span<const DroppedFile> files) {
     for (const DroppedFile& file : files.first(std::min(files.size(), mostDroppedFiles)))
         if (!file.name.empty() || file.contents) found.push_back(&file);
     return found;
+}
+
+// Those on the clipboard: files by their names, else those that are contents only.
+Outcome pastedFiles(std::vector<DroppedFile>& files) {
+    bool hasContents = false;
+    {
+        const platform::OpenClipboard clipboard;
+        if (!clipboard.exists()) return refused("there is no clipboard");
+        if (!clipboard.isOpen()) return refused("another program keeps the clipboard open");
+        files = platform::filesOfBlock(clipboard.get("CF_HDROP"));
+        hasContents = files.empty() && std::ranges::any_of(clipboard.formats(), [](const std::string& format) {
+                          return format == "FileGroupDescriptorW" || format == "FileGroupDescriptor";
+                      });
+    }
+    if (hasContents) files = platform::contentsOnClipboard(); // opens the clipboard itself
+    return doneIf(!files.empty(), "there are no files on the clipboard");
 }
 
 Outcome giveNames(std::span<const DroppedFile> files, std::vector<std::string>& FileNames) {
@@ -51,10 +69,32 @@ bool cPixSheet::LoadPicture_DropedFiles(std::span<const DroppedFile> Data, std::
     });
 }
 
+bool cPixSheet::LoadPicture_PastedFiles(std::int32_t FileIndex, std::int32_t iconCx, std::int32_t iconCy,
+                                        bool SaveFormat, std::int32_t iconBitDepth) noexcept {
+    const Call call(*this, "LoadPicture_PastedFiles", "FileIndex, iconCx, iconCy, SaveFormat, iconBitDepth", FileIndex,
+                    iconCx, iconCy, SaveFormat, iconBitDepth);
+    return loadMember(call, *this, [&] {
+        std::vector<DroppedFile> files;
+        Outcome pasted = pastedFiles(files);
+        if (!pasted) return pasted;
+        LoadPicture_DropedFiles(files, FileIndex, iconCx, iconCy, SaveFormat, iconBitDepth);
+        return m_outcome;
+    });
+}
+
 std::int32_t cPixSheet::GetDroppedFileNames(std::span<const DroppedFile> Data,
                                             std::vector<std::string>& FileNames) const noexcept {
     const bool isDone = attempt(Call(*this, "GetDroppedFileNames", "Data, FileNames", Data, FileNames),
                                 [&] { return giveNames(Data, FileNames); });
+    return isDone ? static_cast<std::int32_t>(FileNames.size()) : 0;
+}
+
+std::int32_t cPixSheet::GetPastedFileNames(std::vector<std::string>& FileNames) const noexcept {
+    const bool isDone = attempt(Call(*this, "GetPastedFileNames", "FileNames", FileNames), [&] {
+        std::vector<DroppedFile> files;
+        Outcome pasted = pastedFiles(files);
+        return pasted ? giveNames(files, FileNames) : pasted;
+    });
     return isDone ? static_cast<std::int32_t>(FileNames.size()) : 0;
 }
 

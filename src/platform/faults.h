@@ -49,6 +49,7 @@ enum class SeamCall : std::uint8_t {
     setClipboardData,
     globalAlloc,
     globalLock,
+    oleGetClipboard,
     desktopWindowUnicode, // "fails" = the desktop answers that it is not Unicode
     count
 };

@@ -216,7 +216,7 @@ class cPixSheet {
     // order; those that cannot be read are left out. Returns how many. 0, and sizeArray as it was, otherwise.
     std::int32_t SourceIconSizes(std::vector<IconSourceSize>& sizeArray) const noexcept;
 
-    // --- dropped files (loading/DroppedFiles.cpp)
+    // --- dropped and pasted files (loading/DroppedFiles.cpp)
 
     // Loads a file of those that were dropped: the one of this index, from 1, or for 0 the first that loads. A file by
     // its name is loaded as by LoadPicture_File, contents as by LoadPicture_Stream. On Windows platform::filesOfDrop
@@ -224,10 +224,15 @@ class cPixSheet {
     bool LoadPicture_DropedFiles(std::span<const DroppedFile> Data, std::int32_t FileIndex = 0,
                                  std::int32_t iconCx = 32, std::int32_t iconCy = 32, bool SaveFormat = false,
                                  std::int32_t iconBitDepth = 32) noexcept;
-    // The names of dropped files, in UTF-8 and in their order; files that have none are left out. Returns how
+    // The same for the files on the clipboard (platform/clipboard.h): those that a CF_HDROP names, else on Windows
+    // those that are contents only.
+    bool LoadPicture_PastedFiles(std::int32_t FileIndex = 0, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
+                                 bool SaveFormat = false, std::int32_t iconBitDepth = 32) noexcept;
+    // The names of dropped or pasted files, in UTF-8 and in their order; files that have none are left out. Returns how
     // many. 0, and FileNames as it was, when there are none.
     std::int32_t GetDroppedFileNames(std::span<const DroppedFile> Data,
                                      std::vector<std::string>& FileNames) const noexcept;
+    std::int32_t GetPastedFileNames(std::vector<std::string>& FileNames) const noexcept;
 
     // --- saving (saving/SaveDispatch.cpp)
 

@@ -1,7 +1,9 @@
 // Dropped and pasted files in the forms that C++ alone has: contents, and what a program gives as pasted.
 #include "platform/DropBlocks.h"
 #include "platform/drops.h"
+#include "support/MemoryClipboard.h"
 #include "support/QuietLoads.h"
+#include "support/SourceFolder.h"
 #include <stdexcept>
 
 using namespace pixkit;
@@ -38,6 +40,31 @@ TEST_F(DroppedFiles, ContentsAreNotLoadedOrASourceThatFailsEndsTheSearch) {
     std::vector<std::string> names;
     EXPECT_EQ(sheet.GetDroppedFileNames(files, names), 2);
     EXPECT_EQ(names, (std::vector<std::string>{"no such file.png", "named.tga"}));
+}
+
+TEST_F(DroppedFiles, TheFilesOfTheClipboardAreOthers) {
+    MemoryClipboard clipboard;
+    cPixSheet sheet;
+    std::vector<std::string> names = {"old"};
+    EXPECT_FALSE(sheet.LoadPicture_PastedFiles() || sheet.GetPastedFileNames(names) != 0);
+    EXPECT_EQ(sheet.LastErrorText(), "there are no files on the clipboard");
+    const auto path = (sourceFolder() / "samples" / "pictures" / "sprite-4-bit.png").string();
+    Bytes block(20);
+    block[0] = 20;
+    block.insert(block.end(), path.begin(), path.end());
+    for (const char letter : std::string("\0none.png\0", 11))
+        block.push_back(static_cast<std::uint8_t>(letter));
+    clipboard.blocks = {{"PNG", {1}}, {"CF_HDROP", block}};
+    clipboard.busyFor = 2;
+    EXPECT_TRUE(sheet.LoadPicture_PastedFiles() && sheet.LoadPicture_PastedFiles(1));
+    EXPECT_EQ(sheet.Width(), 24);
+    EXPECT_FALSE(sheet.LoadPicture_PastedFiles(2) || sheet.LoadPicture_PastedFiles(3) || sheet.Handle() != 0);
+    EXPECT_EQ(sheet.GetPastedFileNames(names), 2);
+    EXPECT_EQ(names, (std::vector<std::string>{path, "none.png"}));
+    clipboard.busyFor = 1000;
+    EXPECT_FALSE(sheet.LoadPicture_PastedFiles());
+    EXPECT_EQ(sheet.LastErrorText(), "another program keeps the clipboard open");
+    EXPECT_EQ(clipboard.opened, 0);
 }
 
 TEST_F(DroppedFiles, ABlockOfNamesIsTakenAtItsWord) {

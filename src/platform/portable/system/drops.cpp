@@ -11,4 +11,8 @@ std::vector<DroppedFile> filesOfDrop(Handle) {
     return {};
 }
 
+std::vector<DroppedFile> contentsOnClipboard() {
+    return {};
+}
+
 } // namespace pixkit::platform

@@ -13,14 +13,14 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Pictures that the system numbers. Text, files and others that it numbers are of no concern here.
+// Pictures and files that the system numbers. Text and others that it numbers are of no concern here.
 struct NumberedFormat {
     UINT number;
     const char* name;
 };
 constexpr NumberedFormat numberedFormats[] = {
-    {CF_BITMAP, "CF_BITMAP"},           {CF_TIFF, "CF_TIFF"}, {CF_DIB, "CF_DIB"}, {CF_DIBV5, "CF_DIBV5"},
-    {CF_ENHMETAFILE, "CF_ENHMETAFILE"},
+    {CF_BITMAP, "CF_BITMAP"},           {CF_TIFF, "CF_TIFF"},   {CF_DIB, "CF_DIB"}, {CF_DIBV5, "CF_DIBV5"},
+    {CF_ENHMETAFILE, "CF_ENHMETAFILE"}, {CF_HDROP, "CF_HDROP"},
 };
 
 // 0 on failure.
