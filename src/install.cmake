@@ -11,8 +11,8 @@ install(FILES "${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" "${CMAKE_CURRENT
 # The headers that <pixkit/pixkit.h> includes. Installed, all of them lie below pixkit/ and say so to each other, so that
 # no other project's "shared/..." or "platform/..." is found in their place.
 foreach(header IN ITEMS ../include/pixkit/pixkit.h surface/cPixSheet.h surface/PngProperties.h shared/ByteArray.h
-        shared/enumerations.h shared/resources.h shared/Text.h diagnostics/ErrorReport.h diagnostics/Outcome.h
-        platform/clipboard.h platform/drops.h platform/handle.h platform/interaction.h platform/pictures.h)
+        gdiplus/GdiplusUser.h shared/enumerations.h shared/resources.h shared/Text.h diagnostics/ErrorReport.h diagnostics/Outcome.h
+        platform/clipboard.h platform/drops.h platform/gdi.h platform/gdiplus.h platform/handle.h platform/interaction.h platform/pictures.h)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${header}")
     file(READ "${header}" text)
     string(REPLACE "#include \"" "#include \"pixkit/" text "${text}")

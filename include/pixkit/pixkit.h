@@ -1,10 +1,11 @@
 // The one header that programs include.
 // Everything that a program needs: the class, what it is told of (messages, unexpected errors), what it may give
-// (system pictures, resources, dropped files, a clipboard).
+// (system pictures, resources, dropped files, a clipboard, GDI+).
 #pragma once
 #include "diagnostics/ErrorReport.h"
 #include "platform/clipboard.h"
 #include "platform/drops.h"
+#include "platform/gdiplus.h"
 #include "platform/interaction.h"
 #include "platform/pictures.h"
 #include "shared/resources.h"

@@ -40,6 +40,7 @@ std::string ownVersion() {
 
 HRESULT PixSheetObject::create(REFIID interfaceId, void** object) noexcept try {
     auto* const created = new PixSheetObject(std::make_unique<cPixSheet>());
+    keepGdiplus();
     const HRESULT status = created->QueryInterface(interfaceId, object);
     created->Release();
     return status;

@@ -33,6 +33,7 @@ STDAPI DllGetClassObject(REFCLSID classId, REFIID interfaceId, void** object) {
 STDAPI DllCanUnloadNow() {
     if (pixkit::com::isModuleInUse()) return S_FALSE;
     pixkit::com::TypeInformation::forget();
+    pixkit::com::giveGdiplusBack();
     return S_OK;
 }
 

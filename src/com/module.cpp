@@ -1,4 +1,8 @@
 #include "com/module.h"
+#include "gdiplus/Session.h"
+#include "platform/NeverDestroyed.h"
+#include <mutex>
+#include <optional>
 
 namespace pixkit::com {
 
@@ -29,12 +33,33 @@ std::wstring modulePath() noexcept try {
     return {};
 }
 
+namespace {
+std::mutex gdiplusMutex;
+
+// Not the loader's to destroy: GDI+ must not be ended while a library is unloaded.
+std::optional<GdiplusUser>& gdiplusUser() noexcept {
+    static platform::NeverDestroyed<std::optional<GdiplusUser>> user;
+    return user.value;
+}
+} // namespace
+
+void keepGdiplus() noexcept {
+    const std::scoped_lock lock(gdiplusMutex);
+    if (!gdiplusUser()) gdiplusUser().emplace();
+}
+
+void giveGdiplusBack() noexcept {
+    const std::scoped_lock lock(gdiplusMutex);
+    gdiplusUser().reset();
+    GdiplusSession::forget();
+}
+
 void lockModule(bool lock) noexcept {
     lock ? ::InterlockedIncrement(&references) : ::InterlockedDecrement(&references);
 }
 
 bool isModuleInUse() noexcept {
-    return references != 0;
+    return references != 0 || areGdiplusTokensOut();
 }
 
 ModuleReference::ModuleReference() noexcept {

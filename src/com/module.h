@@ -21,8 +21,14 @@ class ModuleReference {
     ModuleReference& operator=(const ModuleReference&) = delete;
 };
 
-// Whether anything keeps it.
+// Whether anything keeps it: one of those, or a token of GDI+, which only the DLL can end.
 bool isModuleInUse() noexcept;
+
+// From the first object on GDI+, once started, stays so until the DLL may go: starting it for each of many objects that
+// come and go would take longer than what they do. Programs that unload the DLL without asking whether it may go leave
+// GDI+ started: the system forbids to end it then.
+void keepGdiplus() noexcept;
+void giveGdiplusBack() noexcept;
 
 // The same for LockServer, whose two halves come in two calls.
 void lockModule(bool lock) noexcept;

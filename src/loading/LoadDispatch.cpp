@@ -1,6 +1,8 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
 #include "codecs/Formats.h"
+#include "codecs/GdiplusPictures.h"
 #include "codecs/ico/cICOparser.h"
+#include "codecs/png/cPNGwriter.h"
 #include "loading/ForeignPictures.h"
 #include "loading/ForeignSignatures.h"
 #include "loading/LoadRequest.h"
@@ -11,6 +13,7 @@
 #include "shared/Files.h"
 #include "shared/limits.h"
 #include "surface/Capabilities.h"
+#include "surface/HostAccess.h"
 #include "surface/attended.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
@@ -35,10 +38,20 @@ ReadResult take(cPixSheet& host, ReadResult&& result) {
     return std::move(result);
 }
 
+// What GDI+ reads is kept as a PNG, which is read also where GDI+ is not.
+std::vector<std::uint8_t> asPNG(const cPixSheet& host) {
+    const SourcePicture picture(host);
+    if (const auto cGDIp = HostAccess::GDIPlus(host)) {
+        if (WrittenFile file = SaveToPNGByGDIplus(*cGDIp, picture); file.outcome())
+            return std::move(file.parts()).join();
+    }
+    return std::move(cPNGwriter::SavePNGex(picture, PngProperties()).parts()).join();
+}
+
 // First the formats whose signature the data bears. What they refuse as damaged goes on to the system's loader, which
 // may show something of it, unless it is of a kind that not every such loader survives; what lacked memory does not,
-// lest a picture come out as another. Data without a signature goes there at once. Formats without a signature come
-// last. Of several refusals the first counts whose reader knew the data for its own.
+// lest a picture come out as another. Data without a signature goes there at once, and what it does not know to GDI+.
+// Formats without a signature come last. Of several refusals the first counts whose reader knew the data for its own.
 Outcome readPicture(LoadRequest& request, cPixSheet& host) {
     const auto start = request.start(sniffedBytes);
     Outcome refusal;
@@ -49,6 +62,7 @@ Outcome readPicture(LoadRequest& request, cPixSheet& host) {
     };
     bool isKnown = false, isJpeg = false;
     bool goesToSystem = true;
+    bool isRefused = false; // by a reader of this component
     for (const Format& format : formats()) {
         if (format.sniff == nullptr || !format.sniff(start)) continue;
         isKnown = true;
@@ -56,11 +70,18 @@ Outcome readPicture(LoadRequest& request, cPixSheet& host) {
         if (format.read == nullptr) continue;
         const ReadOutcome outcome = ask(format.read(request, host), true);
         if (outcome == ReadOutcome::loaded) return done();
+        isRefused = true;
         goesToSystem = goesToSystem && (outcome == ReadOutcome::damaged || outcome == ReadOutcome::otherFormat) &&
                        format.goesToSystem != nullptr && format.goesToSystem(request.bytes());
     }
     if (goesToSystem && ask(LoadSystemPicture(request.bytes(), host), isKnown) == ReadOutcome::loaded) return done();
     if (isJpeg && !platform::canLoadJpeg()) refusal = refused("JPEG: libturbojpeg.so.0 cannot be loaded");
+    // Some imitations of GDI+ show more of damaged files than there is, or read them for ever.
+    if (!isRefused && host.isGDIplusEnabled() &&
+        ask(LoadByGDIplus(request.bytes(), host), false) == ReadOutcome::loaded) {
+        request.isReadByGDIplus = true;
+        return done();
+    }
     for (const Format& format : formats()) {
         if (format.sniff == nullptr && ask(format.read(request, host), false) == ReadOutcome::loaded) return done();
     }
@@ -80,7 +101,8 @@ Reason openingProblem(const std::string& FileName, bool useUnicode) {
 Outcome cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
     DestroyDIB();
     Outcome outcome = readPicture(request, *this);
-    if (outcome && SaveFormat) m_ImageByteCache = ByteArray(request.takeSource());
+    if (outcome && SaveFormat)
+        m_ImageByteCache = ByteArray(request.isReadByGDIplus ? asPNG(*this) : request.takeSource());
     return outcome;
 }
 

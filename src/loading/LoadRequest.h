@@ -30,6 +30,8 @@ class LoadRequest final : public PictureSource {
     // request has no bytes any more.
     std::vector<std::uint8_t> takeSource();
 
+    bool isReadByGDIplus = false; // whoever read it says so
+
   private:
     std::size_t fileSize() const;
     void read(std::span<std::uint8_t> into) const;

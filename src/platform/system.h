@@ -13,7 +13,8 @@ struct OsVersion {
 };
 
 // GetVersionExA: asked with the extended record first and, when that fails, with the plain one. The portable side
-// reports an NT-family system of version 4.0 without service pack, which has neither AlphaBlend nor GDI+.
+// reports an NT-family system of version 4.0 with service pack 6, which has no AlphaBlend, and GDI+ only where somebody
+// brings it along.
 OsVersion GetVersionExA() noexcept;
 
 // SYSTEMTIME of the local clock.

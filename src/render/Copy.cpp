@@ -1,5 +1,7 @@
 // Copies of the image, also at another size.
+#include "gdiplus/cGDIPlus.h"
 #include "render/DrawJob.h"
+#include "render/GdiplusPath.h"
 #include "surface/attempt.h"
 #include <cstring>
 #include <utility>
@@ -48,13 +50,16 @@ Outcome cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::in
         std::memcpy(HostAccess::pixels(target).bits, image.bits, image.bytes().size());
     } else {
         target.EraseDIB(); // what the target held before must not shine through, nor pass for a copy
-        // Without the system's AlphaBlend: the same pixels everywhere.
+        // Without the system's AlphaBlend: the same pixels everywhere where GDI+ does not interpolate.
         DrawJob job = {.image = image,
                        .source = image.rect(),
                        .destHostDIB = &target,
                        .destination = HostAccess::pixels(target).rect(),
                        .HighQuality = m_StretchQuality};
-        if (Outcome drawn = spt_DrawInSoftware(job); !drawn) return drawn;
+        const auto cGDIp = m_StretchQuality ? HostAccess::GDIPlus(*this) : nullptr;
+        if (!cGDIp || !spt_RenderGDIplus(job, *cGDIp)) {
+            if (Outcome drawn = spt_DrawInSoftware(job); !drawn) return drawn;
+        }
     }
     target.m_AlphaImage = m_AlphaImage;
     target.m_Format = m_Format;

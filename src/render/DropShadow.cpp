@@ -62,6 +62,7 @@ std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, s
         shadowDIB->m_GDItoken = m_GDItoken;
         shadowDIB->m_osCAP = m_osCAP;
         shadowDIB->m_isUnattended = m_isUnattended;
+        shadowDIB->pvJoinGDIplus();
         result = std::move(shadowDIB);
         return done();
     });

@@ -1,6 +1,9 @@
 // Drawing: puts the arguments in order and chooses between the system's AlphaBlend and the software path.
+#include "gdiplus/cGDIPlus.h"
 #include "platform/gdi.h"
 #include "render/DrawJob.h"
+#include "render/GdiplusPath.h"
+#include "render/HostRelease.h"
 #include "render/Rotator.h"
 #include "shared/checked.h"
 #include "surface/Capabilities.h"
@@ -48,21 +51,6 @@ bool isRotating(float Angle) {
     return static_cast<std::int32_t>(Angle) % 360 != 0;
 }
 
-// Takes the host out of its device context after drawing, whichever way it was drawn: also when it was selected
-// before, so that callers do not depend on the way.
-class HostRelease {
-  public:
-    explicit HostRelease(cPixSheet* host) noexcept : m_host(host) {}
-    ~HostRelease() {
-        if (m_host != nullptr) HostAccess::LoadDIBinDC(*m_host, false);
-    }
-    HostRelease(const HostRelease&) = delete;
-    HostRelease& operator=(const HostRelease&) = delete;
-
-  private:
-    cPixSheet* m_host;
-};
-
 } // namespace
 
 // `Blend` has no effect: callers pass true, and false draws the same.
@@ -102,10 +90,11 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
             .SetHalfTone = SetHalfTone,
         };
         const HostRelease release(destHostDIB);
-        if (job.Angle != 0.0F) return spt_RotateImage(job);
+        if (job.Angle != 0.0F) return pvRenderGDIplus(job) ? done() : spt_RotateImage(job);
         // The lowest number, whose opposite 32 bits do not hold, is a size for rotated drawing alone.
         longOrOverflow(std::max(job.destination.width(), job.destination.height()));
-        return pvCanUseAlphaBlend(job) ? pvAlphaBlend(job) : spt_DrawInSoftware(job);
+        if (pvCanUseAlphaBlend(job)) return pvAlphaBlend(job);
+        return pvRenderGDIplus(job) ? done() : spt_DrawInSoftware(job);
     });
 }
 
@@ -116,6 +105,13 @@ bool cPixSheet::pvCanUseAlphaBlend(const DrawJob& job) const noexcept {
     // The system refuses to draw a picture over itself.
     if (job.destHostDIB == this) return false;
     return !job.isStretching() || !m_StretchQuality;
+}
+
+// False, with nothing drawn, also where GDI+ is not enabled.
+bool cPixSheet::pvRenderGDIplus(const DrawJob& job) {
+    const auto cGDIp = HostAccess::GDIPlus(*this);
+    if (m_KeepGDIplusActive) m_GDIplus = cGDIp;
+    return cGDIp && spt_RenderGDIplus(job, *cGDIp);
 }
 
 Outcome cPixSheet::pvAlphaBlend(const DrawJob& job) {
@@ -158,13 +154,17 @@ bool cPixSheet::RenderDropShadow_JIT(std::intptr_t hDC, std::int32_t x, std::int
     return HostAccess::outcome(*this, std::move(shadow->m_outcome));
 }
 
-// Without GDI+ there is nothing to start, and no token that somebody could hold.
 std::int32_t cPixSheet::CreateGDIplusToken() noexcept {
-    return 0;
+    std::int32_t Token = 0;
+    const bool isStarted = cGDIPlus::isGDIplusOk(&Token, true);
+    m_outcome = doneIf(isStarted, "GDI+ cannot be started");
+    return Token;
 }
 
-bool cPixSheet::DestroyGDIplusToken(std::int32_t /*Token*/) noexcept {
-    return false;
+bool cPixSheet::DestroyGDIplusToken(std::int32_t Token) noexcept {
+    const bool isEnded = cGDIPlus::InitializeGDIplus(Token, true);
+    m_outcome = doneIf(isEnded, "no such token of GDI+ is out");
+    return isEnded;
 }
 
 } // namespace pixkit

@@ -1,5 +1,9 @@
 // A picture repeated over a rectangle.
+#include "gdiplus/cGDIPlus.h"
+#include "platform/gdi.h"
 #include "render/Blender.h"
+#include "render/GdiplusPath.h"
+#include "render/HostRelease.h"
 #include "render/PixelBuffer.h"
 #include "surface/attempt.h"
 #include <algorithm>
@@ -73,6 +77,30 @@ std::int64_t bandRows(const Rect& area, std::int64_t rowsToRepeat) {
     return rows > rowsToRepeat ? rows - rows % rowsToRepeat : rows;
 }
 
+// Where bands are laid out: for AlphaBlend in a bitmap, for all others in memory.
+class Band {
+  public:
+    // With `bitmapAlpha` in a bitmap of that alpha, unless the system gives none.
+    Band(std::int64_t width, std::int64_t rows, const AlphaTypeEnum* bitmapAlpha) {
+        if (bitmapAlpha != nullptr &&
+            m_bitmap.InitializeDIB(static_cast<std::int32_t>(width), static_cast<std::int32_t>(rows))) {
+            m_bitmap.Alpha(*bitmapAlpha);
+        } else {
+            m_buffer = PixelBuffer(static_cast<std::size_t>(width), static_cast<std::size_t>(rows));
+        }
+    }
+    bool isBitmap() const noexcept { return m_bitmap.Handle() != 0; }
+    cPixSheet& bitmap() noexcept { return m_bitmap; }
+    PixelView pixels() noexcept {
+        platform::GdiFlush(); // the system may still be drawing from them
+        return isBitmap() ? HostAccess::pixels(m_bitmap) : m_buffer.view();
+    }
+
+  private:
+    cPixSheet m_bitmap;
+    PixelBuffer m_buffer;
+};
+
 } // namespace
 
 bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
@@ -93,6 +121,7 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
                        .destHostDIB = destHostDIB,
                        .destination = Rect::ofSize(destWidth, destHeight).moved(destX, destY),
                        .globalAlpha = globalAlphaOf(Opacity)};
+        const HostRelease release(destHostDIB);
         if (Outcome limits = job.findLimits(); !limits) return limits;
         const Rect area = job.visible();
         if (area.isEmpty()) return done();
@@ -107,14 +136,22 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
         // Nobody knows which bitmap a device context holds. Should it be this image, it must not be read again once it
         // is drawn on.
         if (destHostDIB == nullptr && rows % plane.rowsToRepeat() != 0) rows = area.height();
-        PixelBuffer band(static_cast<std::size_t>(area.width()), static_cast<std::size_t>(rows));
+        job.drawFrom(image, image.rect()); // bands are drawn in the way of a single tile
+        const AlphaTypeEnum alpha = m_AlphaImage == AlphaNone && Gap > 0 ? AlphaSimple : m_AlphaImage; // gaps are clear
+        Band band(area.width(), rows, pvCanUseAlphaBlend(job) ? &alpha : nullptr);
+        const auto cGDIp = HostAccess::GDIPlus(*this);
+        const auto draw = [&] {
+            if (band.isBitmap()) return band.bitmap().pvAlphaBlend(job);
+            return cGDIp && spt_RenderGDIplus(job, *cGDIp) ? done() : spt_Win9xBlend(job);
+        };
         for (std::int64_t y = area.top; y < area.bottom; y += rows) {
             if (y == area.top || rows % plane.rowsToRepeat() != 0)
-                plane.copyTo(band.view(), area.left - destX - offsetX, y - destY - offsetY);
+                plane.copyTo(band.pixels(), area.left - destX - offsetX, y - destY - offsetY);
             const Rect drawn = {area.left, y, area.right, std::min(y + rows, area.bottom)};
-            const ConstPixelView pixels = band.view();
-            job.drawFrom(pixels.part(Rect::ofSize(drawn.width(), drawn.height())), drawn);
-            if (Outcome blended = spt_Win9xBlend(job); !blended) return blended;
+            job.image = band.pixels();
+            job.source = Rect::ofSize(drawn.width(), drawn.height());
+            job.destination = drawn;
+            if (Outcome isDrawn = draw(); !isDrawn) return isDrawn;
         }
         return done();
     });

@@ -1,11 +1,13 @@
 // The members that save: each names a format by its options, and goes one of two ways.
 #include "codecs/Formats.h"
+#include "codecs/GdiplusPictures.h"
 #include "codecs/ico/cICOparser.h"
 #include "saving/Delivery.h"
 #include "surface/Capabilities.h"
 #include "surface/attempt.h"
 #include "surface/attended.h"
 #include <algorithm>
+#include <new>
 #include <string_view>
 
 namespace pixkit {
@@ -14,6 +16,23 @@ namespace {
 
 FileTarget targetOf(const cPixSheet& sheet, const std::string& FileName, bool PromptOverWrite) noexcept {
     return {FileName, PromptOverWrite, isAttended(sheet), (HostAccess::osCAP(sheet) & capNtFamily) != 0};
+}
+
+// Of JPEG files GDI+ is the first writer; of PNG files the second, when the component's own fails.
+WrittenFile writeSheet(const cPixSheet& sheet, const SourcePicture& picture, const WriteOptions& options) {
+    const auto cGDIp = HostAccess::GDIPlus(sheet);
+    if (!cGDIp) return write({&picture, 1}, options);
+    if (const auto* const jpg = std::get_if<JpgOptions>(&options)) {
+        if (WrittenFile file = SaveToJPGByGDIplus(*cGDIp, picture, *jpg); file.outcome()) return file;
+    }
+    if (!std::holds_alternative<const PngProperties*>(options)) return write({&picture, 1}, options);
+    try {
+        if (WrittenFile file = write({&picture, 1}, options); file.outcome()) return file;
+    } catch (const std::bad_alloc&) {
+        if (WrittenFile file = SaveToPNGByGDIplus(*cGDIp, picture); file.outcome()) return file;
+        throw;
+    }
+    return SaveToPNGByGDIplus(*cGDIp, picture);
 }
 
 // Nobody is asked about a file that will not be written for want of an image. The picture is looked at after the
@@ -26,7 +45,7 @@ bool toFile(const Call<Parts...>& call, const cPixSheet& sheet, const std::strin
         SourcePicture picture; // outlives what is made of it
         return deliverToFile(targetOf(sheet, FileName, PromptOverWrite), [&] {
             picture = SourcePicture(sheet);
-            return write({&picture, 1}, options);
+            return writeSheet(sheet, picture, options);
         });
     });
 }
@@ -36,7 +55,7 @@ bool toStream(const Call<Parts...>& call, const cPixSheet& sheet, ByteArray& out
               const WriteOptions& options) noexcept {
     return attempt(call, [&] {
         const SourcePicture picture(sheet);
-        return deliverToStream(outStream, write({&picture, 1}, options));
+        return deliverToStream(outStream, writeSheet(sheet, picture, options));
     });
 }
 

@@ -8,6 +8,8 @@
 namespace pixkit {
 
 struct HostAccess {
+    // The bridge for one call: the one that the host keeps, else a new one; null where GDI+ is not enabled. May throw.
+    static std::shared_ptr<cGDIPlus> GDIPlus(const cPixSheet& host);
     static void ImageType(cPixSheet& host, eImageFormat value) noexcept { host.m_Format = value; }
     static void SetOriginalFormat(cPixSheet& host, ByteArray inStream) noexcept {
         host.m_ImageByteCache = std::move(inStream);

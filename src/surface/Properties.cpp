@@ -1,11 +1,12 @@
 // The properties of cPixSheet that do more than hold a value.
 #include "diagnostics/guard.h"
+#include "gdiplus/cGDIPlus.h"
 #include "platform/gdi.h"
 #include "shared/cCDECL.h"
 #include "shared/checked.h"
 #include "shared/version.h"
 #include "surface/Capabilities.h"
-#include "surface/cGDIPlus.h"
+#include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 
 namespace pixkit {
@@ -45,7 +46,32 @@ bool cPixSheet::isGDIplusEnabled() const noexcept {
 }
 
 void cPixSheet::isGDIplusEnabled(bool value) noexcept {
-    m_osCAP = enableGdiPlus(m_osCAP, value, cGDIPlus::isGDIplusOk);
+    m_osCAP = enableGdiPlus(m_osCAP, value, [] { return cGDIPlus::isGDIplusOk(); });
+    pvJoinGDIplus();
+}
+
+// Has GDI+ stay started, or not, as the flag says.
+void cPixSheet::pvJoinGDIplus() noexcept {
+    if (!isGDIplusEnabled()) {
+        m_GDIplusUser.reset();
+    } else if (!m_GDIplusUser) {
+        m_GDIplusUser.emplace();
+    }
+}
+
+void cPixSheet::gdiToken(std::int32_t value) noexcept {
+    if (m_KeepGDIplusActive) m_GDIplus.reset();
+    m_GDItoken = value;
+}
+
+void cPixSheet::KeepGDIplusActive(bool value) noexcept {
+    m_KeepGDIplusActive = value && isGDIplusEnabled();
+    if (!value) m_GDIplus.reset();
+}
+
+std::shared_ptr<cGDIPlus> HostAccess::GDIPlus(const cPixSheet& host) {
+    if (!host.isGDIplusEnabled()) return nullptr;
+    return host.m_GDIplus ? host.m_GDIplus : std::make_shared<cGDIPlus>();
 }
 
 bool cPixSheet::isZlibEnabled() const noexcept {

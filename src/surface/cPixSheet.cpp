@@ -53,6 +53,7 @@ Outcome cPixSheet::pvInitializeDIB(std::int32_t Width, std::int32_t Height) noex
 }
 
 void cPixSheet::DestroyDIB() noexcept {
+    m_GDIplus.reset();
     if (m_hDC != 0) {
         if (m_prevDCobject != 0) platform::SelectObject(m_hDC, m_prevDCobject);
         platform::DeleteObject(m_hDC); // not DeleteDC: the system frees a memory DC either way, and this way is kept
@@ -147,6 +148,8 @@ void cPixSheet::SwapDIBs(cPixSheet* SwapFromDIB) noexcept {
     m_outcome = doneIf(SwapFromDIB != nullptr, "there is no other object");
     if (SwapFromDIB == nullptr || SwapFromDIB == this) return;
     cPixSheet& other = *SwapFromDIB;
+    m_GDIplus.reset();
+    other.m_GDIplus.reset();
     const Deselection own(*this, m_prevDCobject != 0);
     const Deselection others(other, other.m_prevDCobject != 0);
     std::swap(m_Handle, other.m_Handle);

@@ -1,12 +1,14 @@
 // cPixSheet: one image, its pixel store, and everything that can be done to it.
 #pragma once
 #include "diagnostics/Outcome.h"
+#include "gdiplus/GdiplusUser.h"
 #include "shared/ByteArray.h"
 #include "shared/enumerations.h"
 #include "surface/PngProperties.h"
 #include <any>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -17,7 +19,8 @@
 namespace pixkit {
 
 class LoadRequest;
-struct DroppedFile;                                         // platform/drops.h
+struct DroppedFile; // platform/drops.h
+class cGDIPlus;
 using ResourceId = std::variant<std::int32_t, std::string>; // shared/resources.h
 struct DrawJob;
 struct ErrorReport;
@@ -93,17 +96,22 @@ class cPixSheet {
     // Whether the system's AlphaBlend is used. True is ignored on systems that have none.
     bool isAlphaBlendFriendly() const noexcept;
     void isAlphaBlendFriendly(bool value) noexcept;
-    // Whether GDI+ is used. True takes effect only where GDI+ can be started.
+    // Whether GDI+ draws, loads and saves where it can: what AlphaBlend does not draw, PNG files first of all and last
+    // of all whatever no reader here knows, JPEG files. Where it fails or does not do something right, the component
+    // does it as without GDI+. True at first, and only, where GDI+ can be started: on Windows nearly everywhere,
+    // elsewhere where the program provides it (platform/gdiplus.h).
     bool isGDIplusEnabled() const noexcept;
     void isGDIplusEnabled(bool value) noexcept;
     // Whether zlib can be borrowed on this machine now; tested at every read.
     bool isZlibEnabled() const noexcept;
-    // A GDI+ start-up token of the caller's.
+    // A GDI+ start-up token of the caller's. With one, and GDI+ enabled, GDI+ draws also what AlphaBlend could.
     std::int32_t gdiToken() const noexcept { return m_GDItoken; }
-    void gdiToken(std::int32_t value) noexcept { m_GDItoken = value; }
-    // Whether GDI+ stays started between uses; true only sticks while isGDIplusEnabled is true.
+    void gdiToken(std::int32_t value) noexcept;
+    // Whether GDI+ draws also what AlphaBlend could, through a bridge that the instance keeps, and with it GDI+
+    // started, until the image goes. True only sticks while isGDIplusEnabled is true. Otherwise, too, GDI+ is not
+    // started anew for each call: it ends with the last instance for which it is enabled.
     bool KeepGDIplusActive() const noexcept { return m_KeepGDIplusActive; }
-    void KeepGDIplusActive(bool value) noexcept { m_KeepGDIplusActive = value && isGDIplusEnabled(); }
+    void KeepGDIplusActive(bool value) noexcept;
     // Any value of the caller's.
     const std::any& Tag() const noexcept { return m_Tag; }
     void Tag(std::any value) noexcept { m_Tag = std::move(value); }
@@ -402,10 +410,10 @@ class cPixSheet {
     // Repeats the picture over a rectangle of a device context, or of a host when one is given, cut at the rectangle's
     // edges. A tile begins at the rectangle's top left corner moved by offsetX to the right and offsetY down; Gap
     // pixels (0 or more) are left as they are between tiles. Opacity is a percentage; above 100 it wraps: 150 is 50.
-    // Tiles are drawn by the software blender on every system (render/Blender.h): a host's alpha is blended as well,
-    // its Alpha and ImageType stay, and it may be this instance. True also when nothing had to be drawn: an Opacity
-    // below 1, or a rectangle outside of the destination. False for a rectangle without width or height, a negative
-    // Gap, no destination, and one that cannot be read or written.
+    // Tiles are drawn in the way in which Render would draw one, in bands of many: a host's alpha is blended as well,
+    // its Alpha and ImageType stay, and it may be this instance; afterwards it is out of its device context. True also
+    // when nothing had to be drawn: an Opacity below 1, or a rectangle outside of the destination. False for a
+    // rectangle without width or height, a negative Gap, no destination, and one that cannot be read or written.
     bool TileImage(std::intptr_t destinationDC, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
                    std::int32_t destHeight, std::int32_t Opacity = 100, std::int32_t offsetX = 0,
                    std::int32_t offsetY = 0, std::int32_t Gap = 0, cPixSheet* destHostDIB = nullptr) const noexcept;
@@ -430,8 +438,13 @@ class cPixSheet {
                         bool CopyOriginalFormat) const;
     bool pvCanUseAlphaBlend(const DrawJob& job) const noexcept;
     Outcome pvAlphaBlend(const DrawJob& job);
+    bool pvRenderGDIplus(const DrawJob& job);
+    void pvJoinGDIplus() noexcept;
     Outcome spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
 
+    // While GDI+ is enabled. Before the bridge, which goes first.
+    std::optional<GdiplusUser> m_GDIplusUser;
+    std::shared_ptr<cGDIPlus> m_GDIplus; // only with KeepGDIplusActive
     std::any m_Tag;
     bool m_StretchQuality = false;
     bool m_ManageDC = false;

@@ -179,7 +179,9 @@ class ComEngine final : public Engine {
         return {"com", m_calls == Calls::early ? "early" : "late", m_calls == Calls::script ? "script" : "typed"};
     }
     Object create() override {
-        IDispatch* const made = m_server.create();
+        _cPixSheet* const made = m_server.create();
+        made->put_isGDIplusEnabled(VARIANT_FALSE); // the same bytes as natively
+        made->put_HighQualityInterpolation(VARIANT_FALSE);
         return Object(made, [made](void*) { made->Release(); });
     }
     Value call(const Object& object, const std::string& member, std::vector<Argument>& arguments, bool isPut) override;

@@ -43,6 +43,7 @@ TEST(TileImage, PutsSomePixelElsewhereThanThePlaneOfTilesHasIt) {
     };
     for (int round = 0; round < 500; ++round) {
         cPixSheet sheet, host;
+        sheet.isAlphaBlendFriendly(false);
         random.fill(sheet, random.between(1, 50), random.between(1, 40));
         random.fill(host, 40, 30);
         const Request r{number(-30, 45),        number(-30, 35),   number(1, 60),     number(1, 60),
@@ -59,6 +60,7 @@ TEST(TileImage, LosesThePlaceBetweenBands) {
     Random random(2);
     for (const std::int32_t height : {1, 3, 700}) {
         cPixSheet sheet, host;
+        sheet.isAlphaBlendFriendly(false);
         random.fill(sheet, 5, height);
         random.fill(host, 1000, 900);
         const Request request{0, 0, 1000, 900, 100, 2, 1, 2};
@@ -67,6 +69,8 @@ TEST(TileImage, LosesThePlaceBetweenBands) {
         EXPECT_TRUE(pixelsOf(host) == expected) << height;
     }
     cPixSheet sheet, copy; // over itself, also where a device context happens to hold it
+    for (cPixSheet* one : {&sheet, &copy})
+        one->isAlphaBlendFriendly(false);
     random.fill(sheet, 520, 300);
     sheet.CreateCheckerBoard(7, 0x102030);
     sheet.CopyImageTo(copy);

@@ -1,4 +1,5 @@
 #include "platform/faults.h"
+#include "platform/gdiplus.h"
 #include "platform/handle.h"
 #include <gtest/gtest.h>
 
@@ -18,6 +19,8 @@ class HandleWatch : public testing::EmptyTestEventListener {
 } // namespace
 
 int main(int argc, char** argv) {
+    // The same bytes are expected on every system. Tests that are about GDI+ bring it along.
+    pixkit::platform::setGdiplusProvider([] { return pixkit::platform::GdiplusApi(); });
     testing::InitGoogleTest(&argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new HandleWatch);
     return RUN_ALL_TESTS();

@@ -1,5 +1,6 @@
 // Container: signature, chunks, the compressed image data and its decompression.
 #include "codecs/png/cPNGparser.h"
+#include "codecs/GdiplusPictures.h"
 #include "coding/ByteReader.h"
 #include "coding/RowBytes.h"
 #include "coding/deflate/Inflate.h"
@@ -82,7 +83,27 @@ ReadResult cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningE
     if (!IsPNG(pngStream)) return ReadResult::otherFormat("PNG: no signature");
     m_TransColor = -1;
     m_pngStream = pngStream;
+    if (loadByGDIplus(base)) return ReadResult::loaded();
     return walkChunks(base) && PostLoadPNG() ? ReadResult::loaded() : ReadResult{m_outcome, refused(m_reason)};
+}
+
+// Whether chunk follows chunk within the data up to IEND. With lengths that lie some decoders go round for ever.
+bool cPNGparser::hasWholeChunks() const noexcept {
+    const ByteReader reader(m_pngStream);
+    for (std::size_t position = signature.size(); position + chunkOverhead <= m_pngStream.size();) {
+        const std::uint32_t ChunkLen = reader.bigEndian32(position).value_or(0);
+        if (ChunkLen > m_pngStream.size() - position - chunkOverhead) return false;
+        if (reader.bigEndian32(position + 4) == chunkType("IEND")) return true;
+        position += std::size_t{ChunkLen} + chunkOverhead;
+    }
+    return false;
+}
+
+// GDI+ comes first. Of its picture, Alpha is what this reader would say by the chunks.
+bool cPNGparser::loadByGDIplus(RunningEnd base) {
+    if (!cHost->isGDIplusEnabled() || !hasWholeChunks() || !DecodeByGDIplus(m_pngStream, *cHost, false)) return false;
+    if (walkChunks(base)) setAlpha(); // else GDI+ shows what is refused here, and its pixels have to say it
+    return true;
 }
 
 // Always false.
@@ -335,12 +356,16 @@ bool cPNGparser::PostLoadPNG() {
     } else {
         UnfilterNI(RawPNGdata.get());
     }
+    setAlpha();
+    HostAccess::ImageType(*cHost, imgPNG);
+    return true;
+}
+
+void cPNGparser::setAlpha() noexcept {
     const bool hasAlphaChannel = m_ColorType == 4 || m_ColorType == 6;
     // Palette images with partial alpha are classed as simple too: what draws them does not look closer.
     const AlphaTypeEnum keyed = m_TransColor == -1 ? AlphaNone : AlphaSimple;
     cHost->Alpha(hasAlphaChannel ? AlphaComplex : keyed);
-    HostAccess::ImageType(*cHost, imgPNG);
-    return true;
 }
 
 bool cPNGparser::isDepthSuited() const noexcept {

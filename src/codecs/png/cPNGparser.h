@@ -49,6 +49,8 @@ class cPNGparser {
     ReadResult loadInto(cPixSheet& host, Body&& load);
     static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
     ReadResult LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
+    bool hasWholeChunks() const noexcept;
+    bool loadByGDIplus(RunningEnd base);
     bool walkChunks(RunningEnd base);
     bool refuse(Reason reason) noexcept;
     ChunkResult refuseChunk(Reason reason) noexcept;
@@ -63,6 +65,7 @@ class cPNGparser {
     void joinIDAT(std::span<const std::uint8_t> payload);
 
     bool PostLoadPNG();
+    void setAlpha() noexcept;
     std::optional<std::size_t> zInflate(std::uint8_t* output, std::size_t capacity,
                                         std::span<const std::uint8_t> input) const;
     bool isDepthSuited() const noexcept;

@@ -1,6 +1,7 @@
 // Handles that can be checked: a handle is a place in a table and the number of times that place has been used, never
 // an address, so that a stale, foreign or invented one is recognised without touching what it might point to.
 #pragma once
+#include "platform/NeverDestroyed.h"
 #include "platform/handle.h"
 #include <atomic>
 #include <cstddef>
@@ -102,15 +103,6 @@ class HandleTable {
     std::size_t m_firstFree = none;
     std::size_t m_lastFree = none;
     Bits m_kind;
-};
-
-// For tables with static storage: images with static storage may outlive every static object of this library.
-template <class Value>
-union NeverDestroyed {
-    template <class... Arguments>
-    explicit NeverDestroyed(Arguments... arguments) noexcept : value(arguments...) {}
-    ~NeverDestroyed() {}
-    Value value;
 };
 
 } // namespace pixkit::platform

@@ -6,7 +6,7 @@ namespace pixkit::platform {
 
 OsVersion GetVersionExA() noexcept {
     if (const OsVersion* const pretended = pretendedVersion()) return *pretended;
-    return {.dwPlatformId = 2, .dwMajorVersion = 4};
+    return {.dwPlatformId = 2, .dwMajorVersion = 4, .wServicePackMajor = 6};
 }
 
 LocalTime GetLocalTime() noexcept {

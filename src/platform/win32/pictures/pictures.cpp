@@ -3,6 +3,7 @@
 #include "coding/lzw/LzwDecoder.h"
 #include "platform/faults.h"
 #include "platform/gdi.h"
+#include "platform/win32/MemoryStream.h"
 #include "platform/win32/pictures/OlePicture.h"
 #include <cstring>
 #include <new>
@@ -15,28 +16,6 @@
 namespace pixkit::platform {
 
 namespace {
-
-// One reference to a COM object.
-template <class Interface>
-class Reference {
-  public:
-    Reference() noexcept = default;
-    explicit Reference(Interface* adopted) noexcept : m_object(adopted) {}
-    Reference(Reference&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
-    Reference& operator=(Reference&&) = delete;
-    Reference(const Reference&) = delete;
-    Reference& operator=(const Reference&) = delete;
-    ~Reference() {
-        if (m_object != nullptr) m_object->Release();
-    }
-    Interface* operator->() const noexcept { return m_object; }
-    Interface* get() const noexcept { return m_object; }
-    Interface** receive() noexcept { return &m_object; }
-    explicit operator bool() const noexcept { return m_object != nullptr; }
-
-  private:
-    Interface* m_object = nullptr;
-};
 
 // From hundredths of a millimetre to the screen's pixels.
 std::int32_t toPixels(OLE_XSIZE_HIMETRIC length, int resolution) noexcept {
@@ -103,20 +82,6 @@ class OlePicture final : public StdPicture {
 std::unique_ptr<StdPicture> made(Reference<IPicture>&& picture) noexcept {
     if (!picture) return nullptr;
     return std::unique_ptr<StdPicture>(new (std::nothrow) OlePicture(std::move(picture)));
-}
-
-// A stream over a copy of the bytes, which it owns.
-Reference<IStream> streamOver(std::span<const std::uint8_t> bytes) noexcept {
-    const HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, bytes.size());
-    if (memory == nullptr) return {};
-    Reference<IStream> stream;
-    if (void* const copy = ::GlobalLock(memory)) {
-        std::memcpy(copy, bytes.data(), bytes.size());
-        ::GlobalUnlock(memory);
-        if (::CreateStreamOnHGlobal(memory, TRUE, stream.receive()) == S_OK) return stream;
-    }
-    ::GlobalFree(memory);
-    return {};
 }
 
 // Some of the system's loaders make a picture of a GIF whose codes end early, with pixels that nobody wrote.

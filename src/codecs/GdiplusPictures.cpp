@@ -1,0 +1,75 @@
+#include "codecs/GdiplusPictures.h"
+#include "gdiplus/cGDIPlus.h"
+#include "kernels/kernels.h"
+#include "shared/AlphaChannel.h"
+#include "shared/AlphaType.h"
+#include "shared/Colors.h"
+#include "shared/checked.h"
+#include "surface/HostAccess.h"
+
+namespace pixkit {
+
+namespace {
+
+// From straight pixels to those of a store.
+AlphaTypeEnum premultiply(PixelView pixels, bool mayBeUnused) {
+    if (mayBeUnused && !iparseHasAlpha(pixels)) return iparseValidateAlphaChannel(pixels, true, imgNone).bIsAlpha;
+    // That they are straight is known, even where no colour happens to be above its alpha.
+    for (std::size_t y = 0; y < pixels.height; ++y)
+        kernels::table().premultiply(pixels.row(y), pixels.width);
+    return alphaTypeOf(pixels);
+}
+
+// The largest picture of the PNG reader's: its bits can be counted in 31 bits.
+bool isWithinLimits(std::int32_t width, std::int32_t height) noexcept {
+    const auto rowBits = checkedMultiply(width, 32);
+    return rowBits && checkedMultiply(*rowBits, height);
+}
+
+WrittenFile whole(std::vector<std::uint8_t>&& bytes) {
+    if (bytes.empty()) return refused("GDI+ does not write it");
+    return FileParts(std::move(bytes));
+}
+
+} // namespace
+
+bool DecodeByGDIplus(std::span<const std::uint8_t> Stream, cPixSheet& Host, bool mayBeUnused) {
+    const auto cGDIp = HostAccess::GDIPlus(Host);
+    if (!cGDIp) return false;
+    const bool isDecoded = cGDIp->GDIplusLoadPNG(Stream, [&](std::int32_t width, std::int32_t height) {
+        const bool isMade = isWithinLimits(width, height) && Host.InitializeDIB(width, height);
+        return isMade ? HostAccess::pixels(Host) : PixelView();
+    });
+    if (!isDecoded) {
+        Host.DestroyDIB();
+        return false;
+    }
+    Host.Alpha(premultiply(HostAccess::pixels(Host), mayBeUnused));
+    HostAccess::ImageType(Host, imgPNG);
+    return true;
+}
+
+ReadResult LoadByGDIplus(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
+    return DecodeByGDIplus(Stream, Host, true) ? ReadResult::loaded()
+                                               : ReadResult::otherFormat("GDI+ does not read it");
+}
+
+WrittenFile SaveToJPGByGDIplus(cGDIPlus& cGDIp, const SourcePicture& Picture, const JpgOptions& Options) {
+    const ConstPixelView image = Picture.pixels;
+    if (!image) return refused(noImage);
+    // GDI+ would not flatten but divide colours by their alpha.
+    std::vector<std::uint8_t> flattened(image.width * image.height * 4);
+    if (iparseHasAlpha(image)) {
+        iparseBlendImageToColor(image, Options.TransparentFillColor, flattened, false);
+    } else {
+        std::copy_n(image.bits, flattened.size(), flattened.begin());
+        kernels::table().setOpaque(flattened.data(), image.width * image.height);
+    }
+    return whole(cGDIp.SaveToJPG({flattened.data(), image.width, image.height, image.width * 4}, Options.Quality));
+}
+
+WrittenFile SaveToPNGByGDIplus(cGDIPlus& cGDIp, const SourcePicture& Picture) {
+    return whole(cGDIp.SaveToPNG(Picture.pixels));
+}
+
+} // namespace pixkit

@@ -1,0 +1,9 @@
+#include "platform/gdiplus.h"
+
+namespace pixkit::platform {
+
+GdiplusApi systemGdiplus() {
+    return {};
+}
+
+} // namespace pixkit::platform
