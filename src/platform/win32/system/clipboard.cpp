@@ -1,6 +1,7 @@
 #include "platform/SystemClipboard.h"
 #include "platform/faults.h"
 #include "platform/gdi.h"
+#include "platform/win32/system/GlobalBlock.h"
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -41,30 +42,11 @@ std::string nameOf(UINT format) {
     return {name, static_cast<std::size_t>(std::max(length, 0))};
 }
 
-// Global memory that is fixed in its place for a scope.
-class LockedMemory {
-  public:
-    explicit LockedMemory(HGLOBAL memory) noexcept
-        : m_memory(memory), m_data(faultDue(SeamCall::globalLock) ? nullptr : ::GlobalLock(memory)) {}
-    ~LockedMemory() {
-        if (m_data != nullptr) ::GlobalUnlock(m_memory);
-    }
-    LockedMemory(const LockedMemory&) = delete;
-    LockedMemory& operator=(const LockedMemory&) = delete;
-    std::uint8_t* get() const noexcept { return static_cast<std::uint8_t*>(m_data); }
-
-  private:
-    HGLOBAL m_memory;
-    void* m_data;
-};
-
 // --- out of the clipboard, whose handles stay its own
 
 Bytes bytesOfMemory(HGLOBAL memory) {
-    const SIZE_T size = ::GlobalSize(memory); // 0 for a handle that is none
-    if (size == 0) return {};
-    const LockedMemory locked(memory);
-    return locked.get() != nullptr ? Bytes(locked.get(), locked.get() + size) : Bytes();
+    const GlobalBlock block(memory);
+    return {block.bytes().begin(), block.bytes().end()};
 }
 
 Bytes bytesOfBitmap(Handle bitmap) {
@@ -113,23 +95,25 @@ std::vector<std::string> formatNames() {
 // --- into the clipboard
 
 // A block in memory of the kind that the clipboard takes over.
-class GlobalBlock {
+class NewBlock {
   public:
-    explicit GlobalBlock(const ClipboardBlock& block) noexcept : m_format(numberOf(block.format)) {
+    explicit NewBlock(const ClipboardBlock& block) noexcept : m_format(numberOf(block.format)) {
         if (m_format == 0 || faultDue(SeamCall::globalAlloc)) return;
         // Shared memory is a thing of the old consumer systems; others ignore the flag.
         m_memory = ::GlobalAlloc(GMEM_MOVEABLE | GMEM_DDESHARE, block.bytes.size());
         if (m_memory == nullptr) return;
-        const LockedMemory locked(m_memory);
-        m_isFilled = locked.get() != nullptr;
-        if (m_isFilled) std::memcpy(locked.get(), block.bytes.data(), block.bytes.size());
+        void* const data = faultDue(SeamCall::globalLock) ? nullptr : ::GlobalLock(m_memory);
+        if (data == nullptr) return;
+        std::memcpy(data, block.bytes.data(), block.bytes.size());
+        ::GlobalUnlock(m_memory);
+        m_isFilled = true;
     }
-    GlobalBlock(GlobalBlock&& other) noexcept
+    NewBlock(NewBlock&& other) noexcept
         : m_format(other.m_format), m_isFilled(other.m_isFilled), m_memory(std::exchange(other.m_memory, nullptr)) {}
-    GlobalBlock& operator=(GlobalBlock&&) = delete;
-    GlobalBlock(const GlobalBlock&) = delete;
-    GlobalBlock& operator=(const GlobalBlock&) = delete;
-    ~GlobalBlock() {
+    NewBlock& operator=(NewBlock&&) = delete;
+    NewBlock(const NewBlock&) = delete;
+    NewBlock& operator=(const NewBlock&) = delete;
+    ~NewBlock() {
         if (m_memory != nullptr) ::GlobalFree(m_memory);
     }
 
@@ -148,7 +132,7 @@ class GlobalBlock {
 };
 
 bool replaceContents(std::vector<ClipboardBlock>&& blocks) {
-    std::vector<GlobalBlock> memory;
+    std::vector<NewBlock> memory;
     memory.reserve(blocks.size());
     for (ClipboardBlock& block : blocks) {
         memory.emplace_back(block);
@@ -156,7 +140,7 @@ bool replaceContents(std::vector<ClipboardBlock>&& blocks) {
         block.bytes = {}; // pictures are large: never all of them twice
     }
     if (faultDue(SeamCall::emptyClipboard) || ::EmptyClipboard() == FALSE) return false;
-    for (GlobalBlock& block : memory) {
+    for (NewBlock& block : memory) {
         if (block.give()) continue;
         ::EmptyClipboard(); // half of it would be taken for all of it
         return false;
