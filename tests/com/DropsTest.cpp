@@ -190,7 +190,11 @@ class Mail final : public IDataObject {
     STDMETHODIMP QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
     STDMETHODIMP GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override { return E_NOTIMPL; }
     STDMETHODIMP SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
-    STDMETHODIMP EnumFormatEtc(DWORD, IEnumFORMATETC**) override { return E_NOTIMPL; }
+    STDMETHODIMP EnumFormatEtc(DWORD, IEnumFORMATETC** formats) override {
+        FORMATETC offered{static_cast<CLIPFORMAT>(::RegisterClipboardFormatW(CFSTR_FILEDESCRIPTORW)), nullptr,
+                          DVASPECT_CONTENT, -1, TYMED_HGLOBAL};
+        return ::SHCreateStdEnumFmtEtc(1, &offered, formats);
+    }
     STDMETHODIMP DAdvise(FORMATETC*, DWORD, IAdviseSink*, DWORD*) override { return E_NOTIMPL; }
     STDMETHODIMP DUnadvise(DWORD) override { return E_NOTIMPL; }
     STDMETHODIMP EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
@@ -220,6 +224,33 @@ TEST_F(Drops, DataObjectsGiveNamesOrContents) {
     EXPECT_EQ(names(object(shell.get(), VT_UNKNOWN)), L"1:" + sprite() + L'|');
     EXPECT_TRUE(loads(object(shell.get(), VT_UNKNOWN)));
     ::CoTaskMemFree(path);
+}
+
+TEST_F(Drops, FilesOnTheClipboardArePasted) {
+    const auto copy = [](HGLOBAL drop) {
+        const HWND owner = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+        EXPECT_TRUE(::OpenClipboard(owner) && ::EmptyClipboard());
+        EXPECT_TRUE(drop == nullptr || ::SetClipboardData(CF_HDROP, drop) != nullptr);
+        ::CloseClipboard();
+        ::DestroyWindow(owner);
+    };
+    const auto pasted = [&] {
+        Variant list, count;
+        EXPECT_EQ(call(sheet.get(), L"GetPastedFileNames", {variable(list)}, &count), S_OK);
+        return count.lVal;
+    };
+    copy(nullptr);
+    EXPECT_TRUE(pasted() == 0 && !isTrue(sheet.get(), L"LoadPicture_PastedFiles"));
+    copy(dropOf(L"none.png" + (L'\0' + sprite()) + L'\0' + L'\0'));
+    EXPECT_EQ(pasted(), 2);
+    EXPECT_TRUE(isTrue(sheet.get(), L"LoadPicture_PastedFiles"));
+    EXPECT_FALSE(isTrue(sheet.get(), L"LoadPicture_PastedFiles", {number(1)}));
+    Mail mail;
+    ASSERT_EQ(::OleInitialize(nullptr) | ::OleSetClipboard(&mail), S_OK);
+    EXPECT_TRUE(pasted() == 0 && isTrue(sheet.get(), L"LoadPicture_PastedFiles", {number(2)}));
+    ::OleSetClipboard(nullptr);
+    ::OleUninitialize();
+    EXPECT_EQ(mail.references, 1U);
 }
 
 } // namespace pixkit::test
