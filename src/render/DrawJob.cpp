@@ -10,7 +10,7 @@ namespace pixkit {
 
 Outcome DrawJob::findLimits() noexcept {
     if (destHostDIB != nullptr) {
-        if (destHostDIB->Handle() == 0) return refused("the object to draw on has no image");
+        if (destHostDIB->Handle() == 0) return refused(noHostImage);
         limits = HostAccess::pixels(*destHostDIB).rect();
     } else {
         platform::Rect box;

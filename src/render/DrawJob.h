@@ -11,6 +11,8 @@ namespace pixkit {
 
 class cPixSheet;
 
+inline constexpr Reason noHostImage = "the object to draw on has no image";
+
 // What remains to be drawn: the rectangle `source` of `image` over the rectangle `destination`. Mirroring and
 // resampling each do their share into a buffer and leave the job of drawing from there; the blender does the rest.
 struct DrawJob {

@@ -68,6 +68,7 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
         if (m_Handle == 0) return refused(noImage);
         if (Opacity < 1) return done(); // nothing to draw
         if (destinationDC == 0 && destHostDIB == nullptr) return refused("there is nothing to draw on");
+        if (destHostDIB != nullptr && destHostDIB->m_Handle == 0) return refused(noHostImage);
         const Axis columns = inOrder(SrcX, srcWidth, destX, destWidth, m_Width, CenterOnDestXY);
         const Axis rows = inOrder(SrcY, srcHeight, destY, destHeight, m_Height, CenterOnDestXY);
         if (columns.size < 1 || rows.size < 1) return refused("the source rectangle has no pixels");
