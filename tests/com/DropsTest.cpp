@@ -24,7 +24,7 @@ HGLOBAL memoryOf(const void* bytes, std::size_t count, UINT kind = GMEM_MOVEABLE
 // A DROPFILES block; its first name is said to be elsewhere by so much.
 template <class Char>
 HGLOBAL dropOf(const std::basic_string<Char>& names, int lie = 0, UINT kind = GMEM_MOVEABLE) {
-    DROPFILES header{sizeof header + static_cast<DWORD>(lie), {}, 0, sizeof(Char) == 2};
+    DROPFILES header{static_cast<DWORD>(sizeof header) + static_cast<DWORD>(lie), {}, 0, sizeof(Char) == 2};
     std::string block(reinterpret_cast<const char*>(&header), sizeof header);
     block.append(reinterpret_cast<const char*>(names.data()), names.size() * sizeof(Char));
     return memoryOf(block.data(), block.size(), kind);
