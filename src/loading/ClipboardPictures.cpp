@@ -129,9 +129,9 @@ bool cPixSheet::LoadPicture_ClipBoard(bool SaveFormat) noexcept {
         ClipboardPictures pictures;
         Outcome refusal; // of several the first
         while (auto picture = pictures.next(SaveFormat)) {
-            const Outcome outcome = load(*picture);
+            Outcome outcome = load(*picture);
             if (outcome) return outcome;
-            if (refusal) refusal = outcome;
+            if (refusal) refusal = std::move(outcome);
         }
         return refusal ? refused(pictures.why()) : refusal;
     });
