@@ -2,7 +2,6 @@
 #include "cli/Commands.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
-#include "platform/gdiplus.h"
 #include "surface/cPixSheet.h"
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -272,7 +271,6 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
 } // namespace
 
 int run(std::vector<std::string> arguments, Console& console) {
-    platform::setGdiplusProvider([] { return platform::GdiplusApi(); }); // none: the same bytes on every system
     try {
         const int exitCode = parseAndRun(arguments, console);
         if (!console.out.flush()) throw std::runtime_error("the output cannot be written");

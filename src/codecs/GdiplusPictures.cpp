@@ -57,6 +57,7 @@ ReadResult LoadByGDIplus(std::span<const std::uint8_t> Stream, cPixSheet& Host) 
 WrittenFile SaveToJPGByGDIplus(cGDIPlus& cGDIp, const SourcePicture& Picture, const JpgOptions& Options) {
     const ConstPixelView image = Picture.pixels;
     if (!image) return refused(noImage);
+    if (!cGDIp.canSaveJPG()) return whole({});
     // GDI+ would not flatten but divide colours by their alpha.
     std::vector<std::uint8_t> flattened(image.width * image.height * 4);
     if (iparseHasAlpha(image)) {

@@ -1,5 +1,6 @@
 #include "gdiplus/Session.h"
 #include "platform/NeverDestroyed.h"
+#include "platform/system.h"
 #include <algorithm>
 #include <limits>
 #include <mutex>
@@ -54,7 +55,7 @@ std::shared_ptr<const GdiplusSession> GdiplusSession::get() noexcept {
     const std::scoped_lock lock(now.mutex);
     auto session = now.started.lock();
     if (!session || session->library() != library) {
-        session = start(library);
+        session = platform::isUnderLoaderLock() ? nullptr : start(library);
         if (!session) return nullptr;
         now.started = session;
         now.proven = library;
@@ -89,16 +90,18 @@ GdiplusUser::GdiplusUser() noexcept {
 GdiplusUser::~GdiplusUser() {
     std::shared_ptr<const GdiplusSession> last; // ends behind the lock
     const std::scoped_lock lock(state().mutex);
-    if (--state().users == 0) last.swap(state().kept);
+    // An image that goes with its library leaves GDI+ started.
+    if (--state().users == 0 && !platform::isUnderLoaderLock()) last.swap(state().kept);
 }
 
 namespace {
 
 std::int32_t numberOf(std::uintptr_t token) noexcept {
     if constexpr (sizeof token <= sizeof(std::int32_t)) return static_cast<std::int32_t>(token);
-    constexpr std::int32_t first = 1;
     State& now = state();
-    now.lastNumber = now.lastNumber == std::numeric_limits<std::int32_t>::max() ? first : now.lastNumber + 1;
+    do {
+        now.lastNumber = now.lastNumber == std::numeric_limits<std::int32_t>::max() ? 1 : now.lastNumber + 1;
+    } while (std::ranges::count(now.tokens, now.lastNumber, &Token::number) != 0);
     return now.lastNumber;
 }
 

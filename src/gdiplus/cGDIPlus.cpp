@@ -66,10 +66,14 @@ bool canDraw(const GdiplusSession& session, const GdiplusDrawing& drawing) noexc
 
 } // namespace
 
+bool cGDIPlus::canRender(const GdiplusDrawing& drawing) noexcept {
+    return drawing.pixels && isWithinReach(drawing.destination) && isWithinReach(drawing.pixels.rect()) && start() &&
+           canDraw(*m_session, drawing);
+}
+
 bool cGDIPlus::RenderGDIplus(const GdiplusDrawing& drawing) noexcept {
-    if (!drawing.pixels || !isWithinReach(drawing.destination) || !isWithinReach(drawing.pixels.rect())) return false;
-    if (overlap(drawing.pixels.bytes(), ConstPixelView(drawing.host).bytes()) || !start()) return false;
-    return canDraw(*m_session, drawing) && drawByGdiplus(m_session->api(), drawing);
+    return !overlap(drawing.pixels.bytes(), ConstPixelView(drawing.host).bytes()) && canRender(drawing) &&
+           drawByGdiplus(m_session->api(), drawing);
 }
 
 std::vector<std::uint8_t> encodeByGdiplus(const platform::GdiplusApi& api, ConstPixelView pixels,
@@ -87,8 +91,12 @@ std::vector<std::uint8_t> cGDIPlus::SaveToPNG(ConstPixelView pixels) noexcept {
     return encodeByGdiplus(m_session->api(), pixels, {.mimeType = "image/png"});
 }
 
+bool cGDIPlus::canSaveJPG() noexcept {
+    return start() && hasAbility(*m_session, GdiplusAbility::jpegQuality);
+}
+
 std::vector<std::uint8_t> cGDIPlus::SaveToJPG(ConstPixelView pixels, std::int32_t Quality) noexcept {
-    if (!pixels || !start() || !hasAbility(*m_session, GdiplusAbility::jpegQuality)) return {};
+    if (!pixels || !canSaveJPG()) return {};
     return encodeByGdiplus(m_session->api(), pixels,
                            {.mimeType = "image/jpeg", .quality = std::clamp(Quality, 1, 100)});
 }

@@ -40,14 +40,19 @@ class cGDIPlus {
     using MakePixels = std::function<PixelView(std::int32_t width, std::int32_t height)>;
     bool GDIplusLoadPNG(std::span<const std::uint8_t> Stream, const MakePixels& makePixels) noexcept;
 
-    // Draws, and nothing outside of the destination but what the turned rectangle covers. False, with nothing drawn,
-    // also for what GDI+ does not draw right.
+    // Whether GDI+ draws right what a drawing asks for, whatever its pixels show.
+    bool canRender(const GdiplusDrawing& drawing) noexcept;
+    // Draws, and nothing outside of the destination but what the turned rectangle covers. False without canRender(),
+    // for pixels that share memory with the host's, and when a call fails, of which nothing has been drawn but where
+    // the last of them, the drawing itself, fails half-way.
     bool RenderGDIplus(const GdiplusDrawing& drawing) noexcept;
 
     // The bytes of a PNG file; none on failure. Pixels are premultiplied.
     std::vector<std::uint8_t> SaveToPNG(ConstPixelView pixels) noexcept;
-    // The bytes of a JPEG file at a quality of 1 to 100. Alpha is not looked at. None on failure, and where the encoder
-    // does not heed the quality.
+    // Whether the encoder of JPEG files heeds the quality.
+    bool canSaveJPG() noexcept;
+    // The bytes of a JPEG file at a quality of 1 to 100. Alpha is not looked at. None on failure, and without
+    // canSaveJPG().
     std::vector<std::uint8_t> SaveToJPG(ConstPixelView pixels, std::int32_t Quality) noexcept;
 
   private:

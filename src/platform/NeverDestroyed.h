@@ -6,8 +6,8 @@ namespace pixkit::platform {
 template <class Value>
 union NeverDestroyed {
     template <class... Arguments>
-    explicit NeverDestroyed(Arguments... arguments) noexcept : value(arguments...) {}
-    ~NeverDestroyed() {}
+    explicit constexpr NeverDestroyed(Arguments... arguments) noexcept : value(arguments...) {}
+    constexpr ~NeverDestroyed() {}
     Value value;
 };
 

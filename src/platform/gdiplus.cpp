@@ -1,6 +1,7 @@
 #include "platform/gdiplus.h"
 #include "platform/HandlerSlot.h"
 #include "platform/NeverDestroyed.h"
+#include "platform/system.h"
 #include <mutex>
 #include <utility>
 
@@ -12,7 +13,7 @@ HandlerSlot<GdiplusProvider> providerInUse;
 
 std::mutex libraryMutex;
 bool isAsked = false;
-NeverDestroyed<std::shared_ptr<const GdiplusApi>> library;
+constinit NeverDestroyed<std::shared_ptr<const GdiplusApi>> library; // ready before any static image asks
 
 std::shared_ptr<const GdiplusApi> load() noexcept {
     try {
@@ -29,6 +30,7 @@ std::shared_ptr<const GdiplusApi> load() noexcept {
 
 std::shared_ptr<const GdiplusApi> gdiplusLibrary() noexcept {
     const std::scoped_lock lock(libraryMutex);
+    if (!isAsked && isUnderLoaderLock()) return nullptr; // for now
     if (!std::exchange(isAsked, true)) library.value = load();
     return library.value;
 }

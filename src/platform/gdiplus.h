@@ -102,7 +102,8 @@ std::shared_ptr<const GdiplusApi> gdiplusLibrary() noexcept;
 void forgetGdiplusLibrary() noexcept;
 
 // Gives the library, for the whole process, in the system's place; one that is not complete counts as none. An empty
-// provider, the initial state, leaves it to the system: on Windows gdiplus.dll, on the portable side nothing.
+// provider, the initial state, leaves it to the system (it must not make images or ask for the library itself): on
+// Windows gdiplus.dll, on the portable side nothing.
 using GdiplusProvider = std::function<GdiplusApi()>;
 void setGdiplusProvider(GdiplusProvider provider);
 

@@ -44,17 +44,20 @@ bool spt_RenderGDIplus(DrawJob job, cGDIPlus& cGDIp) {
             job.destination = visible;
         }
     }
+    GdiplusDrawing drawing = {.pixels = job.image.part(job.source),
+                              .host = job.destHostDIB != nullptr ? HostAccess::pixels(*job.destHostDIB) : PixelView(),
+                              .destinationDC = job.destinationDC,
+                              .destination = job.destination,
+                              .HighQuality = job.HighQuality,
+                              .Angle = std::fmod(job.Angle, 360.0F),
+                              .globalAlpha = job.globalAlpha};
+    if (!cGDIp.canRender(drawing)) return false;
     PixelBuffer aMirrorBytes;
     PixelBuffer toned;
     if (job.isMirroring()) spt_MirrorDIB(job, aMirrorBytes);
     if (job.grayScale != gsclNone || job.LightAdjustment != 0.0F) applyTone(job, toned);
-    return cGDIp.RenderGDIplus({.pixels = job.image.part(job.source),
-                                .host = job.destHostDIB != nullptr ? HostAccess::pixels(*job.destHostDIB) : PixelView(),
-                                .destinationDC = job.destinationDC,
-                                .destination = job.destination,
-                                .HighQuality = job.HighQuality,
-                                .Angle = std::fmod(job.Angle, 360.0F),
-                                .globalAlpha = job.globalAlpha});
+    drawing.pixels = job.image.part(job.source);
+    return cGDIp.RenderGDIplus(drawing);
 }
 
 } // namespace pixkit

@@ -110,6 +110,9 @@ bool cPixSheet::pvCanUseAlphaBlend(const DrawJob& job) const noexcept {
 
 // False, with nothing drawn, also where GDI+ is not enabled.
 bool cPixSheet::pvRenderGDIplus(const DrawJob& job) {
+    // GDI+ would read the pixels that it has just drawn.
+    if (job.destHostDIB == nullptr && m_prevDCobject != 0 && platform::isSameObject(job.destinationDC, m_hDC))
+        return false;
     const auto cGDIp = HostAccess::GDIPlus(*this);
     if (m_KeepGDIplusActive) m_GDIplus = cGDIp;
     return cGDIp && spt_RenderGDIplus(job, *cGDIp);

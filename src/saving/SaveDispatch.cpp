@@ -23,16 +23,22 @@ WrittenFile writeSheet(const cPixSheet& sheet, const SourcePicture& picture, con
     const auto cGDIp = HostAccess::GDIPlus(sheet);
     if (!cGDIp) return write({&picture, 1}, options);
     if (const auto* const jpg = std::get_if<JpgOptions>(&options)) {
-        if (WrittenFile file = SaveToJPGByGDIplus(*cGDIp, picture, *jpg); file.outcome()) return file;
+        try {
+            if (WrittenFile file = SaveToJPGByGDIplus(*cGDIp, picture, *jpg); file.outcome()) return file;
+        } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch)
+            // the component's own writer needs less
+        }
     }
     if (!std::holds_alternative<const PngProperties*>(options)) return write({&picture, 1}, options);
+    WrittenFile own = refused(noMemory);
     try {
-        if (WrittenFile file = write({&picture, 1}, options); file.outcome()) return file;
-    } catch (const std::bad_alloc&) {
-        if (WrittenFile file = SaveToPNGByGDIplus(*cGDIp, picture); file.outcome()) return file;
-        throw;
+        own = write({&picture, 1}, options);
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch)
+        // the system may have some
     }
-    return SaveToPNGByGDIplus(*cGDIp, picture);
+    if (own.outcome() || !picture.pixels) return own;
+    WrittenFile other = SaveToPNGByGDIplus(*cGDIp, picture);
+    return other.outcome() ? std::move(other) : std::move(own); // with the reason of the first
 }
 
 // Nobody is asked about a file that will not be written for want of an image. The picture is looked at after the

@@ -102,7 +102,8 @@ bool cPNGparser::hasWholeChunks() const noexcept {
 // GDI+ comes first. Of its picture, Alpha is what this reader would say by the chunks.
 bool cPNGparser::loadByGDIplus(RunningEnd base) {
     if (!cHost->isGDIplusEnabled() || !hasWholeChunks() || !DecodeByGDIplus(m_pngStream, *cHost, false)) return false;
-    if (walkChunks(base)) setAlpha(); // else GDI+ shows what is refused here, and its pixels have to say it
+    if (walkChunks(base, ChunksRead::butIDAT))
+        setAlpha(); // else GDI+ shows what is refused here, and its pixels have to say it
     return true;
 }
 
@@ -122,7 +123,7 @@ cPNGparser::ChunkResult cPNGparser::refuseChunk(Reason reason) noexcept {
 
 // Returns false when the walk met an error. Chunk order is not enforced: a handler runs whenever its chunk is met, a
 // second IHDR overwrites the first, and IDAT chunks need not be adjacent.
-bool cPNGparser::walkChunks(RunningEnd base) {
+bool cPNGparser::walkChunks(RunningEnd base, ChunksRead chunks) {
     const ByteReader reader(m_pngStream);
     const bool bCRCchecks = zValidateZLIBversion(); // without zlib no CRC is ever checked
     std::size_t position = signature.size();
@@ -139,7 +140,8 @@ bool cPNGparser::walkChunks(RunningEnd base) {
         // A CRC that the end of a stream cuts short is not there: 0, which is never checked.
         if (bCRCchecks) chunk.storedCrc = reader.bigEndian32(position + 8 + *ChunkLen).value_or(0);
         if (chunk.type == chunkType("IEND")) return true;
-        if (*ChunkLen != 0 && zHandleChunk(chunk) == ChunkResult::error) return false;
+        const bool isRead = *ChunkLen != 0 && (chunks == ChunksRead::all || chunk.type != chunkType("IDAT"));
+        if (isRead && zHandleChunk(chunk) == ChunkResult::error) return false;
         position += std::size_t{*ChunkLen} + chunkOverhead;
     }
 }

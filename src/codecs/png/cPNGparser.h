@@ -51,7 +51,8 @@ class cPNGparser {
     ReadResult LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
     bool hasWholeChunks() const noexcept;
     bool loadByGDIplus(RunningEnd base);
-    bool walkChunks(RunningEnd base);
+    enum class ChunksRead : std::uint8_t { all, butIDAT };
+    bool walkChunks(RunningEnd base, ChunksRead chunks = ChunksRead::all);
     bool refuse(Reason reason) noexcept;
     ChunkResult refuseChunk(Reason reason) noexcept;
     ChunkResult zHandleChunk(const Chunk& chunk);

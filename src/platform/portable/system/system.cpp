@@ -18,4 +18,8 @@ LocalTime GetLocalTime() noexcept {
             field(parts.tm_hour),        field(parts.tm_min),     field(parts.tm_sec)};
 }
 
+bool isUnderLoaderLock() noexcept {
+    return false;
+}
+
 } // namespace pixkit::platform

@@ -70,6 +70,7 @@ class Library {
     PIXKIT_BORROW(GdipGetImageGraphicsContext);
     PIXKIT_BORROW(GdipDeleteGraphics);
     PIXKIT_BORROW(GdipFlush);
+    PIXKIT_BORROW(GdipSetPageUnit);
     PIXKIT_BORROW(GdipSetInterpolationMode);
     PIXKIT_BORROW(GdipSetPixelOffsetMode);
     PIXKIT_BORROW(GdipSetClipRectI);
@@ -176,7 +177,7 @@ bool findEncoder(const Library& library, std::string_view mimeType, CLSID& encod
     if (library.GdipGetImageEncoders(count, bytes, list.data()) != gp::Ok) return false;
     const auto end = list.begin() + static_cast<std::ptrdiff_t>(count);
     const auto found = std::find_if(list.begin(), end, [&](const gp::ImageCodecInfo& info) {
-        const std::wstring_view type(info.MimeType);
+        const std::wstring_view type(info.MimeType != nullptr ? info.MimeType : L"");
         return std::equal(type.begin(), type.end(), mimeType.begin(), mimeType.end());
     });
     if (found == end) return false;
@@ -233,8 +234,14 @@ void takeGraphics(GdiplusApi& api, const Shared& library) {
     api.GdipCreateFromHDC = [library](Handle dc, GpGraphics*& graphics) {
         const auto target = reinterpret_cast<HDC>(dc);
         if (!countsItsOwnPixels(target)) return GpStatus::GenericError;
-        return receive(graphics, static_cast<gp::GpGraphics*>(nullptr),
-                       [&](gp::GpGraphics** made) { return library->GdipCreateFromHDC(target, made); });
+        return receive(graphics, static_cast<gp::GpGraphics*>(nullptr), [&](gp::GpGraphics** made) {
+            const auto answer = library->GdipCreateFromHDC(target, made);
+            if (answer != gp::Ok) return answer;
+            // Printers' contexts begin with another unit, of which there are 100 to an inch.
+            const auto unitAnswer = library->GdipSetPageUnit(*made, gp::UnitPixel);
+            if (unitAnswer != gp::Ok) library->GdipDeleteGraphics(*made);
+            return unitAnswer;
+        });
     };
     api.GdipGetImageGraphicsContext = [library](GpImage* image, GpGraphics*& graphics) {
         return receive(graphics, static_cast<gp::GpGraphics*>(nullptr), [&](gp::GpGraphics** made) {

@@ -1,6 +1,7 @@
 // The dialog that tells a person of an error: a sentence, a text to scroll, and the buttons Copy and Close.
 #include "platform/interaction.h"
 #include "platform/reporting.h"
+#include "platform/system.h"
 #include "platform/win32/system/DialogTemplate.h"
 #include "platform/win32/system/OpenBox.h"
 #include "platform/win32/system/ThreadWindows.h"
@@ -171,20 +172,6 @@ class ErrorDialog {
     RECT m_client{}, m_smallest{}; // as it was opened: it may grow
     std::array<RECT, controls> m_places{};
 };
-
-// The loader's lock is held while DllMain runs: a dialog's messages would lead to code that waits for the lock. The
-// place of the lock in the process' environment block has been the same in all systems of the NT family.
-bool isUnderLoaderLock() noexcept {
-    constexpr std::size_t place = sizeof(void*) == 8 ? 0x110 : 0xA0;
-    using GetBlock = const std::byte* WINAPI();
-    auto* const getBlock = reinterpret_cast<GetBlock*>(
-        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
-    const std::byte* const block = getBlock != nullptr ? getBlock() : nullptr;
-    if (block == nullptr) return false;
-    const CRITICAL_SECTION* lock = nullptr;
-    std::memcpy(&lock, block + place, sizeof lock);
-    return lock != nullptr && reinterpret_cast<ULONG_PTR>(lock->OwningThread) == ::GetCurrentThreadId();
-}
 
 } // namespace
 

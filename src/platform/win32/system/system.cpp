@@ -1,5 +1,7 @@
 #include "platform/system.h"
 #include "platform/faults.h"
+#include <cstddef>
+#include <cstring>
 #include <windows.h>
 
 namespace pixkit::platform {
@@ -22,6 +24,19 @@ LocalTime GetLocalTime() noexcept {
     SYSTEMTIME now{};
     ::GetLocalTime(&now);
     return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond};
+}
+
+// The place of the lock in the process' environment block has been the same in all systems of the NT family.
+bool isUnderLoaderLock() noexcept {
+    constexpr std::size_t place = sizeof(void*) == 8 ? 0x110 : 0xA0;
+    using GetBlock = const std::byte* WINAPI();
+    auto* const getBlock = reinterpret_cast<GetBlock*>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
+    const std::byte* const block = getBlock != nullptr ? getBlock() : nullptr;
+    if (block == nullptr) return false;
+    const CRITICAL_SECTION* lock = nullptr;
+    std::memcpy(&lock, block + place, sizeof lock);
+    return lock != nullptr && reinterpret_cast<ULONG_PTR>(lock->OwningThread) == ::GetCurrentThreadId();
 }
 
 } // namespace pixkit::platform
