@@ -42,7 +42,10 @@ Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
 
 ReadResult LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
     const auto picture = iparseArrayToPicture(Stream, 0, Stream.size());
-    if (!picture) return ReadResult::otherFormat("the system's loader refuses it");
+    // Icons have a reader here, which has said no; some loaders take anything for one.
+    const auto type = picture ? picture->Type() : PictureType::none;
+    if (type != PictureType::bitmap && type != PictureType::metafile && type != PictureType::enhancedMetafile)
+        return ReadResult::otherFormat("the system's loader refuses it");
     Outcome outcome = ConvertstdPicTo32bpp(*picture, Host);
     return outcome ? ReadResult::loaded() : ReadResult{ReadOutcome::damaged, std::move(outcome)};
 }

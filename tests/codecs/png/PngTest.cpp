@@ -24,6 +24,7 @@ Pixel gray(unsigned value) {
 }
 
 std::optional<std::pair<AlphaTypeEnum, Pixel>> load(const Bytes& data, bool fromFile = false, bool withZlib = true) {
+    const platform::ScopedFault ownReaderAlone(platform::SeamCall::oleLoadPicture);
     std::optional<platform::ScopedFault> noZlib;
     if (!withZlib) noZlib.emplace(platform::SeamCall::loadLibrary);
     const TemporaryFolder folder;
@@ -89,6 +90,7 @@ TEST_F(Png, ACutPictureLoadsOrTheToleratedByteIsNot) {
         EXPECT_EQ(load(cut, true).has_value(), size == whole.size()) << size;
         // The byte is missing where a slice ends, although the array goes on.
         const auto length = static_cast<std::int32_t>(size);
+        const platform::ScopedFault ownReaderAlone(platform::SeamCall::oleLoadPicture);
         EXPECT_EQ(cPixSheet().LoadPicture_Stream(ByteArray(longer), 32, 32, 0, length),
                   length == 0 || size + 1 >= whole.size());
     }
