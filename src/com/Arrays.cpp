@@ -1,6 +1,7 @@
 #include "com/Arrays.h"
 #include "com/Automation.h"
 #include <cstring>
+#include <memory>
 #include <new>
 #include <utility>
 #include <vector>
@@ -39,10 +40,17 @@ SAFEARRAY* created(VARTYPE type, int dimensions, ByteArray::Bound first, ByteArr
     return ::SafeArrayCreate(type, static_cast<UINT>(dimensions), bounds);
 }
 
+struct Destroyer {
+    void operator()(SAFEARRAY* array) const noexcept { ::SafeArrayDestroy(array); }
+};
+// An array that the caller has not got yet.
+using OwnArray = std::unique_ptr<SAFEARRAY, Destroyer>;
+
 // An array of the same bounds with elements of another type.
-SAFEARRAY* createdLike(const SAFEARRAY* array, VARTYPE type) {
+OwnArray createdLike(const SAFEARRAY* array, VARTYPE type) {
     std::vector<SAFEARRAYBOUND> bounds(array->rgsabound, array->rgsabound + array->cDims);
-    return ::SafeArrayCreate(type, array->cDims, std::vector<SAFEARRAYBOUND>(bounds.rbegin(), bounds.rend()).data());
+    return OwnArray(
+        ::SafeArrayCreate(type, array->cDims, std::vector<SAFEARRAYBOUND>(bounds.rbegin(), bounds.rend()).data()));
 }
 
 // A string becomes one of the array's own.
@@ -179,12 +187,14 @@ bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_
 
 bool replaceByStrings(SAFEARRAY** target, const std::vector<std::string>& texts) {
     if (*target != nullptr && (!isReplaceable(*target) || !hasElements(*target, VT_BSTR))) return false;
-    SAFEARRAY* const filled = ::SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size()));
-    if (filled == nullptr) return false;
-    auto* const elements = static_cast<BSTR*>(filled->pvData);
-    for (std::size_t i = 0; i < texts.size(); ++i)
-        elements[i] = toBstr(texts[i]);
-    return replace(target, filled);
+    OwnArray filled(::SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size())));
+    if (!filled) return false;
+    auto* element = static_cast<BSTR*>(filled->pvData);
+    for (const std::string& text : texts) {
+        *element = toBstr(text);
+        if (*element++ == nullptr) return false; // to callers it would be an empty string
+    }
+    return replace(target, filled.release());
 }
 
 HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept try {
@@ -192,17 +202,14 @@ HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEAR
     if (variants == nullptr) return S_OK;
     // Whatever the variable says of it: other elements read as VARIANTs would be wild.
     if (!hasElements(variants, VT_VARIANT)) return DISP_E_TYPEMISMATCH;
-    SAFEARRAY* const array = createdLike(variants, type);
-    if (array == nullptr) return E_OUTOFMEMORY;
+    OwnArray array = createdLike(variants, type);
+    if (!array) return E_OUTOFMEMORY;
     auto* const out = static_cast<std::uint8_t*>(array->pvData);
     const HRESULT status = forElements(variants, [&](VARIANT& element, std::size_t i) {
         return convertElement(element, type, locale, out + i * array->cbElements, array->cbElements);
     });
-    if (FAILED(status)) {
-        ::SafeArrayDestroy(array);
-        return status;
-    }
-    *result = array;
+    if (FAILED(status)) return status;
+    *result = array.release();
     return S_OK;
 } catch (...) {
     return E_OUTOFMEMORY;
@@ -211,8 +218,8 @@ HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEAR
 HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) noexcept try {
     *result = nullptr;
     if (array == nullptr) return S_OK;
-    SAFEARRAY* const variants = createdLike(array, VT_VARIANT);
-    if (variants == nullptr) return E_OUTOFMEMORY;
+    OwnArray variants = createdLike(array, VT_VARIANT);
+    if (!variants) return E_OUTOFMEMORY;
     const auto* in = static_cast<const std::uint8_t*>(array->pvData);
     auto* const elements = static_cast<VARIANT*>(variants->pvData);
     const std::size_t count = elementCount(array);
@@ -220,12 +227,9 @@ HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) no
         VARIANT element = {}; // not owned
         element.vt = type;
         std::memcpy(&element.byref, in, array->cbElements);
-        if (const HRESULT status = ::VariantCopy(&elements[i], &element); FAILED(status)) {
-            ::SafeArrayDestroy(variants);
-            return status;
-        }
+        if (const HRESULT status = ::VariantCopy(&elements[i], &element); FAILED(status)) return status;
     }
-    *result = variants;
+    *result = variants.release();
     return S_OK;
 } catch (...) {
     return E_OUTOFMEMORY;

@@ -55,7 +55,8 @@ class CallersBytes final : private ByteArray::Memory {
 // without memory.
 bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_t fast, std::uint32_t slow) noexcept;
 
-// Replaces a caller's array by one of strings, from 0. False, and the array as it was, in the same cases.
+// Replaces a caller's array by one of strings, from 0. False, and the array as it was, in the same cases. May throw
+// std::bad_alloc, which leaves the array as it was too.
 bool replaceByStrings(SAFEARRAY** target, const std::vector<std::string>& texts);
 
 // The same array with elements of another type: what scripts can index are arrays of VARIANT. The caller owns the
@@ -67,8 +68,24 @@ std::size_t elementCount(const SAFEARRAY* array) noexcept;
 // The elements of an array of plain numbers as bytes.
 std::vector<std::uint8_t> bytesOf(const SAFEARRAY* array);
 
-// Calls `use` with each element as a value that owns nothing, and its number, until one fails. DISP_E_TYPEMISMATCH for
-// elements larger than a number. An array that is not there has none.
+// Keeps the elements of an array where they are for a scope: locked for good, its owner could never free it.
+class ArrayLock {
+  public:
+    explicit ArrayLock(SAFEARRAY* array) noexcept : m_array(array), m_status(::SafeArrayLock(array)) {}
+    ~ArrayLock() {
+        if (SUCCEEDED(m_status)) ::SafeArrayUnlock(m_array);
+    }
+    ArrayLock(const ArrayLock&) = delete;
+    ArrayLock& operator=(const ArrayLock&) = delete;
+    HRESULT status() const noexcept { return m_status; }
+
+  private:
+    SAFEARRAY* m_array;
+    HRESULT m_status;
+};
+
+// Calls `use`, which may throw, with each element as a value that owns nothing, and its number, until one fails.
+// DISP_E_TYPEMISMATCH for elements larger than a number. An array that is not there has none.
 template <class Use>
 HRESULT forElements(SAFEARRAY* array, Use&& use) {
     if (array == nullptr) return S_OK;
@@ -77,8 +94,9 @@ HRESULT forElements(SAFEARRAY* array, Use&& use) {
     HRESULT status = areVariants ? S_OK : ::SafeArrayGetVartype(array, &type);
     if (SUCCEEDED(status) && array->cbElements > (areVariants ? sizeof(VARIANT) : sizeof(LONGLONG)))
         status = DISP_E_TYPEMISMATCH;
-    if (SUCCEEDED(status)) status = ::SafeArrayLock(array);
     if (FAILED(status)) return status;
+    const ArrayLock lock(array);
+    status = lock.status();
     const auto* in = static_cast<const std::uint8_t*>(array->pvData);
     const std::size_t count = elementCount(array);
     for (std::size_t i = 0; i < count && SUCCEEDED(status); ++i, in += array->cbElements) {
@@ -87,7 +105,6 @@ HRESULT forElements(SAFEARRAY* array, Use&& use) {
         std::memcpy(areVariants ? static_cast<void*>(&element) : &element.byref, in, array->cbElements);
         status = use(element, i);
     }
-    ::SafeArrayUnlock(array);
     return status;
 }
 

@@ -370,12 +370,16 @@ HRESULT PixSheetObject::LoadPicture_DropedFiles(VARIANT* Data, LONG FileIndex, L
     });
 }
 
+bool PixSheetObject::giveNames(SAFEARRAY** FileNames, const std::vector<std::string>& names) const {
+    return replaceByStrings(FileNames, names) || refuse("no array of strings that another can take the place of");
+}
+
 HRESULT PixSheetObject::GetDroppedFileNames(VARIANT* Data, SAFEARRAY** FileNames, LONG* result) {
     if (Data == nullptr || FileNames == nullptr) return E_POINTER;
     return give(result, [&] {
         std::vector<std::string> names;
         const std::int32_t count = m_sheet->GetDroppedFileNames(droppedFiles(*Data), names);
-        return count != 0 && replaceByStrings(FileNames, names) ? count : 0;
+        return count != 0 && giveNames(FileNames, names) ? count : 0;
     });
 }
 
@@ -384,7 +388,7 @@ HRESULT PixSheetObject::GetPastedFileNames(SAFEARRAY** FileNames, LONG* result) 
     return give(result, [&] {
         std::vector<std::string> names;
         const std::int32_t count = m_sheet->GetPastedFileNames(names);
-        return count != 0 && replaceByStrings(FileNames, names) ? count : 0;
+        return count != 0 && giveNames(FileNames, names) ? count : 0;
     });
 }
 

@@ -390,6 +390,9 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     static constexpr Reason noArrayOfBytes = "no array of bytes in one or two dimensions that can be locked";
     static constexpr Reason noRoomInArray = "no array of bytes that another can take the place of";
 
+    // Puts names into the caller's array. False, and why, when it cannot be replaced.
+    bool giveNames(SAFEARRAY** FileNames, const std::vector<std::string>& names) const;
+
     // Callers write True as any number but 0.
     static bool isTrue(VARIANT_BOOL value) noexcept { return value != VARIANT_FALSE; }
 
