@@ -53,6 +53,7 @@ HRESULT item(IDispatch* collection, LONG index, Variant& found) {
 
 // Counted from 1, as Basic does, if there is an element of the last number, else from 0.
 void addCollection(IDispatch* collection, LONG count, Files& files) {
+    if (count == 0) return; // some collections get an element by being asked for it
     Variant last;
     Files names;
     const bool fromOne = SUCCEEDED(item(collection, count, last)) && addName(last, names);
@@ -100,16 +101,23 @@ void addObject(IUnknown* unknown, Files& files) {
     addList(list, files);
 }
 
+// None for a number that is wider than handles: the rest of it may be a handle of somebody else.
+std::optional<platform::Handle> handleOf(LONGLONG number) {
+    const auto handle = static_cast<platform::Handle>(number);
+    const bool isWhole = handle == number || static_cast<LONGLONG>(static_cast<std::uintptr_t>(handle)) == number;
+    return isWhole ? std::optional(handle) : std::nullopt;
+}
+
 // The handle that a number of any type is: scripts keep large ones as floating-point numbers.
 std::optional<platform::Handle> handleOf(const VARIANT& value) {
-    if (value.vt == VT_I8 || value.vt == VT_UI8) return static_cast<platform::Handle>(value.llVal);
+    if (value.vt == VT_I8 || value.vt == VT_UI8) return handleOf(value.llVal);
     constexpr VARTYPE numbers[] = {VT_I2, VT_I4, VT_R4, VT_R8, VT_I1, VT_UI1, VT_UI2, VT_UI4, VT_INT, VT_UINT};
     Variant number;
     if (std::ranges::count(numbers, value.vt) == 0 ||
         FAILED(::VariantChangeType(&number, const_cast<VARIANT*>(&value), 0, VT_R8)) ||
         !(std::abs(number.dblVal) < 9e15)) // beyond, not every whole number is one
         return {};
-    return static_cast<platform::Handle>(static_cast<LONGLONG>(number.dblVal));
+    return handleOf(static_cast<LONGLONG>(number.dblVal));
 }
 
 } // namespace

@@ -102,6 +102,8 @@ TEST_F(Drops, HandlesThatAreNoDropsAreFollowed) {
     VARIANT asDouble = number(0, VT_R8);
     asDouble.dblVal = static_cast<double>(reinterpret_cast<ULONG_PTR>(rows[0].memory));
     EXPECT_TRUE(loads(asDouble)) << "as scripts keep large numbers";
+    asDouble.dblVal += 4294967296.0;
+    EXPECT_FALSE(loads(asDouble)) << "the handle of somebody else, cut off";
     for (const int index : {0, 1, 2, 3, 4, 5})
         ::GlobalFree(const_cast<void*>(rows[index].memory));
 }
@@ -137,6 +139,12 @@ TEST_F(Drops, ObjectsOfHostsAreAskedInEveryForm) {
         EXPECT_EQ(names(object(&boundless)).substr(0, 6), L"65536:");
         EXPECT_EQ(fromOne.references + host.references, 2U);
     }
+    auto nothing = collection(0, 1, name);
+    int asked = 0;
+    nothing[L"Item"] = [&](const DISPPARAMS&, VARIANT&) { return ++asked, S_OK; }; // adds what is asked for
+    LateObject dictionary(std::move(nothing));
+    EXPECT_EQ(names(object(&dictionary)), L"0:");
+    EXPECT_EQ(asked, 0);
     // One that stops in the middle, and lets go of itself where the caller keeps it.
     VARIANT variant = number(0);
     int left = 2;
@@ -224,6 +232,19 @@ TEST_F(Drops, DataObjectsGiveNamesOrContents) {
     EXPECT_EQ(names(object(shell.get(), VT_UNKNOWN)), L"1:" + sprite() + L'|');
     EXPECT_TRUE(loads(object(shell.get(), VT_UNKNOWN)));
     ::CoTaskMemFree(path);
+}
+
+TEST_F(Drops, AnArrayThatCannotTakeTheNamesIsNoReason) {
+    VARIANT name = text(sprite().c_str());
+    SAFEARRAY* numbers = ::SafeArrayCreateVector(VT_I4, 0, 1);
+    LONG count = 1;
+    Variant why;
+    EXPECT_EQ(sheet->GetDroppedFileNames(&name, &numbers, &count), S_OK);
+    EXPECT_EQ(count, 0);
+    why.vt = VT_BSTR;
+    EXPECT_EQ(sheet->get_LastErrorText(&why.bstrVal), S_OK);
+    EXPECT_NE(::SysStringLen(why.bstrVal), 0U);
+    ::SafeArrayDestroy(numbers);
 }
 
 TEST_F(Drops, FilesOnTheClipboardArePasted) {
