@@ -40,15 +40,9 @@ constexpr ClipboardFormat knownFormats[] = {
     {"image/bmp", Content::file, 2},
 };
 
-// Formats are registered without regard to capitals.
-bool isSameName(std::string_view a, std::string_view b) noexcept {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return std::ranges::equal(a, b, {}, lower, lower);
-}
-
 const ClipboardFormat* knownFormat(std::string_view name) noexcept {
-    const auto* const found =
-        std::ranges::find_if(knownFormats, [&](const ClipboardFormat& known) { return isSameName(known.name, name); });
+    const auto* const found = std::ranges::find_if(
+        knownFormats, [&](const ClipboardFormat& known) { return platform::isSameFormat(known.name, name); });
     return found != std::end(knownFormats) ? found : nullptr;
 }
 

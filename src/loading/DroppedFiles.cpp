@@ -1,4 +1,5 @@
 // Loading of files that were dropped or pasted.
+#include "codecs/clipboard/ClipboardProblem.h"
 #include "loading/loadMember.h"
 #include "platform/DropBlocks.h"
 #include "platform/clipboard.h"
@@ -24,14 +25,14 @@ Outcome pastedFiles(std::vector<DroppedFile>& files) {
     bool hasContents = false;
     {
         const platform::OpenClipboard clipboard;
-        if (!clipboard.exists()) return refused("there is no clipboard");
-        if (!clipboard.isOpen()) return refused("another program keeps the clipboard open");
+        if (!clipboard.isOpen()) return refused(clipboardProblem(clipboard));
         files = platform::filesOfBlock(clipboard.get("CF_HDROP"));
         hasContents = files.empty() && std::ranges::any_of(clipboard.formats(), [](const std::string& format) {
-                          return format == "FileGroupDescriptorW" || format == "FileGroupDescriptor";
+                          return platform::isSameFormat(format, "FileGroupDescriptorW") ||
+                                 platform::isSameFormat(format, "FileGroupDescriptor");
                       });
     }
-    if (hasContents) files = platform::contentsOnClipboard(); // opens the clipboard itself
+    if (hasContents) files = platform::contentsOnClipboard();
     return doneIf(!files.empty(), "there are no files on the clipboard");
 }
 

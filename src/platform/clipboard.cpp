@@ -2,8 +2,7 @@
 #include "platform/HandlerSlot.h"
 #include "platform/SystemClipboard.h"
 #include "platform/faults.h"
-#include <chrono>
-#include <thread>
+#include <algorithm>
 #include <utility>
 
 namespace pixkit::platform {
@@ -24,16 +23,22 @@ void setClipboardProvider(ClipboardProvider provider) {
     providerInUse.set(std::move(provider));
 }
 
+bool isSameFormat(std::string_view a, std::string_view b) noexcept {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::ranges::equal(a, b, {}, lower, lower);
+}
+
+std::vector<DroppedFile> contentsOnClipboard() {
+    const auto provider = providerOrSystem();
+    return provider && provider->contents ? provider->contents() : std::vector<DroppedFile>();
+}
+
 OpenClipboard::OpenClipboard() : m_provider(providerOrSystem()) {
-    using namespace std::chrono_literals;
-    using Clock = std::chrono::steady_clock;
     if (!m_provider) return;
-    const auto end = Clock::now() + 500ms;
-    for (;;) {
+    untilNotBusy([&] {
         m_isOpen = !faultDue(SeamCall::openClipboard) && m_provider->open();
-        if (m_isOpen || Clock::now() >= end) return;
-        std::this_thread::sleep_for(10ms);
-    }
+        return m_isOpen;
+    });
 }
 
 OpenClipboard::~OpenClipboard() {

@@ -1,10 +1,12 @@
 // The clipboard: blocks of bytes under the names of their formats. On Windows it is the system's; elsewhere there is
 // only what the program itself provides.
 #pragma once
+#include "platform/drops.h"
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,8 +20,11 @@ struct ClipboardBlock {
     std::vector<std::uint8_t> bytes;
 };
 
-// A clipboard. The functions between `open` and `close` are only called between those two. All but `close` may throw,
-// which counts as their failure.
+// Whether two names are those of one format.
+bool isSameFormat(std::string_view a, std::string_view b) noexcept;
+
+// A clipboard. `formats`, `get` and `set` are only called between `open` and `close`, `contents` only outside. All but
+// `close` may throw, which counts as their failure.
 struct ClipboardProvider {
     // False while somebody else has it open: it is asked again.
     std::function<bool()> open;
@@ -30,6 +35,9 @@ struct ClipboardProvider {
     std::function<std::vector<std::uint8_t>(const std::string& format)> get;
     // Replaces everything that is offered. What was there stays when there is no memory; other failures leave nothing.
     std::function<bool(std::vector<ClipboardBlock>&& blocks)> set;
+    // The files without names, which are contents only: FileGroupDescriptorW or FileGroupDescriptor among the formats
+    // says that there are some. Left out by a provider that never has any.
+    std::function<std::vector<DroppedFile>()> contents = {};
 
     explicit operator bool() const noexcept { return open && close && formats && get && set; }
 };
@@ -37,6 +45,10 @@ struct ClipboardProvider {
 // Whose clipboard is used, for the whole process; an empty provider (the initial state) stands for the system's, which
 // is none on the portable side.
 void setClipboardProvider(ClipboardProvider provider);
+
+// The files without names on the clipboard, which nobody in this process may have open. May throw what the provider
+// throws.
+std::vector<DroppedFile> contentsOnClipboard();
 
 // The clipboard, open as long as this lives. While somebody else has it open, the constructor tries again for half a
 // second: programs look into a clipboard that has changed, and are soon done.

@@ -26,10 +26,6 @@ namespace platform {
 // other number, a block that is damaged, and where the system has no such handles. May throw std::bad_alloc.
 std::vector<DroppedFile> filesOfDrop(Handle drop);
 
-// The files without names, which are contents only, on the system's clipboard. None where the system has no such files.
-// May throw std::bad_alloc.
-std::vector<DroppedFile> contentsOnClipboard();
-
 } // namespace platform
 
 } // namespace pixkit

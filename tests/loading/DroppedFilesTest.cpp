@@ -61,6 +61,9 @@ TEST_F(DroppedFiles, TheFilesOfTheClipboardAreOthers) {
     EXPECT_FALSE(sheet.LoadPicture_PastedFiles(2) || sheet.LoadPicture_PastedFiles(3) || sheet.Handle() != 0);
     EXPECT_EQ(sheet.GetPastedFileNames(names), 2);
     EXPECT_EQ(names, (std::vector<std::string>{path, "none.png"}));
+    clipboard.blocks = {{"filegroupdescriptorW", {1}}}; // formats are registered without regard to capitals
+    clipboard.contents = {holding(tgaOfOne)};
+    EXPECT_TRUE(sheet.LoadPicture_PastedFiles());
     clipboard.busyFor = 1000;
     EXPECT_FALSE(sheet.LoadPicture_PastedFiles());
     EXPECT_EQ(sheet.LastErrorText(), "another program keeps the clipboard open");

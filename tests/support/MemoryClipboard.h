@@ -22,7 +22,8 @@ class MemoryClipboard {
                                             if (isFull) return false;
                                             blocks = std::move(given);
                                             return true;
-                                        }});
+                                        },
+                                        [this] { return opened == 0 ? contents : std::vector<DroppedFile>(); }});
     }
     ~MemoryClipboard() { platform::setClipboardProvider({}); }
     MemoryClipboard(const MemoryClipboard&) = delete;
@@ -34,6 +35,7 @@ class MemoryClipboard {
     }
 
     std::vector<platform::ClipboardBlock> blocks;
+    std::vector<DroppedFile> contents;
     int opened = 0;
     int busyFor = 0; // tries
     bool isFull = false;

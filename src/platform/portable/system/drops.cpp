@@ -11,8 +11,4 @@ std::vector<DroppedFile> filesOfDrop(Handle) {
     return {};
 }
 
-std::vector<DroppedFile> contentsOnClipboard() {
-    return {};
-}
-
 } // namespace pixkit::platform

@@ -1,5 +1,7 @@
 #include "platform/win32/system/DataObject.h"
 #include "platform/DropBlocks.h"
+#include "platform/SystemClipboard.h"
+#include "platform/faults.h"
 #include "platform/win32/system/GlobalBlock.h"
 #include <algorithm>
 #include <limits>
@@ -21,8 +23,12 @@ class Medium {
     // `index` is that of a file, or -1 for what is there once.
     Medium(IDataObject& object, UINT format, LONG index, DWORD kinds) noexcept {
         FORMATETC asked{static_cast<CLIPFORMAT>(format), nullptr, DVASPECT_CONTENT, index, kinds};
-        // Whoever fails has handed nothing over, whatever it left there.
-        if (object.GetData(&asked, &m_medium) != S_OK) m_medium = {};
+        // Whoever fails has handed nothing over, whatever it left there. Only the clipboard's object is ever busy.
+        untilNotBusy([&] {
+            const HRESULT status = object.GetData(&asked, &m_medium);
+            if (status != S_OK) m_medium = {};
+            return status != CLIPBRD_E_CANT_OPEN;
+        });
     }
     ~Medium() {
         if (m_medium.tymed != TYMED_NULL) ::ReleaseStgMedium(&m_medium);
@@ -84,6 +90,20 @@ std::vector<DroppedFile> filesOf(IDataObject* object) {
         if (!files.empty()) break;
     }
     return files;
+}
+
+std::vector<DroppedFile> filesOfSystemClipboard() {
+    IDataObject* object = nullptr;
+    HRESULT status = E_FAIL;
+    if (!faultDue(SeamCall::oleGetClipboard)) {
+        untilNotBusy([&] {
+            status = ::OleGetClipboard(&object);
+            return status != CLIPBRD_E_CANT_OPEN;
+        });
+    }
+    if (FAILED(status) || object == nullptr) return {};
+    const std::unique_ptr<IDataObject, void (*)(IDataObject*)> held(object, [](IDataObject* it) { it->Release(); });
+    return filesOf(object);
 }
 
 } // namespace pixkit::platform

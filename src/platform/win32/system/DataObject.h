@@ -12,4 +12,8 @@ namespace pixkit::platform {
 // to be loaded; until then the object is held. What it fails to give is not there. May throw std::bad_alloc.
 std::vector<DroppedFile> filesOf(IDataObject* object);
 
+// Those of the object that stands for the system's clipboard, which opens the clipboard itself, time and again. May
+// throw std::bad_alloc.
+std::vector<DroppedFile> filesOfSystemClipboard();
+
 } // namespace pixkit::platform

@@ -1,6 +1,7 @@
 #include "platform/SystemClipboard.h"
 #include "platform/faults.h"
 #include "platform/gdi.h"
+#include "platform/win32/system/DataObject.h"
 #include "platform/win32/system/GlobalBlock.h"
 #include <algorithm>
 #include <cstring>
@@ -14,14 +15,19 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Pictures and files that the system numbers. Text and others that it numbers are of no concern here.
+// Of what the system numbers, all that the component reads or writes.
 struct NumberedFormat {
     UINT number;
     const char* name;
 };
 constexpr NumberedFormat numberedFormats[] = {
-    {CF_BITMAP, "CF_BITMAP"},           {CF_TIFF, "CF_TIFF"},   {CF_DIB, "CF_DIB"}, {CF_DIBV5, "CF_DIBV5"},
-    {CF_ENHMETAFILE, "CF_ENHMETAFILE"}, {CF_HDROP, "CF_HDROP"},
+    {CF_BITMAP, "CF_BITMAP"},
+    {CF_TIFF, "CF_TIFF"},
+    {CF_DIB, "CF_DIB"},
+    {CF_DIBV5, "CF_DIBV5"},
+    {CF_ENHMETAFILE, "CF_ENHMETAFILE"},
+    {CF_HDROP, "CF_HDROP"},
+    {CF_UNICODETEXT, "CF_UNICODETEXT"},
 };
 
 // 0 on failure.
@@ -186,10 +192,13 @@ class Owner {
 
 ClipboardProvider systemClipboard() {
     const auto owner = std::make_shared<Owner>();
-    return {[owner] { return owner->open(); }, [owner] { owner->close(); }, formatNames, bytesOf,
-            [owner](std::vector<ClipboardBlock>&& blocks) {
-                return owner->exists() && replaceContents(std::move(blocks));
-            }};
+    return {
+        [owner] { return owner->open(); },
+        [owner] { owner->close(); },
+        formatNames,
+        bytesOf,
+        [owner](std::vector<ClipboardBlock>&& blocks) { return owner->exists() && replaceContents(std::move(blocks)); },
+        filesOfSystemClipboard};
 }
 
 } // namespace pixkit::platform

@@ -1,12 +1,8 @@
 #include "platform/drops.h"
 #include "platform/DropBlocks.h"
 #include "platform/SystemDrops.h"
-#include "platform/faults.h"
-#include "platform/win32/system/DataObject.h"
 #include "platform/win32/system/GlobalBlock.h"
 #include "platform/win32/system/names.h"
-#include <memory>
-#include <ole2.h>
 #include <windows.h>
 
 namespace pixkit::platform {
@@ -23,13 +19,6 @@ std::string fromNarrow(std::span<const std::uint8_t> name) {
 std::vector<DroppedFile> filesOfDrop(Handle drop) {
     const GlobalBlock block(reinterpret_cast<HGLOBAL>(drop));
     return filesOfBlock(block.bytes());
-}
-
-std::vector<DroppedFile> contentsOnClipboard() {
-    IDataObject* object = nullptr;
-    if (faultDue(SeamCall::oleGetClipboard) || FAILED(::OleGetClipboard(&object)) || object == nullptr) return {};
-    const std::unique_ptr<IDataObject, void (*)(IDataObject*)> held(object, [](IDataObject* it) { it->Release(); });
-    return filesOf(object);
 }
 
 } // namespace pixkit::platform
