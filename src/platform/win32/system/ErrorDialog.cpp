@@ -1,4 +1,5 @@
 // The dialog that tells a person of an error: a sentence, a text to scroll, and the buttons Copy and Close.
+#include "platform/clipboard.h"
 #include "platform/interaction.h"
 #include "platform/reporting.h"
 #include "platform/system.h"
@@ -7,8 +8,9 @@
 #include "platform/win32/system/ThreadWindows.h"
 #include "platform/win32/system/names.h"
 #include <array>
-#include <atomic>
 #include <cstring>
+#include <new>
+#include <utility>
 
 namespace pixkit::platform {
 
@@ -42,30 +44,14 @@ std::wstring withReturns(const std::wstring& text) {
     return result;
 }
 
-bool openClipboard(HWND owner) noexcept {
-    constexpr int attempts = 20;
-    for (int i = 0; i < attempts; ++i) { // another program may have it open just now
-        if (::OpenClipboard(owner) != FALSE) return true;
-        ::Sleep(10);
-    }
+bool copyToClipboard(const std::wstring& text) noexcept try {
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(text.c_str());
+    std::vector<ClipboardBlock> blocks;
+    blocks.push_back({"CF_UNICODETEXT", {bytes, bytes + (text.size() + 1) * sizeof(wchar_t)}});
+    const OpenClipboard clipboard;
+    return clipboard.isOpen() && clipboard.set(std::move(blocks));
+} catch (...) { // no memory, or a program's own clipboard that fails
     return false;
-}
-
-bool copyToClipboard(HWND owner, const std::wstring& text) noexcept {
-    const std::size_t bytes = (text.size() + 1) * sizeof(wchar_t);
-    const HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, bytes);
-    void* const place = memory != nullptr ? ::GlobalLock(memory) : nullptr;
-    if (place != nullptr) {
-        std::memcpy(place, text.c_str(), bytes);
-        ::GlobalUnlock(memory);
-    }
-    bool isCopied = false;
-    if (place != nullptr && openClipboard(owner)) {
-        isCopied = ::EmptyClipboard() != FALSE && ::SetClipboardData(CF_UNICODETEXT, memory) != nullptr;
-        ::CloseClipboard();
-    }
-    if (!isCopied && memory != nullptr) ::GlobalFree(memory); // else it is the clipboard's
-    return isCopied;
 }
 
 class ErrorDialog {
@@ -144,7 +130,7 @@ class ErrorDialog {
 
     bool command(HWND window, WORD control) noexcept {
         if (control == copyButton) {
-            if (!copyToClipboard(window, m_text)) ::MessageBeep(MB_ICONWARNING);
+            if (!copyToClipboard(m_text)) ::MessageBeep(MB_ICONWARNING);
             return true;
         }
         if (control != closeButton && control != IDOK) return false;
@@ -176,8 +162,9 @@ class ErrorDialog {
 } // namespace
 
 bool showErrorDialog(const std::string& message, const std::string& title, const std::string& text) noexcept {
-    if (isUnderLoaderLock() || !isWindowStationVisible() || OpenBox::isAny()) return false;
-    const OpenBox open;
+    if (isUnderLoaderLock() || !isWindowStationVisible()) return false;
+    const OpenBox open(OpenBox::Beside::none);
+    if (!open.isOpen()) return false;
     try {
         return ErrorDialog(message, title, text).show();
     } catch (const std::bad_alloc&) {

@@ -9,7 +9,7 @@ namespace pixkit::platform {
 
 int systemMessageBox(const std::string& text, const std::string& caption, std::uint32_t style) {
     if (!isWindowStationVisible()) return cautiousAnswer(style); // nobody could ever close the box
-    const OpenBox open;
+    const OpenBox open(OpenBox::Beside::others);
     // Without an owner, which callers do not name, only this keeps the host's windows from being used meanwhile.
     // Handlers see the style without it.
     const int answer =

@@ -1,4 +1,5 @@
 #include "platform/reporting.h"
+#include "platform/libraries.h"
 #include "platform/win32/system/names.h"
 #include "platform/win32/system/version_record.h"
 #include <new>
@@ -38,14 +39,25 @@ std::string systemVersion() {
     return joined(numbers);
 }
 
+// A library that is loaded already, held: another thread may be about to let go of it. None before Windows XP, which
+// cannot hold it without loading it.
+UniqueLibrary loadedLibrary(const char* name) noexcept {
+    using Get = BOOL WINAPI(DWORD, const char*, HMODULE*);
+    auto* const get = reinterpret_cast<Get*>(
+        reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32.dll"), "GetModuleHandleExA")));
+    HMODULE module = nullptr;
+    if (get == nullptr || get(0, name, &module) == FALSE) return {};
+    return UniqueLibrary(reinterpret_cast<Handle>(module));
+}
+
 } // namespace
 
 std::vector<NamedVersion> versionsInUse() {
     std::vector<NamedVersion> result = {{"Windows", systemVersion()}};
     for (const char* const name : {"zlib1.dll", "zlib.dll", "gdiplus.dll"}) {
-        const HMODULE module = ::GetModuleHandleA(name);
-        if (module == nullptr) continue;
-        const auto record = versionRecord(module);
+        const UniqueLibrary library = loadedLibrary(name);
+        if (!library) continue;
+        const auto record = versionRecord(reinterpret_cast<HMODULE>(library.get()));
         result.push_back({name, record ? joined(*record) : "of no known version"});
     }
     return result;
