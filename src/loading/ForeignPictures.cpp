@@ -26,6 +26,7 @@ bool drawOver(const platform::StdPicture& picture, cPixSheet& host) {
 // What a metafile leaves of the alpha bytes says nothing, so it is drawn twice.
 Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
     cPixSheet white;
+    white.Unattended(host.Unattended());
     const std::int32_t width = picture.Width();
     const std::int32_t height = picture.Height();
     if (!host.InitializeDIB(width, height)) return HostAccess::outcome(host);

@@ -58,6 +58,7 @@ bool cPixSheet::TrimImage(std::int32_t TrimOptions, bool ReportOnly, TrimRectang
                                     static_cast<std::int32_t>(bounds.height())};
         if (!ReportOnly && (kept.Width != m_Width || kept.Height != m_Height)) {
             cPixSheet trimmed;
+            trimmed.m_isUnattended = m_isUnattended;
             if (!trimmed.InitializeDIB(kept.Width, kept.Height)) return trimmed.m_outcome;
             const PixelView target = HostAccess::pixels(trimmed);
             const ConstPixelView source = image.part(bounds);
