@@ -96,18 +96,19 @@ void readImage(Walker& walker, GifFrame& frame) noexcept {
     frame.g87aStop = walker.position() - 1;
 }
 
-} // namespace
-
-GifWalk findGifFrame(std::span<const std::uint8_t> file, GifFrame& frame) noexcept {
-    constexpr std::uint8_t extension = 0x21, image = 0x2C;
-    frame = {};
-    if (!hasGifSignature(file)) return GifWalk::refused;
-    Walker walker(file);
+// Signature, logical screen and global table. False when there is no such table.
+bool readScreen(Walker& walker, GifFrame& frame) noexcept {
     walker.skip(10);
     const std::uint8_t packed = walker.byte();
     walker.skip(2); // background, shape of pixels
-    skipColorTable(walker, packed, frame);
+    const bool hasTable = skipColorTable(walker, packed, frame);
     frame.gHeaderLen = walker.position();
+    return hasTable;
+}
+
+// Up to the end of the next image.
+GifWalk findImage(Walker& walker, GifFrame& frame) noexcept {
+    constexpr std::uint8_t extension = 0x21, image = 0x2C;
     while (!walker.endsEarly()) {
         const std::uint8_t introducer = walker.byte();
         if (introducer == extension) {
@@ -120,6 +121,26 @@ GifWalk findGifFrame(std::span<const std::uint8_t> file, GifFrame& frame) noexce
         }
     }
     return GifWalk::endsEarly;
+}
+
+} // namespace
+
+GifWalk findGifFrame(std::span<const std::uint8_t> file, GifFrame& frame) noexcept {
+    frame = {};
+    if (!hasGifSignature(file)) return GifWalk::refused;
+    Walker walker(file);
+    readScreen(walker, frame);
+    return findImage(walker, frame);
+}
+
+bool areGifColorsComplete(std::span<const std::uint8_t> file) noexcept {
+    GifFrame frame;
+    Walker walker(file);
+    if (!hasGifSignature(file)) return false;
+    if (readScreen(walker, frame)) return true;
+    while (findImage(walker, frame) == GifWalk::found && frame.aLocalTbl) {
+    }
+    return frame.aLocalTbl; // the last image's, and so far all others'
 }
 
 std::vector<std::uint8_t> joinGifCodes(std::span<const std::uint8_t> file, const GifFrame& frame) {

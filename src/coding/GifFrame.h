@@ -38,6 +38,9 @@ enum class GifWalk : std::uint8_t {
 // between blocks; a graphic control extension is taken to be eight bytes long whatever it says.
 GifWalk findGifFrame(std::span<const std::uint8_t> file, GifFrame& frame) noexcept;
 
+// Whether there is a colour table for each image of the file, which has at least one image or a table for all.
+bool areGifColorsComplete(std::span<const std::uint8_t> file) noexcept;
+
 // The codes of an image that was found, without the lengths between them.
 std::vector<std::uint8_t> joinGifCodes(std::span<const std::uint8_t> file, const GifFrame& frame);
 

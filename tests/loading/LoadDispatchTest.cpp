@@ -38,6 +38,11 @@ TEST_F(LoadDispatch, AnotherReaderIsAskedFirstOrTheSystemUnasked) {
     cursor[4] = 0; // none in it
     ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(cursor)));
     EXPECT_EQ(sheet.ImageType(), imgTGA);
+    // No screen's table, an image without pixels, which has one, and another image, which has one too or has not.
+    Bytes gif{'G', 'I',  'F', '8', '9', 'a', 1, 0, 1, 0, 0,    0, 0, 0x2C, 0, 0, 0, 0, 0, 0,   1,
+              0,   0x80, 0,   0,   0,   1,   1, 1, 2, 0, 0x2C, 0, 0, 0,    0, 1, 0, 1, 0, 0x80};
+    Bytes gifOfOneTable = gif;
+    gifOfOneTable.back() = 0;
     const struct {
         const char* what;
         Bytes start;
@@ -50,6 +55,8 @@ TEST_F(LoadDispatch, AnotherReaderIsAskedFirstOrTheSystemUnasked) {
         {"PNG", {0x89, 'P', 'N', 'G', 1, 2}, true},
         {"BMP", {'B', 'M', 0, 0, 0, 0}, false},
         {"GIF with colours", {'G', 'I', 'F', '8', '9', 'a', 1, 0, 1, 0, 0x80}, true},
+        {"GIF with a table for each image", gif, true},
+        {"GIF with a table for the first image alone", gifOfOneTable, false},
         {"JPEG", {0xFF, 0xD8, 0xFF, 0, 0, 0}, true},
     };
     for (const auto& row : rows) {

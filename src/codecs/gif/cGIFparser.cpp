@@ -47,7 +47,7 @@ ReadResult cGIFparser::ParseGIF(cPixSheet& cHost) {
 bool cGIFparser::goesToSystem(std::span<const std::uint8_t> file) noexcept {
     GifFrame frame;
     findGifFrame(file, frame);
-    return frame.gColorsUsed != 0 && fitsStore(frame);
+    return fitsStore(frame) && areGifColorsComplete(file);
 }
 
 // Header and global table, the control extension if there was one, the image, the trailer.

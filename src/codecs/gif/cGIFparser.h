@@ -22,8 +22,8 @@ class cGIFparser {
     // whatever else goes wrong, an end of memory included. An object serves one load, which the data must outlive.
     ReadResult LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost);
 
-    // Whether the system's loader may be shown the whole of a file that LoadStream has refused. Not one in which no
-    // colours were found up to the end of the first image, which some loaders do not survive, and not one of more
+    // Whether the system's loader may be shown the whole of a file that LoadStream has refused. Not one in which an
+    // image has no colours, neither of its own nor the file's, which some loaders do not survive, and not one of more
     // pixels than a store holds, which would be decoded in vain.
     static bool goesToSystem(std::span<const std::uint8_t> file) noexcept;
 
