@@ -3,10 +3,12 @@
 #include "gdiplus/Encoding.h"
 #include "kernels/kernels.h"
 #include "platform/NeverDestroyed.h"
+#include "platform/gdi.h"
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <optional>
 
@@ -45,6 +47,12 @@ class Sample {
     bool isCloseTo(const Sample& other, int tolerance) const noexcept {
         return std::ranges::equal(m_bytes, other.m_bytes, [&](int a, int b) { return std::abs(a - b) <= tolerance; });
     }
+    bool hasColorsCloseTo(const std::uint8_t* pixels, int tolerance) const noexcept {
+        for (std::size_t i = 0; i < m_bytes.size(); ++i) {
+            if (i % 4 != 3 && std::abs(m_bytes[i] - pixels[i]) > tolerance) return false;
+        }
+        return true;
+    }
 
   private:
     std::size_t m_width;
@@ -77,6 +85,37 @@ Verdict tryBlending(const GdiplusApi& api) {
         }
     }
     return true;
+}
+
+// A bitmap of 32 bits in a device context, whose alpha means nothing.
+Verdict tryContexts(const GdiplusApi& api) {
+    constexpr std::int32_t width = 15;
+    constexpr std::int32_t height = 7;
+    Sample picture(11, 4);
+    Sample expected(width, height);
+    picture.fill(false);
+    expected.fill(true);
+    const platform::BitmapInfoHeader header{.biWidth = width, .biHeight = height};
+    void* bits = nullptr;
+    const platform::ScreenDC screen;
+    const platform::Handle bitmap = platform::CreateDIBSection(screen.get(), header, &bits);
+    const platform::Handle dc = platform::CreateCompatibleDC(screen.get());
+    const platform::Handle before = bitmap != 0 ? platform::SelectObject(dc, bitmap) : 0;
+    Verdict verdict;
+    if (before != 0) {
+        auto* const pixels = static_cast<std::uint8_t*>(bits);
+        std::memcpy(pixels, expected.view().bits, expected.view().bytes().size());
+        const bool isDrawn = drawByGdiplus(
+            api, {.pixels = picture.view(), .destinationDC = dc, .destination = Rect::ofSize(11, 4).moved(2, 1)});
+        platform::GdiFlush();
+        for (std::int64_t y = 0; y < 4; ++y)
+            kernels::table().blendScaled(expected.pixel(2, y + 1), picture.pixel(0, y), 11, 255);
+        if (isDrawn) verdict = expected.hasColorsCloseTo(pixels, tolerance);
+        platform::SelectObject(dc, before);
+    }
+    platform::DeleteDC(dc);
+    platform::DeleteObject(bitmap);
+    return verdict;
 }
 
 Verdict tryStretching(const GdiplusApi& api) {
@@ -186,7 +225,7 @@ Verdict tryJpegQuality(const GdiplusApi& api) {
 }
 
 constexpr std::array<Verdict (*)(const GdiplusApi&), static_cast<std::size_t>(GdiplusAbility::count)> trials = {
-    tryBlending, tryStretching, tryInterpolating, tryTurning, tryQuarterTurns, tryJpegQuality};
+    tryBlending, tryContexts, tryStretching, tryInterpolating, tryTurning, tryQuarterTurns, tryJpegQuality};
 
 struct Verdicts {
     std::mutex mutex;

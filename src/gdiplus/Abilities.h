@@ -7,6 +7,7 @@ namespace pixkit {
 
 enum class GdiplusAbility : std::uint8_t {
     blending,      // pixels and opacity, within 2 a channel of the component's blender
+    contexts,      // the same onto device contexts
     stretching,    // nearest pixels
     interpolating, // other sizes, up to their edges
     turning,       // by any angle, clockwise about the centre

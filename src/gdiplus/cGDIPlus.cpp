@@ -54,7 +54,7 @@ bool isWithinReach(const Rect& rect) noexcept {
 
 bool canDraw(const GdiplusSession& session, const GdiplusDrawing& drawing) noexcept {
     using enum GdiplusAbility;
-    if (!hasAbility(session, blending)) return false;
+    if (!hasAbility(session, drawing.host ? blending : contexts)) return false;
     const ConstPixelView& from = drawing.pixels;
     if (from.rect().width() != drawing.destination.width() || from.rect().height() != drawing.destination.height()) {
         if (!hasAbility(session, drawing.HighQuality ? interpolating : stretching)) return false;

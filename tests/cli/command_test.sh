@@ -33,7 +33,7 @@ name="$folder/größe & 東京 100%"
 cp "$alpha" "$name.png"
 check 0 "^pixkit $version\$" --version
 check 2 "Subcommands"
-check 1 "gone.png: no such file" info gone.png "$alpha"
+check 1 "gone.png: the file does not exist" info gone.png "$alpha"
 check 0 "größe & 東京 100%.bmp" convert "$name.png" "$name.bmp"
 check 0 '"name": "AlphaComplex"' info --json samples/pictures/lantern.png
 check 0 '\[2/2\] .*größe' gallery "$alpha" "$name.png" -o "$folder/gallery"

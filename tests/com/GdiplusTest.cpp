@@ -38,29 +38,46 @@ TEST_F(GdiplusComTest, KeepsTheLibraryOrGoesWithoutEndingATokensGdiplus) {
     EXPECT_EQ(::GetModuleHandleW(L"gdiplus.dll"), nullptr) << "not given back";
 }
 
-// What is drawn comes out alike, by GDI+ or without.
+// What is drawn comes out alike, by GDI+ or without, onto hosts and device contexts, and nothing beside it.
 TEST_F(GdiplusComTest, DrawsOtherPixelsThanWithoutGdiplus) {
-    for (const float angle : {0.0F, 90.0F}) {
-        LONG colors[2][16];
-        for (const bool isEnabled : {true, false}) {
-            ASSERT_TRUE(makeImage(4, 4));
-            for (LONG i = 0; i < 16; ++i)
-                setPixel(i % 4, i / 4, i * 0x050B0D);
-            sheet->put_isGDIplusEnabled(isEnabled ? VARIANT_TRUE : VARIANT_FALSE);
-            ComPtr<_cPixSheet> host;
-            *host.put() = server.create();
-            VARIANT_BOOL isDone = VARIANT_FALSE;
-            host->InitializeDIB(4, 4, &isDone);
-            _cPixSheet* onto = host.get();
-            EXPECT_EQ(sheet->Render(0, 0, 0, -4, 0, 0, 0, 0, 0, 100, VARIANT_TRUE, VARIANT_TRUE, &onto, gsclNTSCPAL, 10,
-                                    angle, VARIANT_FALSE, &isDone),
-                      S_OK);
-            EXPECT_EQ(isDone, VARIANT_TRUE);
-            for (LONG i = 0; i < 16; ++i)
-                host->GetPixel(i % 4, i / 4, nullptr, nullptr, &colors[isEnabled ? 1 : 0][i]);
+    constexpr LONG side = 8;
+    struct Row {
+        LONG width, opacity;
+        eGrayScaleFormulas gray;
+        float light, angle;
+    };
+    for (const Row& row : {Row{4, 100, gsclNone, 0, 0}, Row{4, 50, gsclNone, 0, 0}, Row{-4, 100, gsclNTSCPAL, 10, 0},
+                           Row{4, 100, gsclNone, 0, 90}}) {
+        for (const bool ontoContext : {false, true}) {
+            LONG colors[2][side * side];
+            for (const bool isEnabled : {true, false}) {
+                ASSERT_TRUE(makeImage(4, 4));
+                for (LONG i = 0; i < 16; ++i)
+                    setPixel(i % 4, i / 4, i * 0x050B0D);
+                sheet->put_isGDIplusEnabled(isEnabled ? VARIANT_TRUE : VARIANT_FALSE);
+                sheet->put_KeepGDIplusActive(VARIANT_TRUE); // not by AlphaBlend
+                ComPtr<_cPixSheet> host;
+                *host.put() = server.create();
+                VARIANT_BOOL isDone = VARIANT_FALSE;
+                host->InitializeDIB(side, side, &isDone);
+                LONG_PTR dc = 0;
+                if (ontoContext) host->LoadDIBinDC(VARIANT_TRUE, &dc);
+                _cPixSheet* onto = ontoContext ? nullptr : host.get();
+                EXPECT_EQ(sheet->Render(dc, 2, 2, row.width, 0, 0, 0, 0, 0, row.opacity, VARIANT_TRUE, VARIANT_TRUE,
+                                        &onto, row.gray, row.light, row.angle, VARIANT_FALSE, &isDone),
+                          S_OK);
+                EXPECT_EQ(isDone, VARIANT_TRUE);
+                for (LONG i = 0; i < side * side; ++i) {
+                    VARIANT_BOOL asStored = VARIANT_TRUE;
+                    host->GetPixel(i % side, i / side, nullptr, &asStored, &colors[isEnabled ? 1 : 0][i]);
+                }
+            }
+            for (LONG i = 0; i < side * side; ++i) {
+                for (const int shift : {0, 8, 16})
+                    EXPECT_NEAR(colors[0][i] >> shift & 0xFF, colors[1][i] >> shift & 0xFF, 2)
+                        << i << " at angle " << row.angle << ", opacity " << row.opacity << ", context " << ontoContext;
+            }
         }
-        for (LONG i = 0; i < 16; ++i)
-            EXPECT_NEAR(colors[0][i] & 0xFF, colors[1][i] & 0xFF, 2) << i;
     }
 }
 

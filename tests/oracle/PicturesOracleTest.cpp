@@ -50,7 +50,7 @@ const Reader readers[] = {
      ".bmp.tga.gif",
      {{"gif/(screen-(0|smaller)|signature-(small|capitals)|odd-control-length|transparent-nowhere).gif", unread},
       {"gif/code-size-1(-.*)?.gif", unread}, // the format's least is 2
-      {"gif/(odd-(colours|indexes|application-of-0|last-colour)|transparent-behind).*",
+      {"gif/((odd|bad)-(colours|indexes|application-of-0|last-colour)|transparent-behind).*",
        unread},                                                                   // has no colours for them
       {"bmp/header-(16|64)-.*|bmp/odd-header-200.bmp", unread},                   // other versions of the header
       {"bmp/.*-16.bmp|bmp/fields-(none|565-v5|555(-v5)?|1555-v5|123-v5).bmp", 1}, // five bits rounded the other way
@@ -64,9 +64,11 @@ const Reader readers[] = {
     {"ImageMagick",
      withMagick,
      ".gif.bmp",
-     {{"gif/(code-size-1(-.*)?|odd-control-length|odd-colours-beyond-(local-)?table|transparent-taken-back).gif",
+     {{"gif/"
+       "(code-size-1(-.*)?|odd-control-length|odd-colours-beyond-(local-)?table(-transparent)?|transparent-taken-back)."
+       "gif",
        unread},
-      {"gif/(odd-(indexes-above|last-colour)|transparent-behind).*", unread},
+      {"gif/((odd|bad)-(indexes-above|last-colour)|transparent-behind).*", unread},
       // Of the other BMP files it has its own opinion: palettes, alpha and what codes do at the end of a row.
       {"(?!bmp/(fields-(abgr|bgra|rgba)-v[35]|codes-4-literals-[13].*|"
        "codes-8-(delta(-right|-over-rows|s)|line|literals-(odd|even)).*)).*bmp",
