@@ -2,13 +2,17 @@
 #include "LateObject.h"
 #include "Pictures.h"
 #include "Server.h"
+#include "platform/faults.h"
 #include "support/SourceFolder.h"
+#include "surface/cPixSheet.h"
 #include <cstring>
 #include <shlobj.h>
 
 namespace pixkit::test {
 
 namespace {
+
+using platform::SeamCall;
 
 std::wstring sprite() {
     return std::filesystem::absolute(sourceFolder() / "samples/pictures/sprite-4-bit.png").make_preferred().wstring();
@@ -28,6 +32,15 @@ HGLOBAL dropOf(const std::basic_string<Char>& names, int lie = 0, UINT kind = GM
     std::string block(reinterpret_cast<const char*>(&header), sizeof header);
     block.append(reinterpret_cast<const char*>(names.data()), names.size() * sizeof(Char));
     return memoryOf(block.data(), block.size(), kind);
+}
+
+// Nothing for null.
+void copyToClipboard(HGLOBAL drop) {
+    const HWND owner = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+    EXPECT_TRUE(::OpenClipboard(owner) && ::EmptyClipboard());
+    EXPECT_TRUE(drop == nullptr || ::SetClipboardData(CF_HDROP, drop) != nullptr);
+    ::CloseClipboard();
+    ::DestroyWindow(owner);
 }
 
 VARIANT handle(const void* memory) {
@@ -248,27 +261,47 @@ TEST_F(Drops, AnArrayThatCannotTakeTheNamesIsNoReason) {
 }
 
 TEST_F(Drops, FilesOnTheClipboardArePasted) {
-    const auto copy = [](HGLOBAL drop) {
-        const HWND owner = ::CreateWindowW(L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-        EXPECT_TRUE(::OpenClipboard(owner) && ::EmptyClipboard());
-        EXPECT_TRUE(drop == nullptr || ::SetClipboardData(CF_HDROP, drop) != nullptr);
-        ::CloseClipboard();
-        ::DestroyWindow(owner);
-    };
     const auto pasted = [&] {
         Variant list, count;
         EXPECT_EQ(call(sheet.get(), L"GetPastedFileNames", {variable(list)}, &count), S_OK);
         return count.lVal;
     };
-    copy(nullptr);
+    copyToClipboard(nullptr);
     EXPECT_TRUE(pasted() == 0 && !isTrue(sheet.get(), L"LoadPicture_PastedFiles"));
-    copy(dropOf(L"none.png" + (L'\0' + sprite()) + L'\0' + L'\0'));
+    copyToClipboard(dropOf(L"none.png" + (L'\0' + sprite()) + L'\0' + L'\0'));
     EXPECT_EQ(pasted(), 2);
     EXPECT_TRUE(isTrue(sheet.get(), L"LoadPicture_PastedFiles"));
     EXPECT_FALSE(isTrue(sheet.get(), L"LoadPicture_PastedFiles", {number(1)}));
     Mail mail;
     ASSERT_EQ(::OleInitialize(nullptr) | ::OleSetClipboard(&mail), S_OK);
     EXPECT_TRUE(pasted() == 0 && isTrue(sheet.get(), L"LoadPicture_PastedFiles", {number(2)}));
+    ::OleSetClipboard(nullptr);
+    ::OleUninitialize();
+    EXPECT_EQ(mail.references, 1U);
+}
+
+// Every call on the way that can fail, once for names and once for contents.
+TEST_F(Drops, AFailingCallKeepsTheClipboardOrAReference) {
+    cPixSheet native;
+    std::vector<std::string> names;
+    const auto isClosed = [] { return ::OpenClipboard(nullptr) != FALSE && ::CloseClipboard() != FALSE; };
+    copyToClipboard(dropOf(sprite() + L'\0' + L'\0'));
+    for (const SeamCall failing : {SeamCall::openClipboard, SeamCall::getClipboardData, SeamCall::globalLock}) {
+        const platform::ScopedFault fault(failing);
+        EXPECT_EQ(native.GetPastedFileNames(names), 0);
+        EXPECT_FALSE(native.LoadPicture_PastedFiles());
+        EXPECT_FALSE(native.LastErrorText().empty());
+        EXPECT_TRUE(isClosed());
+    }
+    EXPECT_EQ(native.GetPastedFileNames(names), 1);
+    Mail mail;
+    ASSERT_EQ(::OleInitialize(nullptr) | ::OleSetClipboard(&mail), S_OK);
+    for (const SeamCall failing : {SeamCall::oleGetClipboard, SeamCall::globalLock}) {
+        const platform::ScopedFault fault(failing);
+        EXPECT_FALSE(native.LoadPicture_PastedFiles(2));
+        EXPECT_TRUE(isClosed());
+    }
+    EXPECT_TRUE(native.LoadPicture_PastedFiles(2));
     ::OleSetClipboard(nullptr);
     ::OleUninitialize();
     EXPECT_EQ(mail.references, 1U);
