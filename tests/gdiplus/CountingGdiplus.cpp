@@ -1,5 +1,6 @@
 #include "gdiplus/CountingGdiplus.h"
 #include "kernels/kernels.h"
+#include <cmath>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <memory>
@@ -53,7 +54,8 @@ GpStatus load(std::span<const std::uint8_t> bytes, GpImage*& image) {
     if (bytes.size() < 12 || std::memcmp(bytes.data(), "II*", 4) != 0) return GpStatus::GenericError;
     std::int32_t size[2];
     std::memcpy(size, bytes.data() + 4, 8);
-    if (size[0] < 1 || size[1] < 1 || bytes.size() != 12 + std::size_t{4} * size[0] * size[1])
+    if (size[0] < 1 || size[1] < 1 ||
+        bytes.size() != 12 + 4 * static_cast<std::size_t>(size[0]) * static_cast<std::size_t>(size[1]))
         return GpStatus::GenericError;
     Image made{{size[0], size[1], 4 * size[0]}, {bytes.begin() + 12, bytes.end()}};
     made.scan.scan0 = made.own.data();
@@ -97,11 +99,11 @@ GdiplusApi smallGdiplus() {
     api.GdipBitmapLockBits = [](GpImage* image, const GpScan& into) {
         const Image target{into, {}};
         for (std::int32_t y = 0; y < into.height; ++y)
-            std::memcpy(target.pixel(0, y), real<Image>(image).pixel(0, y), std::size_t{4} * into.width);
+            std::memcpy(target.pixel(0, y), real<Image>(image).pixel(0, y), 4 * static_cast<std::size_t>(into.width));
         return GpStatus::Ok;
     };
     api.GdipSaveImageToStream = [](GpImage*, const platform::GpEncoding& encoding, std::vector<std::uint8_t>& bytes) {
-        bytes.assign(std::size_t{10} + encoding.quality, 7);
+        bytes.assign(10 + static_cast<std::size_t>(encoding.quality), 7);
         return GpStatus::Ok;
     };
     api.GdipCreateFromHDC = [](auto&&...) { return GpStatus::GenericError; };
@@ -116,7 +118,7 @@ GdiplusApi smallGdiplus() {
     api.GdipCreateImageAttributes = [](GpImageAttributes*& attributes) { return make<Attributes>(attributes); };
     api.GdipDisposeImageAttributes = disposer<Attributes>();
     api.GdipSetImageAttributesColorMatrix = [](GpImageAttributes* attributes, const platform::GpColorMatrix& matrix) {
-        real<Attributes>(attributes).globalAlpha = static_cast<std::uint8_t>(matrix[3][3] * 255.0F + 0.5F);
+        real<Attributes>(attributes).globalAlpha = static_cast<std::uint8_t>(std::lround(matrix[3][3] * 255.0F));
         return GpStatus::Ok;
     };
     api.GdipDrawImageRectRectI = draw;

@@ -75,7 +75,7 @@ TEST_F(BridgeTest, StartsGdiPlusForEachCallOrDoesNotEndIt) {
 
 TEST_F(BridgeTest, KeepsABridgeThatNobodyWants) {
     cPixSheet sheet, other, host;
-    const auto isKept = [&](std::function<void()> end) {
+    const auto isKept = [&](const std::function<void()>& end) {
         fill(sheet, 1, 1, {{1, 2, 3, 255}});
         host.InitializeDIB(2, 2);
         sheet.isGDIplusEnabled(true);
@@ -184,13 +184,13 @@ TEST_F(BridgeTest, LosesSomethingWhenACallFails) {
         {"token", false,
          [](cPixSheet& sheet, cPixSheet&) { return sheet.DestroyGDIplusToken(sheet.CreateGDIplusToken()); }},
     };
-    for (const auto& [name, mustSucceed, act] : deeds) {
-        SCOPED_TRACE(name);
+    for (const auto& deed : deeds) {
+        SCOPED_TRACE(deed.name);
         const auto once = [&] {
             gdiplus.reset();
             cPixSheet sheet, host;
             picture.CopyImageTo(sheet);
-            return act(sheet, host);
+            return deed.act(sheet, host);
         };
         ASSERT_TRUE(once());
         int after = 0;
@@ -202,7 +202,7 @@ TEST_F(BridgeTest, LosesSomethingWhenACallFails) {
             for (int unmade = 0; unmade <= after; ++unmade) // armed still: there were fewer calls
                 isMet = isMet && !platform::faultDue(SeamCall::gdiplus);
             gdiplus.expectGone();
-            EXPECT_TRUE(isDone || (isMet && !mustSucceed));
+            EXPECT_TRUE(isDone || (isMet && !deed.mustSucceed));
             ASSERT_LT(after, 1000);
         }
         EXPECT_GT(after, 1);

@@ -52,7 +52,7 @@ TEST_F(DroppedFiles, TheFilesOfTheClipboardAreOthers) {
     Bytes block(20);
     block[0] = 20;
     block.insert(block.end(), path.begin(), path.end());
-    for (const char letter : std::string("\0none.png\0", 11))
+    for (const char letter : std::string("\0none.png\0\0", 11))
         block.push_back(static_cast<std::uint8_t>(letter));
     clipboard.blocks = {{"PNG", {1}}, {"CF_HDROP", block}};
     clipboard.busyFor = 2;

@@ -80,7 +80,7 @@ TEST_F(LoadDispatch, WhatAReaderRefusedIsNotShownByTheSystemsLoaderOrALackOfMemo
 }
 
 TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
-    constexpr const char* noMemory = "no memory for the pixels";
+    constexpr const char* noStore = "no memory for the pixels";
     constexpr auto store = platform::SeamCall::createDIBSection;
     const struct {
         FileFormat reader;
@@ -101,7 +101,7 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
         {FileFormat::png, "png/bad-no-data.png", "IDAT is missing"},
         {FileFormat::png, "png/bad-damaged-stream.png", "IDAT: the compressed data is damaged"},
         {FileFormat::png, "png/bad-stream-empty.png", "IDAT: the data ends before the first row does"},
-        {FileFormat::png, "png/interlaced-5x5.png", noMemory, store},
+        {FileFormat::png, "png/interlaced-5x5.png", noStore, store},
         {FileFormat::gif, "gif/bad-signature.gif", "GIF: a block that is none"},
         {FileFormat::gif, "gif/bad-cut-at-58.gif", "GIF: the data ends before the first image does"},
         {FileFormat::gif, "gif/bad-no-table.gif", "GIF: no colours"},
@@ -118,7 +118,7 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
          platform::SeamCall::loadLibrary},
         {FileFormat::bmp, "bmp/bad-40-64-0-9x5.bmp", "BMP: no valid number of bits a pixel"},
         {FileFormat::bmp, "bmp/bad-rle8-too-little.bmp", "BMP: too little data for the pixels"},
-        {FileFormat::bmp, "bmp/rle8.bmp", noMemory, store},
+        {FileFormat::bmp, "bmp/rle8.bmp", noStore, store},
         {FileFormat::tga, "tga/bad-type-4.tga", "TGA: no type of image that is read"},
         {FileFormat::tga, "tga/bad-width-0.tga", "TGA: no columns or no rows"},
         {FileFormat::tga, "tga/bad-depth-12.tga", "TGA: no depth that is read, or indexes without a colour map"},
