@@ -17,9 +17,7 @@ void addList(std::string& text, const char* title, const Items& items, InWords i
 
 std::vector<ErrorReport::Version> versionsInUse() {
     constexpr int bits = 8 * sizeof(void*);
-    const std::string number = std::to_string(PIXKIT_VERSION_MAJOR) + "." + std::to_string(PIXKIT_VERSION_MINOR) + "." +
-                               std::to_string(PIXKIT_VERSION_REVISION);
-    std::vector<ErrorReport::Version> result = {{"pixkit", number + " (" + std::to_string(bits) + " bits)"}};
+    std::vector<ErrorReport::Version> result = {{"pixkit", PIXKIT_FULL_VERSION " (" + std::to_string(bits) + " bits)"}};
     for (auto& [name, version] : platform::versionsInUse())
         result.push_back({std::move(name), std::move(version)});
     return result;

@@ -7,4 +7,9 @@
 #define PIXKIT_VERSION_MINOR 0
 #define PIXKIT_VERSION_REVISION 41
 
+#define PIXKIT_TEXT_OF(number) #number
+#define PIXKIT_JOINED(major, minor, revision)                                                                          \
+    PIXKIT_TEXT_OF(major) "." PIXKIT_TEXT_OF(minor) "." PIXKIT_TEXT_OF(revision)
+#define PIXKIT_FULL_VERSION PIXKIT_JOINED(PIXKIT_VERSION_MAJOR, PIXKIT_VERSION_MINOR, PIXKIT_VERSION_REVISION)
+
 #endif

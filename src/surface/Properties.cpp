@@ -79,10 +79,7 @@ bool cPixSheet::isZlibEnabled() const noexcept {
 }
 
 std::string cPixSheet::Version() const noexcept {
-    return guarded(Call(*this, "Version"), std::string(), [] {
-        return std::to_string(PIXKIT_VERSION_MAJOR) + "." + std::to_string(PIXKIT_VERSION_MINOR) + "." +
-               std::to_string(PIXKIT_VERSION_REVISION);
-    });
+    return guarded(Call(*this, "Version"), std::string(), [] { return std::string(PIXKIT_FULL_VERSION); });
 }
 
 } // namespace pixkit
