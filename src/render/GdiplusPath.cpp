@@ -51,11 +51,13 @@ bool spt_RenderGDIplus(DrawJob job, cGDIPlus& cGDIp) {
                               .HighQuality = job.HighQuality,
                               .Angle = std::fmod(job.Angle, 360.0F),
                               .globalAlpha = job.globalAlpha};
-    if (!cGDIp.canRender(drawing)) return false;
+    const bool isToned = job.grayScale != gsclNone || job.LightAdjustment != 0.0F;
+    if (!job.isMirroring() && !isToned) return cGDIp.RenderGDIplus(drawing);
+    if (!cGDIp.canRender(drawing)) return false; // before pixels are prepared for it
     PixelBuffer aMirrorBytes;
     PixelBuffer toned;
     if (job.isMirroring()) spt_MirrorDIB(job, aMirrorBytes);
-    if (job.grayScale != gsclNone || job.LightAdjustment != 0.0F) applyTone(job, toned);
+    if (isToned) applyTone(job, toned);
     drawing.pixels = job.image.part(job.source);
     return cGDIp.RenderGDIplus(drawing);
 }

@@ -20,22 +20,21 @@ FileTarget targetOf(const cPixSheet& sheet, const std::string& FileName, bool Pr
 
 // Of JPEG files GDI+ is the first writer; of PNG files the second, when the component's own fails.
 WrittenFile writeSheet(const cPixSheet& sheet, const SourcePicture& picture, const WriteOptions& options) {
+    const auto tried = [](auto&& make) -> WrittenFile {
+        try {
+            return make();
+        } catch (const std::bad_alloc&) {
+            return refused(noMemory); // the other writer may need less, or have some
+        }
+    };
     const auto cGDIp = HostAccess::GDIPlus(sheet);
     if (!cGDIp) return write({&picture, 1}, options);
     if (const auto* const jpg = std::get_if<JpgOptions>(&options)) {
-        try {
-            if (WrittenFile file = SaveToJPGByGDIplus(*cGDIp, picture, *jpg); file.outcome()) return file;
-        } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch)
-            // the component's own writer needs less
-        }
+        if (WrittenFile file = tried([&] { return SaveToJPGByGDIplus(*cGDIp, picture, *jpg); }); file.outcome())
+            return file;
     }
     if (!std::holds_alternative<const PngProperties*>(options)) return write({&picture, 1}, options);
-    WrittenFile own = refused(noMemory);
-    try {
-        own = write({&picture, 1}, options);
-    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch)
-        // the system may have some
-    }
+    WrittenFile own = tried([&] { return write({&picture, 1}, options); });
     if (own.outcome() || !picture.pixels) return own;
     WrittenFile other = SaveToPNGByGDIplus(*cGDIp, picture);
     return other.outcome() ? std::move(other) : std::move(own); // with the reason of the first

@@ -8,7 +8,6 @@
 #include "platform/win32/system/ThreadWindows.h"
 #include "platform/win32/system/names.h"
 #include <array>
-#include <cstring>
 #include <new>
 #include <utility>
 
