@@ -1,6 +1,6 @@
 // The one header that programs include.
 // Everything that a program needs: the class, what it is told of (messages, unexpected errors), what it may give
-// (system pictures, resources, dropped files, a clipboard, GDI+).
+// (system pictures, fonts, resources, dropped files, a clipboard, GDI+).
 #pragma once
 #include "diagnostics/ErrorReport.h"
 #include "platform/clipboard.h"
@@ -8,5 +8,6 @@
 #include "platform/gdiplus.h"
 #include "platform/interaction.h"
 #include "platform/pictures.h"
+#include "platform/text.h"
 #include "shared/resources.h"
 #include "surface/cPixSheet.h"

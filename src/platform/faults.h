@@ -50,6 +50,10 @@ enum class SeamCall : std::uint8_t {
     globalAlloc,
     globalLock,
     oleGetClipboard,
+    createFont,
+    openFont,
+    layOutText,
+    drawText,
     gdiplus,              // any call of GDI+ but those that give something back
     desktopWindowUnicode, // "fails" = the desktop answers that it is not Unicode
     count

@@ -26,7 +26,7 @@ static_assert(sizeof(BitmapInfoHeader) == 40);
 
 // The object types this component asks about; the values are the system's. Any other type is passed through as its
 // number.
-enum class ObjectType : std::uint32_t { none = 0, dc = 3, bitmap = 7, memoryDC = 10 };
+enum class ObjectType : std::uint32_t { none = 0, dc = 3, font = 6, bitmap = 7, memoryDC = 10 };
 
 // The screen's device context (window 0), to be released with ReleaseDC. 0 on failure. On the portable side it stands
 // for a 32-bit screen that holds nothing: a bitmap cannot be selected into it.
@@ -41,8 +41,8 @@ bool DeleteDC(Handle dc) noexcept;
 // is not valid or the bitmap is selected into another device context.
 Handle SelectObject(Handle dc, Handle object) noexcept;
 
-// Frees a bitmap or a memory device context (the system frees a memory DC through DeleteObject too). A bitmap that is
-// selected dies when it is deselected.
+// Frees a bitmap, a font or a memory device context (the system frees a memory DC through DeleteObject too). A bitmap
+// that is selected dies when it is deselected.
 bool DeleteObject(Handle object) noexcept;
 
 ObjectType GetObjectType(Handle object) noexcept;

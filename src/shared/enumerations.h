@@ -60,6 +60,19 @@ enum eTrimOptions : std::int32_t {
     trimAll = 15,
 };
 
+// Where text stands in its rectangle, and how it is drawn there, to be combined: one of each axis, and further bits.
+enum eTextAlignment : std::int32_t {
+    txtLeft = 0,
+    txtCenter = 1,
+    txtRight = 2,
+    txtTop = 0,
+    txtMiddle = 4,
+    txtBottom = 8,
+    txtEllipsis = 16,    // a line that does not fit ends in an ellipsis, as does the last that fits when more follow
+    txtClip = 32,        // nothing is drawn outside of the rectangle
+    txtRightToLeft = 64, // reading order
+};
+
 // What PngPropertyGet and PngPropertySet are about.
 enum ePngProperties : std::int32_t {
     // texts, under the keywords that the PNG standard gives

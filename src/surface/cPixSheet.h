@@ -26,7 +26,8 @@ struct DrawJob;
 struct ErrorReport;
 namespace platform {
 class StdPicture;
-}
+struct StdFont; // platform/text.h
+} // namespace platform
 
 // The point of a cursor that clicks, in pixels from the top left; it may lie outside the image.
 struct CursorHotspot {
@@ -422,6 +423,46 @@ class cPixSheet {
     // that happens. Alpha, ImageType, original-format bytes and settings stay. False, and *Kept untouched, when no side
     // is named, when the image is transparent throughout and would vanish, and when there is no memory.
     bool TrimImage(std::int32_t TrimOptions = trimAll, bool ReportOnly = false, TrimRectangle* Kept = nullptr) noexcept;
+
+    // --- text (render/DrawText.cpp); natively it is there where the library was built with what draws it
+    // (platform/text.h: canDrawText)
+
+    // Draws text, in UTF-8, with a font of the caller's onto a device context, or onto the image of destHostDIB where
+    // one is given, or onto this image where neither is.
+    // - destX, destY, destWidth, destHeight are its rectangle; a size of 0 is the one that MeasureText gives. Nothing
+    //   is clipped to it unless txtClip asks for that.
+    // - CR LF, LF and CR end lines, tabs lead to stops of eight average characters, other control characters are left
+    //   out. WordWrap also breaks lines where they would be wider than destWidth: at the break opportunities of the
+    //   system, within a word that is wider than that alone.
+    // - Color is the text's, Opacity as in Render. Angle turns the rectangle with its text clockwise about its centre,
+    //   in degrees; the turn that a font may have itself counts for nothing.
+    // - Alignment (eTextAlignment, combined): where lines stand between the rectangle's left and right edges, and all
+    //   of them between its upper and lower.
+    // What is drawn is a picture of the text, in the means and with the limits of Render with this instance's settings:
+    // its alpha is the coverage, its colour premultiplied, rounded up. Where an image that was AlphaSimple has partly
+    // transparent pixels then, its Alpha becomes AlphaComplex.
+    // True when it was drawn, or nothing of it is to be seen. False for a handle that is no font, a negative size,
+    // without a destination, and where the system fails.
+    bool DrawText_hFont(std::intptr_t destinationDC, std::intptr_t hFont, const std::string& Text, std::int32_t destX,
+                        std::int32_t destY, std::int32_t destWidth = 0, std::int32_t destHeight = 0,
+                        std::int32_t Color = 0, std::int32_t Opacity = 100, std::int32_t Alignment = txtLeft,
+                        bool WordWrap = false, float Angle = 0, cPixSheet* destHostDIB = nullptr) noexcept;
+    // The same with a font by its name and size (platform/text.h).
+    bool DrawText_stdFont(std::intptr_t destinationDC, const platform::StdFont& Font, const std::string& Text,
+                          std::int32_t destX, std::int32_t destY, std::int32_t destWidth = 0,
+                          std::int32_t destHeight = 0, std::int32_t Color = 0, std::int32_t Opacity = 100,
+                          std::int32_t Alignment = txtLeft, bool WordWrap = false, float Angle = 0,
+                          cPixSheet* destHostDIB = nullptr) noexcept;
+    // The size of a text as DrawText draws it at size 0: of the widest line, by what characters move on, and of all
+    // lines; a text without characters is one empty line. With WordWrap lines are broken at maxWidth, where that is
+    // above 0. Ink may reach beyond, as that of slanted letters does. False, and both untouched, for a handle that is
+    // no font, a negative maxWidth, a text whose size 32 bits do not hold, and where the system fails.
+    bool MeasureText_hFont(std::intptr_t hFont, const std::string& Text, std::int32_t& Width, std::int32_t& Height,
+                           std::int32_t maxWidth = 0, bool WordWrap = false,
+                           std::int32_t Alignment = txtLeft) const noexcept;
+    bool MeasureText_stdFont(const platform::StdFont& Font, const std::string& Text, std::int32_t& Width,
+                             std::int32_t& Height, std::int32_t maxWidth = 0, bool WordWrap = false,
+                             std::int32_t Alignment = txtLeft) const noexcept;
 
   private:
     friend struct HostAccess; // readers, writers and renderers (surface/HostAccess.h)
