@@ -94,8 +94,8 @@ int compose(const ComposeRequest& request, Console& console) {
         }
         classifyAlpha(result);
         savePicture(result, target, request, boxes);
-        console.out << toUtf8(target) << ": " << result.Width() << " x " << result.Height() << ", " << pictures.size()
-                    << (pictures.size() == 1 ? " layer\n" : " layers\n");
+        console.out << shown(toUtf8(target)) << ": " << result.Width() << " x " << result.Height() << ", "
+                    << pictures.size() << (pictures.size() == 1 ? " layer\n" : " layers\n");
         return exitOk;
     } catch (const Failed& failure) {
         console.err << "pixkit compose: " << failure.what() << '\n';

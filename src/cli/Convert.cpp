@@ -57,8 +57,9 @@ class Destination {
     std::map<std::string, std::string> m_claims; // lower-case target to input
 };
 
-void convertOne(const std::string& input, const fs::path& targetPath, const ConvertRequest& request,
-                MessageBoxes& boxes, std::ostream& out) {
+// The result's name is claimed when there is a result: what is no picture takes it from nobody.
+void convertOne(const std::string& input, Destination& destination, const ConvertRequest& request, MessageBoxes& boxes,
+                std::ostream& out) {
     boxes.about(input);
     cPixSheet sheet;
     if (!load(sheet, input, request.icon)) throw Failed(input, sheet.LastErrorText());
@@ -66,8 +67,9 @@ void convertOne(const std::string& input, const fs::path& targetPath, const Conv
     for (const EffectStep& step : request.steps) {
         if (!step.apply(sheet)) throw Failed(input, step.option + ": " + std::string(sheet.LastErrorText()));
     }
-    savePicture(sheet, targetPath, request, boxes);
-    out << input << " -> " << toUtf8(targetPath) << '\n';
+    const fs::path target = destination.claimTarget(input);
+    savePicture(sheet, target, request, boxes);
+    out << shown(input) << " -> " << shown(toUtf8(target)) << '\n';
 }
 
 } // namespace
@@ -89,7 +91,7 @@ int convert(const ConvertRequest& request, Console& console) {
     if (exitCode != exitOk) return exitCode;
     for (std::size_t i = 0; i + 1 < request.paths.size(); ++i) {
         const std::string& input = request.paths[i];
-        attempt([&] { convertOne(input, destination.claimTarget(input), request, boxes, console.out); });
+        attempt([&] { convertOne(input, destination, request, boxes, console.out); });
     }
     return exitCode;
 }

@@ -194,13 +194,28 @@ GalleryPicture makePicture(const std::string& file, const IconChoice& icon, cons
     return picture;
 }
 
-// The picture's own name where that is still free.
+// The picture's own name where that is still free. A picture "...png" must not write into the folder above.
 fs::path freeFolderName(const std::string& file, std::set<std::string>& taken) {
-    const std::string stem = toUtf8(toPath(file).stem());
+    std::string stem = toUtf8(toPath(file).stem());
+    if (stem == "." || stem == "..") stem = "picture";
     std::string name = stem;
     for (int copy = 2; !taken.insert(toLower(name)).second; ++copy)
         name = stem + "-" + std::to_string(copy);
     return toPath(name);
+}
+
+// The page stays what it was when there is no room for the new one.
+bool writePage(const fs::path& page, const std::vector<GalleryPicture>& pictures, const std::string& version) {
+    fs::path fresh = page;
+    fresh += ".new";
+    std::ofstream html(fresh, std::ios::binary);
+    writeGalleryPage(html, pictures, version);
+    html.close();
+    std::error_code error;
+    if (html) fs::rename(fresh, page, error);
+    const bool isWritten = html && !error;
+    if (!isWritten) fs::remove(fresh, error);
+    return isWritten;
 }
 
 } // namespace
@@ -216,7 +231,7 @@ int gallery(const GalleryRequest& request, Console& console) {
     int exitCode = exitOk;
     const auto reportFailure = [&](const std::string& file, const char* reason) {
         progress.clear();
-        console.err << "pixkit gallery: " << file << ": " << reason << '\n';
+        console.err << "pixkit gallery: " << shown(file) << ": " << reason << '\n';
         exitCode = exitSomeFailed;
     };
     for (const std::string& file : request.pictures) {
@@ -235,13 +250,11 @@ int gallery(const GalleryRequest& request, Console& console) {
     progress.clear();
     if (pictures.empty()) return exitCode;
     const fs::path page = folder / "index.html";
-    std::ofstream html(page, std::ios::binary);
-    writeGalleryPage(html, pictures, version);
-    if (!html.flush()) {
-        console.err << "pixkit gallery: " << toUtf8(page) << ": cannot be written\n";
+    if (!writePage(page, pictures, version)) {
+        console.err << "pixkit gallery: " << shown(toUtf8(page)) << ": cannot be written\n";
         return exitSomeFailed;
     }
-    console.out << "Look at " << toUtf8(fs::absolute(page)) << '\n';
+    console.out << "Look at " << shown(toUtf8(fs::absolute(page))) << '\n';
     return exitCode;
 }
 

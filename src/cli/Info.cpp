@@ -45,7 +45,7 @@ void printImages(std::ostream& out, const std::vector<IconSourceSize>& images) {
 void printLine(std::ostream& out, const Facts& facts) {
     printRow(out, std::to_string(facts.width) + " x " + std::to_string(facts.height),
              withNumber(alphaName(facts.alpha).word, facts.alpha),
-             withNumber(imageTypeName(facts.type).word, facts.type), std::to_string(facts.bytes), facts.file);
+             withNumber(imageTypeName(facts.type).word, facts.type), std::to_string(facts.bytes), shown(facts.file));
     printImages(out, facts.images);
 }
 
@@ -85,7 +85,7 @@ int info(const InfoRequest& request, Console& console) {
         boxes.about(file);
         cPixSheet sheet;
         if (!load(sheet, file, request.icon)) {
-            console.err << "pixkit info: " << file << ": " << sheet.LastErrorText() << '\n';
+            console.err << "pixkit info: " << shown(file) << ": " << sheet.LastErrorText() << '\n';
             exitCode = exitSomeFailed;
             continue;
         }

@@ -1,4 +1,5 @@
 #include "cli/MessageBoxes.h"
+#include "cli/Text.h"
 #include "platform/interaction.h"
 #include <istream>
 #include <ostream>
@@ -15,13 +16,17 @@ MessageBoxes::~MessageBoxes() {
 }
 
 void MessageBoxes::about(const std::string& subject) {
-    m_subject = subject;
+    m_subject = shown(subject);
     m_refused = false;
+}
+
+void MessageBoxes::note(const std::string& text) {
+    m_console.err << "pixkit: " << m_subject << ": " << text << '\n';
 }
 
 int MessageBoxes::answer(const std::string& text, std::uint32_t style) {
     if (style != platform::messageBoxYesNoQuestionDefaultNo) {
-        m_console.err << "pixkit: " << m_subject << ": " << text << '\n';
+        note(text);
         return platform::answerOk;
     }
     std::string line;

@@ -16,6 +16,8 @@ class MessageBoxes {
 
     // What the next boxes are about, as they do not say it themselves. Forgets the last answer.
     void about(const std::string& subject);
+    // Says something about it.
+    void note(const std::string& text);
     // Whether the last question was answered with No.
     bool refused() const noexcept { return m_refused; }
 

@@ -1,4 +1,5 @@
 #include "cli/Progress.h"
+#include "cli/Text.h"
 #include <algorithm>
 #include <ostream>
 #include <sstream>
@@ -6,7 +7,7 @@
 namespace pixkit::cli {
 
 void Progress::nextItem(const std::string& name) {
-    m_name = name;
+    m_name = shown(name);
     ++m_item;
     if (!m_console.personWatches) m_console.err << line() << std::endl;
 }

@@ -2,6 +2,7 @@
 #include "cli/Files.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
+#include "shared/limits.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 
@@ -79,7 +80,13 @@ void checkSaving(const SavingOptions& options, FileFormat format) {
 void savePicture(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
                  MessageBoxes& boxes) {
     boxes.about(toUtf8(target));
-    if (saved(sheet, target, options)) return;
+    if (saved(sheet, target, options)) {
+        std::error_code gone;
+        if (std::filesystem::file_size(target, gone) <= largestRefusedFile && !gone)
+            boxes.note("saved, but pixkit does not read files of " + std::to_string(largestRefusedFile) +
+                       " bytes or less");
+        return;
+    }
     const std::string reason(sheet.LastErrorText());
     throw Failed(toUtf8(target), boxes.refused() ? reason + "; --overwrite replaces it" : reason);
 }

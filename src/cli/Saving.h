@@ -3,6 +3,7 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/MessageBoxes.h"
+#include "cli/Text.h"
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -17,7 +18,8 @@ namespace pixkit::cli {
 // One file could not be read or written; the reason goes to the person, the rest goes on.
 class Failed : public std::runtime_error {
   public:
-    Failed(const std::string& file, std::string_view reason) : std::runtime_error(file + ": " + std::string(reason)) {}
+    Failed(const std::string& file, std::string_view reason)
+        : std::runtime_error(shown(file) + ": " + std::string(reason)) {}
 };
 
 // Whether the options suit the format that the result will have. Throws UsageError.

@@ -1,5 +1,6 @@
 #include "cli/Text.h"
 #include "cli/UsageError.h"
+#include "shared/Text.h"
 #include <charconv>
 
 namespace pixkit::cli {
@@ -11,6 +12,10 @@ constexpr char lowerHexDigits[] = "0123456789abcdef";
 void appendHexByte(std::string& text, unsigned value) {
     text += lowerHexDigits[(value >> 4) & 15];
     text += lowerHexDigits[value & 15];
+}
+
+bool isControl(char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
 
 bool isAsciiAlphanumeric(char c) {
@@ -52,16 +57,32 @@ std::string toLower(std::string_view text) {
     return lower;
 }
 
+std::string shown(std::string_view name) {
+    std::string text;
+    for (const char c : name) {
+        if (isControl(c)) {
+            text += "\\x";
+            appendHexByte(text, static_cast<unsigned char>(c));
+        } else {
+            text += c;
+        }
+    }
+    return text;
+}
+
 std::string jsonString(std::string_view text) {
     std::string quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += {'\\', c};
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            quoted += "\\u00";
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const bool isCharacter = takeCharacter(text).has_value();
+        const char c = before.front();
+        if (!isCharacter || isControl(c)) {
+            text = before.substr(1);
+            quoted += isCharacter ? "\\u00" : "\\udc";
             appendHexByte(quoted, static_cast<unsigned char>(c));
         } else {
-            quoted += c;
+            if (c == '"' || c == '\\') quoted += '\\';
+            quoted += before.substr(0, before.size() - text.size());
         }
     }
     return quoted + '"';

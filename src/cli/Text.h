@@ -18,7 +18,10 @@ std::string formatColour(std::int32_t colour);
 // ASCII only; other bytes stay.
 std::string toLower(std::string_view text);
 
-// `text` between quotation marks, as JSON has it.
+// A name as a person reads it: control characters, which could steer a terminal or break a line, become \xHH.
+std::string shown(std::string_view name);
+// `text` between quotation marks, as JSON has it. A byte that is no UTF-8 becomes the lone surrogate U+DC00 + byte, as
+// several languages name such files, so that the name can be had back.
 std::string jsonString(std::string_view text);
 // `text` as HTML content or as the value of a quoted attribute.
 std::string htmlText(std::string_view text);

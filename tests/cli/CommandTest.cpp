@@ -40,7 +40,9 @@ TEST_F(Command, TheGalleryLinksOnlyToFilesThatAreThere) {
     EXPECT_GT(links, 100);
     EXPECT_EQ(cli::urlPath("a b#1/ä.png"), "a%20b%231/%c3%a4.png");
     EXPECT_EQ(cli::htmlText("<a> & \"b\""), "&lt;a&gt; &amp; &quot;b&quot;");
-    EXPECT_EQ(cli::jsonString("a\"b \\c\nä"), R"("a\"b \\c\u000aä")"); // Windows has no files of such names
+    // Windows has no files of such names.
+    EXPECT_EQ(cli::jsonString("a\"b \\c\nä\xFFz\xC3"), R"("a\"b \\c\u000aä\udcffz\udcc3")");
+    EXPECT_EQ(cli::shown("e\x1B[31m\nä\x7F"), "e\\x1b[31m\\x0aä\\x7f");
 }
 
 TEST_F(Command, APictureWithoutMemoryDoesNotEndTheGallery) {

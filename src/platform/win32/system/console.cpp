@@ -10,7 +10,8 @@ namespace pixkit::platform {
 
 namespace {
 
-// Adds the files that match a pattern, or the pattern itself when none does: the message then names what was typed.
+// Adds the files that match a pattern, or the pattern itself when none does: the message then names what was typed. A
+// name that would be taken for an option gets its folder in front.
 void addMatches(const std::wstring& pattern, std::vector<std::string>& arguments) {
     const std::wstring folder = pattern.substr(0, pattern.find_last_of(L"\\/:") + 1);
     const std::size_t before = arguments.size();
@@ -21,7 +22,8 @@ void addMatches(const std::wstring& pattern, std::vector<std::string>& arguments
         const std::unique_ptr<void, decltype(close)> closed(search, close);
         do {
             if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-                arguments.push_back(toUtf8(folder + found.cFileName));
+                const bool looksLikeOption = folder.empty() && found.cFileName[0] == L'-';
+                arguments.push_back(toUtf8((looksLikeOption ? L".\\" : folder) + found.cFileName));
             }
         } while (FindNextFileW(search, &found));
     }
