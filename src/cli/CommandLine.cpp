@@ -197,8 +197,8 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
                for (const std::string& layer : layers)
                    request.layers.push_back(parseLayer(layer));
            },
-           "FILE[@X,Y][:OPACITY%]: a picture, where its top left corner\ngoes (0,0), and how opaque it is (100%); the "
-           "first lies lowest")
+           "FILE[@PLACE][:PART]...: a picture, where it goes (0,0),\nhow large and how opaque it is; the first lies "
+           "lowest")
         ->required()
         ->type_name("");
     sub->add_option("-o,--output", request.output, "The file for the result")->required()->type_name("FILE");
@@ -208,10 +208,25 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
         ->type_name("WxH[:COLOUR]");
     addIconOptions(*sub, request.icon);
     addSaving(*sub, request);
-    sub->footer("\nX and Y may be negative; what lies outside of the canvas is left out.\n\n"
-                "Examples:\n"
-                "  pixkit compose -o card.bmp --canvas '640x480:#204060' photo.png@20,20 logo.png@500,400:60%\n"
-                "  pixkit compose -o stack.tga back.png middle.png@8,8 front.png@16,16:50%");
+    sub->footer(
+        "\nPLACE is X,Y: pixels from the left and upper edge (-20,10); left, center, right and top, center, bottom;\n"
+        "percentages between them (0% left, 100% right); each word or percentage with an offset in pixels, which\n"
+        "counts to the right and down: right-10,bottom-10 is ten pixels inside of that corner. One word alone\n"
+        "(center, bottom-10) is centred in what it does not say. What lies outside of the canvas is left out.\n\n"
+        "PART is any of\n"
+        "  60%                       the opacity, 1 to 100 %\n"
+        "  640x480, 640x, x480       a box that the picture is brought into, in proportion\n"
+        "  20%x, x10%, 50%x50%       the same in parts of the canvas\n"
+        "  scale=50%                 a part of the picture's own size\n"
+        "  fit, down, stretch, fill  how it is brought into the box, or else the canvas: in proportion, in proportion\n"
+        "                            but never enlarged, out of proportion, in proportion and covering it all\n\n"
+        "A name that itself ends like a place or a part needs one behind it, such as odd@center@0,0.\n\n"
+        "Examples:\n"
+        "  pixkit compose -o card.bmp --canvas '640x480:#204060' photo.png@20,20 logo.png@500,400:60%\n"
+        "  pixkit compose -o marked.png photo.png logo.png@right-10,bottom-10:20%x:50%\n"
+        "  pixkit compose -o banner.png --canvas 1200x400 sky.png@center:fill logo.png@5%,center:x60% "
+        "sun.png@right,top\n"
+        "  pixkit compose -o stack.tga back.png middle.png@8,8 front.png@16,16:50%");
 }
 
 void addGallery(CLI::App& app, GalleryRequest& request) {

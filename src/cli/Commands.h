@@ -1,5 +1,6 @@
 // The sub-commands, each with what its command line asks for. They return the program's exit code.
 #pragma once
+#include "cli/ComposeLayer.h"
 #include "cli/Console.h"
 #include "cli/Effects.h"
 #include "cli/IconChoice.h"
@@ -46,15 +47,6 @@ struct ConvertRequest : SavingOptions {
 };
 // Throws UsageError when the paths make no sense together.
 int convert(const ConvertRequest& request, Console& console);
-
-// A picture and where it goes on the canvas; x and y may lie outside.
-struct ComposeLayer {
-    std::string file;
-    std::int32_t x = 0, y = 0;
-    std::int32_t opacity = 100; // per cent, 1 .. 100
-};
-// 'FILE[@X,Y][:OPACITY%]'. Throws UsageError.
-ComposeLayer parseLayer(const std::string& text);
 
 struct ComposeCanvas {
     std::int32_t width, height;

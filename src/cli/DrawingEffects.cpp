@@ -8,17 +8,30 @@
 #include <array>
 #include <cmath>
 #include <numbers>
+#include <optional>
 
 namespace pixkit::cli {
 
-PictureSize parseSize(std::string_view text) {
-    PictureSize size{};
+namespace {
+
+// 'WxH', 'Wx' or 'xH', where what is left out is 0. Nothing for anything else.
+std::optional<PictureSize> readSize(std::string_view text) {
     const std::size_t x = text.find('x');
-    if (x == std::string_view::npos || !parseEntirely(text.substr(0, x), size.width) ||
-        !parseEntirely(text.substr(x + 1), size.height) || size.width < 1 || size.height < 1) {
-        throw UsageError("'" + std::string(text) + "' is not a size; write it as WxH, such as 640x480");
-    }
-    return size;
+    if (x == std::string_view::npos || text.size() == 1) return {};
+    const auto readSide = [](std::string_view side, std::int32_t& length) {
+        return side.empty() || (parseEntirely(side, length) && length > 0);
+    };
+    PictureSize size{};
+    return readSide(text.substr(0, x), size.width) && readSide(text.substr(x + 1), size.height) ? std::optional(size)
+                                                                                                : std::nullopt;
+}
+
+} // namespace
+
+PictureSize parseSize(std::string_view text) {
+    const auto size = readSize(text);
+    if (size && size->width != 0 && size->height != 0) return *size;
+    throw UsageError("'" + std::string(text) + "' is not a size; write it as WxH, such as 640x480");
 }
 
 void classifyAlpha(cPixSheet& sheet) {
@@ -44,10 +57,6 @@ bool drawOn(cPixSheet& canvas, cPixSheet& sheet, std::int32_t x, std::int32_t y,
     return sheet.Render(0, x, y, 0, 0, 0, 0, 0, 0, opacity, true, true, &canvas, gsclNone, 0, angle);
 }
 
-std::int32_t percentOf(std::int32_t size, double percent) {
-    return static_cast<std::int32_t>(std::clamp(std::round(size * percent / 100), 1.0, 2147483647.0));
-}
-
 EffectStep resizeByPercent(const std::string& argument) {
     double percent = 0;
     if (!parseEntirely(std::string_view(argument).substr(0, argument.size() - 1), percent) ||
@@ -69,10 +78,12 @@ struct Fit {
     const char* constant;
     const char* title;
     eScaleOptions value;
+    Scaling::Mode mode; // the same, of a box that is open
 };
-constexpr std::array<Fit, 3> fits = {{{"size", "ScaleToSize", "Resized to fit ", ScaleToSize},
-                                      {"down", "scaleDownAsNeeded", "Made smaller to fit ", scaleDownAsNeeded},
-                                      {"stretch", "ScaleStretch", "Stretched to ", ScaleStretch}}};
+constexpr std::array<Fit, 3> fits = {
+    {{"size", "ScaleToSize", "Resized to fit ", ScaleToSize, Scaling::Mode::fit},
+     {"down", "scaleDownAsNeeded", "Made smaller to fit ", scaleDownAsNeeded, Scaling::Mode::down},
+     {"stretch", "ScaleStretch", "Stretched to ", ScaleStretch, Scaling::Mode::stretch}}};
 
 const Fit& parseFit(const std::string& word) {
     const auto found = std::ranges::find_if(fits, [&](const Fit& fit) { return word == fit.word; });
@@ -80,13 +91,33 @@ const Fit& parseFit(const std::string& word) {
     return *found;
 }
 
+EffectStep resizeToSide(PictureSize box, const Fit& fit) {
+    const bool isWidth = box.width != 0;
+    const std::string length = std::to_string(isWidth ? box.width : box.height);
+    const Scaling scaling{fit.mode, 100, {static_cast<double>(box.width)}, {static_cast<double>(box.height)}};
+    return {"",
+            fit.title + length + (isWidth ? " pixels in width" : " pixels in height"),
+            isWidth ? "Resize(" + length + ", h)" : "Resize(w, " + length + ")",
+            {},
+            [scaling](cPixSheet& sheet) {
+                const PictureSize size = scaling.sizeFor({sheet.Width(), sheet.Height()}, {});
+                return sheet.Resize(size.width, size.height);
+            }};
+}
+
 } // namespace
 
 EffectStep parseResize(const std::string& argument) {
     if (argument.ends_with('%')) return resizeByPercent(argument);
     const std::size_t colon = argument.find(':');
-    const PictureSize size = parseSize(std::string_view(argument).substr(0, colon));
+    const auto box = readSize(std::string_view(argument).substr(0, colon));
+    if (!box) {
+        throw UsageError("'" + argument.substr(0, colon) +
+                         "' is not a size; write it as WxH, Wx, xH or a percentage, such as 640x480, 640x or 50%");
+    }
+    const PictureSize size = *box;
     const Fit& fit = colon == std::string::npos ? fits.front() : parseFit(argument.substr(colon + 1));
+    if (size.width == 0 || size.height == 0) return resizeToSide(size, fit);
     const std::string numbers = std::to_string(size.width) + ", " + std::to_string(size.height);
     return {"",
             fit.title + std::to_string(size.width) + " × " + std::to_string(size.height),

@@ -1,6 +1,7 @@
 // What the effects' arguments are made of.
 #pragma once
 #include "cli/Effects.h"
+#include "cli/Scaling.h"
 #include "cli/Text.h"
 #include <charconv>
 #include <cstdint>
@@ -9,17 +10,17 @@
 
 namespace pixkit::cli {
 
-// False when something stands behind the number, or it is none.
+// False, and the value as it was, when something stands behind the number, or it is none.
 template <class Number>
 bool parseEntirely(std::string_view text, Number& value) {
     const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, value);
-    return result.ec == std::errc{} && result.ptr == end;
+    Number read{};
+    const auto result = std::from_chars(text.data(), end, read);
+    if (result.ec != std::errc{} || result.ptr != end) return false;
+    value = read;
+    return true;
 }
 
-struct PictureSize {
-    std::int32_t width, height;
-};
 // 'WxH', both at least 1. Throws UsageError.
 PictureSize parseSize(std::string_view text);
 

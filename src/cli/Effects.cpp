@@ -130,7 +130,10 @@ constexpr std::array<EffectOption, 16> table = {{
     {"--blend", "COLOUR[:PERCENT]", "Mixed with a colour, at 33 % unless said otherwise", parseBlend},
     {"--mirror", "AXES", "x: left to right, y: top to bottom, xy: both", parseMirror},
     {"--resize", "SIZE",
-     "To WxH pixels, in proportion, or WxH:FIT with a FIT as in\n--fit; or to a percentage, such as 50%", parseResize},
+     "To WxH pixels, in proportion, or Wx or xH alone, all of them\nwith :FIT, as in --fit; or to a percentage, such "
+     "as "
+     "50%",
+     parseResize},
     {"--nearest", nullptr, "From here on resize and rotate by nearest pixels, with hard\nedges", parseNearest},
     {"--rotate", "DEGREES", "Clockwise about the centre, onto a picture that holds it all", parseRotate},
     {"--opacity", "PERCENT", "Made translucent, from 1 to 100 %", parseOpacity},

@@ -7,6 +7,7 @@
 #include "support/SourceFolder.h"
 #include <regex>
 #include <set>
+#include <tuple>
 
 namespace pixkit::test {
 namespace {
@@ -43,6 +44,21 @@ TEST_F(Command, TheGalleryLinksOnlyToFilesThatAreThere) {
     // Windows has no files of such names.
     EXPECT_EQ(cli::jsonString("a\"b \\c\nä\xFFz\xC3"), R"("a\"b \\c\u000aä\udcffz\udcc3")");
     EXPECT_EQ(cli::shown("e\x1B[31m\nä\x7F"), "e\\x1b[31m\\x0aä\\x7f");
+}
+
+TEST(ComposeLayer, NamesKeepTheirOwnColonsAndAtSigns) {
+    for (const auto& [text, file, x, opacity] : {std::tuple(R"(C:\a@2x.png)", R"(C:\a@2x.png)", 0, 100),
+                                                 {R"(C:\a@2x.png@7,top:fit:60%)", R"(C:\a@2x.png)", 7, 60},
+                                                 {R"(C:\me@home\50%.png:scale=50%)", R"(C:\me@home\50%.png)", 0, 100},
+                                                 {"b:50%@9,9", "b:50%", 9, 100},
+                                                 {"b:70%:50%", "b:70%", 0, 50},
+                                                 {"b@center@9,0", "b@center", 9, 100},
+                                                 {"b@9:5x0:fit:fill", "b@9:5x0:fit", 0, 100}}) {
+        const cli::ComposeLayer layer = cli::parseLayer(text);
+        EXPECT_EQ(layer.file, file);
+        EXPECT_EQ(layer.place.x.offset, x) << text;
+        EXPECT_EQ(layer.opacity, opacity) << text;
+    }
 }
 
 TEST_F(Command, APictureWithoutMemoryDoesNotEndTheGallery) {
