@@ -243,6 +243,11 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
         "  pixkit gallery samples/pictures/*.png -o out/gallery");
 }
 
+bool isCommand(std::string_view word) {
+    constexpr std::array<std::string_view, 4> commands = {"info", "convert", "compose", "gallery"};
+    return std::ranges::find(commands, word) != commands.end();
+}
+
 int parseAndRun(std::vector<std::string>& arguments, Console& console) {
     CLI::App app("Load pictures, change them, save them.", "pixkit");
     InfoRequest infoRequest;
@@ -266,8 +271,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
         return exitUsage;
     }
     const std::string& first = arguments.front();
-    if (!first.starts_with('-') &&
-        app.get_subcommands([&](const CLI::App* sub) { return sub->get_name() == first; }).empty()) {
+    if (!first.starts_with('-') && !isCommand(first)) {
         throw UsageError("'" + first + "' is not a command; known are info, convert, compose and gallery");
     }
     try {
@@ -286,12 +290,14 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
 } // namespace
 
 int run(std::vector<std::string> arguments, Console& console) {
+    const std::string first = arguments.empty() ? "" : arguments.front();
     try {
         const int exitCode = parseAndRun(arguments, console);
         if (!console.out.flush()) throw std::runtime_error("the output cannot be written");
         return exitCode;
     } catch (const UsageError& error) {
-        console.err << "pixkit: " << error.what() << "\n'pixkit --help' says more.\n";
+        console.err << "pixkit: " << shown(error.what()) << "\n'pixkit " << (isCommand(first) ? first + " " : "")
+                    << "--help' says more.\n";
         return exitUsage;
     } catch (const std::exception& error) {
         console.err << "pixkit: " << error.what() << '\n';
