@@ -27,7 +27,9 @@ enum class SeamCall : std::uint8_t {
     bitBlt,
     setDIBitsToDevice,
     alphaBlend,
-    gdiFlush, // cannot fail: a plan that is gone tells that it was called
+    extCreateRegion,
+    combineRgn, // on Windows alone
+    gdiFlush,   // cannot fail: a plan that is gone tells that it was called
     createFile,
     readFile,
     writeFile, // the failing write reports success with half the bytes done: a full disk

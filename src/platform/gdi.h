@@ -26,7 +26,7 @@ static_assert(sizeof(BitmapInfoHeader) == 40);
 
 // The object types this component asks about; the values are the system's. Any other type is passed through as its
 // number.
-enum class ObjectType : std::uint32_t { none = 0, dc = 3, font = 6, bitmap = 7, memoryDC = 10 };
+enum class ObjectType : std::uint32_t { none = 0, dc = 3, font = 6, bitmap = 7, region = 8, memoryDC = 10 };
 
 // The screen's device context (window 0), to be released with ReleaseDC. 0 on failure. On the portable side it stands
 // for a 32-bit screen that holds nothing: a bitmap cannot be selected into it.
@@ -41,8 +41,8 @@ bool DeleteDC(Handle dc) noexcept;
 // is not valid or the bitmap is selected into another device context.
 Handle SelectObject(Handle dc, Handle object) noexcept;
 
-// Frees a bitmap, a font or a memory device context (the system frees a memory DC through DeleteObject too). A bitmap
-// that is selected dies when it is deselected.
+// Frees a bitmap, a font, a region (regions.h) or a memory device context (the system frees a memory DC through
+// DeleteObject too). A bitmap that is selected dies when it is deselected.
 bool DeleteObject(Handle object) noexcept;
 
 ObjectType GetObjectType(Handle object) noexcept;
@@ -82,10 +82,11 @@ bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept;
 // RECT: right and bottom lie just outside.
 struct Rect {
     std::int32_t left = 0, top = 0, right = 0, bottom = 0;
+    bool operator==(const Rect&) const = default;
 };
-enum class ClipBox : std::int32_t { error = 0, empty = 1, simple = 2, complex = 3 };
+enum class RegionKind : std::int32_t { error = 0, empty = 1, simple = 2, complex = 3 };
 // What drawing into a device context can reach, as the smallest rectangle around it.
-ClipBox GetClipBox(Handle dc, Rect& box) noexcept;
+RegionKind GetClipBox(Handle dc, Rect& box) noexcept;
 
 inline constexpr std::uint32_t rasterCopy = 0x00CC0020; // SRCCOPY, the one raster operation asked for
 // Copies a rectangle from one device context to another, or within one.

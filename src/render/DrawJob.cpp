@@ -14,13 +14,14 @@ Outcome DrawJob::findLimits() noexcept {
         limits = HostAccess::pixels(*destHostDIB).rect();
     } else {
         platform::Rect box;
-        const platform::ClipBox kind = platform::GetClipBox(destinationDC, box);
-        if (kind == platform::ClipBox::error) return refused("the handle to draw on is no device context");
+        const platform::RegionKind kind = platform::GetClipBox(destinationDC, box);
+        if (kind == platform::RegionKind::error) return refused("the handle to draw on is no device context");
         // Under mapping modes in which y grows upwards, or x to the left, the system gives the edges the other way
         // round.
-        limits = kind == platform::ClipBox::empty ? Rect{}
-                                                  : Rect{std::min(box.left, box.right), std::min(box.top, box.bottom),
-                                                         std::max(box.left, box.right), std::max(box.top, box.bottom)};
+        limits = kind == platform::RegionKind::empty
+                     ? Rect{}
+                     : Rect{std::min(box.left, box.right), std::min(box.top, box.bottom), std::max(box.left, box.right),
+                            std::max(box.top, box.bottom)};
     }
     platform::GdiFlush();
     return done();

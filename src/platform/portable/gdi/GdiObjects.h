@@ -1,4 +1,4 @@
-// What stands behind the portable side's handles of bitmaps and device contexts.
+// What stands behind the portable side's handles of bitmaps, regions and device contexts.
 #pragma once
 #include "coding/RowBytes.h"
 #include "platform/gdi.h"
@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 namespace pixkit::platform {
 
@@ -36,6 +37,7 @@ struct GdiObject {
     std::unique_ptr<Bitmap> bitmap; // of a bitmap
     Handle selected = 0;            // of a memory device context: the bitmap in it
     StretchMode stretchMode = StretchMode::blackOnWhite;
+    std::vector<Rect> rectangles; // of a region
 };
 using ObjectRef = std::shared_ptr<GdiObject>;
 

@@ -58,13 +58,13 @@ void blendPixel(std::uint8_t* to, std::uint16_t toBits, const std::uint8_t* from
 
 } // namespace
 
-ClipBox GetClipBox(Handle dc, Rect& box) noexcept {
+RegionKind GetClipBox(Handle dc, Rect& box) noexcept {
     box = {};
-    if (!findDC(dc) || faultDue(SeamCall::getClipBox)) return ClipBox::error;
+    if (!findDC(dc) || faultDue(SeamCall::getClipBox)) return RegionKind::error;
     const Surface surface(dc);
     box.right = static_cast<std::int32_t>(surface.width());
     box.bottom = static_cast<std::int32_t>(surface.height());
-    return surface.bitmap() != nullptr ? ClipBox::simple : ClipBox::empty;
+    return surface.bitmap() != nullptr ? RegionKind::simple : RegionKind::empty;
 }
 
 bool BitBlt(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,

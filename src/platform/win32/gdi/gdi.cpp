@@ -113,12 +113,12 @@ bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept {
     return true;
 }
 
-ClipBox GetClipBox(Handle dc, Rect& box) noexcept {
-    if (faultDue(SeamCall::getClipBox)) return ClipBox::error;
+RegionKind GetClipBox(Handle dc, Rect& box) noexcept {
+    if (faultDue(SeamCall::getClipBox)) return RegionKind::error;
     RECT nativeBox{};
     const int region = ::GetClipBox(native<HDC>(dc), &nativeBox);
     box = {nativeBox.left, nativeBox.top, nativeBox.right, nativeBox.bottom};
-    return static_cast<ClipBox>(region);
+    return static_cast<RegionKind>(region);
 }
 
 bool BitBlt(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,
