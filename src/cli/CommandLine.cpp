@@ -1,5 +1,6 @@
 // The command line: options, help, and which sub-command runs.
 #include "cli/Commands.h"
+#include "cli/Mistakes.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include "surface/cPixSheet.h"
@@ -23,7 +24,7 @@ void addIconOptions(CLI::App& sub, IconChoice& icon) {
         ->group(choosing);
     sub.add_option("--icon-depth", icon.depth, "Of those, the one of the nearest depth in bits, 0 for\nthe deepest")
         ->type_name("BITS")
-        ->check(CLI::Range(0, 32))
+        ->check(CLI::Range(0, 32).description(""))
         ->group(choosing);
 }
 
@@ -270,7 +271,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
         console.err << app.help() << '\n';
         return exitUsage;
     }
-    const std::string& first = arguments.front();
+    const std::string first = arguments.front();
     if (!first.starts_with('-') && !isCommand(first)) {
         throw UsageError("'" + first + "' is not a command; known are info, convert, compose and gallery");
     }
@@ -278,7 +279,8 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
         std::ranges::reverse(arguments); // the parser takes them from the end
         app.parse(arguments);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error, console.out, console.err) == 0 ? exitOk : exitUsage;
+        if (error.get_exit_code() == 0) return app.exit(error, console.out, console.err); // a question for help
+        throw UsageError(describeMistake(isCommand(first) ? *app.get_subcommand(first) : app, error));
     }
     if (app.got_subcommand("info")) return info(infoRequest, console);
     applyFit(convertRequest.steps, convertRequest.fit);
