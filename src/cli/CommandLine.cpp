@@ -40,8 +40,29 @@ void addInfo(CLI::App& app, InfoRequest& request) {
                 "  pixkit info --json *.png");
 }
 
+constexpr const char* effectsGroup = "Effects, applied in the order given; each may be repeated";
+
+constexpr const char* placeHelp =
+    "PLACE is X,Y: pixels from the left and upper edge (-20,10); left, center, right and top, center, bottom;\n"
+    "percentages between them (0% left, 100% right); each word or percentage with an offset in pixels, which\n"
+    "counts to the right and down: right-10,bottom-10 is ten pixels inside of that corner. One word alone\n"
+    "(center, bottom-10) is centred in what it does not say.\n\n";
+constexpr const char* textHelp =
+    "PART of a text is any of\n"
+    "  font=FAMILY               Arial unless said otherwise, or the path of a font file where the system takes one\n"
+    "  size=24, size=5%          in pixels, or in parts of the picture's height; 24 unless said otherwise\n"
+    "  color=COLOUR              #000000 unless said otherwise\n"
+    "  at=PLACE                  center unless said otherwise\n"
+    "  opacity=50%               1 to 100 %\n"
+    "  angle=DEGREES             turned clockwise\n"
+    "  width=300, width=80%      lines are broken to fit, in pixels or in parts of the picture's width\n"
+    "  align=left|center|right   of lines; as in at= unless said otherwise\n"
+    "  bold, italic\n"
+    "In the text \\n begins a line, \\: is a colon and \\\\ a backslash.\n\n";
+
 // The callbacks run while the line is parsed, which keeps the order across options.
-void addEffect(CLI::App& sub, const EffectOption& effect, std::vector<EffectStep>& steps) {
+void addEffect(CLI::App& sub, const EffectOption& effect, std::vector<EffectStep>& steps,
+               const char* group = effectsGroup) {
     CLI::Option* option = nullptr;
     if (effect.argumentLeftOut != nullptr) {
         // Only --name=argument gives one: what follows --name is another option, or a picture. Left out, it is read as
@@ -59,7 +80,7 @@ void addEffect(CLI::App& sub, const EffectOption& effect, std::vector<EffectStep
             effect.help);
         option->type_name(effect.argument);
     }
-    option->trigger_on_parse()->group("Effects, applied in the order given; each may be repeated");
+    option->trigger_on_parse()->group(group);
 }
 
 std::int32_t parseFilter(const std::string& word) {
@@ -169,25 +190,30 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
            "How pictures fit a --resize to a size: size, in proportion\n(as without --fit), down, never enlarged, or "
            "stretch")
         ->type_name("FIT")
-        ->group("Effects, applied in the order given; each may be repeated");
+        ->group(effectsGroup);
     addSaving(*sub, request);
     sub->add_option(
            "--to", request.folderFormat,
            "The format of results in a folder: bmp, tga, png, gif, jpg,\nico or cur; png unless said otherwise")
         ->type_name("FORMAT")
         ->group("Saving");
-    sub->footer("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of OUT "
-                "says\nthe format: .bmp, .tga, .png, .gif, .jpg, .ico or .cur. Results in a folder are named like "
-                "their pictures.\nAn existing file is replaced after a question at a terminal, and kept elsewhere.\n\n"
-                "Examples:\n"
-                "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
-                "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
-                "  pixkit convert logo.png logo.tga --tga-rle\n"
-                "  pixkit convert scan.bmp scan.png --png-level 9 --png-text 'Title=Invoice 12'\n"
-                "  pixkit convert favicon.ico favicon.tga --icon-size 48\n"
-                "  pixkit convert logo.png favicon.ico --icon 16,32,48,256\n"
-                "  pixkit convert photo.png small.bmp --resize 320x240 --shadow 6 --checkerboard=8\n"
-                "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
+    sub->footer(
+        std::string("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of "
+                    "OUT says\nthe format: .bmp, .tga, .png, .gif, .jpg, .ico or .cur. Results in a folder are named "
+                    "like their pictures.\nAn existing file is replaced after a question at a terminal, and kept "
+                    "elsewhere.\n\n") +
+        textHelp + placeHelp +
+        "Examples:\n"
+        "  pixkit convert logo.png logo.bmp --background '#ffffff'\n"
+        "  pixkit convert logo.png grey.bmp --grayscale ntscpal --lighten 25 --keep-alpha\n"
+        "  pixkit convert logo.png logo.tga --tga-rle\n"
+        "  pixkit convert scan.bmp scan.png --png-level 9 --png-text 'Title=Invoice 12'\n"
+        "  pixkit convert favicon.ico favicon.tga --icon-size 48\n"
+        "  pixkit convert logo.png favicon.ico --icon 16,32,48,256\n"
+        "  pixkit convert photo.png marked.jpg --text '(c) "
+        "Me:size=5%:color=#ffffff:at=right-10,bottom-10:opacity=50%'\n"
+        "  pixkit convert photo.png small.bmp --resize 320x240 --shadow 6 --checkerboard=8\n"
+        "  pixkit convert *.png results --mirror x --blend '#0000ff:33' --overwrite");
 }
 
 void addCompose(CLI::App& app, ComposeRequest& request) {
@@ -207,21 +233,20 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
            "--canvas", [&](const std::string& canvas) { request.canvas = parseCanvas(canvas); },
            "Size of the result, transparent unless a colour is given;\nwithout it as large as the layers need")
         ->type_name("WxH[:COLOUR]");
+    addEffect(*sub, effectOption("--text"), request.texts, "Text, over the layers; may be repeated");
     addIconOptions(*sub, request.icon);
     addSaving(*sub, request);
     sub->footer(
-        "\nPLACE is X,Y: pixels from the left and upper edge (-20,10); left, center, right and top, center, bottom;\n"
-        "percentages between them (0% left, 100% right); each word or percentage with an offset in pixels, which\n"
-        "counts to the right and down: right-10,bottom-10 is ten pixels inside of that corner. One word alone\n"
-        "(center, bottom-10) is centred in what it does not say. What lies outside of the canvas is left out.\n\n"
-        "PART is any of\n"
+        std::string("\nWhat lies outside of the canvas is left out.\n\n") + placeHelp +
+        "PART of a layer is any of\n"
         "  60%                       the opacity, 1 to 100 %\n"
         "  640x480, 640x, x480       a box that the picture is brought into, in proportion\n"
         "  20%x, x10%, 50%x50%       the same in parts of the canvas\n"
         "  scale=50%                 a part of the picture's own size\n"
         "  fit, down, stretch, fill  how it is brought into the box, or else the canvas: in proportion, in proportion\n"
         "                            but never enlarged, out of proportion, in proportion and covering it all\n\n"
-        "A name that itself ends like a place or a part needs one behind it, such as odd@center@0,0.\n\n"
+        "A name that itself ends like a place or a part needs one behind it, such as odd@center@0,0.\n\n" +
+        textHelp +
         "Examples:\n"
         "  pixkit compose -o card.bmp --canvas '640x480:#204060' photo.png@20,20 logo.png@500,400:60%\n"
         "  pixkit compose -o marked.png photo.png logo.png@right-10,bottom-10:20%x:50%\n"

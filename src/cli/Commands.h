@@ -60,6 +60,7 @@ struct ComposeRequest : SavingOptions {
     IconChoice icon = {};
     std::optional<ComposeCanvas> canvas; // nothing: transparent, and large enough for every layer
     std::vector<ComposeLayer> layers;    // the lowest first
+    std::vector<EffectStep> texts;       // over all layers
 };
 int compose(const ComposeRequest& request, Console& console);
 

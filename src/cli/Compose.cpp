@@ -111,6 +111,9 @@ int compose(const ComposeRequest& request, Console& console) {
         makeCanvas(result, request.canvas ? *request.canvas : layers.canvas());
         layers.drawOn(result);
         classifyAlpha(result);
+        for (const EffectStep& text : request.texts) {
+            if (!text.apply(result)) throw Failed(text.option, result.LastErrorText());
+        }
         savePicture(result, target, request, boxes);
         console.out << shown(toUtf8(target)) << ": " << result.Width() << " x " << result.Height() << ", "
                     << request.layers.size() << (request.layers.size() == 1 ? " layer\n" : " layers\n");

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numbers>
 #include <optional>
 
 namespace pixkit::cli {
@@ -32,6 +31,23 @@ PictureSize parseSize(std::string_view text) {
     const auto size = readSize(text);
     if (size && size->width != 0 && size->height != 0) return *size;
     throw UsageError("'" + std::string(text) + "' is not a size; write it as WxH, such as 640x480");
+}
+
+std::int32_t parsePercentage(const std::string& text) {
+    std::int32_t percent = 0;
+    const std::string_view digits = std::string_view(text).substr(0, text.size() - (text.ends_with('%') ? 1 : 0));
+    if (!parseEntirely(digits, percent) || percent < 1 || percent > 100) {
+        throw UsageError("'" + text + "' is not a whole percentage from 1 to 100");
+    }
+    return percent;
+}
+
+float parseAngle(const std::string& text) {
+    float degrees = 0;
+    if (!parseEntirely(text, degrees) || !(std::abs(degrees) <= 36000)) { // which refuses a NaN as well
+        throw UsageError("'" + text + "' is not an angle from -36000 to 36000 degrees");
+    }
+    return degrees;
 }
 
 void classifyAlpha(cPixSheet& sheet) {
@@ -138,35 +154,10 @@ EffectStep parseNearest(const std::string&) {
             }};
 }
 
-namespace {
-
-// The smallest size that the turned picture fits into. Except for quarter turns, which fit exactly, width and height
-// stay odd or even as they were, so that both pictures have the same centre.
-PictureSize turnedSize(const cPixSheet& sheet, double degrees) {
-    const std::int32_t width = sheet.Width();
-    const std::int32_t height = sheet.Height();
-    if (std::fmod(degrees, 180) == 0) return {width, height};
-    if (std::fmod(degrees, 90) == 0) return {height, width};
-    const double radians = degrees * std::numbers::pi / 180;
-    const double cosine = std::abs(std::cos(radians));
-    const double sine = std::abs(std::sin(radians));
-    const auto around = [](double extent, std::int32_t size) {
-        const double least = std::ceil(std::min(extent, 2147483000.0) - 1e-6);
-        const auto whole = static_cast<std::int32_t>(least);
-        return whole + (whole - size) % 2 * (whole > size ? 1 : -1);
-    };
-    return {around(width * cosine + height * sine, width), around(width * sine + height * cosine, height)};
-}
-
-} // namespace
-
 EffectStep parseRotate(const std::string& argument) {
-    float degrees = 0;
-    if (!parseEntirely(argument, degrees) || !(std::abs(degrees) <= 36000)) {
-        throw UsageError("'" + argument + "' is not an angle from -36000 to 36000 degrees");
-    }
+    const float degrees = parseAngle(argument);
     return {"", "Rotated by " + argument + "°", "Render(…, Angle = " + argument + ")", {}, [degrees](cPixSheet& sheet) {
-                const PictureSize size = turnedSize(sheet, static_cast<double>(degrees));
+                const PictureSize size = turnedSize({sheet.Width(), sheet.Height()}, static_cast<double>(degrees));
                 // Rounded up: a quarter turn that would lie between pixels moves up and to the left.
                 const std::int32_t x = (size.width - sheet.Width() + 1) >> 1;
                 const std::int32_t y = (size.height - sheet.Height() + 1) >> 1;
@@ -176,11 +167,7 @@ EffectStep parseRotate(const std::string& argument) {
 }
 
 EffectStep parseOpacity(const std::string& argument) {
-    std::int32_t opacity = 0;
-    const std::string_view digits = std::string_view(argument).substr(0, argument.find('%'));
-    if (!parseEntirely(digits, opacity) || digits.size() + 1 < argument.size() || opacity < 1 || opacity > 100) {
-        throw UsageError("'" + argument + "' is not a whole percentage from 1 to 100");
-    }
+    const std::int32_t opacity = parsePercentage(argument);
     return {"",
             "At " + std::to_string(opacity) + " % opacity",
             "Render(…, Opacity = " + std::to_string(opacity) + ")",

@@ -24,6 +24,11 @@ bool parseEntirely(std::string_view text, Number& value) {
 // 'WxH', both at least 1. Throws UsageError.
 PictureSize parseSize(std::string_view text);
 
+// 'P' or 'P%', a whole number from 1 to 100. Throws UsageError.
+std::int32_t parsePercentage(const std::string& text);
+// Degrees, -36000 .. 36000. Throws UsageError.
+float parseAngle(const std::string& text);
+
 // A COLORREF as C++ has it; its digits stand in the order blue, green, red.
 std::string colourLiteral(std::int32_t colour);
 
@@ -39,5 +44,8 @@ EffectStep parseShadow(const std::string& argument);
 EffectStep parseCheckerboard(const std::string& argument);
 EffectStep parseTile(const std::string& argument);
 EffectStep parseTrim(const std::string& argument);
+
+// Draws text (cli/TextEffect.cpp).
+EffectStep parseText(const std::string& argument);
 
 } // namespace pixkit::cli

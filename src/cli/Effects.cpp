@@ -118,7 +118,7 @@ EffectStep parseMirror(const std::string& argument) {
             [x, y](cPixSheet& sheet) { return sheet.MirrorImage(x, y); }};
 }
 
-constexpr std::array<EffectOption, 16> table = {{
+constexpr std::array<EffectOption, 17> table = {{
     {"--grayscale", "FORMULA",
      "To grey by ntscpal, ccir709, simpleavg, redmask, greenmask,\nbluemask, redgreenmask or bluegreenmask",
      parseGrayscale},
@@ -143,7 +143,24 @@ constexpr std::array<EffectOption, 16> table = {{
      parseCheckerboard, "12"},
     {"--tile", "WxH", "Repeated over a picture of that size", parseTile},
     {"--trim", nullptr, "Transparent borders cut off", parseTrim},
+    {"--text", "TEXT[:PART]...", "Text, drawn as the parts say, which are listed below", parseText},
 }};
+
+} // namespace
+
+namespace {
+
+// An argument as a person types it: in quotation marks where a shell would read something else.
+std::string shellWord(const std::string& argument) {
+    const bool isPlain = !argument.starts_with('#') && std::ranges::all_of(argument, [](char c) {
+        return std::string_view(" \t\n\"'\\$&|;<>()*?[]{}~!`").find(c) == std::string_view::npos;
+    });
+    if (isPlain) return argument;
+    std::string word = "'";
+    for (const char c : argument)
+        word += c == '\'' ? "'\\''" : std::string(1, c);
+    return word + "'";
+}
 
 } // namespace
 
@@ -154,12 +171,11 @@ std::span<const EffectOption> effectOptions() {
 EffectStep makeStep(const EffectOption& option, const std::string& argument) {
     try {
         EffectStep step = option.parse(argument);
-        const bool quoted = argument.starts_with('#'); // a shell would read the rest of the line as a comment
         step.option = option.name;
         if (option.argumentLeftOut != nullptr) {
             if (argument != option.argumentLeftOut) step.option += "=" + argument;
         } else if (option.argument != nullptr) {
-            step.option += quoted ? " '" + argument + "'" : " " + argument;
+            step.option.append(" ").append(shellWord(argument));
         }
         return step;
     } catch (const UsageError& error) {
@@ -167,10 +183,14 @@ EffectStep makeStep(const EffectOption& option, const std::string& argument) {
     }
 }
 
-EffectStep makeStep(std::string_view name, const std::string& argument) {
+const EffectOption& effectOption(std::string_view name) {
     const auto found = std::ranges::find_if(table, [&](const EffectOption& option) { return name == option.name; });
     if (found == table.end()) throw std::logic_error("no such effect: " + std::string(name));
-    return makeStep(*found, argument);
+    return *found;
+}
+
+EffectStep makeStep(std::string_view name, const std::string& argument) {
+    return makeStep(effectOption(name), argument);
 }
 
 } // namespace pixkit::cli

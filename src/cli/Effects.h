@@ -33,6 +33,8 @@ struct EffectOption {
 };
 
 std::span<const EffectOption> effectOptions();
+// By the option's name, which must be one of the table's.
+const EffectOption& effectOption(std::string_view name);
 
 // A step from an entry of the table and its argument, empty for an option without one. Throws UsageError.
 EffectStep makeStep(const EffectOption& option, const std::string& argument);

@@ -1,6 +1,7 @@
 #include "cli/Scaling.h"
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace pixkit::cli {
 
@@ -43,6 +44,21 @@ PictureSize Scaling::sizeFor(PictureSize picture, PictureSize canvas) const {
     const bool widthDecides = boxHeight == 0 || (boxWidth != 0 && (byWidth < byHeight) != (mode == Mode::fill));
     if (widthDecides) return {boxWidth, toLength(static_cast<double>(byWidth) / picture.width)};
     return {toLength(static_cast<double>(byHeight) / picture.height), boxHeight};
+}
+
+PictureSize turnedSize(PictureSize picture, double degrees) {
+    if (std::fmod(degrees, 180) == 0) return picture;
+    if (std::fmod(degrees, 90) == 0) return {picture.height, picture.width};
+    const double radians = degrees * std::numbers::pi / 180;
+    const double cosine = std::abs(std::cos(radians));
+    const double sine = std::abs(std::sin(radians));
+    const auto around = [](double extent, std::int32_t size) {
+        const double least = std::ceil(std::min(extent, 2147483000.0) - 1e-6);
+        const auto whole = static_cast<std::int32_t>(least);
+        return whole + (whole - size) % 2 * (whole > size ? 1 : -1);
+    };
+    return {around(picture.width * cosine + picture.height * sine, picture.width),
+            around(picture.width * sine + picture.height * cosine, picture.height)};
 }
 
 } // namespace pixkit::cli

@@ -35,4 +35,8 @@ struct Scaling {
 // That many per cent of a length, rounded, and a pixel at least.
 std::int32_t percentOf(std::int32_t length, double percent);
 
+// The smallest size that holds a picture turned by that many degrees about its centre. Except for quarter turns, which
+// fit exactly, width and height stay odd or even as they were, so that both have the same centre.
+PictureSize turnedSize(PictureSize picture, double degrees);
+
 } // namespace pixkit::cli
