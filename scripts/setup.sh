@@ -1,10 +1,11 @@
 #!/bin/bash
 # Installs what the project's commands need on Debian 12; does nothing, quickly, when all of it is there.
 #
-#   setup.sh [demo|native|windows|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
+#   setup.sh [demo|native|text|windows|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
 #
 #   demo      compiler, CMake, Ninja and the command's argument parser
-#   native    demo, and what the native tests need
+#   native    demo and text, and what the native tests need
+#   text      the libraries that draw text natively
 #   windows   the compilers for 32- and 64-bit Windows, and a 64-bit Wine (the 32-bit one is scripts/wine.sh's affair)
 #   checks    clang-format and clang-tidy
 #   bench     demo, and the libraries that scripts/bench.sh compares with
@@ -14,16 +15,18 @@ set -euo pipefail
 say() { echo "setup: $*" >&2; }
 
 packages_of() {
+    local text="pkg-config libfreetype-dev libfontconfig-dev libharfbuzz-dev libraqm-dev libunibreak-dev"
     local build="g++ cmake ninja-build ccache libcli11-dev zlib1g libturbojpeg0"
     case $1 in
     demo) echo "$build" ;;
-    native) echo "$build googletest libpng-dev libjpeg62-turbo-dev libgif-dev giflib-tools libjpeg-turbo-progs libstb-dev zlib1g-dev imagemagick icoutils netpbm pngcheck python3" ;;
+    text) echo "$text" ;;
+    native) echo "$build $text fonts-wine googletest libpng-dev libjpeg62-turbo-dev libgif-dev giflib-tools libjpeg-turbo-progs libstb-dev zlib1g-dev imagemagick icoutils netpbm pngcheck python3" ;;
     windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 fonts-wine" ;;
     checks) echo "clang-format clang-tidy" ;;
     bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libpixman-1-dev libcairo2-dev pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;
     *)
-        sed -n '2,12p' "$0" >&2
+        sed -n '2,13p' "$0" >&2
         exit 2
         ;;
     esac

@@ -5,7 +5,13 @@ set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/pixkit")
 install(TARGETS pixkit EXPORT pixkit-targets)
 install(EXPORT pixkit-targets NAMESPACE pixkit:: DESTINATION "${package_dir}")
 write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake" COMPATIBILITY SameMajorVersion)
-install(FILES "${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake"
+# Whoever links the static library needs the libraries that draw text.
+get_target_property(library_type pixkit TYPE)
+if(library_type STREQUAL "STATIC_LIBRARY")
+    set(needed_packages ${text_packages})
+endif()
+configure_file("${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" pixkit-config.cmake @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config.cmake" "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake"
         DESTINATION "${package_dir}")
 
 # The headers that <pixkit/pixkit.h> includes. Installed, all of them lie below pixkit/ and say so to each other, so that

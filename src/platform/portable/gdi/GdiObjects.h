@@ -1,4 +1,4 @@
-// What stands behind the portable side's handles of bitmaps, regions and device contexts.
+// What stands behind the portable side's handles of bitmaps, regions, fonts and device contexts.
 #pragma once
 #include "coding/RowBytes.h"
 #include "platform/gdi.h"
@@ -32,12 +32,15 @@ struct Bitmap {
     bool condemned = false;             // deleted while selected: dies when it is deselected
 };
 
+class OpenFont; // portable/text/
+
 struct GdiObject {
     ObjectType type = ObjectType::none;
     std::unique_ptr<Bitmap> bitmap; // of a bitmap
     Handle selected = 0;            // of a memory device context: the bitmap in it
     StretchMode stretchMode = StretchMode::blackOnWhite;
-    std::vector<Rect> rectangles; // of a region
+    std::vector<Rect> rectangles;   // of a region
+    std::shared_ptr<OpenFont> font; // of a font
 };
 using ObjectRef = std::shared_ptr<GdiObject>;
 

@@ -170,7 +170,8 @@ Handle SelectObject(Handle dc, Handle object) noexcept {
 
 bool DeleteObject(Handle object) noexcept {
     if (findObject(object, ObjectType::memoryDC)) return DeleteDC(object);
-    if (findObject(object, ObjectType::region)) return gdi().objects.remove(object) != nullptr;
+    const ObjectType type = GetObjectType(object);
+    if (type == ObjectType::region || type == ObjectType::font) return gdi().objects.remove(object) != nullptr;
     ObjectRef dying;
     const std::scoped_lock lock(gdi().selection);
     const ObjectRef bitmap = findObject(object, ObjectType::bitmap);
