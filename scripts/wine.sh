@@ -14,7 +14,8 @@
 #           140 MB to download, 1.3 GB on disk.
 #   apt     as root: apt-get install wine32:i386. Refused when it would remove a package; undone when it fails.
 # Settings: PIXKIT_WINE_MODE=apt|unpack forces one way; PIXKIT_WINE_PREFIX=FOLDER runs in a prefix of one's own, which is
-# made when it is not there; XDG_CACHE_HOME moves the cache (~/.cache/pixkit-wine).
+# made when it is not there; PIXKIT_WINE_DISPLAY=:N shows the windows of programs on that X display, without a window
+# manager, in a prefix for that alone (FOLDER-display); XDG_CACHE_HOME moves the cache (~/.cache/pixkit-wine).
 set -u
 
 CACHE=${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/pixkit-wine
@@ -120,16 +121,23 @@ load() {
         export LD_LIBRARY_PATH=$ROOT/lib/i386-linux-gnu:$ROOT/usr/lib/i386-linux-gnu${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}
         ;;
     esac
+    # The first program of a Wine server decides on the window driver for all.
+    [ -z "${PIXKIT_WINE_DISPLAY:-}" ] || export WINEPREFIX=$WINEPREFIX-display DISPLAY=$PIXKIT_WINE_DISPLAY
 }
 
-# A fresh prefix without a window driver (so no X server) and without the crash dialog, on which a run would hang.
+# A fresh prefix without a window driver (so no X server), or with that of X, and without the crash dialog, on which a
+# run would hang. Nobody manages the windows on a display that was started for tests.
 make_prefix() {
+    local driver=null
+    [ -z "${PIXKIT_WINE_DISPLAY:-}" ] || driver=x11
     rm -rf "$WINEPREFIX" && mkdir -p "$WINEPREFIX" "$CACHE" || return 1
     echo '<?xml version="1.0"?><!DOCTYPE fontconfig SYSTEM "urn:fontconfig:fonts.dtd"><fontconfig></fontconfig>' \
         >"$FONTCONFIG_FILE"
-    quiet timeout 300 "$LOADER" wineboot -i &&
-        cp "$FONTS"/* "$WINEPREFIX/drive_c/windows/Fonts/" &&
-        quiet "$LOADER" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d null /f &&
+    # Fonts first: the first start measures how high menus are, and without fonts keeps what happens to lie in memory.
+    mkdir -p "$WINEPREFIX/drive_c/windows/Fonts" && cp "$FONTS"/* "$WINEPREFIX/drive_c/windows/Fonts/" &&
+        quiet timeout 300 "$LOADER" wineboot -i &&
+        quiet "$LOADER" reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d $driver /f &&
+        quiet "$LOADER" reg add 'HKCU\Software\Wine\X11 Driver' /v Managed /t REG_SZ /d N /f &&
         quiet "$LOADER" reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f || return 1
     quiet "$SERVER" -k -w
     touch "$WINEPREFIX/made"
