@@ -3,6 +3,7 @@
 #pragma once
 #include "com/Arrays.h"
 #include "com/Automation.h"
+#include "com/FontArgument.h"
 #include "com/LateCall.h"
 #include "com/TypeInformation.h"
 #include "com/module.h"
@@ -10,6 +11,7 @@
 #include "pixkit_com.h"
 #include "surface/HostAccess.h"
 #include <ocidl.h>
+#include <optional>
 #include <type_traits>
 
 namespace pixkit::com {
@@ -360,6 +362,44 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     }
     STDMETHODIMP GetPastedFileNames(SAFEARRAY** FileNames, LONG* result) override;
 
+    // --- text
+
+    STDMETHODIMP DrawText_hFont(LONG_PTR destinationDC, LONG_PTR hFont, BSTR Text, LONG destX, LONG destY,
+                                LONG destWidth, LONG destHeight, LONG Color, LONG Opacity, ::eTextAlignment Alignment,
+                                VARIANT_BOOL WordWrap, float Angle, _cPixSheet** destHostDIB,
+                                VARIANT_BOOL* result) override {
+        return drawOnto(destHostDIB, result, [&](cPixSheet* host) {
+            return m_sheet->DrawText_hFont(destinationDC, hFont, toUtf8(Text), destX, destY, destWidth, destHeight,
+                                           Color, Opacity, Alignment, isTrue(WordWrap), Angle, host);
+        });
+    }
+    STDMETHODIMP DrawText_stdFont(LONG_PTR destinationDC, IFontDisp** Font, BSTR Text, LONG destX, LONG destY,
+                                  LONG destWidth, LONG destHeight, LONG Color, LONG Opacity, ::eTextAlignment Alignment,
+                                  VARIANT_BOOL WordWrap, float Angle, _cPixSheet** destHostDIB,
+                                  VARIANT_BOOL* result) override {
+        if (Font == nullptr) return E_POINTER;
+        return drawOnto(destHostDIB, result, [&](cPixSheet* host) {
+            const FontArgument font(*Font);
+            if (!font) return refuse(noFont);
+            return m_sheet->DrawText_hFont(destinationDC, font.handle(), toUtf8(Text), destX, destY, destWidth,
+                                           destHeight, Color, Opacity, Alignment, isTrue(WordWrap), Angle, host);
+        });
+    }
+    STDMETHODIMP MeasureText_hFont(LONG_PTR hFont, BSTR Text, LONG* Width, LONG* Height, LONG maxWidth,
+                                   VARIANT_BOOL WordWrap, ::eTextAlignment Alignment, VARIANT_BOOL* result) override {
+        if (Width == nullptr || Height == nullptr) return E_POINTER;
+        return give(result, [&] { return measureText(hFont, Text, *Width, *Height, maxWidth, WordWrap, Alignment); });
+    }
+    STDMETHODIMP MeasureText_stdFont(IFontDisp** Font, BSTR Text, LONG* Width, LONG* Height, LONG maxWidth,
+                                     VARIANT_BOOL WordWrap, ::eTextAlignment Alignment, VARIANT_BOOL* result) override {
+        if (Font == nullptr || Width == nullptr || Height == nullptr) return E_POINTER;
+        return give(result, [&] {
+            const FontArgument font(*Font);
+            if (!font) return refuse(noFont);
+            return measureText(font.handle(), Text, *Width, *Height, maxWidth, WordWrap, Alignment);
+        });
+    }
+
   private:
     using Access = CallersBytes::Access;
 
@@ -389,6 +429,17 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     bool refuse(Reason reason) const noexcept { return HostAccess::outcome(*m_sheet, refused(reason)); }
     static constexpr Reason noArrayOfBytes = "no array of bytes in one or two dimensions that can be locked";
     static constexpr Reason noRoomInArray = "no array of bytes that another can take the place of";
+
+    static constexpr Reason noFont = "the object is no font";
+    bool measureText(std::intptr_t hFont, BSTR Text, LONG& Width, LONG& Height, LONG maxWidth, VARIANT_BOOL WordWrap,
+                     ::eTextAlignment Alignment) const {
+        std::int32_t width = Width, height = Height;
+        const bool isMeasured =
+            m_sheet->MeasureText_hFont(hFont, toUtf8(Text), width, height, maxWidth, isTrue(WordWrap), Alignment);
+        Width = width;
+        Height = height;
+        return isMeasured;
+    }
 
     // Puts names into the caller's array. False, and why, when it cannot be replaced.
     bool giveNames(SAFEARRAY** FileNames, const std::vector<std::string>& names) const;
@@ -443,6 +494,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         const Hold held(*this); // asking a foreign object runs its code
         PixSheetObject* const target = host != nullptr && *host != nullptr ? ours(*host) : nullptr;
         if (host != nullptr && *host != nullptr && target == nullptr) return DISP_E_TYPEMISMATCH;
+        std::optional<Hold> heldTarget; // a font object's code may run as well
+        if (target != nullptr) heldTarget.emplace(*target);
         return give(
             result, [&] { return body(target != nullptr ? target->m_sheet.get() : nullptr); }, member);
     }

@@ -6,7 +6,7 @@ namespace pixkit::platform {
 
 FontRecord recordOf(const StdFont& font) {
     constexpr double pixelsPerPoint = 96.0 / 72.0;
-    constexpr double mostPixels = 1'000'000; // not a size, but what the arithmetic of lines holds
+    constexpr double mostPixels = 100'000; // far beyond what anybody sees
     const double pixels = std::isfinite(font.Size) ? std::clamp(font.Size * pixelsPerPoint, 0.0, mostPixels) : 0.0;
     return {.Name = font.Name,
             .height = -std::max(static_cast<std::int32_t>(std::lround(pixels)), 1), // 0 would be another size

@@ -2,6 +2,7 @@
 #include "platform/gdiplus.h"
 #include "platform/faults.h"
 #include "platform/win32/MemoryStream.h"
+#include "platform/win32/system/SystemLibrary.h"
 #include <algorithm>
 #include <memory>
 #include <string_view>
@@ -17,15 +18,6 @@ namespace {
 
 namespace gp = Gdiplus;
 namespace flat = Gdiplus::DllExports;
-
-// The system's own, wherever the program's folder may have another. Systems that do not know this search look as ever.
-HMODULE loadSystemLibrary() noexcept {
-    if (faultDue(SeamCall::loadLibrary)) return nullptr;
-    constexpr DWORD searchSystem32 = 0x800; // LOAD_LIBRARY_SEARCH_SYSTEM32, which headers for old systems leave out
-    const HMODULE module = ::LoadLibraryExW(L"gdiplus.dll", nullptr, searchSystem32);
-    if (module != nullptr || ::GetLastError() != ERROR_INVALID_PARAMETER) return module;
-    return ::LoadLibraryW(L"gdiplus.dll");
-}
 
 #define PIXKIT_BORROW(name) const decltype(&flat::name) name = find<decltype(&flat::name)>(#name)
 
@@ -50,7 +42,7 @@ class Library {
         return reinterpret_cast<Function>(reinterpret_cast<void*>(function));
     }
 
-    HMODULE m_module = loadSystemLibrary();
+    HMODULE m_module = loadSystemLibrary(L"gdiplus.dll");
     bool m_isComplete = true;
 
   public:

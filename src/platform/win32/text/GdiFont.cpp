@@ -1,0 +1,171 @@
+// Uniscribe lays out, because what it measures is what it draws; GDI's own measure of a text is another than that of
+// the ClearType glyphs that it draws.
+//
+// Coverage comes from white text on black with ClearType: the mean of its three channels is linear, while the
+// antialiasing without it goes through a curve that is made for black on white. A font that is not to be smoothed stays
+// so.
+#include "platform/win32/text/GdiFont.h"
+#include "platform/faults.h"
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+namespace pixkit::platform {
+
+namespace {
+
+// UTF-16 of code points. Throws std::bad_alloc.
+std::wstring unitsOf(std::u32string_view text) {
+    std::wstring units;
+    units.reserve(text.size());
+    for (const char32_t character : text) {
+        if (character > 0xFFFF) {
+            units += static_cast<wchar_t>(0xD800 + ((character - 0x10000) >> 10));
+            units += static_cast<wchar_t>(0xDC00 + (character & 0x3FF));
+        } else {
+            units += static_cast<wchar_t>(character);
+        }
+    }
+    return units;
+}
+
+// Pixels, far beyond what anybody sees: the widths of long lines stay within 32 bits.
+constexpr LONG highestLine = 100'000;
+
+// What glyphs may reach. Fonts say it of their own; those that stand in for them in other scripts are about as large,
+// but need not keep to it: hence half a line more above and below, and a line beside.
+Rect glyphBoxOf(HDC dc, const TEXTMETRICW& metrics) {
+    const std::int32_t line = metrics.tmHeight;
+    Rect box = {-line, -metrics.tmAscent - line / 2, line, metrics.tmDescent + line / 2};
+    OUTLINETEXTMETRICW outline;
+    if (::GetOutlineTextMetricsW(dc, sizeof outline, &outline) != 0) {
+        const RECT& own = outline.otmrcFontBox; // y grows upwards
+        box = {std::min<std::int32_t>(box.left, own.left), std::min<std::int32_t>(box.top, -own.top),
+               std::max<std::int32_t>(box.right, own.right), std::max<std::int32_t>(box.bottom, -own.bottom)};
+    }
+    return box;
+}
+
+} // namespace
+
+bool GdiLine::measure(std::u32string_view text, std::wstring_view units, const Rect& glyphBox) {
+    std::vector<int> widths(units.size());
+    const SIZE* const size = m_api.ScriptString_pSize(m_analysis);
+    const SCRIPT_LOGATTR* const attributes = m_api.ScriptString_pLogAttr(m_analysis);
+    if (size == nullptr || attributes == nullptr) return false;
+    if (FAILED(m_api.ScriptStringGetLogicalWidths(m_analysis, widths.data()))) return false;
+    if (size->cx < 0) return false;
+    m_width = size->cx;
+    m_ink = {glyphBox.left, glyphBox.top, m_width + glyphBox.right, glyphBox.bottom};
+    m_characters.reserve(text.size());
+    std::size_t unit = 0;
+    bool isAfterSpace = false;
+    for (const char32_t character : text) {
+        const SCRIPT_LOGATTR& attribute = attributes[unit];
+        // The system looks at runs of one script one by one, and so overlooks opportunities where one begins.
+        const bool canBreak = attribute.fSoftBreak || (isAfterSpace && !attribute.fWhiteSpace);
+        isAfterSpace = attribute.fWhiteSpace;
+        int advance = widths[unit++];
+        if (character > 0xFFFF) advance += widths[unit++];
+        m_characters.push_back({advance, canBreak});
+    }
+    return true;
+}
+
+bool GdiLine::draw(const PlacedLine& at) const noexcept {
+    return SUCCEEDED(m_api.ScriptStringOut(m_analysis, at.x, at.y, 0, nullptr, 0, 0, FALSE));
+}
+
+std::unique_ptr<GdiFont> GdiFont::open(HFONT font) {
+    const Uniscribe* const api = uniscribe();
+    if (api == nullptr) return nullptr;
+    std::unique_ptr<GdiFont> opened(new GdiFont(*api));
+    return opened->select(font) ? std::move(opened) : nullptr;
+}
+
+bool GdiFont::select(HFONT font) noexcept {
+    LOGFONTW record{};
+    if (::GetObjectType(font) != OBJ_FONT || ::GetObjectW(font, sizeof record, &record) == 0) return false;
+    record.lfEscapement = record.lfOrientation = 0;
+    if (record.lfQuality != NONANTIALIASED_QUALITY) record.lfQuality = CLEARTYPE_QUALITY;
+    m_font.reset(reinterpret_cast<Handle>(::CreateFontIndirectW(&record)));
+    m_dc.reset(CreateCompatibleDC(0));
+    if (!m_font || !m_dc || ::SelectObject(dc(), reinterpret_cast<HFONT>(m_font.get())) == nullptr) return false;
+    TEXTMETRICW metrics{};
+    if (::GetTextMetricsW(dc(), &metrics) == FALSE || metrics.tmHeight > highestLine) return false;
+    ::SetTextAlign(dc(), TA_BASELINE | TA_LEFT | TA_NOUPDATECP);
+    ::SetBkMode(dc(), TRANSPARENT);
+    ::SetTextColor(dc(), RGB(255, 255, 255));
+    m_metrics = {.ascent = metrics.tmAscent,
+                 .descent = metrics.tmDescent,
+                 .averageWidth = metrics.tmAveCharWidth,
+                 .isScalable = (metrics.tmPitchAndFamily & (TMPF_VECTOR | TMPF_TRUETYPE)) != 0};
+    m_glyphBox = glyphBoxOf(dc(), metrics);
+    return true;
+}
+
+std::unique_ptr<TextLine> GdiFont::layOut(std::u32string_view text, bool isRightToLeft) noexcept {
+    if (text.empty() || text.size() > longestLine || faultDue(SeamCall::layOutText)) return nullptr;
+    try {
+        const std::wstring units = unitsOf(text);
+        const int count = static_cast<int>(units.size());
+        SCRIPT_CONTROL control{};
+        SCRIPT_STATE state{};
+        state.uBidiLevel = isRightToLeft ? 1 : 0;
+        const DWORD flags = SSA_GLYPHS | SSA_FALLBACK | SSA_LINK | SSA_BREAK | (isRightToLeft ? DWORD{SSA_RTL} : 0U);
+        SCRIPT_STRING_ANALYSIS analysis = nullptr;
+        const int roomForGlyphs = count * 3 / 2 + 16; // as much as the system's documentation asks for
+        if (FAILED(m_api.ScriptStringAnalyse(dc(), units.data(), count, roomForGlyphs, -1, flags, 0, &control, &state,
+                                             nullptr, nullptr, nullptr, &analysis)))
+            return nullptr;
+        auto line = std::make_unique<GdiLine>(m_api, analysis);
+        return line->measure(text, units, m_glyphBox) ? std::move(line) : nullptr;
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+bool GdiFont::setTurn(const TextTurn& turn) noexcept {
+    if (turn.cosine == 1) // no need for a mode in which the system draws with more care and more slowly
+        return ::SetViewportOrgEx(dc(), static_cast<int>(turn.x), static_cast<int>(turn.y), nullptr) != FALSE;
+    if (::SetGraphicsMode(dc(), GM_ADVANCED) == 0) return false;
+    const auto number = [](double value) { return static_cast<FLOAT>(value); };
+    const XFORM form = {number(turn.cosine), number(turn.sine), number(-turn.sine),
+                        number(turn.cosine), number(turn.x),    number(turn.y)};
+    return ::SetWorldTransform(dc(), &form) != FALSE;
+}
+
+void GdiFont::endTurn() noexcept {
+    ::ModifyWorldTransform(dc(), nullptr, MWT_IDENTITY);
+    ::SetGraphicsMode(dc(), GM_COMPATIBLE);
+    ::SetViewportOrgEx(dc(), 0, 0, nullptr);
+}
+
+bool GdiFont::drawAll(std::span<const PlacedLine> lines) const noexcept {
+    const bool isDrawn = std::all_of(lines.begin(), lines.end(), [](const PlacedLine& placed) {
+        return static_cast<const GdiLine*>(placed.line)->draw(placed);
+    });
+    ::GdiFlush();
+    return isDrawn;
+}
+
+bool GdiFont::draw(std::span<const PlacedLine> lines, const TextTurn& turn, std::int32_t width, std::int32_t height,
+                   std::uint8_t* coverage) noexcept {
+    if (faultDue(SeamCall::drawText)) return false;
+    void* bits = nullptr;
+    const UniqueHandle<&DeleteObject> bitmap(
+        CreateDIBSection(0, {.biWidth = width, .biHeight = -height}, &bits)); // which is black
+    const Handle before = bitmap ? SelectObject(m_dc.get(), bitmap.get()) : 0;
+    if (before == 0) return false;
+    // Lines were measured unturned; the turn is only for drawing.
+    const bool isDrawn = setTurn(turn) && drawAll(lines);
+    endTurn();
+    ::SelectObject(dc(), reinterpret_cast<HGDIOBJ>(before));
+    const auto* pixel = static_cast<const std::uint8_t*>(bits);
+    const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    for (std::size_t i = 0; i < count; ++i, pixel += 4)
+        coverage[i] = static_cast<std::uint8_t>((pixel[0] + pixel[1] + pixel[2] + 1) / 3);
+    return isDrawn;
+}
+
+} // namespace pixkit::platform
