@@ -14,6 +14,12 @@ namespace pixkit::platform {
 
 namespace {
 
+// The coverage that a pixel of white text on black stands for. Most have none.
+std::uint8_t meanOfChannels(std::uint32_t pixel) noexcept {
+    if (pixel == 0) return 0;
+    return static_cast<std::uint8_t>(((pixel & 0xFF) + (pixel >> 8 & 0xFF) + (pixel >> 16 & 0xFF) + 1) / 3);
+}
+
 // UTF-16 of code points. Throws std::bad_alloc.
 std::wstring unitsOf(std::u32string_view text) {
     std::wstring units;
@@ -161,10 +167,9 @@ bool GdiFont::draw(std::span<const PlacedLine> lines, const TextTurn& turn, std:
     const bool isDrawn = setTurn(turn) && drawAll(lines);
     endTurn();
     ::SelectObject(dc(), reinterpret_cast<HGDIOBJ>(before));
-    const auto* pixel = static_cast<const std::uint8_t*>(bits);
+    const auto* const pixels = static_cast<const std::uint32_t*>(bits);
     const std::size_t count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    for (std::size_t i = 0; i < count; ++i, pixel += 4)
-        coverage[i] = static_cast<std::uint8_t>((pixel[0] + pixel[1] + pixel[2] + 1) / 3);
+    std::transform(pixels, pixels + count, coverage, meanOfChannels);
     return isDrawn;
 }
 
