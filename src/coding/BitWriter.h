@@ -13,10 +13,11 @@ class BitWriter {
     // Appends to `out`.
     explicit BitWriter(std::vector<std::uint8_t>& out) noexcept : m_out(out), m_size(out.size()) {}
 
-    // Makes room for so many bits; writing more than was reserved is not allowed.
-    void reserve(std::size_t bits) {
+    // Makes room for so many bytes; writing more than was reserved is not allowed. In bytes, because 32-bit programs
+    // cannot count the bits of what they hold.
+    void reserve(std::size_t bytes) {
         // Grown by halves, or each of many blocks would copy what is there.
-        const std::size_t needed = m_size + bits / 8 + 2 * sizeof m_bits;
+        const std::size_t needed = m_size + bytes + 2 * sizeof m_bits;
         if (needed > m_out.capacity()) m_out.reserve(needed + m_out.capacity() / 2);
         if (needed > m_out.size()) m_out.resize(needed);
     }

@@ -7,40 +7,38 @@ namespace pixkit {
 namespace {
 
 // Which source pixels make a pixel along one axis, and how much each counts. All weights are whole numbers, so that
-// nothing is rounded before the end.
+// nothing is rounded before the end. Lengths are counted in parts, of which there are more than 32 bits hold.
 struct Axis {
     struct Taps {
-        std::size_t first, count; // source pixels
-        std::size_t weights;      // where theirs begin
+        std::size_t first, count;      // source pixels
+        std::uint32_t weight, farther; // of the first and, where there are several, of the last
     };
     std::vector<Taps> taps;
-    std::vector<std::uint32_t> weights;
+    std::uint32_t inner; // the weight of those between the first and the last
     std::uint64_t total; // of the weights of each pixel
 };
 
-// Lengths are counted in parts of which a source pixel has `to` and a result `from`.
-Axis averagingAxis(std::size_t from, std::size_t to) {
-    Axis axis{{}, {}, from};
-    for (std::size_t i = 0; i < to; ++i) {
-        const std::size_t begin = i * from, end = begin + from;
-        const std::size_t first = begin / to, last = (end - 1) / to;
-        axis.taps.push_back({first, last - first + 1, axis.weights.size()});
-        for (std::size_t k = first; k <= last; ++k)
-            axis.weights.push_back(static_cast<std::uint32_t>(std::min(end, (k + 1) * to) - std::max(begin, k * to)));
+// A source pixel has `to` parts and a result `from`.
+Axis averagingAxis(std::uint64_t from, std::uint64_t to) {
+    Axis axis{{}, static_cast<std::uint32_t>(to), from};
+    for (std::uint64_t i = 0; i < to; ++i) {
+        const std::uint64_t begin = i * from, end = begin + from;
+        const std::uint64_t first = begin / to, last = (end - 1) / to;
+        axis.taps.push_back({static_cast<std::size_t>(first), static_cast<std::size_t>(last - first + 1),
+                             static_cast<std::uint32_t>(std::min(end, (first + 1) * to) - begin),
+                             static_cast<std::uint32_t>(end - last * to)});
     }
     return axis;
 }
 
 // Between the centres of two pixels lie 2 * to parts. Before the first centre and behind the last one nothing changes.
-Axis interpolatingAxis(std::size_t from, std::size_t to) {
-    Axis axis{{}, {}, 2 * to};
-    for (std::size_t i = 0; i < to; ++i) {
-        const std::size_t centre = std::clamp((2 * i + 1) * from, to, (2 * from - 1) * to) - to;
-        const std::size_t first = centre / (2 * to);
+Axis interpolatingAxis(std::uint64_t from, std::uint64_t to) {
+    Axis axis{{}, 0, 2 * to};
+    for (std::uint64_t i = 0; i < to; ++i) {
+        const std::uint64_t centre = std::clamp((2 * i + 1) * from, to, (2 * from - 1) * to) - to;
         const auto far = static_cast<std::uint32_t>(centre % (2 * to));
-        axis.taps.push_back({first, far > 0 ? 2U : 1U, axis.weights.size()});
-        axis.weights.push_back(static_cast<std::uint32_t>(axis.total) - far);
-        if (far > 0) axis.weights.push_back(far);
+        axis.taps.push_back({static_cast<std::size_t>(centre / (2 * to)), far > 0 ? 2U : 1U,
+                             static_cast<std::uint32_t>(axis.total) - far, far});
     }
     return axis;
 }
@@ -54,15 +52,18 @@ void sumAlongRow(std::vector<std::uint64_t>& sums, const std::uint8_t* row, cons
     std::uint64_t* sum = sums.data();
     for (const Axis::Taps& taps : axis.taps) {
         const std::uint8_t* pixel = row + taps.first * 4;
-        const std::uint32_t* weight = &axis.weights[taps.weights];
         std::uint64_t b = 0, g = 0, r = 0, a = 0;
-        for (std::size_t k = 0; k < taps.count; ++k, pixel += 4) {
-            const std::uint64_t w = weight[k];
-            b += w * pixel[0];
-            g += w * pixel[1];
-            r += w * pixel[2];
-            a += w * pixel[3];
-        }
+        const auto add = [&](std::uint64_t weight) {
+            b += weight * pixel[0];
+            g += weight * pixel[1];
+            r += weight * pixel[2];
+            a += weight * pixel[3];
+            pixel += 4;
+        };
+        add(taps.weight);
+        for (std::size_t k = 2; k < taps.count; ++k)
+            add(axis.inner);
+        if (taps.count > 1) add(taps.farther);
         *sum++ = b;
         *sum++ = g;
         *sum++ = r;
@@ -85,7 +86,7 @@ void scale(PixelView target, ConstPixelView source) {
                 rowInside = taps.first + k;
                 sumAlongRow(row, source.row(rowInside), across);
             }
-            const std::uint64_t weight = along.weights[taps.weights + k];
+            const std::uint64_t weight = k == 0 ? taps.weight : k + 1 < taps.count ? along.inner : taps.farther;
             for (std::size_t i = 0; i < sums.size(); ++i)
                 sums[i] += weight * row[i];
         }
@@ -99,10 +100,10 @@ void scale(PixelView target, ConstPixelView source) {
 
 IcoPlacement icoPlacement(ConstPixelView source, std::size_t width, std::size_t height) noexcept {
     IcoPlacement place{0, 0, width, height};
-    const auto proportional = [](std::size_t side, std::size_t numerator, std::size_t denominator) {
-        return std::max<std::size_t>(1, (side * numerator + denominator / 2) / denominator);
+    const auto proportional = [](std::uint64_t side, std::uint64_t numerator, std::uint64_t denominator) {
+        return static_cast<std::size_t>(std::max<std::uint64_t>(1, (side * numerator + denominator / 2) / denominator));
     };
-    if (source.width * height > source.height * width) {
+    if (std::uint64_t{source.width} * height > std::uint64_t{source.height} * width) {
         place.height = proportional(width, source.height, source.width);
     } else {
         place.width = proportional(height, source.width, source.height);

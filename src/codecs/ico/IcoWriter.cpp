@@ -123,7 +123,7 @@ WrittenFile cICOparser::SaveAsIcon(std::span<const SourcePicture> Source, const 
     std::vector<IconEntrySize> sizes;
     if (Outcome checked = EntrySizes(Source, Options.Sizes, sizes); !checked) return checked;
     std::vector<Entry> entries;
-    std::size_t fileSize = 6 + 16 * sizes.size();
+    std::uint64_t fileSize = 6 + 16 * sizes.size();
     for (const IconEntrySize& size : sizes) {
         entries.push_back(makeEntry(Source, size));
         fileSize += entries.back().image.bytes.size();

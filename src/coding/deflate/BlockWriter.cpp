@@ -242,7 +242,7 @@ void BlockWriter::storeAll(std::size_t bytes) {
 
 void BlockWriter::store(std::size_t bytes, bool isLast) {
     constexpr std::size_t largest = 65535;
-    m_bits.reserve(bytes * 8 + (bytes / largest + 2) * 48);
+    m_bits.reserve(bytes + (bytes / largest + 2) * 6);
     do {
         const std::size_t count = std::min(bytes, largest);
         bytes -= count;
@@ -270,7 +270,7 @@ void BlockWriter::writeBlock(std::size_t sequences, bool isLast) {
     if (storedBits < codedBits) {
         store(m_blockBytes, isLast);
     } else {
-        m_bits.reserve(static_cast<std::size_t>(codedBits) + 3);
+        m_bits.reserve(static_cast<std::size_t>(codedBits + 3) / 8);
         const bool isFixed = fixedBits <= dynamicBits;
         m_bits.put((isLast ? 1U : 0U) | (isFixed ? 2U : 4U), 3);
         if (isFixed) {

@@ -86,8 +86,8 @@ bool follow(BitReader codes, unsigned codeSize, std::uint8_t* output, std::size_
 // A string is at most one index longer than the one before it, and never longer than the table.
 bool canDescribe(std::span<const std::uint8_t> codes, unsigned codeSize, std::size_t count) noexcept {
     if (codeSize < lzwSmallestCodeSize || codeSize > lzwGreatestCodeSize) return false;
-    const std::size_t mostCodes = codes.size() * 8 / (codeSize + 1);
-    return count != 0 && count / std::min(mostCodes + 1, tableSize) <= mostCodes;
+    const std::uint64_t mostCodes = std::uint64_t{codes.size()} * 8 / (codeSize + 1);
+    return count != 0 && count / std::min<std::uint64_t>(mostCodes + 1, tableSize) <= mostCodes;
 }
 
 } // namespace

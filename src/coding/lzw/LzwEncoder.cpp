@@ -12,6 +12,7 @@ namespace {
 
 constexpr unsigned longestCode = 12;
 constexpr unsigned mostCodes = 1U << longestCode;
+constexpr std::size_t bytesOfCode = 2; // at most
 constexpr std::size_t longestSubBlock = 255;
 
 // The strings that have a code: a code for the string without its last index, and that index, lead to the code for the
@@ -122,7 +123,7 @@ bool Compressor::codeOn(std::size_t from, const Dictionary& dictionary, const St
 }
 
 void Compressor::writeAfresh(const Stretch& stretch) {
-    m_codes.reserve((stretch.codes.size() + 1) * longestCode);
+    m_codes.reserve((stretch.codes.size() + 1) * bytesOfCode);
     put(clearCode(), m_size);
     m_size = m_depth + 1;
     unsigned next = clearCode() + 2;
@@ -145,7 +146,7 @@ void Compressor::run() {
     for (std::size_t at = afresh.end; at < m_indexes.size();) {
         codeAfresh(at, *fresh, afresh);
         if (codeOn(at, *current, afresh, onward)) {
-            m_codes.reserve(onward.codes.size() * longestCode);
+            m_codes.reserve(onward.codes.size() * bytesOfCode);
             for (const unsigned code : onward.codes)
                 put(code, longestCode);
             at = onward.end;
@@ -155,7 +156,7 @@ void Compressor::run() {
             std::swap(current, fresh);
         }
     }
-    m_codes.reserve(longestCode);
+    m_codes.reserve(bytesOfCode);
     put(clearCode() + 1, m_size); // the end
     m_codes.alignToByte();
     m_codes.finish();

@@ -14,7 +14,7 @@
 namespace pixkit::platform {
 
 struct Bitmap {
-    explicit Bitmap(std::size_t bytes) noexcept : pixels(bytes) {}
+    explicit Bitmap(CheckedSize bytes) noexcept : pixels(bytes) {}
     // Rows counted from the top of the picture.
     std::uint8_t* rowFromTop(std::size_t y) const noexcept {
         return pixels.data() + (topDown ? y : height - 1 - y) * stride;

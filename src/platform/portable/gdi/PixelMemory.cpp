@@ -55,7 +55,10 @@ std::uint8_t* mapOnHugePages(std::size_t bytes) noexcept {
 
 } // namespace
 
-PixelMemory::PixelMemory(std::size_t bytes) noexcept {
+PixelMemory::PixelMemory(CheckedSize size) noexcept {
+    // So much less than the most that rounding up does not wrap.
+    if (!size.isAtMost(CheckedSize::most - 2 * hugePage)) return;
+    const std::size_t bytes = size.inMemory();
     if (mapsBigBitmaps && bytes >= hugePage) {
         const std::size_t rounded = mappedSize(bytes);
         m_data = mapOnHugePages(rounded);

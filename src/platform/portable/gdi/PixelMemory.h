@@ -1,5 +1,6 @@
 // The memory of one bitmap.
 #pragma once
+#include "coding/CheckedSize.h"
 #include <cstddef>
 #include <cstdint>
 
@@ -9,8 +10,8 @@ namespace pixkit::platform {
 class PixelMemory {
   public:
     PixelMemory() noexcept = default;
-    // Empty (data() is null) when there is not enough memory.
-    explicit PixelMemory(std::size_t bytes) noexcept;
+    // Empty (data() is null) when there is not enough memory, or none so large can be.
+    explicit PixelMemory(CheckedSize size) noexcept;
     ~PixelMemory();
     PixelMemory(const PixelMemory&) = delete;
     PixelMemory& operator=(const PixelMemory&) = delete;

@@ -12,7 +12,8 @@ struct StretchAxis {
           last(std::min<std::int64_t>(start + length, static_cast<std::int64_t>(targetSize))) {}
     // Which pixel of the source the target's pixel shows.
     std::size_t sourceOf(std::int64_t target) const noexcept {
-        return static_cast<std::size_t>(target - start) * source / static_cast<std::size_t>(length);
+        return static_cast<std::size_t>(static_cast<std::uint64_t>(target - start) * source /
+                                        static_cast<std::uint64_t>(length));
     }
     std::size_t visible() const noexcept { return last > first ? static_cast<std::size_t>(last - first) : 0; }
 

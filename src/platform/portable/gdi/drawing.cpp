@@ -22,7 +22,7 @@ class Surface {
     Edge height() const noexcept { return m_object ? static_cast<Edge>(bitmap()->height) : 0; }
     std::uint16_t bits() const noexcept { return m_object ? bitmap()->bitCount : std::uint16_t{32}; }
     std::uint8_t* pixel(Edge x, Edge y) const noexcept {
-        return bitmap()->rowFromTop(static_cast<std::size_t>(y)) + static_cast<std::size_t>(x) * bits() / 8;
+        return bitmap()->rowFromTop(static_cast<std::size_t>(y)) + static_cast<std::size_t>(x) * (bits() / 8U);
     }
 
   private:
@@ -109,7 +109,7 @@ int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t w
         if (line < 0 || line >= lines) continue;
         const std::uint8_t* const from = static_cast<const std::uint8_t*>(bits) +
                                          static_cast<std::size_t>(line) * stride +
-                                         static_cast<std::size_t>(columns.from) * header.biBitCount / 8;
+                                         static_cast<std::size_t>(columns.from) * (header.biBitCount / 8U);
         convertRow(header.biBitCount, nullptr, from, to.pixel(columns.to, rows.to + row), to.bits(),
                    static_cast<std::size_t>(columns.count));
     }

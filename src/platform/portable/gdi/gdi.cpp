@@ -26,8 +26,8 @@ Handle addObject(ObjectType type, std::unique_ptr<Bitmap> bitmap, Handle selecte
 Handle addBitmap(const BitmapInfoHeader& header, void** bits, const ColorTable* colors) {
     const auto width = static_cast<std::size_t>(header.biWidth);
     const auto height = static_cast<std::size_t>(rowsOf(header));
-    const auto stride = static_cast<std::size_t>(paddedRowBytes(width, header.biBitCount));
-    auto bitmap = std::make_unique<Bitmap>(stride * height);
+    const auto stride = static_cast<std::size_t>(paddedRowBytes(width, header.biBitCount)); // isSupported() saw to it
+    auto bitmap = std::make_unique<Bitmap>(CheckedSize(stride) * height);
     std::uint8_t* const pixels = bitmap->pixels.data();
     if (pixels == nullptr) return 0;
     bitmap->width = width;
@@ -214,7 +214,7 @@ int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines
     if (start >= source.height || (header.biBitCount == 8 && (source.bitCount != 8 || source.isMonochrome))) return 0;
 
     const auto stride = static_cast<std::size_t>(paddedRowBytes(source.width, header.biBitCount));
-    const std::size_t used = source.width * header.biBitCount / 8;
+    const std::size_t used = source.width * (header.biBitCount / 8U);
     const std::size_t count = std::min<std::size_t>(lines, source.height - start);
     const bool sameOrder = (header.biHeight < 0) == source.topDown;
     for (std::size_t i = 0; i < count; ++i) {

@@ -91,7 +91,7 @@ Handle CreateMonochromeBitmap(std::int32_t width, std::int32_t height, const std
     try {
         // Kept with 8 bits a pixel, which everything that draws understands.
         const auto stride = static_cast<std::size_t>(paddedRowBytes(columns, 8));
-        auto bitmap = std::make_unique<Bitmap>(stride * rows);
+        auto bitmap = std::make_unique<Bitmap>(CheckedSize(stride) * rows);
         if (bitmap->pixels.data() == nullptr) return 0;
         bitmap->width = columns;
         bitmap->height = rows;

@@ -16,13 +16,14 @@ void drawStretched(const Bitmap& source, const Bitmap& target, const StretchAxis
     const std::size_t step = target.bitCount / 8U;
     const auto firstColumn = static_cast<std::size_t>(across.first);
     const bool unstretched = across.length == static_cast<std::int64_t>(across.source);
-    std::vector<std::uint8_t> line(unstretched ? 0 : source.width * step); // a whole row before it is stretched
+    // A whole row before it is stretched; that of the other bitmap may be as large as memory with fewer bytes a pixel.
+    std::vector<std::uint8_t> line(unstretched ? 0 : (CheckedSize(source.width) * step).inMemory());
     for (std::int64_t y = down.first; y < down.last; ++y) {
         const std::uint8_t* const from = source.rowFromTop(down.sourceOf(y));
         std::uint8_t* const to = target.rowFromTop(static_cast<std::size_t>(y)) + firstColumn * step;
         if (unstretched) {
             const std::size_t skipped = across.sourceOf(across.first);
-            convertRow(source, from + skipped * source.bitCount / 8, to, target.bitCount, count);
+            convertRow(source, from + skipped * (source.bitCount / 8U), to, target.bitCount, count);
             continue;
         }
         convertRow(source, from, line.data(), target.bitCount, source.width);

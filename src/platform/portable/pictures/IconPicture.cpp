@@ -14,7 +14,9 @@ using Pixel = std::array<std::uint8_t, 4>; // B, G, R, A
 
 // A row of a bitmap with 4 bytes a pixel, at least `width` of them; what the bitmap does not have is 0.
 std::vector<Pixel> rowOf(const Bitmap& bitmap, std::size_t y, std::size_t width) {
-    std::vector<Pixel> row(std::max(bitmap.width, width));
+    const std::size_t pixels = std::max(bitmap.width, width);
+    (CheckedSize(pixels) * sizeof(Pixel)).inMemory(); // or no memory, which callers expect to be told in one way
+    std::vector<Pixel> row(pixels);
     if (y < bitmap.height) convertRow(bitmap, bitmap.rowFromTop(y), row.data()->data(), 32, bitmap.width);
     return row;
 }
