@@ -2,7 +2,6 @@
 // are then moved to where they serve best. Doubles hold errors in a fixed order of operations, so that every build
 // chooses alike.
 #include "codecs/palette/IndexedPicture.h"
-#include "coding/Hash.h"
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -300,13 +299,13 @@ class SamplesOfColors {
     // False for a picture of more colours.
     bool collect(StraightRows& rows, std::vector<Sample>& samples, bool& hasTransparency) {
         const bool haveFew = visitOpaque(rows, hasTransparency, [&](const std::uint8_t* pixel) {
-            Slot& slot = slotOf(pixel);
-            if (slot.sample == none) {
+            std::uint16_t& number = numberOf(pixel);
+            if (number == 0) {
                 if (samples.size() == most) return false;
-                slot = {colorOf(pixel), static_cast<std::uint32_t>(samples.size())};
                 samples.push_back({static_cast<std::uint32_t>(cellOf(pixel)), 0, {}, {pixel[2], pixel[1], pixel[0]}});
+                number = static_cast<std::uint16_t>(samples.size());
             }
-            ++samples[slot.sample].count;
+            ++samples[number - 1U].count;
             return true;
         });
         if (!haveFew) return false;
@@ -316,28 +315,26 @@ class SamplesOfColors {
         }
         return true;
     }
-    std::uint32_t sampleOf(const std::uint8_t* pixel) noexcept { return slotOf(pixel).sample; }
+    std::uint32_t sampleOf(const std::uint8_t* pixel) { return numberOf(pixel) - 1U; }
 
   private:
-    static constexpr std::uint32_t none = 0xFFFFFFFF;
-    struct Slot {
-        std::uint32_t color = 0, sample = none;
-    };
-    static std::uint32_t colorOf(const std::uint8_t* pixel) noexcept {
-        return pixel[0] | std::uint32_t{pixel[1]} << 8 | std::uint32_t{pixel[2]} << 16;
-    }
-    // Where the colour is, or has to go.
-    Slot& slotOf(const std::uint8_t* pixel) noexcept {
-        const std::uint32_t color = colorOf(pixel);
-        std::size_t at = spreadHash<slotBits>(color);
-        while (m_slots[at].sample != none && m_slots[at].color != color)
-            at = (at + 1) % m_slots.size();
-        return m_slots[at];
+    static constexpr unsigned mask = (1U << lowBits) - 1;
+    // Numbers of the colours of a cell, by their lower bits; samples and blocks are counted from 1, and 0 is none yet.
+    using Block = std::array<std::uint16_t, std::size_t{1} << (3 * lowBits)>;
+    static_assert(most <= 0xFFFF);
+
+    // Two steps whatever the colours are: with a hash somebody could choose them so that they all meet in one place.
+    std::uint16_t& numberOf(const std::uint8_t* pixel) {
+        std::uint16_t& block = m_blockOfCell[cellOf(pixel)];
+        if (block == 0) {
+            m_blocks.emplace_back();
+            block = static_cast<std::uint16_t>(m_blocks.size());
+        }
+        return m_blocks[block - 1U][nodeIndex(pixel[2] & mask, pixel[1] & mask, pixel[0] & mask, lowBits)];
     }
 
-    static constexpr unsigned slotBits = 15;
-    static_assert(std::size_t{1} << slotBits == 2 * most);
-    std::vector<Slot> m_slots = std::vector<Slot>(2 * most);
+    std::vector<std::uint16_t> m_blockOfCell = std::vector<std::uint16_t>(cellCount);
+    std::vector<Block> m_blocks; // at most one more than there are samples
 };
 
 std::vector<Sample> samplesOfCells(StraightRows& rows, bool& hasTransparency) {
