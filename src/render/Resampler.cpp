@@ -63,6 +63,13 @@ class BilinearColumns {
             }
         }
     }
+    // The first source column in use, from which offsets count from now on.
+    std::size_t takeFirst() {
+        const std::int32_t first = m_offsets.front();
+        for (std::int32_t& offset : m_offsets)
+            offset -= first;
+        return static_cast<std::size_t>(first) / 4;
+    }
     const std::int32_t* offsets() const { return m_offsets.data(); }
     const double* nearWeights() const { return m_near.data(); }
     const double* farWeights() const { return m_far.data(); }
@@ -110,18 +117,19 @@ class DoubledPixels {
     std::uint8_t m_first[8] = {}, m_second[8] = {};
 };
 
-// The part of a row that counts as numbers, made when a row is first asked for and kept for the output rows that
+// The part of a row that is in use as numbers, made when a row is first asked for and kept for the output rows that
 // follow. They mix neighbours, so that two are held.
 class WideRows {
   public:
-    WideRows(ConstPixelView source, const Axis& columns, const BilinearColumns& weights)
-        : m_source(source), m_begin(static_cast<std::size_t>(weights.offsets()[0]) / 4),
+    // From the source column `begin` on.
+    WideRows(ConstPixelView source, const Axis& columns, std::size_t begin)
+        : m_source(source), m_begin(begin),
           m_end(std::min(columns.pixelAt(columns.scaled(columns.count - 1) + static_cast<double>(columns.sourceStart)) +
                              2,
                          source.width)) {
         // A row's last pixel has one behind it, whatever that holds: its weight is 0.
         for (std::vector<double>& numbers : m_numbers)
-            numbers.resize((source.width + 1) * 4);
+            numbers.resize((m_end - m_begin + 1) * 4);
     }
     kernels::WeightedWideRows widened(const kernels::WeightedRows& rows) {
         return {row(rows.first), rows.second == nullptr ? nullptr : row(rows.second), rows.firstWeight,
@@ -132,8 +140,7 @@ class WideRows {
     const double* row(const std::uint8_t* bytes) {
         const std::size_t which = static_cast<std::size_t>(bytes - m_source.bits) / m_source.stride % 2;
         std::vector<double>& numbers = m_numbers[which];
-        if (m_held[which] != bytes)
-            kernels::table().widenPixels(numbers.data() + m_begin * 4, bytes + m_begin * 4, m_end - m_begin);
+        if (m_held[which] != bytes) kernels::table().widenPixels(numbers.data(), bytes + m_begin * 4, m_end - m_begin);
         m_held[which] = bytes;
         return numbers.data();
     }
@@ -145,10 +152,10 @@ class WideRows {
 };
 
 void resampleBilinear(PixelView output, ConstPixelView source, const Axis& columns, const Axis& rows) {
-    const BilinearColumns weights(columns, source.width);
+    BilinearColumns weights(columns, source.width);
     // Where pixels count for several others, each is made numbers once instead of every time. The bound was measured.
     if (columns.ratio() * std::min(rows.ratio(), 2.0) < 1.4) {
-        WideRows wide(source, columns, weights);
+        WideRows wide(source, columns, weights.takeFirst());
         for (std::size_t i = 0; i < rows.count; ++i)
             kernels::table().sampleWidened(output.row(i), wide.widened(bilinearRows(source, rows, i)),
                                            weights.offsets(), weights.nearWeights(), weights.farWeights(),
@@ -164,8 +171,17 @@ void resampleBilinear(PixelView output, ConstPixelView source, const Axis& colum
     }
 }
 
+// So many columns are worked out from top to bottom before the next: what is held of each, on both sides up to a
+// hundred bytes, stays in the cache, and takes no memory to speak of however wide a picture is.
+constexpr std::size_t columnsAtOnce = 8192;
+
 void resample(PixelView output, ConstPixelView source, const Axis& columns, const Axis& rows, bool HighQuality) {
-    (HighQuality ? resampleBilinear : resampleNearest)(output, source, columns, rows);
+    for (std::size_t done = 0; done < columns.count; done += columnsAtOnce) {
+        const std::size_t count = std::min(columnsAtOnce, columns.count - done);
+        const PixelView piece{output.bits + done * 4, count, output.height, output.stride};
+        const Axis part = {columns.sourceStart, columns.sourceSize, columns.scaledSize, columns.start + done, count};
+        (HighQuality ? resampleBilinear : resampleNearest)(piece, source, part, rows);
+    }
 }
 
 std::size_t size(std::int64_t value) {
