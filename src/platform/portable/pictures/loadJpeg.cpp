@@ -5,6 +5,7 @@
 #include "platform/portable/pictures/BitmapPicture.h"
 #include "platform/portable/pictures/loaders.h"
 #include <algorithm>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -28,20 +29,22 @@ class TurboJpeg {
 
     explicit operator bool() const noexcept { return m_found == 4; }
 
-    // Rows bottom-up, 4 bytes a pixel. True also where the data was damaged or ended early, as long as the decoder went
-    // through to the last row.
+    // Rows bottom-up, 4 bytes a pixel, all 0 before. True also where the data was damaged or ended early, as long as
+    // the decoder went through to the last row.
     bool decompress(Bytes bytes, std::uint8_t* pixels, int width, int height, PixelFormat format) const {
         const Outcome outcome = decompressOnce(bytes, pixels, width, height, format);
         if (outcome != Outcome::warned) return outcome == Outcome::done;
         // After a warning the library calls its giving up a warning too. The row decoded last, which lies first, shows
-        // whether it did: then it keeps what is put there.
+        // whether it did: then it keeps what was there.
         const std::span lastRow(pixels, static_cast<std::size_t>(width) * 4);
-        std::vector<std::uint8_t> other(lastRow.begin(), lastRow.end());
-        for (std::uint8_t& byte : other)
-            byte ^= 0xFF;
-        std::ranges::copy(other, lastRow.begin());
+        const auto keeps = [&](std::uint8_t value) {
+            return std::ranges::all_of(lastRow, [value](std::uint8_t byte) { return byte == value; });
+        };
+        if (!keeps(0)) return true;
+        if (format == formatBgra) return false;        // it would be opaque
+        std::ranges::fill(lastRow, std::uint8_t{255}); // full inks: decoded or not, only another try tells
         decompressOnce(bytes, pixels, width, height, format);
-        return !std::ranges::equal(lastRow, other);
+        return !keeps(255);
     }
 
   private:
@@ -111,12 +114,37 @@ std::optional<JpegInfo> readInfo(Bytes bytes) noexcept {
     return info;
 }
 
-// Whether the data can describe at least half of so many pixels, so that a header that lies takes no memory. Every
-// block of 64 takes at least a bit, in arithmetic coding a small part of one.
+// Whether the data can describe at least half of so many pixels, so that a header that lies takes no memory, and not
+// more than a store of 31 bits of bytes holds. Every block of 64 takes at least a bit, in arithmetic coding a small
+// part of one.
 bool canFill(const JpegInfo& info, std::size_t bytes) noexcept {
+    constexpr std::uint64_t mostPixels = std::numeric_limits<std::int32_t>::max() / 4;
     const std::uint64_t pixelsPerByte = info.arithmetic ? 16 * 1024 : 1024;
     const auto pixels = static_cast<std::uint64_t>(info.width) * static_cast<std::uint64_t>(info.height);
-    return pixels != 0 && pixels <= pixelsPerByte * bytes;
+    return pixels != 0 && pixels <= mostPixels && pixels <= pixelsPerByte * bytes;
+}
+
+// Whether the work that the scans of a file ask for is in proportion to its bytes. In a progressive file a scan of a
+// few bytes goes over all blocks again; a file may have thousands. Those of real programs have ten or so and at least a
+// bit for each block, which comes to forty visits of a block for a byte of an empty picture; six times as many are
+// allowed, and what takes half a second in any case. Arithmetic decoding takes as long as sixteen visits.
+//
+// Every pair of bytes that could be a scan's marker counts for one, so that nobody has to walk through the segments
+// just as the decoder does; in the codes of a scan the pair does not occur.
+bool isWorkInProportion(const JpegInfo& info, Bytes bytes) noexcept {
+    constexpr std::uint64_t visitsPerByte = 256, visitsOfAny = 1U << 26;
+    constexpr std::uint64_t mostOfScan = 4; // components
+    const std::uint64_t weight = info.arithmetic ? 16 : 1;
+    const auto blocksAlong = [](std::int32_t side) { return (static_cast<std::uint64_t>(side) + 7) / 8; };
+    const std::uint64_t visits = blocksAlong(info.width) * blocksAlong(info.height) * weight; // below 2^30
+    std::uint64_t left = visitsOfAny + visitsPerByte * bytes.size();
+    for (std::size_t at = 0; at + 4 < bytes.size(); ++at) {
+        if (bytes[at] != 0xFF || bytes[at + 1] != 0xDA) continue;
+        const std::uint64_t wanted = visits * std::min<std::uint64_t>(bytes[at + 4], mostOfScan);
+        if (wanted > left) return false;
+        left -= wanted;
+    }
+    return true;
 }
 
 // C, M, Y, K in place to B, G, R, A: a channel is what its ink and black let through.
@@ -136,7 +164,7 @@ void fromCmyk(std::uint8_t* pixels, std::size_t count, bool inverted) noexcept {
 
 std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes) {
     const auto info = readInfo(bytes);
-    if (!info || !canFill(*info, bytes.size())) return nullptr;
+    if (!info || !canFill(*info, bytes.size()) || !isWorkInProportion(*info, bytes)) return nullptr;
     const TurboJpeg library;
     if (!library) return nullptr;
     void* bits = nullptr;
