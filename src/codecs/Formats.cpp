@@ -69,7 +69,8 @@ constexpr Format rows[] = {
      }},
     {FileFormat::tga, "a TGA file", ".tga", "", nullptr,
      [](PictureSource& source, cPixSheet& host) {
-         return cTGAparser().LoadStream(source.bytes(), host, source.offset());
+         return source.isFile() ? cTGAparser().LoadFile(source, host)
+                                : cTGAparser().LoadStream(source.bytes(), host, source.offset());
      },
      nullptr, // it has been asked before
      [](Pictures pictures, const WriteOptions& options) {

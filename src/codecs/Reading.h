@@ -7,6 +7,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace pixkit {
 
@@ -37,6 +38,9 @@ class PictureSource {
     // Whether it is a file, of which ownBytes() reads a copy. Throws like bytes().
     virtual bool isFile() const noexcept = 0;
     virtual OwnBytes ownBytes() const = 0;
+    // The first and the last bytes, at most `count`, without the rest of a file. Throw like bytes().
+    virtual std::vector<std::uint8_t> start(std::size_t count) const = 0;
+    virtual std::vector<std::uint8_t> end(std::size_t count) const = 0;
     // Where in the array the bytes begin, counted from 0; 0 in a file.
     virtual std::size_t offset() const noexcept = 0;
     virtual const IconRequest& icon() const noexcept = 0;
@@ -46,8 +50,8 @@ enum class ReadOutcome : std::uint8_t {
     loaded,      // the host holds the picture
     otherFormat, // the data is none of this format
     damaged,     // or of a kind that is not read, or too large
-    unable,      // not the data's fault: no memory for the pixels, or the system failed
-    failed,      // a run-time error that nobody expected, such as no memory
+    unable,      // not the data's fault: no memory, or the system failed
+    failed,      // a run-time error that nobody expected
 };
 
 // Without a picture, what the host holds is no matter: whoever asked the reader empties it.

@@ -74,6 +74,8 @@ Outcome readPicture(LoadRequest& request, cPixSheet& host) {
         goesToSystem = goesToSystem && (outcome == ReadOutcome::damaged || outcome == ReadOutcome::otherFormat) &&
                        format.goesToSystem != nullptr && format.goesToSystem(request.bytes());
     }
+    // What bears no signature of those that the system's loader knows is not read for its sake.
+    goesToSystem = goesToSystem && (isKnown || !request.isFile() || platform::mayBePicture(start));
     if (goesToSystem && ask(LoadSystemPicture(request.bytes(), host), isKnown) == ReadOutcome::loaded) return done();
     if (isJpeg && !platform::canLoadJpeg()) refusal = refused("JPEG: libturbojpeg.so.0 cannot be loaded");
     // Some imitations of GDI+ show more of damaged files than there is, or read them for ever.

@@ -17,6 +17,17 @@ std::vector<std::uint8_t> LoadRequest::start(std::size_t count) const {
     return bytes;
 }
 
+std::vector<std::uint8_t> LoadRequest::end(std::size_t count) const {
+    if (!isFile()) {
+        const auto last = m_slice.last(std::min(count, m_slice.size()));
+        return {last.begin(), last.end()};
+    }
+    const std::size_t size = fileSize();
+    std::vector<std::uint8_t> bytes(std::min(count, size));
+    read(bytes, size - bytes.size());
+    return bytes;
+}
+
 std::span<const std::uint8_t> LoadRequest::bytes() {
     if (isFile() && m_whole.empty()) {
         m_fileBytes.resize(fileSize());
@@ -47,12 +58,11 @@ std::size_t LoadRequest::fileSize() const {
     return static_cast<std::size_t>(size);
 }
 
-// From the file's beginning.
-void LoadRequest::read(std::span<std::uint8_t> into) const {
+void LoadRequest::read(std::span<std::uint8_t> into, std::size_t position) const {
     std::uint32_t done = 0;
     const auto count = static_cast<std::uint32_t>(into.size());
-    if (!platform::SetFilePointer(m_file, 0) || !platform::ReadFile(m_file, into.data(), count, done) ||
-        done != count) {
+    if (!platform::SetFilePointer(m_file, static_cast<std::uint32_t>(position)) ||
+        !platform::ReadFile(m_file, into.data(), count, done) || done != count) {
         throw std::runtime_error("the file cannot be read");
     }
 }

@@ -19,8 +19,8 @@ class LoadRequest final : public PictureSource {
     LoadRequest(const ByteArray& stream, std::size_t offset, std::size_t length, const IconRequest& icon) noexcept
         : m_icon(icon), m_offset(offset), m_whole(stream.bytes()), m_slice(m_whole.subspan(offset, length)) {}
 
-    // The first bytes, at most `count`. Throws like bytes().
-    std::vector<std::uint8_t> start(std::size_t count) const;
+    std::vector<std::uint8_t> start(std::size_t count) const override;
+    std::vector<std::uint8_t> end(std::size_t count) const override;
     std::span<const std::uint8_t> bytes() override;
     bool isFile() const noexcept override { return m_file != platform::invalidHandle; }
     OwnBytes ownBytes() const override;
@@ -34,7 +34,7 @@ class LoadRequest final : public PictureSource {
 
   private:
     std::size_t fileSize() const;
-    void read(std::span<std::uint8_t> into) const;
+    void read(std::span<std::uint8_t> into, std::size_t position = 0) const;
 
     platform::Handle m_file = platform::invalidHandle;
     IconRequest m_icon;

@@ -46,6 +46,10 @@ class StdPicture {
 // whose codes do not describe each pixel of it is damaged.
 std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) noexcept;
 
+// Whether OleLoadPicture may know data that begins so. What the system's own loader knows is its affair: on Windows
+// always.
+bool mayBePicture(std::span<const std::uint8_t> start) noexcept;
+
 // A picture around a bitmap or icon, which it frees at its end when `own` is true; on failure (null) the caller keeps
 // it. Null also for a handle that is not what `type` says, and for the types of metafiles.
 std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType type, bool own) noexcept;

@@ -8,6 +8,7 @@ namespace {
 std::atomic<bool> armed{false}, happened{false};
 std::atomic<long> successesLeft{0}, failuresLeft{0};
 std::atomic<std::ptrdiff_t> live{0};
+std::atomic<std::size_t> largestBlock{0};
 
 bool isToFail() noexcept {
     if (!armed || successesLeft-- > 0) return false;
@@ -18,6 +19,7 @@ bool isToFail() noexcept {
 }
 
 void* allocate(std::size_t bytes) noexcept {
+    if (bytes > largestBlock) largestBlock = bytes;
     void* const block = isToFail() ? nullptr : std::malloc(bytes == 0 ? 1 : bytes);
     if (block != nullptr) ++live;
     return block;
@@ -81,6 +83,14 @@ AllocationFault::~AllocationFault() {
 
 bool AllocationFault::hasHappened() const noexcept {
     return happened;
+}
+
+AllocationWatch::AllocationWatch() noexcept {
+    largestBlock = 0;
+}
+
+std::size_t AllocationWatch::largest() const noexcept { // NOLINT(readability-convert-member-functions-to-static)
+    return largestBlock;
 }
 
 std::ptrdiff_t liveAllocations() noexcept {

@@ -1,4 +1,5 @@
-// Makes operator new fail on purpose, in the whole test program; what takes memory in other ways is left alone.
+// Watches operator new, and makes it fail on purpose, in the whole test program; what takes memory in other ways is
+// left alone.
 #pragma once
 #include <cstddef>
 
@@ -13,6 +14,14 @@ class AllocationFault {
     AllocationFault& operator=(const AllocationFault&) = delete;
 
     bool hasHappened() const noexcept;
+};
+
+// What is asked for from here on.
+class AllocationWatch {
+  public:
+    AllocationWatch() noexcept;
+    // Bytes of the largest block.
+    std::size_t largest() const noexcept;
 };
 
 // Blocks taken with operator new and not given back yet.

@@ -26,6 +26,10 @@ std::optional<std::size_t> findSignature(std::span<const std::uint8_t> window) n
     return static_cast<std::size_t>(found - window.begin());
 }
 
+bool hasFooter(std::span<const std::uint8_t> bytes) noexcept {
+    return bytes.size() >= footerSize && findSignature(bytes.last(footerSize));
+}
+
 // Bytes that hold a pixel, or an entry of a colour map, of this many bits; 0 = there are none such.
 constexpr std::size_t bytesOf(std::uint8_t bits) noexcept {
     switch (bits) {
@@ -50,10 +54,15 @@ ReadResult cTGAparser::LoadStream(std::span<const std::uint8_t> inStream, cPixSh
     m_streamOffset = streamOffset;
     if (!isTGA()) {
         // Only a footer tells that it was meant to be one.
-        const bool isMeant = inStream.size() >= footerSize && findSignature(inStream.last(footerSize));
+        const bool isMeant = hasFooter(inStream);
         return isMeant ? ReadResult::damaged(m_reason) : ReadResult::otherFormat(m_reason);
     }
     return m_header.isColorMapped() ? ProcessColorMap(cHost) : ProcessTrueColor(cHost);
+}
+
+ReadResult cTGAparser::LoadFile(PictureSource& File, cPixSheet& cHost) {
+    const bool mayBeTGA = readHeader(File.start(headerSize)) || hasFooter(File.end(footerSize));
+    return mayBeTGA ? LoadStream(File.bytes(), cHost, 0) : ReadResult::otherFormat(m_reason);
 }
 
 // Always false.
@@ -62,10 +71,9 @@ bool cTGAparser::refuse(Reason reason) noexcept {
     return false;
 }
 
-// The format has no signature at its beginning: the header must make sense, and the picture it speaks of must fit.
-bool cTGAparser::isTGA() noexcept {
-    const ByteReader reader(m_stream);
-    if (reader.size() <= headerSize) return refuse("TGA: too short for a header");
+// Whether the header makes sense. Fields that are not there are 0.
+bool cTGAparser::readHeader(std::span<const std::uint8_t> start) noexcept {
+    const ByteReader reader(start);
     const auto byte = [&](std::size_t at) { return reader.byte(at).value_or(0); };
     const auto word = [&](std::size_t at) { return reader.littleEndian16(at).value_or(0); };
     m_header = {byte(0), byte(1), byte(2), word(3), word(5), byte(7), word(12), word(14), byte(16), byte(17)};
@@ -86,6 +94,16 @@ bool cTGAparser::isTGA() noexcept {
         // The first index counts as entries that are there, because ProcessColorMap passes over as many.
         m_mapBytes = (std::size_t{header.firstEntry} + header.mapLength) * bytesPerEntry;
     }
+    return true;
+}
+
+// The format has no signature at its beginning: the header must make sense, and the picture it speaks of must fit.
+bool cTGAparser::isTGA() noexcept {
+    const ByteReader reader(m_stream);
+    if (reader.size() <= headerSize) return refuse("TGA: too short for a header");
+    if (!readHeader(m_stream)) return false;
+    const Header& header = m_header;
+    const std::size_t bytesPerPixel = bytesOf(header.depth);
     const std::size_t dataOffset = headerSize + header.idLength + m_mapBytes;
     std::uint64_t expectedSize = dataOffset;
     if (!header.isRunLength()) expectedSize += std::uint64_t{header.width} * header.height * bytesPerPixel;

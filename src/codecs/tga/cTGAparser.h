@@ -21,6 +21,9 @@ class cTGAparser {
     // picture counts as another format.
     ReadResult LoadStream(std::span<const std::uint8_t> inStream, cPixSheet& cHost, std::size_t streamOffset);
 
+    // The same for a file, which is not read whole where neither its header nor a footer says that it is one.
+    ReadResult LoadFile(PictureSource& File, cPixSheet& cHost);
+
     // A TGA file with footer, bottom row first. The Alpha property decides between 24 bits a pixel and 32, whatever the
     // pixels say. useBitReduction writes an opaque image of at most 256 colours with a palette; useCompression
     // run-length codes, where that is shorter; with allowPreMultipliedAlpha the pixels of an image with alpha are
@@ -44,6 +47,7 @@ class cTGAparser {
     };
     using Lookup = std::array<std::uint8_t, 256 * 4>;
 
+    bool readHeader(std::span<const std::uint8_t> start) noexcept;
     bool isTGA() noexcept;
     bool refuse(Reason reason) noexcept;
     bool AllowAlphaChannel() const noexcept;

@@ -18,6 +18,12 @@ std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) 
     return nullptr;
 }
 
+bool mayBePicture(std::span<const std::uint8_t> start) noexcept {
+    if (start.size() < 2) return false;
+    const bool isLikeGif = (start[0] | 0x20) == 'g', isLikeJpeg = start[0] == 0xFF && start[1] == 0xD8;
+    return isLikeGif || isLikeJpeg;
+}
+
 std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType type, bool own) noexcept {
     if (faultDue(SeamCall::oleCreatePictureIndirect)) return nullptr;
     if (type == PictureType::bitmap && GetObjectType(image) == ObjectType::bitmap)

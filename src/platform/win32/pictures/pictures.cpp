@@ -108,6 +108,10 @@ std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) 
     return made(std::move(picture));
 }
 
+bool mayBePicture(std::span<const std::uint8_t> /*start*/) noexcept {
+    return true;
+}
+
 std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType type, bool own) noexcept {
     if (image == 0 || faultDue(SeamCall::oleCreatePictureIndirect)) return nullptr;
     PICTDESC description{};
