@@ -58,6 +58,8 @@ ReadResult cPNGparser::loadInto(cPixSheet& host, Body&& load) {
     cHost = &host;
     try {
         return load();
+    } catch (const std::bad_alloc&) { // a small file may state a large picture: nothing that has to be told
+        return ReadResult::unable(noMemory);
     } catch (const std::exception& error) {
         reportError(Call(*this, "cPNGparser", "pngStream", m_pngStream), error.what());
         return ReadResult::failed(error);
