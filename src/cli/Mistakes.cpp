@@ -43,7 +43,7 @@ std::string suggestionFor(const CLI::App& command, std::string_view word) {
 } // namespace
 
 std::string describeMistake(const CLI::App& command, const CLI::ParseError& error) {
-    const std::string text = error.what();
+    std::string text = error.what();
     if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
         const std::vector<std::string> rest = command.remaining();
         if (!rest.empty()) {
