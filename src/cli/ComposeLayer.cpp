@@ -1,10 +1,9 @@
 #include "cli/ComposeLayer.h"
 #include "cli/EffectParsing.h"
-#include "cli/Text.h"
+#include "cli/Files.h"
 #include "cli/UsageError.h"
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <utility>
 
 namespace pixkit::cli {
@@ -90,11 +89,6 @@ class PartReader {
     ComposeLayer& m_layer;
     bool m_hasMode = false, m_hasBox = false, m_hasFactor = false, m_hasOpacity = false;
 };
-
-bool isFile(std::string_view name) {
-    std::error_code error;
-    return std::filesystem::is_regular_file(toPath(name), error);
-}
 
 // A name that is no file, although its beginning is one: what stands behind that was meant to be something else.
 void explainRest(const std::string& name) {

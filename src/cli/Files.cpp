@@ -13,6 +13,11 @@ std::string extensionOf(const fs::path& file) {
 
 } // namespace
 
+bool isFile(std::string_view name) {
+    std::error_code error;
+    return fs::is_regular_file(toPath(name), error);
+}
+
 std::optional<FileFormat> formatOf(const fs::path& file) {
     const std::string extension = extensionOf(file);
     for (const Format& format : formats()) {

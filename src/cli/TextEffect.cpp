@@ -1,5 +1,6 @@
 // Text on a picture: TEXT[:PART]..., where the parts, in any order, say how it looks and where it goes.
 #include "cli/EffectParsing.h"
+#include "cli/Files.h"
 #include "cli/Place.h"
 #include "cli/UsageError.h"
 #include "platform/text.h"
@@ -53,6 +54,19 @@ std::int32_t parseAlignment(const std::string& text) {
     throw UsageError("'" + text + "' is not a way to align lines; known are left, center and right");
 }
 
+// A family, or the path of a font file, which the system knows by its slash.
+std::string parseFont(const std::string& text) {
+    const bool hasSlash = text.find_first_of("/\\") != std::string::npos;
+    if (!hasSlash && !(toPath(text).has_extension() && isFile(text))) return text;
+    if (!isFile(text)) throw UsageError("'" + text + "' is neither a font file nor the name of a family");
+    if (platform::canDrawText() && !platform::takesFontFiles()) {
+        throw UsageError("'" + text +
+                         "' is a font file, which this system draws only when it is installed; name its "
+                         "family then");
+    }
+    return hasSlash ? text : "./" + text;
+}
+
 void readPart(TextPicture& picture, const std::string& part) {
     const std::size_t equals = std::min(part.find('='), part.size());
     const std::string key = part.substr(0, equals);
@@ -62,7 +76,7 @@ void readPart(TextPicture& picture, const std::string& part) {
     } else if (part == "italic") {
         picture.font.Italic = true;
     } else if (key == "font" && !value.empty()) {
-        picture.font.Name = value;
+        picture.font.Name = parseFont(value);
     } else if (key == "size") {
         picture.size = parseLength(value, "a size in pixels, or in per cent of the picture's height, such as 5%");
     } else if (key == "color" || key == "colour") {

@@ -100,5 +100,7 @@ class TextFont {
 std::unique_ptr<TextFont> openFont(Handle font) noexcept;
 // Whether text can be drawn here: Windows always, the portable side when it was built with its libraries.
 bool canDrawText() noexcept;
+// Whether the name of a FontRecord may be the path of a font file.
+bool takesFontFiles() noexcept;
 
 } // namespace pixkit::platform

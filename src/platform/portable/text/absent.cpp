@@ -15,4 +15,8 @@ bool canDrawText() noexcept {
     return false;
 }
 
+bool takesFontFiles() noexcept {
+    return false;
+}
+
 } // namespace pixkit::platform

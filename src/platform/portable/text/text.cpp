@@ -67,4 +67,8 @@ bool canDrawText() noexcept {
     return true;
 }
 
+bool takesFontFiles() noexcept {
+    return true;
+}
+
 } // namespace pixkit::platform

@@ -41,4 +41,8 @@ bool canDrawText() noexcept {
     return uniscribe() != nullptr;
 }
 
+bool takesFontFiles() noexcept {
+    return false;
+}
+
 } // namespace pixkit::platform
