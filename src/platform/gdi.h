@@ -44,6 +44,7 @@ Handle SelectObject(Handle dc, Handle object) noexcept;
 // Frees a bitmap, a font, a region (regions.h) or a memory device context (the system frees a memory DC through
 // DeleteObject too). A bitmap that is selected dies when it is deselected.
 bool DeleteObject(Handle object) noexcept;
+using UniqueBitmap = UniqueHandle<DeleteObject>;
 
 ObjectType GetObjectType(Handle object) noexcept;
 

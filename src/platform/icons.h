@@ -22,6 +22,7 @@ bool GetIconInfo(Handle icon, IconInfo& info) noexcept;
 // An icon of copies of the bitmaps, which must have a mask; 0 on failure.
 Handle CreateIconIndirect(const IconInfo& info) noexcept;
 bool DestroyIcon(Handle icon) noexcept;
+using UniqueIcon = UniqueHandle<DestroyIcon>;
 
 // A bitmap of 1 bit a pixel, black and white. `bits` are its rows, the top one first, each padded to two bytes. 0 on
 // failure.

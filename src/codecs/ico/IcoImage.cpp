@@ -116,13 +116,10 @@ void packRow(std::uint8_t* out, const std::uint8_t* indexes, std::size_t width, 
 
 void appendMask(Bytes& image, ConstPixelView pixels) {
     const std::size_t length = rowBytes(pixels.width, 1);
-    std::vector<std::uint8_t> isHidden(pixels.width);
     for (std::size_t y = 0; y < pixels.height; ++y) {
-        for (std::size_t x = 0; x < pixels.width; ++x)
-            isHidden[x] = pixels.row(y)[x * 4 + 3] < leastShown ? 1 : 0;
         const std::size_t at = image.size();
         image.resize(at + length);
-        packRow(&image[at], isHidden.data(), pixels.width, 1);
+        icoMask(&image[at], pixels.row(y), pixels.width);
     }
 }
 
@@ -152,12 +149,6 @@ void appendIndexed(Bytes& image, ConstPixelView pixels, const IndexedPicture& pi
     }
 }
 
-// Systems that know only the mask would show their colours inverted.
-void clearHidden(std::uint8_t* pixel, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i, pixel += 4)
-        if (pixel[3] == 0) std::memset(pixel, 0, 4);
-}
-
 void appendColors(Bytes& image, ConstPixelView pixels, unsigned depth) {
     const std::size_t length = rowBytes(pixels.width, depth);
     for (std::size_t y = 0; y < pixels.height; ++y) {
@@ -166,8 +157,7 @@ void appendColors(Bytes& image, ConstPixelView pixels, unsigned depth) {
         if (depth == 24) {
             kernels::table().pack24(&image[at], pixels.row(y), pixels.width, false);
         } else {
-            kernels::table().unpremultiply(&image[at], pixels.row(y), pixels.width);
-            clearHidden(&image[at], pixels.width);
+            icoColors(&image[at], pixels.row(y), pixels.width);
         }
     }
 }
@@ -187,6 +177,17 @@ std::optional<unsigned> icoDepth(std::int32_t bitDepth) noexcept {
             if (bitDepth >= 1 && bitDepth <= static_cast<std::int32_t>(depth)) return depth;
         return {};
     }
+}
+
+void icoColors(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
+    kernels::table().unpremultiply(out, pixels, count);
+    for (std::size_t i = 0; i < count; ++i, out += 4)
+        if (out[3] == 0) std::memset(out, 0, 4);
+}
+
+void icoMask(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
+    for (std::size_t x = 0; x < count; ++x)
+        if (pixels[x * 4 + 3] < leastShown) out[x / 8] |= static_cast<std::uint8_t>(0x80 >> x % 8);
 }
 
 IcoImageBytes icoImage(PixelView pixels, unsigned depth) {

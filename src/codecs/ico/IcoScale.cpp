@@ -113,6 +113,17 @@ IcoPlacement icoPlacement(ConstPixelView source, std::size_t width, std::size_t 
     return place;
 }
 
+CursorHotspot icoHotspot(ConstPixelView source, CursorHotspot point, std::size_t width, std::size_t height) noexcept {
+    const IcoPlacement place = icoPlacement(source, width, height);
+    const auto scaled = [](std::int32_t at, std::size_t from, std::size_t to, std::size_t offset) {
+        const std::int64_t there = std::int64_t{at} * static_cast<std::int64_t>(to) / static_cast<std::int64_t>(from);
+        return static_cast<std::int32_t>(
+            std::clamp<std::int64_t>(there + static_cast<std::int64_t>(offset), 0, largestIcon));
+    };
+    return {scaled(point.x, source.width, place.width, place.left),
+            scaled(point.y, source.height, place.height, place.top)};
+}
+
 std::vector<std::uint8_t> icoScale(ConstPixelView source, bool hasAlpha, std::size_t width, std::size_t height) {
     std::vector<std::uint8_t> pixels(width * height * 4);
     const IcoPlacement place = icoPlacement(source, width, height);

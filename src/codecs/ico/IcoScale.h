@@ -1,6 +1,7 @@
 // Pictures at the size of an icon.
 #pragma once
 #include "shared/PixelView.h"
+#include "surface/cPixSheet.h"
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -15,6 +16,10 @@ struct IcoPlacement {
     std::size_t left, top, width, height;
 };
 IcoPlacement icoPlacement(ConstPixelView source, std::size_t width, std::size_t height) noexcept;
+
+// Where a point of the picture is then, from the top left of the icon: 0 .. largestIcon, as directories of cursors have
+// it.
+CursorHotspot icoHotspot(ConstPixelView source, CursorHotspot point, std::size_t width, std::size_t height) noexcept;
 
 // The pixels of width * height, rows bottom-up without padding, that the picture makes there; what it does not cover is
 // clear. Along each axis that shrinks a pixel is the exact mean of what it covers of the source, premultiplied and

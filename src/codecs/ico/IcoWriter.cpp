@@ -42,17 +42,6 @@ const SourcePicture& sourceFor(std::span<const SourcePicture> sources, std::size
     return *std::ranges::min_element(sources, {}, distance);
 }
 
-// Where the hotspot is after scaling; the directory has 16 bits for it.
-CursorHotspot scaledHotspot(const SourcePicture& source, std::size_t width, std::size_t height) {
-    const IcoPlacement place = icoPlacement(source.pixels, width, height);
-    const auto scaled = [](std::int32_t at, std::size_t from, std::size_t to, std::size_t offset) {
-        const std::int64_t there = std::int64_t{at} * static_cast<std::int64_t>(to) / static_cast<std::int64_t>(from);
-        return static_cast<std::int32_t>(std::clamp<std::int64_t>(there + static_cast<std::int64_t>(offset), 0, 65535));
-    };
-    return {scaled(source.hotspot.x, source.pixels.width, place.width, place.left),
-            scaled(source.hotspot.y, source.pixels.height, place.height, place.top)};
-}
-
 struct Entry {
     IconEntrySize size; // as wanted
     IcoImageBytes image;
@@ -64,7 +53,7 @@ Entry makeEntry(std::span<const SourcePicture> sources, const IconEntrySize& siz
     const SourcePicture& source = sourceFor(sources, width, height);
     Bytes pixels = icoScale(source.pixels, source.alpha != AlphaNone, width, height);
     return {size, icoImage({pixels.data(), width, height, width * 4}, icoDepth(size.bitDepth).value_or(32)),
-            scaledHotspot(source, width, height)};
+            icoHotspot(source.pixels, source.hotspot, width, height)};
 }
 
 Bytes makeFile(const std::vector<Entry>& entries, bool isCursor) {
