@@ -20,6 +20,8 @@ enum class SeamCall : std::uint8_t {
     getDIBits,
     getObject,
     getIconInfo,
+    createIconIndirect,
+    createMonochromeBitmap,
     oleLoadPicture,
     oleCreatePictureIndirect,
     renderPicture,
@@ -28,8 +30,9 @@ enum class SeamCall : std::uint8_t {
     setDIBitsToDevice,
     alphaBlend,
     extCreateRegion,
-    combineRgn, // on Windows alone
-    gdiFlush,   // cannot fail: a plan that is gone tells that it was called
+    combineRgn,          // on Windows alone
+    updateLayeredWindow, // the same
+    gdiFlush,            // cannot fail: a plan that is gone tells that it was called
     createFile,
     readFile,
     writeFile, // the failing write reports success with half the bytes done: a full disk

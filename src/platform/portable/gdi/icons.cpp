@@ -62,7 +62,7 @@ bool GetIconInfo(Handle icon, IconInfo& info) noexcept {
 Handle CreateIconIndirect(const IconInfo& info) noexcept {
     const ObjectRef mask = findObject(info.hbmMask, ObjectType::bitmap);
     const ObjectRef color = findObject(info.hbmColor, ObjectType::bitmap);
-    if (!mask || (info.hbmColor != 0 && !color)) return 0;
+    if (!mask || (info.hbmColor != 0 && !color) || faultDue(SeamCall::createIconIndirect)) return 0;
     try {
         auto icon = std::make_shared<Icon>();
         icon->info = info;
@@ -84,7 +84,7 @@ bool DestroyIcon(Handle icon) noexcept {
 }
 
 Handle CreateMonochromeBitmap(std::int32_t width, std::int32_t height, const std::uint8_t* bits) noexcept {
-    if (width <= 0 || height <= 0) return 0;
+    if (width <= 0 || height <= 0 || faultDue(SeamCall::createMonochromeBitmap)) return 0;
     const auto columns = static_cast<std::size_t>(width);
     const auto rows = static_cast<std::size_t>(height);
     const std::size_t sourceStride = (columns + 15) / 16 * 2;

@@ -14,6 +14,7 @@ bool GetIconInfo(Handle icon, IconInfo& info) noexcept {
 }
 
 Handle CreateIconIndirect(const IconInfo& info) noexcept {
+    if (faultDue(SeamCall::createIconIndirect)) return 0;
     ICONINFO native{info.fIcon ? TRUE : FALSE, info.xHotspot, info.yHotspot, reinterpret_cast<HBITMAP>(info.hbmMask),
                     reinterpret_cast<HBITMAP>(info.hbmColor)};
     return reinterpret_cast<Handle>(::CreateIconIndirect(&native));
@@ -24,7 +25,7 @@ bool DestroyIcon(Handle icon) noexcept {
 }
 
 Handle CreateMonochromeBitmap(std::int32_t width, std::int32_t height, const std::uint8_t* bits) noexcept {
-    if (width <= 0 || height <= 0) return 0;
+    if (width <= 0 || height <= 0 || faultDue(SeamCall::createMonochromeBitmap)) return 0;
     return reinterpret_cast<Handle>(::CreateBitmap(width, height, 1, 1, bits));
 }
 

@@ -31,6 +31,9 @@ class OlePicture final : public StdPicture {
   public:
     explicit OlePicture(Reference<IPicture>&& picture) noexcept : m_picture(std::move(picture)) {}
 
+    IPicture* get() const noexcept { return m_picture.get(); }
+    IPicture** receive() noexcept { return m_picture.receive(); }
+
     PictureType Type() const noexcept override {
         SHORT type = PICTYPE_UNINITIALIZED;
         return m_picture->get_Type(&type) == S_OK ? static_cast<PictureType>(type) : PictureType::uninitialized;
@@ -127,17 +130,22 @@ std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType t
     } else {
         return nullptr;
     }
-    Reference<IPicture> picture;
-    if (FAILED(::OleCreatePictureIndirect(&description, IID_IPicture, own ? TRUE : FALSE,
-                                          reinterpret_cast<void**>(picture.receive()))))
+    // First, because the system's picture, once it is there, frees the image when it goes.
+    std::unique_ptr<OlePicture> picture(new (std::nothrow) OlePicture({}));
+    if (!picture || FAILED(::OleCreatePictureIndirect(&description, IID_IPicture, own ? TRUE : FALSE,
+                                                      reinterpret_cast<void**>(picture->receive()))))
         return nullptr;
-    return made(std::move(picture));
+    return picture;
 }
 
 std::unique_ptr<StdPicture> wrapPicture(IPicture* picture) {
     if (picture == nullptr) return nullptr;
     picture->AddRef();
     return std::make_unique<OlePicture>(Reference<IPicture>(picture));
+}
+
+IPicture* pictureBehind(const StdPicture& picture) noexcept {
+    return static_cast<const OlePicture&>(picture).get();
 }
 
 bool canLoadJpeg() noexcept {
