@@ -18,7 +18,8 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config.cmake" "${CMAKE_CURRENT
 # no other project's "shared/..." or "platform/..." is found in their place.
 foreach(header IN ITEMS ../include/pixkit/pixkit.h surface/cPixSheet.h surface/PngProperties.h shared/ByteArray.h
         gdiplus/GdiplusUser.h shared/enumerations.h shared/resources.h shared/Text.h diagnostics/ErrorReport.h diagnostics/Outcome.h
-        platform/clipboard.h platform/drops.h platform/gdi.h platform/gdiplus.h platform/handle.h platform/interaction.h platform/pictures.h platform/text.h)
+        platform/clipboard.h platform/drops.h platform/gdi.h platform/gdiplus.h platform/handle.h platform/icons.h
+        platform/interaction.h platform/pictures.h platform/text.h)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${header}")
     file(READ "${header}" text)
     string(REPLACE "#include \"" "#include \"pixkit/" text "${text}")

@@ -1,11 +1,14 @@
 // The one header that programs include.
 // Everything that a program needs: the class, what it is told of (messages, unexpected errors), what it may give
-// (system pictures, fonts, resources, dropped files, a clipboard, GDI+).
+// (system pictures, fonts, resources, dropped files, a clipboard, GDI+), and how it frees what it gets (bitmaps,
+// icons).
 #pragma once
 #include "diagnostics/ErrorReport.h"
 #include "platform/clipboard.h"
 #include "platform/drops.h"
+#include "platform/gdi.h"
 #include "platform/gdiplus.h"
+#include "platform/icons.h"
 #include "platform/interaction.h"
 #include "platform/pictures.h"
 #include "platform/text.h"

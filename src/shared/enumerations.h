@@ -73,6 +73,15 @@ enum eTextAlignment : std::int32_t {
     txtRightToLeft = 64, // reading order
 };
 
+// What CreateBitmap and CreateStdPicture make of an image.
+enum ePictureStyles : std::int32_t {
+    pictAuto = -1,         // only CreateStdPicture: pictIcon where Alpha says that there is some, else pictFlat
+    pictPremultiplied = 0, // a bitmap of 32 bits with alpha, as AlphaBlend, menus and ribbons want it
+    pictStraight = 1,      // a bitmap of 32 bits with alpha and straight colours, as in icons
+    pictFlat = 2,          // a bitmap of 24 bits, flattened onto a colour
+    pictIcon = 3,          // only CreateStdPicture: an icon, which is drawn with its alpha
+};
+
 // What PngPropertyGet and PngPropertySet are about.
 enum ePngProperties : std::int32_t {
     // texts, under the keywords that the PNG standard gives

@@ -7,6 +7,7 @@
 #include "surface/PngProperties.h"
 #include <any>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <span>
@@ -324,6 +325,41 @@ class cPixSheet {
     // program. False, and the clipboard as it was, without an image, while another program keeps it open (it is tried
     // for half a second), and where there is no clipboard or no memory.
     bool CopyToClipBoard() const noexcept;
+
+    // --- handing out (saving/SystemObjects.cpp): objects of the system's made of the image, which the caller owns. 0
+    // or null without an image, where the system makes none, and without memory
+
+    // A bitmap (a DIB section, rows bottom-up) with a copy of the pixels, to be freed with DeleteObject:
+    // - pictPremultiplied, 32 bits as stored: for AlphaBlend, bitmaps of menu items, ribbons.
+    // - pictStraight, 32 bits with straight colours by GetPixel's rule: for toolbars, colours of icons, and image lists
+    //   that want them straight. Systems differ in that; of icons (CreateIcon) all image lists take the same.
+    // - pictFlat, 24 bits, flattened onto BackColor: for all that knows no alpha.
+    // An image whose Alpha is AlphaNone is opaque in each. 0 also for other styles.
+    std::intptr_t CreateBitmap(std::int32_t Style = pictPremultiplied,
+                               std::int32_t BackColor = 0xFFFFFF) const noexcept;
+    // An icon of 32 bits with alpha, and a mask for systems that know none, to be freed with DestroyIcon. 0 for a size
+    // means the image's. At another size the picture fills it as in the icons of SaveToFile_ICO. 0 also for a side
+    // outside 0 .. 65,535.
+    std::intptr_t CreateIcon(std::int32_t Width = 0, std::int32_t Height = 0) const noexcept;
+    // The same as a cursor, to be freed with DestroyIcon or DestroyCursor. Its hotspot is in pixels of the cursor;
+    // below 0 it is that of the image in scale, which is its top left corner where it was no cursor. 0 also for a
+    // hotspot outside of the cursor.
+    std::intptr_t CreateCursor(std::int32_t HotspotX = -1, std::int32_t HotspotY = -1, std::int32_t Width = 0,
+                               std::int32_t Height = 0) const noexcept;
+    // A system picture (through COM an IPictureDisp), which owns its handle: of a bitmap as CreateBitmap makes it, or
+    // with pictIcon of an icon. pictAuto is what draws right in a picture box: an icon, which is blended with what lies
+    // beneath, where Alpha says that there is some, else a flat bitmap, as such boxes copy bitmaps without looking at
+    // alpha. Ribbons want pictPremultiplied.
+    std::unique_ptr<platform::StdPicture> CreateStdPicture(std::int32_t Style = pictAuto,
+                                                           std::int32_t BackColor = 0xFFFFFF) const noexcept;
+    // Stands for a coordinate that stays as it is (the system's CW_USEDEFAULT).
+    static constexpr std::int32_t keepPosition = std::numeric_limits<std::int32_t>::min();
+    // Makes the image the content and its size the size of a window of the program's, blended with what lies behind it
+    // at Opacity per cent (values outside 0 .. 100 count as the nearest); x, y are where its top left corner goes. A
+    // window without WS_EX_LAYERED gets it. False, and the window as it was, without an image, for another handle,
+    // after SetLayeredWindowAttributes, and natively, where there are no windows.
+    bool UpdateLayeredWindow(std::intptr_t hWnd, std::int32_t x = keepPosition, std::int32_t y = keepPosition,
+                             std::int32_t Opacity = 100) const noexcept;
 
     // --- effects, in place (render/Effects.cpp); false, and nothing done, without an image
 

@@ -161,6 +161,22 @@ TEST_F(FailureSweep, AFailedCopyLosesWhatWasOnTheClipboard) {
     Subject{[&] { clipboard.blocks = {{"old", {1}}}; }, [&] { return sheet.CopyToClipBoard(); }, check}.sweep({1, -1});
 }
 
+TEST_F(FailureSweep, AFailedHandingOutLeavesObjectsBehind) {
+    cPixSheet sheet;
+    fill(sheet, 2, 1, {{64, 32, 16, 128}, {9, 8, 7, 255}});
+    sheet.Alpha(AlphaComplex);
+    const std::function<bool()> members[] = {
+        [&] { return platform::DeleteObject(sheet.CreateBitmap(pictStraight)); },
+        [&] { return platform::DeleteObject(sheet.CreateBitmap(pictFlat)); },
+        [&] { return platform::DestroyIcon(sheet.CreateIcon(3, 3)); },
+        [&] { return platform::DestroyIcon(sheet.CreateCursor(1, 0)); },
+        [&] { return sheet.CreateStdPicture() != nullptr; },
+        [&] { return sheet.CreateStdPicture(pictFlat) != nullptr; },
+    };
+    for (const auto& member : members)
+        Subject{[] {}, member, [&](bool isDone) { EXPECT_EQ(sheet.LastErrorText().empty(), isDone); }}.sweep({1, -1});
+}
+
 TEST_F(FailureSweep, AFailedSaveCostsTheOldFileOrTheArray) {
     const TemporaryFolder folder;
     const std::string name = folder.name(u8"gr\u00F6\u00DFe \u56FE.bin");

@@ -1,6 +1,7 @@
 // Transcripts of the native class.
 #include "MemoryClipboard.h"
 #include "platform/drops.h"
+#include "platform/pictures.h"
 #include "surface/cPixSheet.h"
 #include "transcripts/Transcript.h"
 #include <functional>
@@ -79,16 +80,18 @@ class In {
             m_entrySizes.push_back({numberOf(numbers[i]), numberOf(numbers[i + 1]), numberOf(numbers[i + 2])});
         return m_entrySizes;
     }
-    operator cPixSheet*() {
-        const auto* const object = std::get_if<Object>(&value());
-        return object != nullptr ? static_cast<cPixSheet*>(object->get()) : nullptr;
-    }
+    operator cPixSheet*() { return static_cast<cPixSheet*>(object()); }
+    operator const platform::StdPicture*() { return static_cast<platform::StdPicture*>(object()); }
 
     void store(Value result) { m_argument.value = std::move(result); }
 
   private:
     static std::int32_t numberOf(const Value& value) {
         return static_cast<std::int32_t>(std::get<std::int64_t>(value));
+    }
+    void* object() const {
+        const auto* const found = std::get_if<Object>(&value());
+        return found != nullptr ? found->get() : nullptr;
     }
     std::int64_t number() const {
         if (const auto* truth = std::get_if<bool>(&value())) return *truth;
@@ -124,6 +127,9 @@ requires std::is_convertible_v<const Text&, std::string_view> Value valueOf(cons
 }
 Value valueOf(const std::uint8_t* address) {
     return reinterpret_cast<std::int64_t>(address);
+}
+Value valueOf(std::unique_ptr<platform::StdPicture> made) {
+    return Object(std::move(made));
 }
 Value valueOf(std::unique_ptr<cPixSheet> made) {
     return Object(std::move(made));
@@ -178,6 +184,7 @@ Member member(Call call) {
     X(GetOrginalFormat) X(SourceIconSizes) X(LoadPicture_ClipBoard) X(LoadPicture_DropedFiles) X(GetDroppedFileNames) \
     X(SaveToFile_Bitmap) X(SaveToStream_Bitmap) X(SaveToFile_TGA) X(SaveToStream_TGA) X(SaveToFile_JPG) \
     X(SaveToStream_JPG) X(SaveToFile_PNG) X(SaveToStream_PNG) X(SaveToFile_GIF) X(SaveToStream_GIF) \
+    X(LoadPicture_StdPicture) X(CreateBitmap) X(CreateIcon) X(CreateCursor) X(CreateStdPicture) X(UpdateLayeredWindow) \
     X(SaveToFile_ICO) X(SaveToStream_ICO) X(CopyToClipBoard) X(PngPropertyGet) X(PngPropertySet) \
     X(MakeGrayScale) X(MakeImageInverse) X(MakeLighterDarker) X(MakeTransparent) X(BlendToColor) X(MirrorImage) \
     X(Render) X(RenderDropShadow_JIT) X(CreateGDIplusToken) X(DestroyGDIplusToken) X(Resize) X(ScaleImage) \

@@ -1,6 +1,7 @@
 #include "transcripts/Transcript.h"
 #include "platform/clipboard.h"
 #include "platform/gdi.h"
+#include "platform/icons.h"
 #include "platform/interaction.h"
 #include "support/Pictures.h"
 #include "support/SourceFolder.h"
@@ -10,6 +11,7 @@
 #include <map>
 #include <optional>
 #include <regex>
+#include <set>
 #include <sstream>
 
 namespace pixkit::test {
@@ -261,14 +263,27 @@ Value clipboard(const std::string& format, const std::vector<Argument>& argument
     return clipboard.isOpen() && clipboard.set(std::move(blocks));
 }
 
+// Of a handle of the system's: bits a pixel of bitmaps, the hotspot of cursors.
+std::string kindOf(platform::Handle handle) {
+    const auto type = platform::GetObjectType(handle);
+    platform::BitmapRecord bitmap;
+    platform::IconInfo icon;
+    if (platform::GetObjectA(handle, bitmap)) return "bitmap " + std::to_string(bitmap.bmBitsPixel);
+    if (type != platform::ObjectType::none) return "context";
+    if (!platform::GetIconInfo(handle, icon)) return "none";
+    platform::DeleteObject(icon.hbmMask);
+    platform::DeleteObject(icon.hbmColor);
+    return icon.fIcon ? "icon" : "cursor " + std::to_string(icon.xHotspot) + ' ' + std::to_string(icon.yHotspot);
+}
+
 Value Run::command(const std::string& name, const std::vector<Argument>& arguments) {
     const Value& first = arguments.at(0).value;
     if (name == "value") return first;
-    if (name == "kind") { // of a handle of the system's
-        const auto type = platform::GetObjectType(platform::Handle(std::get<std::int64_t>(first)));
-        return Word{type == platform::ObjectType::none     ? "none"
-                    : type == platform::ObjectType::bitmap ? "bitmap"
-                                                           : "context"};
+    if (name == "kind") return Word{kindOf(platform::Handle(std::get<std::int64_t>(first)))};
+    if (name == "free") {
+        const auto handle = platform::Handle(std::get<std::int64_t>(first));
+        const bool isObject = platform::GetObjectType(handle) != platform::ObjectType::none;
+        return isObject ? platform::DeleteObject(handle) : platform::DestroyIcon(handle);
     }
     const auto& text = std::get<std::string>(first);
     if (name == "answer") { // to every question from now on
@@ -297,7 +312,9 @@ std::string Run::resultText(const std::string& member, const Object& object, con
     if (number == nullptr || *number == 0) return std::holds_alternative<std::monostate>(value) ? "" : textOf(value);
     if (member == "GetPixel" && *number > 0) return "0x" + hex(std::uint64_t(*number), 6);
     if (member == "SetPixel") return "bits+" + std::to_string(*number - property(object, "BitsPointer"));
-    if (member != "BitsPointer" && member != "Handle" && member != "LoadDIBinDC") return textOf(value);
+    static const std::set<std::string> handles = {"BitsPointer",  "Handle",     "LoadDIBinDC",
+                                                  "CreateBitmap", "CreateIcon", "CreateCursor"};
+    if (handles.count(member) == 0) return textOf(value);
     for (const auto& [name, held] : m_variables)
         if (textOf(held) == textOf(value)) return name;
     return "something";

@@ -1,5 +1,7 @@
-// Icons and cursors of the system's.
+// Icons and cursors of the system's, read and made.
+#include "codecs/ico/IcoImage.h"
 #include "codecs/ico/IcoMask.h"
+#include "codecs/ico/IcoScale.h"
 #include "codecs/ico/cICOparser.h"
 #include "platform/gdi.h"
 #include "platform/icons.h"
@@ -12,7 +14,7 @@ namespace pixkit {
 
 namespace {
 
-using UniqueBitmap = platform::UniqueHandle<platform::DeleteObject>;
+using platform::UniqueBitmap;
 
 // A bitmap's pixels with 32 bits each, rows bottom-up; empty on failure.
 struct BitmapPixels {
@@ -48,6 +50,24 @@ std::vector<std::uint8_t> maskBytes(const BitmapPixels& mask, std::size_t width,
     return bytes;
 }
 
+// Within the cursor where it is the picture's own, which may lie outside of the picture.
+CursorHotspot cursorHotspot(const SourcePicture& source, const IconEntrySize& size, CursorHotspot wanted) {
+    const CursorHotspot own = icoHotspot(source.pixels, source.hotspot, static_cast<std::size_t>(size.Width),
+                                         static_cast<std::size_t>(size.Height));
+    return {wanted.x < 0 ? std::min(own.x, size.Width - 1) : wanted.x,
+            wanted.y < 0 ? std::min(own.y, size.Height - 1) : wanted.y};
+}
+
+// Rows from the top, padded to two bytes.
+UniqueBitmap maskBitmap(ConstPixelView pixels) {
+    const std::size_t length = (pixels.width + 15) / 16 * 2;
+    std::vector<std::uint8_t> rows(length * pixels.height);
+    for (std::size_t y = 0; y < pixels.height; ++y)
+        icoMask(&rows[y * length], pixels.rowFromTop(y), pixels.width);
+    return UniqueBitmap(platform::CreateMonochromeBitmap(static_cast<std::int32_t>(pixels.width),
+                                                         static_cast<std::int32_t>(pixels.height), rows.data()));
+}
+
 } // namespace
 
 Outcome cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host) {
@@ -73,6 +93,35 @@ Outcome cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host
     if (isCursor)
         HostAccess::hotspot(Host, {static_cast<std::int32_t>(info.xHotspot), static_cast<std::int32_t>(info.yHotspot)});
     return done();
+}
+
+Outcome cICOparser::CreateIcon(const SourcePicture& Source, IconEntrySize Size,
+                               const std::optional<CursorHotspot>& Hotspot, platform::UniqueIcon& Icon) {
+    std::vector<IconEntrySize> sizes;
+    if (Outcome checked = EntrySizes({&Source, 1}, {&Size, 1}, sizes); !checked) return checked;
+    Size = sizes.front();
+    platform::IconInfo info{.fIcon = !Hotspot};
+    if (Hotspot) {
+        const CursorHotspot hotspot = cursorHotspot(Source, Size, *Hotspot);
+        if (hotspot.x >= Size.Width || hotspot.y >= Size.Height)
+            return refused("the hotspot lies outside of the cursor");
+        info.xHotspot = static_cast<std::uint32_t>(hotspot.x);
+        info.yHotspot = static_cast<std::uint32_t>(hotspot.y);
+    }
+    const auto width = static_cast<std::size_t>(Size.Width), height = static_cast<std::size_t>(Size.Height);
+    auto pixels = icoScale(Source.pixels, Source.alpha != AlphaNone, width, height);
+    const ConstPixelView view{pixels.data(), width, height, width * 4};
+    const UniqueBitmap mask = maskBitmap(view);
+    void* bits = nullptr;
+    const UniqueBitmap color(platform::CreateDIBSection(0, {.biWidth = Size.Width, .biHeight = Size.Height}, &bits));
+    if (!mask || !color) return refused(noMemoryForPixels);
+    for (std::size_t y = 0; y < height; ++y)
+        icoColors(static_cast<std::uint8_t*>(bits) + y * view.stride, view.row(y), width);
+    platform::GdiFlush();
+    info.hbmMask = mask.get();
+    info.hbmColor = color.get();
+    Icon.reset(platform::CreateIconIndirect(info));
+    return doneIf(bool(Icon), "the system makes no such icon");
 }
 
 } // namespace pixkit

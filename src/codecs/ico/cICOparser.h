@@ -4,7 +4,7 @@
 #include "codecs/Reading.h"
 #include "codecs/Writing.h"
 #include "codecs/ico/IcoDirectory.h"
-#include "platform/handle.h"
+#include "platform/icons.h"
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -40,6 +40,12 @@ class cICOparser {
     // ImageType and hotspot as from a file. Refuses, and empties the host, for a handle that is none, or without
     // memory.
     static Outcome ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host);
+
+    // Makes an icon of the system's of the picture at a size, as for a file (below): 32 bits a pixel with straight
+    // alpha, and a mask. A hotspot makes it a cursor; coordinates of it that are below 0 are the picture's own, in
+    // scale. Refuses sizes that files refuse, and a hotspot outside of the cursor.
+    static Outcome CreateIcon(const SourcePicture& Source, IconEntrySize Size,
+                              const std::optional<CursorHotspot>& Hotspot, platform::UniqueIcon& Icon);
 
     // An icon or cursor file with an image of each of the sizes, made of the source of exactly that size, else of the
     // next larger, else of the largest (IcoScale.h, IcoImage.h); of cursors with hotspots in scale. Nothing when there

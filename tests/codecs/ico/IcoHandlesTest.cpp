@@ -10,8 +10,8 @@ using namespace pixkit::test;
 
 namespace {
 
-using UniqueBitmap = platform::UniqueHandle<platform::DeleteObject>;
-using UniqueIcon = platform::UniqueHandle<platform::DestroyIcon>;
+using platform::UniqueBitmap;
+using platform::UniqueIcon;
 
 class IcoHandles : public QuietLoads {};
 
