@@ -5,9 +5,16 @@ Begin VB.Form PictureForm
    ClientWidth     =   6400
    OLEDropMode     =   1
    ScaleMode       =   3
+   Begin VB.Image Preview
+      Height          =   64
+      Left            =   352
+      Stretch         =   -1  'True
+      Top             =   8
+      Width           =   64
+   End
 End
 Attribute VB_Name = "PictureForm"
-' Shows the picture that a custom resource of the program holds, and one dropped onto the form.
+' Shows the picture that a custom resource of the program holds, and one dropped onto the form, small in an Image control too.
 ' Needs a reference to "pixkit imaging component 3.0".
 Option Explicit
 
@@ -31,6 +38,7 @@ Private Sub Form_OLEDragDrop(Data As DataObject, Effect As Long, Button As Integ
     If loaded.LoadPicture_File(Data.Files(1)) Then
         loaded.BlendToColor BlendColor:=vbYellow, BlendOpacity:=10
         sheet.SwapDIBs loaded
+        Set Preview.Picture = sheet.CreateStdPicture()
         Me.Refresh
     End If
 End Sub

@@ -339,6 +339,15 @@ HRESULT PixSheetObject::LoadPicture_StdPicture(IPictureDisp** Picture, VARIANT_B
     return give(result, [&] { return m_sheet->LoadPicture_StdPicture(pictureOf(*Picture).get()); });
 }
 
+HRESULT PixSheetObject::CreateStdPicture(::ePictureStyles Style, LONG BackColor, IPictureDisp** result) {
+    return give(result, [&] {
+        const auto picture = m_sheet->CreateStdPicture(Style, BackColor);
+        IPictureDisp* const made = picture ? pictureDispOf(*picture) : nullptr;
+        if (picture && made == nullptr) refuse("the system's picture is no object for callers");
+        return made;
+    });
+}
+
 HRESULT PixSheetObject::LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSection, IDispatch* VBglobal, LONG iconCx,
                                              LONG iconCy, LONG streamStart, LONG streamLength, LONG iconBitDepth,
                                              VARIANT_BOOL* result) {

@@ -400,6 +400,22 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         });
     }
 
+    // --- handing out
+
+    STDMETHODIMP CreateBitmap(::ePictureStyles Style, LONG BackColor, LONG_PTR* result) override {
+        return give(result, [&] { return m_sheet->CreateBitmap(Style, BackColor); });
+    }
+    STDMETHODIMP CreateIcon(LONG Width, LONG Height, LONG_PTR* result) override {
+        return give(result, [&] { return m_sheet->CreateIcon(Width, Height); });
+    }
+    STDMETHODIMP CreateCursor(LONG HotspotX, LONG HotspotY, LONG Width, LONG Height, LONG_PTR* result) override {
+        return give(result, [&] { return m_sheet->CreateCursor(HotspotX, HotspotY, Width, Height); });
+    }
+    STDMETHODIMP CreateStdPicture(::ePictureStyles Style, LONG BackColor, IPictureDisp** result) override;
+    STDMETHODIMP UpdateLayeredWindow(LONG_PTR hWnd, LONG x, LONG y, LONG Opacity, VARIANT_BOOL* result) override {
+        return give(result, [&] { return m_sheet->UpdateLayeredWindow(hWnd, x, y, Opacity); });
+    }
+
   private:
     using Access = CallersBytes::Access;
 

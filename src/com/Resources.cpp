@@ -83,6 +83,12 @@ std::unique_ptr<platform::StdPicture> pictureOf(IUnknown* object) {
     return platform::wrapPicture(picture.get());
 }
 
+IPictureDisp* pictureDispOf(const platform::StdPicture& picture) {
+    void* found = nullptr;
+    const HRESULT status = platform::pictureBehind(picture)->QueryInterface(IID_IPictureDisp, &found);
+    return SUCCEEDED(status) ? static_cast<IPictureDisp*>(found) : nullptr;
+}
+
 std::unique_ptr<platform::StdPicture> resourcePicture(VARIANT& index, VARIANT& section, IDispatch* host, int iconCx,
                                                       int iconCy) {
     Variant plainIndex, plainSection, kind; // references followed

@@ -5,6 +5,7 @@
 #include "shared/ByteArray.h"
 #include <functional>
 #include <memory>
+#include <ocidl.h>
 
 namespace pixkit::com {
 
@@ -24,5 +25,9 @@ std::unique_ptr<platform::StdPicture> resourcePicture(VARIANT& index, VARIANT& s
 
 // The system picture behind an object, whichever of its interfaces that is; null for null and other objects.
 std::unique_ptr<platform::StdPicture> pictureOf(IUnknown* object);
+
+// The object behind a picture that the platform made, as callers know it, with a reference of theirs. Null when it is
+// not known as that.
+IPictureDisp* pictureDispOf(const platform::StdPicture& picture);
 
 } // namespace pixkit::com

@@ -62,6 +62,9 @@ check "what drawing.vbs saved" is_bitmap "$folder/drawing.bmp"
 check "saving.vbs" script '^saved .* in five formats' samples/vbscript/saving.vbs $pictures/lantern.png "$folder/saving"
 check "pixels.vbs" script 'all pixels as expected' samples/vbscript/pixels.vbs
 check "clipboard.vbs" script 'every pixel as it was copied' samples/vbscript/clipboard.vbs $pictures/lantern.png
+for picture in landscape lantern; do
+    check "pictures.vbs, $picture" script 'loaded back .* as expected' samples/vbscript/pictures.vbs $pictures/$picture.png
+done
 cp $pictures/landscape.png $pictures/lantern.png "$folder"
 check "dropped.vbs" script '^2 dropped, all as expected' samples/vbscript/dropped.vbs "$folder"/l*.png
 check "what dropped.vbs saved" [ -s "$folder/lantern.png.dropped.png" ]
