@@ -116,7 +116,9 @@ bool FontFace::setStrike(std::int32_t height) noexcept {
 }
 
 std::int32_t FontFace::scaled(FT_Long units) const noexcept {
-    return static_cast<std::int32_t>((FT_MulFix(units, m_face->size->metrics.y_scale) + 32) >> 6);
+    constexpr FT_Long farthest = 1 << 20; // pixels; beyond them are only broken fonts
+    const FT_Long pixels = (FT_MulFix(units, m_face->size->metrics.y_scale) + 32) >> 6;
+    return static_cast<std::int32_t>(std::clamp(pixels, -farthest, farthest));
 }
 
 void FontFace::measure() noexcept {
@@ -138,19 +140,27 @@ void FontFace::measure() noexcept {
     }
 }
 
+namespace {
+
+// A line around a height above the baseline, in pixels.
+TextRule ruleAt(std::int32_t middle, std::int32_t thickness) noexcept {
+    thickness = std::max(thickness, 1);
+    return {.top = -(middle + thickness / 2), .thickness = thickness};
+}
+
+} // namespace
+
 TextRule FontFace::underline() const noexcept {
-    if (!m_metrics.isScalable) return {.top = 0, .thickness = m_metrics.ascent / 20 + 1};
-    const std::int32_t thickness = std::max(scaled(m_face->underline_thickness), 1);
+    if (!m_metrics.isScalable) return {.top = 0, .thickness = std::max(m_metrics.ascent, 0) / 20 + 1};
     // FreeType gives the middle of the line, and GDI takes the font's own word, its upper edge, for the middle.
     const FT_Long edge = m_face->underline_position + m_face->underline_thickness / 2;
-    return {.top = -(scaled(edge) + thickness / 2), .thickness = thickness};
+    return ruleAt(scaled(edge), scaled(m_face->underline_thickness));
 }
 
 TextRule FontFace::strikeOut() const noexcept {
     const TT_OS2* os2 = m_metrics.isScalable ? os2Of(m_face.get()) : nullptr;
-    if (os2 == nullptr) return {.top = -m_metrics.ascent / 2, .thickness = m_metrics.ascent / 20 + 1};
-    const std::int32_t thickness = std::max(scaled(os2->yStrikeoutSize), 1);
-    return {.top = -(scaled(os2->yStrikeoutPosition) + thickness / 2), .thickness = thickness};
+    if (os2 == nullptr) return {.top = -m_metrics.ascent / 2, .thickness = std::max(m_metrics.ascent, 0) / 20 + 1};
+    return ruleAt(scaled(os2->yStrikeoutPosition), scaled(os2->yStrikeoutSize));
 }
 
 // --- glyphs

@@ -1,5 +1,6 @@
 #include "platform/portable/text/LineLayout.h"
 #include "platform/portable/text/OpenFont.h"
+#include <algorithm>
 #include <hb.h>
 #include <linebreak.h>
 #include <raqm.h>
@@ -52,14 +53,17 @@ bool chooseFaces(raqm_t* raqm, OpenFont& font, std::u32string_view text, std::ve
 }
 
 // 64ths of a pixel to pixels; halves away from 0.
-std::int32_t rounded(int places) noexcept {
-    return (places + (places < 0 ? -32 : 32)) / 64;
+std::int32_t rounded(std::int64_t places) noexcept {
+    return static_cast<std::int32_t>((places + (places < 0 ? -32 : 32)) / 64);
 }
 
-// The hinted width, and what shaping has made of the plain one: kerning, or nothing for a mark.
+// The hinted width, and what shaping has made of the plain one: kerning, or nothing for a mark. The sum of a line's
+// stays a number, whatever a broken font says.
 std::int32_t advanceOf(FontFace& face, const raqm_glyph_t& glyph) {
+    constexpr std::int64_t widest = 1 << 17; // pixels: two em squares of the biggest size
     if (glyph.x_advance == 0) return 0;
-    return face.glyph(glyph.index).advance + rounded(glyph.x_advance - face.plainAdvance(glyph.index));
+    const std::int64_t change = rounded(std::int64_t{glyph.x_advance} - face.plainAdvance(glyph.index));
+    return static_cast<std::int32_t>(std::clamp(face.glyph(glyph.index).advance + change, -widest, widest));
 }
 
 // The width of glyphs that stand for several characters is shared out among them.

@@ -50,6 +50,7 @@ FontFace& OpenFont::faceFor(std::u32string_view characters) {
 
 std::vector<Rect> OpenFont::rulesOf(std::int32_t width) const {
     std::vector<Rect> rules;
+    if (width <= 0) return rules; // fonts may have widths below 0
     const auto add = [&](const TextRule& rule) { rules.push_back({0, rule.top, width, rule.top + rule.thickness}); };
     if (m_record.underline) add(m_first->underline());
     if (m_record.strikeOut) add(m_first->strikeOut());
