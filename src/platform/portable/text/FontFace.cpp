@@ -46,7 +46,7 @@ Reach reachOf(FT_Face face) noexcept {
 } // namespace
 
 std::unique_ptr<FontFace> FontFace::of(Face face, bool isBold, bool isItalic, const FontRecord& record) {
-    FT_Face const opened = face.get();
+    auto* const opened = face.get();
     if (!FT_IS_SCALABLE(opened) && opened->num_fixed_sizes <= 0) return nullptr;
     // Symbol fonts have a table of their own kind, which is not chosen by itself.
     if (opened->charmap == nullptr && opened->num_charmaps > 0) FT_Set_Charmap(opened, opened->charmaps[0]);
@@ -193,7 +193,7 @@ bool FontFace::loadOutline(std::uint32_t index, bool isHinted) const noexcept {
 
 FontFace::Glyph FontFace::measured(std::uint32_t index) const {
     Glyph glyph;
-    FT_GlyphSlot const slot = m_face->glyph;
+    auto* const slot = m_face->glyph;
     if (!m_metrics.isScalable) {
         glyph.ink = lookOfBitmap(m_face.get(), index, m_bitmapScale).box;
         glyph.advance =

@@ -52,12 +52,18 @@ bool chooseFaces(raqm_t* raqm, OpenFont& font, std::u32string_view text, std::ve
     return true;
 }
 
+// GDI neither kerns nor joins letters that can stand alone.
+bool leaveLettersAlone(raqm_t* raqm) noexcept {
+    return raqm_add_font_feature(raqm, "kern=0", -1) && raqm_add_font_feature(raqm, "liga=0", -1) &&
+           raqm_add_font_feature(raqm, "clig=0", -1);
+}
+
 // 64ths of a pixel to pixels; halves away from 0.
 std::int32_t rounded(std::int64_t places) noexcept {
     return static_cast<std::int32_t>((places + (places < 0 ? -32 : 32)) / 64);
 }
 
-// The hinted width, and what shaping has made of the plain one: kerning, or nothing for a mark. The sum of a line's
+// The hinted width, and what shaping has made of the plain one: nothing for a mark. The sum of a line's
 // stays a number, whatever a broken font says.
 std::int32_t advanceOf(FontFace& face, const raqm_glyph_t& glyph) {
     constexpr std::int64_t widest = 1 << 17; // pixels: two em squares of the biggest size
@@ -111,8 +117,8 @@ std::unique_ptr<TextLine> layOutLine(OpenFont& font, std::u32string_view text, b
     std::vector<FontFace*> faces;
     if (!raqm || text.empty() || !raqm_set_text(raqm.get(), characters.data(), characters.size()) ||
         !raqm_set_par_direction(raqm.get(), isRightToLeft ? RAQM_DIRECTION_RTL : RAQM_DIRECTION_LTR) ||
-        !chooseFaces(raqm.get(), font, text, faces) || !raqm_set_freetype_load_flags(raqm.get(), FT_LOAD_NO_HINTING) ||
-        !raqm_layout(raqm.get()))
+        !leaveLettersAlone(raqm.get()) || !chooseFaces(raqm.get(), font, text, faces) ||
+        !raqm_set_freetype_load_flags(raqm.get(), FT_LOAD_NO_HINTING) || !raqm_layout(raqm.get()))
         return nullptr;
     std::size_t count = 0;
     const raqm_glyph_t* const glyphs = raqm_get_glyphs(raqm.get(), &count);

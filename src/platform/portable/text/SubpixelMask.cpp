@@ -91,12 +91,12 @@ void Subpixels::add(const Subpixels& other, std::int64_t x, std::int64_t y) noex
 
 void Subpixels::addMeans(std::uint8_t* mask, std::int32_t width) const noexcept {
     const std::uint8_t* from = bytes.data();
-    for (std::int64_t y = box.top; y < box.bottom; ++y)
-        for (std::int64_t x = box.left; x < box.right; ++x, from += 3)
-            if (const int sum = from[0] + from[1] + from[2]; sum != 0) {
-                std::uint8_t& to = mask[y * width + x];
-                to = covered(to, static_cast<std::uint8_t>((sum + 1) / 3));
-            }
+    for (std::int64_t y = box.top; y < box.bottom; ++y) {
+        std::uint8_t* to = mask + y * width + box.left;
+        for (std::int64_t x = box.left; x < box.right; ++x, ++to, from += 3)
+            if (const int sum = from[0] + from[1] + from[2]; sum != 0)
+                *to = covered(*to, static_cast<std::uint8_t>((sum + 1) / 3));
+    }
 }
 
 void turn(FT_Outline& outline, const TextTurn& place) noexcept {
