@@ -13,6 +13,10 @@ std::string toUtf8(const wchar_t* text) {
     return text != nullptr ? platform::toUtf8(text) : std::string();
 }
 
+std::string nameToUtf8(const wchar_t* name) {
+    return name != nullptr ? platform::nameToUtf8(name) : std::string();
+}
+
 BSTR toBstr(const std::string& utf8) {
     std::wstring wide;
     if (!platform::toUtf16(utf8, wide)) return nullptr;

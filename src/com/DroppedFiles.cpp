@@ -25,7 +25,7 @@ bool addName(const VARIANT& value, Files& files) {
     Variant name;
     copyOf(value, name);
     if (name.vt != VT_BSTR || ::SysStringLen(name.bstrVal) == 0) return false;
-    files.push_back({toUtf8(name.bstrVal)});
+    files.push_back({nameToUtf8(name.bstrVal)});
     return true;
 }
 

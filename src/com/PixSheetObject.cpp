@@ -191,7 +191,7 @@ HRESULT PixSheetObject::SaveToFile_ICO(BSTR FileName, VARIANT* Source, VARIANT_B
                                        LONG* result) {
     return give(result, [&] {
         return withIconArguments(Source, Sizes, [&](const auto& sheets, const auto& sizes) {
-            return m_sheet->SaveToFile_ICO(toUtf8(FileName), sheets, isTrue(PromptOverWrite), sizes);
+            return m_sheet->SaveToFile_ICO(nameToUtf8(FileName), sheets, isTrue(PromptOverWrite), sizes);
         });
     });
 }

@@ -166,7 +166,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP LoadPicture_File(BSTR FileName, LONG iconCx, LONG iconCy, VARIANT_BOOL SaveFormat, LONG iconBitDepth,
                                   VARIANT_BOOL* result) override {
         return give(result, [&] {
-            return m_sheet->LoadPicture_File(toUtf8(FileName), iconCx, iconCy, isTrue(SaveFormat), iconBitDepth);
+            return m_sheet->LoadPicture_File(nameToUtf8(FileName), iconCx, iconCy, isTrue(SaveFormat), iconBitDepth);
         });
     }
     STDMETHODIMP LoadPicture_Stream(SAFEARRAY** inStream, LONG iconCx, LONG iconCy, LONG streamStart, LONG streamLength,
@@ -207,8 +207,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP SaveToFile_Bitmap(BSTR FileName, VARIANT_BOOL KeepPreMultipliedPixels, LONG TransparentFillColor,
                                    VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
         return give(result, [&] {
-            return m_sheet->SaveToFile_Bitmap(toUtf8(FileName), isTrue(KeepPreMultipliedPixels), TransparentFillColor,
-                                              isTrue(PromptOverWrite));
+            return m_sheet->SaveToFile_Bitmap(nameToUtf8(FileName), isTrue(KeepPreMultipliedPixels),
+                                              TransparentFillColor, isTrue(PromptOverWrite));
         });
     }
     STDMETHODIMP SaveToStream_Bitmap(SAFEARRAY** outStream, VARIANT_BOOL KeepPreMultipliedPixels,
@@ -222,7 +222,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
                                 VARIANT_BOOL AllowPreMultipliedPixels, VARIANT_BOOL PromptOverWrite,
                                 VARIANT_BOOL* result) override {
         return give(result, [&] {
-            return m_sheet->SaveToFile_TGA(toUtf8(FileName), isTrue(Compress), isTrue(ReduceBitDepth),
+            return m_sheet->SaveToFile_TGA(nameToUtf8(FileName), isTrue(Compress), isTrue(ReduceBitDepth),
                                            isTrue(AllowPreMultipliedPixels), isTrue(PromptOverWrite));
         });
     }
@@ -237,7 +237,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP SaveToFile_JPG(BSTR FileName, LONG Quality, LONG TransparentFillColor, VARIANT_BOOL PromptOverWrite,
                                 VARIANT_BOOL* result) override {
         return give(result, [&] {
-            return m_sheet->SaveToFile_JPG(toUtf8(FileName), Quality, TransparentFillColor, isTrue(PromptOverWrite));
+            return m_sheet->SaveToFile_JPG(nameToUtf8(FileName), Quality, TransparentFillColor,
+                                           isTrue(PromptOverWrite));
         });
     }
     STDMETHODIMP SaveToStream_JPG(SAFEARRAY** outStream, LONG Quality, VARIANT_BOOL* result) override {
@@ -247,7 +248,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP SaveToFile_GIF(BSTR FileName, VARIANT_BOOL UseAdaptivePalette, BYTE OpaquenessTolerance,
                                 VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
         return give(result, [&] {
-            return m_sheet->SaveToFile_GIF(toUtf8(FileName), isTrue(UseAdaptivePalette), OpaquenessTolerance,
+            return m_sheet->SaveToFile_GIF(nameToUtf8(FileName), isTrue(UseAdaptivePalette), OpaquenessTolerance,
                                            isTrue(PromptOverWrite));
         });
     }
@@ -267,7 +268,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP SaveToStream_ICO(SAFEARRAY** outStream, VARIANT* Source, SAFEARRAY** Sizes, LONG* result) override;
 
     STDMETHODIMP SaveToFile_PNG(BSTR FileName, VARIANT_BOOL PromptOverWrite, VARIANT_BOOL* result) override {
-        return give(result, [&] { return m_sheet->SaveToFile_PNG(toUtf8(FileName), isTrue(PromptOverWrite)); });
+        return give(result, [&] { return m_sheet->SaveToFile_PNG(nameToUtf8(FileName), isTrue(PromptOverWrite)); });
     }
     STDMETHODIMP SaveToStream_PNG(SAFEARRAY** outStream, VARIANT_BOOL* result) override {
         return fill(outStream, Access::replace, result,

@@ -3,6 +3,7 @@
 #include "codecs/GdiplusPictures.h"
 #include "codecs/ico/cICOparser.h"
 #include "codecs/png/cPNGwriter.h"
+#include "diagnostics/fileReason.h"
 #include "loading/ForeignPictures.h"
 #include "loading/ForeignSignatures.h"
 #include "loading/LoadRequest.h"
@@ -92,10 +93,9 @@ Outcome readPicture(LoadRequest& request, cPixSheet& host) {
 
 // Why a file that cannot be opened cannot.
 Reason openingProblem(const std::string& FileName, bool useUnicode) {
+    const Reason reason = fileReason("the file cannot be opened");
     if (FileName.empty()) return "the name of the file is empty";
-    if (iparseIsDirectory(FileName, useUnicode)) return "it is a folder";
-    if (!iparseFileExists(FileName, useUnicode)) return "the file does not exist";
-    return "the file cannot be opened";
+    return iparseIsDirectory(FileName, useUnicode) ? Reason("it is a folder") : reason;
 }
 
 } // namespace
@@ -117,7 +117,7 @@ bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconC
         const platform::UniqueFile file(iparseGetFileHandle(FileName, true, useUnicode));
         if (!file) return refused(openingProblem(FileName, useUnicode));
         const std::int64_t size = platform::GetFileSize(file.get());
-        if (size < 0) return refused("the file cannot be read");
+        if (size < 0) return refused(fileReason("the file cannot be read"));
         if (size <= largestRefusedFile) return refused("files of 56 bytes or less hold no picture");
         LoadRequest request(file.get(), IconRequest(iconCx, iconCy, iconBitDepth));
         return spt_LoadPictureEx(request, SaveFormat);

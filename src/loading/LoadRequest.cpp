@@ -1,4 +1,5 @@
 #include "loading/LoadRequest.h"
+#include "diagnostics/fileReason.h"
 #include "platform/files.h"
 #include <algorithm>
 #include <limits>
@@ -59,12 +60,14 @@ std::size_t LoadRequest::fileSize() const {
 }
 
 void LoadRequest::read(std::span<std::uint8_t> into, std::size_t position) const {
+    constexpr Reason cannotBeRead = "the file cannot be read";
     std::uint32_t done = 0;
     const auto count = static_cast<std::uint32_t>(into.size());
     if (!platform::SetFilePointer(m_file, static_cast<std::uint32_t>(position)) ||
-        !platform::ReadFile(m_file, into.data(), count, done) || done != count) {
-        throw std::runtime_error("the file cannot be read");
+        !platform::ReadFile(m_file, into.data(), count, done)) {
+        throw std::runtime_error(std::string(fileReason(cannotBeRead).text()));
     }
+    if (done != count) throw std::runtime_error(std::string(cannotBeRead.text())); // somebody cut it meanwhile
 }
 
 } // namespace pixkit

@@ -28,7 +28,7 @@ void append(std::string& text, char32_t character) {
         text += static_cast<char>(0x80 | (character >> (6 * i) & 0x3F));
 }
 
-// What is not UTF-16 comes out as U+FFFD, as from the system.
+// What is not UTF-16 comes out as what is not UTF-8: with U+FFFD in its place the name would be another file's.
 std::string fromUtf16(std::span<const std::uint8_t> name) {
     const ByteReader units(name);
     std::string text;
@@ -37,7 +37,7 @@ std::string fromUtf16(std::span<const std::uint8_t> name) {
         if (character >= 0xD800 && character < 0xE000) {
             const char32_t low = units.littleEndian16(i + 2).value_or(0);
             const bool isPair = character < 0xDC00 && low >= 0xDC00 && low < 0xE000;
-            character = isPair ? 0x10000 + ((character - 0xD800) << 10) + (low - 0xDC00) : 0xFFFD;
+            character = isPair ? 0x10000 + ((character - 0xD800) << 10) + (low - 0xDC00) : character;
             if (isPair) i += 2;
         }
         append(text, character);

@@ -41,7 +41,15 @@ enum class SeamCall : std::uint8_t {
     getFileAttributes,
     setFileAttributes,
     deleteFile,
-    moveFile,
+    getFinalPathName,
+    createDraft,
+    vanishingDraft, // "fails" = the file system has no files that go with the process
+    keepDraft,
+    flushFile,
+    setEndOfFile,
+    closeFile, // the failing one closes, and tells that bytes were lost
+    replaceFile,
+    genRandom, // RtlGenRandom
     loadLibrary,
     getProcAddress,
     windowStationVisible, // "fails" = nobody sees it

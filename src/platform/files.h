@@ -12,12 +12,33 @@ namespace pixkit::platform {
 enum class FileUse : std::uint8_t {
     openExisting, // read only, shared for reading
     createAlways, // write only, truncates an existing file
-    createNew,    // write only, fails when the name exists
+    overwrite,    // write only, an existing file as it is; a symbolic link fails
 };
+
+// Why a function failed, as far as a person can do something about it.
+enum class FileError : std::uint8_t {
+    other,
+    notFound, // the file, or its folder
+    denied,
+    inUse, // by another program
+    readOnlySystem,
+    diskFull, // or the share of it that the caller may use
+    tooManyOpen,
+    tooLarge, // for the file system
+    device,
+    badName,
+    circle,        // links that lead to one another
+    irreplaceable, // no file that replaces it would be what it is (CreateDraftW)
+    noMemory,
+};
+
+// Of the last function below that failed, in this thread. To be asked before anything else is called.
+FileError GetLastError() noexcept;
 
 // invalidHandle on failure. A directory is not a file: it fails.
 Handle CreateFileW(const std::string& name, FileUse use) noexcept;
 Handle CreateFileA(const std::string& name, FileUse use) noexcept;
+// The handle is gone in any case. False also when the system tells only now that bytes written were lost.
 bool CloseHandle(Handle file) noexcept;
 
 // Both return whether the call itself succeeded; `done` receives the bytes moved, which may be fewer than asked for.
@@ -38,17 +59,44 @@ inline constexpr std::uint32_t fileAttributeNormal = 128;
 // invalidFileAttributes when nothing of that name exists.
 std::uint32_t GetFileAttributesW(const std::string& name) noexcept;
 std::uint32_t GetFileAttributesA(const std::string& name) noexcept;
-// Only `readonly` and `normal` mean something on the portable side (the owner's write permission).
+// Only `readonly` and `normal` mean something on the portable side (the owner's write permission). A symbolic link has
+// none itself, and what it leads to is not touched.
 bool SetFileAttributesW(const std::string& name, std::uint32_t attributes) noexcept;
 bool SetFileAttributesA(const std::string& name, std::uint32_t attributes) noexcept;
 // A directory is not deleted: false.
 bool DeleteFileW(const std::string& name) noexcept;
 bool DeleteFileA(const std::string& name) noexcept;
 
-// Gives a file another name, in one step: whoever held that name is replaced or, on failure, untouched. A directory
-// is not replaced, and a file marked read-only not on every system.
-bool MoveFileExW(const std::string& from, const std::string& to) noexcept;
-bool MoveFileExA(const std::string& from, const std::string& to) noexcept;
+// --- Files that are written to take the place of others
+
+// The file that a symbolic link leads to, through any number of links, whether it is there or not; of what is no link
+// the name itself. Empty on failure: links in a circle, or one that the system does not follow.
+std::string GetFinalPathNameW(const std::string& name) noexcept;
+std::string GetFinalPathNameA(const std::string& name) noexcept;
+
+// Creates a file of a new name for writing, which is to take the place of `target` in the same folder. invalidHandle on
+// failure, and where the target cannot be replaced without losing what it is: it has several names (hard links), or, on
+// the portable side, an owner or extended attributes that the draft cannot have. There the draft is nobody else's from
+// its first byte: it has the target's owner, mode, access list and attributes. Without a target it is as any new file.
+//
+// Until KeepDraft a draft goes with its handle and with the process, however that ends, where the file system can do
+// so; elsewhere it has to be deleted.
+Handle CreateDraftW(const std::string& draft, const std::string& target) noexcept;
+Handle CreateDraftA(const std::string& draft, const std::string& target) noexcept;
+// From now on the draft stays, under its name.
+bool KeepDraft(Handle file, const std::string& draft) noexcept;
+
+// Bytes written are on the disk when it returns true.
+bool FlushFileBuffers(Handle file) noexcept;
+// Makes the file so long. What it grows by has room on the disk where the file system can promise that. When it cannot
+// grow it is as it was.
+bool SetEndOfFile(Handle file, std::int64_t size) noexcept;
+
+// Gives a closed file the name of another, in one step: who held that name, if anybody, is replaced or, on failure,
+// untouched. A file marked read-only is replaced too, a directory is not. On Windows the file takes over the
+// attributes, the security and the streams of the one that it replaces.
+bool ReplaceFileW(const std::string& replaced, const std::string& replacement) noexcept;
+bool ReplaceFileA(const std::string& replaced, const std::string& replacement) noexcept;
 
 // How much of a name, from its beginning, is the folder; the last separator counts. 0 for a bare file name.
 std::size_t folderLength(const std::string& name) noexcept;

@@ -23,6 +23,9 @@ struct LocalTime {
 };
 LocalTime GetLocalTime() noexcept;
 
+// Fills `bytes` with what nobody can guess. False when the system has none to give.
+bool RtlGenRandom(void* bytes, std::uint32_t count) noexcept;
+
 // Whether this is called while a library is being loaded or unloaded, from what it does then (DllMain, its static
 // objects): no time to load libraries, to start something, or for messages, which lead to code that waits for the
 // loader's lock. Never on the portable side.

@@ -1,6 +1,6 @@
 #include "saving/Delivery.h"
 #include "platform/interaction.h"
-#include "saving/NeighbourFile.h"
+#include "saving/OutputFile.h"
 #include "shared/Files.h"
 #include <utility>
 
@@ -18,13 +18,6 @@ Outcome mayBeReplaced(const FileTarget& target) {
     return doneIf(answer == platform::answerYes, "the file exists already and was kept");
 }
 
-// Why there can be no new file beside the target.
-Reason folderProblem(const FileTarget& target) {
-    const std::string folder = target.name.substr(0, platform::folderLength(target.name));
-    if (!folder.empty() && !iparseIsDirectory(folder, target.useUnicode)) return "the folder does not exist";
-    return "the folder takes no new file";
-}
-
 } // namespace
 
 Outcome deliverToStream(ByteArray& outStream, WrittenFile&& file) {
@@ -37,12 +30,11 @@ Outcome deliverToFile(const FileTarget& target, const std::function<WrittenFile(
     Outcome allowed = mayBeReplaced(target);
     if (iparseIsDirectory(target.name, target.useUnicode)) return refused("it is a folder");
     if (!allowed) return allowed;
-    NeighbourFile neighbour(target.name, target.useUnicode);
-    if (!neighbour.exists()) return refused(folderProblem(target)); // before the work of writing
+    OutputFile output(target.name, target.useUnicode);
+    if (!output.outcome()) return output.outcome(); // before the work of writing
     WrittenFile file = write();
     if (!file.outcome()) return file.outcome();
-    if (!neighbour.write(file.parts().pieces())) return refused("not all of the file could be written");
-    return doneIf(neighbour.takeItsPlace(), "the file cannot be replaced");
+    return output.save(file.parts().pieces());
 }
 
 } // namespace pixkit

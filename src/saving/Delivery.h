@@ -17,9 +17,9 @@ struct FileTarget {
     bool useUnicode;      // whether wide names are used whatever the desktop says
 };
 
-// Into a file: settles whether the name may be written, lets `write` make the bytes, and puts them into a file beside
-// the target, which takes the target's place when it is complete: a full disk costs nobody both. Refuses, and whatever
-// had the name as it was, for no name, a directory, a No, when there is nothing to write, or where the system fails.
+// Into a file: settles whether the name may be written, lets `write` make the bytes, and puts them into a file that
+// takes the target's place when it is complete (OutputFile.h): a full disk costs nobody both. Refuses, and whatever had
+// the name as it was, for no name, a directory, a No, when there is nothing to write, or where the system fails.
 Outcome deliverToFile(const FileTarget& target, const std::function<WrittenFile()>& write);
 
 } // namespace pixkit

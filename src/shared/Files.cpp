@@ -15,14 +15,20 @@ struct NamedFiles {
     decltype(&platform::GetFileAttributesW) getAttributes;
     decltype(&platform::SetFileAttributesW) setAttributes;
     decltype(&platform::DeleteFileW) remove;
-    decltype(&platform::MoveFileExW) move;
+    decltype(&platform::GetFinalPathNameW) finalName;
+    decltype(&platform::CreateDraftW) createDraft;
+    decltype(&platform::ReplaceFileW) replace;
 };
 
 const NamedFiles& files(bool useUnicode) noexcept {
-    static constexpr NamedFiles wide{&platform::CreateFileW, &platform::GetFileAttributesW,
-                                     &platform::SetFileAttributesW, &platform::DeleteFileW, &platform::MoveFileExW};
-    static constexpr NamedFiles narrow{&platform::CreateFileA, &platform::GetFileAttributesA,
-                                       &platform::SetFileAttributesA, &platform::DeleteFileA, &platform::MoveFileExA};
+    static constexpr NamedFiles wide{&platform::CreateFileW,        &platform::GetFileAttributesW,
+                                     &platform::SetFileAttributesW, &platform::DeleteFileW,
+                                     &platform::GetFinalPathNameW,  &platform::CreateDraftW,
+                                     &platform::ReplaceFileW};
+    static constexpr NamedFiles narrow{&platform::CreateFileA,        &platform::GetFileAttributesA,
+                                       &platform::SetFileAttributesA, &platform::DeleteFileA,
+                                       &platform::GetFinalPathNameA,  &platform::CreateDraftA,
+                                       &platform::ReplaceFileA};
     return useUnicode || platform::isDesktopWindowUnicode() ? wide : narrow;
 }
 
@@ -32,8 +38,17 @@ platform::Handle iparseGetFileHandle(const std::string& FileName, bool bOpen, bo
     return files(useUnicode).create(FileName, bOpen ? FileUse::openExisting : FileUse::createAlways);
 }
 
-platform::Handle iparseCreateNewFile(const std::string& FileName, bool useUnicode) noexcept {
-    return files(useUnicode).create(FileName, FileUse::createNew);
+platform::Handle iparseOpenToOverwrite(const std::string& FileName, bool useUnicode) noexcept {
+    return files(useUnicode).create(FileName, FileUse::overwrite);
+}
+
+std::string iparseFinalFileName(const std::string& FileName, bool useUnicode) noexcept {
+    return files(useUnicode).finalName(FileName);
+}
+
+platform::Handle iparseCreateDraft(const std::string& DraftName, const std::string& FileName,
+                                   bool useUnicode) noexcept {
+    return files(useUnicode).createDraft(DraftName, FileName);
 }
 
 bool iparseWriteWhole(platform::Handle FileHandle, std::span<const std::uint8_t> bytes) noexcept {
@@ -57,13 +72,7 @@ bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept {
 }
 
 bool iparseReplaceFile(const std::string& FileName, const std::string& ReplacedName, bool useUnicode) noexcept {
-    const NamedFiles& system = files(useUnicode);
-    const std::uint32_t attributes = system.getAttributes(ReplacedName);
-    if (attributes == invalidFileAttributes) return system.move(FileName, ReplacedName); // there is none to replace
-    if (!system.setAttributes(ReplacedName, fileAttributeNormal)) return false;
-    if (system.move(FileName, ReplacedName)) return true;
-    system.setAttributes(ReplacedName, attributes);
-    return false;
+    return files(useUnicode).replace(ReplacedName, FileName);
 }
 
 } // namespace pixkit

@@ -248,8 +248,9 @@ class cPixSheet {
 
     // Saves as a BMP file. An opaque image has 24 bits a pixel; one with alpha 32, premultiplied as stored, when
     // KeepPreMultipliedPixels, else it is flattened onto TransparentFillColor at 24. An existing file, read-only or
-    // not, is replaced, after a Yes/No question when PromptOverWrite. False without an image, on a No, for a directory,
-    // or when the file cannot be written whole or put in the place of the old one, which then is as it was.
+    // not, is replaced, after a Yes/No question when PromptOverWrite; who owns it and who may read it stays, and a link
+    // leads on to it (docs/security.md). False without an image, on a No, for a directory, or when the file cannot be
+    // written whole or put in the place of the old one, which then is as it was.
     bool SaveToFile_Bitmap(const std::string& FileName, bool KeepPreMultipliedPixels = false,
                            std::int32_t TransparentFillColor = 0, bool PromptOverWrite = true) const noexcept;
     // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.

@@ -44,6 +44,32 @@ if [ ${#command[@]} = 1 ]; then
     command=(timeout 10 "$pixkit")
     mkfifo "$folder/pipe.png"
     check 1 "pipe.png: the file cannot be opened" convert "$folder/pipe.png" "$folder/pipe.bmp"
+
+    # A signal in the middle of writing: the one for files that grow too large comes at a sure moment.
+    mkdir "$folder/ended"
+    (ulimit -c 0 -f 8; "$pixkit" convert samples/pictures/lantern.png "$folder/ended/out.bmp"; :) &>/dev/null
+    command=(find "$folder/ended" -name '~*')
+    "${command[@]}" | grep . && echo "FAILED: a draft was left behind" && failed=$((failed + 1))
+
+    # A file stays whose it is, and private; a link stays a link; a folder that takes no file may hold one that can be
+    # written. Root may do everything, so somebody else tries.
+    chmod 755 "$folder" && cp "$alpha" "$pixkit" "$folder" && cd "$folder" || exit 2
+    mkdir closed && touch closed/a.bmp private.bmp real.bmp && ln -s real.bmp link.bmp
+    chmod 555 closed && chmod 666 closed/a.bmp && chmod 600 private.bmp && chmod 444 real.bmp
+    command=(./pixkit)
+    check 0 "link.bmp" convert alpha.png link.bmp --overwrite
+    [ "$(id -u)" != 0 ] || { chown nobody private.bmp && command=(setpriv --reuid=nobody --clear-groups ./pixkit); }
+    check 0 "a.bmp" convert alpha.png closed/a.bmp --overwrite
+    check 1 "b.bmp: the folder takes no new file" convert alpha.png closed/b.bmp
+    [ "$(id -u)" != 0 ] || command=(./pixkit)
+    owner=$(stat -c %U private.bmp)
+    check 0 "private.bmp" convert alpha.png private.bmp --overwrite
+    command=(stat -c '%n %a %U %F')
+    check 0 "^private.bmp 600 $owner" private.bmp
+    check 0 "^real.bmp 444 .* regular file" real.bmp
+    check 0 "^link.bmp .* symbolic link" link.bmp
+    chmod 755 closed && cd "$OLDPWD" || exit 2
+
     for answer in no yes; do
         echo old >"$folder/a.bmp"
         echo $answer | script -qec "'$pixkit' convert $alpha $folder/a.bmp" "$folder/log" >"$folder/shown"

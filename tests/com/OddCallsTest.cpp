@@ -47,6 +47,16 @@ TEST_F(OddCalls, ResultsComeBackInTheCallersOwnType) {
               DISP_E_UNKNOWNINTERFACE);
 }
 
+TEST_F(OddCalls, ANameThatIsNotUtf16BecomesAnotherFile) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(makeImage(1, 1));
+    const VARIANT name = text((folder.path(u8"").wstring() + L"a\xD800.bmp").c_str());
+    EXPECT_FALSE(isTrue(sheet.get(), L"SaveToFile_Bitmap", {name, number(0), number(0), number(0)}));
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path(u8"")));
+    writeFile(folder.path(u8"a\uFFFD.bmp"), readFile(sourceFolder() / "samples/pictures/landscape.png"));
+    EXPECT_FALSE(isTrue(sheet.get(), L"LoadPicture_File", {name}));
+}
+
 TEST_F(OddCalls, NothingBecomesANewObjectWithOneReference) {
     ASSERT_TRUE(makeImage(3, 2));
     IDispatch* dispatch = nullptr;

@@ -79,7 +79,7 @@ TEST_F(DroppedFiles, ABlockOfNamesIsTakenAtItsWord) {
         {20, false, "a.bc..", "[a][bc]"},
         {20, true, "a.b...c.d.......", "[ab][cd]"},
         {22, false, "xxa.b..", "[a][b]"},
-        {20, true, "\x3A\x26=\xD8.\xDE=\xD8x.....", "[\u263A\U0001F600\uFFFDx]"},
+        {20, true, "\x3A\x26=\xD8.\xDE=\xD8x.....", "[\u263A\U0001F600\xED\xA0\xBDx]"},
         {20, false, "a.bc", "[a]"}, // cut off
         {20, true, "a...b", "[a]"},
         {20, false, "..a..", ""},

@@ -57,7 +57,7 @@ TEST(PlatformFiles, WhatIsNoFileIsRefused) {
         EXPECT_EQ(CreateFileW(name, FileUse::openExisting), invalidHandle);
         EXPECT_EQ(CreateFileA(name, FileUse::openExisting), invalidHandle);
         EXPECT_EQ(CreateFileW(name, FileUse::createAlways), invalidHandle);
-        EXPECT_FALSE(DeleteFileW(name) || MoveFileExW(file, name));
+        EXPECT_FALSE(DeleteFileW(name) || ReplaceFileW(name, file));
         const std::uint32_t attributes = GetFileAttributesW(name);
         EXPECT_EQ(attributes != invalidFileAttributes && (attributes & fileAttributeDirectory) != 0, name == directory);
         EXPECT_EQ(SetFileAttributesW(name, fileAttributeNormal), name == directory);
@@ -77,16 +77,19 @@ TEST(PlatformFiles, WhatIsNoFileIsRefused) {
 TEST(PlatformFiles, ReplacingLosesAFileOrAnAttribute) {
     const TemporaryFolder folder;
     const std::string from = make(folder.name(u8"from"), "new"), to = make(folder.name(u8"to"), "old");
-    EXPECT_EQ(CreateFileW(to, FileUse::createNew), invalidHandle);
-    EXPECT_FALSE(MoveFileExW(folder.name(u8"missing"), to));
+    {
+        const UniqueFile draft(CreateDraftW(from, to));
+        EXPECT_FALSE(draft && KeepDraft(draft.get(), from)) << "a draft took the name of a file";
+    }
+    EXPECT_FALSE(ReplaceFileW(to, folder.name(u8"missing")));
     EXPECT_TRUE(SetFileAttributesW(to, fileAttributeReadonly));
     EXPECT_NE(GetFileAttributesW(to) & fileAttributeReadonly, 0U);
     EXPECT_FALSE(DeleteFileW(to));
     EXPECT_EQ(contentOf(from) + contentOf(to), "newold");
     EXPECT_TRUE(SetFileAttributesW(to, fileAttributeNormal));
     EXPECT_EQ(GetFileAttributesW(to) & fileAttributeReadonly, 0U);
-    EXPECT_TRUE(MoveFileExA(from, to));
-    EXPECT_TRUE(MoveFileExW(to, from)) << "nobody had that name any more";
+    EXPECT_TRUE(ReplaceFileA(to, from));
+    EXPECT_TRUE(ReplaceFileW(from, to)) << "nobody had that name any more";
     EXPECT_EQ(contentOf(from), "new");
     EXPECT_EQ(from.substr(0, folderLength(from)) + "from", from);
     EXPECT_EQ(folderLength("from"), 0U);

@@ -2,8 +2,10 @@
 #include "platform/files.h"
 #include "platform/faults.h"
 #include "platform/portable/HandleTable.h"
+#include "platform/portable/system/FileStanding.h"
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <memory>
@@ -15,12 +17,65 @@ namespace pixkit::platform {
 
 namespace {
 
+thread_local FileError lastError = FileError::other;
+
+FileError meaningOf(int error) noexcept {
+    switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+        return FileError::notFound;
+    case EACCES:
+    case EPERM:
+        return FileError::denied;
+    case EBUSY:
+    case ETXTBSY:
+        return FileError::inUse;
+    case EROFS:
+        return FileError::readOnlySystem;
+    case ENOSPC:
+    case EDQUOT:
+        return FileError::diskFull;
+    case EMFILE:
+    case ENFILE:
+        return FileError::tooManyOpen;
+    case EFBIG:
+        return FileError::tooLarge;
+    case EIO:
+        return FileError::device;
+    case EINVAL:
+    case ENAMETOOLONG:
+    case EILSEQ:
+        return FileError::badName;
+    case ELOOP:
+        return FileError::circle;
+    case ENOMEM:
+        return FileError::noMemory;
+    default:
+        return FileError::other;
+    }
+}
+
+// What a function that fails returns: the cause is kept for GetLastError.
+template <class Result>
+Result failed(FileError error, Result answer) noexcept {
+    lastError = error;
+    return answer;
+}
+template <class Result>
+Result failed(Result answer) noexcept {
+    return failed(meaningOf(errno), answer);
+}
+
 struct File {
-    explicit File(int openedDescriptor) noexcept : descriptor(openedDescriptor) {}
-    ~File() { close(descriptor); }
+    File(int openedDescriptor, bool isUnnamed) noexcept : descriptor(openedDescriptor), hasNoName(isUnnamed) {}
+    ~File() {
+        if (descriptor >= 0) close(descriptor);
+    }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
-    const int descriptor;
+
+    int descriptor;
+    bool hasNoName; // a draft whose name is still to come
 };
 
 HandleTable<File>& files() noexcept {
@@ -28,25 +83,37 @@ HandleTable<File>& files() noexcept {
     return table.value;
 }
 
+// A handle for an open descriptor, which is closed when there can be none.
+Handle handleOf(int descriptor, bool isUnnamed = false) noexcept {
+    try {
+        const Handle handle = files().add(std::make_shared<File>(descriptor, isUnnamed));
+        return handle != 0 ? handle : failed(FileError::tooManyOpen, invalidHandle);
+    } catch (const std::bad_alloc&) {
+        close(descriptor);
+        return failed(FileError::noMemory, invalidHandle);
+    }
+}
+
 // A name with a NUL inside would silently mean another file.
 bool isName(const std::string& name) noexcept {
-    return !name.empty() && name.find('\0') == std::string::npos;
+    if (name.find('\0') != std::string::npos) return failed(FileError::badName, false);
+    return name.empty() ? failed(FileError::notFound, false) : true;
 }
 
 bool status(const std::string& name, struct stat& result) noexcept {
-    return isName(name) && stat(name.c_str(), &result) == 0;
+    return isName(name) && (stat(name.c_str(), &result) == 0 || failed(false));
 }
 
-// Neither directories nor devices are deleted or replaced, and on no system a file marked read-only.
+// Neither directories nor devices are deleted, and on no system a file marked read-only.
 bool mayGo(const struct stat& file) noexcept {
-    return S_ISREG(file.st_mode) && (file.st_mode & S_IWUSR) != 0;
+    return S_ISLNK(file.st_mode) || (S_ISREG(file.st_mode) && (file.st_mode & S_IWUSR) != 0);
 }
 
 // Without blocking, so that a pipe that nobody writes to is refused by the caller instead of waited for.
 int openFile(const std::string& name, FileUse use) noexcept {
     int how = O_RDONLY;
     if (use == FileUse::createAlways) how = O_WRONLY | O_CREAT | O_TRUNC;
-    if (use == FileUse::createNew) how = O_WRONLY | O_CREAT | O_EXCL;
+    if (use == FileUse::overwrite) how = O_WRONLY | O_NOFOLLOW;
     return open(name.c_str(), how | O_CLOEXEC | O_NONBLOCK, 0666);
 }
 
@@ -57,7 +124,7 @@ bool moveAll(std::uint32_t bytes, std::uint32_t& done, Transfer transfer) noexce
     while (done < bytes) {
         const ssize_t moved = transfer(done, bytes - done);
         if (moved < 0 && errno == EINTR) continue;
-        if (moved < 0) return false;
+        if (moved < 0) return failed(false);
         if (moved == 0) break;
         done += static_cast<std::uint32_t>(moved);
     }
@@ -66,33 +133,36 @@ bool moveAll(std::uint32_t bytes, std::uint32_t& done, Transfer transfer) noexce
 
 } // namespace
 
+FileError GetLastError() noexcept {
+    return lastError;
+}
+
 Handle CreateFileW(const std::string& name, FileUse use) noexcept {
-    if (!isName(name) || faultDue(SeamCall::createFile)) return invalidHandle;
+    if (!isName(name)) return invalidHandle;
+    if (faultDue(SeamCall::createFile)) return failed(FileError::other, invalidHandle);
     const int descriptor = openFile(name, use);
-    if (descriptor < 0) return invalidHandle;
+    if (descriptor < 0) return failed(invalidHandle);
     struct stat opened {};
-    if (fstat(descriptor, &opened) != 0 || !S_ISREG(opened.st_mode)) {
-        close(descriptor);
-        return invalidHandle;
-    }
-    try {
-        if (const Handle handle = files().add(std::make_shared<File>(descriptor)); handle != 0) return handle;
-    } catch (const std::bad_alloc&) {
-        close(descriptor);
-    }
-    // Nobody would know of the file that a failed call made.
-    if (use == FileUse::createNew) unlink(name.c_str());
-    return invalidHandle;
+    if (fstat(descriptor, &opened) == 0 && S_ISREG(opened.st_mode)) return handleOf(descriptor);
+    close(descriptor);
+    return failed(FileError::other, invalidHandle);
 }
 
 bool CloseHandle(Handle file) noexcept {
-    return files().remove(file) != nullptr;
+    const std::shared_ptr<File> opened = files().remove(file);
+    if (!opened) return failed(FileError::other, false);
+    const bool isFaulty = faultDue(SeamCall::closeFile);
+    if (opened.use_count() > 1) return true; // the thread that uses it still closes it
+    const int answer = close(std::exchange(opened->descriptor, -1));
+    if (isFaulty) return failed(FileError::device, false);
+    // The descriptor is gone after an interruption too, and what was written is not in danger.
+    return answer == 0 || errno == EINTR || failed(false);
 }
 
 bool ReadFile(Handle file, void* buffer, std::uint32_t bytes, std::uint32_t& done) noexcept {
     done = 0;
     const std::shared_ptr<File> opened = files().find(file);
-    if (!opened || faultDue(SeamCall::readFile)) return false;
+    if (!opened || faultDue(SeamCall::readFile)) return failed(FileError::other, false);
     return moveAll(bytes, done, [&](std::uint32_t offset, std::uint32_t count) {
         return read(opened->descriptor, static_cast<std::uint8_t*>(buffer) + offset, count);
     });
@@ -101,7 +171,8 @@ bool ReadFile(Handle file, void* buffer, std::uint32_t bytes, std::uint32_t& don
 bool WriteFile(Handle file, const void* buffer, std::uint32_t bytes, std::uint32_t& done) noexcept {
     done = 0;
     const std::shared_ptr<File> opened = files().find(file);
-    if (!opened) return false;
+    if (!opened) return failed(FileError::other, false);
+    lastError = FileError::other; // of a write that ends early
     if (faultDue(SeamCall::writeFile)) bytes /= 2;
     return moveAll(bytes, done, [&](std::uint32_t offset, std::uint32_t count) {
         return write(opened->descriptor, static_cast<const std::uint8_t*>(buffer) + offset, count);
@@ -110,20 +181,21 @@ bool WriteFile(Handle file, const void* buffer, std::uint32_t bytes, std::uint32
 
 bool SetFilePointer(Handle file, std::uint32_t position) noexcept {
     const std::shared_ptr<File> opened = files().find(file);
-    if (!opened || faultDue(SeamCall::setFilePointer)) return false;
-    return lseek(opened->descriptor, static_cast<off_t>(position), SEEK_SET) >= 0;
+    if (!opened || faultDue(SeamCall::setFilePointer)) return failed(FileError::other, false);
+    return lseek(opened->descriptor, static_cast<off_t>(position), SEEK_SET) >= 0 || failed(false);
 }
 
 std::int64_t GetFileSize(Handle file) noexcept {
     const std::shared_ptr<File> opened = files().find(file);
-    if (!opened || faultDue(SeamCall::getFileSize)) return -1;
+    if (!opened || faultDue(SeamCall::getFileSize)) return failed(FileError::other, -1);
     struct stat result {};
-    return fstat(opened->descriptor, &result) == 0 ? result.st_size : -1;
+    return fstat(opened->descriptor, &result) == 0 ? result.st_size : failed(-1);
 }
 
 std::uint32_t GetFileAttributesW(const std::string& name) noexcept {
     struct stat result {};
-    if (!status(name, result) || faultDue(SeamCall::getFileAttributes)) return invalidFileAttributes;
+    if (!status(name, result)) return invalidFileAttributes;
+    if (faultDue(SeamCall::getFileAttributes)) return failed(FileError::other, invalidFileAttributes);
     std::uint32_t attributes = S_ISDIR(result.st_mode) ? fileAttributeDirectory : 0;
     if ((result.st_mode & S_IWUSR) == 0) attributes |= fileAttributeReadonly;
     return attributes != 0 ? attributes : fileAttributeNormal;
@@ -131,27 +203,139 @@ std::uint32_t GetFileAttributesW(const std::string& name) noexcept {
 
 bool SetFileAttributesW(const std::string& name, std::uint32_t attributes) noexcept {
     struct stat existing {};
-    if (!status(name, existing) || faultDue(SeamCall::setFileAttributes)) return false;
-    if (S_ISDIR(existing.st_mode)) return true; // as on Windows, where the attribute protects no directory
+    if (!isName(name)) return false;
+    if (lstat(name.c_str(), &existing) != 0) return failed(false);
+    if (faultDue(SeamCall::setFileAttributes)) return failed(FileError::other, false);
+    if (!S_ISREG(existing.st_mode)) return true; // the attribute protects no directory on Windows either
     constexpr mode_t everyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
     const mode_t mode = existing.st_mode & 07777U;
     const bool readonly = (attributes & fileAttributeReadonly) != 0;
     const mode_t wanted = readonly ? mode & ~everyWrite : mode | S_IWUSR;
-    // A mode that is right already is not set: only the file's owner may.
-    return wanted == mode || chmod(name.c_str(), wanted) == 0;
+    // A mode that is right already is not set: only the file's owner may. A link that has come there since is not
+    // followed.
+    return wanted == mode || fchmodat(AT_FDCWD, name.c_str(), wanted, AT_SYMLINK_NOFOLLOW) == 0 || failed(false);
 }
 
 bool DeleteFileW(const std::string& name) noexcept {
     struct stat target {};
-    if (!status(name, target) || faultDue(SeamCall::deleteFile)) return false;
-    return mayGo(target) && unlink(name.c_str()) == 0;
+    if (!isName(name)) return false;
+    if (lstat(name.c_str(), &target) != 0) return failed(false);
+    if (faultDue(SeamCall::deleteFile)) return failed(FileError::other, false);
+    if (!mayGo(target)) return failed(FileError::denied, false);
+    return unlink(name.c_str()) == 0 || failed(false);
 }
 
-bool MoveFileExW(const std::string& from, const std::string& to) noexcept {
-    struct stat target {};
-    if (!isName(from) || !isName(to) || faultDue(SeamCall::moveFile)) return false;
-    if (status(to, target) && !mayGo(target)) return false;
-    return rename(from.c_str(), to.c_str()) == 0;
+std::string GetFinalPathNameW(const std::string& name) noexcept {
+    constexpr int mostLinks = 40; // the kernel's own limit
+    struct stat meant {
+    }, found{};
+    if (!isName(name)) return {};
+    if (faultDue(SeamCall::getFinalPathName)) return failed(FileError::other, std::string());
+    // Whether the link may be followed is the kernel's to say: in folders that all may write to it does not follow
+    // those of strangers. One that leads nowhere yet may.
+    const bool isThere = stat(name.c_str(), &meant) == 0;
+    if (!isThere && errno != ENOENT) return failed(std::string());
+    try {
+        std::string path = name, target(PATH_MAX, '\0');
+        for (int links = 0; links < mostLinks; ++links) {
+            const ssize_t length = readlink(path.c_str(), target.data(), target.size());
+            if (length >= static_cast<ssize_t>(target.size())) return failed(FileError::badName, std::string());
+            if (length < 0) {
+                if (!isThere) return path;
+                const bool isSame =
+                    lstat(path.c_str(), &found) == 0 && found.st_dev == meant.st_dev && found.st_ino == meant.st_ino;
+                return isSame ? path : failed(FileError::other, std::string());
+            }
+            const std::string next = target.substr(0, static_cast<std::size_t>(length));
+            path = next.starts_with('/') ? next : path.substr(0, folderLength(path)) + next;
+        }
+        return failed(FileError::circle, std::string());
+    } catch (const std::bad_alloc&) {
+        return failed(FileError::noMemory, std::string());
+    }
+}
+
+namespace {
+
+// A file that no name leads to, so that nothing is left of it when the process ends, and which can be given one. -1
+// where the file system has none, or names cannot be given.
+int openUnnamed(const std::string& folder, mode_t mode) noexcept {
+    if (faultDue(SeamCall::vanishingDraft)) return -1;
+    const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, mode);
+    if (descriptor < 0 || access(nameOfOpen(descriptor).text, F_OK) == 0) return descriptor;
+    close(descriptor);
+    return -1;
+}
+
+} // namespace
+
+Handle CreateDraftW(const std::string& draft, const std::string& target) noexcept {
+    constexpr mode_t nobodyElses = 0600;
+    constexpr mode_t asNewFiles = 0666; // without what the process' mask takes away
+    if (!isName(draft) || !isName(target)) return invalidHandle;
+    if (faultDue(SeamCall::createDraft)) return failed(FileError::other, invalidHandle);
+    struct stat old {};
+    const bool isReplacing = lstat(target.c_str(), &old) == 0;
+    if (!isReplacing && errno != ENOENT) return failed(invalidHandle);
+    if (isReplacing && !isReplaceable(old)) return failed(FileError::irreplaceable, invalidHandle);
+    const mode_t mode = isReplacing ? nobodyElses : asNewFiles;
+    try {
+        int descriptor = openUnnamed(draft.substr(0, folderLength(draft)), mode);
+        const bool isUnnamed = descriptor >= 0;
+        if (!isUnnamed) descriptor = open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+        if (descriptor < 0) return failed(invalidHandle);
+        const bool isLike = !isReplacing || takeOver(descriptor, target, old);
+        if (!isLike) close(descriptor);
+        const Handle handle =
+            isLike ? handleOf(descriptor, isUnnamed) : failed(FileError::irreplaceable, invalidHandle);
+        // Nobody would know of the file that a failed call made.
+        if (handle == invalidHandle && !isUnnamed) unlink(draft.c_str());
+        return handle;
+    } catch (const std::bad_alloc&) {
+        return failed(FileError::noMemory, invalidHandle);
+    }
+}
+
+bool KeepDraft(Handle file, const std::string& draft) noexcept {
+    const std::shared_ptr<File> opened = files().find(file);
+    if (!opened || faultDue(SeamCall::keepDraft)) return failed(FileError::other, false);
+    if (!opened->hasNoName) return true;
+    const int answer =
+        linkat(AT_FDCWD, nameOfOpen(opened->descriptor).text, AT_FDCWD, draft.c_str(), AT_SYMLINK_FOLLOW);
+    if (answer != 0) return failed(false);
+    opened->hasNoName = false;
+    return true;
+}
+
+bool FlushFileBuffers(Handle file) noexcept {
+    const std::shared_ptr<File> opened = files().find(file);
+    if (!opened || faultDue(SeamCall::flushFile)) return failed(FileError::device, false);
+    while (fsync(opened->descriptor) != 0) {
+        if (errno == EINVAL || errno == ENOSYS) return true; // there is no disk behind this file
+        if (errno != EINTR) return failed(false);
+    }
+    return true;
+}
+
+bool SetEndOfFile(Handle file, std::int64_t size) noexcept {
+    const std::shared_ptr<File> opened = files().find(file);
+    struct stat now {};
+    if (!opened || faultDue(SeamCall::setEndOfFile)) return failed(FileError::other, false);
+    if (fstat(opened->descriptor, &now) != 0) return failed(false);
+    if (size > now.st_size && fallocate(opened->descriptor, 0, 0, size) != 0 && errno != EOPNOTSUPP) {
+        const int error = errno;
+        // It may have grown by a part.
+        return failed(meaningOf(ftruncate(opened->descriptor, now.st_size) == 0 ? error : EIO), false);
+    }
+    return ftruncate(opened->descriptor, size) == 0 || failed(false);
+}
+
+bool ReplaceFileW(const std::string& replaced, const std::string& replacement) noexcept {
+    if (!isName(replaced) || !isName(replacement)) return false;
+    if (faultDue(SeamCall::replaceFile)) return failed(FileError::other, false);
+    if (rename(replacement.c_str(), replaced.c_str()) != 0) return failed(false);
+    synchroniseFolderOf(replaced);
+    return true;
 }
 
 std::size_t folderLength(const std::string& name) noexcept {
@@ -171,8 +355,14 @@ bool SetFileAttributesA(const std::string& name, std::uint32_t attributes) noexc
 bool DeleteFileA(const std::string& name) noexcept {
     return DeleteFileW(name);
 }
-bool MoveFileExA(const std::string& from, const std::string& to) noexcept {
-    return MoveFileExW(from, to);
+std::string GetFinalPathNameA(const std::string& name) noexcept {
+    return GetFinalPathNameW(name);
+}
+Handle CreateDraftA(const std::string& draft, const std::string& target) noexcept {
+    return CreateDraftW(draft, target);
+}
+bool ReplaceFileA(const std::string& replaced, const std::string& replacement) noexcept {
+    return ReplaceFileW(replaced, replacement);
 }
 
 } // namespace pixkit::platform

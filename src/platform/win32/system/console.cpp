@@ -23,11 +23,11 @@ void addMatches(const std::wstring& pattern, std::vector<std::string>& arguments
         do {
             if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
                 const bool looksLikeOption = folder.empty() && found.cFileName[0] == L'-';
-                arguments.push_back(toUtf8((looksLikeOption ? L".\\" : folder) + found.cFileName));
+                arguments.push_back(nameToUtf8((looksLikeOption ? L".\\" : folder) + found.cFileName));
             }
         } while (FindNextFileW(search, &found));
     }
-    if (arguments.size() == before) arguments.push_back(toUtf8(pattern));
+    if (arguments.size() == before) arguments.push_back(nameToUtf8(pattern));
 }
 
 } // namespace
@@ -41,7 +41,7 @@ std::vector<std::string> commandLineArguments(int argc, const char* const* argv)
     for (int i = 1; i < count; ++i) {
         const std::wstring argument = wide.get()[i];
         if (argument.find_first_of(L"*?") == std::wstring::npos) {
-            arguments.push_back(toUtf8(argument));
+            arguments.push_back(nameToUtf8(argument));
         } else {
             addMatches(argument, arguments);
         }

@@ -34,6 +34,13 @@ std::string toUtf8(std::wstring_view wide) {
     return result;
 }
 
+std::string nameToUtf8(std::wstring_view wide) {
+    std::string name = toUtf8(wide);
+    std::wstring again;
+    if (!toUtf16(name, again) || again != wide) name += '\xFF';
+    return name;
+}
+
 bool toNarrow(const std::string& utf8, std::string& result) {
     std::wstring wide;
     if (!toUtf16(utf8, wide)) return false;

@@ -13,6 +13,10 @@ std::wstring shownText(const std::string& text);
 // What is not UTF-16 comes out as U+FFFD. May throw std::bad_alloc.
 std::string toUtf8(std::wstring_view wide);
 
+// The name of a file. What is not UTF-16 comes out as what is not UTF-8, which no function takes for a name: U+FFFD
+// would name another file. May throw std::bad_alloc.
+std::string nameToUtf8(std::wstring_view wide);
+
 // Text in the system's narrow code page. False also where it has no such characters: a look-alike would name another
 // file.
 bool toNarrow(const std::string& utf8, std::string& result);

@@ -4,6 +4,9 @@
 #include <cstring>
 #include <windows.h>
 
+// RtlGenRandom, as advapi32 exports it.
+extern "C" BOOLEAN NTAPI SystemFunction036(void* buffer, ULONG length);
+
 namespace pixkit::platform {
 
 OsVersion GetVersionExA() noexcept {
@@ -24,6 +27,10 @@ LocalTime GetLocalTime() noexcept {
     SYSTEMTIME now{};
     ::GetLocalTime(&now);
     return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond};
+}
+
+bool RtlGenRandom(void* bytes, std::uint32_t count) noexcept {
+    return !faultDue(SeamCall::genRandom) && ::SystemFunction036(bytes, count) != FALSE;
 }
 
 // The place of the lock in the process' environment block has been the same in all systems of the NT family.
