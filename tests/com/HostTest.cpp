@@ -73,9 +73,32 @@ TEST(Surroundings, ZlibBesideTheDllIsFoundAndUsed) {
     EXPECT_GT(calls(), 0) << "another zlib was used";
 }
 
-TEST(Surroundings, AWrongZlibBesideTheDllIsSurvived) {
+// The current folder of this process, which is also the first of the path.
+class CurrentFolder {
+  public:
+    explicit CurrentFolder(const std::filesystem::path& folder)
+        : m_path(::_wgetenv(L"PATH")), m_before(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder);
+        ::SetEnvironmentVariableW(L"PATH", (folder.wstring() + L";" + m_path).c_str());
+    }
+    ~CurrentFolder() {
+        std::filesystem::current_path(m_before);
+        ::SetEnvironmentVariableW(L"PATH", m_path.c_str());
+    }
+    CurrentFolder(const CurrentFolder&) = delete;
+    CurrentFolder& operator=(const CurrentFolder&) = delete;
+
+  private:
+    std::wstring m_path;
+    std::filesystem::path m_before;
+};
+
+// Where the pictures lie that a person opens is a zlib.dll that somebody else put there.
+TEST(Surroundings, AWrongZlibBesideTheDllIsSurvivedOrOneFromAnywhereIsRun) {
     const BesideZlib beside("zlib-wrong");
     if (beside.function("somethingElse") == nullptr) GTEST_SKIP() << "the system replaces zlib1.dll";
+    const CurrentFolder planted(programFolder() / "zlib-planted");
+    ASSERT_TRUE(std::filesystem::exists("zlib.dll"));
     EXPECT_FALSE(isTrue(beside.sheet.get(), L"isZlibEnabled"));
     EXPECT_TRUE(loadPng(beside.sheet.get()));
 }
@@ -102,18 +125,14 @@ TEST(Surroundings, AZlibOfTheWrongConventionIsCalled) {
     EXPECT_EQ(pretends(nullptr, 0), 0) << "calls";
 }
 
-HMODULE WINAPI noLibraryA(const char* /*name*/) {
-    return nullptr;
-}
-HMODULE WINAPI noLibraryW(const wchar_t* /*name*/) {
+HMODULE WINAPI noLibrary(const wchar_t* /*name*/, HANDLE /*reserved*/, DWORD /*flags*/) {
     return nullptr;
 }
 
 TEST(Surroundings, WithoutAnyZlibPicturesStillLoad) {
     const Server server;
     const ImageFile image(server.module());
-    ASSERT_EQ(image.replaceImport("LoadLibraryA", reinterpret_cast<void*>(&noLibraryA)), 1);
-    ASSERT_EQ(image.replaceImport("LoadLibraryW", reinterpret_cast<void*>(&noLibraryW)), 1);
+    ASSERT_EQ(image.replaceImport("LoadLibraryExW", reinterpret_cast<void*>(&noLibrary)), 1);
     ComPtr<_cPixSheet> sheet;
     *sheet.put() = server.create();
     EXPECT_FALSE(isTrue(sheet.get(), L"isZlibEnabled"));
