@@ -46,7 +46,7 @@ class TextLine {
   public:
     struct Character {
         std::int32_t advance = 0; // how far it moves on, pixels. What is drawn as one glyph may share its width out.
-        bool canBreak = false;    // whether a line may end before it
+        bool canBreak = false;    // whether a line may end before it, by the system; it always may after a space
     };
 
     TextLine() noexcept = default;

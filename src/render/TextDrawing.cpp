@@ -21,15 +21,21 @@ namespace pixkit {
 
 namespace {
 
-// A turn about a point. Quarter turns are exact.
+// A turn about a point. Quarter turns are exact, and move what would lie between pixels up and to the left by half of
+// one, as Render does.
 class Turn {
   public:
     Turn(float degrees, double centreX, double centreY) noexcept : m_centreX(centreX), m_centreY(centreY) {
         const double angle = std::fmod(double{degrees}, 360.0);
         const double radians = angle * std::numbers::pi / 180;
-        m_isQuarter = std::fmod(angle, 90.0) == 0;
-        m_cosine = m_isQuarter ? std::round(std::cos(radians)) : std::cos(radians);
-        m_sine = m_isQuarter ? std::round(std::sin(radians)) : std::sin(radians);
+        const bool isQuarter = std::fmod(angle, 90.0) == 0;
+        m_cosine = isQuarter ? std::round(std::cos(radians)) : std::cos(radians);
+        m_sine = isQuarter ? std::round(std::sin(radians)) : std::sin(radians);
+        if (!isQuarter) return;
+        const double x = centreX - m_cosine * centreX + m_sine * centreY;
+        const double y = centreY - m_sine * centreX - m_cosine * centreY;
+        m_shiftX = std::floor(x) - x;
+        m_shiftY = std::floor(y) - y;
     }
     bool isNone() const noexcept { return m_cosine == 1; }
 
@@ -40,18 +46,14 @@ class Turn {
     // For places counted from `left`, `top`, and a mask.
     platform::TextTurn inMask(const Rect& mask, std::int64_t left, std::int64_t top) const noexcept {
         const double dx = static_cast<double>(left) - m_centreX, dy = static_cast<double>(top) - m_centreY;
-        double x = m_centreX + m_cosine * dx - m_sine * dy - static_cast<double>(mask.left);
-        double y = m_centreY + m_sine * dx + m_cosine * dy - static_cast<double>(mask.top);
-        if (m_isQuarter) { // up and to the left by half a pixel where it would lie between them, as Render does
-            x = std::floor(x);
-            y = std::floor(y);
-        }
+        const double x = m_shiftX + m_centreX + m_cosine * dx - m_sine * dy - static_cast<double>(mask.left);
+        const double y = m_shiftY + m_centreY + m_sine * dx + m_cosine * dy - static_cast<double>(mask.top);
         return {m_cosine, m_sine, x, y};
     }
 
     // How much of the pixel at x, y lies in the turned rectangle, as far as its edges go: 0 to 1.
     double share(const Rect& rect, double x, double y) const noexcept {
-        const double dx = x + 0.5 - m_centreX, dy = y + 0.5 - m_centreY;
+        const double dx = x + 0.5 - m_shiftX - m_centreX, dy = y + 0.5 - m_shiftY - m_centreY;
         const double fromLeft = m_centreX + dx * m_cosine + dy * m_sine;
         const double fromTop = m_centreY + dy * m_cosine - dx * m_sine;
         const auto within = [](double at, std::int64_t low, std::int64_t high) {
@@ -81,7 +83,7 @@ class Turn {
 
     double m_centreX, m_centreY;
     double m_cosine, m_sine;
-    bool m_isQuarter;
+    double m_shiftX = 0, m_shiftY = 0;
 };
 
 // Coverage of the pixels of a rectangle, top row first.

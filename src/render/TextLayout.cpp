@@ -17,7 +17,7 @@ constexpr std::size_t mostKept = 64 * 1024;
 
 constexpr Reason cannotLayOut = "the system cannot lay out the text";
 
-// Lines may end after it, and what of it stands at the end of a line that was broken needs no room.
+// Lines may end after it; what of it stands at the end of a line, where lines are broken, needs no room.
 bool isSpace(char32_t character) noexcept {
     return character == U' ' || character == U'\t' || character == 0x1680 || character == 0x205F ||
            character == 0x3000 || (character >= 0x2000 && character <= 0x200A && character != 0x2007);
@@ -144,7 +144,9 @@ std::size_t TextLayout::lineEnd(const Characters& characters, std::size_t paragr
     for (std::size_t i = begin; i < end; ++i) {
         const auto& character = characters[i - paragraph];
         const bool isTab = m_text[i] == U'\t';
-        if (i > begin && (character.canBreak || m_text[i - 1] == U'\t')) opportunity = i;
+        // The system looks at pieces, and within them at runs of one script, and overlooks opportunities between them.
+        const bool isAfterSpace = i > begin && isSpace(m_text[i - 1]) && !isSpace(m_text[i]);
+        if (isAfterSpace || (i > begin && character.canBreak)) opportunity = i;
         const std::int64_t next = isTab ? nextTab(x) : x + character.advance;
         // Marks that belong to the character before move nothing on.
         if (next > m_form.width && next > x && i > begin && !isSpace(m_text[i]))
@@ -165,7 +167,7 @@ bool TextLayout::addParagraph(std::size_t begin, std::size_t end) {
     while (begin < end && m_lines.size() <= enough) {
         const std::size_t next = lineEnd(characters, paragraph, begin);
         std::size_t shown = next;
-        while (next < end && shown > begin && isSpace(m_text[shown - 1]))
+        while (shown > begin && isSpace(m_text[shown - 1]))
             --shown;
         const bool isWhole = begin == paragraph && shown == end;
         if (!addLine(begin, shown, isWhole ? std::move(whole) : nullptr)) return false;

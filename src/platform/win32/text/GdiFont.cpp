@@ -38,18 +38,12 @@ std::wstring unitsOf(std::u32string_view text) {
 // Pixels, far beyond what anybody sees: the widths of long lines stay within 32 bits.
 constexpr LONG highestLine = 100'000;
 
-// What glyphs may reach. Fonts say it of their own; those that stand in for them in other scripts are about as large,
-// but need not keep to it: hence half a line more above and below, and a line beside.
-Rect glyphBoxOf(HDC dc, const TEXTMETRICW& metrics) {
-    const std::int32_t line = metrics.tmHeight;
-    Rect box = {-line, -metrics.tmAscent - line / 2, line, metrics.tmDescent + line / 2};
-    OUTLINETEXTMETRICW outline;
-    if (::GetOutlineTextMetricsW(dc, sizeof outline, &outline) != 0) {
-        const RECT& own = outline.otmrcFontBox; // y grows upwards
-        box = {std::min<std::int32_t>(box.left, own.left), std::min<std::int32_t>(box.top, -own.top),
-               std::max<std::int32_t>(box.right, own.right), std::max<std::int32_t>(box.bottom, -own.bottom)};
-    }
-    return box;
+// What glyphs may reach from their places. No glyph of the font is wider than the widest; those of the fonts that stand
+// in for it in other scripts are about as high, but need not be.
+Rect glyphBoxOf(const TEXTMETRICW& metrics) noexcept {
+    const auto height = static_cast<std::int32_t>(metrics.tmHeight);
+    const std::int32_t beside = std::max<std::int32_t>(height, metrics.tmMaxCharWidth);
+    return {-beside, -metrics.tmAscent - height / 2, beside, metrics.tmDescent + height / 2};
 }
 
 } // namespace
@@ -65,12 +59,8 @@ bool GdiLine::measure(std::u32string_view text, std::wstring_view units, const R
     m_ink = {glyphBox.left, glyphBox.top, m_width + glyphBox.right, glyphBox.bottom};
     m_characters.reserve(text.size());
     std::size_t unit = 0;
-    bool isAfterSpace = false;
     for (const char32_t character : text) {
-        const SCRIPT_LOGATTR& attribute = attributes[unit];
-        // The system looks at runs of one script one by one, and so overlooks opportunities where one begins.
-        const bool canBreak = attribute.fSoftBreak || (isAfterSpace && !attribute.fWhiteSpace);
-        isAfterSpace = attribute.fWhiteSpace;
+        const bool canBreak = attributes[unit].fSoftBreak;
         int advance = widths[unit++];
         if (character > 0xFFFF) advance += widths[unit++];
         m_characters.push_back({advance, canBreak});
@@ -106,7 +96,7 @@ bool GdiFont::select(HFONT font) noexcept {
                  .descent = metrics.tmDescent,
                  .averageWidth = metrics.tmAveCharWidth,
                  .isScalable = (metrics.tmPitchAndFamily & (TMPF_VECTOR | TMPF_TRUETYPE)) != 0};
-    m_glyphBox = glyphBoxOf(dc(), metrics);
+    m_glyphBox = glyphBoxOf(metrics);
     return true;
 }
 
