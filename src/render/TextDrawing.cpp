@@ -5,6 +5,7 @@
 // leaves that exactly as it is, and elsewhere differs by less than 1 from exact blending.
 #include "render/TextDrawing.h"
 #include "render/DrawJob.h"
+#include "render/HostRelease.h"
 #include "shared/Colors.h"
 #include "shared/checked.h"
 #include "surface/HostAccess.h"
@@ -216,6 +217,7 @@ Outcome spt_DrawText(const cPixSheet& settings, platform::TextFont& font, const 
     job.destinationDC = drawing.destinationDC;
     job.destHostDIB = drawing.destHostDIB;
     if (Outcome limits = job.findLimits(); !limits) return limits;
+    const HostRelease release(drawing.destHostDIB);
     if (drawing.Opacity < 1) return done();
     TextLayout layout(font);
     if (Outcome laidOut = layout.layOut(drawing.Text, drawing.form); !laidOut) return laidOut;

@@ -1,4 +1,5 @@
 // What keeps the DLL loaded, and what objects leave behind.
+#include "Fonts.h"
 #include "Server.h"
 #include <fstream>
 #include <psapi.h>
@@ -131,6 +132,28 @@ TEST_F(Lifetime, TenThousandObjectsLeaveNoGdiObjectHandleOrMemoryBehind) {
     EXPECT_EQ(after.gdiObjects, before.gdiObjects);
     EXPECT_EQ(after.handles, before.handles);
     // The heap keeps some freed memory; one byte lost of each object's smallest part would already be more than this.
+    EXPECT_LT(after.memory.PagefileUsage, before.memory.PagefileUsage + 256 * 1024);
+}
+
+TEST_F(Lifetime, TenThousandTextsLeaveAFontOrContextBehind) {
+    ComPtr<IFontDisp> font;
+    ASSERT_EQ(makeFont(9, IID_IFontDisp, font.putVoid()), S_OK);
+    ASSERT_TRUE(makeImage(32, 16));
+    const BSTR words = text(L"A word").bstrVal;
+    const auto cycle = [&] {
+        IFontDisp* given = font.get();
+        VARIANT_BOOL isDrawn = VARIANT_FALSE;
+        sheet->DrawText_stdFont(0, &given, words, 0, 0, 0, 0, 0, 100, txtLeft, VARIANT_FALSE, 0, nullptr, &isDrawn);
+        EXPECT_EQ(isDrawn, VARIANT_TRUE);
+    };
+    for (int i = 0; i < 100; ++i)
+        cycle();
+    const InUse before;
+    for (int i = 0; i < 10'000; ++i)
+        cycle();
+    const InUse after;
+    EXPECT_EQ(after.gdiObjects, before.gdiObjects);
+    EXPECT_EQ(after.handles, before.handles);
     EXPECT_LT(after.memory.PagefileUsage, before.memory.PagefileUsage + 256 * 1024);
 }
 
