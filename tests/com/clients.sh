@@ -35,6 +35,15 @@ client() {
 script() { client "$1" cscript //nologo "${@:2}"; }
 is_bitmap() { [ "$(head -c 2 "$1")" = BM ] && [ "$(stat -c %s "$1")" -gt 1000 ]; }
 
+# Only pixels of the lower right corner have changed, and some have.
+watermarked() {
+    local changed
+    changed=$(convert "$1" "$2" -compose difference -composite -alpha off -threshold 0 -format '%@' info:) || return 1
+    echo "changed: $changed"
+    [[ $changed =~ ^([0-9]+)x([0-9]+)\+([0-9]+)\+([0-9]+)$ ]] && ((BASH_REMATCH[1] > 90 && BASH_REMATCH[1] < 200 &&
+        BASH_REMATCH[3] > 192 && BASH_REMATCH[4] > 192))
+}
+
 # Whatever registration may have left: every value names the component or its path.
 nothing_left() {
     local root
@@ -65,6 +74,9 @@ check "clipboard.vbs" script 'every pixel as it was copied' samples/vbscript/cli
 for picture in landscape lantern; do
     check "pictures.vbs, $picture" script 'loaded back .* as expected' samples/vbscript/pictures.vbs $pictures/$picture.png
 done
+check "watermark.vbs" script '^wrote .* of text at ' samples/vbscript/watermark.vbs $pictures/landscape.png \
+    "$folder/watermark.png" 'Harbour, 2026'
+check "what watermark.vbs wrote" watermarked $pictures/landscape.png "$folder/watermark.png"
 cp $pictures/landscape.png $pictures/lantern.png "$folder"
 check "dropped.vbs" script '^2 dropped, all as expected' samples/vbscript/dropped.vbs "$folder"/l*.png
 check "what dropped.vbs saved" [ -s "$folder/lantern.png.dropped.png" ]
