@@ -110,8 +110,8 @@ bool renderSubpixels(FT_Library library, FT_Outline& outline, Subpixels& result)
     const Rect& box = result.box;
     if (isEmpty(box)) return true;
     for (FT_Vector* point = outline.points; point != outline.points + outline.n_points; ++point) {
-        point->x = (point->x - std::int64_t{box.left} * 64) * 3;
-        point->y += std::int64_t{box.bottom} * 64;
+        point->x = (point->x - FT_Pos{box.left} * 64) * 3;
+        point->y += FT_Pos{box.bottom} * 64;
     }
     const std::int64_t rowBytes = widthOf(box) * 3;
     if (!render(library, outline, rowBytes, heightOf(box), result.bytes.data())) return false;
@@ -125,7 +125,7 @@ bool renderPixels(FT_Library library, FT_Outline& outline, std::uint8_t* mask, s
     const Rect box = intersection(pixelsOf(outline), {0, 0, width, height});
     if (isEmpty(box)) return true;
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(widthOf(box)) * static_cast<std::size_t>(heightOf(box)));
-    FT_Outline_Translate(&outline, std::int64_t{box.left} * -64, std::int64_t{box.bottom} * 64);
+    FT_Outline_Translate(&outline, FT_Pos{box.left} * -64, FT_Pos{box.bottom} * 64);
     if (!render(library, outline, widthOf(box), heightOf(box), bytes.data())) return false;
     const std::uint8_t* from = bytes.data();
     for (std::int64_t y = box.top; y < box.bottom; ++y)
