@@ -100,6 +100,8 @@ const Kernel kernels[] = {
      [](const Table& t, Pictures& p, std::size_t y) { t.unpack24(p.row(y), p.otherRow(y, 3), width, false); }},
     {"extractAlpha",
      [](const Table& t, Pictures& p, std::size_t y) { t.extractAlpha(p.otherRow(y, 1), p.row(y), width); }},
+    {"alphaBits",
+     [](const Table& t, Pictures& p, std::size_t y) { t.alphaBits(p.otherRow(y, 1), p.row(y), width, 1); }},
     {"unfilterSub1", sub<1>},
     {"unfilterSub3", sub<3>},
     {"unfilterSub4", sub<4>},

@@ -162,6 +162,9 @@ struct Table {
     void (*unpack24)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, bool swap);
     // The alpha byte of each pixel. Rows do not overlap.
     void (*extractAlpha)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    // Bit i % 8 of byte i / 8 says whether the alpha of pixel i is at least `least`; the last byte ends with zeros.
+    // Rows do not overlap.
+    void (*alphaBits)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t least);
 
     // --- PNG row filters, undone in place (PNG standard, filter method 0). `bytes` is the row without its filter
     // byte; `step` the distance in bytes to the pixel on the left, 1 .. 8, where left of the first pixel is 0.

@@ -165,6 +165,9 @@ std::vector<Operation> operations(bool everyOpacity) {
     for (const bool swap : {false, true})
         add("unpack24", 32, 24, false, [=](Call c) { c.t.unpack24(c.dst, c.src, c.n, swap); });
     add("extractAlpha", 8, 32, false, [](Call c) { c.t.extractAlpha(c.dst, c.src, c.n); });
+    for (const int least : {0, 1, 128, 255})
+        add("alphaBits", 1, 32, false,
+            [=](Call c) { c.t.alphaBits(c.dst, c.src, c.n, static_cast<std::uint8_t>(least)); });
     add("unfilterUp", 8, 8, true, [](Call c) { c.t.unfilterUp(c.dst, c.src, c.n); });
     add("fromRgb8", 32, 24, false, [](Call c) { c.t.fromRgb8(c.dst, c.src, c.n); });
     add("fromRgba8", 32, 32, false, [](Call c) { c.t.fromRgba8(c.dst, c.src, c.n); });

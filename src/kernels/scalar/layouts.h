@@ -40,5 +40,18 @@ void extractAlpha(std::uint8_t* dst, const std::uint8_t* src, std::size_t count)
         dst[i] = src[4 * i + 3];
 }
 
+void alphaBits(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t least) {
+    for (; count >= 8; count -= 8, src += 32) {
+        unsigned bits = 0;
+        for (unsigned i = 0; i < 8; ++i)
+            bits |= (src[4 * i + 3] >= least ? 1U : 0U) << i;
+        *dst++ = static_cast<std::uint8_t>(bits);
+    }
+    unsigned bits = 0;
+    for (unsigned i = 0; i < count; ++i)
+        bits |= (src[4 * i + 3] >= least ? 1U : 0U) << i;
+    if (count > 0) *dst = static_cast<std::uint8_t>(bits);
+}
+
 } // namespace
 } // namespace pixkit::kernels

@@ -43,6 +43,7 @@ constinit const Table reference = {
     .pack24 = pack24,
     .unpack24 = unpack24,
     .extractAlpha = extractAlpha,
+    .alphaBits = alphaBits,
     .unfilterSub = unfilterSub,
     .unfilterUp = unfilterUp,
     .unfilterAvg = unfilterAvg,
