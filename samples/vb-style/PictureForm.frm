@@ -18,6 +18,8 @@ Attribute VB_Name = "PictureForm"
 ' Needs a reference to "pixkit imaging component 3.0".
 Option Explicit
 
+Private Declare Function SetWindowRgn Lib "user32" (ByVal hWnd As Long, ByVal hRgn As Long, ByVal bRedraw As Long) As Long
+
 Private sheet As pixkit.cPixSheet
 
 Private Sub Form_Load()
@@ -30,6 +32,11 @@ Private Sub Form_Paint()
     Dim newWidth As Long, newHeight As Long
     sheet.ScaleImage Me.ScaleWidth - 20, Me.ScaleHeight - 20, newWidth, newHeight
     sheet.Render Me.hDC, 10, 10, newWidth, newHeight
+End Sub
+
+' A double click gives the window the picture's shape. The window owns the region from then on.
+Private Sub Form_DblClick()
+    SetWindowRgn Me.hWnd, sheet.CreateRegion(regionEnclosed, OpaquenessTolerance:=128), True
 End Sub
 
 Private Sub Form_OLEDragDrop(Data As DataObject, Effect As Long, Button As Integer, Shift As Integer, X As Single, Y As Single)

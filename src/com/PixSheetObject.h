@@ -417,6 +417,12 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         return give(result, [&] { return m_sheet->UpdateLayeredWindow(hWnd, x, y, Opacity); });
     }
 
+    // --- regions
+
+    STDMETHODIMP CreateRegion(::eRegionStyles RegionStyle, BYTE OpaquenessTolerance, LONG_PTR* result) override {
+        return give(result, [&] { return m_sheet->CreateRegion(RegionStyle, OpaquenessTolerance); });
+    }
+
   private:
     using Access = CallersBytes::Access;
 

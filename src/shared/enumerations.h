@@ -82,6 +82,13 @@ enum ePictureStyles : std::int32_t {
     pictIcon = 3,          // only CreateStdPicture: an icon, which is drawn with its alpha
 };
 
+// What of an image CreateRegion makes a region of.
+enum eRegionStyles : std::int32_t {
+    regionBounds = 0,   // one rectangle around all of its shape
+    regionEnclosed = 1, // its shape without holes
+    regionShaped = 2,   // its shape
+};
+
 // What PngPropertyGet and PngPropertySet are about.
 enum ePngProperties : std::int32_t {
     // texts, under the keywords that the PNG standard gives

@@ -461,6 +461,21 @@ class cPixSheet {
     // is named, when the image is transparent throughout and would vanish, and when there is no memory.
     bool TrimImage(std::int32_t TrimOptions = trimAll, bool ReportOnly = false, TrimRectangle* Kept = nullptr) noexcept;
 
+    // --- regions (render/Region.cpp)
+
+    // The picture's shape, the pixels whose alpha is at least OpaquenessTolerance (0: all of them), as a region: on
+    // Windows an HRGN, natively platform/regions.h tells what it holds. Its coordinates count from the image's top left
+    // corner, y downwards. The caller owns it, until it is deleted (DeleteObject) or handed over (SetWindowRgn).
+    // - regionShaped: exactly these pixels. Rows of the same runs of them share their rectangles.
+    // - regionEnclosed: and what they enclose. Outside is what is reached from beyond the edges by steps to the left,
+    //   right, up and down through pixels that do not belong; what is reached across corners alone is enclosed, so that
+    //   a line of pixels holds what is within it, and a window gets no pinholes.
+    // - regionBounds: the smallest rectangle around them.
+    // Without such pixels it is an empty region. 0 without an image, for another style, and where memory or the
+    // system's regions are used up.
+    std::intptr_t CreateRegion(std::int32_t RegionStyle = regionShaped,
+                               std::uint8_t OpaquenessTolerance = 1) const noexcept;
+
     // --- text (render/DrawText.cpp); natively it is there where the library was built with what draws it
     // (platform/text.h: canDrawText)
 

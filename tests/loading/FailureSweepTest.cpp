@@ -8,6 +8,7 @@
 #include "platform/icons.h"
 #include "platform/interaction.h"
 #include "platform/pictures.h"
+#include "platform/regions.h"
 #include "support/AllocationFault.h"
 #include "support/Pictures.h"
 #include "support/SourceFolder.h"
@@ -219,5 +220,23 @@ TEST_F(FailureSweep, AFailedSaveCostsTheOldFileOrTheArray) {
             EXPECT_EQ(pixelsOf(sheet), pixels);
         };
         Subject{prepare, [&] { return save(nullptr); }, check}.sweep({1});
+    }
+}
+
+TEST_F(FailureSweep, AFailedRegionIsHalfARegionOrLeavesParts) {
+    cPixSheet sheet;
+    draw(sheet, 40, 30, AlphaSimple, [](unsigned x, unsigned y) {
+        return Pixel{0, 0, 0, Pixel::value_type(x * y % 3)};
+    });
+    for (const std::int32_t style : {regionBounds, regionEnclosed, regionShaped}) {
+        std::size_t made = 0;
+        const auto attempt = [&] {
+            const platform::UniqueRegion region(sheet.CreateRegion(style));
+            made = platform::GetRegionData(region.get());
+            return static_cast<bool>(region);
+        };
+        attempt();
+        const auto check = [&, all = made](bool isDone) { EXPECT_EQ(made, isDone ? all : 0); };
+        Subject{[] {}, attempt, check}.sweep({1, -1});
     }
 }

@@ -188,7 +188,8 @@ Member member(Call call) {
     X(SaveToFile_ICO) X(SaveToStream_ICO) X(CopyToClipBoard) X(PngPropertyGet) X(PngPropertySet) \
     X(MakeGrayScale) X(MakeImageInverse) X(MakeLighterDarker) X(MakeTransparent) X(BlendToColor) X(MirrorImage) \
     X(Render) X(RenderDropShadow_JIT) X(CreateGDIplusToken) X(DestroyGDIplusToken) X(Resize) X(ScaleImage) \
-    X(CreateDropShadow) X(CreateCheckerBoard) X(TileImage) X(DrawText_hFont) X(MeasureText_hFont)
+    X(CreateDropShadow) X(CreateCheckerBoard) X(TileImage) X(DrawText_hFont) X(MeasureText_hFont) \
+    X(CreateRegion)
 // clang-format on
 #define PIXKIT_MEMBER(name)                                                                                            \
     {#name, member([](cPixSheet& sheet, auto&... in) -> decltype(sheet.name(in...)) { return sheet.name(in...); })},

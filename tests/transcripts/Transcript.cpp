@@ -3,6 +3,7 @@
 #include "platform/gdi.h"
 #include "platform/icons.h"
 #include "platform/interaction.h"
+#include "platform/regions.h"
 #include "support/Pictures.h"
 #include "support/SourceFolder.h"
 #include <algorithm>
@@ -269,6 +270,7 @@ std::string kindOf(platform::Handle handle) {
     platform::BitmapRecord bitmap;
     platform::IconInfo icon;
     if (platform::GetObjectA(handle, bitmap)) return "bitmap " + std::to_string(bitmap.bmBitsPixel);
+    if (type == platform::ObjectType::region) return "region";
     if (type != platform::ObjectType::none) return "context";
     if (!platform::GetIconInfo(handle, icon)) return "none";
     platform::DeleteObject(icon.hbmMask);
@@ -284,6 +286,15 @@ Value Run::command(const std::string& name, const std::vector<Argument>& argumen
         const auto handle = platform::Handle(std::get<std::int64_t>(first));
         const bool isObject = platform::GetObjectType(handle) != platform::ObjectType::none;
         return isObject ? platform::DeleteObject(handle) : platform::DestroyIcon(handle);
+    }
+    if (name == "rectangles") { // of a region, which is deleted
+        const platform::UniqueRegion region(platform::Handle(std::get<std::int64_t>(first)));
+        std::vector<platform::Rect> found(platform::GetRegionData(region.get()));
+        platform::GetRegionData(region.get(), found);
+        Array rows{{}, 0, std::uint32_t(found.size()), true};
+        for (const platform::Rect& row : found)
+            rows.elements.insert(rows.elements.end(), {row.left, row.top, row.right, row.bottom});
+        return found.empty() ? Value(Word{"none"}) : rows;
     }
     const auto& text = std::get<std::string>(first);
     if (name == "answer") { // to every question from now on
@@ -312,8 +323,8 @@ std::string Run::resultText(const std::string& member, const Object& object, con
     if (number == nullptr || *number == 0) return std::holds_alternative<std::monostate>(value) ? "" : textOf(value);
     if (member == "GetPixel" && *number > 0) return "0x" + hex(std::uint64_t(*number), 6);
     if (member == "SetPixel") return "bits+" + std::to_string(*number - property(object, "BitsPointer"));
-    static const std::set<std::string> handles = {"BitsPointer",  "Handle",     "LoadDIBinDC",
-                                                  "CreateBitmap", "CreateIcon", "CreateCursor"};
+    static const std::set<std::string> handles = {"BitsPointer", "Handle",       "LoadDIBinDC", "CreateBitmap",
+                                                  "CreateIcon",  "CreateCursor", "CreateRegion"};
     if (handles.count(member) == 0) return textOf(value);
     for (const auto& [name, held] : m_variables)
         if (textOf(held) == textOf(value)) return name;

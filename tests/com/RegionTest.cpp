@@ -1,0 +1,59 @@
+// Regions in the hands of a client: as the shape of a window, and what is left of them.
+#include "Server.h"
+#include "platform/faults.h"
+#include "platform/regions.h"
+#include "support/Pictures.h"
+
+namespace pixkit::test {
+
+using Regions = ComTest;
+
+DWORD gdiObjects() {
+    return ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS);
+}
+
+TEST_F(Regions, AreNoShapeForAWindow) {
+    ASSERT_TRUE(makeImage(70, 3));
+    for (LONG x = 0; x < 70; x += 2)
+        setPixel(x, x % 3, 255);
+    LONG_PTR region = 0, same = 0;
+    sheet->CreateRegion(regionShaped, 255, &region);
+    sheet->CreateRegion(regionShaped, 255, &same);
+    const HWND window = ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 70, 3, nullptr, nullptr, nullptr, nullptr);
+    ASSERT_NE(::SetWindowRgn(window, reinterpret_cast<HRGN>(region), FALSE), 0);
+    const platform::UniqueRegion expected(same), shape(platform::ExtCreateRegion({}));
+    EXPECT_EQ(::GetWindowRgn(window, reinterpret_cast<HRGN>(shape.get())), COMPLEXREGION);
+    EXPECT_TRUE(::EqualRgn(reinterpret_cast<HRGN>(shape.get()), reinterpret_cast<HRGN>(expected.get())));
+    EXPECT_EQ(platform::GetRegionData(shape.get()), 35u);
+    ::DestroyWindow(window);
+}
+
+TEST_F(Regions, StayBehind) {
+    ASSERT_TRUE(makeImage(8, 8));
+    setPixel(1, 1, 0);
+    const DWORD before = gdiObjects();
+    for (int cycle = 0; cycle < 10'000; ++cycle) {
+        Variant region;
+        ASSERT_EQ(call(sheet.get(), L"CreateRegion", {number(cycle % 3)}, &region), S_OK);
+        ::VariantChangeType(&region, &region, 0, VT_I8);
+        ASSERT_TRUE(platform::DeleteObject(static_cast<platform::Handle>(region.llVal)));
+    }
+    EXPECT_EQ(gdiObjects(), before);
+}
+
+// Of the library in the test itself, where calls can be made to fail.
+TEST(FailedRegions, StayBehindInParts) {
+    cPixSheet image;
+    draw(image, 60, 60, AlphaSimple, [](unsigned x, unsigned y) {
+        return Pixel{0, 0, 0, Bytes::value_type(x * y % 3)};
+    });
+    const DWORD before = gdiObjects();
+    for (const auto call : {platform::SeamCall::extCreateRegion, platform::SeamCall::combineRgn})
+        for (int after = 0; after < 6; ++after) {
+            const platform::ScopedFault fault(call, after);
+            EXPECT_EQ(image.CreateRegion(), 0) << after;
+            EXPECT_EQ(gdiObjects(), before) << after;
+        }
+}
+
+} // namespace pixkit::test
