@@ -32,6 +32,9 @@ void addInfo(CLI::App& app, InfoRequest& request) {
     CLI::App* const sub = app.add_subcommand("info", "Show size, alpha class, type and bytes of pictures");
     sub->add_option("FILE", request.files, "Pictures")->required()->type_name("");
     sub->add_flag("--json", request.json, "As a JSON array");
+    sub->add_flag(
+        "--region", request.region,
+        "Also of how many rectangles a region of the\npicture's shape (all that is not fully transparent)\nconsists");
     addIconOptions(*sub, request.icon);
     sub->footer("\nOf an icon or cursor file, all images are listed.\n"
                 "The alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2).\n\n"

@@ -20,6 +20,7 @@ inline constexpr int exitUsage = 2;
 struct InfoRequest {
     std::vector<std::string> files;
     bool json = false;
+    bool region = false; // count the rectangles of each picture's shape
     IconChoice icon = {};
 };
 int info(const InfoRequest& request, Console& console);

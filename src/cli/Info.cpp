@@ -4,8 +4,10 @@
 #include "cli/MessageBoxes.h"
 #include "cli/Names.h"
 #include "cli/Text.h"
+#include "platform/regions.h"
 #include "surface/cPixSheet.h"
 #include <iomanip>
+#include <optional>
 #include <ostream>
 #include <vector>
 
@@ -19,17 +21,21 @@ struct Facts {
     AlphaTypeEnum alpha;
     eImageFormat type;
     std::uintmax_t bytes;
-    std::vector<IconSourceSize> images; // of an icon file
+    std::vector<IconSourceSize> images;    // of an icon file
+    std::optional<std::size_t> rectangles; // where they were asked for
 };
 
 std::string withNumber(const char* word, int number) {
     return std::string(word) + " (" + std::to_string(number) + ")";
 }
 
+// Without rectangles their column is left out.
 void printRow(std::ostream& out, const std::string& size, const std::string& alpha, const std::string& type,
-              const std::string& bytes, const std::string& file) {
+              const std::string& bytes, const std::optional<std::string>& rectangles, const std::string& file) {
     out << std::setw(13) << size << "  " << std::left << std::setw(13) << alpha << "  " << std::setw(17) << type
-        << std::right << std::setw(11) << bytes << "  " << file << '\n';
+        << std::right << std::setw(11) << bytes;
+    if (rectangles) out << std::setw(12) << *rectangles;
+    out << "  " << file << '\n';
 }
 
 void printImages(std::ostream& out, const std::vector<IconSourceSize>& images) {
@@ -43,9 +49,12 @@ void printImages(std::ostream& out, const std::vector<IconSourceSize>& images) {
 }
 
 void printLine(std::ostream& out, const Facts& facts) {
+    std::optional<std::string> rectangles;
+    if (facts.rectangles) rectangles = std::to_string(*facts.rectangles);
     printRow(out, std::to_string(facts.width) + " x " + std::to_string(facts.height),
              withNumber(alphaName(facts.alpha).word, facts.alpha),
-             withNumber(imageTypeName(facts.type).word, facts.type), std::to_string(facts.bytes), shown(facts.file));
+             withNumber(imageTypeName(facts.type).word, facts.type), std::to_string(facts.bytes), rectangles,
+             shown(facts.file));
     printImages(out, facts.images);
 }
 
@@ -54,6 +63,7 @@ void printJson(std::ostream& out, const Facts& facts) {
         << ", \"alpha\": {\"value\": " << facts.alpha << ", \"name\": \"" << alphaName(facts.alpha).constant
         << "\"}, \"type\": {\"value\": " << facts.type << ", \"name\": \"" << imageTypeName(facts.type).constant
         << "\"}, \"bytes\": " << facts.bytes;
+    if (facts.rectangles) out << ", \"rectangles\": " << *facts.rectangles;
     const char* separator = ", \"images\": [";
     for (const IconSourceSize& image : facts.images) {
         out << separator << "{\"width\": " << image.Width << ", \"height\": " << image.Height
@@ -73,6 +83,12 @@ std::vector<IconSourceSize> imagesOf(cPixSheet& sheet, const std::string& file, 
     return images;
 }
 
+// Of the picture's shape; nothing where no region can be made of it.
+std::optional<std::size_t> rectanglesOf(const cPixSheet& sheet) {
+    const platform::UniqueRegion region(sheet.CreateRegion());
+    return region ? std::optional(platform::GetRegionData(region.get())) : std::nullopt;
+}
+
 } // namespace
 
 int info(const InfoRequest& request, Console& console) {
@@ -84,7 +100,9 @@ int info(const InfoRequest& request, Console& console) {
         const std::filesystem::path path = toPath(file);
         boxes.about(file);
         cPixSheet sheet;
-        if (!load(sheet, file, request.icon)) {
+        const bool isLoaded = load(sheet, file, request.icon);
+        const auto rectangles = isLoaded && request.region ? rectanglesOf(sheet) : std::nullopt;
+        if (!isLoaded || rectangles.has_value() != request.region) {
             console.err << "pixkit info: " << shown(file) << ": " << sheet.LastErrorText() << '\n';
             exitCode = exitSomeFailed;
             continue;
@@ -97,12 +115,15 @@ int info(const InfoRequest& request, Console& console) {
                           sheet.Alpha(),
                           sheet.ImageType(),
                           gone ? 0 : bytes,
-                          imagesOf(sheet, file, request.icon)};
+                          imagesOf(sheet, file, request.icon),
+                          rectangles};
         if (request.json) {
             console.out << (first ? "\n  " : ",\n  ");
             printJson(console.out, facts);
         } else {
-            if (first) printRow(console.out, "size", "alpha", "type", "bytes", "file");
+            std::optional<std::string> heading;
+            if (request.region) heading = "rectangles";
+            if (first) printRow(console.out, "size", "alpha", "type", "bytes", heading, "file");
             printLine(console.out, facts);
         }
         first = false;
