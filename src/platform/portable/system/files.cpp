@@ -247,7 +247,8 @@ std::string GetFinalPathNameW(const std::string& name) noexcept {
                 return isSame ? path : failed(FileError::other, std::string());
             }
             const std::string next = target.substr(0, static_cast<std::size_t>(length));
-            path = next.starts_with('/') ? next : path.substr(0, folderLength(path)) + next;
+            path.resize(next.starts_with('/') ? 0 : folderLength(path));
+            path += next;
         }
         return failed(FileError::circle, std::string());
     } catch (const std::bad_alloc&) {
