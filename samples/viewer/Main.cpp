@@ -25,7 +25,7 @@ int WINAPI wWinMain(HINSTANCE program, HINSTANCE, LPWSTR, int show) {
     const HACCEL keys = LoadAcceleratorsW(program, MAKEINTRESOURCEW(VIEWER_RESOURCES));
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        // The keys of another window, such as a dialog, are its own.
+        // The keys of another window, such as the shape, are its own.
         if (message.hwnd == window.handle() && TranslateAcceleratorW(window.handle(), keys, &message)) continue;
         TranslateMessage(&message);
         DispatchMessageW(&message);

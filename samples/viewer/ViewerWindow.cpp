@@ -1,4 +1,5 @@
 #include "ViewerWindow.h"
+#include "ShapeWindow.h"
 #include "commands.h"
 #include "dialogs.h"
 #include <cmath>
@@ -24,6 +25,7 @@ constexpr wchar_t help[] = L"Ctrl+O, or drop a file\topen\n"
                            L"R, Shift+R\tturn right, left (with Ctrl by 5 degrees)\n"
                            L"M, Shift+M\tmirror left and right, top and bottom\n"
                            L"G\tgrayscale\n"
+                           L"S\tonly the picture's shape on the desktop (S or Esc ends it)\n"
                            L"F1\tthese keys";
 
 } // namespace
@@ -206,6 +208,9 @@ void ViewerWindow::runCommand(int command) {
         m_picture.toggleGrayscale();
         showChanged();
         break;
+    case COMMAND_SHAPE:
+        showShape();
+        break;
     case COMMAND_HELP:
         m_isHelpShown = !m_isHelpShown;
         redraw();
@@ -227,6 +232,14 @@ void ViewerWindow::askAndSave() {
         const std::wstring file = askForFileToSave(m_window, m_picture.name());
         if (!file.empty()) m_picture.save(file);
     }
+    redraw();
+}
+
+void ViewerWindow::showShape() {
+    POINT corner = {m_view.place().left, m_view.place().top};
+    ClientToScreen(m_window, &corner);
+    const std::wstring problem = showShapeWindow(m_window, m_picture.shown(), corner, m_view.zoom());
+    if (!problem.empty()) m_picture.fail(L"cannot show the shape: " + problem);
     redraw();
 }
 
@@ -304,7 +317,7 @@ void ViewerWindow::paint() const {
 void ViewerWindow::markMenu(HMENU menu) const {
     CheckMenuItem(menu, COMMAND_GRAYSCALE, m_picture.isGray() ? MF_CHECKED : MF_UNCHECKED);
     const UINT state = m_picture.isEmpty() ? MF_GRAYED : MF_ENABLED;
-    for (const UINT command : {COMMAND_SAVE, COMMAND_COPY, COMMAND_FIT, COMMAND_ACTUAL_SIZE})
+    for (const UINT command : {COMMAND_SAVE, COMMAND_COPY, COMMAND_SHAPE, COMMAND_FIT, COMMAND_ACTUAL_SIZE})
         EnableMenuItem(menu, command, state);
 }
 

@@ -23,6 +23,7 @@ class ViewerWindow {
 
     void askAndOpen();
     void askAndSave();
+    void showShape();
 
     void resize();
     void changeDpi(int dpi, const RECT& suggested);

@@ -16,8 +16,8 @@ import time
 BUILD, RUNNER = pathlib.Path(sys.argv[1]), sys.argv[2:]
 PICTURES = pathlib.Path("samples/pictures")
 SCREEN = 1024, 768
-VIEWER = "pixkit_viewer"
-BACKGROUND = (128, 128, 128)
+VIEWER, SHAPE = "pixkit_viewer", "pixkit_viewer's_shape"
+BACKGROUND, DESKTOP = (128, 128, 128), (0, 0, 0)
 SQUARE = 8, (255, 255, 255), (192, 192, 192)
 PATIENCE = 60  # seconds that a machine with other things to do may need for one step
 
@@ -63,6 +63,11 @@ def over_board(rows):
         [blended(pixel, second if (x // side + y // side) % 2 else first) for x, pixel in enumerate(row)]
         for y, row in enumerate(rows)
     ]
+
+
+def shaped(rows):
+    """Only what is more than half opaque, over white."""
+    return [[blended(pixel, (255, 255, 255)) if pixel[3] >= 128 else DESKTOP for pixel in row] for row in rows]
 
 
 class Test:
@@ -174,6 +179,14 @@ class Test:
         self.say("key ctrl+v")
         self.check("pasted file", over_board(butterfly), title="butterfly-interlaced.png")
 
+        # Around the shape the desktop is seen, and no viewer; afterwards it is back.
+        corner = self.middle(280, 220)
+        self.say("key s")
+        self.say("wait " + SHAPE)
+        self.check("shape", shaped(butterfly), corner)
+        self.say("key s")
+        self.say("gone " + SHAPE)
+        self.check("no shape", over_board(butterfly), title="butterfly-interlaced.png")
         # The dialogs: what is saved is what is shown.
         self.say("key r")
         self.say("key ctrl+s")
@@ -198,7 +211,7 @@ def windows_path(path):
 def main():
     # The server says which display was free.
     reading, writing = os.pipe()
-    options = ["-displayfd", str(writing), "-screen", "0", "%dx%dx24" % SCREEN, "-dpi", "96", "-wr", "-nolisten", "tcp"]
+    options = ["-displayfd", str(writing), "-screen", "0", "%dx%dx24" % SCREEN, "-dpi", "96", "-br", "-nolisten", "tcp"]
     server = subprocess.Popen(["Xvfb", *options], pass_fds=[writing], stderr=subprocess.DEVNULL)
     os.close(writing)
     with os.fdopen(reading) as said:
