@@ -17,8 +17,8 @@ TEST_F(Regions, AreNoShapeForAWindow) {
     for (LONG x = 0; x < 70; x += 2)
         setPixel(x, x % 3, 255);
     LONG_PTR region = 0, same = 0;
-    sheet->CreateRegion(regionShaped, 255, &region);
-    sheet->CreateRegion(regionShaped, 255, &same);
+    sheet->CreateRegion(::regionShaped, 255, &region);
+    sheet->CreateRegion(::regionShaped, 255, &same);
     const HWND window = ::CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 70, 3, nullptr, nullptr, nullptr, nullptr);
     ASSERT_NE(::SetWindowRgn(window, reinterpret_cast<HRGN>(region), FALSE), 0);
     const platform::UniqueRegion expected(same), shape(platform::ExtCreateRegion({}));
