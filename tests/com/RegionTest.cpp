@@ -44,7 +44,7 @@ TEST_F(Regions, StayBehind) {
 // Of the library in the test itself, where calls can be made to fail.
 TEST(FailedRegions, StayBehindInParts) {
     cPixSheet image;
-    draw(image, 60, 60, AlphaSimple, [](unsigned x, unsigned y) {
+    draw(image, 100, 100, AlphaSimple, [](unsigned x, unsigned y) {
         return Pixel{0, 0, 0, Bytes::value_type(x * y % 3)};
     });
     const DWORD before = gdiObjects();
