@@ -17,7 +17,8 @@ HRGN native(Handle region) noexcept {
 }
 
 // Some systems take time that grows with the square of the rectangles in a call, and some no more than a few thousand.
-constexpr std::size_t blockSize = 100;
+// 400,000 rectangles take 80 ms in blocks of 16 to 50, 140 in blocks of 100.
+constexpr std::size_t blockSize = 32;
 
 // RGNDATA
 struct Block {
