@@ -17,7 +17,7 @@ set -euo pipefail
 say() { echo "setup: $*" >&2; }
 
 packages_of() {
-    local text="pkg-config libfreetype-dev libfontconfig-dev libharfbuzz-dev libraqm-dev libunibreak-dev"
+    local text="pkg-config libfreetype-dev libfontconfig-dev libfribidi-dev libharfbuzz-dev libunibreak-dev"
     local build="g++ cmake ninja-build ccache libcli11-dev zlib1g libturbojpeg0"
     case $1 in
     demo) echo "$build" ;;

@@ -9,9 +9,8 @@ namespace pixkit {
 // A DIB section with a copy of the pixels, rows bottom-up, for whoever gets the handle:
 // - pictPremultiplied: 32 bits, as stored.
 // - pictStraight: 32 bits, colours by GetPixel's rule, clear pixels 0, 0, 0, 0.
-// - pictFlat: flattened onto a colour at 24 bits, which all systems and programs take for opaque. A fourth byte would
-// be
-//   taken for alpha by some, and ignored, or left 0, by others.
+// - pictFlat: flattened onto a colour at 24 bits, which all systems and programs take for opaque. A fourth byte is
+//   alpha to some of them, and to others nothing.
 // With AlphaNone the alpha bytes mean nothing, and are 255. Refuses other styles, and where there is no memory.
 Outcome makeBitmap(const SourcePicture& picture, std::int32_t style, std::int32_t backColor,
                    platform::UniqueBitmap& bitmap);

@@ -47,6 +47,7 @@ class TextLine {
     struct Character {
         std::int32_t advance = 0; // how far it moves on, pixels. What is drawn as one glyph may share its width out.
         bool canBreak = false;    // whether a line may end before it, by the system; it always may after a space
+        bool isStart = true;      // whether it belongs to none before it, as accents do: lines are cut nowhere else
     };
 
     TextLine() noexcept = default;

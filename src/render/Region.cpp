@@ -235,7 +235,8 @@ std::intptr_t cPixSheet::CreateRegion(std::int32_t RegionStyle, std::uint8_t Opa
         const ConstPixelView image = HostAccess::pixels(*this);
         if (!image) return refused(noImage);
         if (RegionStyle < regionBounds || RegionStyle > regionShaped) return refused("no region has that style");
-        const Shape shape(image, OpaquenessTolerance);
+        // Alpha bytes that mean nothing may hold anything, as what GDI has drawn on.
+        const Shape shape(image, m_AlphaImage == AlphaNone ? std::uint8_t{0} : OpaquenessTolerance);
         region = platform::ExtCreateRegion(RegionStyle == regionBounds     ? boundsOf(shape)
                                            : RegionStyle == regionEnclosed ? enclosed(shape)
                                                                            : shaped(shape));

@@ -136,21 +136,22 @@ bool TextLayout::measure(std::size_t begin, std::size_t end, Characters& charact
 }
 
 // Where a line of a paragraph that begins at `begin` has to end so that it is no wider than the rectangle: at the last
-// opportunity, else within the word, but behind one character.
+// opportunity, else within the word, but behind one character with all that belongs to it.
 std::size_t TextLayout::lineEnd(const Characters& characters, std::size_t paragraph, std::size_t begin) const noexcept {
     const std::size_t end = paragraph + characters.size();
     std::int64_t x = 0;
-    std::size_t opportunity = begin;
+    std::size_t opportunity = begin, cut = begin;
     for (std::size_t i = begin; i < end; ++i) {
         const auto& character = characters[i - paragraph];
         const bool isTab = m_text[i] == U'\t';
         // The system looks at pieces, and within them at runs of one script, and overlooks opportunities between them.
         const bool isAfterSpace = i > begin && isSpace(m_text[i - 1]) && !isSpace(m_text[i]);
         if (isAfterSpace || (i > begin && character.canBreak)) opportunity = i;
+        if (character.isStart) cut = i;
         const std::int64_t next = isTab ? nextTab(x) : x + character.advance;
-        // Marks that belong to the character before move nothing on.
-        if (next > m_form.width && next > x && i > begin && !isSpace(m_text[i]))
-            return opportunity > begin ? opportunity : i;
+        // What moves nothing on, such as a joiner, is no reason to end a line.
+        if (next > m_form.width && next > x && cut > begin && !isSpace(m_text[i]))
+            return opportunity > begin ? opportunity : cut;
         x = next;
     }
     return end;
@@ -198,6 +199,8 @@ bool TextLayout::endInEllipsis(std::size_t line) {
             x = text[kept] == U'\t' ? nextTab(x) : x + characters[kept].advance;
             if (x + mark->width() > m_form.width) break;
         }
+        while (kept > 0 && kept < text.size() && !characters[kept].isStart)
+            --kept;
         text.resize(kept);
     }
     while (!text.empty() && isSpace(text.back()))

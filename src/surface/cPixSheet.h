@@ -463,9 +463,10 @@ class cPixSheet {
 
     // --- regions (render/Region.cpp)
 
-    // The picture's shape, the pixels whose alpha is at least OpaquenessTolerance (0: all of them), as a region: on
-    // Windows an HRGN, natively platform/regions.h tells what it holds. Its coordinates count from the image's top left
-    // corner, y downwards. The caller owns it, until it is deleted (DeleteObject) or handed over (SetWindowRgn).
+    // The picture's shape, the pixels whose alpha is at least OpaquenessTolerance (0: all of them, as where Alpha is
+    // AlphaNone), as a region: on Windows an HRGN, natively platform/regions.h tells what it holds. Its coordinates
+    // count from the image's top left corner, y downwards. The caller owns it, until it is deleted (DeleteObject) or
+    // handed over (SetWindowRgn).
     // - regionShaped: exactly these pixels. Rows of the same runs of them share their rectangles.
     // - regionEnclosed: and what they enclose. Outside is what is reached from beyond the edges by steps to the left,
     //   right, up and down through pixels that do not belong; what is reached across corners alone is enclosed, so that

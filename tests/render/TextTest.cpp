@@ -10,6 +10,7 @@
 #include <cmath>
 #include <functional>
 #include <gtest/gtest.h>
+#include <utility>
 
 namespace pixkit::test {
 namespace {
@@ -18,14 +19,16 @@ using namespace std::string_literals;
 
 constexpr std::int32_t characterWidth = 5, ascent = 8, descent = 2;
 
-// Every character is 5 x 10 pixels, accents none; lines may end behind spaces. Cells are filled with a pattern.
+// Every character is 5 x 10 pixels, of which an accent takes its share; lines may end behind spaces. Cells are filled
+// with a pattern.
 class GridLine final : public platform::TextLine {
   public:
     explicit GridLine(std::u32string_view itsText) : text(itsText) {
         for (std::size_t i = 0; i < text.size(); ++i) {
             const bool isAccent = text[i] == 0x301;
             if (!isAccent) cells += text[i];
-            m_characters.push_back({isAccent ? 0 : characterWidth, i > 0 && text[i - 1] == U' ' && text[i] != U' '});
+            m_characters.push_back({characterWidth, i > 0 && text[i - 1] == U' ' && text[i] != U' ', !isAccent});
+            if (isAccent) m_characters[i].advance = std::exchange(m_characters[i - 1].advance, 3) - 3;
         }
     }
     std::int32_t width() const noexcept override { return static_cast<std::int32_t>(cells.size()) * characterWidth; }
@@ -120,10 +123,16 @@ TEST(TextLayout, PutsACharacterOnAnotherLineOrPlace) {
         {"ab\xCC\x81"
          "c",
          10, 0, 0, true, "abe@0,8 c@0,18", 10, 20},
+        {"a\xCC\x81"
+         "b",
+         3, 0, 0, true, "ae@0,8 b@0,18", 5, 20},
         // ellipses
         {"abcdef", 30, 0, txtEllipsis, false, "abcdef@0,8", 30, 10},
         {"abcdefg\nh", 30, 0, txtEllipsis, false, "abcdei@0,8 h@0,18", 30, 20},
         {"abc  def", 30, 0, txtEllipsis, false, "abci@0,8", 20, 10},
+        {"ab\xCC\x81"
+         "c",
+         13, 0, txtEllipsis, false, "ai@0,8", 10, 10},
         {"abc", 3, 0, txtEllipsis, false, "i@0,8", 5, 10},
         {"ab\ncd\nef", 50, 29, txtEllipsis, false, "ab@0,8 cdi@0,18", 15, 20},
         {"ab\ncd", 0, 5, txtEllipsis, false, "abi@0,8", 15, 10},

@@ -1,15 +1,15 @@
 #include "platform/portable/text/LineLayout.h"
 #include "platform/portable/text/OpenFont.h"
 #include <algorithm>
-#include <hb.h>
+#include <array>
+#include <fribidi.h>
+#include <hb-ft.h>
 #include <linebreak.h>
-#include <raqm.h>
+#include <string>
 
 namespace pixkit::platform {
 
 namespace {
-
-using Raqm = std::unique_ptr<raqm_t, decltype(&raqm_destroy)>;
 
 hb_unicode_general_category_t categoryOf(char32_t character) noexcept {
     return hb_unicode_general_category(hb_unicode_funcs_get_default(), character);
@@ -32,8 +32,9 @@ bool joins(char32_t before, char32_t character) noexcept {
            (character >= 0x1F3FB && character <= 0x1F3FF); // colours of skin
 }
 
-// Chooses a face for each character. False on failure.
-bool chooseFaces(raqm_t* raqm, OpenFont& font, std::u32string_view text, std::vector<FontFace*>& faces) {
+// A face for each character.
+std::vector<FontFace*> facesFor(OpenFont& font, std::u32string_view text) {
+    std::vector<FontFace*> faces;
     for (std::size_t from = 0; from < text.size();) {
         std::size_t to = from + 1;
         while (to < text.size() && joins(text[to - 1], text[to]))
@@ -42,20 +43,96 @@ bool chooseFaces(raqm_t* raqm, OpenFont& font, std::u32string_view text, std::ve
         faces.insert(faces.end(), to - from, &face);
         from = to;
     }
-    for (std::size_t from = 0; from < text.size();) {
-        std::size_t to = from + 1;
-        while (to < text.size() && faces[to] == faces[from])
-            ++to;
-        if (!raqm_set_freetype_face_range(raqm, faces[from]->face(), from, to - from)) return false;
-        from = to;
-    }
-    return true;
+    return faces;
 }
 
-// GDI neither kerns nor joins letters that can stand alone.
-bool leaveLettersAlone(raqm_t* raqm) noexcept {
-    return raqm_add_font_feature(raqm, "kern=0", -1) && raqm_add_font_feature(raqm, "liga=0", -1) &&
-           raqm_add_font_feature(raqm, "clig=0", -1);
+// The level of each character by the Unicode bidirectional algorithm: even ones read from left to right. Empty on
+// failure.
+std::vector<FriBidiLevel> levelsOf(const std::vector<std::uint32_t>& text, bool isRightToLeft) {
+    const auto length = static_cast<FriBidiStrIndex>(text.size());
+    std::vector<FriBidiCharType> types(text.size());
+    std::vector<FriBidiBracketType> brackets(text.size());
+    std::vector<FriBidiLevel> levels(text.size());
+    FriBidiParType direction = isRightToLeft ? FRIBIDI_PAR_RTL : FRIBIDI_PAR_LTR;
+    fribidi_get_bidi_types(text.data(), length, types.data());
+    fribidi_get_bracket_types(text.data(), length, types.data(), brackets.data());
+    if (fribidi_get_par_embedding_levels_ex(types.data(), brackets.data(), length, &direction, levels.data()) == 0)
+        return {};
+    for (std::size_t i = text.size(); i > 0 && FRIBIDI_IS_EXPLICIT_OR_BN_OR_WS(types[i - 1]); --i)
+        levels[i - 1] = isRightToLeft ? 1 : 0; // spaces at the end belong to the line
+    return levels;
+}
+
+// The script of each character; what belongs to none has that of what stands before it, at the beginning behind it.
+std::vector<hb_script_t> scriptsOf(const std::vector<std::uint32_t>& text) {
+    std::vector<hb_script_t> scripts;
+    const auto isOwn = [](hb_script_t script) {
+        return script != HB_SCRIPT_COMMON && script != HB_SCRIPT_INHERITED && script != HB_SCRIPT_UNKNOWN;
+    };
+    for (const std::uint32_t character : text) {
+        const hb_script_t own = hb_unicode_script(hb_unicode_funcs_get_default(), character);
+        scripts.push_back(isOwn(own) || scripts.empty() ? own : scripts.back());
+    }
+    const auto first = std::find_if(scripts.begin(), scripts.end(), isOwn);
+    if (first != scripts.end()) std::fill(scripts.begin(), first, *first);
+    return scripts;
+}
+
+// Characters that are shaped together.
+struct Run {
+    std::size_t from, to;
+    FriBidiLevel level;
+    hb_script_t script;
+    FontFace* face;
+};
+
+// From left to right.
+std::vector<Run> runsOf(OpenFont& font, const std::vector<std::uint32_t>& text, bool isRightToLeft) {
+    const std::vector<FriBidiLevel> levels = levelsOf(text, isRightToLeft);
+    if (levels.empty()) return {};
+    const std::vector<hb_script_t> scripts = scriptsOf(text);
+    const std::vector<FontFace*> faces = facesFor(font, std::u32string(text.begin(), text.end()));
+    std::vector<Run> runs;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!runs.empty() && runs.back().level == levels[i] && runs.back().script == scripts[i] &&
+            runs.back().face == faces[i])
+            runs.back().to = i + 1;
+        else
+            runs.push_back({i, i + 1, levels[i], scripts[i], faces[i]});
+    }
+    // From the highest level down, each sequence of that level and above is turned round.
+    for (FriBidiLevel level = *std::max_element(levels.begin(), levels.end()); level > 0; --level) {
+        const auto isLower = [level](const Run& run) { return run.level < level; };
+        for (auto from = runs.begin(); from != runs.end();) {
+            from = std::find_if_not(from, runs.end(), isLower);
+            const auto to = std::find_if(from, runs.end(), isLower);
+            std::reverse(from, to);
+            from = to;
+        }
+    }
+    return runs;
+}
+
+using Buffer = std::unique_ptr<hb_buffer_t, decltype(&hb_buffer_destroy)>;
+using ShapingFont = std::unique_ptr<hb_font_t, decltype(&hb_font_destroy)>;
+
+// Shapes a run into a buffer: its glyphs from left to right. False without memory.
+bool shape(hb_buffer_t* buffer, const std::vector<std::uint32_t>& text, const Run& run) {
+    // GDI neither kerns nor joins letters that can stand alone.
+    constexpr auto off = [](char a, char b, char c, char d) {
+        return hb_feature_t{HB_TAG(a, b, c, d), 0, HB_FEATURE_GLOBAL_START, HB_FEATURE_GLOBAL_END};
+    };
+    const std::array features = {off('k', 'e', 'r', 'n'), off('l', 'i', 'g', 'a'), off('c', 'l', 'i', 'g')};
+    const ShapingFont font(hb_ft_font_create_referenced(run.face->face()), &hb_font_destroy);
+    hb_ft_font_set_load_flags(font.get(), FT_LOAD_NO_HINTING);
+    hb_buffer_clear_contents(buffer);
+    hb_buffer_add_utf32(buffer, text.data(), static_cast<int>(text.size()), static_cast<unsigned>(run.from),
+                        static_cast<int>(run.to - run.from));
+    hb_buffer_set_direction(buffer, run.level % 2 != 0 ? HB_DIRECTION_RTL : HB_DIRECTION_LTR);
+    hb_buffer_set_script(buffer, run.script);
+    hb_buffer_set_language(buffer, hb_language_get_default());
+    hb_shape(font.get(), buffer, features.data(), static_cast<unsigned>(features.size()));
+    return hb_buffer_allocation_successful(buffer) != 0;
 }
 
 // 64ths of a pixel to pixels; halves away from 0.
@@ -65,14 +142,14 @@ std::int32_t rounded(std::int64_t places) noexcept {
 
 // The hinted width, and what shaping has made of the plain one: nothing for a mark. The sum of a line's
 // stays a number, whatever a broken font says.
-std::int32_t advanceOf(FontFace& face, const raqm_glyph_t& glyph) {
+std::int32_t advanceOf(FontFace& face, std::uint32_t index, hb_position_t shaped) {
     constexpr std::int64_t widest = 1 << 17; // pixels: two em squares of the biggest size
-    if (glyph.x_advance == 0) return 0;
-    const std::int64_t change = rounded(std::int64_t{glyph.x_advance} - face.plainAdvance(glyph.index));
-    return static_cast<std::int32_t>(std::clamp(face.glyph(glyph.index).advance + change, -widest, widest));
+    if (shaped == 0) return 0;
+    const std::int64_t change = rounded(std::int64_t{shaped} - face.plainAdvance(index));
+    return static_cast<std::int32_t>(std::clamp(face.glyph(index).advance + change, -widest, widest));
 }
 
-// The width of glyphs that stand for several characters is shared out among them.
+// What is drawn together belongs to its first character, and shares its width out.
 void shareWidths(std::span<TextLine::Character> characters, const std::vector<bool>& isFirst) noexcept {
     for (std::size_t from = 0; from < characters.size();) {
         std::size_t to = from + 1;
@@ -82,6 +159,7 @@ void shareWidths(std::span<TextLine::Character> characters, const std::vector<bo
         for (std::size_t i = from; i < to; ++i) {
             characters[i].advance = rest / static_cast<std::int32_t>(to - i);
             rest -= characters[i].advance;
+            characters[i].isStart = i == from;
         }
         from = to;
     }
@@ -111,31 +189,34 @@ bool hasAll(const FontFace& face, std::u32string_view characters) noexcept {
     return hasEach || isComposed;
 }
 
-std::unique_ptr<TextLine> layOutLine(OpenFont& font, std::u32string_view text, bool isRightToLeft) {
-    const Raqm raqm(raqm_create(), &raqm_destroy);
-    const std::vector<std::uint32_t> characters(text.begin(), text.end());
-    std::vector<FontFace*> faces;
-    if (!raqm || text.empty() || !raqm_set_text(raqm.get(), characters.data(), characters.size()) ||
-        !raqm_set_par_direction(raqm.get(), isRightToLeft ? RAQM_DIRECTION_RTL : RAQM_DIRECTION_LTR) ||
-        !leaveLettersAlone(raqm.get()) || !chooseFaces(raqm.get(), font, text, faces) ||
-        !raqm_set_freetype_load_flags(raqm.get(), FT_LOAD_NO_HINTING) || !raqm_layout(raqm.get()))
-        return nullptr;
-    std::size_t count = 0;
-    const raqm_glyph_t* const glyphs = raqm_get_glyphs(raqm.get(), &count);
-    if (glyphs == nullptr) return nullptr;
+// Adds the glyphs of a run, and their widths to the characters that they begin with.
+void LaidOutLine::add(FontFace& face, hb_buffer_t* shaped, std::vector<bool>& isFirst) {
+    unsigned count = 0;
+    const hb_glyph_info_t* const glyphs = hb_buffer_get_glyph_infos(shaped, &count);
+    const hb_glyph_position_t* const places = hb_buffer_get_glyph_positions(shaped, &count);
+    for (unsigned i = 0; i < count; ++i) {
+        const std::uint32_t index = glyphs[i].codepoint;
+        const PlacedGlyph placed{&face, index, m_width + rounded(places[i].x_offset), -rounded(places[i].y_offset)};
+        const std::int32_t advance = advanceOf(face, index, places[i].x_advance);
+        m_ink = unionOf(m_ink, shifted(face.glyph(index).ink, placed.x, placed.y));
+        m_glyphs.push_back(placed);
+        m_characters[glyphs[i].cluster].advance += advance;
+        isFirst[glyphs[i].cluster] = true;
+        m_width += advance;
+    }
+}
 
+std::unique_ptr<TextLine> layOutLine(OpenFont& font, std::u32string_view text, bool isRightToLeft) {
+    const std::vector<std::uint32_t> characters(text.begin(), text.end());
+    const std::vector<Run> runs = runsOf(font, characters, isRightToLeft);
+    const Buffer buffer(hb_buffer_create(), &hb_buffer_destroy);
+    if (runs.empty()) return nullptr;
     auto line = std::make_unique<LaidOutLine>();
     line->m_characters.resize(text.size());
     std::vector<bool> isFirst(text.size());
-    for (const raqm_glyph_t& glyph : std::span(glyphs, count)) {
-        FontFace& face = *faces[glyph.cluster];
-        const PlacedGlyph placed{&face, glyph.index, line->m_width + rounded(glyph.x_offset), -rounded(glyph.y_offset)};
-        const std::int32_t advance = advanceOf(face, glyph);
-        line->m_ink = unionOf(line->m_ink, shifted(face.glyph(glyph.index).ink, placed.x, placed.y));
-        line->m_glyphs.push_back(placed);
-        line->m_characters[glyph.cluster].advance += advance;
-        isFirst[glyph.cluster] = true;
-        line->m_width += advance;
+    for (const Run& run : runs) {
+        if (!shape(buffer.get(), characters, run)) return nullptr;
+        line->add(*run.face, buffer.get(), isFirst);
     }
     for (const Rect& rule : font.rulesOf(line->m_width))
         line->m_ink = unionOf(line->m_ink, rule);

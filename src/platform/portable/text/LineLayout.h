@@ -1,5 +1,5 @@
-// A line of text, laid out: which glyph of which face stands where. raqm does it, with FriBidi and HarfBuzz; places for
-// breaks are libunibreak's.
+// A line of text, laid out: which glyph of which face stands where. FriBidi says in which direction what reads,
+// HarfBuzz shapes it; places for breaks are libunibreak's.
 #pragma once
 #include "platform/portable/text/FontFace.h"
 #include "platform/text.h"
@@ -8,6 +8,8 @@
 #include <span>
 #include <string_view>
 #include <vector>
+
+struct hb_buffer_t;
 
 namespace pixkit::platform {
 
@@ -28,6 +30,8 @@ class LaidOutLine final : public TextLine {
 
   private:
     friend std::unique_ptr<TextLine> layOutLine(OpenFont& font, std::u32string_view text, bool isRightToLeft);
+    void add(FontFace& face, hb_buffer_t* shaped, std::vector<bool>& isFirst);
+
     std::int32_t m_width = 0;
     std::vector<Character> m_characters;
     std::vector<PlacedGlyph> m_glyphs; // from left to right

@@ -1,4 +1,4 @@
-// Fonts and lines of text through FreeType, fontconfig and raqm.
+// Fonts and lines of text through FreeType, fontconfig, FriBidi and HarfBuzz.
 #include "platform/text.h"
 #include "platform/faults.h"
 #include "platform/portable/gdi/GdiObjects.h"

@@ -36,7 +36,7 @@ std::wstring unitsOf(std::u32string_view text) {
 }
 
 // Pixels, far beyond what anybody sees: the widths of long lines stay within 32 bits.
-constexpr LONG highestLine = 100'000;
+constexpr LONG longestSide = 100'000;
 
 // What glyphs may reach from their places. No glyph of the font is wider than the widest; those of the fonts that stand
 // in for it in other scripts are about as high, but need not be.
@@ -60,10 +60,10 @@ bool GdiLine::measure(std::u32string_view text, std::wstring_view units, const R
     m_characters.reserve(text.size());
     std::size_t unit = 0;
     for (const char32_t character : text) {
-        const bool canBreak = attributes[unit].fSoftBreak;
+        const bool canBreak = attributes[unit].fSoftBreak, isStart = attributes[unit].fCharStop;
         int advance = widths[unit++];
         if (character > 0xFFFF) advance += widths[unit++];
-        m_characters.push_back({advance, canBreak});
+        m_characters.push_back({advance, canBreak, isStart});
     }
     return true;
 }
@@ -88,7 +88,9 @@ bool GdiFont::select(HFONT font) noexcept {
     m_dc.reset(CreateCompatibleDC(0));
     if (!m_font || !m_dc || ::SelectObject(dc(), reinterpret_cast<HFONT>(m_font.get())) == nullptr) return false;
     TEXTMETRICW metrics{};
-    if (::GetTextMetricsW(dc(), &metrics) == FALSE || metrics.tmHeight > highestLine) return false;
+    if (::GetTextMetricsW(dc(), &metrics) == FALSE || metrics.tmHeight > longestSide ||
+        metrics.tmMaxCharWidth > longestSide)
+        return false;
     ::SetTextAlign(dc(), TA_BASELINE | TA_LEFT | TA_NOUPDATECP);
     ::SetBkMode(dc(), TRANSPARENT);
     ::SetTextColor(dc(), RGB(255, 255, 255));
@@ -109,12 +111,11 @@ std::unique_ptr<TextLine> GdiFont::layOut(std::u32string_view text, bool isRight
         SCRIPT_STATE state{};
         state.uBidiLevel = isRightToLeft ? 1 : 0;
         const DWORD flags = SSA_GLYPHS | SSA_FALLBACK | SSA_LINK | SSA_BREAK | (isRightToLeft ? DWORD{SSA_RTL} : 0U);
-        SCRIPT_STRING_ANALYSIS analysis = nullptr;
+        auto line = std::make_unique<GdiLine>(m_api);
         const int roomForGlyphs = count * 3 / 2 + 16; // as much as the system's documentation asks for
         if (FAILED(m_api.ScriptStringAnalyse(dc(), units.data(), count, roomForGlyphs, -1, flags, 0, &control, &state,
-                                             nullptr, nullptr, nullptr, &analysis)))
+                                             nullptr, nullptr, nullptr, line->analysis())))
             return nullptr;
-        auto line = std::make_unique<GdiLine>(m_api, analysis);
         return line->measure(text, units, m_glyphBox) ? std::move(line) : nullptr;
     } catch (const std::bad_alloc&) {
         return nullptr;

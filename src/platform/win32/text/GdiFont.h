@@ -12,8 +12,13 @@ namespace pixkit::platform {
 // The system's analysis of a line, which remembers the device context that it was made with.
 class GdiLine final : public TextLine {
   public:
-    GdiLine(const Uniscribe& api, SCRIPT_STRING_ANALYSIS analysis) noexcept : m_api(api), m_analysis(analysis) {}
-    ~GdiLine() override { m_api.ScriptStringFree(&m_analysis); }
+    explicit GdiLine(const Uniscribe& api) noexcept : m_api(api) {}
+    ~GdiLine() override {
+        if (m_analysis != nullptr) m_api.ScriptStringFree(&m_analysis);
+    }
+
+    // For the system to put its analysis.
+    SCRIPT_STRING_ANALYSIS* analysis() noexcept { return &m_analysis; }
 
     // False when the system does not tell. Throws std::bad_alloc.
     bool measure(std::u32string_view text, std::wstring_view units, const Rect& glyphBox);
@@ -26,7 +31,7 @@ class GdiLine final : public TextLine {
 
   private:
     const Uniscribe& m_api;
-    SCRIPT_STRING_ANALYSIS m_analysis;
+    SCRIPT_STRING_ANALYSIS m_analysis = nullptr;
     std::int32_t m_width = 0;
     std::vector<Character> m_characters;
     Rect m_ink;
