@@ -38,12 +38,13 @@ std::wstring unitsOf(std::u32string_view text) {
 // Pixels, far beyond what anybody sees: the widths of long lines stay within 32 bits.
 constexpr LONG longestSide = 100'000;
 
-// What glyphs may reach from their places. No glyph of the font is wider than the widest; those of the fonts that stand
-// in for it in other scripts are about as high, but need not be.
+// What glyphs may reach from their places. No glyph of the font is wider than the widest; marks stack above and below
+// letters, and the fonts that stand in for it in other scripts may be higher: a line's height more leaves room for
+// both.
 Rect glyphBoxOf(const TEXTMETRICW& metrics) noexcept {
     const auto height = static_cast<std::int32_t>(metrics.tmHeight);
     const std::int32_t beside = std::max<std::int32_t>(height, metrics.tmMaxCharWidth);
-    return {-beside, -metrics.tmAscent - height / 2, beside, metrics.tmDescent + height / 2};
+    return {-beside, -metrics.tmAscent - height, beside, metrics.tmDescent + height};
 }
 
 } // namespace
