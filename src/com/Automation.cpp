@@ -13,6 +13,10 @@ std::string toUtf8(const wchar_t* text) {
     return text != nullptr ? platform::toUtf8(text) : std::string();
 }
 
+std::string allToUtf8(BSTR text) {
+    return platform::toUtf8({text, ::SysStringLen(text)});
+}
+
 std::string nameToUtf8(const wchar_t* name) {
     return name != nullptr ? platform::nameToUtf8(name) : std::string();
 }

@@ -62,6 +62,8 @@ VARIANT* unwrapped(VARIANT* value) noexcept;
 // UTF-8 of a string, up to its first NUL as all callers of system functions have it; a null BSTR is an empty string.
 // May throw std::bad_alloc.
 std::string toUtf8(const wchar_t* text);
+// UTF-8 of all of a string, its NULs too, which for text that is drawn are control characters like others.
+std::string allToUtf8(BSTR text);
 // The same of the name of a file, which is refused, not changed, where it is not UTF-16.
 std::string nameToUtf8(const wchar_t* name);
 

@@ -23,13 +23,21 @@ std::int16_t number(IDispatch* object, const wchar_t* name, std::int16_t otherwi
     return property(object, name, VT_I2, value) ? value.iVal : otherwise;
 }
 
+// What the system's own font objects go by.
+double pixelsInAnInchOfTheScreen() noexcept {
+    const HDC screen = ::GetDC(nullptr);
+    const int pixels = screen != nullptr ? ::GetDeviceCaps(screen, LOGPIXELSY) : 96;
+    if (screen != nullptr) ::ReleaseDC(nullptr, screen);
+    return pixels;
+}
+
 // Of an object that has at least a name and a size, which is a currency value of points.
 std::optional<platform::StdFont> described(IDispatch* object) {
     Variant name, size;
     if (!property(object, L"Name", VT_BSTR, name) || !property(object, L"Size", VT_R8, size)) return {};
     platform::StdFont font;
     font.Name = toUtf8(name.bstrVal);
-    font.Size = size.dblVal;
+    font.Size = size.dblVal * pixelsInAnInchOfTheScreen() / 96; // 96 are an inch of a StdFont's
     font.Bold = flag(object, L"Bold");
     font.Italic = flag(object, L"Italic");
     font.Underline = flag(object, L"Underline");

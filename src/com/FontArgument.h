@@ -8,7 +8,8 @@
 namespace pixkit::com {
 
 // Its font, for the length of a call: that of the system's font objects, which lends it, else one made of what the
-// object tells of itself (Name, Size, Bold, Italic, Underline, Strikethrough, Weight, Charset). Foreign code runs.
+// object tells of itself (Name, Size, Bold, Italic, Underline, Strikethrough, Weight, Charset). Both are as big as the
+// screen's resolution makes them. Foreign code runs.
 class FontArgument {
   public:
     // None for null, and for an object that is no font. Throws std::bad_alloc.

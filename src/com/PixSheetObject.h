@@ -370,7 +370,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
                                 VARIANT_BOOL WordWrap, float Angle, _cPixSheet** destHostDIB,
                                 VARIANT_BOOL* result) override {
         return drawOnto(destHostDIB, result, [&](cPixSheet* host) {
-            return m_sheet->DrawText_hFont(destinationDC, hFont, toUtf8(Text), destX, destY, destWidth, destHeight,
+            return m_sheet->DrawText_hFont(destinationDC, hFont, allToUtf8(Text), destX, destY, destWidth, destHeight,
                                            Color, Opacity, Alignment, isTrue(WordWrap), Angle, host);
         });
     }
@@ -380,24 +380,28 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
                                   VARIANT_BOOL* result) override {
         if (Font == nullptr) return E_POINTER;
         return drawOnto(destHostDIB, result, [&](cPixSheet* host) {
+            const std::string words = allToUtf8(Text); // the font's code may free or change the caller's string
             const FontArgument font(*Font);
             if (!font) return refuse(noFont);
-            return m_sheet->DrawText_hFont(destinationDC, font.handle(), toUtf8(Text), destX, destY, destWidth,
-                                           destHeight, Color, Opacity, Alignment, isTrue(WordWrap), Angle, host);
+            return m_sheet->DrawText_hFont(destinationDC, font.handle(), words, destX, destY, destWidth, destHeight,
+                                           Color, Opacity, Alignment, isTrue(WordWrap), Angle, host);
         });
     }
     STDMETHODIMP MeasureText_hFont(LONG_PTR hFont, BSTR Text, LONG* Width, LONG* Height, LONG maxWidth,
                                    VARIANT_BOOL WordWrap, ::eTextAlignment Alignment, VARIANT_BOOL* result) override {
         if (Width == nullptr || Height == nullptr) return E_POINTER;
-        return give(result, [&] { return measureText(hFont, Text, *Width, *Height, maxWidth, WordWrap, Alignment); });
+        return give(result, [&] {
+            return measureText(hFont, allToUtf8(Text), *Width, *Height, maxWidth, WordWrap, Alignment);
+        });
     }
     STDMETHODIMP MeasureText_stdFont(IFontDisp** Font, BSTR Text, LONG* Width, LONG* Height, LONG maxWidth,
                                      VARIANT_BOOL WordWrap, ::eTextAlignment Alignment, VARIANT_BOOL* result) override {
         if (Font == nullptr || Width == nullptr || Height == nullptr) return E_POINTER;
         return give(result, [&] {
+            const std::string words = allToUtf8(Text); // as above
             const FontArgument font(*Font);
             if (!font) return refuse(noFont);
-            return measureText(font.handle(), Text, *Width, *Height, maxWidth, WordWrap, Alignment);
+            return measureText(font.handle(), words, *Width, *Height, maxWidth, WordWrap, Alignment);
         });
     }
 
@@ -454,11 +458,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     static constexpr Reason noRoomInArray = "no array of bytes that another can take the place of";
 
     static constexpr Reason noFont = "the object is no font";
-    bool measureText(std::intptr_t hFont, BSTR Text, LONG& Width, LONG& Height, LONG maxWidth, VARIANT_BOOL WordWrap,
-                     ::eTextAlignment Alignment) const {
+    bool measureText(std::intptr_t hFont, const std::string& Text, LONG& Width, LONG& Height, LONG maxWidth,
+                     VARIANT_BOOL WordWrap, ::eTextAlignment Alignment) const {
         std::int32_t width = Width, height = Height;
         const bool isMeasured =
-            m_sheet->MeasureText_hFont(hFont, toUtf8(Text), width, height, maxWidth, isTrue(WordWrap), Alignment);
+            m_sheet->MeasureText_hFont(hFont, Text, width, height, maxWidth, isTrue(WordWrap), Alignment);
         Width = width;
         Height = height;
         return isMeasured;
