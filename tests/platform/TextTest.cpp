@@ -1,6 +1,7 @@
 // Fonts and lines of text on both sides of the seam, drawn with the same font file: Wine's Tahoma, which Debian's
 // package fonts-wine holds.
 #include "platform/text.h"
+#include "platform/faults.h"
 #include "platform/gdi.h"
 #include "support/Pictures.h"
 #include <algorithm>
@@ -37,14 +38,14 @@ FontRecord tahoma(std::int32_t height, bool isBold = false, bool isItalic = fals
 }
 
 // One line, drawn 8 pixels from the left with room for it above and below. Nothing on failure.
-Bytes drawn(const FontRecord& record, std::u32string_view text, int height, int baseline, const TextTurn& turn = {}) {
+Bytes drawn(const FontRecord& record, std::u32string_view text, int height, int baseline, bool isRightToLeft = false) {
     const UniqueFont handle(CreateFontIndirectW(record));
     const auto font = openFont(handle.get());
-    const auto line = font ? font->layOut(text, false) : nullptr;
+    const auto line = font ? font->layOut(text, isRightToLeft) : nullptr;
     if (!line) return {};
     Bytes mask(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), 0xAA);
     const PlacedLine placed{line.get(), 8, baseline};
-    return font->draw({&placed, 1}, turn, width, height, mask.data()) ? mask : Bytes();
+    return font->draw({&placed, 1}, {}, width, height, mask.data()) ? mask : Bytes();
 }
 
 struct Text : testing::Test {
@@ -58,7 +59,8 @@ struct Text : testing::Test {
 
 } // namespace
 
-// tests/data/text/tahoma.png is what GDI draws: PIXKIT_WRITE_LEDGER=yes lets the Windows program write it.
+// tests/data/text/tahoma.png is what the Windows side draws, which PIXKIT_WRITE_LEDGER=yes lets the Windows program
+// write. That it is what GDI draws by itself, tests/com/TextTest.cpp shows.
 TEST_F(Text, CoversWhatGdiCoversWithTheSameFont) {
     const std::u32string_view texts[] = {U"Hamburgefonstiv \u00e4\u00f6 AVAT",
                                          U"The quick brown fox jumps over the lazy dog"};
@@ -164,6 +166,50 @@ TEST_F(Text, NothingIsDrawnBesideTheInk) {
             }
 }
 
+TEST_F(Text, StandsAtTheEndThatReadingBeginsAtOtherwise) {
+    constexpr int height = 40, baseline = 30, farLeft = 8;
+    const std::u32string_view text = U"\u05d0\u05d1___"; // neutral: only rules reach below the baseline
+    for (const bool isRightToLeft : {false, true}) {
+        const Bytes mask = drawn(tahoma(-24), text, height, baseline, isRightToLeft);
+        ASSERT_FALSE(mask.empty());
+        int left = width, right = 0, lowLeft = width, lowRight = 0;
+        for (int i = 0; i < width * height; ++i) {
+            if (mask[static_cast<std::size_t>(i)] < 128) continue;
+            const int x = i % width;
+            left = std::min(left, x);
+            right = std::max(right, x);
+            if (i / width <= baseline) continue;
+            lowLeft = std::min(lowLeft, x);
+            lowRight = std::max(lowRight, x);
+        }
+        EXPECT_GE(left, farLeft - 2);
+        EXPECT_EQ(lowLeft == left, isRightToLeft) << lowLeft << " of " << left << " to " << right;
+        EXPECT_EQ(lowRight == right, !isRightToLeft) << lowRight << " of " << left << " to " << right;
+    }
+}
+
+TEST_F(Text, LinesEndBetweenIdeographsAsBetweenLetters) {
+    const UniqueFont handle(CreateFontIndirectW(tahoma(-12)));
+    const auto font = openFont(handle.get());
+    ASSERT_NE(font, nullptr);
+    for (const auto& [text, canBreak] : {std::pair{U"\u4e00\u4e8c", true}, {U"ab", false}, {U"a\u0301", false}}) {
+        const auto line = font->layOut(text, false);
+        ASSERT_NE(line, nullptr);
+        EXPECT_EQ(line->characters()[1].canBreak, canBreak) << static_cast<std::uint32_t>(text[1]);
+    }
+}
+
+// The last reference of a handle takes the font with it.
+TEST_F(Text, TenThousandFontsLeaveHandlesBehind) {
+    const std::size_t before = openHandles();
+    for (int cycle = 0; cycle < 10'000; ++cycle) {
+        const UniqueFont handle(CreateFontIndirectW(tahoma(-12 - cycle % 3)));
+        const auto font = openFont(handle.get());
+        ASSERT_TRUE(font != nullptr && (cycle % 100 != 0 || font->layOut(U"a", false) != nullptr));
+    }
+    EXPECT_EQ(openHandles(), before);
+}
+
 TEST_F(Text, FontsAreObjects) {
     UniqueFont handle(CreateFontIndirectW(tahoma(-12)));
     EXPECT_EQ(GetObjectType(handle.get()), ObjectType::font);
@@ -181,16 +227,21 @@ TEST_F(Text, FontsAreObjects) {
 
 // Windows takes any name for that of a family, and any height for a size.
 TEST_F(Text, WhatIsNoFontIsRefused) {
-    if (isWindows) return;
-    const std::string file = (std::filesystem::temp_directory_path() / "pixkit-font.ttf").string();
-    for (const char* name : {"/dev/zero", "/", "./", "/nowhere/at.ttf", "/proc/self/mem", "/etc/passwd"})
-        EXPECT_EQ(CreateFontIndirectW({.Name = name, .height = -12}), 0) << name;
+    for (const char* name : {"/dev/zero", "/", "./", "/nowhere/at.ttf", "/proc/self/mem", "/etc/passwd"}) {
+        const UniqueFont font(CreateFontIndirectW({.Name = name, .height = -12}));
+        EXPECT_EQ(font.get() != 0, isWindows) << name;
+    }
     using Limits = std::numeric_limits<std::int32_t>;
-    for (const std::int32_t height : {Limits::min(), Limits::max(), -65536, 100000})
-        EXPECT_EQ(CreateFontIndirectW(tahoma(height)), 0) << height;
+    for (const std::int32_t height : {Limits::min(), Limits::max(), -65536, 100000}) {
+        const UniqueFont font(CreateFontIndirectW(tahoma(height)));
+        EXPECT_EQ(font.get() != 0, isWindows) << height;
+    }
     EXPECT_FALSE(drawn(tahoma(-65535), U"Hg", 40, 20).empty());
 
-    // Broken ones may be refused, or draw something.
+    // Broken ones may be refused, or draw something. On Windows the file's name is that of no family, for which
+    // another one stands in.
+    const pixkit::test::TemporaryFolder folder;
+    const std::string file = folder.name(u8"font.ttf");
     const Bytes good = pixkit::test::readFile(fontFolder + "tahoma.ttf");
     std::mt19937 random(11);
     int opened = 0;
@@ -206,7 +257,6 @@ TEST_F(Text, WhatIsNoFontIsRefused) {
         opened += drawn(record, U"Hamburgefonstiv", 40, 30).empty() ? 0 : 1;
     }
     EXPECT_GT(opened, 10);
-    std::filesystem::remove(file);
 }
 
 TEST_F(Text, ThreadsShareAFont) {
