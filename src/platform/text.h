@@ -36,7 +36,7 @@ struct StdFont {
 FontRecord recordOf(const StdFont& font);
 
 struct FontMetrics {
-    std::int32_t ascent = 0, descent = 0; // pixels from the baseline; a line is as high as their sum
+    std::int32_t ascent = 0, descent = 0; // pixels; a line's height is their sum. Glyphs may be cut off there.
     std::int32_t averageWidth = 0;        // of a character, pixels; tab stops are eight of them apart
     bool isScalable = true;               // false: a bitmap font, which is never turned
 };

@@ -483,14 +483,14 @@ class cPixSheet {
     // Draws text, in UTF-8, with a font of the caller's onto a device context, or onto the image of destHostDIB where
     // one is given, or onto this image where neither is.
     // - destX, destY, destWidth, destHeight are its rectangle; a size of 0 is the one that MeasureText gives. Nothing
-    //   is clipped to it unless txtClip asks for that.
+    //   is clipped to it unless txtClip asks for that; but systems cut glyphs off at their font's ascent and descent.
     // - CR LF, LF and CR end lines, tabs lead to stops of eight average characters, other control characters are left
     //   out. WordWrap also breaks lines where they would be wider than destWidth: at the break opportunities of the
     //   system, within a word that is wider than that alone.
     // - Color is the text's, Opacity as in Render. Angle turns the rectangle with its text clockwise about its centre,
     //   in degrees; the turn that a font may have itself counts for nothing.
     // - Alignment (eTextAlignment, combined): where lines stand between the rectangle's left and right edges, and all
-    //   of them between its upper and lower.
+    //   of them between its upper and lower. txtRightToLeft is how text is read; it does not swap left and right.
     // What is drawn is a picture of the text, in the means and with the limits of Render with this instance's settings:
     // its alpha is the coverage, its colour premultiplied, rounded up. Where an image that was AlphaSimple has partly
     // transparent pixels then, its Alpha becomes AlphaComplex.
@@ -508,8 +508,8 @@ class cPixSheet {
                           cPixSheet* destHostDIB = nullptr) noexcept;
     // The size of a text as DrawText draws it at size 0: of the widest line, by what characters move on, and of all
     // lines; a text without characters is one empty line. With WordWrap lines are broken at maxWidth, where that is
-    // above 0. Ink may reach beyond, as that of slanted letters does. False, and both untouched, for a handle that is
-    // no font, a negative maxWidth, a text whose size 32 bits do not hold, and where the system fails.
+    // above 0; with txtEllipsis a longer line counts as it is shortened. Ink may reach beyond, as slanted letters do.
+    // False, both untouched: a handle that is no font, maxWidth below 0, a size beyond 32 bits, or the system fails.
     bool MeasureText_hFont(std::intptr_t hFont, const std::string& Text, std::int32_t& Width, std::int32_t& Height,
                            std::int32_t maxWidth = 0, bool WordWrap = false,
                            std::int32_t Alignment = txtLeft) const noexcept;
