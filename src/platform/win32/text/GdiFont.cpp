@@ -49,8 +49,27 @@ Rect glyphBoxOf(const TEXTMETRICW& metrics) noexcept {
 
 } // namespace
 
+GdiLine::~GdiLine() {
+    if (m_analysis == nullptr) return;
+    const std::scoped_lock lock(uniscribeInUse());
+    m_api.ScriptStringFree(&m_analysis);
+}
+
+bool GdiLine::analyse(HDC dc, std::wstring_view units, bool isRightToLeft) noexcept {
+    SCRIPT_CONTROL control{};
+    SCRIPT_STATE state{};
+    state.uBidiLevel = isRightToLeft ? 1 : 0;
+    const DWORD flags = SSA_GLYPHS | SSA_FALLBACK | SSA_LINK | SSA_BREAK | (isRightToLeft ? DWORD{SSA_RTL} : 0U);
+    const int count = static_cast<int>(units.size());
+    const int roomForGlyphs = count * 3 / 2 + 16; // as much as the system's documentation asks for
+    const std::scoped_lock lock(uniscribeInUse());
+    return SUCCEEDED(m_api.ScriptStringAnalyse(dc, units.data(), count, roomForGlyphs, -1, flags, 0, &control, &state,
+                                               nullptr, nullptr, nullptr, &m_analysis));
+}
+
 bool GdiLine::measure(std::u32string_view text, std::wstring_view units, const Rect& glyphBox) {
     std::vector<int> widths(units.size());
+    const std::scoped_lock lock(uniscribeInUse());
     const SIZE* const size = m_api.ScriptString_pSize(m_analysis);
     const SCRIPT_LOGATTR* const attributes = m_api.ScriptString_pLogAttr(m_analysis);
     if (size == nullptr || attributes == nullptr) return false;
@@ -107,16 +126,8 @@ std::unique_ptr<TextLine> GdiFont::layOut(std::u32string_view text, bool isRight
     if (text.empty() || text.size() > longestLine || faultDue(SeamCall::layOutText)) return nullptr;
     try {
         const std::wstring units = unitsOf(text);
-        const int count = static_cast<int>(units.size());
-        SCRIPT_CONTROL control{};
-        SCRIPT_STATE state{};
-        state.uBidiLevel = isRightToLeft ? 1 : 0;
-        const DWORD flags = SSA_GLYPHS | SSA_FALLBACK | SSA_LINK | SSA_BREAK | (isRightToLeft ? DWORD{SSA_RTL} : 0U);
         auto line = std::make_unique<GdiLine>(m_api);
-        const int roomForGlyphs = count * 3 / 2 + 16; // as much as the system's documentation asks for
-        if (FAILED(m_api.ScriptStringAnalyse(dc(), units.data(), count, roomForGlyphs, -1, flags, 0, &control, &state,
-                                             nullptr, nullptr, nullptr, line->analysis())))
-            return nullptr;
+        if (!line->analyse(dc(), units, isRightToLeft)) return nullptr;
         return line->measure(text, units, m_glyphBox) ? std::move(line) : nullptr;
     } catch (const std::bad_alloc&) {
         return nullptr;
@@ -140,6 +151,7 @@ void GdiFont::endTurn() noexcept {
 }
 
 bool GdiFont::drawAll(std::span<const PlacedLine> lines) const noexcept {
+    const std::scoped_lock lock(uniscribeInUse());
     const bool isDrawn = std::all_of(lines.begin(), lines.end(), [](const PlacedLine& placed) {
         return static_cast<const GdiLine*>(placed.line)->draw(placed);
     });

@@ -13,12 +13,10 @@ namespace pixkit::platform {
 class GdiLine final : public TextLine {
   public:
     explicit GdiLine(const Uniscribe& api) noexcept : m_api(api) {}
-    ~GdiLine() override {
-        if (m_analysis != nullptr) m_api.ScriptStringFree(&m_analysis);
-    }
+    ~GdiLine() override;
 
-    // For the system to put its analysis.
-    SCRIPT_STRING_ANALYSIS* analysis() noexcept { return &m_analysis; }
+    // False on failure.
+    bool analyse(HDC dc, std::wstring_view units, bool isRightToLeft) noexcept;
 
     // False when the system does not tell. Throws std::bad_alloc.
     bool measure(std::u32string_view text, std::wstring_view units, const Rect& glyphBox);

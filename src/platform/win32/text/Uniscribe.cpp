@@ -24,6 +24,11 @@ bool findAll(HMODULE library, Uniscribe& found) noexcept {
 
 } // namespace
 
+std::mutex& uniscribeInUse() noexcept {
+    static std::mutex mutex;
+    return mutex;
+}
+
 const Uniscribe* uniscribe() noexcept {
     static std::mutex mutex;
     static Uniscribe found;
