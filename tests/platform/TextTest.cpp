@@ -60,7 +60,7 @@ struct Text : testing::Test {
 } // namespace
 
 // tests/data/text/tahoma.png is what the Windows side draws, which PIXKIT_WRITE_LEDGER=yes lets the Windows program
-// write. That it is what GDI draws by itself, tests/com/TextTest.cpp shows.
+// write.
 TEST_F(Text, CoversWhatGdiCoversWithTheSameFont) {
     const std::u32string_view texts[] = {U"Hamburgefonstiv \u00e4\u00f6 AVAT",
                                          U"The quick brown fox jumps over the lazy dog"};
