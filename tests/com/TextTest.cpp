@@ -2,6 +2,8 @@
 #include "Fonts.h"
 #include "LateObject.h"
 #include "Server.h"
+#include <algorithm>
+#include <cstdlib>
 #include <cwchar>
 #include <functional>
 #include <string>
@@ -99,6 +101,60 @@ TEST_F(TextComTest, DrawsDifferentlyWithTheSameFontGivenInAnotherWay) {
     sheet->MeasureText_hFont(handle(), words, &width, &height, 0, VARIANT_FALSE, txtLeft, &isMeasured);
     EXPECT_TRUE(isMeasured == VARIANT_TRUE && width > 30 && height > 30);
     EXPECT_EQ(std::pair(wide.lVal, high.lVal), std::pair(width, height));
+}
+
+// White text on nothing is its coverage: the mean of what GDI draws with ClearType, white on black, at the same places.
+TEST_F(TextComTest, DrawsOtherGlyphsThanGdi) {
+    constexpr int width = 1300, height = 100, length = 26;
+    const std::wstring line = L"Hamburgefonstiv gjpqy AVAT";
+    for (const int pixels : {9, 12, 24, 72}) {
+        LOGFONTW record{};
+        record.lfHeight = -pixels;
+        record.lfQuality = CLEARTYPE_QUALITY;
+        std::wcscpy(record.lfFaceName, L"Tahoma");
+        const HFONT hFont = ::CreateFontIndirectW(&record);
+        const auto asHandle = reinterpret_cast<LONG_PTR>(hFont);
+        VARIANT_BOOL isDone = VARIANT_FALSE;
+        int advances[length];
+        LONG end = 0;
+        for (int i = 0; i < length; ++i) {
+            LONG before = end, lineHeight = 0;
+            sheet->MeasureText_hFont(asHandle, text(line.substr(0, i + 1).c_str()).bstrVal, &end, &lineHeight, 0,
+                                     VARIANT_FALSE, txtLeft, &isDone);
+            advances[i] = end - before;
+        }
+        makeImage(width, height);
+        sheet->DrawText_hFont(0, asHandle, text(line.c_str()).bstrVal, 4, 4, 0, 0, 0xFFFFFF, 100, txtLeft,
+                              VARIANT_FALSE, 0, nullptr, &isDone);
+        ASSERT_EQ(isDone, VARIANT_TRUE);
+        LONG_PTR bits = 0;
+        sheet->get_BitsPointer(&bits);
+        const auto* const drawn = reinterpret_cast<const unsigned char*>(bits);
+
+        BITMAPINFO info{};
+        info.bmiHeader = {sizeof info.bmiHeader, width, height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+        void* memory = nullptr;
+        const HDC dc = ::CreateCompatibleDC(nullptr);
+        const HBITMAP bitmap = ::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &memory, nullptr, 0);
+        ::SelectObject(dc, bitmap);
+        ::SelectObject(dc, hFont);
+        ::SetTextColor(dc, RGB(255, 255, 255));
+        ::SetBkMode(dc, TRANSPARENT);
+        ::ExtTextOutW(dc, 4, 4, 0, nullptr, line.c_str(), length, advances);
+        ::GdiFlush();
+        const auto* const own = static_cast<const unsigned char*>(memory);
+        int greatest = 0, ink = 0;
+        for (int i = 0; i < 4 * width * height; i += 4) {
+            const int coverage = (own[i] + own[i + 1] + own[i + 2] + 1) / 3;
+            ink += coverage;
+            greatest = std::max({greatest, std::abs(coverage - drawn[i]), std::abs(coverage - drawn[i + 3])});
+        }
+        EXPECT_LE(greatest, 1) << pixels;
+        EXPECT_GT(ink, 100 * pixels * pixels);
+        ::DeleteDC(dc);
+        ::DeleteObject(bitmap);
+        ::DeleteObject(hFont);
+    }
 }
 
 TEST_F(TextComTest, TakesOtherObjectsForFonts) {
