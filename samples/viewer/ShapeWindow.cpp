@@ -74,6 +74,11 @@ std::wstring showShapeWindow(HWND owner, const Sheet& picture, POINT corner, dou
     LONG_PTR region = 0;
     sized->CreateRegion(regionShaped, half, &region);
     if (region == 0) return sized.lastError();
+    RECT box;
+    if (GetRgnBox(reinterpret_cast<HRGN>(region), &box) == NULLREGION) { // nobody could see it, nor close it
+        DeleteObject(reinterpret_cast<HRGN>(region));
+        return L"the picture is too clear everywhere to be a shape";
+    }
 
     WNDCLASSEXW kind{};
     kind.cbSize = sizeof kind;
