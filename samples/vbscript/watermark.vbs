@@ -21,6 +21,7 @@ font.Size = 40
 width = 0
 height = 0
 If Not sheet.MeasureText_stdFont(font, text, width, height) Then Fail "MeasureText_stdFont"
+If width = 0 Then Fail "nothing to see in the text"
 font.Size = 40 * (sheet.Width / 3) / width
 If Not sheet.MeasureText_stdFont(font, text, width, height) Then Fail "MeasureText_stdFont"
 
