@@ -12,13 +12,14 @@ const auto update = [] {
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"user32.dll"), "UpdateLayeredWindow")));
 };
 
-// Where the window is, in the coordinates in which it is moved.
+// Where the window is, in the coordinates in which it is moved. Of a mirrored parent these run from its right, and the
+// corner is the other one: only of a whole rectangle does the system know that.
 POINT positionOf(HWND window) noexcept {
     RECT rect{};
     ::GetWindowRect(window, &rect);
-    POINT corner{rect.left, rect.top};
-    if ((::GetWindowLongW(window, GWL_STYLE) & WS_CHILD) != 0) ::ScreenToClient(::GetParent(window), &corner);
-    return corner;
+    if ((::GetWindowLongW(window, GWL_STYLE) & WS_CHILD) != 0)
+        ::MapWindowPoints(nullptr, ::GetParent(window), reinterpret_cast<POINT*>(&rect), 2);
+    return {rect.left, rect.top};
 }
 
 } // namespace
