@@ -1,5 +1,6 @@
 // What keeps the DLL loaded, and what objects leave behind.
 #include "Fonts.h"
+#include "LiveObjects.h"
 #include "Server.h"
 #include <fstream>
 #include <psapi.h>
@@ -99,7 +100,7 @@ TEST_F(Lifetime, ATimerLetsGoOfTheLastReferenceWhileAQuestionIsOpen) {
 }
 
 struct InUse {
-    DWORD gdiObjects = ::GetGuiResources(::GetCurrentProcess(), GR_GDIOBJECTS), handles = 0;
+    DWORD gdiObjects = liveGdiObjects(), handles = 0;
     PROCESS_MEMORY_COUNTERS memory{};
     InUse() {
         ::GetProcessMemoryInfo(::GetCurrentProcess(), &memory, sizeof memory);
@@ -126,6 +127,11 @@ TEST_F(Lifetime, TenThousandObjectsLeaveNoGdiObjectHandleOrMemoryBehind) {
     for (int i = 0; i < 100; ++i)
         cycle(true);
     const InUse before;
+    LONG_PTR held = 0;
+    ASSERT_TRUE(makeImage(2, 2));
+    sheet->LoadDIBinDC(VARIANT_TRUE, &held);
+    EXPECT_GT(liveGdiObjects(), before.gdiObjects) << "the count tells nothing";
+    sheet->DestroyDIB();
     for (int i = 0; i < 10'000; ++i)
         cycle(i % 100 == 0);
     const InUse after;
@@ -149,6 +155,9 @@ TEST_F(Lifetime, TenThousandTextsLeaveAFontOrContextBehind) {
     for (int i = 0; i < 100; ++i)
         cycle();
     const InUse before;
+    const auto held = ::CreateFontW(9, 0, 0, 0, FW_NORMAL, 0, 0, 0, 0, 0, 0, 0, 0, L"Tahoma");
+    EXPECT_GT(liveGdiObjects(), before.gdiObjects) << "the count tells nothing";
+    ::DeleteObject(held);
     for (int i = 0; i < 10'000; ++i)
         cycle();
     const InUse after;
