@@ -10,16 +10,23 @@
 //   drop CLASS FILE        drops a file onto a window
 //   files FILE             puts a file on the clipboard
 //   close CLASS            closes a window
+//   layer X Y OPACITY FILE shows a picture as a layered window of this program at a point of the screen
+//   unlayer                takes it away
 //
 // What stands behind the first words of a line may hold blanks. Names of classes have none: "_" stands for one.
+#define INITGUID // for the identifiers that pixkit_com.h declares
+#include <windows.h>
+// After windows.h, which it needs.
+#include "pixkit_com.h"
 #include <algorithm>
+#include <cguid.h>
 #include <cstddef>
 #include <iostream>
 #include <shlobj.h>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
-#include <windows.h>
 
 namespace {
 
@@ -159,6 +166,59 @@ std::string putFiles(const std::string& file) {
     return put ? "put" : "not put";
 }
 
+// An object of the DLL beside this program, which need not be registered; null without one.
+_cPixSheet* createSheet() {
+    using GetClassObject = HRESULT WINAPI(REFCLSID, REFIID, void**);
+    CoInitialize(nullptr);
+    const HMODULE library = LoadLibraryA("pixkit.dll");
+    const auto get = reinterpret_cast<GetClassObject*>(
+        reinterpret_cast<void*>(library != nullptr ? GetProcAddress(library, "DllGetClassObject") : nullptr));
+    IClassFactory* factory = nullptr;
+    _cPixSheet* sheet = nullptr;
+    if (get == nullptr || FAILED(get(CLSID_cPixSheet, IID_IClassFactory, reinterpret_cast<void**>(&factory))))
+        return nullptr;
+    factory->CreateInstance(nullptr, IID__cPixSheet, reinterpret_cast<void**>(&sheet));
+    factory->Release();
+    return sheet;
+}
+
+HWND layered = nullptr;
+
+// A program that asks for no messages is not shown either.
+void answerMessages() {
+    MSG message;
+    for (int i = 0; i < 5; ++i) {
+        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE))
+            DispatchMessageA(&message);
+        Sleep(20);
+    }
+}
+
+std::string layer(LONG x, LONG y, LONG opacity, const std::string& file) {
+    constexpr DWORD style = WS_EX_TOPMOST | WS_EX_NOACTIVATE | WS_EX_TOOLWINDOW; // the component adds what is missing
+    _cPixSheet* const sheet = createSheet();
+    if (sheet == nullptr) return "no component";
+    const std::wstring wide(file.begin(), file.end());
+    const BSTR name = SysAllocString(wide.c_str());
+    VARIANT_BOOL isShown = VARIANT_FALSE;
+    sheet->LoadPicture_File(name, 32, 32, VARIANT_FALSE, 32, &isShown);
+    SysFreeString(name);
+    if (layered == nullptr)
+        layered = CreateWindowExA(style, "STATIC", "", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+    ShowWindow(layered, SW_SHOWNOACTIVATE);
+    if (isShown == VARIANT_TRUE)
+        sheet->UpdateLayeredWindow(reinterpret_cast<LONG_PTR>(layered), x, y, opacity, &isShown);
+    sheet->Release();
+    answerMessages();
+    return isShown == VARIANT_TRUE ? "shown" : "not shown";
+}
+
+std::string unlayer() {
+    DestroyWindow(std::exchange(layered, nullptr));
+    answerMessages();
+    return "gone";
+}
+
 std::string answer(const std::string& line) {
     std::istringstream words(line);
     std::string verb, name, rest;
@@ -175,6 +235,13 @@ std::string answer(const std::string& line) {
         }
         return "done";
     }
+    if (verb == "layer") {
+        LONG x = 0, y = 0, opacity = 0;
+        words >> x >> y >> opacity >> std::ws;
+        std::getline(words, rest);
+        return layer(x, y, opacity, rest);
+    }
+    if (verb == "unlayer") return unlayer();
     if (verb == "drop") words >> name >> std::ws;
     std::getline(words, rest);
     if (verb == "run") return run(rest);

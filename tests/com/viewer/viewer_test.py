@@ -65,6 +65,24 @@ def over_board(rows):
     ]
 
 
+def layered(rows, below, opacity):
+    """A layered window, as it is shown here. Without a compositing manager, Wine lets what is behind be seen where the
+    window is entirely clear, and nowhere else: all other pixels are shown with the premultiplied colours that they were
+    given, times the opacity, as over black. So this proves colours, opacity, and what is clear. It cannot prove the
+    alpha of half clear pixels over a background: only a system that blends shows that."""
+    return [
+        [pixel_over(pixel, behind, opacity / 100) for pixel, behind in zip(row, back)]
+        for row, back in zip(rows, below)
+    ]
+
+
+def pixel_over(pixel, behind, opacity):
+    alpha = pixel[3] * opacity
+    if 0 < alpha < 2:  # may have been rounded to clear
+        return None
+    return tuple(c * alpha / 255 for c in pixel[:3]) if alpha else behind
+
+
 def shaped(rows):
     """Only what is more than half opaque, over white."""
     return [[blended(pixel, (255, 255, 255)) if pixel[3] >= 128 else DESKTOP for pixel in row] for row in rows]
@@ -108,7 +126,7 @@ class Test:
             for x, pixel in enumerate(row, corner[0]):
                 at = (y * SCREEN[0] + x) * 3
                 # Drawing may truncate or round more than once.
-                if left <= x < right and any(abs(data[at + i] - pixel[i]) > 3 for i in range(3)):
+                if pixel and left <= x < right and any(abs(data[at + i] - pixel[i]) > 3 for i in range(3)):
                     count += 1
         return count
 
@@ -130,6 +148,20 @@ class Test:
         subprocess.run(["import", "-display", self.display, "-window", "root", str(kept)], check=False)
         print(f"FAILED: {name}: {wrong} pixels differ, title {said!r}; see {kept}")
 
+    def check_layers(self, file, rows, corner):
+        """Layered windows over what the screen shows."""
+        data = self.screen()
+        pixel = [tuple(data[i : i + 3]) for i in range(0, len(data), 3)]
+        starts = [y * SCREEN[0] + corner[0] for y, _ in enumerate(rows, corner[1])]
+        below = [pixel[start : start + len(rows[0])] for start in starts]
+        for opacity in (100, 50):
+            said = self.say(f"layer {corner[0]} {corner[1]} {opacity} {windows_path(file)}")
+            if said != "shown":
+                print("the driver says:", said)
+            self.check(f"layered window {opacity}", layered(rows, below, opacity), corner)
+        self.say("unlayer")
+        self.check("no layered window", below, corner)
+
     def run(self, folder):
         lantern, butterfly = (pixels_of(PICTURES / name) for name in ("lantern.png", "butterfly-interlaced.png"))
         sprite = pixels_of(PICTURES / "sprite-4-bit.png")
@@ -142,6 +174,7 @@ class Test:
         self.check("opened", over_board(lantern), title="lantern.png - 240 x 300 - 100 %")
         left, top = self.middle(240, 300)
         self.check("background", [[BACKGROUND] * 8] * 300, (left - 8, top))
+        self.check_layers(folder / "butterfly-interlaced.png", butterfly, (left, top))
         self.say("key r")
         self.check("turned", over_board(turned(lantern)), title="300 x 240")
         self.say("key m")
@@ -187,6 +220,14 @@ class Test:
         self.say("key s")
         self.say("gone " + SHAPE)
         self.check("no shape", over_board(butterfly), title="butterfly-interlaced.png")
+        # What nobody could see does not hide the viewer.
+        subprocess.run(["convert", "-size", "9x9", "xc:none", f"PNG32:{folder / 'clear.png'}"], check=True)
+        self.say(f"drop {VIEWER} {windows_path(folder / 'clear.png')}")
+        self.check("clear", over_board([[(0, 0, 0, 0)] * 9] * 9), title="clear.png")
+        self.say("key s")
+        self.check("clear shape", [[BACKGROUND] * 4] * 4, self.inside[:2], title="cannot show the shape: ")
+        self.say(f"drop {VIEWER} {windows_path(folder / 'butterfly-interlaced.png')}")
+        self.check("dropped again", over_board(butterfly), title="butterfly-interlaced.png")
         # The dialogs: what is saved is what is shown.
         self.say("key r")
         self.say("key ctrl+s")
