@@ -148,6 +148,13 @@ class Test:
         subprocess.run(["import", "-display", self.display, "-window", "root", str(kept)], check=False)
         print(f"FAILED: {name}: {wrong} pixels differ, title {said!r}; see {kept}")
 
+    def answer_dialog(self, key, file):
+        """Types a name into the dialog that a key opens, and waits until it is gone: the next one looks alike."""
+        self.say("key " + key)
+        self.say("wait #32770")
+        self.say(f"type {windows_path(file)}")
+        self.say("gone #32770")
+
     def check_layers(self, file, rows, corner):
         """Layered windows over what the screen shows."""
         data = self.screen()
@@ -230,13 +237,9 @@ class Test:
         self.check("dropped again", over_board(butterfly), title="butterfly-interlaced.png")
         # The dialogs: what is saved is what is shown.
         self.say("key r")
-        self.say("key ctrl+s")
-        self.say("wait #32770")
-        self.say(f"type {windows_path(folder / 'saved.png')}")
+        self.answer_dialog("ctrl+s", folder / "saved.png")
         self.check("saved", over_board(turned(butterfly)), title="butterfly-interlaced.png - 220 x 280")
-        self.say("key ctrl+o")
-        self.say("wait #32770")
-        self.say(f"type {windows_path(folder / 'saved.png')}")
+        self.answer_dialog("ctrl+o", folder / "saved.png")
         self.check("opened again", over_board(turned(butterfly)), title="saved.png - 220 x 280")
 
         self.say("close " + VIEWER)
