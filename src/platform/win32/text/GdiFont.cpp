@@ -35,8 +35,9 @@ std::wstring unitsOf(std::u32string_view text) {
     return units;
 }
 
-// Pixels, far beyond what anybody sees: the widths of long lines stay within 32 bits.
-constexpr LONG longestSide = 100'000;
+// Pixels, far beyond what anybody sees: the widths of long lines stay within 32 bits, and the system, which may make a
+// bitmap of each glyph, finds memory for it. There are systems that do not survive where it finds none.
+constexpr LONG longestSide = 16'384;
 
 // What glyphs may reach from their places. No glyph of the font is wider than the widest; marks stack above and below
 // letters, and the fonts that stand in for it in other scripts may be higher: a line's height more leaves room for
