@@ -96,8 +96,8 @@ class TextFont {
                       std::uint8_t* coverage) noexcept = 0;
 };
 
-// The font of a handle; null when it is none, where no text can be drawn, and for lines of more than 100,000 pixels,
-// with which widths could leave 32 bits.
+// The font of a handle; null when it is none, where no text can be drawn, and on Windows for lines or letters of more
+// than 16,384 pixels, for which the system may find no memory.
 std::unique_ptr<TextFont> openFont(Handle font) noexcept;
 // Whether text can be drawn here: Windows always, the portable side when it was built with its libraries.
 bool canDrawText() noexcept;
