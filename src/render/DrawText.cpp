@@ -65,46 +65,30 @@ bool cPixSheet::DrawText_hFont(std::intptr_t destinationDC, std::intptr_t hFont,
                                std::int32_t destX, std::int32_t destY, std::int32_t destWidth, std::int32_t destHeight,
                                std::int32_t Color, std::int32_t Opacity, std::int32_t Alignment, bool WordWrap,
                                float Angle, cPixSheet* destHostDIB) noexcept {
+    const TextDrawing drawing{destinationDC, destHostDIB, Text,
+                              destX,         destY,       {destWidth, destHeight, Alignment, WordWrap},
+                              Color,         Opacity,     Angle};
     const Call call(*this, "DrawText_hFont",
                     "destinationDC, hFont, Text, destX, destY, destWidth, destHeight, Color, Opacity, Alignment, "
                     "WordWrap, Angle, destHostDIB",
                     destinationDC, hFont, Text, destX, destY, destWidth, destHeight, Color, Opacity, Alignment,
                     WordWrap, Angle, destHostDIB);
-    return attempt(call, [&] {
-        return draw(*this, hFont,
-                    {.destinationDC = destinationDC,
-                     .destHostDIB = destHostDIB,
-                     .Text = Text,
-                     .destX = destX,
-                     .destY = destY,
-                     .form = {destWidth, destHeight, Alignment, WordWrap},
-                     .Color = Color,
-                     .Opacity = Opacity,
-                     .Angle = Angle});
-    });
+    return attempt(call, [&] { return draw(*this, hFont, drawing); });
 }
 
 bool cPixSheet::DrawText_stdFont(std::intptr_t destinationDC, const platform::StdFont& Font, const std::string& Text,
                                  std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
                                  std::int32_t destHeight, std::int32_t Color, std::int32_t Opacity,
                                  std::int32_t Alignment, bool WordWrap, float Angle, cPixSheet* destHostDIB) noexcept {
+    const TextDrawing drawing{destinationDC, destHostDIB, Text,
+                              destX,         destY,       {destWidth, destHeight, Alignment, WordWrap},
+                              Color,         Opacity,     Angle};
     const Call call(*this, "DrawText_stdFont",
                     "destinationDC, Font, Text, destX, destY, destWidth, destHeight, Color, Opacity, Alignment, "
                     "WordWrap, Angle, destHostDIB",
                     destinationDC, Font.Name, Text, destX, destY, destWidth, destHeight, Color, Opacity, Alignment,
                     WordWrap, Angle, destHostDIB);
-    return attempt(call, [&] {
-        return draw(*this, Font,
-                    {.destinationDC = destinationDC,
-                     .destHostDIB = destHostDIB,
-                     .Text = Text,
-                     .destX = destX,
-                     .destY = destY,
-                     .form = {destWidth, destHeight, Alignment, WordWrap},
-                     .Color = Color,
-                     .Opacity = Opacity,
-                     .Angle = Angle});
-    });
+    return attempt(call, [&] { return draw(*this, Font, drawing); });
 }
 
 bool cPixSheet::MeasureText_hFont(std::intptr_t hFont, const std::string& Text, std::int32_t& Width,

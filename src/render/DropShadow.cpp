@@ -59,10 +59,7 @@ std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, s
         shadowDIB->m_AlphaImage = t2xBlur == 0 ? m_AlphaImage : AlphaComplex;
         // The shadow is drawn by the same means as its picture.
         shadowDIB->m_StretchQuality = m_StretchQuality;
-        shadowDIB->m_GDItoken = m_GDItoken;
-        shadowDIB->m_osCAP = m_osCAP;
-        shadowDIB->m_isUnattended = m_isUnattended;
-        shadowDIB->pvJoinGDIplus();
+        HostAccess::drawLike(*shadowDIB, *this);
         result = std::move(shadowDIB);
         return done();
     });

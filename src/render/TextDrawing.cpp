@@ -178,14 +178,6 @@ Outcome colour(cPixSheet& sheet, const Mask& mask, const Rect& area, std::int32_
     return done();
 }
 
-void drawAs(cPixSheet& sheet, const cPixSheet& settings) noexcept {
-    HostAccess::osCAP(sheet, HostAccess::osCAP(settings));
-    sheet.isGDIplusEnabled(settings.isGDIplusEnabled());
-    sheet.gdiToken(settings.gdiToken());
-    sheet.KeepGDIplusActive(settings.KeepGDIplusActive());
-    sheet.Unattended(settings.Unattended());
-}
-
 // Where an image said that it has no partly transparent pixels, and has some in `drawn` now, it says so.
 void noteTranslucence(cPixSheet& host, const Rect& drawn) {
     const Rect part = drawn.cut(HostAccess::pixels(host).rect());
@@ -244,7 +236,8 @@ Outcome spt_DrawText(const cPixSheet& settings, platform::TextFont& font, const 
     if (area.isEmpty()) return done();
     if (turnsPicture) area = centredAround(area, rect);
     cPixSheet sheet;
-    drawAs(sheet, settings);
+    HostAccess::drawLike(sheet, settings);
+    sheet.KeepGDIplusActive(settings.KeepGDIplusActive());
     if (Outcome coloured = colour(sheet, mask, area, drawing.Color); !coloured) return coloured;
     sheet.HighQualityInterpolation(turnsPicture);
     sheet.Render(drawing.destinationDC, longOrOverflow(area.left), longOrOverflow(area.top), 0, 0, 0, 0, 0, 0,

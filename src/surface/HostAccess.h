@@ -36,6 +36,13 @@ struct HostAccess {
     }
     // As the member, but of no effect on LastErrorText: for hosts that are drawn on by others.
     static std::intptr_t LoadDIBinDC(cPixSheet& host, bool bLoad) noexcept { return host.pvLoadDIBinDC(bLoad); }
+    // `drawn` is drawn by the same means as `like` from now on, and as Unattended; how it interpolates is its own.
+    static void drawLike(cPixSheet& drawn, const cPixSheet& like) noexcept {
+        drawn.m_osCAP = like.m_osCAP;
+        drawn.m_GDItoken = like.m_GDItoken;
+        drawn.m_isUnattended = like.m_isUnattended;
+        drawn.pvJoinGDIplus();
+    }
     // For tests of what is drawn how on systems that are not at hand; being inline, it is in no program that does not
     // ask.
     static void osCAP(cPixSheet& host, std::uint32_t flags) noexcept { host.m_osCAP = flags; }

@@ -5,7 +5,6 @@
 #include <fribidi.h>
 #include <hb-ft.h>
 #include <linebreak.h>
-#include <string>
 
 namespace pixkit::platform {
 
@@ -86,12 +85,12 @@ struct Run {
     FontFace* face;
 };
 
-// From left to right.
-std::vector<Run> runsOf(OpenFont& font, const std::vector<std::uint32_t>& text, bool isRightToLeft) {
+// From left to right, of characters and the face of each.
+std::vector<Run> runsOf(const std::vector<std::uint32_t>& text, const std::vector<FontFace*>& faces,
+                        bool isRightToLeft) {
     const std::vector<FriBidiLevel> levels = levelsOf(text, isRightToLeft);
     if (levels.empty()) return {};
     const std::vector<hb_script_t> scripts = scriptsOf(text);
-    const std::vector<FontFace*> faces = facesFor(font, std::u32string(text.begin(), text.end()));
     std::vector<Run> runs;
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (!runs.empty() && runs.back().level == levels[i] && runs.back().script == scripts[i] &&
@@ -208,7 +207,7 @@ void LaidOutLine::add(FontFace& face, hb_buffer_t* shaped, std::vector<bool>& is
 
 std::unique_ptr<TextLine> layOutLine(OpenFont& font, std::u32string_view text, bool isRightToLeft) {
     const std::vector<std::uint32_t> characters(text.begin(), text.end());
-    const std::vector<Run> runs = runsOf(font, characters, isRightToLeft);
+    const std::vector<Run> runs = runsOf(characters, facesFor(font, text), isRightToLeft);
     const Buffer buffer(hb_buffer_create(), &hb_buffer_destroy);
     if (runs.empty()) return nullptr;
     auto line = std::make_unique<LaidOutLine>();
