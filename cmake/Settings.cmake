@@ -15,6 +15,10 @@ if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
     # x87 arithmetic would round differently.
     target_compile_options(pixkit-settings INTERFACE -msse2 -mfpmath=sse)
 endif()
+if(NOT WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # Files of more than 2 GiB are files for 32-bit programs too.
+    target_compile_definitions(pixkit-settings INTERFACE _FILE_OFFSET_BITS=64)
+endif()
 if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
     # Callers from other compilers only align the stack to four bytes.
     target_compile_options(pixkit-settings INTERFACE -mincoming-stack-boundary=2)

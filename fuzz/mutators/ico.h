@@ -1,0 +1,69 @@
+// Icons and cursors: entries with PNG files and bitmaps of all kinds, some of which share bytes or lie outside.
+#pragma once
+#include "bmp.h"
+#include "png.h"
+
+namespace pixkit::fuzz {
+
+struct IcoEntry {
+    Bytes listed, image; // the directory's line, the image itself
+};
+
+inline IcoEntry newIcoEntry(Dice& dice) {
+    IcoEntry entry{dice.noise(16), {}};
+    if (dice.oneIn(2)) mutatePng(entry.image, dice);
+    if (entry.image.empty()) entry.image = newBitmap(true, dice);
+    return entry;
+}
+
+inline std::vector<IcoEntry> icoEntries(const Bytes& file) {
+    std::vector<IcoEntry> entries;
+    const ByteReader reader(file);
+    const std::size_t count = std::min<std::size_t>(reader.littleEndian16(4).value_or(0), 30);
+    for (std::size_t at = 6; entries.size() < count; at += 16) {
+        const auto listed = reader.slice(at, 16);
+        if (!listed) break;
+        const std::size_t start = std::min<std::size_t>(*reader.littleEndian32(at + 12), file.size());
+        const auto image =
+            std::span(file).subspan(start, std::min<std::size_t>(*reader.littleEndian32(at + 8), file.size() - start));
+        entries.push_back({{listed->begin(), listed->end()}, {image.begin(), image.end()}});
+    }
+    return entries;
+}
+
+// A changed file, or a new one of what is none.
+inline void mutateIco(Bytes& file, Dice& dice) {
+    std::vector<IcoEntry> entries = icoEntries(file);
+    if (entries.empty() || dice.oneIn(5)) entries.push_back(newIcoEntry(dice));
+    IcoEntry& any = entries[dice.below(entries.size())];
+    switch (dice.below(6)) {
+    case 0:
+        dice.shuffle(entries);
+        break;
+    case 1:
+        any.listed[dice.below(8)] = dice.byte();
+        break;
+    case 2:
+        any = newIcoEntry(dice);
+        break;
+    default:
+        if (any.image.size() > 4 && any.image[1] == 'P') {
+            mutatePng(any.image, dice);
+        } else {
+            changeBitmap(any.image, 0, dice);
+        }
+    }
+    file = {0, 0, static_cast<std::uint8_t>(1 + dice.below(2)), 0};
+    ByteWriter(file).littleEndian16(dice.oneIn(30) ? dice.number() : entries.size());
+    std::size_t at = 6 + 16 * entries.size();
+    for (IcoEntry& entry : entries) { // some elsewhere: in another's bytes, in the directory, beyond the end
+        putField(entry.listed, 8, 4, dice.oneIn(16) ? dice.number() : entry.image.size());
+        putField(entry.listed, 12, 4, dice.oneIn(16) ? dice.below(at * 2) : at);
+        append(file, entry.listed);
+        at += entry.image.size();
+    }
+    for (const IcoEntry& entry : entries)
+        append(file, entry.image);
+}
+
+} // namespace pixkit::fuzz
