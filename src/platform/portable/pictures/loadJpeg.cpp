@@ -1,4 +1,5 @@
 // JPEG files (ITU-T T.81) through the TurboJPEG interface of libjpeg-turbo, borrowed at run time.
+#include "coding/JpegFrame.h"
 #include "platform/gdi.h"
 #include "platform/libraries.h"
 #include "platform/portable/gdi/GdiObjects.h"
@@ -78,48 +79,12 @@ class TurboJpeg {
     int (*m_destroy)(void* decoder) = nullptr;
 };
 
-struct JpegInfo {
-    std::int32_t width = 0, height = 0;
-    int components = 0;
-    bool arithmetic = false;
-    bool hasAdobeMarker = false; // its CMYK is stored inverted
-};
-
-// What the markers say up to the first scan; nothing when there is no frame header before that.
-std::optional<JpegInfo> readInfo(Bytes bytes) noexcept {
-    constexpr std::uint8_t dht = 0xC4, jpg = 0xC8, dac = 0xCC, rst0 = 0xD0, soi = 0xD8, sos = 0xDA, app14 = 0xEE;
-    if (bytes.size() < 4 || bytes[0] != 0xFF || bytes[1] != soi) return {};
-    std::optional<JpegInfo> info;
-    bool adobe = false;
-    for (std::size_t at = 2; bytes.size() - at >= 4;) {
-        if (bytes[at] != 0xFF) { // bytes between segments belong to nobody
-            ++at;
-            continue;
-        }
-        const std::uint8_t marker = bytes[at + 1];
-        if (marker == 0xFF || marker == 0 || marker == 1 || (marker >= rst0 && marker <= soi)) { // alone, or padding
-            at += marker == 0xFF ? 1 : 2;
-            continue;
-        }
-        const std::size_t length = std::size_t{bytes[at + 2]} << 8 | bytes[at + 3];
-        if (length < 2 || length > bytes.size() - at - 2) break;
-        const Bytes segment = bytes.subspan(at + 4, length - 2);
-        if (marker == sos) break;
-        if (marker == app14) adobe |= segment.size() >= 12 && std::equal(segment.begin(), segment.begin() + 5, "Adobe");
-        if (marker >= 0xC0 && marker <= 0xCF && marker != dht && marker != jpg && marker != dac && segment.size() >= 6)
-            info = {segment[3] << 8 | segment[4], segment[1] << 8 | segment[2], segment[5], marker > jpg};
-        at += 2 + length;
-    }
-    if (info) info->hasAdobeMarker = adobe;
-    return info;
-}
-
 // Whether the data can describe at least half of so many pixels, so that a header that lies takes no memory, and not
 // more than a store of 31 bits of bytes holds. Every block of 64 takes at least a bit, in arithmetic coding a small
 // part of one.
-bool canFill(const JpegInfo& info, std::size_t bytes) noexcept {
+bool canFill(const JpegFrame& info, std::size_t bytes) noexcept {
     constexpr std::uint64_t mostPixels = std::numeric_limits<std::int32_t>::max() / 4;
-    const std::uint64_t pixelsPerByte = info.arithmetic ? 16 * 1024 : 1024;
+    const std::uint64_t pixelsPerByte = info.isArithmetic ? 16 * 1024 : 1024;
     const auto pixels = static_cast<std::uint64_t>(info.width) * static_cast<std::uint64_t>(info.height);
     return pixels != 0 && pixels <= mostPixels && pixels <= pixelsPerByte * bytes;
 }
@@ -131,10 +96,10 @@ bool canFill(const JpegInfo& info, std::size_t bytes) noexcept {
 //
 // Every pair of bytes that could be a scan's marker counts for one, so that nobody has to walk through the segments
 // just as the decoder does; in the codes of a scan the pair does not occur.
-bool isWorkInProportion(const JpegInfo& info, Bytes bytes) noexcept {
+bool isWorkInProportion(const JpegFrame& info, Bytes bytes) noexcept {
     constexpr std::uint64_t visitsPerByte = 256, visitsOfAny = 1U << 26;
     constexpr std::uint64_t mostOfScan = 4; // components
-    const std::uint64_t weight = info.arithmetic ? 16 : 1;
+    const std::uint64_t weight = info.isArithmetic ? 16 : 1;
     const auto blocksAlong = [](std::int32_t side) { return (static_cast<std::uint64_t>(side) + 7) / 8; };
     const std::uint64_t visits = blocksAlong(info.width) * blocksAlong(info.height) * weight; // below 2^30
     std::uint64_t left = visitsOfAny + visitsPerByte * bytes.size();
@@ -163,7 +128,7 @@ void fromCmyk(std::uint8_t* pixels, std::size_t count, bool inverted) noexcept {
 } // namespace
 
 std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes) {
-    const auto info = readInfo(bytes);
+    const auto info = readJpegFrame(bytes);
     if (!info || !canFill(*info, bytes.size()) || !isWorkInProportion(*info, bytes)) return nullptr;
     const TurboJpeg library;
     if (!library) return nullptr;

@@ -1,0 +1,70 @@
+#include "coding/JpegFrame.h"
+#include <algorithm>
+
+namespace pixkit {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// A frame header, whose first six bytes are there, behind its length. Components that are not there take no memory.
+JpegFrame frameOf(std::uint8_t marker, Bytes segment) noexcept {
+    constexpr std::uint8_t jpg = 0xC8;
+    constexpr std::size_t firstComponent = 6, bytesOfComponent = 3;
+    JpegFrame frame{segment[3] << 8 | segment[4], segment[1] << 8 | segment[2], segment[5], marker > jpg};
+    std::uint64_t blocks = 0; // in a unit of the coding, which holds `across` by `down` of the most frequent component
+    unsigned across = 1, down = 1;
+    for (int i = 0; i < frame.components; ++i) {
+        const std::size_t at = firstComponent + static_cast<std::size_t>(i) * bytesOfComponent + 1;
+        const unsigned factors = at < segment.size() ? segment[at] : 0U;
+        across = std::max(across, factors >> 4);
+        down = std::max(down, factors & 15U);
+        blocks += std::uint64_t{factors >> 4} * (factors & 15U);
+    }
+    const auto unitsAlong = [](std::int32_t side, unsigned samples) {
+        return (static_cast<std::uint64_t>(side) + samples * 8 - 1) / (std::uint64_t{samples} * 8);
+    };
+    frame.coefficientBytes = blocks * 64 * 2 * unitsAlong(frame.width, across) * unitsAlong(frame.height, down);
+    return frame;
+}
+
+} // namespace
+
+std::optional<JpegFrame> readJpegFrame(Bytes file) noexcept {
+    constexpr std::uint8_t dht = 0xC4, jpg = 0xC8, dac = 0xCC, rst0 = 0xD0, soi = 0xD8, sos = 0xDA, app14 = 0xEE;
+    if (file.size() < 4 || file[0] != 0xFF || file[1] != soi) return {};
+    std::optional<JpegFrame> frame;
+    bool isAdobe = false, isProgressive = false, isComplete = false; // the first scan, which holds all components
+    for (std::size_t at = 2; file.size() - at >= 4;) {
+        if (file[at] != 0xFF) { // bytes between segments belong to nobody
+            ++at;
+            continue;
+        }
+        const std::uint8_t marker = file[at + 1];
+        if (marker == 0xFF || marker == 0 || marker == 1 || (marker >= rst0 && marker <= soi)) { // alone, or padding
+            at += marker == 0xFF ? 1 : 2;
+            continue;
+        }
+        const std::size_t length = std::size_t{file[at + 2]} << 8 | file[at + 3];
+        if (length < 2 || length > file.size() - at - 2) break;
+        const Bytes segment = file.subspan(at + 4, length - 2);
+        if (marker == sos) {
+            isComplete = frame && !segment.empty() && segment[0] >= frame->components;
+            break;
+        }
+        if (marker == app14)
+            isAdobe |= segment.size() >= 12 && std::equal(segment.begin(), segment.begin() + 5, "Adobe");
+        if (marker >= 0xC0 && marker <= 0xCF && marker != dht && marker != jpg && marker != dac &&
+            segment.size() >= 6) {
+            frame = frameOf(marker, segment);
+            isProgressive = (marker & 3) == 2;
+        }
+        at += 2 + length;
+    }
+    if (!frame) return {};
+    frame->hasAdobeMarker = isAdobe;
+    if (isComplete && !isProgressive) frame->coefficientBytes = 0;
+    return frame;
+}
+
+} // namespace pixkit
