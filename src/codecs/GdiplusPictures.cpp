@@ -1,4 +1,5 @@
 #include "codecs/GdiplusPictures.h"
+#include "codecs/SystemLimits.h"
 #include "gdiplus/cGDIPlus.h"
 #include "kernels/kernels.h"
 #include "shared/AlphaChannel.h"
@@ -33,25 +34,25 @@ WrittenFile whole(std::vector<std::uint8_t>&& bytes) {
 
 } // namespace
 
-bool DecodeByGDIplus(std::span<const std::uint8_t> Stream, cPixSheet& Host, bool mayBeUnused) {
+ReadResult DecodeByGDIplus(std::span<const std::uint8_t> Stream, cPixSheet& Host, bool mayBeUnused) {
     const auto cGDIp = HostAccess::GDIPlus(Host);
-    if (!cGDIp) return false;
-    const bool isDecoded = cGDIp->GDIplusLoadPNG(Stream, [&](std::int32_t width, std::int32_t height) {
-        const bool isMade = isWithinLimits(width, height) && Host.InitializeDIB(width, height);
+    Reason limit;
+    const bool isDecoded = cGDIp && cGDIp->GDIplusLoadPNG(Stream, [&](std::int32_t width, std::int32_t height) {
+        limit = systemLimit(Host, width, height);
+        const bool isMade = !limit && isWithinLimits(width, height) && Host.InitializeDIB(width, height);
         return isMade ? HostAccess::pixels(Host) : PixelView();
     });
     if (!isDecoded) {
         Host.DestroyDIB();
-        return false;
+        return limit ? ReadResult::forbidden(limit) : ReadResult::otherFormat("GDI+ does not read it");
     }
     Host.Alpha(premultiply(HostAccess::pixels(Host), mayBeUnused));
     HostAccess::ImageType(Host, imgPNG);
-    return true;
+    return ReadResult::loaded();
 }
 
 ReadResult LoadByGDIplus(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
-    return DecodeByGDIplus(Stream, Host, true) ? ReadResult::loaded()
-                                               : ReadResult::otherFormat("GDI+ does not read it");
+    return DecodeByGDIplus(Stream, Host, true);
 }
 
 WrittenFile SaveToJPGByGDIplus(cGDIPlus& cGDIp, const SourcePicture& Picture, const JpgOptions& Options) {

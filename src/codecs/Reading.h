@@ -50,6 +50,7 @@ enum class ReadOutcome : std::uint8_t {
     loaded,      // the host holds the picture
     otherFormat, // the data is none of this format
     damaged,     // or of a kind that is not read, or too large
+    forbidden,   // by the host's limits (surface/Limits.h): nobody else is asked
     unable,      // not the data's fault: no memory, or the system failed
     failed,      // a run-time error that nobody expected
 };
@@ -63,6 +64,7 @@ struct ReadResult {
     explicit operator bool() const noexcept { return outcome == ReadOutcome::loaded; }
     static ReadResult loaded() { return {ReadOutcome::loaded, done()}; }
     static ReadResult damaged(Reason reason) { return {ReadOutcome::damaged, refused(reason)}; }
+    static ReadResult forbidden(Reason reason) { return {ReadOutcome::forbidden, refused(reason)}; }
     static ReadResult unable(Reason reason) { return {ReadOutcome::unable, refused(reason)}; }
     static ReadResult otherFormat(Reason reason) { return {ReadOutcome::otherFormat, refused(reason)}; }
     // `outcome`: unable where nobody is told.

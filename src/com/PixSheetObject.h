@@ -427,6 +427,21 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         return give(result, [&] { return m_sheet->CreateRegion(RegionStyle, OpaquenessTolerance); });
     }
 
+    // --- limits
+
+    STDMETHODIMP get_MaxPixels(DOUBLE* result) override {
+        return give(result, [&] { return m_sheet->MaxPixels(); });
+    }
+    STDMETHODIMP put_MaxPixels(DOUBLE value) override {
+        return run([&] { m_sheet->MaxPixels(value); });
+    }
+    STDMETHODIMP get_MaxMemory(DOUBLE* result) override {
+        return give(result, [&] { return m_sheet->MaxMemory(); });
+    }
+    STDMETHODIMP put_MaxMemory(DOUBLE value) override {
+        return run([&] { m_sheet->MaxMemory(value); });
+    }
+
   private:
     using Access = CallersBytes::Access;
 

@@ -1,4 +1,5 @@
 #include "loading/ForeignPictures.h"
+#include "codecs/SystemLimits.h"
 #include "platform/gdi.h"
 #include "platform/pictures.h"
 #include "shared/AlphaChannel.h"
@@ -29,6 +30,7 @@ Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
     white.Unattended(host.Unattended());
     const std::int32_t width = picture.Width();
     const std::int32_t height = picture.Height();
+    if (const Reason limit = systemLimit(host, width, height)) return refused(limit);
     if (!host.InitializeDIB(width, height)) return HostAccess::outcome(host);
     if (!white.InitializeDIB(width, height)) return HostAccess::outcome(white);
     const PixelView backdrop = HostAccess::pixels(white);
@@ -42,13 +44,15 @@ Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
 } // namespace
 
 ReadResult LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
+    if (const Reason limit = fileLimit(Host, Stream)) return ReadResult::forbidden(limit);
     const auto picture = iparseArrayToPicture(Stream, 0, Stream.size());
     // Icons have a reader here, which has said no; some loaders take anything for one.
     const auto type = picture ? picture->Type() : PictureType::none;
     if (type != PictureType::bitmap && type != PictureType::metafile && type != PictureType::enhancedMetafile)
         return ReadResult::otherFormat("the system's loader refuses it");
     Outcome outcome = ConvertstdPicTo32bpp(*picture, Host);
-    return outcome ? ReadResult::loaded() : ReadResult{ReadOutcome::damaged, std::move(outcome)};
+    if (outcome) return ReadResult::loaded();
+    return {isBeyondLimits(outcome) ? ReadOutcome::forbidden : ReadOutcome::damaged, std::move(outcome)};
 }
 
 Outcome ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Host) {

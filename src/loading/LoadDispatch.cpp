@@ -52,14 +52,19 @@ std::vector<std::uint8_t> asPNG(const cPixSheet& host) {
 // First the formats whose signature the data bears. What they refuse as damaged goes on to the system's loader, which
 // may show something of it, unless it is of a kind that not every such loader survives; what lacked memory does not,
 // lest a picture come out as another. Data without a signature goes there at once, and what it does not know to GDI+.
-// Formats without a signature come last. Of several refusals the first counts whose reader knew the data for its own.
+// Formats without a signature come last. Of several refusals the first counts whose reader knew the data for its own,
+// but for limits: what exceeds them nobody else is asked for.
 Outcome readPicture(LoadRequest& request, cPixSheet& host) {
     const auto start = request.start(sniffedBytes);
-    Outcome refusal;
+    Outcome refusal, verdict;
+    ReadOutcome outcome{}; // of the reader asked last
+    // True when no other reader is to be asked: then there is a verdict.
     const auto ask = [&](ReadResult&& answer, bool isKnown) {
         const ReadResult result = take(host, std::move(answer));
         if (!result && refusal && (isKnown || result.outcome != ReadOutcome::otherFormat)) refusal = result.why;
-        return result.outcome;
+        outcome = result.outcome;
+        verdict = result.why;
+        return outcome == ReadOutcome::loaded || outcome == ReadOutcome::forbidden;
     };
     bool isKnown = false, isJpeg = false;
     bool goesToSystem = true;
@@ -69,24 +74,22 @@ Outcome readPicture(LoadRequest& request, cPixSheet& host) {
         isKnown = true;
         isJpeg = isJpeg || format.id == FileFormat::jpg;
         if (format.read == nullptr) continue;
-        const ReadOutcome outcome = ask(format.read(request, host), true);
-        if (outcome == ReadOutcome::loaded) return done();
+        if (ask(format.read(request, host), true)) return verdict;
         isRefused = true;
         goesToSystem = goesToSystem && (outcome == ReadOutcome::damaged || outcome == ReadOutcome::otherFormat) &&
                        format.goesToSystem != nullptr && format.goesToSystem(request.bytes());
     }
     // What bears no signature of those that the system's loader knows is not read for its sake.
     goesToSystem = goesToSystem && (isKnown || !request.isFile() || platform::mayBePicture(start));
-    if (goesToSystem && ask(LoadSystemPicture(request.bytes(), host), isKnown) == ReadOutcome::loaded) return done();
+    if (goesToSystem && ask(LoadSystemPicture(request.bytes(), host), isKnown)) return verdict;
     if (isJpeg && !platform::canLoadJpeg()) refusal = refused("JPEG: libturbojpeg.so.0 cannot be loaded");
     // Some imitations of GDI+ show more of damaged files than there is, or read them for ever.
-    if (!isRefused && host.isGDIplusEnabled() &&
-        ask(LoadByGDIplus(request.bytes(), host), false) == ReadOutcome::loaded) {
+    if (!isRefused && host.isGDIplusEnabled() && ask(LoadByGDIplus(request.bytes(), host), false)) {
         request.isReadByGDIplus = true;
-        return done();
+        return verdict;
     }
     for (const Format& format : formats()) {
-        if (format.sniff == nullptr && ask(format.read(request, host), false) == ReadOutcome::loaded) return done();
+        if (format.sniff == nullptr && ask(format.read(request, host), false)) return verdict;
     }
     return refusal ? refused(reasonOfUnknown(start)) : refusal;
 }
@@ -102,6 +105,8 @@ Reason openingProblem(const std::string& FileName, bool useUnicode) {
 
 Outcome cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
     DestroyDIB();
+    const Limits::Holding holding(m_limits, m_limits.memory == 0 ? 0 : request.bytesHeld(SaveFormat));
+    if (const Reason limit = m_limits.problem(0, 0)) return refused(limit);
     Outcome outcome = readPicture(request, *this);
     if (outcome && SaveFormat)
         m_ImageByteCache = ByteArray(request.isReadByGDIplus ? asPNG(*this) : request.takeSource());

@@ -52,6 +52,10 @@ std::vector<std::uint8_t> LoadRequest::takeSource() {
     return std::move(m_fileBytes);
 }
 
+double LoadRequest::bytesHeld(bool SaveFormat) const {
+    return static_cast<double>(isFile() ? fileSize() : SaveFormat ? m_whole.size() : 0);
+}
+
 std::size_t LoadRequest::fileSize() const {
     const std::int64_t size = platform::GetFileSize(m_file);
     if (size < 0 || size > std::numeric_limits<std::int32_t>::max())

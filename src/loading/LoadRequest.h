@@ -30,6 +30,10 @@ class LoadRequest final : public PictureSource {
     // request has no bytes any more.
     std::vector<std::uint8_t> takeSource();
 
+    // How many bytes a load holds until its end, besides what readers take: its file, read once, or the copy that
+    // SaveFormat makes of an array.
+    double bytesHeld(bool SaveFormat) const;
+
     bool isReadByGDIplus = false; // whoever read it says so
 
   private:

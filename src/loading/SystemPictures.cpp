@@ -35,6 +35,7 @@ bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
             LoadDIBinDC(false);
             cPixSheet other;
             other.m_isUnattended = m_isUnattended;
+            other.m_limits = m_limits;
             other.LoadPicture_ByHandle(Handle);
             SwapDIBs(&other);
             return other.m_outcome;

@@ -29,6 +29,7 @@ void cPixSheet::CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t 
             created->isGDIplusEnabled(isGDIplusEnabled());
             created->m_StretchQuality = m_StretchQuality;
             created->m_isUnattended = m_isUnattended;
+            created->m_limits = m_limits;
             cDIBclass = std::move(created);
         }
         return cDIBclass.get() == this ? done() : pvCopyImage(*cDIBclass, newWidth, newHeight, CopyOriginalFormat);

@@ -53,6 +53,7 @@ std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, s
         const std::int32_t width = longOrOverflow(std::int64_t{m_Width} + t2xBlur);
         const std::int32_t height = longOrOverflow(std::int64_t{m_Height} + t2xBlur);
         auto shadowDIB = std::make_unique<cPixSheet>();
+        shadowDIB->m_limits = m_limits;
         if (!shadowDIB->InitializeDIB(width, height)) return shadowDIB->m_outcome;
         castShadow(HostAccess::pixels(*shadowDIB), picture, shadesOf(Color));
         // Without a blur the silhouette has the picture's own alpha.

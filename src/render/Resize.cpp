@@ -47,6 +47,7 @@ bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
         // From here on the image is only read until its successor is complete.
         cPixSheet resized;
         resized.m_isUnattended = m_isUnattended;
+        resized.m_limits = m_limits;
         if (!resized.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight))
             return resized.m_outcome;
         fillResized(HostAccess::pixels(resized), image, newWidth < 0, newHeight < 0, m_StretchQuality);

@@ -76,7 +76,8 @@ std::int32_t saveIcon(const Call<Parts...>& call, const cPixSheet* self, std::sp
         return deliver([&]() -> WrittenFile {
             for (const cPixSheet* sheet : Source.empty() ? std::span(&self, 1) : Source)
                 pictures.push_back(sheet != nullptr ? SourcePicture(*sheet) : SourcePicture());
-            if (Outcome checked = cICOparser::EntrySizes(pictures, Sizes, images); !checked) return checked;
+            if (Outcome checked = cICOparser::EntrySizes(pictures, Sizes, images, HostAccess::limits(*self)); !checked)
+                return checked;
             return write(pictures, IcoOptions{Sizes, kind});
         });
     });

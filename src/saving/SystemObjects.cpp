@@ -38,7 +38,7 @@ std::intptr_t cPixSheet::CreateIcon(std::int32_t Width, std::int32_t Height) con
     platform::UniqueIcon icon;
     const bool isMade = attempt(Call(*this, "CreateIcon", "Width, Height", Width, Height), [&] {
         const SourcePicture picture(*this);
-        return picture.pixels ? cICOparser::CreateIcon(picture, {Width, Height}, {}, icon) : refused(noImage);
+        return picture.pixels ? cICOparser::CreateIcon(picture, {Width, Height}, {}, icon, m_limits) : refused(noImage);
     });
     return isMade ? icon.release() : 0;
 }
@@ -50,7 +50,7 @@ std::intptr_t cPixSheet::CreateCursor(std::int32_t HotspotX, std::int32_t Hotspo
     const bool isMade = attempt(call, [&] {
         const SourcePicture picture(*this);
         if (!picture.pixels) return refused(noImage);
-        return cICOparser::CreateIcon(picture, {Width, Height}, CursorHotspot{HotspotX, HotspotY}, cursor);
+        return cICOparser::CreateIcon(picture, {Width, Height}, CursorHotspot{HotspotX, HotspotY}, cursor, m_limits);
     });
     return isMade ? cursor.release() : 0;
 }
@@ -64,7 +64,7 @@ std::unique_ptr<platform::StdPicture> cPixSheet::CreateStdPicture(std::int32_t S
         const bool isOpaque = picture.alpha == AlphaNone;
         if (Style == pictIcon || (Style == pictAuto && !isOpaque)) {
             platform::UniqueIcon icon;
-            Outcome outcome = cICOparser::CreateIcon(picture, {}, {}, icon);
+            Outcome outcome = cICOparser::CreateIcon(picture, {}, {}, icon, m_limits);
             return outcome ? makePicture(std::move(icon), PictureType::icon, made) : outcome;
         }
         platform::UniqueBitmap bitmap;

@@ -14,6 +14,7 @@ struct HostAccess {
     static void SetOriginalFormat(cPixSheet& host, ByteArray inStream) noexcept {
         host.m_ImageByteCache = std::move(inStream);
     }
+    static const Limits& limits(const cPixSheet& host) noexcept { return host.m_limits; }
     // 0, 0 in an image that was no cursor.
     static CursorHotspot hotspot(const cPixSheet& host) noexcept { return host.m_hotspot; }
     static void hotspot(cPixSheet& host, CursorHotspot value) noexcept { host.m_hotspot = value; }

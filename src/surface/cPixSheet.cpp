@@ -36,6 +36,7 @@ Outcome cPixSheet::pvInitializeDIB(std::int32_t Width, std::int32_t Height) noex
     const auto pixels = height ? checkedMultiply(Width, *height) : std::nullopt;
     const auto sizeImage = pixels ? checkedMultiply(*pixels, 4) : std::nullopt;
     if (!sizeImage) return refused("more pixels than an image can hold");
+    if (const Reason limit = m_limits.problem(Width, *height)) return refused(limit);
 
     platform::BitmapInfoHeader header;
     header.biWidth = Width;

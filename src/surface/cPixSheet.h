@@ -4,6 +4,7 @@
 #include "gdiplus/GdiplusUser.h"
 #include "shared/ByteArray.h"
 #include "shared/enumerations.h"
+#include "surface/Limits.h"
 #include "surface/PngProperties.h"
 #include <any>
 #include <cstdint>
@@ -127,12 +128,34 @@ class cPixSheet {
     // handler answers in a person's place (platform/interaction.h).
     bool Unattended() const noexcept { return m_isUnattended; }
     void Unattended(bool value) noexcept { m_isUnattended = value; }
+    // The most pixels, Width * Height, that an image made or loaded from now on may have. 0, as at first, is no limit
+    // but what an image holds at all (InitializeDIB). It is the instance's own: it holds for InitializeDIB, all loads,
+    // copies of another size into this instance, Resize, CreateDropShadow, and sizes that are asked for of icons and
+    // cursors; new instances that CopyImageTo and CreateDropShadow make take it over. More is refused by what the
+    // header says, before it costs memory or time; images of an icon file that are beyond it are passed over. What is
+    // held already stays, and can be swapped, drawn and saved. A double, as MaxMemory is, because every caller through
+    // COM has them and 32 bits would not reach far enough. Values below 0 and NaN are ignored.
+    double MaxPixels() const noexcept { return m_limits.pixels; }
+    void MaxPixels(double value) noexcept { Limits::set(m_limits.pixels, value); }
+    // The most bytes that a call may take for an image and for the work on it; 0, as at first, is no limit. It holds
+    // where MaxPixels does, and is the instance's own likewise. Counted as if all of it were held at once:
+    // - 4 bytes for each pixel of the image; of what is no load, that is all.
+    // - The bytes of a file that is loaded, and with SaveFormat those of an array. Bytes that callers, resources, the
+    //   clipboard hand over are theirs.
+    // - PNG: the filtered rows, and in arrays the compressed data again. BMP: two rows. Icons: a byte for each pixel.
+    // - What comes through the system's loader (GIF, JPEG) or GDI+: 4 bytes for each pixel of its picture; of a GIF its
+    //   data twice; of a JPEG in several scans 2 bytes for each coefficient. Metafiles, which are drawn twice,
+    //   likewise.
+    // - Icons and cursors by their handle: 4 bytes for each pixel of their bitmaps, and one for the mask.
+    // Tables, single rows and what the system takes on its own account do not count: a mebibyte or two.
+    double MaxMemory() const noexcept { return m_limits.memory; }
+    void MaxMemory(double value) noexcept { Limits::set(m_limits.memory, value); }
 
     // --- lifecycle (surface/cPixSheet.cpp)
 
     // Replaces what the instance holds by a fully transparent image (all bytes 0, AlphaSimple, imgNone). A negative
     // height counts as its absolute value. False, and empty, for a negative width, a width or height of 0, more bytes
-    // than 31 bits count, or no memory. The old image goes in every case.
+    // than 31 bits count, more than MaxPixels or MaxMemory allow, or no memory. The old image goes in every case.
     bool InitializeDIB(std::int32_t Width, std::int32_t Height) noexcept;
     // Frees image, device context and original-format bytes; ImageType becomes imgError.
     void DestroyDIB() noexcept;
@@ -149,9 +172,9 @@ class cPixSheet {
     // Copies the image, its Alpha, ImageType and gdiToken into another instance, which is resized when it needs to be.
     // 0 for a size means this image's. With CopyOriginalFormat the original-format bytes go along. Does nothing without
     // an image or when the target is this instance. A null pointer receives a new instance, which also takes over
-    // isGDIplusEnabled, HighQualityInterpolation and Unattended. A copy at another size is drawn as Render does without
-    // AlphaBlend; should there be no memory for that, the target is left an empty (fully transparent) image of the new
-    // size.
+    // isGDIplusEnabled, HighQualityInterpolation, Unattended, MaxPixels and MaxMemory. A copy at another size is drawn
+    // as Render does without AlphaBlend; should there be no memory for that, the target is left an empty (fully
+    // transparent) image of the new size.
     void CopyImageTo(cPixSheet& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
                      bool CopyOriginalFormat = false) noexcept;
     void CopyImageTo(std::unique_ptr<cPixSheet>& cDIBclass, std::int32_t newWidth = 0, std::int32_t newHeight = 0,
@@ -438,7 +461,8 @@ class cPixSheet {
     // A soft shadow of the picture's silhouette in one colour, as a new image that reaches blurDepth (0 .. 10, values
     // outside count as the nearest) pixels beyond each edge: its alpha is the average of the picture's over a square
     // of 2 * blurDepth + 1 pixels, truncated. The time does not depend on the depth. The new instance is drawn by the
-    // same means as this one (interpolation, AlphaBlend, GDI+), and as Unattended. Null also when there is no memory.
+    // same means as this one (interpolation, AlphaBlend, GDI+), and as Unattended, with its limits. Null also when
+    // there is no memory, or it would exceed MaxPixels or MaxMemory.
     std::unique_ptr<cPixSheet> CreateDropShadow(std::int32_t blurDepth = 4,
                                                 std::int32_t Color = 0xC0C0C0) const noexcept;
     // Paints over the image: squares of CheckerSize pixels, FirstColor at the top left, opaque. It becomes
@@ -558,6 +582,7 @@ class cPixSheet {
     CursorHotspot m_hotspot;   // of an image that was a cursor, which a cursor file gets again
     mutable Outcome m_outcome; // of the last call
     bool m_isUnattended = false;
+    Limits m_limits;
 };
 
 } // namespace pixkit

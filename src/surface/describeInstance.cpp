@@ -20,6 +20,8 @@ void describeInstance(const cPixSheet& sheet, ErrorReport& report) {
     add("HighQualityInterpolation", sheet.m_StretchQuality);
     add("KeepGDIplusActive", sheet.m_KeepGDIplusActive);
     add("gdiToken", sheet.m_GDItoken);
+    add("MaxPixels", sheet.m_limits.pixels);
+    add("MaxMemory", sheet.m_limits.memory);
     report.isUnattended = sheet.m_isUnattended;
 }
 

@@ -138,6 +138,9 @@ template <class Number>
 requires std::is_integral_v<Number> || std::is_enum_v<Number> Value valueOf(Number number) {
     return static_cast<std::int64_t>(number);
 }
+Value valueOf(double number) {
+    return number;
+}
 Value valueOf(const PngValue& value) {
     if (const auto* number = std::get_if<std::int32_t>(&value)) return std::int64_t{*number};
     if (const auto* date = std::get_if<double>(&value)) return Date{*date};
@@ -189,7 +192,7 @@ Member member(Call call) {
     X(MakeGrayScale) X(MakeImageInverse) X(MakeLighterDarker) X(MakeTransparent) X(BlendToColor) X(MirrorImage) \
     X(Render) X(RenderDropShadow_JIT) X(CreateGDIplusToken) X(DestroyGDIplusToken) X(Resize) X(ScaleImage) \
     X(CreateDropShadow) X(CreateCheckerBoard) X(TileImage) X(DrawText_hFont) X(MeasureText_hFont) \
-    X(CreateRegion)
+    X(CreateRegion) X(MaxPixels) X(MaxMemory)
 // clang-format on
 #define PIXKIT_MEMBER(name)                                                                                            \
     {#name, member([](cPixSheet& sheet, auto&... in) -> decltype(sheet.name(in...)) { return sheet.name(in...); })},

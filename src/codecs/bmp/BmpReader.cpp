@@ -26,6 +26,8 @@ ReadResult cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixShee
     if (!info) return ReadResult::damaged(why);
     const auto data = Stream.subspan(info->pixelOffset);
     if (!canFill(*info, data.size())) return ReadResult::damaged("BMP: too little data for the pixels");
+    if (const Reason limit = HostAccess::limits(Host).problem(info->width, info->height, BmpRows::memory(*info)))
+        return ReadResult::forbidden(limit);
     BmpRows rows(*info, data);
     if (!Host.InitializeDIB(info->width, info->height)) return ReadResult::damaged(noMemoryForPixels);
     const PixelView pixels = HostAccess::pixels(Host);

@@ -11,6 +11,8 @@ namespace pixkit {
 class BmpRows {
   public:
     BmpRows(const BmpInfo& info, std::span<const std::uint8_t> data);
+    // Bytes of it, at most.
+    static double memory(const BmpInfo& info) noexcept { return static_cast<double>(info.rowBytes()) + info.width; }
 
     // The next row in the order of the file: info.width pixels, alpha not applied to the colours.
     void nextRow(std::uint8_t* dst);

@@ -44,6 +44,7 @@ ReadResult readStoredPixels(std::span<const std::uint8_t> block, cPixSheet& host
         return ReadResult::damaged("the stored pixels are not all there");
     if (field(2) > AlphaComplex || std::ranges::count(imageTypes, field(3)) == 0)
         return ReadResult::damaged("the stored pixels are of an unknown kind");
+    if (const Reason limit = HostAccess::limits(host).problem(field(0), field(1))) return ReadResult::forbidden(limit);
     if (!host.InitializeDIB(signedField(0), signedField(1))) return ReadResult::damaged(noMemoryForPixels);
     std::ranges::copy(block.subspan(headerSize, static_cast<std::size_t>(size)), HostAccess::pixels(host).bits);
     host.Alpha(static_cast<AlphaTypeEnum>(field(2)));

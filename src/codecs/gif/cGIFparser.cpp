@@ -1,5 +1,6 @@
 // From the data to a GIF of the first frame alone.
 #include "codecs/gif/cGIFparser.h"
+#include "codecs/SystemLimits.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <exception>
@@ -38,6 +39,7 @@ ReadResult cGIFparser::ParseGIF(cPixSheet& cHost) {
     if (m_frame.gColorsUsed == 0) return ReadResult::damaged("GIF: no colours");
     if (m_frame.width == 0 || m_frame.height == 0 || !fitsStore(m_frame))
         return ReadResult::damaged("GIF: no pixels, or more than an image can hold");
+    if (const Reason limit = gifLimit(cHost, m_frame, c_GIFdata.size())) return ReadResult::forbidden(limit);
 
     buildFrame();
     if (m_frame.TransIndex) grayFrameTable();

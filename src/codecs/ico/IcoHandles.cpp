@@ -40,6 +40,21 @@ BitmapPixels pixelsOf(platform::Handle bitmap) {
     return rows == record.bmHeight ? std::move(pixels) : BitmapPixels{};
 }
 
+// Why the host may not take an icon of these bitmaps, the second of which a monochrome one lacks.
+Reason limitOf(platform::Handle mask, platform::Handle color, const cPixSheet& host) {
+    platform::BitmapRecord ofMask, ofColor;
+    platform::GetObjectA(mask, ofMask);
+    platform::GetObjectA(color, ofColor);
+    const auto pixelsOf = [](const platform::BitmapRecord& of) {
+        return std::max(1.0 * of.bmWidth * of.bmHeight, 0.0);
+    };
+    const bool isMonochrome = color == 0;
+    const platform::BitmapRecord& image = isMonochrome ? ofMask : ofColor;
+    const double height = isMonochrome ? image.bmHeight / 2 : image.bmHeight;
+    const double besides = 4 * (pixelsOf(ofMask) + pixelsOf(image)) + image.bmWidth * height;
+    return HostAccess::limits(host).problem(image.bmWidth, height, besides);
+}
+
 // One byte for each pixel of the icon: not 0 where the mask's is white. Clear where the sizes do not agree.
 std::vector<std::uint8_t> maskBytes(const BitmapPixels& mask, std::size_t width, std::size_t height,
                                     std::size_t firstRow) {
@@ -76,6 +91,7 @@ Outcome cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host
     if (!platform::GetIconInfo(hIcon, info)) return refused("neither an icon nor a cursor nor a bitmap");
     const UniqueBitmap maskBitmap(info.hbmMask);
     const UniqueBitmap colorBitmap(info.hbmColor);
+    if (const Reason limit = limitOf(maskBitmap.get(), colorBitmap.get(), Host)) return refused(limit);
     const BitmapPixels mask = pixelsOf(maskBitmap.get());
     const bool isMonochrome = !colorBitmap;
     const BitmapPixels color = isMonochrome ? mask : pixelsOf(colorBitmap.get());
@@ -96,9 +112,10 @@ Outcome cICOparser::ConvertstdPicTo32bpp(platform::Handle hIcon, cPixSheet& Host
 }
 
 Outcome cICOparser::CreateIcon(const SourcePicture& Source, IconEntrySize Size,
-                               const std::optional<CursorHotspot>& Hotspot, platform::UniqueIcon& Icon) {
+                               const std::optional<CursorHotspot>& Hotspot, platform::UniqueIcon& Icon,
+                               const Limits& Bounds) {
     std::vector<IconEntrySize> sizes;
-    if (Outcome checked = EntrySizes({&Source, 1}, {&Size, 1}, sizes); !checked) return checked;
+    if (Outcome checked = EntrySizes({&Source, 1}, {&Size, 1}, sizes, Bounds); !checked) return checked;
     Size = sizes.front();
     platform::IconInfo info{.fIcon = !Hotspot};
     if (Hotspot) {

@@ -87,7 +87,7 @@ Bytes makeFile(const std::vector<Entry>& entries, bool isCursor) {
 } // namespace
 
 Outcome cICOparser::EntrySizes(std::span<const SourcePicture> Source, std::span<const IconEntrySize> Sizes,
-                               std::vector<IconEntrySize>& Entries) {
+                               std::vector<IconEntrySize>& Entries, const Limits& Bounds) {
     const auto ownSize = [](ConstPixelView pixels) {
         return IconEntrySize{static_cast<std::int32_t>(pixels.width), static_cast<std::int32_t>(pixels.height)};
     };
@@ -98,10 +98,13 @@ Outcome cICOparser::EntrySizes(std::span<const SourcePicture> Source, std::span<
         sizes.push_back(ownSize(source.pixels));
     const IconEntrySize first = ownSize(Source.front().pixels);
     for (IconEntrySize& size : sizes) {
+        const bool isAsked = !Sizes.empty() && (size.Width != 0 || size.Height != 0); // else the source's own
         if (size.Width == 0) size.Width = first.Width;
         if (size.Height == 0) size.Height = first.Height;
         if (!fitsStore(size.Width, size.Height)) return refused("an icon has from 1 to 65,535 pixels a side");
         if (!icoDepth(size.bitDepth)) return refused("icons have no such depth");
+        const Reason limit = Bounds.problem(size.Width, size.Height);
+        if (isAsked && limit) return refused(limit);
     }
     if (sizes.size() > mostEntries) return refused("an icon file holds no more than 65,535 images");
     Entries = std::move(sizes);

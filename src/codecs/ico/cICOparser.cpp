@@ -26,6 +26,14 @@ Distance distance(const IcoEntry& entry, std::int32_t cX, std::int32_t cY, std::
     return {size, size == larger ? area : -area, std::abs(entry.bitDepth - wanted), -entry.bitDepth};
 }
 
+// Why the host may not take an image. Of a PNG only its size is known here, and its reader looks at the rest.
+Reason limitOf(const IcoEntry& entry, const cPixSheet& host) {
+    const double pixels = static_cast<double>(entry.width) * entry.height;
+    // Rows as in BMP files, of at most 32 bits, and the mask.
+    const double besides = entry.isPNG ? 0 : 5.0 * entry.width + pixels;
+    return HostAccess::limits(host).problem(entry.width, entry.height, besides);
+}
+
 // A file may list one damaged image tens of thousands of times.
 constexpr int mostAttempts = 4;
 
@@ -59,8 +67,12 @@ ReadResult cICOparser::LoadStream(std::span<const std::uint8_t> Stream, std::int
     ReadResult refusal{ReadOutcome::damaged, LoadDirectory(Stream)};
     if (!refusal.why) return refusal;
     std::vector<const IcoEntry*> candidates;
-    for (const IcoEntry& entry : m_directory.entries)
-        candidates.push_back(&entry);
+    Reason limit;
+    for (const IcoEntry& entry : m_directory.entries) {
+        limit = limitOf(entry, Host);
+        if (!limit) candidates.push_back(&entry);
+    }
+    if (candidates.empty()) return ReadResult::forbidden(limit);
     for (int attempt = 0; attempt < mostAttempts && !candidates.empty(); ++attempt) {
         const auto best = std::ranges::min_element(
             candidates, {}, [&](const IcoEntry* entry) { return distance(*entry, cX, cY, bitDepth); });

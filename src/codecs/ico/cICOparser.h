@@ -5,6 +5,7 @@
 #include "codecs/Writing.h"
 #include "codecs/ico/IcoDirectory.h"
 #include "platform/icons.h"
+#include "surface/Limits.h"
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -45,7 +46,8 @@ class cICOparser {
     // alpha, and a mask. A hotspot makes it a cursor; coordinates of it that are below 0 are the picture's own, in
     // scale. Refuses sizes that files refuse, and a hotspot outside of the cursor.
     static Outcome CreateIcon(const SourcePicture& Source, IconEntrySize Size,
-                              const std::optional<CursorHotspot>& Hotspot, platform::UniqueIcon& Icon);
+                              const std::optional<CursorHotspot>& Hotspot, platform::UniqueIcon& Icon,
+                              const Limits& Bounds);
 
     // An icon or cursor file with an image of each of the sizes, made of the source of exactly that size, else of the
     // next larger, else of the largest (IcoScale.h, IcoImage.h); of cursors with hotspots in scale. Nothing when there
@@ -53,9 +55,10 @@ class cICOparser {
     static WrittenFile SaveAsIcon(std::span<const SourcePicture> Source, const IcoOptions& Options);
     // The images that such a file gets: of no sizes, each source's own at 32 bits; a 0 is the first source's width or
     // height. Refused when there is no source, when one has no image, for more than 65,535 sizes, a side outside 1 ..
-    // 65,535, pixels beyond 31 bits of bytes, or a depth that icoDepth does not know.
+    // 65,535, pixels beyond 31 bits of bytes, sizes asked for that are beyond the limits, or a depth that icoDepth does
+    // not know.
     static Outcome EntrySizes(std::span<const SourcePicture> Source, std::span<const IconEntrySize> Sizes,
-                              std::vector<IconEntrySize>& Entries);
+                              std::vector<IconEntrySize>& Entries, const Limits& Bounds = {});
 
   private:
     const IcoEntry& entry(std::int32_t index) const { return m_directory.entries.at(static_cast<std::size_t>(index)); }

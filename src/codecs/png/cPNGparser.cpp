@@ -144,8 +144,19 @@ bool cPNGparser::walkChunks(RunningEnd base, ChunksRead chunks) {
         if (chunk.type == chunkType("IEND")) return true;
         const bool isRead = *ChunkLen != 0 && (chunks == ChunksRead::all || chunk.type != chunkType("IDAT"));
         if (isRead && zHandleChunk(chunk) == ChunkResult::error) return false;
+        if (chunk.type == chunkType("IHDR") && chunks == ChunksRead::all && !isWithinLimits()) return false;
         position += std::size_t{*ChunkLen} + chunkOverhead;
     }
+}
+
+// Whether the host may hold what the header says, and have what it takes.
+bool cPNGparser::isWithinLimits() noexcept {
+    const std::size_t joined = m_ownBytes ? 0 : m_pngStream.size(); // the compressed data; a file's is joined in place
+    const double besides = static_cast<double>(CalcUncompressedWidth()) + static_cast<double>(joined);
+    const Reason limit = HostAccess::limits(*cHost).problem(m_Width, m_Height, besides);
+    if (!limit) return true;
+    m_outcome = ReadOutcome::forbidden;
+    return refuse(limit);
 }
 
 cPNGparser::ChunkResult cPNGparser::zHandleChunk(const Chunk& chunk) {

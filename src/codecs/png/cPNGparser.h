@@ -53,6 +53,7 @@ class cPNGparser {
     bool loadByGDIplus(RunningEnd base);
     enum class ChunksRead : std::uint8_t { all, butIDAT };
     bool walkChunks(RunningEnd base, ChunksRead chunks = ChunksRead::all);
+    bool isWithinLimits() noexcept;
     bool refuse(Reason reason) noexcept;
     ChunkResult refuseChunk(Reason reason) noexcept;
     ChunkResult zHandleChunk(const Chunk& chunk);

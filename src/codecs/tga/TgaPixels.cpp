@@ -62,6 +62,8 @@ ReadResult cTGAparser::buildSurface(cPixSheet& cHost, const TgaLayout& layout) c
     const std::size_t pixels = std::size_t{m_header.width} * m_header.height;
     if (m_header.isRunLength() && !TgaRunLength::canHold(pixels, m_pixelData.size(), layout.bytes))
         return ReadResult::damaged("TGA: too little data for the run-length packets");
+    if (const Reason limit = HostAccess::limits(cHost).problem(m_header.width, m_header.height))
+        return ReadResult::forbidden(limit);
     if (!cHost.InitializeDIB(m_header.width, m_header.height)) return ReadResult::damaged(noMemoryForPixels);
     const PixelView image = HostAccess::pixels(cHost);
     const bool isTurned = m_header.isRightToLeft();

@@ -1,0 +1,23 @@
+// What an instance's limits say of pictures that the system's loader decodes: their headers are looked at here, before
+// that takes memory for them.
+#pragma once
+#include "coding/GifFrame.h"
+#include "diagnostics/Outcome.h"
+#include <cstdint>
+#include <span>
+
+namespace pixkit {
+
+class cPixSheet;
+
+// Why the system is not asked for a picture of this size, of which it makes one of 4 bytes a pixel first; none where it
+// may be asked. `besides`: further bytes that it takes.
+Reason systemLimit(const cPixSheet& host, double width, double height, double besides = 0) noexcept;
+
+// The same for the frame of a GIF file of `size` bytes.
+Reason gifLimit(const cPixSheet& host, const GifFrame& frame, std::size_t size) noexcept;
+
+// The same for the bytes of a file, if its size can be told: of GIF and JPEG files.
+Reason fileLimit(const cPixSheet& host, std::span<const std::uint8_t> file) noexcept;
+
+} // namespace pixkit

@@ -1,0 +1,47 @@
+// What an instance refuses for its size, from the headers, before memory or time is spent on it.
+#pragma once
+#include "diagnostics/Outcome.h"
+
+namespace pixkit {
+
+inline constexpr Reason beyondMaxPixels = "more pixels than MaxPixels allows";
+inline constexpr Reason beyondMaxMemory = "more memory than MaxMemory allows";
+
+// Whether limits are why something was refused.
+inline bool isBeyondLimits(const Outcome& outcome) noexcept {
+    return outcome.reason() == beyondMaxPixels.text() || outcome.reason() == beyondMaxMemory.text();
+}
+
+// cPixSheet::MaxPixels and MaxMemory; 0 is none. All numbers here are doubles, as those of callers are: what headers
+// state may be multiplied and added without wrapping round.
+struct Limits {
+    double pixels = 0, memory = 0;
+    double held = 0; // bytes that a load holds from its beginning to its end: Holding, below
+
+    bool areSet() const noexcept { return pixels != 0 || memory != 0; }
+    // Why a picture of this size is refused, for which bytes are taken besides 4 for each pixel; none if it is not.
+    Reason problem(double width, double height, double besides = 0) const noexcept {
+        const double count = width * height;
+        if (pixels != 0 && count > pixels) return beyondMaxPixels;
+        if (memory != 0 && held + 4 * count + besides > memory) return beyondMaxMemory;
+        return {};
+    }
+    // Numbers below 0, and what is none, say nothing that a limit could be.
+    static void set(double& limit, double value) noexcept {
+        if (value >= 0) limit = value;
+    }
+
+    // Counts bytes as held for the length of its life.
+    class Holding {
+      public:
+        Holding(Limits& limits, double bytes) noexcept : m_limits(limits) { m_limits.held = bytes; }
+        ~Holding() { m_limits.held = 0; }
+        Holding(const Holding&) = delete;
+        Holding& operator=(const Holding&) = delete;
+
+      private:
+        Limits& m_limits;
+    };
+};
+
+} // namespace pixkit
