@@ -28,6 +28,16 @@ void addIconOptions(CLI::App& sub, IconChoice& icon) {
         ->group(choosing);
 }
 
+void addLoading(CLI::App& sub, LoadingOptions& loading) {
+    addIconOptions(sub, loading.icon);
+    sub.add_option_function<std::string>(
+           "--limit", [&loading](const std::string& text) { loading.mostPixels = parseLimit(text); },
+           "The most pixels of a picture and of what is made of\nit: 1000MP, 1.5GP or none; 256MP unless said "
+           "otherwise")
+        ->type_name("LIMIT")
+        ->group("Limits");
+}
+
 void addInfo(CLI::App& app, InfoRequest& request) {
     CLI::App* const sub = app.add_subcommand("info", "Show size, alpha class, type and bytes of pictures");
     sub->add_option("FILE", request.files, "Pictures")->required()->type_name("");
@@ -35,7 +45,7 @@ void addInfo(CLI::App& app, InfoRequest& request) {
     sub->add_flag(
         "--region", request.region,
         "Also of how many rectangles a region of the\npicture's shape (all that is not fully transparent)\nconsists");
-    addIconOptions(*sub, request.icon);
+    addLoading(*sub, request.loading);
     sub->footer("\nOf an icon or cursor file, all images are listed.\n"
                 "The alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2).\n\n"
                 "Examples:\n"
@@ -183,7 +193,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         ->type_name("");
     for (const EffectOption& effect : effectOptions())
         addEffect(*sub, effect, request.steps);
-    addIconOptions(*sub, request.icon);
+    addLoading(*sub, request.loading);
     sub->add_option_function<std::string>(
            "--fit",
            [&](const std::string& fit) {
@@ -237,7 +247,7 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
            "Size of the result, transparent unless a colour is given;\nwithout it as large as the layers need")
         ->type_name("WxH[:COLOUR]");
     addEffect(*sub, effectOption("--text"), request.texts, "Text, over the layers; may be repeated");
-    addIconOptions(*sub, request.icon);
+    addLoading(*sub, request.loading);
     addSaving(*sub, request);
     sub->footer(
         std::string("\nWhat lies outside of the canvas is left out.\n\n") + placeHelp +
@@ -264,7 +274,7 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
     sub->add_option("-o,--output", request.folder, "Folder for the page and the results")
         ->type_name("FOLDER")
         ->capture_default_str();
-    addIconOptions(*sub, request.icon);
+    addLoading(*sub, request.loading);
     sub->footer(
         "There are about 40 results of each picture, saved as PNG: 2 MB for 240 x 300 pixels with alpha. Existing "
         "files\nin the folder are replaced.\n\n"

@@ -3,7 +3,7 @@
 #include "cli/ComposeLayer.h"
 #include "cli/Console.h"
 #include "cli/Effects.h"
-#include "cli/IconChoice.h"
+#include "cli/Loading.h"
 #include "shared/enumerations.h"
 #include <cstdint>
 #include <optional>
@@ -21,7 +21,7 @@ struct InfoRequest {
     std::vector<std::string> files;
     bool json = false;
     bool region = false; // count the rectangles of each picture's shape
-    IconChoice icon = {};
+    LoadingOptions loading = {};
 };
 int info(const InfoRequest& request, Console& console);
 
@@ -41,7 +41,7 @@ struct SavingOptions {
 
 struct ConvertRequest : SavingOptions {
     std::vector<std::string> paths; // the inputs and, last, the file or folder for the results
-    IconChoice icon = {};
+    LoadingOptions loading = {};
     std::vector<EffectStep> steps;
     std::string folderFormat = "png"; // extension of results in a folder
     std::string fit;                  // of the steps that resize; settled when the line has been read
@@ -58,7 +58,7 @@ ComposeCanvas parseCanvas(const std::string& text);
 
 struct ComposeRequest : SavingOptions {
     std::string output;
-    IconChoice icon = {};
+    LoadingOptions loading = {};
     std::optional<ComposeCanvas> canvas; // nothing: transparent, and large enough for every layer
     std::vector<ComposeLayer> layers;    // the lowest first
     std::vector<EffectStep> texts;       // over all layers
@@ -68,7 +68,7 @@ int compose(const ComposeRequest& request, Console& console);
 struct GalleryRequest {
     std::vector<std::string> pictures;
     std::string folder = "out/gallery";
-    IconChoice icon = {};
+    LoadingOptions loading = {};
 };
 int gallery(const GalleryRequest& request, Console& console);
 

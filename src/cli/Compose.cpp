@@ -35,7 +35,7 @@ class Layers {
             boxes.about(layer.file);
             m_pictures.push_back(std::make_unique<cPixSheet>());
             cPixSheet& picture = *m_pictures.back();
-            if (!load(picture, layer.file, request.icon)) throw Failed(layer.file, picture.LastErrorText());
+            if (!load(picture, layer.file, request.loading)) throw Failed(layer.file, problemOf(picture));
             if (!layer.scaling.dependsOnCanvas()) scale(picture, layer, {});
         }
     }
@@ -62,7 +62,7 @@ class Layers {
             const std::int32_t x = layer.place.x.position(canvas.Width(), picture.Width());
             const std::int32_t y = layer.place.y.position(canvas.Height(), picture.Height());
             if (!picture.Render(0, x, y, 0, 0, 0, 0, 0, 0, layer.opacity, true, true, &canvas)) {
-                throw Failed(layer.file, picture.LastErrorText());
+                throw Failed(layer.file, problemOf(picture));
             }
         }
     }
@@ -77,7 +77,7 @@ class Layers {
         picture.HighQualityInterpolation(true);
         if (!picture.Resize(size.width, size.height)) {
             throw Failed(layer.file + " at " + std::to_string(size.width) + " x " + std::to_string(size.height),
-                         picture.LastErrorText());
+                         problemOf(picture));
         }
     }
 
@@ -88,7 +88,7 @@ class Layers {
 void makeCanvas(cPixSheet& sheet, const ComposeCanvas& canvas) {
     if (!sheet.InitializeDIB(canvas.width, canvas.height)) {
         throw Failed("the canvas of " + std::to_string(canvas.width) + " x " + std::to_string(canvas.height),
-                     sheet.LastErrorText());
+                     problemOf(sheet));
     }
     if (canvas.colour) sheet.MakeTransparent(*canvas.colour, true); // the empty pixels, which are all
 }
@@ -108,11 +108,12 @@ int compose(const ComposeRequest& request, Console& console) {
     try {
         const Layers layers(request, boxes);
         cPixSheet result;
+        result.MaxPixels(request.loading.mostPixels);
         makeCanvas(result, request.canvas ? *request.canvas : layers.canvas());
         layers.drawOn(result);
         classifyAlpha(result);
         for (const EffectStep& text : request.texts) {
-            if (!text.apply(result)) throw Failed(text.option, result.LastErrorText());
+            if (!text.apply(result)) throw Failed(text.option, problemOf(result));
         }
         savePicture(result, target, request, boxes);
         console.out << shown(toUtf8(target)) << ": " << result.Width() << " x " << result.Height() << ", "

@@ -62,10 +62,10 @@ void convertOne(const std::string& input, Destination& destination, const Conver
                 std::ostream& out) {
     boxes.about(input);
     cPixSheet sheet;
-    if (!load(sheet, input, request.icon)) throw Failed(input, sheet.LastErrorText());
+    if (!load(sheet, input, request.loading)) throw Failed(input, problemOf(sheet));
     sheet.HighQualityInterpolation(true); // until --nearest says otherwise
     for (const EffectStep& step : request.steps) {
-        if (!step.apply(sheet)) throw Failed(input, step.option + ": " + std::string(sheet.LastErrorText()));
+        if (!step.apply(sheet)) throw Failed(input, step.option + ": " + problemOf(sheet));
     }
     const fs::path target = destination.claimTarget(input);
     savePicture(sheet, target, request, boxes);

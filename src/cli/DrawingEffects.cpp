@@ -60,6 +60,7 @@ namespace {
 template <class Draw>
 bool redraw(cPixSheet& sheet, std::int32_t width, std::int32_t height, Draw&& draw) {
     cPixSheet canvas;
+    canvas.MaxPixels(sheet.MaxPixels());
     if (!canvas.InitializeDIB(width, height)) return HostAccess::outcome(sheet, Outcome(HostAccess::outcome(canvas)));
     if (!draw(canvas)) return false;
     classifyAlpha(canvas);

@@ -148,12 +148,13 @@ class PictureFolder {
 
 GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string& number, PictureFolder& folder) {
     cPixSheet copy;
+    copy.MaxPixels(picture.MaxPixels());
     picture.CopyImageTo(copy);
     copy.HighQualityInterpolation(true);
     std::string fileName = number;
     std::string options;
     for (const EffectStep& step : effect.steps) {
-        if (!step.apply(copy)) throw GalleryError(step.option + ": " + std::string(copy.LastErrorText()));
+        if (!step.apply(copy)) throw GalleryError(step.option + ": " + problemOf(copy));
         options += (options.empty() ? "" : " ") + step.option;
         fileName += step.option.substr(1, step.option.find(' ') - 1);
     }
@@ -167,10 +168,10 @@ GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string
     return card;
 }
 
-GalleryPicture makePicture(const std::string& file, const IconChoice& icon, const fs::path& gallery,
+GalleryPicture makePicture(const std::string& file, const LoadingOptions& loading, const fs::path& gallery,
                            const fs::path& folderName, Progress& progress) {
     cPixSheet sheet;
-    if (!load(sheet, file, icon)) throw GalleryError(std::string(sheet.LastErrorText()));
+    if (!load(sheet, file, loading)) throw GalleryError(problemOf(sheet));
     PictureFolder folder(gallery, folderName);
     GalleryPicture picture;
     picture.name = toUtf8(toPath(file).filename());
@@ -238,7 +239,7 @@ int gallery(const GalleryRequest& request, Console& console) {
         try {
             boxes.about(file);
             progress.nextItem(file);
-            pictures.push_back(makePicture(file, request.icon, folder, freeFolderName(file, folderNames), progress));
+            pictures.push_back(makePicture(file, request.loading, folder, freeFolderName(file, folderNames), progress));
         } catch (const std::bad_alloc&) {
             reportFailure(file, notEnoughMemory);
         } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits

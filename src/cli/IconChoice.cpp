@@ -42,8 +42,4 @@ std::vector<IconEntrySize> parseIconEntries(std::string_view text) {
     }
 }
 
-bool load(cPixSheet& sheet, const std::string& file, const IconChoice& choice, bool keepsFile) {
-    return sheet.LoadPicture_File(file, choice.width, choice.height, keepsFile, choice.depth);
-}
-
 } // namespace pixkit::cli

@@ -20,6 +20,4 @@ void parseIconSize(std::string_view text, IconChoice& choice);
 // UsageError.
 std::vector<IconEntrySize> parseIconEntries(std::string_view text);
 
-bool load(cPixSheet& sheet, const std::string& file, const IconChoice& choice, bool keepsFile = false);
-
 } // namespace pixkit::cli

@@ -74,12 +74,12 @@ void printJson(std::ostream& out, const Facts& facts) {
 }
 
 // The file is only kept for those that hold several images.
-std::vector<IconSourceSize> imagesOf(cPixSheet& sheet, const std::string& file, const IconChoice& icon) {
+std::vector<IconSourceSize> imagesOf(cPixSheet& sheet, const std::string& file, const LoadingOptions& loading) {
     std::vector<IconSourceSize> images;
     const eImageFormat type = sheet.ImageType();
     const bool isIcon =
         type == imgIcon || type == imgIconARGB || type == imgPNGicon || type == imgCursor || type == imgCursorARGB;
-    if (isIcon && load(sheet, file, icon, true)) sheet.SourceIconSizes(images);
+    if (isIcon && load(sheet, file, loading, true)) sheet.SourceIconSizes(images);
     return images;
 }
 
@@ -100,10 +100,10 @@ int info(const InfoRequest& request, Console& console) {
         const std::filesystem::path path = toPath(file);
         boxes.about(file);
         cPixSheet sheet;
-        const bool isLoaded = load(sheet, file, request.icon);
+        const bool isLoaded = load(sheet, file, request.loading);
         const auto rectangles = isLoaded && request.region ? rectanglesOf(sheet) : std::nullopt;
         if (!isLoaded || rectangles.has_value() != request.region) {
-            console.err << "pixkit info: " << shown(file) << ": " << sheet.LastErrorText() << '\n';
+            console.err << "pixkit info: " << shown(file) << ": " << problemOf(sheet) << '\n';
             exitCode = exitSomeFailed;
             continue;
         }
@@ -115,7 +115,7 @@ int info(const InfoRequest& request, Console& console) {
                           sheet.Alpha(),
                           sheet.ImageType(),
                           gone ? 0 : bytes,
-                          imagesOf(sheet, file, request.icon),
+                          imagesOf(sheet, file, request.loading),
                           rectangles};
         if (request.json) {
             console.out << (first ? "\n  " : ",\n  ");

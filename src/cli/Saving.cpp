@@ -87,7 +87,7 @@ void savePicture(cPixSheet& sheet, const std::filesystem::path& target, const Sa
                        " bytes or less");
         return;
     }
-    const std::string reason(sheet.LastErrorText());
+    const std::string reason = problemOf(sheet);
     throw Failed(toUtf8(target), boxes.refused() ? reason + "; --overwrite replaces it" : reason);
 }
 

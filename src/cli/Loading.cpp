@@ -1,0 +1,49 @@
+#include "cli/Loading.h"
+#include "cli/EffectParsing.h"
+#include "cli/Text.h"
+#include "cli/UsageError.h"
+#include "surface/HostAccess.h"
+#include <iomanip>
+#include <sstream>
+
+namespace pixkit::cli {
+
+namespace {
+
+constexpr double megapixel = 1e6, gigapixel = 1e9;
+
+} // namespace
+
+double parseLimit(std::string_view text) {
+    const std::string word = toLower(std::string(text));
+    if (word == "none") return 0;
+    const double unit = word.ends_with("mp") ? megapixel : word.ends_with("gp") ? gigapixel : 0;
+    double number = 0;
+    if (unit == 0 || !parseEntirely(std::string_view(word).substr(0, word.size() - 2), number) || !(number > 0)) {
+        throw UsageError("--limit takes megapixels or gigapixels, as in 1000MP or 1.5GP, or none, not '" +
+                         std::string(text) + "'");
+    }
+    return number * unit;
+}
+
+bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, bool keepsFile) {
+    const IconChoice& icon = options.icon;
+    sheet.MaxPixels(options.mostPixels);
+    return sheet.LoadPicture_File(file, icon.width, icon.height, keepsFile, icon.depth);
+}
+
+std::string problemOf(const cPixSheet& sheet) {
+    if (!isBeyondLimits(HostAccess::outcome(sheet))) return std::string(sheet.LastErrorText());
+    const double limit = sheet.MaxPixels();
+    std::ostringstream text;
+    text << std::setprecision(15) << "more pixels than the limit of ";
+    if (limit < megapixel) {
+        text << limit << " pixels";
+    } else {
+        text << limit / megapixel << " MP";
+    }
+    text << "; --limit raises it";
+    return std::move(text).str();
+}
+
+} // namespace pixkit::cli
