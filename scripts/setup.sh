@@ -35,7 +35,7 @@ packages_of() {
     esac
 }
 
-[ $# -gt 0 ] || set -- native windows checks
+[ $# -gt 0 ] || set -- native native32 windows checks
 wanted=()
 for subset in "$@"; do
     packages=$(packages_of "$subset")

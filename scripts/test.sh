@@ -1,11 +1,12 @@
 #!/bin/bash
-# Builds the project and runs all its tests: natively at each level of the kernels and under sanitizers, and the same
-# sources as Windows programs of both word sizes under Wine. Installs what it needs (scripts/setup.sh, scripts/wine.sh).
+# Builds the project and runs all its tests: natively at each level of the kernels, under sanitizers in both word sizes,
+# and the same sources as Windows programs of both word sizes under Wine. Installs what it needs (scripts/setup.sh, scripts/wine.sh).
 #
 #   test.sh            everything
 #   test.sh --native   only the native tests, with the compiler and libraries that are there
 #
-# One kind of tests alone: ctest --preset native, oracle, sanitizers, windows, com, windows-64, com-64. Logs go to
+# One kind of tests alone: ctest --preset native, oracle, sanitizers, sanitizers-32,
+# windows, com, windows-64, com-64. Logs go to
 # build/test-logs. The last line is "N passed, N failed" (and ", N skipped"); a build that fails, a check that finds
 # something and a program that ends without its results count as one failure each.
 set -uo pipefail
@@ -53,6 +54,7 @@ else
     build release && tests release
     step "checks: layout and clang-tidy" scripts/lint.sh build/release
     build asan && tests sanitizers
+    build native32 && tests sanitizers-32
     step "set-up: Wine" scripts/wine.sh setup
     build win32 && tests win32
     build win64 && tests win64
