@@ -34,15 +34,18 @@ std::optional<IndexedPicture> exactPicture(StraightRows& rows, std::size_t mostC
     IndexedPicture picture;
     picture.indexes.resize(rows.width() * rows.height());
     ColorIndexes colors(mostColors);
-    std::vector<std::size_t> clear; // where runs of transparent pixels begin and end, by turns
+    // Beside transparent pixels there are at most 255 colours, none of which has this index; their own is known last.
+    constexpr std::uint8_t clear = 255;
+    bool hasClear = false;
     std::uint8_t* out = picture.indexes.data();
     for (std::size_t y = 0; y < rows.height(); ++y) {
         const std::uint8_t* pixel = rows[y];
         for (std::size_t x = 0; x < rows.width(); ++x, pixel += 4, ++out) {
-            const bool isClear = rows.isTransparent(pixel);
-            if (isClear != (clear.size() % 2 == 1))
-                clear.push_back(static_cast<std::size_t>(out - picture.indexes.data()));
-            if (isClear) continue;
+            if (rows.isTransparent(pixel)) {
+                hasClear = true;
+                *out = clear;
+                continue;
+            }
             const auto index = colors.add(colorOf(pixel));
             if (!index) return {};
             *out = *index;
@@ -51,14 +54,11 @@ std::optional<IndexedPicture> exactPicture(StraightRows& rows, std::size_t mostC
     for (const std::uint32_t color : colors.colors())
         picture.palette.push_back({static_cast<std::uint8_t>(color >> 16), static_cast<std::uint8_t>(color >> 8),
                                    static_cast<std::uint8_t>(color)});
-    if (clear.empty()) return picture;
+    if (!hasClear) return picture;
     if (picture.palette.size() == mostColors) return {};
     picture.transparentIndex = static_cast<std::uint8_t>(picture.palette.size());
     picture.palette.push_back({});
-    if (clear.size() % 2 == 1) clear.push_back(picture.indexes.size());
-    for (std::size_t i = 0; i < clear.size(); i += 2)
-        std::fill_n(picture.indexes.begin() + static_cast<std::ptrdiff_t>(clear[i]), clear[i + 1] - clear[i],
-                    *picture.transparentIndex);
+    std::ranges::replace(picture.indexes, clear, *picture.transparentIndex);
     return picture;
 }
 
