@@ -37,6 +37,30 @@ Reason limitOf(const IcoEntry& entry, const cPixSheet& host) {
 // A file may list one damaged image tens of thousands of times.
 constexpr int mostAttempts = 4;
 
+// The PNG files in an icon file that have been decoded in vain. Entries may share bytes, whole images or parts of them;
+// no more are decoded than the file has, or than anybody may waste.
+class RefusedPngs {
+  public:
+    explicit RefusedPngs(std::size_t fileSize) noexcept : m_bytesLeft(std::max(fileSize, bytesOfAny)) {}
+
+    // Whether another one is worth decoding, which then counts as refused.
+    bool isWorthTrying(std::span<const std::uint8_t> payload) {
+        const auto isSame = [&](std::span<const std::uint8_t> other) {
+            return other.data() == payload.data() && other.size() == payload.size();
+        };
+        if (std::ranges::any_of(m_refused, isSame) || payload.size() > m_bytesLeft) return false;
+        m_bytesLeft -= payload.size();
+        m_refused.push_back(payload);
+        return true;
+    }
+
+  private:
+    static constexpr std::size_t bytesOfAny = 65536;
+
+    std::size_t m_bytesLeft;
+    std::vector<std::span<const std::uint8_t>> m_refused;
+};
+
 // One byte a pixel in the order of the store. Rows that the file lacks are clear.
 std::vector<std::uint8_t> expandMask(const IcoBitmap& bitmap) {
     const auto width = static_cast<std::size_t>(bitmap.info.width);
@@ -73,13 +97,16 @@ ReadResult cICOparser::LoadStream(std::span<const std::uint8_t> Stream, std::int
         if (!limit) candidates.push_back(&entry);
     }
     if (candidates.empty()) return ReadResult::forbidden(limit);
+    RefusedPngs refusedPngs(Stream.size());
     for (int attempt = 0; attempt < mostAttempts && !candidates.empty(); ++attempt) {
         const auto best = std::ranges::min_element(
             candidates, {}, [&](const IcoEntry* entry) { return distance(*entry, cX, cY, bitDepth); });
-        Outcome outcome = loadEntry(**best, Host);
+        const IcoEntry& entry = **best;
+        candidates.erase(best);
+        if (entry.isPNG && !refusedPngs.isWorthTrying(entry.payload)) continue;
+        Outcome outcome = loadEntry(entry, Host);
         if (outcome) return ReadResult::loaded();
         if (attempt == 0) refusal.why = std::move(outcome);
-        candidates.erase(best);
     }
     return refusal; // of the image that suits best
 }
