@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <utility>
 
 namespace pixkit {
 
@@ -16,23 +17,37 @@ constexpr std::size_t bytesOfCode = 2; // at most
 constexpr std::size_t longestSubBlock = 255;
 
 // The strings that have a code: a code for the string without its last index, and that index, lead to the code for the
-// whole.
+// whole. A small table of hashed strings, which stays in the cache, serves until some string is more than a few slots
+// from its place, as it may be in pictures that were made for that: from then on each string has a place of its own.
 class Dictionary {
   public:
     static constexpr unsigned none = 0xFFFFFFFF;
 
-    void clear() noexcept { m_slots.fill(none); }
-
-    unsigned find(unsigned prefix, unsigned index) const noexcept {
-        const std::uint32_t key = prefix << 8 | index;
-        for (std::size_t slot = first(key); m_slots[slot] != none; slot = (slot + 1) % slots) {
-            if (m_slots[slot] >> longestCode == key) return m_slots[slot] & (mostCodes - 1);
-        }
-        return none;
+    void clear() noexcept {
+        for (; m_used != 0; --m_used)
+            m_codeOf[m_slots[m_used - 1]] = noCode;
+        m_slots.fill(none);
     }
-    // A string that is not there yet.
+
+    unsigned find(unsigned prefix, unsigned index) {
+        const std::uint32_t key = prefix << 8 | index;
+        if (!m_codeOf) {
+            std::size_t slot = first(key);
+            for (unsigned step = 0; step < mostSteps; ++step, slot = (slot + 1) % slots) {
+                if (m_slots[slot] == none) return none;
+                if (m_slots[slot] >> longestCode == key) return m_slots[slot] & (mostCodes - 1);
+            }
+            spreadOut();
+        }
+        return m_codeOf[key] == noCode ? none : m_codeOf[key];
+    }
+    // A string that was looked for and is not there yet.
     void add(unsigned prefix, unsigned index, unsigned code) noexcept {
         const std::uint32_t key = prefix << 8 | index;
+        if (m_codeOf) {
+            put(key, code);
+            return;
+        }
         std::size_t slot = first(key);
         while (m_slots[slot] != none)
             slot = (slot + 1) % slots;
@@ -42,10 +57,27 @@ class Dictionary {
   private:
     static constexpr unsigned slotBits = longestCode + 1; // twice the most entries
     static constexpr std::size_t slots = std::size_t{1} << slotBits;
-    static std::size_t first(std::uint32_t key) noexcept { return spreadHash<slotBits>(key); }
+    static constexpr unsigned mostSteps = 32; // one picture in thousands has a string so far from its place
+    static constexpr std::size_t keys = std::size_t{1} << (longestCode + 8);
+    static constexpr std::uint16_t noCode = 0xFFFF;
 
-    // 20 bits of key, 12 of code. Never all ones: no string has a code that its own prefix has.
+    static std::size_t first(std::uint32_t key) noexcept { return spreadHash<slotBits>(key); }
+    void put(std::uint32_t key, unsigned code) noexcept {
+        m_codeOf[key] = static_cast<std::uint16_t>(code);
+        m_slots[m_used++] = key;
+    }
+    void spreadOut() {
+        m_codeOf = std::make_unique_for_overwrite<std::uint16_t[]>(keys);
+        std::fill_n(m_codeOf.get(), keys, noCode);
+        for (const std::uint32_t entry : std::exchange(m_slots, {}))
+            if (entry != none) put(entry >> longestCode, entry & (mostCodes - 1));
+    }
+
+    // 20 bits of key, 12 of code. Never all ones: no string has a code that its own prefix has. Once strings have
+    // places of their own, the keys of those that are there.
     std::array<std::uint32_t, slots> m_slots;
+    std::size_t m_used = 0; // of m_slots, then
+    std::unique_ptr<std::uint16_t[]> m_codeOf;
 };
 
 class Compressor {
@@ -65,7 +97,7 @@ class Compressor {
     unsigned clearCode() const noexcept { return 1U << m_depth; }
     void codeAfresh(std::size_t from, Dictionary& dictionary, Stretch& stretch) const;
     // The code of the longest string at `at` that the dictionary has; moves `at` behind it.
-    unsigned longestString(const Dictionary& dictionary, std::size_t& at) const {
+    unsigned longestString(Dictionary& dictionary, std::size_t& at) const {
         unsigned code = m_indexes[at++];
         while (at < m_indexes.size()) {
             const unsigned longer = dictionary.find(code, m_indexes[at]);
@@ -75,7 +107,7 @@ class Compressor {
         }
         return code;
     }
-    bool codeOn(std::size_t from, const Dictionary& dictionary, const Stretch& rival, Stretch& stretch) const;
+    bool codeOn(std::size_t from, Dictionary& dictionary, const Stretch& rival, Stretch& stretch) const;
     void writeAfresh(const Stretch& stretch);
     void put(unsigned code, unsigned size) noexcept {
         m_codes.put(code, size);
@@ -108,7 +140,7 @@ void Compressor::codeAfresh(std::size_t from, Dictionary& dictionary, Stretch& s
 }
 
 // Codes with a full dictionary up to where the rival ended. False as soon as that is known to be dearer for its length.
-bool Compressor::codeOn(std::size_t from, const Dictionary& dictionary, const Stretch& rival, Stretch& stretch) const {
+bool Compressor::codeOn(std::size_t from, Dictionary& dictionary, const Stretch& rival, Stretch& stretch) const {
     stretch.codes.clear();
     stretch.bits = 0;
     std::size_t at = from;
