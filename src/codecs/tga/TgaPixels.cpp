@@ -23,18 +23,31 @@ namespace {
 // Pixels of a right-to-left file begin at the last pixel's place less one byte, and the store is one row after the
 // other: each byte lies one lower than it would, which mixes up the channels. Programs that set this bit have been
 // shown so ever since, so it stays. The store's first byte would be the one before it and is dropped; its last stays 0.
-void turnRightToLeft(PixelView image, bool hasAlpha) noexcept {
+// The bytes that come to be alpha decide what Alpha becomes.
+AlphaTypeEnum turnRightToLeft(PixelView image, bool hasAlpha) noexcept {
+    constexpr std::uint32_t all = 0xFFFFFFFF, withoutAlpha = 0xFFFFFF;
+    const std::uint32_t kept = hasAlpha ? all : withoutAlpha; // what the file does not supply is 0, in somebody's red
+    const auto turned = [kept](const std::uint8_t* from) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, from, 4);
+        return pixel & kept;
+    };
+    AlphaOfRows rows(image, false);
     for (std::size_t y = 0; y < image.height; ++y) {
-        std::uint8_t* left = image.row(y);
-        for (std::uint8_t* right = left + (image.width - 1) * 4; left < right; left += 4, right -= 4)
-            std::swap_ranges(left, left + 4, right);
+        std::uint8_t* const first = image.row(y);
+        std::uint8_t *left = first, *right = first + (image.width - 1) * 4;
+        for (; left <= right; left += 4, right -= 4) {
+            const std::uint32_t pixel = turned(left), other = turned(right);
+            std::memcpy(left, &other, 4);
+            std::memcpy(right, &pixel, 4);
+        }
+        const bool isLowest = y == 0;
+        std::memmove(isLowest ? first : first - 1, isLowest ? first + 1 : first, image.stride - isLowest);
+        if (!isLowest) rows.isWritten(); // the row below, whose last byte this one had
     }
-    const std::size_t bytes = image.stride * image.height;
-    // Alpha that the file does not supply is 0 here, which becomes somebody's red.
-    for (std::size_t i = 3; !hasAlpha && i < bytes; i += 4)
-        image.bits[i] = 0;
-    std::memmove(image.bits, image.bits + 1, bytes - 1);
-    image.bits[bytes - 1] = 0;
+    image.row(image.height)[-1] = 0;
+    rows.isWritten();
+    return rows.finish().bIsAlpha;
 }
 
 } // namespace
@@ -74,8 +87,7 @@ ReadResult cTGAparser::buildSurface(cPixSheet& cHost, const TgaLayout& layout) c
         return ReadResult::damaged("TGA: the run-length packets end early");
     AlphaTypeEnum alpha = AlphaNone;
     if (isTurned) {
-        turnRightToLeft(image, layout.hasAlpha);
-        alpha = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
+        alpha = turnRightToLeft(image, layout.hasAlpha);
     } else if (isClassified) {
         alpha = rows.finish().bIsAlpha;
     }
