@@ -272,7 +272,6 @@ void cPNGparser::joinIDAT(std::span<const std::uint8_t> payload) {
 
 namespace {
 // `unsigned long` is what zlib's uLong is on either system.
-using Crc32Function = unsigned long(unsigned long crc, const std::uint8_t* bytes, unsigned int count);
 using UncompressFunction = int(std::uint8_t* dest, unsigned long* destLen, const std::uint8_t* source,
                                unsigned long sourceLen);
 constexpr int zlibOk = 0;
@@ -308,9 +307,12 @@ bool hasCConvention(const cCDECL& library) noexcept {
 bool cPNGparser::zValidateZLIBversion() {
     for (const char* zLIBname : {"zlib1.dll", "zlib.dll"}) {
         cCfunction = cCDECL(zLIBname);
-        if (cCfunction.function<UncompressFunction>("uncompress") != nullptr && hasCConvention(cCfunction)) return true;
+        if (cCfunction.function<UncompressFunction>("uncompress") == nullptr || !hasCConvention(cCfunction)) continue;
+        m_crc32 = cCfunction.function<Crc32Function>("crc32"); // once: the same answer for all chunks
+        return true;
     }
     cCfunction = cCDECL();
+    m_crc32 = nullptr;
     return false;
 }
 
@@ -318,12 +320,11 @@ bool cPNGparser::zValidateZLIBversion() {
 // one of 0 is always a mismatch.
 bool cPNGparser::zCheckCRCvalue(const Chunk& chunk) {
     if (chunk.storedCrc == 0) return true;
-    auto* const crc32 = cCfunction.function<Crc32Function>("crc32");
-    if (crc32 == nullptr) {
+    if (m_crc32 == nullptr) {
         m_outcome = ReadOutcome::unable; // not the data's fault
         return false;
     }
-    const auto computed = crc32(0, chunk.typeAndData.data(), static_cast<unsigned int>(chunk.typeAndData.size()));
+    const auto computed = m_crc32(0, chunk.typeAndData.data(), static_cast<unsigned int>(chunk.typeAndData.size()));
     return computed == chunk.storedCrc;
 }
 

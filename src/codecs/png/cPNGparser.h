@@ -108,6 +108,9 @@ class cPNGparser {
     std::unique_ptr<std::uint8_t[]> m_ownBytes;
     std::span<const std::uint8_t> m_pngStream; // the data that is walked
     cCDECL cCfunction;                         // zlib; empty when it was not found
+    // zlib's crc32; `unsigned long` is what its uLong is on either system.
+    using Crc32Function = unsigned long(unsigned long crc, const std::uint8_t* bytes, unsigned int count);
+    Crc32Function* m_crc32 = nullptr;
 
     std::array<std::uint8_t, 256 * 4> m_lookup;                  // ready pixels of gray levels or palette entries
     std::optional<std::array<std::uint8_t, 4>> m_transparentKey; // opaque pixel that stands for a transparent one
