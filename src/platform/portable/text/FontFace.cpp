@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <freetype/ftadvanc.h>
 #include <freetype/tttables.h>
+#include <new>
 
 namespace pixkit::platform {
 
@@ -178,9 +179,15 @@ std::int32_t FontFace::plainAdvance(std::uint32_t index) const noexcept {
     return static_cast<std::int32_t>((advance + 512) >> 10);
 }
 
-bool FontFace::loadOutline(std::uint32_t index, bool isHinted) const noexcept {
+bool FontFace::load(std::uint32_t index, FT_Int32 flags) const {
+    const FT_Error error = FT_Load_Glyph(m_face.get(), index, flags);
+    if (FT_ERROR_BASE(error) == FT_Err_Out_Of_Memory) throw std::bad_alloc(); // nothing is known of the glyph then
+    return error == 0;
+}
+
+bool FontFace::loadOutline(std::uint32_t index, bool isHinted) const {
     const FT_Int32 hinting = isHinted ? FT_LOAD_TARGET_LCD : FT_LOAD_NO_HINTING;
-    if (FT_Load_Glyph(m_face.get(), index, FT_LOAD_NO_BITMAP | hinting) != 0) return false;
+    if (!load(index, FT_LOAD_NO_BITMAP | hinting)) return false;
     if (m_face->glyph->format != FT_GLYPH_FORMAT_OUTLINE) return false;
     FT_Outline& outline = m_face->glyph->outline;
     if (m_isEmboldened) FT_Outline_Embolden(&outline, FT_Pos{m_emPixels} * 64 / 24);
@@ -201,8 +208,7 @@ FontFace::Glyph FontFace::measured(std::uint32_t index) const {
         return glyph;
     }
     // Widths are those of hinting for shades of gray, even though the pixels are hinted for thirds of them.
-    if (FT_Load_Glyph(m_face.get(), index, FT_LOAD_NO_BITMAP) == 0 ||
-        FT_Load_Glyph(m_face.get(), index, FT_LOAD_NO_BITMAP | FT_LOAD_NO_HINTING) == 0)
+    if (load(index, FT_LOAD_NO_BITMAP) || load(index, FT_LOAD_NO_BITMAP | FT_LOAD_NO_HINTING))
         glyph.advance = static_cast<std::int32_t>((slot->advance.x + 32) >> 6);
     if (loadOutline(index, false)) glyph.ink = pixelsOf(slot->outline);
     if (loadOutline(index, true)) {

@@ -66,7 +66,8 @@ class FontFace {
     bool setStrike(std::int32_t height) noexcept;
     void measure() noexcept;
     std::int32_t scaled(FT_Long units) const noexcept;
-    bool loadOutline(std::uint32_t index, bool isHinted) const noexcept;
+    bool load(std::uint32_t index, FT_Int32 flags) const;
+    bool loadOutline(std::uint32_t index, bool isHinted) const;
     Glyph measured(std::uint32_t index) const;
     Glyph& find(std::uint32_t index);
     Rect drawnPart(const Rect& ink) const noexcept;

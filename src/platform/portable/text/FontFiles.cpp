@@ -1,5 +1,6 @@
 #include "platform/portable/text/FontFiles.h"
 #include <cstdlib>
+#include <mutex>
 
 namespace pixkit::platform {
 
@@ -7,9 +8,13 @@ namespace {
 
 using Pattern = std::unique_ptr<FcPattern, decltype(&FcPatternDestroy)>;
 
-// Read once, by the first who asks, and kept for the process's life. fontconfig takes questions of several threads.
+// Read once, by the first who asks while there is memory for it, and kept for the process's life. fontconfig takes
+// questions of several threads.
 FcConfig* configuration() noexcept {
-    static FcConfig* const config = FcInitLoadConfigAndFonts();
+    static std::mutex mutex;
+    static FcConfig* config = nullptr;
+    const std::scoped_lock lock(mutex);
+    if (config == nullptr) config = FcInitLoadConfigAndFonts();
     return config;
 }
 

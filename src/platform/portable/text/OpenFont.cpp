@@ -3,10 +3,24 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
+#include <new>
 
 namespace pixkit::platform {
 
+namespace {
+
+// Throws std::bad_alloc unless there is more memory than the libraries are going to take: fontconfig and HarfBuzz do
+// not all look whether they got any.
+void expectRoom() {
+    constexpr std::size_t enough = std::size_t{16} << 20;
+    ::operator delete(::operator new(enough));
+}
+
+} // namespace
+
 std::shared_ptr<OpenFont> OpenFont::open(const FontRecord& record) {
+    expectRoom();
     const std::shared_ptr<OpenFont> font(new OpenFont(record));
     FT_Library library = nullptr;
     if (FT_Init_FreeType(&library) != 0) return nullptr;
@@ -59,6 +73,7 @@ std::vector<Rect> OpenFont::rulesOf(std::int32_t width) const {
 
 std::unique_ptr<TextLine> OpenFont::layOut(std::u32string_view text, bool isRightToLeft) {
     const std::scoped_lock lock(m_mutex);
+    expectRoom();
     return layOutLine(*this, text, isRightToLeft);
 }
 
