@@ -86,6 +86,9 @@ const OsVersion* pretendedVersion() noexcept;
 void armFault(SeamCall call, int after = 0, int times = -1) noexcept;
 void disarmFaults() noexcept;
 
+// How often anybody has made `call` since the process began.
+long callsMade(SeamCall call) noexcept;
+
 // Arms one fault for a scope; every fault is disarmed at its end.
 class ScopedFault {
   public:

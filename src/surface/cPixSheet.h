@@ -475,7 +475,8 @@ class cPixSheet {
     // Tiles are drawn in the way in which Render would draw one, in bands of many: a host's alpha is blended as well,
     // its Alpha and ImageType stay, and it may be this instance; afterwards it is out of its device context. True also
     // when nothing had to be drawn: an Opacity below 1, or a rectangle outside of the destination. False for a
-    // rectangle without width or height, a negative Gap, no destination, and one that cannot be read or written.
+    // rectangle without width or height, a negative Gap, no destination, and one that cannot be read or written; bands
+    // that were drawn before the system failed stay.
     bool TileImage(std::intptr_t destinationDC, std::int32_t destX, std::int32_t destY, std::int32_t destWidth,
                    std::int32_t destHeight, std::int32_t Opacity = 100, std::int32_t offsetX = 0,
                    std::int32_t offsetY = 0, std::int32_t Gap = 0, cPixSheet* destHostDIB = nullptr) const noexcept;

@@ -1,5 +1,4 @@
 // Regions against the alpha of their picture, and holes against a search that takes its time.
-#include "platform/faults.h"
 #include "platform/regions.h"
 #include "support/Pictures.h"
 #include "support/PixelRows.h"
@@ -122,13 +121,4 @@ TEST(CreateRegion, FillsAHoleThatIsNoneOrLeavesOne) {
         const UniqueRegion region(sheet.CreateRegion(regionEnclosed));
         ASSERT_EQ(rowsOf(region.get(), width, shape.size()), filledByTheBook(shape)) << round;
     }
-}
-
-TEST(CreateRegion, LeavesHandlesBehind) {
-    cPixSheet sheet;
-    drawRows(sheet, {"#.#", "###"});
-    const auto handles = platform::openHandles();
-    for (int cycle = 0; cycle < 10'000; ++cycle)
-        ASSERT_TRUE(platform::DeleteObject(sheet.CreateRegion(cycle % 3)));
-    EXPECT_EQ(platform::openHandles(), handles);
 }

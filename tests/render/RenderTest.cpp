@@ -1,6 +1,5 @@
 // Drawing through the public member: against the rules, against what is written down in tests/data/drawn.txt, and when
 // the system fails.
-#include "platform/faults.h"
 #include "platform/handle.h"
 #include "render/Canvas.h"
 #include "render/DrawByTheBook.h"
@@ -204,31 +203,6 @@ TEST(Render, NoDestinationIsTakenForOne) {
         EXPECT_FALSE(render(empty, drawing, 0, &sheet));
     }
     EXPECT_FALSE(render(empty, {.Opacity = 0}, 0, &sheet));
-}
-
-// Everything that the system gives for a drawing fails once, and then works.
-TEST(Render, AFailingSystemLeavesSomethingBehind) {
-    using platform::SeamCall;
-    Random random(4);
-    Stage stage(9, 7, 20, 16, random);
-    const auto handles = platform::openHandles();
-    for (const bool friendly : {false, true}) {
-        for (const Onto onto : {ontoContext24, ontoHost}) {
-            for (const SeamCall call :
-                 {SeamCall::getClipBox, SeamCall::createDIBSection, SeamCall::createCompatibleDC,
-                  SeamCall::selectObject, SeamCall::bitBlt, SeamCall::setDIBitsToDevice, SeamCall::alphaBlend}) {
-                HostAccess::osCAP(stage.source,
-                                  capNtFamily | capAlphaBlendReliable | (friendly ? capUseAlphaBlend : 0U));
-                for (int after = 0; after < 4; ++after) {
-                    const auto before = stage.pixels(onto).pixels;
-                    const platform::ScopedFault fault(call, after, 1);
-                    EXPECT_TRUE(stage.draw({}, onto) || stage.pixels(onto).pixels == before) << static_cast<int>(call);
-                    EXPECT_EQ(platform::openHandles(), handles) << static_cast<int>(call);
-                }
-            }
-            EXPECT_TRUE(stage.draw({}, onto)) << "it works again";
-        }
-    }
 }
 
 } // namespace

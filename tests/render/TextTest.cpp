@@ -1,9 +1,7 @@
 // Text: lines and places, by a font of the tests' own; drawing by the rules of blending; and the system's fonts, where
 // there are any.
-#include "platform/faults.h"
 #include "render/Canvas.h"
 #include "render/TextDrawing.h"
-#include "support/AllocationFault.h"
 #include "support/Pictures.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
@@ -360,43 +358,6 @@ TEST(SystemText, DrawsWhatItHasNotMeasured) {
             EXPECT_EQ(sheet.Alpha(), AlphaComplex);
         }
     }
-}
-
-TEST(SystemText, GoesOnAfterAFailureOrKeepsWhatItTook) {
-    if (!platform::canDrawText()) GTEST_SKIP() << noText;
-    using enum platform::SeamCall;
-    cPixSheet sheet;
-    sheet.isGDIplusEnabled(false);
-    const auto act = [&] {
-        std::int32_t w = 0, h = 0;
-        return sheet.InitializeDIB(60, 40) && sheet.MeasureText_stdFont(tahoma(9), "some text", w, h, 40, true) &&
-               sheet.DrawText_stdFont(0, tahoma(9), "some\ntext", 2, 2, 50, 0, 0xFF, 80, txtCenter, true, 20);
-    };
-    ASSERT_TRUE(act()) << sheet.LastErrorText();
-    const auto drawn = pixelsOf(sheet);
-    const std::size_t handles = platform::openHandles();
-    for (const auto call : {createFont, openFont, layOutText, drawText, createDIBSection, selectObject, alphaBlend}) {
-        for (int after = 0;; ++after) {
-            SCOPED_TRACE(static_cast<int>(call) * 100 + after);
-            const platform::ScopedFault fault(call, after, 1);
-            const bool isDone = act();
-            if (isDone && !platform::faultDue(call)) { // it has come to pass, and something else served
-                EXPECT_EQ(pixelsOf(sheet), drawn);
-                continue;
-            }
-            if (isDone) break;
-            EXPECT_FALSE(sheet.LastErrorText().empty());
-            ASSERT_LT(after, 100);
-        }
-    }
-    for (long after = 0;; ++after) {
-        const AllocationFault fault(after, -1);
-        if (act()) break;
-        EXPECT_FALSE(sheet.LastErrorText().empty());
-        ASSERT_LT(after, 10'000);
-    }
-    EXPECT_EQ(pixelsOf(sheet), drawn);
-    EXPECT_EQ(platform::openHandles(), handles);
 }
 
 } // namespace

@@ -1,7 +1,5 @@
 // Tiles and shadows against their rules, and what is left when memory ends.
-#include "platform/faults.h"
 #include "render/DrawByTheBook.h"
-#include "support/AllocationFault.h"
 
 namespace pixkit::test {
 namespace {
@@ -111,38 +109,6 @@ TEST(CreateDropShadow, AveragesAnotherBoxAtSomeDepthOrSize) {
         }
         EXPECT_EQ(pixelsOf(sheet), source.pixels);
     }
-}
-
-// Memory ends at every allocation once.
-TEST(WhatFails, HarmsThePicture) {
-    long failures = 0;
-    for (const auto& change :
-         {+[](cPixSheet& sheet) { return sheet.Resize(-3, 3); }, +[](cPixSheet& sheet) { return sheet.TrimImage(); },
-          +[](cPixSheet& sheet) { return sheet.CreateDropShadow(3) != nullptr; },
-          +[](cPixSheet& sheet) { return sheet.MirrorImage(true, true); },
-          +[](cPixSheet& sheet) { return sheet.TileImage(0, 0, 0, 9, 9, 100, 1, 1, 0, &sheet); },
-          +[](cPixSheet& sheet) { return sheet.Render(0, 0, 0, -7, 9, 0, 0, 0, 0, 100, true, true, &sheet); },
-          +[](cPixSheet& sheet) {
-              return sheet.Render(0, 0, 0, 7, 9, 0, 0, 0, 0, 100, true, true, &sheet, gsclNone, 0, 30);
-          }}) {
-        cPixSheet sheet;
-        Random(1).fill(sheet, 4, 4);
-        for (const std::int32_t row : {0, 1, 2, 3})
-            sheet.SetPixel(0, row, 0, 0);
-        sheet.HighQualityInterpolation(true);
-        const auto pixels = pixelsOf(sheet);
-        long after = 0;
-        for (bool isChanged = false; !isChanged; ++after) {
-            EXPECT_EQ(pixelsOf(sheet), pixels);
-            const AllocationFault fault(after, -1);
-            isChanged = change(sheet);
-        }
-        failures += after - 1;
-        const platform::ScopedFault fault(platform::SeamCall::createDIBSection);
-        EXPECT_FALSE(sheet.Resize(17, 3) || sheet.CreateDropShadow(3));
-        EXPECT_NE(sheet.Width(), 17);
-    }
-    EXPECT_GT(failures, 5);
 }
 
 } // namespace

@@ -1,7 +1,9 @@
-// Watches operator new, and makes it fail on purpose, in the whole test program; what takes memory in other ways is
-// left alone.
+// Watches memory that is taken, and makes it fail on purpose, in the whole test program: natively malloc and its kin,
+// so that borrowed libraries are in the same case; under sanitizers, which have a malloc of their own, and on Windows
+// operator new.
 #pragma once
 #include <cstddef>
+#include <cstdint>
 
 namespace pixkit::test {
 
@@ -22,9 +24,16 @@ class AllocationWatch {
     AllocationWatch() noexcept;
     // Bytes of the largest block.
     std::size_t largest() const noexcept;
+    long count() const noexcept;
+
+  private:
+    long m_before;
 };
 
-// Blocks taken with operator new and not given back yet.
+// Blocks taken and not given back yet.
 std::ptrdiff_t liveAllocations() noexcept;
+
+// What new memory holds from now on, up to a megabyte of each block. It is never what chance brings, often 0.
+void fillAllocations(std::uint8_t byte) noexcept;
 
 } // namespace pixkit::test

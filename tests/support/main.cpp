@@ -1,6 +1,7 @@
 #include "platform/faults.h"
 #include "platform/gdiplus.h"
 #include "platform/handle.h"
+#include "surface/cPixSheet.h"
 #include <gtest/gtest.h>
 
 namespace {
@@ -21,6 +22,11 @@ class HandleWatch : public testing::EmptyTestEventListener {
 int main(int argc, char** argv) {
     // The same bytes are expected on every system. Tests that are about GDI+ bring it along.
     pixkit::platform::setGdiplusProvider([] { return pixkit::platform::GdiplusApi(); });
+    { // what the system makes at its first use stays
+        pixkit::cPixSheet first;
+        first.InitializeDIB(1, 1);
+        first.LoadDIBinDC(true);
+    }
     testing::InitGoogleTest(&argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new HandleWatch);
     return RUN_ALL_TESTS();

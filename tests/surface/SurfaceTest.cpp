@@ -68,19 +68,6 @@ TEST(Properties, ZlibIsNotProbedAnewAtEveryRead) {
     }
 }
 
-TEST(InitializeDIB, IsNotSurvivedWhenTheSystemGivesNothing) {
-    cPixSheet sheet;
-    sheet.ManageOwnDC(true);
-    for (const auto call : {SeamCall::createDIBSection, SeamCall::getDC, SeamCall::createCompatibleDC}) {
-        ASSERT_TRUE(sheet.InitializeDIB(3, 3));
-        const ScopedFault fault(call);
-        const bool made = sheet.InitializeDIB(4, 4);
-        EXPECT_TRUE(call != SeamCall::createDIBSection || !made);
-        if (!made) expectEmpty(sheet);
-    }
-    EXPECT_TRUE(sheet.InitializeDIB(4, 4)) << "the object must stay usable";
-}
-
 TEST(LoadDIBinDC, SelectsOrFreesOtherwiseThanManageOwnDCSays) {
     for (const bool manage : {false, true}) {
         SCOPED_TRACE(manage);
@@ -104,15 +91,6 @@ TEST(LoadDIBinDC, SelectsOrFreesOtherwiseThanManageOwnDCSays) {
         EXPECT_EQ(platform::GetObjectType(last), ObjectType::none) << "leaked device context";
         EXPECT_EQ(platform::GetObjectType(bitmap), ObjectType::none) << "leaked bitmap";
     }
-    cPixSheet sheet;
-    ASSERT_TRUE(sheet.InitializeDIB(3, 3));
-    const auto handlesBefore = platform::openHandles();
-    for (const auto call : {SeamCall::createCompatibleDC, SeamCall::selectObject}) {
-        const ScopedFault fault(call);
-        EXPECT_EQ(sheet.LoadDIBinDC(true), 0);
-        EXPECT_EQ(platform::openHandles(), handlesBefore) << "a context that holds nothing must not stay";
-    }
-    EXPECT_NE(sheet.LoadDIBinDC(true), 0);
 }
 
 struct SheetState {

@@ -18,6 +18,7 @@ struct Plan {
 std::atomic<bool> anythingArmed{false};
 std::mutex planMutex;
 std::array<Plan, static_cast<std::size_t>(SeamCall::count)> plans;
+std::array<std::atomic<long>, static_cast<std::size_t>(SeamCall::count)> made;
 
 std::optional<OsVersion> version;
 
@@ -35,7 +36,12 @@ void disarmFaults() noexcept {
     anythingArmed.store(false, std::memory_order_relaxed);
 }
 
+long callsMade(SeamCall call) noexcept {
+    return made.at(static_cast<std::size_t>(call)).load(std::memory_order_relaxed);
+}
+
 bool faultDue(SeamCall call) noexcept {
+    made.at(static_cast<std::size_t>(call)).fetch_add(1, std::memory_order_relaxed);
     if (!anythingArmed.load(std::memory_order_relaxed)) return false;
     const std::scoped_lock lock(planMutex);
     Plan& plan = plans.at(static_cast<std::size_t>(call));

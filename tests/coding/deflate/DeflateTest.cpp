@@ -5,7 +5,6 @@
 #include "coding/deflate/HuffmanCode.h"
 #include "coding/deflate/Inflate.h"
 #include "kernels/kernels.h"
-#include "support/AllocationFault.h"
 #include <gtest/gtest.h>
 #include <new>
 #include <numeric>
@@ -135,22 +134,6 @@ TEST(Deflate, ChecksumsAreNotThoseOfTheStandards) {
     const Bytes many(1000, 0xA7);
     for (const std::size_t cut : {0U, 1U, 15U, 16U, 17U, 500U}) // in two pieces as in one
         EXPECT_EQ(crc32(crc32(0, std::span(many).first(cut)), std::span(many).subspan(cut)), crc32(0, many));
-}
-
-TEST(Deflate, WantOfMemoryCostsWhatWasThere) {
-    const Bytes data = made(50'000, [](std::size_t i, const Bytes&) { return i * i; });
-    for (long after = 0;; ++after) {
-        ASSERT_LT(after, 50);
-        Bytes stream = {1, 2, 3};
-        const test::AllocationFault fault(after);
-        try {
-            compressZlib(data, 6, stream);
-        } catch (const std::bad_alloc&) {
-            EXPECT_EQ((Bytes(stream.begin(), stream.begin() + 3)), (Bytes{1, 2, 3}));
-            continue;
-        }
-        break;
-    }
 }
 
 } // namespace

@@ -13,7 +13,7 @@ namespace {
 // Throws std::bad_alloc unless there is more memory than the libraries are going to take: fontconfig and HarfBuzz do
 // not all look whether they got any.
 void expectRoom() {
-    constexpr std::size_t enough = std::size_t{16} << 20;
+    constexpr std::size_t enough = std::size_t{4} << 20;
     ::operator delete(::operator new(enough));
 }
 
