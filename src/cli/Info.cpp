@@ -97,7 +97,6 @@ int info(const InfoRequest& request, Console& console) {
     MessageBoxes boxes(console);
     if (request.json) console.out << '[';
     for (const std::string& file : request.files) {
-        const std::filesystem::path path = toPath(file);
         boxes.about(file);
         cPixSheet sheet;
         const bool isLoaded = load(sheet, file, request.loading);
@@ -108,7 +107,9 @@ int info(const InfoRequest& request, Console& console) {
             continue;
         }
         std::error_code gone; // the file may be deleted under our hands
-        const std::uintmax_t bytes = std::filesystem::file_size(path, gone);
+        // Only now, because there is no path of a name that is not UTF-8 on Windows, where such a file is not loaded
+        // either.
+        const std::uintmax_t bytes = std::filesystem::file_size(toPath(file), gone);
         const Facts facts{file,
                           sheet.Width(),
                           sheet.Height(),

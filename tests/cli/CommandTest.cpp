@@ -61,6 +61,19 @@ TEST(ComposeLayer, NamesKeepTheirOwnColonsAndAtSigns) {
     }
 }
 
+// Half a surrogate pair, which Windows allows in names, ends nothing but its own file.
+TEST_F(Command, ANameThatIsNoTextEndsTheRun) {
+    const std::string good = cli::toUtf8(sourceFolder() / "tests/data/cli/alpha.png"), bad = "\xED\xA0\x80.png";
+    for (std::vector<std::string> line : {std::vector<std::string>{"info", bad, good},
+                                          {"convert", bad, good, m_folder.name(u8"to/")},
+                                          {"gallery", bad, good, "-o", m_folder.name(u8"gallery")}}) {
+        cli::Console console{m_in, m_out, m_err, false, false};
+        m_out.str("");
+        EXPECT_EQ(cli::run(line, console), cli::exitSomeFailed) << line.front();
+        EXPECT_FALSE(m_out.str().empty()) << line.front() << ": " << m_err.str();
+    }
+}
+
 TEST_F(Command, APictureWithoutMemoryDoesNotEndTheGallery) {
     bool happened = false;
     for (long after = 0; !happened; ++after) { // until it is the first picture's work that finds no memory
