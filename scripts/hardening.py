@@ -15,7 +15,7 @@ import subprocess
 import sys
 
 
-def faults_of_pe(image):
+def faults_of_pe(path, image):
     start = struct.unpack_from("<I", image, 0x3C)[0]
     _, count, _, _, _, optional_size, characteristics = struct.unpack_from("<HHIIIHH", image, start + 4)
     optional = start + 24
@@ -31,7 +31,8 @@ def faults_of_pe(image):
     for section in sections:
         if section[9] & 0xA0000000 == 0xA0000000:
             yield f"section {section[0]} is written and executed"
-    if b"stack smashing detected" not in image:
+    # DLLs other than the component's are a few lines for tests, where the compiler finds no array to guard.
+    if (path.suffix == ".exe" or path.stem == "pixkit") and b"stack smashing detected" not in image:
         yield "no stack protector"
 
     def offset(address):
@@ -71,7 +72,7 @@ def main():
             is_elf = start[:4] == b"\x7fELF" and start[16] in (2, 3)
             if not is_elf and start[:2] != b"MZ":
                 continue
-            faults = list(faults_of_elf(path, sanitized) if is_elf else faults_of_pe(start + file.read()))
+            faults = list(faults_of_elf(path, sanitized) if is_elf else faults_of_pe(path, start + file.read()))
         checked += 1
         failed += bool(faults)
         for fault in faults:

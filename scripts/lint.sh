@@ -1,21 +1,17 @@
 #!/bin/bash
-# Checks the layout of every C++ file with clang-format, which rooms include which, and the files of a native build with
-# clang-tidy, and says how much of the code is tests.
+# Checks the layout of every C++ file with clang-format, which rooms include which, says how much of the code is tests,
+# and looks for faults: in all of src with cppcheck, and in the files of a native build with clang-tidy, which has clang's
+# static analyzer in it.
 #
 #   lint.sh BUILD-FOLDER          clang-tidy looks at what differs from the branch's origin (all in CI)
 #   lint.sh --all BUILD-FOLDER    at every file
 #
-# The build folder is a configured one, whose compile_commands.json says how files are compiled. clang-tidy takes seconds
-# for a file. A file that passed is not looked at again until it, a header that it includes, the way it is compiled or the
-# settings change (marks in ~/.cache/pixkit-tidy).
+# The build folder is a configured one, whose compile_commands.json says how files are compiled.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 all=${CI:-}
 if [ "${1:-}" = --all ]; then all=yes; shift; fi
 build=${1:?the folder of a native build}
-export build
-export marks=${XDG_CACHE_HOME:-${HOME:-/tmp}/.cache}/pixkit-tidy
-mkdir -p "$marks"
 failed=0
 
 mapfile -t sources < <(find src include tests fuzz bench samples -name '*.cpp' -o -name '*.h')
@@ -54,26 +50,10 @@ if git rev-parse HEAD >/dev/null 2>&1; then
     [ $((100 * tests)) -le $((33 * rest)) ] || { echo "lint: more than 33 %"; failed=1; }
 fi
 
-settings=$(clang-tidy --version | cat - .clang-tidy | sha256sum)
-export settings
-
-# One file; prints nothing when it passes.
-tidy() {
-    local file=$1 command headers mark output
-    command=$(grep -B 1 "\"file\": \"$PWD/$file\"" "$build/compile_commands.json" | sed "s|$PWD||g")
-    # Comments and all, because some of them speak to clang-tidy; only the project's own headers.
-    headers=$(g++ -std=c++20 -MM -Isrc -Iinclude -Itests -Itests/support -mavx2 "$file" 2>/dev/null |
-        tr -d '\\' | tr ' ' '\n' | grep -v -e '^/' -e ':$' | sort -u)
-    mark=$marks/$({ echo "$settings $command"; sha256sum "$file" $headers; } | sha256sum | cut -c1-40)
-    [ -e "$mark" ] && { touch "$mark"; return 0; }
-    if output=$(clang-tidy --quiet -p "$build" "$file" 2>/dev/null); then
-        touch "$mark"
-    else
-        echo "$output"
-        return 1
-    fi
-}
-export -f tidy
+# Both word sizes' and both systems' code, within seconds. What it is wrong about stands in the list, with reasons.
+cppcheck -j "$(nproc)" --quiet --std=c++20 --enable=warning,portability --error-exitcode=1 -Isrc -Iinclude \
+    '-DSTDMETHODIMP_(type)=type' --suppressions-list=scripts/cppcheck.txt \
+    --template='lint: {file}:{line}: {message} [cppcheck: {id}]' src || failed=1
 
 # What a change may have made worse: the files that it touches, and those that include a header which it touches.
 changed() {
@@ -85,6 +65,5 @@ changed() {
 
 # Only what the native build compiles: the Windows side is left to its compiler's warnings.
 grep -o '"file": "[^"]*"' "$build/compile_commands.json" | cut -d'"' -f4 | sed "s|^$PWD/||" | grep -v '^/' | sort -u |
-    changed | xargs -r -P "$(nproc)" -I{} bash -c 'tidy "$1"' tidy {} || failed=1
-find "$marks" -type f -mtime +30 -delete
+    changed | xargs -r scripts/tidy.py "$build" || failed=1
 exit "$failed"

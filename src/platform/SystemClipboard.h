@@ -12,11 +12,11 @@ ClipboardProvider systemClipboard();
 // Calls `attempt` until it answers that nobody else had the clipboard open, at most for half a second.
 template <class Attempt>
 void untilNotBusy(Attempt&& attempt) {
-    using namespace std::chrono_literals;
+    using std::chrono::milliseconds;
     using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + 500ms;
+    const auto end = Clock::now() + milliseconds(500);
     while (!attempt() && Clock::now() < end)
-        std::this_thread::sleep_for(10ms);
+        std::this_thread::sleep_for(milliseconds(10));
 }
 
 } // namespace pixkit::platform

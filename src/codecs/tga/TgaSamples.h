@@ -19,7 +19,7 @@ struct TgaLayout {
 
 // Five bits of colour to eight. The low three bits repeat below the five, not the high three as usual: the colours of
 // 16-bit files are known by it.
-inline constexpr std::array<std::uint8_t, 32> pal32LUT = [] {
+inline constexpr std::array<std::uint8_t, 32> pal32LUT = []() {
     std::array<std::uint8_t, 32> table{};
     for (unsigned x = 0; x < table.size(); ++x)
         table[x] = static_cast<std::uint8_t>(x * 8 + (x & 7));

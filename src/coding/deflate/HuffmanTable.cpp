@@ -12,7 +12,7 @@ constexpr Entry meaning(unsigned base, unsigned extraBits) {
     return base << 16 | extraBits;
 }
 
-constexpr auto literalMeanings = [] {
+constexpr auto literalMeanings = []() {
     std::array<Entry, literalCodes> meanings{};
     meanings.fill(specialFlag | invalidFlag);
     for (unsigned symbol = 0; symbol < endOfBlock; ++symbol)
@@ -23,7 +23,7 @@ constexpr auto literalMeanings = [] {
     return meanings;
 }();
 
-constexpr auto distanceMeanings = [] {
+constexpr auto distanceMeanings = []() {
     std::array<Entry, distanceCodes> meanings{};
     meanings.fill(specialFlag | invalidFlag);
     for (std::size_t i = 0; i < distanceExtra.size(); ++i)
@@ -31,7 +31,7 @@ constexpr auto distanceMeanings = [] {
     return meanings;
 }();
 
-constexpr auto codeLengthMeanings = [] {
+constexpr auto codeLengthMeanings = []() {
     std::array<Entry, codeLengthSymbols> meanings{};
     for (unsigned symbol = 0; symbol < codeLengthSymbols; ++symbol)
         meanings[symbol] = meaning(symbol, 0);

@@ -76,7 +76,7 @@ constexpr std::array<ExtraBits, distanceSymbols> distanceExtra = [] {
 }();
 
 // The length symbol, less 257, of each length.
-constexpr std::array<std::uint8_t, longestMatch + 1> lengthSymbolOf = [] {
+constexpr std::array<std::uint8_t, longestMatch + 1> lengthSymbolOf = []() {
     std::array<std::uint8_t, longestMatch + 1> table{};
     for (std::size_t i = 0; i < lengthExtra.size(); ++i)
         for (std::size_t length = lengthExtra[i].base; length <= longestMatch; ++length)
