@@ -38,16 +38,16 @@ grep -rE '^ *#include "[a-z]+/' src --include='*.h' --include='*.cpp' | awk '
     }
     END { exit failed }' docs/architecture.md - || failed=1
 
-# Lines that are not blank, of what git knows; tests may be a third as long as all the rest.
+# Lines that are not blank, of what git knows; tests and fuzzers are between a quarter and a third of all.
 code_lines() {
     git ls-files -z -- "$@" | grep -zE '\.(c|cc|cpp|h|hpp|inl|idl|rc|py|sh|vbs|js|ps1|cmake)$|CMakeLists\.txt$' |
         xargs -0 -r cat | grep -cv '^[[:space:]]*$'
 }
 if git rev-parse HEAD >/dev/null 2>&1; then
     tests=$(code_lines tests fuzz)
-    rest=$(($(code_lines .) - tests))
-    echo "lint: tests and fuzzers have $tests lines, all the rest $rest: $((100 * tests / rest)) %"
-    [ $((100 * tests)) -le $((33 * rest)) ] || { echo "lint: more than 33 %"; failed=1; }
+    all_lines=$(code_lines .)
+    echo "lint: tests and fuzzers are $tests of $all_lines lines: $((100 * tests / all_lines)) %"
+    [ $((100 * tests)) -le $((28 * all_lines)) ] || { echo "lint: more than 28 %"; failed=1; }
 fi
 
 # Both word sizes' and both systems' code, within seconds. What it is wrong about stands in the list, with reasons.
