@@ -36,7 +36,11 @@ Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
     const PixelView backdrop = HostAccess::pixels(white);
     std::memset(backdrop.bits, 255, backdrop.stride * backdrop.height);
     if (!drawOver(picture, host) || !drawOver(picture, white)) return refused("the system cannot draw the metafile");
-    host.Alpha(alphaFromTwoBackgrounds(HostAccess::pixels(host), backdrop));
+    const PixelView drawn = HostAccess::pixels(host);
+    // A picture may be an object of the program's, whose code gives the host another image.
+    if (drawn.width != backdrop.width || drawn.height != backdrop.height)
+        return refused("the picture took the image away while it was drawn");
+    host.Alpha(alphaFromTwoBackgrounds(drawn, backdrop));
     HostAccess::ImageType(host, picture.Type() == PictureType::metafile ? imgWMF : imgEMF);
     return done();
 }

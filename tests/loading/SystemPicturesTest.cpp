@@ -22,13 +22,15 @@ bool load(cPixSheet& sheet, const Bytes& data) {
 // Draws one opaque pixel at 1, 0, one half transparent at 2, 0 and nothing on the other four of 3 x 2.
 class Drawing final : public platform::StdPicture {
   public:
-    explicit Drawing(PictureType type, std::int32_t width = 3) : m_type(type), m_width(width) {}
+    explicit Drawing(PictureType type, std::int32_t width = 3, cPixSheet* changed = nullptr)
+        : m_type(type), m_width(width), m_changed(changed) {}
     PictureType Type() const noexcept override { return m_type; }
     platform::Handle handle() const noexcept override { return 0; }
     std::int32_t Width() const noexcept override { return m_width; }
     std::int32_t Height() const noexcept override { return 2; }
     bool Render(platform::Handle dc, std::int32_t x, std::int32_t y, std::int32_t,
                 std::int32_t) const noexcept override {
+        if (m_changed != nullptr) return m_changed->InitializeDIB(900, 900);
         cPixSheet ink;
         fill(ink, 2, 1, {{10, 20, 30, 255}, {40, 0, 100, 128}});
         const auto from = ink.LoadDIBinDC(true);
@@ -39,6 +41,7 @@ class Drawing final : public platform::StdPicture {
   private:
     PictureType m_type;
     std::int32_t m_width;
+    cPixSheet* m_changed; // while it is drawn, as an object of the program's may do
 };
 
 } // namespace
@@ -93,8 +96,9 @@ TEST_F(SystemPicture, AMetafileIsNotDrawnAsItIs) {
         seen[2] = clear;
         EXPECT_EQ(seen, (std::vector<Pixel>{clear, {10, 20, 30, 255}, clear, clear, clear, clear}));
     }
-    for (const Drawing& refused : {Drawing(PictureType::metafile, 0), Drawing(PictureType::metafile, 1 << 30),
-                                   Drawing(PictureType::none), Drawing(PictureType::uninitialized)}) {
+    for (const Drawing& refused :
+         {Drawing(PictureType::metafile, 0), Drawing(PictureType::metafile, 1 << 30),
+          Drawing(PictureType::metafile, 3, &sheet), Drawing(PictureType::none), Drawing(PictureType::uninitialized)}) {
         sheet.InitializeDIB(3, 2);
         EXPECT_FALSE(sheet.LoadPicture_StdPicture(&refused));
         EXPECT_EQ(sheet.Handle(), 0);
