@@ -1,5 +1,6 @@
 #include "com/Argument.h"
 #include "com/Arrays.h"
+#include "com/Values.h"
 #include <cstring>
 
 namespace pixkit::com {
@@ -20,29 +21,9 @@ constexpr VARTYPE withoutReference(VARTYPE type) noexcept {
 
 // Bytes of a number behind a reference; 0 for everything else.
 std::size_t numberSize(VARTYPE type) noexcept {
-    switch (type) {
-    case VT_I1:
-    case VT_UI1:
-        return 1;
-    case VT_I2:
-    case VT_UI2:
-    case VT_BOOL:
-        return 2;
-    case VT_I4:
-    case VT_UI4:
-    case VT_INT:
-    case VT_UINT:
-    case VT_R4:
-        return 4;
-    case VT_I8:
-    case VT_UI8:
-    case VT_R8:
-    case VT_DATE:
-    case VT_CY:
-        return 8;
-    default:
-        return 0;
-    }
+    const bool isNumber =
+        type != VT_ERROR && type != VT_BSTR && type != VT_DISPATCH && type != VT_UNKNOWN && type != VT_VARIANT;
+    return isNumber ? elementSize(type) : 0;
 }
 
 bool isLeftOut(const VARIANTARG* passed) noexcept {
@@ -62,6 +43,7 @@ void zero(VARIANT& value, VARTYPE type) noexcept {
 
 Argument::~Argument() {
     if (m_locked != nullptr) ::SafeArrayUnlock(m_locked);
+    if (m_isTaken) putBack(); // of a call that was not made
     if (m_array != nullptr && m_array != m_lent) ::SafeArrayDestroy(m_array);
 }
 
@@ -77,8 +59,10 @@ HRESULT Argument::bind(const Parameter& parameter, VARIANTARG* passed, LCID loca
         m_isVariable = false;
         return bindMissing(parameter);
     }
-    if ((passed->vt & VT_BYREF) != 0 && passed->byref == nullptr) return DISP_E_TYPEMISMATCH;
+    if (!isSound(*passed)) return DISP_E_TYPEMISMATCH;
+    if (passed->vt == referenceTo(VT_EMPTY) || passed->vt == referenceTo(VT_NULL)) return DISP_E_BADVARTYPE;
     m_source = passed;
+    m_passed = *passed;
     switch (parameter.kind) {
     case Parameter::Kind::value:
         return bindValue(parameter.type, locale);
@@ -133,12 +117,13 @@ HRESULT Argument::bindMissing(const Parameter& parameter) noexcept {
     return DISP_E_TYPEMISMATCH;
 }
 
+// Strings are copied: the code of an object among the other arguments may free the caller's.
 HRESULT Argument::bindValue(VARTYPE type, LCID locale) noexcept {
-    if (m_source->vt == type) {
+    if (m_source->vt == type && type != VT_BSTR) {
         m_call = *m_source;
         return S_OK;
     }
-    const HRESULT status = ::VariantChangeTypeEx(&m_local, m_source, locale, 0, type);
+    const HRESULT status = changeType(*m_source, type, m_local, locale);
     m_call = m_local;
     return status;
 }
@@ -150,8 +135,7 @@ HRESULT Argument::bindReference(VARTYPE type, LCID locale) noexcept {
     }
     const VARTYPE found = withoutReference(m_source->vt);
     if ((m_source->vt & VT_BYREF) != 0 && numberSize(found) == 0) return DISP_E_TYPEMISMATCH;
-    if (const HRESULT status = ::VariantChangeTypeEx(&m_local, m_source, locale, 0, type); FAILED(status))
-        return status;
+    if (const HRESULT status = changeType(*m_source, type, m_local, locale); FAILED(status)) return status;
     m_before = m_local;
     m_call.vt = referenceTo(type);
     m_call.byref = &m_local.byref;
@@ -168,11 +152,8 @@ HRESULT Argument::bindObject(const Parameter& parameter) noexcept {
         return DISP_E_TYPEMISMATCH;
     }
     zero(m_local, VT_UNKNOWN);
-    if (object != nullptr &&
-        FAILED(object->QueryInterface(parameter.interfaceId, reinterpret_cast<void**>(&m_local.punkVal)))) {
-        m_local.punkVal = nullptr;
-        return DISP_E_TYPEMISMATCH;
-    }
+    m_local.punkVal = static_cast<IUnknown*>(queried(object, parameter.interfaceId));
+    if (object != nullptr && m_local.punkVal == nullptr) return DISP_E_TYPEMISMATCH;
     m_before = m_local;
     m_call = m_local;
     if (parameter.kind == Parameter::Kind::objectReference) {
@@ -198,13 +179,16 @@ HRESULT Argument::bindArray(VARTYPE type, LCID locale) noexcept {
     }
     if (found == arrayOf(VT_VARIANT) && type != VT_VARIANT) return bindVariantArray(type, locale);
     if (found != arrayOf(type)) return DISP_E_TYPEMISMATCH;
-    if (isReference || m_isVariable) { // the member works on the caller's array itself
-        m_call.vt = referenceTo(arrayOf(type));
-        m_call.pparray = isReference ? m_source->pparray : &m_source->parray;
-        if (!isReference) {
-            m_arrayVariable = m_source;
-            m_returns = Returns::array;
-        }
+    if (isReference) { // the member works on the caller's array itself
+        m_call = *m_source;
+        return S_OK;
+    }
+    if (m_isVariable) { // likewise, but the variable may become anything while objects of others are called
+        m_array = m_source->parray;
+        ::VariantInit(m_source);
+        m_isTaken = true;
+        m_returns = Returns::array;
+        passOwnArray(type);
         return S_OK;
     }
     // Passed by value: lent to the member, and locked, so that it cannot be replaced under the caller.
@@ -218,15 +202,13 @@ HRESULT Argument::bindArray(VARTYPE type, LCID locale) noexcept {
 }
 
 HRESULT Argument::bindVariantArray(VARTYPE type, LCID locale) noexcept {
-    SAFEARRAY** const place = (m_source->vt & VT_BYREF) != 0 ? m_source->pparray
-                              : m_isVariable                 ? &m_source->parray
-                                                             : nullptr;
+    SAFEARRAY** const place = (m_source->vt & VT_BYREF) != 0 ? m_source->pparray : nullptr;
     SAFEARRAY* const variants = place != nullptr ? *place : m_source->parray;
     if (const HRESULT status = arrayFromVariants(variants, type, locale, &m_array); FAILED(status)) return status;
     m_arrayBefore = m_array;
     if (const HRESULT status = keepBytes(); FAILED(status)) return status;
     passOwnArray(type);
-    if (place != nullptr && (variants == nullptr || isReplaceable(variants))) {
+    if ((place != nullptr || m_isVariable) && (variants == nullptr || isReplaceable(variants))) {
         m_variants = place;
         m_returns = Returns::array;
     } else if (m_array != nullptr && SUCCEEDED(::SafeArrayLock(m_array))) {
@@ -261,66 +243,60 @@ HRESULT Argument::giveBack(LCID locale) noexcept {
     return S_OK;
 }
 
+// Whatever it holds by now, which stays where it is a locked array.
+HRESULT Argument::replaceVariable(Variant& value) noexcept {
+    const HRESULT status = ::VariantClear(m_source);
+    if (SUCCEEDED(status)) *m_source = value.detach();
+    return status;
+}
+
+// Gives the variable its array, which the member may have replaced.
+HRESULT Argument::putBack() noexcept {
+    m_isTaken = false;
+    Variant value;
+    value.parray = std::exchange(m_array, nullptr);
+    if (value.parray != nullptr) value.vt = arrayOf(m_type); // scripts cannot look into an array that is not there
+    return replaceVariable(value);
+}
+
 HRESULT Argument::giveBackReference(LCID locale) noexcept {
     const std::size_t size = numberSize(m_type);
     // A variable that the member left alone keeps its type; an empty one learns that it is a zero.
     const bool changed = std::memcmp(&m_local.byref, &m_before.byref, size) != 0 || m_source->vt == VT_EMPTY;
     if (!changed) return S_OK;
-    if ((m_source->vt & VT_BYREF) == 0) {
-        if (!m_isVariable) return S_OK;
-        ::VariantClear(m_source);
-        *m_source = m_local.detach();
-        return S_OK;
-    }
-    const VARTYPE type = withoutReference(m_source->vt);
+    if ((m_passed.vt & VT_BYREF) == 0) return m_isVariable ? replaceVariable(m_local) : S_OK;
+    const VARTYPE type = withoutReference(m_passed.vt);
     Variant converted;
     const HRESULT status = ::VariantChangeTypeEx(&converted, &m_local, locale, 0, type);
-    if (SUCCEEDED(status)) std::memcpy(m_source->byref, &converted.byref, numberSize(type));
+    if (SUCCEEDED(status)) std::memcpy(m_passed.byref, &converted.byref, numberSize(type));
     return status;
 }
 
 HRESULT Argument::giveBackObject() noexcept {
-    const bool isReference = (m_source->vt & VT_BYREF) != 0;
+    const bool isReference = (m_passed.vt & VT_BYREF) != 0;
     if (m_local.punkVal == m_before.punkVal || (!isReference && !m_isVariable)) return S_OK;
-    const bool asUnknown = m_source->vt == referenceTo(VT_UNKNOWN);
-    IUnknown* object = nullptr;
+    const bool asUnknown = m_passed.vt == referenceTo(VT_UNKNOWN);
+    Variant object;
     if (m_local.punkVal != nullptr) {
         const HRESULT status = m_local.punkVal->QueryInterface(asUnknown ? IID_IUnknown : IID_IDispatch,
-                                                               reinterpret_cast<void**>(&object));
+                                                               reinterpret_cast<void**>(&object.punkVal));
         if (FAILED(status)) return status;
     }
-    if (isReference) {
-        if (IUnknown* const replaced = std::exchange(*m_source->ppunkVal, object)) replaced->Release();
-    } else {
-        ::VariantClear(m_source);
-        m_source->vt = VT_DISPATCH;
-        m_source->punkVal = object;
-    }
+    object.vt = VT_DISPATCH;
+    if (!isReference) return replaceVariable(object);
+    if (IUnknown* const replaced = std::exchange(*m_passed.ppunkVal, object.detach().punkVal)) replaced->Release();
     return S_OK;
 }
 
 HRESULT Argument::giveBackArray() noexcept {
-    if (m_arrayVariable != nullptr) { // changed in place; scripts cannot look into an array that is not there
-        if (m_arrayVariable->parray == nullptr) ::VariantInit(m_arrayVariable);
-        return S_OK;
-    }
+    if (m_isTaken) return putBack();
     if (!isArrayChanged()) return S_OK;
-    SAFEARRAY* variants = nullptr;
-    if (const HRESULT status = variantsFromArray(m_array, m_type, &variants); FAILED(status)) return status;
-    if (m_variants != nullptr) {
-        if (*m_variants != nullptr && FAILED(::SafeArrayDestroy(*m_variants))) {
-            ::SafeArrayDestroy(variants);
-            return DISP_E_ARRAYISLOCKED;
-        }
-        *m_variants = variants;
-        // A script cannot look into an array that is not there.
-        if (variants == nullptr && m_isVariable && m_variants == &m_source->parray) ::VariantInit(m_source);
-    } else if (m_isVariable) {
-        m_source->vt = arrayOf(VT_VARIANT);
-        m_source->parray = variants;
-    } else {
-        ::SafeArrayDestroy(variants);
-    }
+    Variant variants;
+    if (const HRESULT status = variantsFromArray(m_array, m_type, &variants.parray); FAILED(status)) return status;
+    if (variants.parray != nullptr) variants.vt = arrayOf(VT_VARIANT);
+    if (m_variants == nullptr) return m_isVariable ? replaceVariable(variants) : S_OK;
+    if (*m_variants != nullptr && FAILED(::SafeArrayDestroy(*m_variants))) return DISP_E_ARRAYISLOCKED;
+    *m_variants = variants.detach().parray;
     return S_OK;
 }
 

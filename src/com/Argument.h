@@ -37,8 +37,11 @@ class Argument {
     HRESULT giveBackReference(LCID locale) noexcept;
     HRESULT giveBackObject() noexcept;
     HRESULT giveBackArray() noexcept;
+    HRESULT replaceVariable(Variant& value) noexcept;
+    HRESULT putBack() noexcept;
 
     VARIANTARG* m_source = nullptr; // what the caller passed, references to VARIANT followed; null = missing
+    VARIANTARG m_passed = {};       // what it was before other arguments' objects were called
     bool m_isVariable = false;      // m_source is a variable of the caller's that may be overwritten
     VARIANTARG* m_variant = nullptr;
     VARIANTARG m_call;
@@ -51,8 +54,8 @@ class Argument {
     std::vector<std::uint8_t> m_bytesBefore; // of m_array: a member may fill the same array anew
     SAFEARRAY* m_lent = nullptr;             // the caller's, passed by value
     SAFEARRAY* m_locked = nullptr;           // to be unlocked after the call
-    SAFEARRAY** m_variants = nullptr;        // the caller's array of VARIANT, to be replaced
-    VARIANT* m_arrayVariable = nullptr;      // the caller's variable that holds an array of the member's own type
+    SAFEARRAY** m_variants = nullptr;        // the caller's array of VARIANT by reference, to be replaced
+    bool m_isTaken = false;                  // m_array is that of the caller's variable
     VARTYPE m_type = VT_EMPTY;
 };
 

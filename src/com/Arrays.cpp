@@ -1,5 +1,6 @@
 #include "com/Arrays.h"
 #include "com/Automation.h"
+#include "com/Values.h"
 #include <cstring>
 #include <memory>
 #include <new>
@@ -60,25 +61,11 @@ HRESULT convertElement(VARIANT& element, VARTYPE type, LCID locale, std::uint8_t
         return S_OK;
     }
     Variant value;
-    const HRESULT result = ::VariantChangeTypeEx(&value, &element, locale, 0, type);
+    const HRESULT result = changeType(element, type, value, locale);
     if (FAILED(result)) return result;
     std::memcpy(out, &value.byref, size);
     value.detach();
     return result;
-}
-
-// 0 for elements that nobody asks for.
-ULONG elementSize(VARTYPE type) noexcept {
-    switch (type) {
-    case VT_UI1:
-        return 1;
-    case VT_I4:
-        return 4;
-    case VT_VARIANT:
-        return sizeof(VARIANT);
-    default:
-        return 0;
-    }
 }
 
 // Gives the caller `filled`, which may be null, for what it has. A caller may have locked its array meanwhile, from a
@@ -94,10 +81,43 @@ bool replace(SAFEARRAY** target, SAFEARRAY* filled) noexcept {
 
 } // namespace
 
+ULONG elementSize(VARTYPE type) noexcept {
+    switch (type) {
+    case VT_I1:
+    case VT_UI1:
+        return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL:
+        return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+    case VT_ERROR:
+        return 4;
+    case VT_I8:
+    case VT_UI8:
+    case VT_R8:
+    case VT_DATE:
+    case VT_CY:
+        return 8;
+    case VT_BSTR:
+    case VT_DISPATCH:
+    case VT_UNKNOWN:
+        return sizeof(void*);
+    case VT_VARIANT:
+        return sizeof(VARIANT);
+    default:
+        return 0;
+    }
+}
+
 bool hasElements(SAFEARRAY* array, VARTYPE type) noexcept {
     if (array->cDims == 0) return false;
     if ((array->fFeatures & typeKnown) == 0) {
-        return array->cbElements == elementSize(type);
+        return (type == VT_UI1 || type == VT_I4 || type == VT_VARIANT) && array->cbElements == elementSize(type);
     }
     VARTYPE found = VT_EMPTY;
     return SUCCEEDED(::SafeArrayGetVartype(array, &found)) && found == type;

@@ -8,6 +8,9 @@
 
 namespace pixkit::com {
 
+// Bytes of an element of this type; 0 for those that nobody asks for.
+ULONG elementSize(VARTYPE type) noexcept;
+
 // Whether its elements are of this type. An array that does not know its type counts by the size of its elements.
 bool hasElements(SAFEARRAY* array, VARTYPE type) noexcept;
 
@@ -85,14 +88,15 @@ class ArrayLock {
 };
 
 // Calls `use`, which may throw, with each element as a value that owns nothing, and its number, until one fails.
-// DISP_E_TYPEMISMATCH for elements larger than a number. An array that is not there has none.
+// DISP_E_TYPEMISMATCH for elements that are no numbers, strings or objects, or not as large as those of their type are.
+// An array that is not there has none.
 template <class Use>
 HRESULT forElements(SAFEARRAY* array, Use&& use) {
     if (array == nullptr) return S_OK;
     const bool areVariants = hasElements(array, VT_VARIANT);
     VARTYPE type = VT_VARIANT;
     HRESULT status = areVariants ? S_OK : ::SafeArrayGetVartype(array, &type);
-    if (SUCCEEDED(status) && array->cbElements > (areVariants ? sizeof(VARIANT) : sizeof(LONGLONG)))
+    if (SUCCEEDED(status) && (elementSize(type) == 0 || array->cbElements != elementSize(type)))
         status = DISP_E_TYPEMISMATCH;
     if (FAILED(status)) return status;
     const ArrayLock lock(array);

@@ -3,6 +3,18 @@
 
 namespace pixkit::com {
 
+void* queried(IUnknown* object, REFIID id) noexcept {
+    static constexpr IID unheardOf = {0x3f0c1d0e, 0x5b7a, 0x4e63, {0x9d, 0x21, 0x6a, 0x8e, 0x40, 0xb5, 0x17, 0xc9}};
+    if (object == nullptr) return nullptr;
+    void* found = nullptr;
+    if (SUCCEEDED(object->QueryInterface(unheardOf, &found))) {
+        if (found == object) object->Release();
+        return nullptr;
+    }
+    found = nullptr;
+    return SUCCEEDED(object->QueryInterface(id, &found)) ? found : nullptr;
+}
+
 VARIANT* unwrapped(VARIANT* value) noexcept {
     for (int depth = 0; depth < 8 && value != nullptr && value->vt == (VT_BYREF | VT_VARIANT); ++depth)
         value = value->pvarVal;

@@ -32,10 +32,27 @@ class ComPtr {
     void reset() noexcept {
         if (Interface* const released = detach()) released->Release();
     }
+    // Becomes a reference of its own to an object that somebody else holds; null stays null.
+    void hold(Interface* object) noexcept {
+        if (object != nullptr) object->AddRef();
+        reset();
+        m_pointer = object;
+    }
 
   private:
     Interface* m_pointer = nullptr;
 };
+
+// An interface of somebody's object, which the caller owns. Null where the object has none, whatever it stores then,
+// and for one that says it has an interface of which nobody else has ever heard: it says so of any, and what it gives
+// for this one is none.
+void* queried(IUnknown* object, REFIID id) noexcept;
+template <class Interface>
+ComPtr<Interface> interfaceOf(IUnknown* object, REFIID id = __uuidof(Interface)) noexcept {
+    ComPtr<Interface> found;
+    *found.put() = static_cast<Interface*>(queried(object, id));
+    return found;
+}
 
 // A VARIANT that clears what it holds.
 class Variant : public VARIANT {

@@ -1,5 +1,6 @@
 #include "com/Dispatch.h"
 #include "com/Argument.h"
+#include "com/Values.h"
 
 namespace pixkit::com {
 
@@ -18,8 +19,10 @@ HRESULT gatherRest(const Member& member, const DISPPARAMS& arguments, Variant& r
     rest.parray = array;
     auto* element = static_cast<VARIANT*>(array->pvData);
     for (UINT i = fixed; i < positional; ++i, ++element) {
-        const HRESULT status = ::VariantCopyInd(element, &arguments.rgvarg[arguments.cArgs - 1 - i]);
+        Variant copy;
+        const HRESULT status = copyOf(arguments.rgvarg[arguments.cArgs - 1 - i], copy);
         if (FAILED(status)) return status;
+        *element = copy.detach();
     }
     return S_OK;
 }

@@ -1,6 +1,7 @@
 #include "com/DroppedFiles.h"
 #include "com/Arrays.h"
 #include "com/LateBound.h"
+#include "com/Values.h"
 #include "platform/win32/system/DataObject.h"
 #include <algorithm>
 #include <cmath>
@@ -14,17 +15,10 @@ namespace {
 
 using Files = std::vector<DroppedFile>;
 
-// A copy of the caller's value, references followed: what belongs to the caller may go while its objects are called.
-// Empty for what cannot be copied.
-void copyOf(const VARIANT& value, Variant& copy) {
-    VARIANT* const found = unwrapped(const_cast<VARIANT*>(&value));
-    if (found == nullptr || FAILED(::VariantCopyInd(&copy, found))) ::VariantClear(&copy);
-}
-
+// Values are copied: what belongs to the caller may go while its objects are called.
 bool addName(const VARIANT& value, Files& files) {
     Variant name;
-    copyOf(value, name);
-    if (name.vt != VT_BSTR || ::SysStringLen(name.bstrVal) == 0) return false;
+    if (FAILED(copyOf(value, name)) || name.vt != VT_BSTR || ::SysStringLen(name.bstrVal) == 0) return false;
     files.push_back({nameToUtf8(name.bstrVal)});
     return true;
 }
@@ -38,9 +32,8 @@ void addArray(SAFEARRAY* names, Files& files) {
 
 // How many elements there are by the property of this name.
 std::optional<LONG> countOf(IDispatch* collection, const wchar_t* property) {
-    Variant count;
-    if (FAILED(callByName(collection, property, {}, count)) || FAILED(::VariantChangeType(&count, &count, 0, VT_I4)))
-        return {};
+    Variant found, count;
+    if (FAILED(callByName(collection, property, {}, found)) || FAILED(changeType(found, VT_I4, count))) return {};
     return std::clamp(count.lVal, LONG{0}, static_cast<LONG>(mostDroppedFiles));
 }
 
@@ -82,22 +75,18 @@ void addElements(IDispatch* object, Files& files) {
 void addList(const VARIANT& list, Files& files) {
     if ((list.vt & VT_ARRAY) != 0) return addArray(list.parray, files);
     if (list.vt != VT_DISPATCH && list.vt != VT_UNKNOWN) return void(addName(list, files));
-    ComPtr<IDispatch> object;
-    if (list.punkVal != nullptr && SUCCEEDED(list.punkVal->QueryInterface(IID_IDispatch, object.putVoid())) && object)
-        addElements(object.get(), files);
+    if (const auto object = interfaceOf<IDispatch>(list.punkVal)) addElements(object.get(), files);
 }
 
 void addObject(IUnknown* unknown, Files& files) {
-    ComPtr<IDataObject> data;
-    if (SUCCEEDED(unknown->QueryInterface(IID_IDataObject, data.putVoid())) && data) {
+    if (const auto data = interfaceOf<IDataObject>(unknown)) {
         files = platform::filesOf(data.get());
         if (!files.empty()) return;
     }
-    ComPtr<IDispatch> object;
-    if (FAILED(unknown->QueryInterface(IID_IDispatch, object.putVoid())) || !object) return;
-    Variant found, list;
-    if (FAILED(callByName(object.get(), L"Files", {}, found))) return addElements(object.get(), files);
-    copyOf(found, list);
+    const auto object = interfaceOf<IDispatch>(unknown);
+    Variant list;
+    if (!object) return;
+    if (FAILED(callByName(object.get(), L"Files", {}, list))) return addElements(object.get(), files);
     addList(list, files);
 }
 
@@ -113,8 +102,7 @@ std::optional<platform::Handle> handleOf(const VARIANT& value) {
     if (value.vt == VT_I8 || value.vt == VT_UI8) return handleOf(value.llVal);
     constexpr VARTYPE numbers[] = {VT_I2, VT_I4, VT_R4, VT_R8, VT_I1, VT_UI1, VT_UI2, VT_UI4, VT_INT, VT_UINT};
     Variant number;
-    if (std::ranges::count(numbers, value.vt) == 0 ||
-        FAILED(::VariantChangeType(&number, const_cast<VARIANT*>(&value), 0, VT_R8)) ||
+    if (std::ranges::count(numbers, value.vt) == 0 || FAILED(changeType(value, VT_R8, number)) ||
         !(std::abs(number.dblVal) < 9e15)) // beyond, not every whole number is one
         return {};
     return handleOf(static_cast<LONGLONG>(number.dblVal));
@@ -125,7 +113,7 @@ std::optional<platform::Handle> handleOf(const VARIANT& value) {
 std::vector<DroppedFile> droppedFiles(const VARIANT& data) {
     Files files;
     Variant drop;
-    copyOf(data, drop);
+    if (FAILED(copyOf(data, drop))) return files;
     if (const auto handle = handleOf(drop)) return platform::filesOfDrop(*handle);
     const bool isObject = drop.vt == VT_DISPATCH || drop.vt == VT_UNKNOWN;
     if (!isObject)

@@ -1,5 +1,6 @@
 #include "com/FontArgument.h"
 #include "com/LateBound.h"
+#include "com/Values.h"
 #include "platform/text.h"
 #include <optional>
 
@@ -10,7 +11,7 @@ namespace {
 // The value of a property as a type; nothing when there is none that can be one.
 bool property(IDispatch* object, const wchar_t* name, VARTYPE type, Variant& value) noexcept {
     Variant found;
-    return SUCCEEDED(callByName(object, name, {}, found)) && SUCCEEDED(::VariantChangeType(&value, &found, 0, type));
+    return SUCCEEDED(callByName(object, name, {}, found)) && SUCCEEDED(changeType(found, type, value));
 }
 
 bool flag(IDispatch* object, const wchar_t* name) noexcept {
@@ -50,9 +51,11 @@ std::optional<platform::StdFont> described(IDispatch* object) {
 } // namespace
 
 FontArgument::FontArgument(IUnknown* object) {
-    if (object == nullptr || borrow(object)) return;
-    ComPtr<IDispatch> dispatch;
-    if (FAILED(object->QueryInterface(IID_IDispatch, dispatch.putVoid())) || !dispatch) return;
+    ComPtr<IUnknown> held; // it may empty the variable that it came in
+    held.hold(object);
+    if (borrow(object)) return;
+    const auto dispatch = interfaceOf<IDispatch>(object);
+    if (!dispatch) return;
     if (const auto font = described(dispatch.get()))
         m_made.reset(platform::CreateFontIndirectW(platform::recordOf(*font)));
 }
@@ -60,8 +63,9 @@ FontArgument::FontArgument(IUnknown* object) {
 // The handle is the object's, which changes it with its properties: so it is told that it is in use.
 bool FontArgument::borrow(IUnknown* object) noexcept {
     HFONT font = nullptr;
-    if (FAILED(object->QueryInterface(IID_IFont, m_lender.putVoid())) || !m_lender) return false;
-    if (FAILED(m_lender->get_hFont(&font)) || font == nullptr || FAILED(m_lender->AddRefHfont(font))) return false;
+    *m_lender.put() = interfaceOf<IFont>(object, IID_IFont).detach();
+    if (!m_lender || FAILED(m_lender->get_hFont(&font)) || font == nullptr || FAILED(m_lender->AddRefHfont(font)))
+        return false;
     m_lent = font;
     return true;
 }

@@ -1,12 +1,14 @@
 #include "com/IconArguments.h"
 #include "com/Arrays.h"
+#include "com/Values.h"
 #include <cstring>
 
 namespace pixkit::com {
 
 namespace {
 
-constexpr int deepest = 8; // arrays within each other
+constexpr std::size_t mostImages = 0xFFFF; // that an icon file can list
+constexpr std::size_t mostNumbers = 3 * mostImages;
 
 bool isNone(VARTYPE type) noexcept {
     return type == VT_EMPTY || type == VT_NULL || type == VT_ERROR;
@@ -34,15 +36,15 @@ VARIANT plainValue(const VARIANT& value) noexcept {
 bool addSheets(const VARIANT& source, std::vector<ComPtr<_cPixSheet>>& sheets, int depth) {
     const VARIANT value = plainValue(source);
     if ((value.vt & VT_ARRAY) != 0) {
-        return depth < deepest && SUCCEEDED(forElements(value.parray, [&](const VARIANT& element, std::size_t) {
+        return depth < deepestArrays && SUCCEEDED(forElements(value.parray, [&](const VARIANT& element, std::size_t) {
                    return addSheets(element, sheets, depth + 1) ? S_OK : DISP_E_TYPEMISMATCH;
                }));
     }
     if (isNone(value.vt)) return true;
     if (value.vt != VT_DISPATCH && value.vt != VT_UNKNOWN) return false;
     if (value.punkVal == nullptr) return true;
-    ComPtr<_cPixSheet> sheet;
-    if (FAILED(value.punkVal->QueryInterface(IID__cPixSheet, sheet.putVoid()))) return false;
+    auto sheet = interfaceOf<_cPixSheet>(value.punkVal, IID__cPixSheet);
+    if (!sheet || sheets.size() == mostImages) return false;
     sheets.push_back(std::move(sheet));
     return true;
 }
@@ -52,14 +54,14 @@ bool addNumbers(const VARIANT& source, std::vector<std::int32_t>& numbers, int d
     if ((value.vt & VT_ARRAY) != 0) {
         const bool hasFourth =
             value.parray != nullptr && value.parray->cDims == 2 && value.parray->rgsabound[1].cElements == 4;
-        return depth < deepest && SUCCEEDED(forElements(value.parray, [&](const VARIANT& element, std::size_t i) {
+        return depth < deepestArrays && SUCCEEDED(forElements(value.parray, [&](const VARIANT& element, std::size_t i) {
                    const bool isPassedOver = hasFourth && i % 4 == 3;
                    return isPassedOver || addNumbers(element, numbers, depth + 1) ? S_OK : DISP_E_TYPEMISMATCH;
                }));
     }
     if (isNone(value.vt)) return true;
     Variant number;
-    if (FAILED(::VariantChangeType(&number, const_cast<VARIANT*>(&value), 0, VT_I4))) return false;
+    if (FAILED(changeType(value, VT_I4, number)) || numbers.size() == mostNumbers) return false;
     numbers.push_back(number.lVal);
     return true;
 }
@@ -67,7 +69,7 @@ bool addNumbers(const VARIANT& source, std::vector<std::int32_t>& numbers, int d
 } // namespace
 
 bool collectSheets(const VARIANT& source, std::vector<ComPtr<_cPixSheet>>& sheets) {
-    return addSheets(source, sheets, 0);
+    return isSound(source) && addSheets(source, sheets, 0);
 }
 
 bool collectIconSizes(SAFEARRAY* sizes, std::vector<IconEntrySize>& entries) {
@@ -75,7 +77,7 @@ bool collectIconSizes(SAFEARRAY* sizes, std::vector<IconEntrySize>& entries) {
     VARIANT value = {};
     value.vt = VT_ARRAY | VT_VARIANT;
     value.parray = sizes;
-    if (!addNumbers(value, numbers, 0) || numbers.size() % 3 != 0) return false;
+    if (!isSound(value) || !addNumbers(value, numbers, 0) || numbers.size() % 3 != 0) return false;
     for (std::size_t i = 0; i < numbers.size(); i += 3)
         entries.push_back({numbers[i], numbers[i + 1], numbers[i + 2]});
     return true;

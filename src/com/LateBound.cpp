@@ -1,4 +1,5 @@
 #include "com/LateBound.h"
+#include "com/Values.h"
 #include <algorithm>
 #include <array>
 #include <dispex.h>
@@ -14,8 +15,8 @@ HRESULT findName(IDispatch* object, const wchar_t* name, DISPID& id) noexcept {
     auto* names = const_cast<wchar_t*>(name);
     const HRESULT status = object->GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id);
     if (SUCCEEDED(status)) return status;
-    ComPtr<IDispatchEx> extended;
-    if (FAILED(object->QueryInterface(__uuidof(IDispatchEx), extended.putVoid())) || !extended) return status;
+    const auto extended = interfaceOf<IDispatchEx>(object);
+    if (!extended) return status;
     Variant text;
     text.bstrVal = ::SysAllocString(name);
     if (text.bstrVal == nullptr) return E_OUTOFMEMORY;
@@ -25,16 +26,21 @@ HRESULT findName(IDispatch* object, const wchar_t* name, DISPID& id) noexcept {
 
 HRESULT invoke(IDispatch* object, DISPID id, WORD flags, DISPPARAMS& arguments, Variant& result) noexcept {
     EXCEPINFO exception{};
+    Variant found;
     const HRESULT status =
-        object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &arguments, &result, &exception, nullptr);
+        object->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &arguments, &found, &exception, nullptr);
     ::SysFreeString(exception.bstrSource);
     ::SysFreeString(exception.bstrDescription);
     ::SysFreeString(exception.bstrHelpFile);
-    if (FAILED(status)) ::VariantClear(&result);
-    return status;
+    return SUCCEEDED(status) ? copyOf(found, result) : status;
 }
 
 } // namespace
+
+HRESULT defaultProperty(IDispatch* object, Variant& result) noexcept {
+    DISPPARAMS none{};
+    return invoke(object, DISPID_VALUE, DISPATCH_PROPERTYGET, none, result);
+}
 
 HRESULT callByName(IDispatch* object, const wchar_t* name, std::span<const VARIANT> arguments,
                    Variant& result) noexcept {

@@ -4,7 +4,9 @@
 #include "com/DroppedFiles.h"
 #include "com/IconArguments.h"
 #include "com/Resources.h"
+#include "com/Values.h"
 #include "platform/win32/system/version_record.h"
+#include <algorithm>
 #include <new>
 #include <optional>
 #include <string>
@@ -13,14 +15,6 @@
 namespace pixkit::com {
 
 namespace {
-
-// Asking an object for this interface tells whether its pixels can be reached: only objects of this DLL know it. The
-// DLL's address is part of it, because another copy of the DLL may lay its objects out differently.
-IID privateInterface() noexcept {
-    IID id = {0x7dc461a7, 0xa86e, 0x4e24, {0xbb, 0xea, 0x97, 0x25, 0x69, 0xf7, 0x32, 0xfb}};
-    id.Data1 ^= static_cast<unsigned long>(reinterpret_cast<ULONG_PTR>(moduleInstance()) >> 16);
-    return id;
-}
 
 // What the native members refuse, in their own order: where a caller's sizes are none.
 constexpr IconEntrySize noSize = {-1, -1};
@@ -58,8 +52,6 @@ HRESULT PixSheetObject::QueryInterface(REFIID interfaceId, void** object) {
         *object = static_cast<IProvideClassInfo*>(this);
     } else if (interfaceId == IID_ISupportErrorInfo) {
         *object = static_cast<ISupportErrorInfo*>(this);
-    } else if (interfaceId == privateInterface()) {
-        *object = this;
     } else {
         *object = nullptr;
         return E_NOINTERFACE;
@@ -79,14 +71,6 @@ ULONG PixSheetObject::Release() {
         delete this;
     }
     return static_cast<ULONG>(left);
-}
-
-PixSheetObject* PixSheetObject::ours(_cPixSheet* object) noexcept {
-    void* found = nullptr;
-    if (FAILED(object->QueryInterface(privateInterface(), &found)) || found == nullptr) return nullptr;
-    auto* const sheet = static_cast<PixSheetObject*>(found);
-    sheet->Release(); // the caller's reference keeps it
-    return sheet;
 }
 
 bool PixSheetObject::liesInImage(const SAFEARRAY* array) const noexcept {
@@ -121,6 +105,7 @@ HRESULT PixSheetObject::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT cou
     if (!::IsEqualGUID(reserved, GUID{})) return DISP_E_UNKNOWNINTERFACE;
     if (names == nullptr || ids == nullptr) return E_POINTER;
     if (count == 0) return E_INVALIDARG;
+    if (std::find(names, names + count, nullptr) != names + count) return E_POINTER;
     if (const HRESULT status = types(); FAILED(status)) return status;
     return m_types->interfaceInfo()->GetIDsOfNames(names, count, ids);
 }
@@ -167,41 +152,40 @@ HRESULT PixSheetObject::get_Tag(VARIANT* result) {
 HRESULT PixSheetObject::put_Tag(VARIANT value) {
     const Hold held(*this);
     Variant copied;
-    if (const HRESULT status = ::VariantCopyInd(&copied, &value); FAILED(status)) return status;
+    if (const HRESULT status = copyOf(value, copied); FAILED(status)) return status;
     // The old value goes last: releasing an object may run code that asks for Tag.
     std::swap(static_cast<VARIANT&>(copied), static_cast<VARIANT&>(m_Tag));
     return S_OK;
 }
 
-template <class Save>
-std::int32_t PixSheetObject::withIconArguments(const VARIANT* source, SAFEARRAY** sizes, Save&& save) {
-    std::vector<ComPtr<_cPixSheet>> objects;
-    std::vector<IconEntrySize> entries;
-    std::vector<const cPixSheet*> sheets;
+PixSheetObject::IconArguments::IconArguments(const VARIANT* source, SAFEARRAY** entries) {
     if (source != nullptr && !collectSheets(*source, objects)) sheets.push_back(nullptr);
-    if (sizes != nullptr && *sizes != nullptr && !collectIconSizes(*sizes, entries)) entries = {noSize};
+    if (entries != nullptr && *entries != nullptr && !collectIconSizes(*entries, sizes)) sizes = {noSize};
     for (const ComPtr<_cPixSheet>& object : objects) {
         const PixSheetObject* const sheet = ours(object.get());
         sheets.push_back(sheet != nullptr ? sheet->m_sheet.get() : nullptr);
     }
-    return save(sheets, entries);
 }
 
 HRESULT PixSheetObject::SaveToFile_ICO(BSTR FileName, VARIANT* Source, VARIANT_BOOL PromptOverWrite, SAFEARRAY** Sizes,
                                        LONG* result) {
     return give(result, [&] {
-        return withIconArguments(Source, Sizes, [&](const auto& sheets, const auto& sizes) {
-            return m_sheet->SaveToFile_ICO(nameToUtf8(FileName), sheets, isTrue(PromptOverWrite), sizes);
-        });
+        const std::string name = nameToUtf8(FileName); // the objects' code may free the caller's string
+        const IconArguments icon(Source, Sizes);
+        return m_sheet->SaveToFile_ICO(name, icon.sheets, isTrue(PromptOverWrite), icon.sizes);
     });
 }
 
+// The objects are asked before the caller's array is looked at: their code may replace it.
 HRESULT PixSheetObject::SaveToStream_ICO(SAFEARRAY** outStream, VARIANT* Source, SAFEARRAY** Sizes, LONG* result) {
-    return fill(outStream, Access::replace, result, [&](ByteArray& bytes) {
-        return withIconArguments(Source, Sizes, [&](const auto& sheets, const auto& sizes) {
-            return m_sheet->SaveToStream_ICO(bytes, sheets, sizes);
-        });
-    });
+    if (outStream == nullptr || result == nullptr) return E_POINTER;
+    const Hold held(*this);
+    std::optional<IconArguments> icon;
+    const HRESULT status = run([&] { icon.emplace(Source, Sizes); });
+    *result = 0;
+    if (!icon) return status;
+    return fill(outStream, Access::replace, result,
+                [&](ByteArray& bytes) { return m_sheet->SaveToStream_ICO(bytes, icon->sheets, icon->sizes); });
 }
 
 HRESULT PixSheetObject::PngPropertyGet(::ePngProperties Property, BSTR Keyword, VARIANT* result) {
@@ -228,7 +212,7 @@ HRESULT PixSheetObject::PngPropertyGet(::ePngProperties Property, BSTR Keyword, 
 
 std::optional<PngValue> PixSheetObject::pngValueOf(const VARIANT& value) {
     Variant plain; // by value, also where it came by reference
-    if (FAILED(::VariantCopyInd(&plain, const_cast<VARIANT*>(&value)))) return {};
+    if (FAILED(copyOf(value, plain))) return {};
     switch (plain.vt) {
     case VT_EMPTY:
     case VT_NULL:
@@ -240,7 +224,7 @@ std::optional<PngValue> PixSheetObject::pngValueOf(const VARIANT& value) {
         return PngValue(plain.date);
     default: { // scripts keep numbers in any type
         Variant number;
-        if (FAILED(::VariantChangeType(&number, &plain, 0, VT_I4))) return {};
+        if (FAILED(changeType(plain, VT_I4, number))) return {};
         return PngValue(static_cast<std::int32_t>(number.lVal));
     }
     }
@@ -261,10 +245,11 @@ HRESULT PixSheetObject::get_LastErrorText(BSTR* result) {
 HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG newHeight,
                                     VARIANT_BOOL CopyOriginalFormat) {
     if (cDIBclass == nullptr) return E_POINTER;
-    const Hold held(*this); // asking a foreign object runs its code
-    if (*cDIBclass != nullptr) {
-        PixSheetObject* const target = ours(*cDIBclass);
-        if (target == nullptr) return DISP_E_TYPEMISMATCH;
+    bool isOther = false;
+    PixSheetObject* const target = given(cDIBclass, isOther);
+    if (isOther) return DISP_E_TYPEMISMATCH;
+    if (target != nullptr) {
+        const Hold held(*target); // until what went wrong has been told, while the program may go on
         return run([&] { m_sheet->CopyImageTo(*target->m_sheet, newWidth, newHeight, isTrue(CopyOriginalFormat)); });
     }
     return run([&] {
@@ -276,9 +261,9 @@ HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG 
 
 HRESULT PixSheetObject::SwapDIBs(_cPixSheet** SwapFromDIB) {
     if (SwapFromDIB == nullptr) return E_POINTER;
-    const Hold held(*this); // as above
-    PixSheetObject* const other = *SwapFromDIB != nullptr ? ours(*SwapFromDIB) : nullptr;
-    if (*SwapFromDIB != nullptr && other == nullptr) return DISP_E_TYPEMISMATCH;
+    bool isOther = false;
+    PixSheetObject* const other = given(SwapFromDIB, isOther);
+    if (isOther) return DISP_E_TYPEMISMATCH;
     return run([&] { m_sheet->SwapDIBs(other != nullptr ? other->m_sheet.get() : nullptr); });
 }
 

@@ -5,6 +5,7 @@
 #include "com/Automation.h"
 #include "com/FontArgument.h"
 #include "com/LateCall.h"
+#include "com/LiveObject.h"
 #include "com/TypeInformation.h"
 #include "com/module.h"
 #include "diagnostics/guard.h"
@@ -277,9 +278,10 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP PngPropertyGet(::ePngProperties Property, BSTR Keyword, VARIANT* result) override;
     STDMETHODIMP PngPropertySet(::ePngProperties Property, VARIANT Value, BSTR Keyword, VARIANT_BOOL* result) override {
         return give(result, [&] {
+            const std::string keyword = toUtf8(Keyword); // the code of an object in Value may free the caller's
             const auto value = pngValueOf(Value);
             if (!value) return refuse("no property has such a value");
-            return m_sheet->PngPropertySet(static_cast<pixkit::ePngProperties>(Property), *value, toUtf8(Keyword));
+            return m_sheet->PngPropertySet(static_cast<pixkit::ePngProperties>(Property), *value, keyword);
         });
     }
 
@@ -449,7 +451,15 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     ~PixSheetObject() = default;
 
     // The object behind an interface when this very DLL made it; null for every other implementation.
-    static PixSheetObject* ours(_cPixSheet* object) noexcept;
+    static PixSheetObject* ours(_cPixSheet* object) noexcept {
+        return LiveObject::isOne(object) ? static_cast<PixSheetObject*>(object) : nullptr;
+    }
+    // The same for an object that a member may be given; `isOther` where there is one, but none of this DLL's.
+    static PixSheetObject* given(_cPixSheet** object, bool& isOther) noexcept {
+        PixSheetObject* const found = object != nullptr && *object != nullptr ? ours(*object) : nullptr;
+        isOther = found == nullptr && object != nullptr && *object != nullptr;
+        return found;
+    }
     HRESULT types() noexcept;
     // Whether an array was laid over the pixels by its owner: then it cannot be replaced, nor filled from them.
     bool liesInImage(const SAFEARRAY* array) const noexcept;
@@ -462,10 +472,14 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     // Nothing for a value of a kind that no property has.
     static std::optional<PngValue> pngValueOf(const VARIANT& value);
 
-    // Calls `save` with the images and sizes of an icon file; null in the place of an object that is none of this
-    // DLL's, and a size that is refused where one is none. Objects are held meanwhile.
-    template <class Save>
-    static std::int32_t withIconArguments(const VARIANT* source, SAFEARRAY** sizes, Save&& save);
+    // The images and sizes of an icon file; null in the place of an object that is none of this DLL's, and a size that
+    // is refused where one is none. Foreign code runs.
+    struct IconArguments {
+        IconArguments(const VARIANT* source, SAFEARRAY** entries); // may throw std::bad_alloc
+        std::vector<ComPtr<_cPixSheet>> objects;
+        std::vector<const cPixSheet*> sheets;
+        std::vector<IconEntrySize> sizes;
+    };
 
     // Why a member fails before the native one is asked, or after it: for LastErrorText. Always false.
     bool refuse(Reason reason) const noexcept { return HostAccess::outcome(*m_sheet, refused(reason)); }
@@ -533,11 +547,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     template <class Body>
     HRESULT drawOnto(_cPixSheet** host, VARIANT_BOOL* result, Body&& body,
                      const Procedure& member = __builtin_FUNCTION()) noexcept {
-        const Hold held(*this); // asking a foreign object runs its code
-        PixSheetObject* const target = host != nullptr && *host != nullptr ? ours(*host) : nullptr;
-        if (host != nullptr && *host != nullptr && target == nullptr) return DISP_E_TYPEMISMATCH;
-        std::optional<Hold> heldTarget; // a font object's code may run as well
-        if (target != nullptr) heldTarget.emplace(*target);
+        bool isOther = false;
+        PixSheetObject* const target = given(host, isOther);
+        if (isOther) return DISP_E_TYPEMISMATCH;
+        ComPtr<_cPixSheet> held; // a font object's code may run
+        held.hold(target);
         return give(
             result, [&] { return body(target != nullptr ? target->m_sheet.get() : nullptr); }, member);
     }
@@ -572,9 +586,10 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     ModuleReference m_module; // first, so that the DLL stays while the rest goes
     LONG m_references = 1;
     std::unique_ptr<cPixSheet> m_sheet;
-    Variant m_Tag;
     std::shared_ptr<const TypeInformation> m_types;
     const LateCall* m_lateCall = nullptr; // the innermost one that is being made
+    Variant m_Tag;                        // goes before the others: releasing an object may run code that asks for them
+    LiveObject m_live{this};              // last: an object that is going is no argument for others
 };
 
 } // namespace pixkit::com

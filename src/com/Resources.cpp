@@ -1,6 +1,7 @@
 #include "com/Resources.h"
 #include "com/Arrays.h"
 #include "com/LateBound.h"
+#include "com/Values.h"
 #include "platform/gdi.h"
 #include "platform/icons.h"
 #include "platform/win32/pictures/OlePicture.h"
@@ -22,9 +23,8 @@ HRESULT callHost(IDispatch* host, const wchar_t* function, const VARIANT& index,
 }
 
 bool withHostResource(IDispatch* host, VARIANT& index, VARIANT& section, const Use& use) {
-    Variant found, value;
-    if (FAILED(callHost(host, L"LoadResData", index, section, found)) || FAILED(::VariantCopyInd(&value, &found)))
-        return false;
+    Variant value;
+    if (FAILED(callHost(host, L"LoadResData", index, section, value))) return false;
     if (value.vt == (VT_ARRAY | VT_VARIANT)) { // from a host written in script
         SAFEARRAY* bytes = nullptr;
         if (FAILED(arrayFromVariants(value.parray, VT_UI1, LOCALE_INVARIANT, &bytes))) return false;
@@ -41,7 +41,7 @@ bool withHostResource(IDispatch* host, VARIANT& index, VARIANT& section, const U
 const wchar_t* resourceName(VARIANT& index) {
     if (index.vt == VT_BSTR) return index.bstrVal;
     Variant number;
-    return SUCCEEDED(::VariantChangeType(&number, &index, 0, VT_UI2)) ? MAKEINTRESOURCEW(number.uiVal) : nullptr;
+    return SUCCEEDED(changeType(index, VT_UI2, number)) ? MAKEINTRESOURCEW(number.uiVal) : nullptr;
 }
 
 bool withProgramResource(VARIANT& index, VARIANT& section, const Use& use) {
@@ -74,13 +74,11 @@ std::unique_ptr<platform::StdPicture> programPicture(VARIANT& index, LONG kind, 
 
 bool isCustomResource(VARIANT& section) {
     Variant plain;
-    return SUCCEEDED(::VariantCopyInd(&plain, &section)) && plain.vt == VT_BSTR;
+    return SUCCEEDED(copyOf(section, plain)) && plain.vt == VT_BSTR;
 }
 
 std::unique_ptr<platform::StdPicture> pictureOf(IUnknown* object) {
-    ComPtr<IPicture> picture;
-    if (object == nullptr || FAILED(object->QueryInterface(IID_IPicture, picture.putVoid()))) return nullptr;
-    return platform::wrapPicture(picture.get());
+    return platform::wrapPicture(interfaceOf<IPicture>(object, IID_IPicture).get());
 }
 
 IPictureDisp* pictureDispOf(const platform::StdPicture& picture) {
@@ -92,20 +90,18 @@ IPictureDisp* pictureDispOf(const platform::StdPicture& picture) {
 std::unique_ptr<platform::StdPicture> resourcePicture(VARIANT& index, VARIANT& section, IDispatch* host, int iconCx,
                                                       int iconCy) {
     Variant plainIndex, plainSection, kind; // references followed
-    if (FAILED(::VariantCopyInd(&plainIndex, &index)) || FAILED(::VariantCopyInd(&plainSection, &section)) ||
-        FAILED(::VariantChangeType(&kind, &plainSection, 0, VT_I4)))
+    if (FAILED(copyOf(index, plainIndex)) || FAILED(copyOf(section, plainSection)) ||
+        FAILED(changeType(plainSection, VT_I4, kind)))
         return nullptr;
     if (host == nullptr) return programPicture(plainIndex, kind.lVal, iconCx, iconCy);
-    Variant found, value;
-    if (FAILED(callHost(host, L"LoadResPicture", plainIndex, kind, found)) || FAILED(::VariantCopyInd(&value, &found)))
-        return nullptr;
+    Variant value;
+    if (FAILED(callHost(host, L"LoadResPicture", plainIndex, kind, value))) return nullptr;
     return value.vt == VT_DISPATCH || value.vt == VT_UNKNOWN ? pictureOf(value.punkVal) : nullptr;
 }
 
 bool withResource(VARIANT& index, VARIANT& section, IDispatch* host, const Use& use) {
     Variant plainIndex, plainSection; // references followed
-    if (FAILED(::VariantCopyInd(&plainIndex, &index)) || FAILED(::VariantCopyInd(&plainSection, &section)))
-        return false;
+    if (FAILED(copyOf(index, plainIndex)) || FAILED(copyOf(section, plainSection))) return false;
     if (plainSection.vt != VT_BSTR) return false;
     return host != nullptr ? withHostResource(host, plainIndex, plainSection, use)
                            : withProgramResource(plainIndex, plainSection, use);

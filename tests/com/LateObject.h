@@ -17,7 +17,8 @@ class LateObject final : public IDispatchEx {
         : m_isScript(isScript), m_members(std::move(members)) {}
 
     STDMETHODIMP QueryInterface(REFIID id, void** result) override {
-        const bool isKnown = id == IID_IUnknown || id == IID_IDispatch || (m_isScript && id == __uuidof(IDispatchEx));
+        const bool isKnown =
+            isLiar || id == IID_IUnknown || id == IID_IDispatch || (m_isScript && id == __uuidof(IDispatchEx));
         *result = isKnown ? this : nullptr;
         return isKnown ? (AddRef(), S_OK) : E_NOINTERFACE;
     }
@@ -26,11 +27,13 @@ class LateObject final : public IDispatchEx {
     STDMETHODIMP GetTypeInfoCount(UINT* count) override { return *count = 0, S_OK; }
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
-        return m_isScript ? E_NOTIMPL : find(names[0], ids);
+        return m_isScript ? E_NOTIMPL : answer ? (*ids = 0, S_OK) : find(names[0], ids);
     }
     STDMETHODIMP GetDispID(BSTR name, DWORD, DISPID* id) override { return find(name, id); }
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* arguments, VARIANT* result, EXCEPINFO* exception,
                         UINT*) override {
+        if (answer) return answer(*arguments, *result);
+        if (static_cast<std::size_t>(id) >= m_members.size()) return DISP_E_MEMBERNOTFOUND;
         const HRESULT status = std::next(m_members.begin(), id)->second(*arguments, *result);
         if (status == DISP_E_EXCEPTION) exception->bstrDescription = ::SysAllocString(L"What went wrong");
         return status;
@@ -46,6 +49,8 @@ class LateObject final : public IDispatchEx {
     STDMETHODIMP GetNameSpaceParent(IUnknown**) override { return E_NOTIMPL; }
 
     ULONG references = 1;
+    bool isLiar = false; // says that it has every interface
+    Member answer;       // to every call, where it is there
 
   private:
     HRESULT find(const wchar_t* name, DISPID* id) const {
