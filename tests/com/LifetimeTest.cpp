@@ -2,6 +2,7 @@
 #include "Fonts.h"
 #include "Server.h"
 #include "platform/faults.h"
+#include <algorithm>
 #include <fstream>
 #include <psapi.h>
 
@@ -103,7 +104,40 @@ struct InUse {
     std::size_t handles = platform::openHandles();
     PROCESS_MEMORY_COUNTERS memory{};
     InUse() { ::GetProcessMemoryInfo(::GetCurrentProcess(), &memory, sizeof memory); }
+    // The heap keeps some freed memory; a few bytes lost of each object would already be more than this.
+    void expectNoMore() const {
+        const InUse after;
+        EXPECT_EQ(after.handles, handles);
+        EXPECT_LT(after.memory.PagefileUsage, memory.PagefileUsage + 256 * 1024);
+    }
 };
+
+// Objects of one thread, one after the other.
+DWORD WINAPI manyObjects(void* server) {
+    ::CoInitialize(nullptr);
+    for (int i = 0; i < 25'000; ++i) {
+        ComPtr<_cPixSheet> one;
+        VARIANT_BOOL made = VARIANT_FALSE;
+        *one.put() = static_cast<const Server*>(server)->create();
+        if (i % 8 == 0) one->InitializeDIB(8, 8, &made);
+    }
+    ::CoUninitialize();
+    return 0;
+}
+
+TEST_F(Lifetime, AHundredThousandObjectsOfFourThreadsLeaveNothingBehind) {
+    const auto round = [&] {
+        HANDLE threads[4];
+        for (HANDLE& thread : threads)
+            thread = ::CreateThread(nullptr, 0, manyObjects, &server, 0, nullptr);
+        ::WaitForMultipleObjects(4, threads, TRUE, INFINITE);
+        std::for_each(threads, threads + 4, ::CloseHandle);
+    };
+    round();
+    const InUse before;
+    round();
+    before.expectNoMore();
+}
 
 TEST_F(Lifetime, TenThousandObjectsLeaveNoGdiObjectHandleOrMemoryBehind) {
     const auto cycle = [&](bool late) {
@@ -129,10 +163,7 @@ TEST_F(Lifetime, TenThousandObjectsLeaveNoGdiObjectHandleOrMemoryBehind) {
     sheet->DestroyDIB();
     for (int i = 0; i < 10'000; ++i)
         cycle(i % 100 == 0);
-    const InUse after;
-    EXPECT_EQ(after.handles, before.handles);
-    // The heap keeps some freed memory; one byte lost of each object's smallest part would already be more than this.
-    EXPECT_LT(after.memory.PagefileUsage, before.memory.PagefileUsage + 256 * 1024);
+    before.expectNoMore();
 }
 
 TEST_F(Lifetime, TenThousandTextsLeaveAFontOrContextBehind) {
@@ -154,9 +185,7 @@ TEST_F(Lifetime, TenThousandTextsLeaveAFontOrContextBehind) {
     ::DeleteObject(held);
     for (int i = 0; i < 10'000; ++i)
         cycle();
-    const InUse after;
-    EXPECT_EQ(after.handles, before.handles);
-    EXPECT_LT(after.memory.PagefileUsage, before.memory.PagefileUsage + 256 * 1024);
+    before.expectNoMore();
 }
 
 } // namespace pixkit::test
