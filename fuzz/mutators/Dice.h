@@ -31,6 +31,10 @@ class Dice {
     bool oneIn(std::size_t count) { return below(count) == 0; }
     std::uint8_t byte() { return static_cast<std::uint8_t>(m_engine() >> 8); }
     auto oneOf(const auto& values) { return std::begin(values)[below(std::size(values))]; }
+    template <typename Part>
+    Part& anyOf(std::vector<Part>& parts) {
+        return parts[below(parts.size())];
+    }
     // As sides of pictures are.
     std::size_t side() { return 1 + below(oneIn(8) ? 300 : 40); }
     // As fields of headers may be: small, at a border, anything.
@@ -54,14 +58,21 @@ class Dice {
         bytes.resize(size + size / 4 + 8);
         bytes.resize(LLVMFuzzerMutate(bytes.data(), size, bytes.size()));
     }
+    // Takes the end off, from anywhere on.
+    Bytes cut(Bytes& bytes) {
+        const auto middle = bytes.begin() + static_cast<std::ptrdiff_t>(below(bytes.size() + 1));
+        Bytes rest(middle, bytes.end());
+        bytes.erase(middle, bytes.end());
+        return rest;
+    }
     // One of several parts goes, comes twice, or changes places with another.
     template <typename Part>
     void shuffle(std::vector<Part>& parts) {
         if (parts.empty()) return;
-        Part& part = parts[below(parts.size())];
-        if (oneIn(3)) return void(parts.erase(parts.begin() + (&part - parts.data())));
-        if (oneIn(2)) return parts.push_back(Part(part));
-        std::swap(part, parts[below(parts.size())]);
+        std::swap(anyOf(parts), parts.back());
+        if (oneIn(3)) return parts.pop_back();
+        if (oneIn(2)) parts.push_back(Part(parts.back()));
+        std::swap(anyOf(parts), parts.back());
     }
 
   private:

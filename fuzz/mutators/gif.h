@@ -30,19 +30,17 @@ inline std::vector<GifBlock> gifBlocks(const ByteReader& reader, std::size_t at)
 
 // Codes for at least so many indexes, every one of which stands for a string.
 inline Bytes gifCodes(unsigned codeSize, std::size_t count, Dice& dice) {
-    constexpr unsigned tableSize = 4096;
-    constexpr std::size_t clearings[] = {2, 50, 3000, 100000};
-    const std::size_t clearEvery = dice.oneOf(clearings);
-    const unsigned taste = dice.byte() % 3, clear = 1U << codeSize; // taste: single indexes, the newest string, any
+    constexpr std::size_t tableSize = 4096, clearings[] = {2, 50, 3000, 100000};
+    const std::size_t clearEvery = dice.oneOf(clearings), taste = dice.below(3); // single indexes, the newest, any
+    const std::size_t clear = std::size_t{1} << codeSize;
     std::array<std::size_t, tableSize> lengths{};
     Bytes bytes;
     BitWriter writer(bytes);
-    unsigned next = clear + 2, width = codeSize + 1;
-    std::size_t last = 0; // the length of the string before; 0: none since the table was cleared
-    for (std::size_t done = 0; done < count;) {
-        const unsigned known = last == 0 ? clear - 1 : std::min(next, tableSize - 1);
-        unsigned code = static_cast<unsigned>(dice.below(taste == 0 ? clear : known + 1));
-        if (taste == 1 && !dice.oneIn(8)) code = known;
+    std::size_t next = clear + 2, last = 0; // the string before; 0: none since the table was cleared
+    unsigned width = codeSize + 1;
+    for (std::size_t done = 0; done < count; done += last) {
+        const std::size_t known = last == 0 ? clear - 1 : std::min(next, tableSize - 1);
+        std::size_t code = taste == 1 ? known : dice.below(taste == 0 ? clear : known + 1);
         if (code == clear + 1) code = 0; // the end
         if (dice.oneIn(clearEvery)) code = clear;
         writer.reserve(2);
@@ -50,14 +48,12 @@ inline Bytes gifCodes(unsigned codeSize, std::size_t count, Dice& dice) {
         writer.flush();
         if (code == clear) {
             next = clear + 2;
-            width = codeSize + 1;
-            last = 0;
-            continue;
+        } else if (last != 0 && next < tableSize) {
+            lengths[next++] = last + 1;
         }
-        if (last != 0 && next < tableSize) lengths[next++] = last + 1;
-        if (next == 1U << width && width < 12) ++width;
-        last = code < clear ? 1 : lengths[code];
-        done += last;
+        last = code == clear ? 0 : code < clear ? 1 : lengths[code];
+        if (code == clear) width = codeSize + 1;
+        if (code != clear && next == 1U << width && width < 12) ++width;
     }
     writer.reserve(2);
     writer.put(clear + 1, width);
@@ -67,14 +63,13 @@ inline Bytes gifCodes(unsigned codeSize, std::size_t count, Dice& dice) {
 }
 
 inline GifBlock newGifImage(Dice& dice) {
-    const std::size_t width = dice.side(), height = dice.side();
+    const std::size_t width = dice.side(), height = dice.side(), codeSize = 1 + dice.below(dice.oneIn(4) ? 11 : 8);
     const std::uint8_t packed = dice.byte() & 0xC7;
-    const auto codeSize = static_cast<unsigned>(1 + dice.below(dice.oneIn(4) ? 11 : 8));
-    GifBlock image{dice.noise(11 + gifTableBytes(packed)), gifCodes(codeSize, width * height, dice)};
-    if (dice.oneIn(8)) image.data.resize(dice.below(image.data.size()));
+    GifBlock image{dice.noise(11 + gifTableBytes(packed)),
+                   gifCodes(static_cast<unsigned>(codeSize), width * height, dice)};
+    if (dice.oneIn(8)) dice.cut(image.data);
     image.head[0] = 0x2C;
-    putField(image.head, 5, 2, width);
-    putField(image.head, 7, 2, height);
+    putField(image.head, 5, 4, width | height << 16);
     image.head[9] = packed;
     image.head.back() = static_cast<std::uint8_t>(codeSize);
     return image;
@@ -82,52 +77,32 @@ inline GifBlock newGifImage(Dice& dice) {
 
 // A changed file, or a new one of what is none.
 inline void mutateGif(Bytes& file, Dice& dice) {
-    constexpr std::uint8_t labels[] = {0xF9, 0xF9, 0xF9, 0xFE, 0xFF, 0x01, 0x00};
-    const ByteReader reader(file);
-    const auto screen = reader.slice(0, 13).value_or(std::span<const std::uint8_t>());
-    Bytes start =
-        screen.empty() ? Bytes{'G', 'I', 'F', '8', '9', 'a', 9, 0, 9, 0, 0, 0, 0} : Bytes(screen.begin(), screen.end());
-    const std::size_t table = gifTableBytes(start[10]);
-    std::vector<GifBlock> blocks = gifBlocks(reader, 13 + table);
-    const auto any = blocks.begin() + static_cast<std::ptrdiff_t>(dice.below(blocks.size()));
-    switch (blocks.empty() ? 4 : dice.below(7)) {
-    case 0:
-        start[dice.below(13)] = dice.byte();
-        break;
-    case 1:
-        dice.shuffle(blocks);
-        break;
-    case 2:
-        dice.change(any->data);
-        break;
-    case 3: // an extension, mostly one that makes an index transparent
-        blocks.insert(any, {{0x21, dice.oneOf(labels)},
-                            dice.oneIn(3) ? dice.noise(dice.below(300)) : Bytes{1, 0, 0, dice.byte()}});
-        break;
-    case 4:
-        blocks.insert(any, newGifImage(dice));
-        break;
-    case 5:
-        *any = newGifImage(dice);
-        break;
-    default:
-        any->head[1 + dice.below(any->head.size() - 1)] = dice.byte();
-    }
-    if (dice.oneIn(4)) start[10] ^= 0x80; // the table for all
-    const auto colors = reader.slice(13, gifTableBytes(start[10])).value_or(std::span<const std::uint8_t>());
-    append(start, colors.empty() ? dice.noise(gifTableBytes(start[10])) : Bytes(colors.begin(), colors.end()));
+    constexpr std::uint8_t labels[] = {0xF9, 0xF9, 0xFE, 0xFF}; // one that makes an index transparent, others
+    if (file.size() < 13) file = {'G', 'I', 'F', '8', '9', 'a', 9, 0, 9, 0, 0, 0, 0};
+    const std::size_t table = gifTableBytes(file[10]);
+    std::vector<GifBlock> blocks = gifBlocks(ByteReader(file), 13 + table);
+    const std::size_t what = blocks.empty() ? 6 : dice.below(7);
+    if (what == 0) dice.shuffle(blocks);
+    if (what == 1) dice.change(dice.anyOf(blocks).data);
+    if (what == 2) dice.anyOf(blocks) = newGifImage(dice);
+    if (what == 3) dice.anyOf(blocks).head[1] = dice.byte();
+    if (what == 4) blocks.insert(blocks.begin(), {{0x21, dice.oneOf(labels)}, dice.noise(dice.below(300))});
+    if (what == 5) blocks.insert(blocks.begin(), {{0x21, 0xF9}, {1, 0, 0, dice.byte()}});
+    if (what == 6) blocks.insert(blocks.begin(), newGifImage(dice));
+    file.resize(13 + table);
+    if (dice.oneIn(4)) file[dice.below(13)] = dice.byte();
+    file.resize(13 + gifTableBytes(file[10])); // the colours for all
     for (const GifBlock& block : blocks) {
-        append(start, block.head);
+        append(file, block.head);
         const std::size_t most = dice.oneIn(4) ? 1 + dice.below(255) : 255;
         for (std::size_t at = 0; at < block.data.size(); at += most) {
             const auto part = std::span(block.data).subspan(at, std::min(most, block.data.size() - at));
-            start.push_back(static_cast<std::uint8_t>(part.size()));
-            append(start, part);
+            file.push_back(static_cast<std::uint8_t>(part.size()));
+            append(file, part);
         }
-        start.push_back(0);
+        file.push_back(0);
     }
-    start.push_back(0x3B);
-    file = std::move(start);
+    file.push_back(0x3B);
 }
 
 } // namespace pixkit::fuzz

@@ -9,23 +9,14 @@ struct IcoEntry {
     Bytes listed, image; // the directory's line, the image itself
 };
 
-inline IcoEntry newIcoEntry(Dice& dice) {
-    IcoEntry entry{dice.noise(16), {}};
-    if (dice.oneIn(2)) mutatePng(entry.image, dice);
-    if (entry.image.empty()) entry.image = newBitmap(true, dice);
-    return entry;
-}
-
 inline std::vector<IcoEntry> icoEntries(const Bytes& file) {
     std::vector<IcoEntry> entries;
     const ByteReader reader(file);
-    const std::size_t count = std::min<std::size_t>(reader.littleEndian16(4).value_or(0), 30);
-    for (std::size_t at = 6; entries.size() < count; at += 16) {
+    for (std::size_t at = 6; entries.size() < reader.byte(4).value_or(0) % 32U; at += 16) {
         const auto listed = reader.slice(at, 16);
         if (!listed) break;
-        const std::size_t start = std::min<std::size_t>(*reader.littleEndian32(at + 12), file.size());
-        const auto image =
-            std::span(file).subspan(start, std::min<std::size_t>(*reader.littleEndian32(at + 8), file.size() - start));
+        const std::size_t start = *reader.littleEndian32(at + 12), size = *reader.littleEndian32(at + 8);
+        const auto image = reader.slice(start, size).value_or(std::span<const std::uint8_t>());
         entries.push_back({{listed->begin(), listed->end()}, {image.begin(), image.end()}});
     }
     return entries;
@@ -34,25 +25,18 @@ inline std::vector<IcoEntry> icoEntries(const Bytes& file) {
 // A changed file, or a new one of what is none.
 inline void mutateIco(Bytes& file, Dice& dice) {
     std::vector<IcoEntry> entries = icoEntries(file);
-    if (entries.empty() || dice.oneIn(5)) entries.push_back(newIcoEntry(dice));
-    IcoEntry& any = entries[dice.below(entries.size())];
-    switch (dice.below(6)) {
-    case 0:
-        dice.shuffle(entries);
-        break;
-    case 1:
-        any.listed[dice.below(8)] = dice.byte();
-        break;
-    case 2:
-        any = newIcoEntry(dice);
-        break;
-    default:
-        if (any.image.size() > 4 && any.image[1] == 'P') {
-            mutatePng(any.image, dice);
-        } else {
-            changeBitmap(any.image, 0, dice);
-        }
+    if (entries.empty() || dice.oneIn(5))
+        entries.push_back({dice.noise(16), dice.oneIn(2) ? Bytes() : newBitmap(true, dice)});
+    IcoEntry& any = dice.anyOf(entries);
+    const std::size_t what = dice.below(6);
+    if (what == 1) any.listed[dice.below(8)] = dice.byte();
+    if (what == 2) any.image = newBitmap(true, dice);
+    if (any.image.size() < 4 || any.image[1] == 'P') {
+        mutatePng(any.image, dice);
+    } else if (what > 2) {
+        changeBitmap(any.image, 0, dice);
     }
+    if (what == 0) dice.shuffle(entries);
     file = {0, 0, static_cast<std::uint8_t>(1 + dice.below(2)), 0};
     ByteWriter(file).littleEndian16(dice.oneIn(30) ? dice.number() : entries.size());
     std::size_t at = 6 + 16 * entries.size();

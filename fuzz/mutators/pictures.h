@@ -8,32 +8,17 @@
 namespace pixkit::fuzz {
 
 inline void mutatePicture(Bytes& file, Dice& dice) {
-    using namespace std::string_view_literals;
-    constexpr std::string_view signatures[] = {"\x89PNG", "GIF", "\0\0\1\0"sv, "\0\0\2\0"sv, "BM", "\xFF\xD8"};
-    const auto known = std::ranges::find_if(signatures, [&](std::string_view signature) {
-        return file.size() > 20 && std::ranges::equal(signature, std::span(file).first(signature.size()), {},
-                                                      [](char c) { return static_cast<std::uint8_t>(c); });
-    });
-    std::ptrdiff_t kind = known - signatures;
-    if (file.size() < 20 || (kind == 6 && dice.oneIn(8))) {
+    constexpr std::pair<std::uint8_t, void (*)(Bytes&, Dice&)> formats[] = {
+        {0x89, mutatePng}, {'G', mutateGif}, {0, mutateIco}, {'B', mutateBmp}, {0xFF, [](Bytes& bytes, Dice& chosen) {
+                                                                                    chosen.change(bytes);
+                                                                                }}};
+    if (file.size() < 20 || dice.oneIn(16)) {
         file.clear();
-        kind = static_cast<std::ptrdiff_t>(dice.below(7));
+        return dice.oneOf(formats).second(file, dice);
     }
-    switch (kind) {
-    case 0:
-        return mutatePng(file, dice);
-    case 1:
-        return mutateGif(file, dice);
-    case 2:
-    case 3:
-        return mutateIco(file, dice);
-    case 4:
-        return mutateBmp(file, dice);
-    case 5:
-        return dice.change(file);
-    default:
-        return mutateTga(file, dice);
-    }
+    for (const auto& [first, mutate] : formats)
+        if (file[0] == first && (first != 0 || (file[1] == 0 && file[4] != 0))) return mutate(file, dice);
+    mutateTga(file, dice);
 }
 
 // The work of LLVMFuzzerCustomMutator: `mutate` changes the input a few times, and libFuzzer does where that changes

@@ -15,7 +15,7 @@ struct PngChunk {
     bool isRows() const { return type == "IDAT"; }
 };
 
-inline std::vector<PngChunk> pngChunks(const Bytes& file) {
+inline std::vector<PngChunk> pngChunks(std::span<const std::uint8_t> file) {
     std::vector<PngChunk> chunks;
     const ByteReader reader(file);
     for (std::size_t at = 8; const auto length = reader.bigEndian32(at); at += *length + std::size_t{12}) {
@@ -41,37 +41,33 @@ inline Bytes pngFile(const std::vector<PngChunk>& chunks, const auto& crcOf) {
     return file;
 }
 
+// Size, depth, colour type and interlacing, mostly such as there are.
+inline Bytes newPngForm(Dice& dice) {
+    constexpr std::uint8_t depths[] = {1, 2, 4, 8, 16}, types[] = {0, 2, 3, 4, 6};
+    Bytes ihdr;
+    ByteWriter out(ihdr);
+    out.bigEndian32(dice.oneIn(20) ? dice.number() : dice.side());
+    out.bigEndian32(dice.oneIn(20) ? dice.number() : dice.side());
+    const std::uint8_t depth = dice.oneOf(depths), type = dice.oneOf(types);
+    out.bytes({type % 4 == 0 || depth >= 8 ? depth : std::uint8_t{8}, type, 0, 0, dice.oneIn(2)});
+    if (dice.oneIn(10)) ihdr[8 + dice.below(5)] = dice.byte();
+    return ihdr;
+}
+
 // Where rows begin in inflated data, and where the last one ends, as far as they are not very many.
 inline std::vector<std::size_t> pngRowStarts(const Bytes& ihdr) {
-    constexpr std::uint64_t most = 1 << 15;
     constexpr unsigned channels[] = {1, 1, 3, 1, 2, 1, 4, 1};
     const ByteReader reader(ihdr);
     std::vector<std::size_t> starts = {0};
     for (const InterlacePass& pass : ihdr[12] != 0 ? std::span<const InterlacePass>(adam7) : wholePicture) {
-        const std::uint64_t bits =
-            std::uint64_t{pass.columns(*reader.bigEndian32(0))} * channels[ihdr[9] % 8] * ihdr[8];
+        const std::uint64_t columns = pass.columns(*reader.bigEndian32(0));
+        const std::uint64_t bits = columns * channels[ihdr[9] % 8] * ihdr[8];
         for (std::size_t row = pass.rows(*reader.bigEndian32(4)); row > 0 && bits > 0; --row) {
-            if (starts.back() + bits / 8 > most) return starts;
+            if (starts.back() + bits / 8 > 1 << 15) return starts;
             starts.push_back(starts.back() + 1 + static_cast<std::size_t>((bits + 7) / 8));
         }
     }
     return starts;
-}
-
-// Size, depth, colour type and interlacing, mostly such as there are.
-inline void changePngForm(Bytes& ihdr, Dice& dice) {
-    constexpr std::uint8_t forms[][2] = {{1, 0}, {2, 0}, {4, 0}, {8, 0}, {16, 0}, {8, 2}, {16, 2}, {1, 3},
-                                         {2, 3}, {4, 3}, {8, 3}, {8, 4}, {16, 4}, {8, 6}, {16, 6}};
-    const auto* const form = dice.oneOf(forms);
-    const std::size_t width = dice.oneIn(20) ? dice.number() : dice.side(),
-                      height = dice.oneIn(20) ? dice.number() : dice.side();
-    Bytes fresh;
-    ByteWriter out(fresh);
-    out.bigEndian32(width);
-    out.bigEndian32(height);
-    out.bytes({form[0], form[1], 0, 0, dice.oneIn(2)});
-    if (dice.oneIn(10)) fresh[8 + dice.below(5)] = dice.byte();
-    ihdr = std::move(fresh);
 }
 
 // Inflates the rows, changes them or their filters, and compresses them: into one chunk, where the first was. With a
@@ -83,7 +79,7 @@ inline void changePngRows(std::vector<PngChunk>& chunks, Bytes& ihdr, bool isNew
     for (PngChunk& chunk : chunks)
         if (chunk.isRows()) append(stream, std::exchange(chunk.data, {}));
     rows.resize(deflate::inflateZlib(rows.data(), rows.size(), stream.data(), stream.size()).written);
-    if (isNew) changePngForm(ihdr, dice);
+    if (isNew) ihdr = newPngForm(dice);
     const std::vector<std::size_t> starts = pngRowStarts(ihdr);
     if (isNew) rows = dice.noise(starts.back() + 1);
     if (!isNew && dice.oneIn(2)) dice.change(rows);
@@ -96,8 +92,7 @@ inline void changePngRows(std::vector<PngChunk>& chunks, Bytes& ihdr, bool isNew
 }
 
 inline PngChunk newPngChunk(Dice& dice) {
-    constexpr const char* types[] = {"PLTE", "tRNS", "tRNS", "PLTE", "IDAT", "IHDR", "IEND", "gAMA", "bKGD", "pHYs",
-                                     "tEXt", "zTXt", "iTXt", "tIME", "sBIT", "hIST", "acTL", "fdAT", "CgBI"};
+    constexpr const char* types[] = {"PLTE", "tRNS", "tRNS", "PLTE", "IDAT", "IHDR", "IEND", "bKGD", "zTXt", "tIME"};
     const std::size_t size = dice.below(dice.oneIn(4) ? 900 : 40);
     return {dice.oneOf(types), dice.noise(size)};
 }
@@ -107,30 +102,17 @@ inline void mutatePng(Bytes& file, Dice& dice) {
     std::vector<PngChunk> chunks = pngChunks(file);
     const bool isNew = chunks.empty();
     if (isNew) chunks = {{"IHDR", Bytes(13)}, newPngChunk(dice), {"IDAT", {}}, {"IEND", {}}};
-    const auto any = chunks.begin() + static_cast<std::ptrdiff_t>(dice.below(chunks.size()));
-    switch (isNew ? 5 : dice.below(9)) {
-    case 0:
-        dice.shuffle(chunks);
-        break;
-    case 1:
-        chunks.insert(any, newPngChunk(dice));
-        break;
-    case 2:
-        any->data = dice.noise(dice.below(800));
-        break;
-    case 3:
-        dice.change(any->data);
-        break;
-    case 4: { // in two
-        const auto middle = any->data.begin() + static_cast<std::ptrdiff_t>(dice.below(any->data.size() + 1));
-        PngChunk rest{any->type, {middle, any->data.end()}};
-        any->data.erase(middle, any->data.end());
-        chunks.insert(any + 1, std::move(rest));
-        break;
+    PngChunk& any = dice.anyOf(chunks);
+    const std::size_t what = isNew ? 9 : dice.below(9);
+    if (what == 0) any.data = dice.noise(dice.below(800));
+    if (what == 1) dice.change(any.data);
+    if (what == 2) { // in two
+        PngChunk rest{any.type, dice.cut(any.data)};
+        chunks.insert(chunks.begin() + (&any - chunks.data()) + 1, std::move(rest));
     }
-    default:
-        changePngRows(chunks, chunks[0].data, isNew || dice.oneIn(3), dice);
-    }
+    if (what > 4) changePngRows(chunks, chunks[0].data, isNew || dice.oneIn(3), dice);
+    if (what == 3) dice.shuffle(chunks);
+    if (what == 4) chunks.insert(chunks.begin() + (&any - chunks.data()), newPngChunk(dice));
     file = pngFile(chunks, [&](std::uint32_t crc) { return dice.oneIn(50) ? dice.number() : crc; });
 }
 
