@@ -178,10 +178,13 @@ ROWS = {
 def write(path, make, width, height):
     """In another process, so that this one stays small: the system counts its memory with that of what it starts."""
     if os.fork() == 0:
-        path.write_bytes(make(width, height))
-        if make is nothing:
-            os.truncate(path, (1 << 31) - 1)
-        os._exit(0)
+        try:
+            path.write_bytes(make(width, height))
+            if make is nothing:
+                os.truncate(path, (1 << 31) - 1)
+            os._exit(0)
+        finally:
+            os._exit(1)
     if os.wait()[1] != 0:
         sys.exit(f"{path} cannot be made")
 
@@ -202,8 +205,9 @@ def least(command, arguments, path, tries):
 
 def table():
     """Of each file its bytes a pixel and its work."""
-    rows = (line.split("|") for line in TABLE.read_text().splitlines() if line.startswith("|"))
-    return {cells[1].strip(): [cell.strip() for cell in cells[6:8]] for cells in rows if len(cells) == 9 and "--" not in cells[1] and "file" != cells[1].strip()}
+    lines = TABLE.read_text().split("| file | size |")[1].split("\n\n")[0].splitlines()[2:]
+    rows = ([cell.strip() for cell in line.split("|")] for line in lines)
+    return {row[1]: row[6:8] for row in rows}
 
 
 class Measure:
