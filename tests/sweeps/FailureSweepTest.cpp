@@ -232,9 +232,9 @@ TEST_F(FailureSweep, AFailedLoadLeavesHalfAPicture) {
                              return platform::OleCreatePictureIndirect(source.Handle(), platform::PictureType::bitmap,
                                                                        false);
                          },
-                         [&](auto&, auto&) { return png; }});
+                         [&](auto&, auto&) { return Bytes(png); }});
     const ResourceId number(7), section("S");
-    const std::vector<DroppedFile> files = {{"no such file.png"}, {"", [&] { return png; }}, {file}};
+    const std::vector<DroppedFile> files = {{"no such file.png"}, {"", [&] { return Bytes(png); }}, {file}};
     Bytes names(20);
     names[0] = 20;
     names.insert(names.end(), file.begin(), file.end());
