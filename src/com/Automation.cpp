@@ -6,6 +6,9 @@ namespace pixkit::com {
 void* queried(IUnknown* object, REFIID id) noexcept {
     static constexpr IID unheardOf = {0x3f0c1d0e, 0x5b7a, 0x4e63, {0x9d, 0x21, 0x6a, 0x8e, 0x40, 0xb5, 0x17, 0xc9}};
     if (object == nullptr) return nullptr;
+    // Held: while it is asked the first time, it may empty the variable or the element that was its last owner.
+    ComPtr<IUnknown> held;
+    held.hold(object);
     void* found = nullptr;
     if (SUCCEEDED(object->QueryInterface(unheardOf, &found))) {
         if (found == object) object->Release();

@@ -291,6 +291,18 @@ TEST_F(Hostile, VariablesMayBecomeAnythingWhileACallIsMade) {
     EXPECT_EQ(count.lVal, 1);
     EXPECT_EQ(stream.vt, VT_ARRAY | VT_UI1);
     ::VariantClear(&stream);
+    // One that, asked for an interface, empties the only variable that holds it.
+    for (const wchar_t* const member : {L"SwapDIBs", L"LoadPicture_StdPicture", L"SaveToStream_ICO"}) {
+        LateObject fleeting({});
+        VARIANT last = object(&fleeting);
+        fleeting.asked = [&] {
+            ::VariantClear(&last);
+            EXPECT_NE(fleeting.references, 0U) << "gone while it is asked";
+        };
+        const std::vector<VARIANT> icon = {variable(stream), variable(last)}, other = {variable(last)};
+        call(sheet.get(), member, std::wcscmp(member, L"SaveToStream_ICO") == 0 ? icon : other, &count);
+        EXPECT_EQ(fleeting.references, 0U);
+    }
 }
 
 } // namespace pixkit::test

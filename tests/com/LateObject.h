@@ -17,6 +17,7 @@ class LateObject final : public IDispatchEx {
         : m_isScript(isScript), m_members(std::move(members)) {}
 
     STDMETHODIMP QueryInterface(REFIID id, void** result) override {
+        if (asked) asked();
         const bool isKnown =
             isLiar || id == IID_IUnknown || id == IID_IDispatch || (m_isScript && id == __uuidof(IDispatchEx));
         *result = isKnown ? this : nullptr;
@@ -49,8 +50,9 @@ class LateObject final : public IDispatchEx {
     STDMETHODIMP GetNameSpaceParent(IUnknown**) override { return E_NOTIMPL; }
 
     ULONG references = 1;
-    bool isLiar = false; // says that it has every interface
-    Member answer;       // to every call, where it is there
+    bool isLiar = false;         // says that it has every interface
+    Member answer;               // to every call, where it is there
+    std::function<void()> asked; // for an interface
 
   private:
     HRESULT find(const wchar_t* name, DISPID* id) const {
