@@ -15,32 +15,33 @@ namespace {
 
 using platform::PictureType;
 
-// Draws a picture over the whole host.
-bool drawOver(const platform::StdPicture& picture, cPixSheet& host) {
-    const auto dc = host.LoadDIBinDC(true);
-    const bool drawn = dc != 0 && picture.Render(dc, 0, 0, host.Width(), host.Height());
+// Draws a picture over a whole image.
+bool drawOver(const platform::StdPicture& picture, cPixSheet& image) {
+    const auto dc = image.LoadDIBinDC(true);
+    const bool drawn = dc != 0 && picture.Render(dc, 0, 0, image.Width(), image.Height());
     platform::GdiFlush();
-    host.LoadDIBinDC(false);
+    image.LoadDIBinDC(false);
     return drawn;
 }
 
-// What a metafile leaves of the alpha bytes says nothing, so it is drawn twice.
+// What a metafile leaves of the alpha bytes says nothing, so it is drawn twice: where nobody else has the images,
+// because a picture may be an object of the program's, whose code does as it likes with the host.
 Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
-    cPixSheet white;
+    cPixSheet black, white;
+    black.Unattended(host.Unattended());
     white.Unattended(host.Unattended());
     const std::int32_t width = picture.Width();
     const std::int32_t height = picture.Height();
     if (const Reason limit = systemLimit(host, width, height)) return refused(limit);
     if (!host.InitializeDIB(width, height)) return HostAccess::outcome(host);
     if (!white.InitializeDIB(width, height)) return HostAccess::outcome(white);
+    black.SwapDIBs(&host);
     const PixelView backdrop = HostAccess::pixels(white);
     std::memset(backdrop.bits, 255, backdrop.stride * backdrop.height);
-    if (!drawOver(picture, host) || !drawOver(picture, white)) return refused("the system cannot draw the metafile");
-    const PixelView drawn = HostAccess::pixels(host);
-    // A picture may be an object of the program's, whose code gives the host another image.
-    if (drawn.width != backdrop.width || drawn.height != backdrop.height)
-        return refused("the picture took the image away while it was drawn");
-    host.Alpha(alphaFromTwoBackgrounds(drawn, backdrop));
+    if (!drawOver(picture, black) || !drawOver(picture, white)) return refused("the system cannot draw the metafile");
+    if (host.Handle() != 0) return refused("the picture gave the object another image while it was drawn");
+    host.SwapDIBs(&black);
+    host.Alpha(alphaFromTwoBackgrounds(HostAccess::pixels(host), backdrop));
     HostAccess::ImageType(host, picture.Type() == PictureType::metafile ? imgWMF : imgEMF);
     return done();
 }

@@ -22,15 +22,16 @@ bool load(cPixSheet& sheet, const Bytes& data) {
 // Draws one opaque pixel at 1, 0, one half transparent at 2, 0 and nothing on the other four of 3 x 2.
 class Drawing final : public platform::StdPicture {
   public:
-    explicit Drawing(PictureType type, std::int32_t width = 3, cPixSheet* changed = nullptr)
-        : m_type(type), m_width(width), m_changed(changed) {}
+    explicit Drawing(PictureType type, std::int32_t width = 3, cPixSheet* changed = nullptr,
+                     std::int32_t changedWidth = 3)
+        : m_type(type), m_width(width), m_changed(changed), m_changedWidth(changedWidth) {}
     PictureType Type() const noexcept override { return m_type; }
     platform::Handle handle() const noexcept override { return 0; }
     std::int32_t Width() const noexcept override { return m_width; }
     std::int32_t Height() const noexcept override { return 2; }
     bool Render(platform::Handle dc, std::int32_t x, std::int32_t y, std::int32_t,
                 std::int32_t) const noexcept override {
-        if (m_changed != nullptr) return m_changed->InitializeDIB(900, 900);
+        if (m_changed != nullptr) return m_changed->InitializeDIB(m_changedWidth, 2);
         cPixSheet ink;
         fill(ink, 2, 1, {{10, 20, 30, 255}, {40, 0, 100, 128}});
         const auto from = ink.LoadDIBinDC(true);
@@ -42,6 +43,7 @@ class Drawing final : public platform::StdPicture {
     PictureType m_type;
     std::int32_t m_width;
     cPixSheet* m_changed; // while it is drawn, as an object of the program's may do
+    std::int32_t m_changedWidth;
 };
 
 } // namespace
@@ -98,7 +100,8 @@ TEST_F(SystemPicture, AMetafileIsNotDrawnAsItIs) {
     }
     for (const Drawing& refused :
          {Drawing(PictureType::metafile, 0), Drawing(PictureType::metafile, 1 << 30),
-          Drawing(PictureType::metafile, 3, &sheet), Drawing(PictureType::none), Drawing(PictureType::uninitialized)}) {
+          Drawing(PictureType::metafile, 3, &sheet), Drawing(PictureType::metafile, 3, &sheet, 900),
+          Drawing(PictureType::none), Drawing(PictureType::uninitialized)}) {
         sheet.InitializeDIB(3, 2);
         EXPECT_FALSE(sheet.LoadPicture_StdPicture(&refused));
         EXPECT_EQ(sheet.Handle(), 0);
