@@ -16,7 +16,8 @@ bool isSound(const VARIANT& value, int depth, std::size_t& left) noexcept {
     SAFEARRAY* const array = (found->vt & VT_BYREF) != 0 ? *found->pparray : found->parray;
     if (array == nullptr || !hasElements(array, VT_VARIANT)) return true;
     return depth < deepestArrays && SUCCEEDED(forElements(array, [&](const VARIANT& element, std::size_t) {
-               return left-- != 0 && isSound(element, depth + 1, left) ? S_OK : E_ABORT;
+               const bool isCounted = depth != 0; // an array that nothing contains is its owner's own affair
+               return (!isCounted || left-- != 0) && isSound(element, depth + 1, left) ? S_OK : E_ABORT;
            }));
 }
 

@@ -4,7 +4,7 @@
 
 namespace pixkit::com {
 
-// What a value may hold: arrays within each other, and elements of all of them together.
+// What a value may hold: arrays within each other, and elements of all those together that lie in another one.
 inline constexpr int deepestArrays = 8;
 inline constexpr std::size_t mostElements = std::size_t{1} << 25;
 
