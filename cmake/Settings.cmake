@@ -24,11 +24,6 @@ if(WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_options(pixkit-settings INTERFACE -mincoming-stack-boundary=2)
 endif()
 
-if(NOT WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
-    # Files are larger than memory here.
-    target_compile_definitions(pixkit-settings INTERFACE _FILE_OFFSET_BITS=64)
-endif()
-
 include("${CMAKE_CURRENT_LIST_DIR}/Hardening.cmake")
 
 if(PIXKIT_SANITIZE)

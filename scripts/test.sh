@@ -5,10 +5,9 @@
 #   test.sh            everything
 #   test.sh --native   only the native tests, with the compiler and libraries that are there
 #
-# One kind of tests alone: ctest --preset native, oracle, sanitizers, sanitizers-32,
-# windows, com, windows-64, com-64. Logs go to
-# build/test-logs. The last line is "N passed, N failed" (and ", N skipped"); a build that fails, a check that finds
-# something and a program that ends without its results count as one failure each.
+# One kind of tests alone: ctest --preset native, oracle, sanitizers, sanitizers-32, windows, com, windows-64, com-64.
+# Logs go to build/test-logs. The last line is "N passed, N failed" (and ", N skipped"); a build that fails, a check that
+# finds something and a program that ends without its results count as one failure each.
 set -uo pipefail
 cd "$(dirname "$0")/.." || exit 1
 case ${1:-} in

@@ -27,7 +27,8 @@ std::size_t icons() noexcept { // and cursors
     return live;
 }
 
-std::size_t kernelObjects() noexcept {                         // files and libraries
+// Files and libraries.
+std::size_t kernelObjects() noexcept {
     using GetProcessHandleCount = BOOL WINAPI(HANDLE, DWORD*); // newer than the oldest systems
     const HMODULE kernel = ::GetModuleHandleW(L"kernel32");
     auto* const count = reinterpret_cast<GetProcessHandleCount*>(
