@@ -6,14 +6,17 @@
 #include "cli/Names.h"
 #include "cli/Progress.h"
 #include "cli/Text.h"
+#include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <new>
 #include <ostream>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace pixkit::cli {
 
@@ -146,7 +149,12 @@ class PictureFolder {
     fs::path m_name;
 };
 
-GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string& number, PictureFolder& folder) {
+// Says of a picture what is missing on the page.
+using Note = std::function<void(const std::string& text)>;
+
+// Nothing, and a note, where the result exceeds the limit.
+std::optional<GalleryCard> makeCard(cPixSheet& picture, const Effect& effect, const std::string& number,
+                                    PictureFolder& folder, const Note& note) {
     cPixSheet copy;
     copy.MaxPixels(picture.MaxPixels());
     picture.CopyImageTo(copy);
@@ -154,7 +162,12 @@ GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string
     std::string fileName = number;
     std::string options;
     for (const EffectStep& step : effect.steps) {
-        if (!step.apply(copy)) throw GalleryError(step.option + ": " + problemOf(copy));
+        if (!step.apply(copy)) {
+            const std::string problem = step.option + ": " + problemOf(copy);
+            if (!isBeyondLimits(HostAccess::outcome(copy))) throw GalleryError(problem);
+            note("left out: " + problem);
+            return {};
+        }
         options += (options.empty() ? "" : " ") + step.option;
         fileName += step.option.substr(1, step.option.find(' ') - 1);
     }
@@ -169,7 +182,7 @@ GalleryCard makeCard(cPixSheet& picture, const Effect& effect, const std::string
 }
 
 GalleryPicture makePicture(const std::string& file, const LoadingOptions& loading, const fs::path& gallery,
-                           const fs::path& folderName, Progress& progress) {
+                           const fs::path& folderName, Progress& progress, const Note& note) {
     cPixSheet sheet;
     if (!load(sheet, file, loading)) throw GalleryError(problemOf(sheet));
     PictureFolder folder(gallery, folderName);
@@ -186,11 +199,13 @@ GalleryPicture makePicture(const std::string& file, const LoadingOptions& loadin
     const std::vector<Effect> effects = effectsFor(sheet);
     for (const Effect& effect : effects) {
         progress.part(number, effects.size());
+        const std::string digits = std::to_string(100 + ++number).substr(1);
+        auto card = makeCard(sheet, effect, digits, folder, note);
+        if (!card) continue;
         if (picture.groups.empty() || picture.groups.back().title != effect.group) {
             picture.groups.push_back({effect.group, {}});
         }
-        const std::string digits = std::to_string(100 + ++number).substr(1);
-        picture.groups.back().cards.push_back(makeCard(sheet, effect, digits, folder));
+        picture.groups.back().cards.push_back(std::move(*card));
     }
     return picture;
 }
@@ -230,16 +245,21 @@ int gallery(const GalleryRequest& request, Console& console) {
     MessageBoxes boxes(console);
     Progress progress(console, request.pictures.size());
     int exitCode = exitOk;
-    const auto reportFailure = [&](const std::string& file, const char* reason) {
+    const auto tell = [&](const std::string& file, const std::string& text) {
         progress.clear();
-        console.err << "pixkit gallery: " << shown(file) << ": " << reason << '\n';
+        console.err << "pixkit gallery: " << shown(file) << ": " << text << '\n';
+    };
+    const auto reportFailure = [&](const std::string& file, const char* reason) {
+        tell(file, reason);
         exitCode = exitSomeFailed;
     };
     for (const std::string& file : request.pictures) {
         try {
             boxes.about(file);
             progress.nextItem(file);
-            pictures.push_back(makePicture(file, request.loading, folder, freeFolderName(file, folderNames), progress));
+            const auto note = [&](const std::string& text) { tell(file, text); };
+            pictures.push_back(
+                makePicture(file, request.loading, folder, freeFolderName(file, folderNames), progress, note));
         } catch (const std::bad_alloc&) {
             reportFailure(file, notEnoughMemory);
         } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits

@@ -3,6 +3,7 @@
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include "surface/HostAccess.h"
+#include <cmath>
 #include <iomanip>
 #include <sstream>
 
@@ -19,7 +20,8 @@ double parseLimit(std::string_view text) {
     if (word == "none") return 0;
     const double unit = word.ends_with("mp") ? megapixel : word.ends_with("gp") ? gigapixel : 0;
     double number = 0;
-    if (unit == 0 || !parseEntirely(std::string_view(word).substr(0, word.size() - 2), number) || !(number > 0)) {
+    if (unit == 0 || !parseEntirely(std::string_view(word).substr(0, word.size() - 2), number) ||
+        !std::isfinite(number) || number * unit < 1) {
         throw UsageError("--limit takes megapixels or gigapixels, as in 1000MP or 1.5GP, or none, not '" +
                          std::string(text) + "'");
     }

@@ -50,7 +50,7 @@ enum class ReadOutcome : std::uint8_t {
     loaded,      // the host holds the picture
     otherFormat, // the data is none of this format
     damaged,     // or of a kind that is not read, or too large
-    forbidden,   // by the host's limits (surface/Limits.h): nobody else is asked
+    forbidden,   // by the host's limits (surface/Limits.h), or too much for any decoder: nobody else is asked
     unable,      // not the data's fault: no memory, or the system failed
     failed,      // a run-time error that nobody expected
 };

@@ -15,9 +15,16 @@ Reason gifLimit(const cPixSheet& host, const GifFrame& frame, std::size_t size) 
 }
 
 Reason fileLimit(const cPixSheet& host, std::span<const std::uint8_t> file) noexcept {
-    if (!HostAccess::limits(host).areSet()) return {};
-    if (const auto jpeg = readJpegFrame(file))
-        return systemLimit(host, jpeg->width, jpeg->height, static_cast<double>(jpeg->coefficientBytes));
+    const bool areLimitsSet = HostAccess::limits(host).areSet();
+    if (file.size() >= 2 && file[0] == 0xFF && file[1] == 0xD8) {
+        const auto jpeg = readJpegFrame(file);
+        if (!jpeg) return areLimitsSet ? Reason("JPEG: nothing tells its size") : Reason();
+        const auto coefficients = static_cast<double>(jpeg->coefficientBytes);
+        if (const Reason limit = systemLimit(host, jpeg->width, jpeg->height, coefficients)) return limit;
+        return isInProportion(*jpeg, file) ? Reason()
+                                           : "JPEG: its size or its scans are out of proportion to its bytes";
+    }
+    if (!areLimitsSet) return {};
     GifFrame gif;
     findGifFrame(file, gif);
     return gif.width != 0 ? gifLimit(host, gif, file.size()) : Reason();

@@ -1,5 +1,5 @@
-// What an instance's limits say of pictures that the system's loader decodes: their headers are looked at here, before
-// that takes memory for them.
+// Which pictures the system's loader is not shown, for their size or by the limits of an instance: their headers are
+// looked at here, before that takes memory or time for them.
 #pragma once
 #include "coding/GifFrame.h"
 #include "diagnostics/Outcome.h"
@@ -17,7 +17,8 @@ Reason systemLimit(const cPixSheet& host, double width, double height, double be
 // The same for the frame of a GIF file of `size` bytes.
 Reason gifLimit(const cPixSheet& host, const GifFrame& frame, std::size_t size) noexcept;
 
-// The same for the bytes of a file, if its size can be told: of GIF and JPEG files.
+// The same for the bytes of a file, if its size can be told: of GIF and JPEG files. Without limits too it is a JPEG
+// that is out of proportion (isInProportion), and with them one whose size cannot be told.
 Reason fileLimit(const cPixSheet& host, std::span<const std::uint8_t> file) noexcept;
 
 } // namespace pixkit

@@ -1,5 +1,6 @@
 #include "coding/JpegFrame.h"
 #include <algorithm>
+#include <limits>
 
 namespace pixkit {
 
@@ -28,7 +29,44 @@ JpegFrame frameOf(std::uint8_t marker, Bytes segment) noexcept {
     return frame;
 }
 
+// Whether the data can describe at least half of so many pixels, so that a header that lies takes no memory, and not
+// more than a store of 31 bits of bytes holds. Every block of 64 takes at least a bit, in arithmetic coding a small
+// part of one.
+bool canFill(const JpegFrame& frame, std::size_t bytes) noexcept {
+    constexpr std::uint64_t mostPixels = std::numeric_limits<std::int32_t>::max() / 4;
+    const std::uint64_t pixelsPerByte = frame.isArithmetic ? 16 * 1024 : 1024;
+    const auto pixels = static_cast<std::uint64_t>(frame.width) * static_cast<std::uint64_t>(frame.height);
+    return pixels != 0 && pixels <= mostPixels && pixels <= pixelsPerByte * bytes;
+}
+
+// Whether the work that the scans of a file ask for is in proportion to its bytes. In a progressive file a scan of a
+// few bytes goes over all blocks again; a file may have thousands. Those of real programs have ten or so and at least a
+// bit for each block, which comes to forty visits of a block for a byte of an empty picture; six times as many are
+// allowed, and what takes half a second in any case. Arithmetic decoding takes as long as sixteen visits.
+//
+// Every pair of bytes that could be a scan's marker counts for one, so that nobody has to walk through the segments
+// just as the decoder does; in the codes of a scan the pair does not occur.
+bool isWorkInProportion(const JpegFrame& frame, Bytes bytes) noexcept {
+    constexpr std::uint64_t visitsPerByte = 256, visitsOfAny = 1U << 26;
+    constexpr std::uint64_t mostOfScan = 4; // components
+    const std::uint64_t weight = frame.isArithmetic ? 16 : 1;
+    const auto blocksAlong = [](std::int32_t side) { return (static_cast<std::uint64_t>(side) + 7) / 8; };
+    const std::uint64_t visits = blocksAlong(frame.width) * blocksAlong(frame.height) * weight; // below 2^30
+    std::uint64_t left = visitsOfAny + visitsPerByte * bytes.size();
+    for (std::size_t at = 0; at + 4 < bytes.size(); ++at) {
+        if (bytes[at] != 0xFF || bytes[at + 1] != 0xDA) continue;
+        const std::uint64_t wanted = visits * std::min<std::uint64_t>(bytes[at + 4], mostOfScan);
+        if (wanted > left) return false;
+        left -= wanted;
+    }
+    return true;
+}
+
 } // namespace
+
+bool isInProportion(const JpegFrame& frame, Bytes file) noexcept {
+    return canFill(frame, file.size()) && isWorkInProportion(frame, file);
+}
 
 std::optional<JpegFrame> readJpegFrame(Bytes file) noexcept {
     constexpr std::uint8_t dht = 0xC4, jpg = 0xC8, dac = 0xCC, rst0 = 0xD0, soi = 0xD8, sos = 0xDA, app14 = 0xEE;

@@ -20,4 +20,8 @@ struct JpegFrame {
 // Of the file up to the first scan; nothing where there is no frame header before that.
 std::optional<JpegFrame> readJpegFrame(std::span<const std::uint8_t> file) noexcept;
 
+// Whether a decoder may be asked for the picture of the file: a store holds it, the data can describe at least half of
+// it, and its scans do not ask for more work than its bytes pay for.
+bool isInProportion(const JpegFrame& frame, std::span<const std::uint8_t> file) noexcept;
+
 } // namespace pixkit

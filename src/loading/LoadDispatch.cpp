@@ -1,6 +1,7 @@
 // Every load goes through spt_LoadPictureEx, which offers the source to the readers in a fixed order.
 #include "codecs/Formats.h"
 #include "codecs/GdiplusPictures.h"
+#include "codecs/StatedSize.h"
 #include "codecs/ico/cICOparser.h"
 #include "codecs/png/cPNGwriter.h"
 #include "diagnostics/fileReason.h"
@@ -49,12 +50,21 @@ std::vector<std::uint8_t> asPNG(const cPixSheet& host) {
     return std::move(cPNGwriter::SavePNGex(picture, PngProperties()).parts()).join();
 }
 
+// Why a file is not even read: its beginning states a size that the host may not hold.
+Reason limitOfStart(const LoadRequest& request, const cPixSheet& host) {
+    const Limits& limits = HostAccess::limits(host);
+    if (!request.isFile() || !limits.areSet()) return {};
+    const StatedSize size = statedSize(request.start(bytesOfStatedSize));
+    return limits.problem(size.width, size.height);
+}
+
 // First the formats whose signature the data bears. What they refuse as damaged goes on to the system's loader, which
 // may show something of it, unless it is of a kind that not every such loader survives; what lacked memory does not,
 // lest a picture come out as another. Data without a signature goes there at once, and what it does not know to GDI+.
 // Formats without a signature come last. Of several refusals the first counts whose reader knew the data for its own,
 // but for limits: what exceeds them nobody else is asked for.
 Outcome readPicture(LoadRequest& request, cPixSheet& host) {
+    if (const Reason limit = limitOfStart(request, host)) return refused(limit);
     const auto start = request.start(sniffedBytes);
     Outcome refusal, verdict;
     ReadOutcome outcome{}; // of the reader asked last

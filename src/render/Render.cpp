@@ -152,7 +152,9 @@ Outcome cPixSheet::pvAlphaBlend(const DrawJob& job) {
 bool cPixSheet::RenderDropShadow_JIT(std::intptr_t hDC, std::int32_t x, std::int32_t y, std::int32_t blurDepth,
                                      std::int32_t Color, std::int32_t Opacity, float LightAdjustment,
                                      cPixSheet* destHostDIB) noexcept {
+    const Limits limits = std::exchange(m_limits, {}); // what may be held may be drawn, and with it its shadow
     const auto shadow = CreateDropShadow(blurDepth, Color);
+    m_limits = limits;
     if (!shadow) return false;
     shadow->Render(hDC, x, y, 0, 0, 0, 0, 0, 0, Opacity, true, true, destHostDIB, gsclNone, LightAdjustment);
     return HostAccess::outcome(*this, std::move(shadow->m_outcome));

@@ -18,6 +18,16 @@ struct Limits {
     double pixels = 0, memory = 0;
     double held = 0; // bytes that a load holds from its beginning to its end: Holding, below
 
+    Limits() = default;
+    ~Limits() = default;
+    // Another instance takes the limits over, not what is held.
+    Limits(const Limits& other) noexcept : pixels(other.pixels), memory(other.memory) {}
+    Limits& operator=(const Limits& other) noexcept {
+        pixels = other.pixels;
+        memory = other.memory;
+        return *this;
+    }
+
     bool areSet() const noexcept { return pixels != 0 || memory != 0; }
     // Why a picture of this size is refused, for which bytes are taken besides 4 for each pixel; none if it is not.
     Reason problem(double width, double height, double besides = 0) const noexcept {
@@ -31,16 +41,19 @@ struct Limits {
         if (value >= 0) limit = value;
     }
 
-    // Counts bytes as held for the length of its life.
+    // Counts bytes as held for the length of its life, besides those that an outer one counts.
     class Holding {
       public:
-        Holding(Limits& limits, double bytes) noexcept : m_limits(limits) { m_limits.held = bytes; }
-        ~Holding() { m_limits.held = 0; }
+        Holding(Limits& limits, double bytes) noexcept : m_limits(limits), m_before(limits.held) {
+            m_limits.held += bytes;
+        }
+        ~Holding() { m_limits.held = m_before; }
         Holding(const Holding&) = delete;
         Holding& operator=(const Holding&) = delete;
 
       private:
         Limits& m_limits;
+        double m_before;
     };
 };
 

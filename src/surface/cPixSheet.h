@@ -131,17 +131,17 @@ class cPixSheet {
     // The most pixels, Width * Height, that an image made or loaded from now on may have. 0, as at first, is no limit
     // but what an image holds at all (InitializeDIB). It is the instance's own: it holds for InitializeDIB, all loads,
     // copies of another size into this instance, Resize, CreateDropShadow, and sizes that are asked for of icons and
-    // cursors; new instances that CopyImageTo and CreateDropShadow make take it over. More is refused by what the
-    // header says, before it costs memory or time; images of an icon file that are beyond it are passed over. What is
-    // held already stays, and can be swapped, drawn and saved. A double, as MaxMemory is, because every caller through
-    // COM has them and 32 bits would not reach far enough. Values below 0 and NaN are ignored.
+    // cursors; new instances that CopyImageTo and CreateDropShadow make take it over. More is refused by the header,
+    // before it costs memory or time (TGA and icon files are read first); images of an icon file beyond it are passed
+    // over, a JPEG whose size nothing tells is refused. What is held stays, and can be swapped, drawn and saved. A
+    // double, as callers through COM have them and 32 bits would not reach. Values below 0 and NaN are ignored.
     double MaxPixels() const noexcept { return m_limits.pixels; }
     void MaxPixels(double value) noexcept { Limits::set(m_limits.pixels, value); }
     // The most bytes that a call may take for an image and for the work on it; 0, as at first, is no limit. It holds
     // where MaxPixels does, and is the instance's own likewise. Counted as if all of it were held at once:
-    // - 4 bytes for each pixel of the image; of what is no load, that is all.
-    // - The bytes of a file that is loaded, and with SaveFormat those of an array. Bytes that callers, resources, the
-    //   clipboard hand over are theirs.
+    // - 4 bytes for each pixel of the image, of icons to be made of them all; of what is no load, that is all.
+    // - The bytes of a file that is loaded, and with SaveFormat those of an array, but not the PNG that is kept of what
+    //   GDI+ reads. Bytes that callers, resources, the clipboard hand over are theirs.
     // - PNG: the filtered rows, and in arrays the compressed data again. BMP: two rows. Icons: a byte for each pixel.
     // - What comes through the system's loader (GIF, JPEG) or GDI+: 4 bytes for each pixel of its picture; of a GIF its
     //   data twice; of a JPEG in several scans 2 bytes for each coefficient. Metafiles, which are drawn twice,
@@ -432,8 +432,8 @@ class cPixSheet {
                 std::int32_t srcHeight = 0, std::int32_t Opacity = 100, bool Blend = true, bool SetHalfTone = true,
                 cPixSheet* destHostDIB = nullptr, std::int32_t grayScale = gsclNone, float LightAdjustment = 0,
                 float Angle = 0, bool CenterOnDestXY = false) noexcept;
-    // Draws the shadow that CreateDropShadow makes with its top left corner at x, y, as Render does. False without an
-    // image or where the shadow cannot be made or drawn.
+    // Draws the shadow that CreateDropShadow makes with its top left corner at x, y, as Render does; MaxPixels and
+    // MaxMemory do not count for it. False without an image or where the shadow cannot be made or drawn.
     bool RenderDropShadow_JIT(std::intptr_t hDC, std::int32_t x, std::int32_t y, std::int32_t blurDepth = 4,
                               std::int32_t Color = 0xC0C0C0, std::int32_t Opacity = 50, float LightAdjustment = 0,
                               cPixSheet* destHostDIB = nullptr) noexcept;

@@ -1,6 +1,8 @@
 // Container: signature, chunks, the compressed image data and its decompression.
 #include "codecs/png/cPNGparser.h"
 #include "codecs/GdiplusPictures.h"
+#include "codecs/StatedSize.h"
+#include "codecs/SystemLimits.h"
 #include "coding/ByteReader.h"
 #include "coding/RowBytes.h"
 #include "coding/deflate/Inflate.h"
@@ -101,9 +103,12 @@ bool cPNGparser::hasWholeChunks() const noexcept {
     return false;
 }
 
-// GDI+ comes first. Of its picture, Alpha is what this reader would say by the chunks.
+// GDI+ comes first, where its picture is within the limits. Of its picture, Alpha is what this reader would say by the
+// chunks.
 bool cPNGparser::loadByGDIplus(RunningEnd base) {
-    if (!cHost->isGDIplusEnabled() || !hasWholeChunks() || !DecodeByGDIplus(m_pngStream, *cHost, false)) return false;
+    if (!cHost->isGDIplusEnabled() || !hasWholeChunks()) return false;
+    const StatedSize size = statedSize(m_pngStream);
+    if (systemLimit(*cHost, size.width, size.height) || !DecodeByGDIplus(m_pngStream, *cHost, false)) return false;
     if (walkChunks(base, ChunksRead::butIDAT))
         setAlpha(); // else GDI+ shows what is refused here, and its pixels have to say it
     return true;

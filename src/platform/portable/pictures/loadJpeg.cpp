@@ -6,9 +6,6 @@
 #include "platform/portable/pictures/BitmapPicture.h"
 #include "platform/portable/pictures/loaders.h"
 #include <algorithm>
-#include <limits>
-#include <optional>
-#include <vector>
 
 namespace pixkit::platform {
 
@@ -79,39 +76,6 @@ class TurboJpeg {
     int (*m_destroy)(void* decoder) = nullptr;
 };
 
-// Whether the data can describe at least half of so many pixels, so that a header that lies takes no memory, and not
-// more than a store of 31 bits of bytes holds. Every block of 64 takes at least a bit, in arithmetic coding a small
-// part of one.
-bool canFill(const JpegFrame& info, std::size_t bytes) noexcept {
-    constexpr std::uint64_t mostPixels = std::numeric_limits<std::int32_t>::max() / 4;
-    const std::uint64_t pixelsPerByte = info.isArithmetic ? 16 * 1024 : 1024;
-    const auto pixels = static_cast<std::uint64_t>(info.width) * static_cast<std::uint64_t>(info.height);
-    return pixels != 0 && pixels <= mostPixels && pixels <= pixelsPerByte * bytes;
-}
-
-// Whether the work that the scans of a file ask for is in proportion to its bytes. In a progressive file a scan of a
-// few bytes goes over all blocks again; a file may have thousands. Those of real programs have ten or so and at least a
-// bit for each block, which comes to forty visits of a block for a byte of an empty picture; six times as many are
-// allowed, and what takes half a second in any case. Arithmetic decoding takes as long as sixteen visits.
-//
-// Every pair of bytes that could be a scan's marker counts for one, so that nobody has to walk through the segments
-// just as the decoder does; in the codes of a scan the pair does not occur.
-bool isWorkInProportion(const JpegFrame& info, Bytes bytes) noexcept {
-    constexpr std::uint64_t visitsPerByte = 256, visitsOfAny = 1U << 26;
-    constexpr std::uint64_t mostOfScan = 4; // components
-    const std::uint64_t weight = info.isArithmetic ? 16 : 1;
-    const auto blocksAlong = [](std::int32_t side) { return (static_cast<std::uint64_t>(side) + 7) / 8; };
-    const std::uint64_t visits = blocksAlong(info.width) * blocksAlong(info.height) * weight; // below 2^30
-    std::uint64_t left = visitsOfAny + visitsPerByte * bytes.size();
-    for (std::size_t at = 0; at + 4 < bytes.size(); ++at) {
-        if (bytes[at] != 0xFF || bytes[at + 1] != 0xDA) continue;
-        const std::uint64_t wanted = visits * std::min<std::uint64_t>(bytes[at + 4], mostOfScan);
-        if (wanted > left) return false;
-        left -= wanted;
-    }
-    return true;
-}
-
 // C, M, Y, K in place to B, G, R, A: a channel is what its ink and black let through.
 void fromCmyk(std::uint8_t* pixels, std::size_t count, bool inverted) noexcept {
     const std::uint8_t flip = inverted ? 0 : 255; // inverted values say what is let through already
@@ -129,7 +93,7 @@ void fromCmyk(std::uint8_t* pixels, std::size_t count, bool inverted) noexcept {
 
 std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes) {
     const auto info = readJpegFrame(bytes);
-    if (!info || !canFill(*info, bytes.size()) || !isWorkInProportion(*info, bytes)) return nullptr;
+    if (!info) return nullptr;
     const TurboJpeg library;
     if (!library) return nullptr;
     void* bits = nullptr;
