@@ -338,6 +338,12 @@ HRESULT PixSheetObject::LoadPicture_Resource(VARIANT ResIndex, VARIANT ResSectio
                                              VARIANT_BOOL* result) {
     return give(result, [&] {
         if (!isCustomResource(ResSection)) {
+            // The system draws icons at the size that is asked for.
+            const double width = std::max<double>(iconCx, 1), height = std::max<double>(iconCy, 1);
+            if (const Reason limit = HostAccess::limits(*m_sheet).problem(width, height)) {
+                m_sheet->DestroyDIB(); // as every load that fails
+                return refuse(limit);
+            }
             const auto picture = resourcePicture(ResIndex, ResSection, VBglobal, iconCx, iconCy);
             const bool isLoaded = m_sheet->LoadPicture_StdPicture(picture.get());
             return picture ? isLoaded : refuse(noSuchResource);

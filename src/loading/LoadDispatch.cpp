@@ -171,6 +171,7 @@ bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t 
         return false;
     }
     const ByteArray source = std::move(m_ImageByteCache); // the load erases the cache, and keeps the same bytes anew
+    const Limits::Holding holding(m_limits, static_cast<double>(source.size())); // those, and the same bytes anew
     return LoadPicture_Stream(source, iconCx, iconCy, 0, 0, true, iconBitDepth);
 }
 

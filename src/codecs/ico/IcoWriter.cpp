@@ -97,14 +97,16 @@ Outcome cICOparser::EntrySizes(std::span<const SourcePicture> Source, std::span<
     for (const SourcePicture& source : Sizes.empty() ? Source : std::span<const SourcePicture>())
         sizes.push_back(ownSize(source.pixels));
     const IconEntrySize first = ownSize(Source.front().pixels);
+    double bytesOfOthers = 0; // of the images asked for, which are all held at once
     for (IconEntrySize& size : sizes) {
         const bool isAsked = !Sizes.empty() && (size.Width != 0 || size.Height != 0); // else the source's own
         if (size.Width == 0) size.Width = first.Width;
         if (size.Height == 0) size.Height = first.Height;
         if (!fitsStore(size.Width, size.Height)) return refused("an icon has from 1 to 65,535 pixels a side");
         if (!icoDepth(size.bitDepth)) return refused("icons have no such depth");
-        const Reason limit = Bounds.problem(size.Width, size.Height);
-        if (isAsked && limit) return refused(limit);
+        if (!isAsked) continue;
+        if (const Reason limit = Bounds.problem(size.Width, size.Height, bytesOfOthers)) return refused(limit);
+        bytesOfOthers += 4.0 * size.Width * size.Height;
     }
     if (sizes.size() > mostEntries) return refused("an icon file holds no more than 65,535 images");
     Entries = std::move(sizes);

@@ -26,30 +26,34 @@ Distance distance(const IcoEntry& entry, std::int32_t cX, std::int32_t cY, std::
     return {size, size == larger ? area : -area, std::abs(entry.bitDepth - wanted), -entry.bitDepth};
 }
 
-// Why the host may not take an image. Of a PNG only its size is known here, and its reader looks at the rest.
+// Why the host may not take an image.
 Reason limitOf(const IcoEntry& entry, const cPixSheet& host) {
+    const Limits& limits = HostAccess::limits(host);
+    if (!limits.areSet()) return {};
     const double pixels = static_cast<double>(entry.width) * entry.height;
     // Rows as in BMP files, of at most 32 bits, and the mask.
-    const double besides = entry.isPNG ? 0 : 5.0 * entry.width + pixels;
-    return HostAccess::limits(host).problem(entry.width, entry.height, besides);
+    const double besides = entry.isPNG ? cPNGparser::memory(entry.payload) : 5.0 * entry.width + pixels;
+    return limits.problem(entry.width, entry.height, besides);
 }
 
 // A file may list one damaged image tens of thousands of times.
 constexpr int mostAttempts = 4;
 
 // The PNG files in an icon file that have been decoded in vain. Entries may share bytes, whole images or parts of them;
-// no more are decoded than the file has, or than anybody may waste.
+// no more are decoded than the file has, or than anybody may waste. What counts is where a PNG file itself ends: a
+// directory that lies may say more of images that follow upon each other as they should.
 class RefusedPngs {
   public:
     explicit RefusedPngs(std::size_t fileSize) noexcept : m_bytesLeft(std::max(fileSize, bytesOfAny)) {}
 
     // Whether another one is worth decoding, which then counts as refused.
     bool isWorthTrying(std::span<const std::uint8_t> payload) {
+        const std::size_t bytes = cPNGparser::extent(payload);
         const auto isSame = [&](std::span<const std::uint8_t> other) {
             return other.data() == payload.data() && other.size() == payload.size();
         };
-        if (std::ranges::any_of(m_refused, isSame) || payload.size() > m_bytesLeft) return false;
-        m_bytesLeft -= payload.size();
+        if (std::ranges::any_of(m_refused, isSame) || bytes > m_bytesLeft) return false;
+        m_bytesLeft -= bytes;
         m_refused.push_back(payload);
         return true;
     }

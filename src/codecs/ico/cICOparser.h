@@ -55,8 +55,8 @@ class cICOparser {
     static WrittenFile SaveAsIcon(std::span<const SourcePicture> Source, const IcoOptions& Options);
     // The images that such a file gets: of no sizes, each source's own at 32 bits; a 0 is the first source's width or
     // height. Refused when there is no source, when one has no image, for more than 65,535 sizes, a side outside 1 ..
-    // 65,535, pixels beyond 31 bits of bytes, sizes asked for that are beyond the limits, or a depth that icoDepth does
-    // not know.
+    // 65,535, pixels beyond 31 bits of bytes, sizes asked for that are beyond the limits, those of memory all of them
+    // together, or a depth that icoDepth does not know.
     static Outcome EntrySizes(std::span<const SourcePicture> Source, std::span<const IconEntrySize> Sizes,
                               std::vector<IconEntrySize>& Entries, const Limits& Bounds = {});
 

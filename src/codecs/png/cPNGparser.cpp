@@ -91,22 +91,32 @@ ReadResult cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningE
     return walkChunks(base) && PostLoadPNG() ? ReadResult::loaded() : ReadResult{m_outcome, refused(m_reason)};
 }
 
-// Whether chunk follows chunk within the data up to IEND. With lengths that lie some decoders go round for ever.
-bool cPNGparser::hasWholeChunks() const noexcept {
-    const ByteReader reader(m_pngStream);
-    for (std::size_t position = signature.size(); position + chunkOverhead <= m_pngStream.size();) {
+// Follows chunk upon chunk within the data up to IEND.
+cPNGparser::Walk cPNGparser::walkOver(std::span<const std::uint8_t> stream) noexcept {
+    const ByteReader reader(stream);
+    std::size_t position = std::min(signature.size(), stream.size());
+    while (stream.size() - position >= chunkOverhead) {
         const std::uint32_t ChunkLen = reader.bigEndian32(position).value_or(0);
-        if (ChunkLen > m_pngStream.size() - position - chunkOverhead) return false;
-        if (reader.bigEndian32(position + 4) == chunkType("IEND")) return true;
+        if (ChunkLen > stream.size() - position - chunkOverhead) break;
+        const bool isLast = reader.bigEndian32(position + 4) == chunkType("IEND");
         position += std::size_t{ChunkLen} + chunkOverhead;
+        if (isLast) return {position, true};
     }
-    return false;
+    return {position, false};
+}
+
+double cPNGparser::memory(std::span<const std::uint8_t> Stream) {
+    const auto header = ByteReader(Stream).slice(signature.size() + 4, 17);
+    cPNGparser parser;
+    if (!header || parser.zChunk_IHDR({chunkType("IHDR"), 0, *header}) == ChunkResult::error) return 0;
+    return static_cast<double>(parser.CalcUncompressedWidth()) + static_cast<double>(Stream.size());
 }
 
 // GDI+ comes first, where its picture is within the limits. Of its picture, Alpha is what this reader would say by the
 // chunks.
 bool cPNGparser::loadByGDIplus(RunningEnd base) {
-    if (!cHost->isGDIplusEnabled() || !hasWholeChunks()) return false;
+    if (!cHost->isGDIplusEnabled() || !walkOver(m_pngStream).isWhole)
+        return false; // lengths that lie lead some decoders round for ever
     const StatedSize size = statedSize(m_pngStream);
     if (systemLimit(*cHost, size.width, size.height) || !DecodeByGDIplus(m_pngStream, *cHost, false)) return false;
     if (walkChunks(base, ChunksRead::butIDAT))

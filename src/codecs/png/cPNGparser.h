@@ -22,6 +22,11 @@ class cPNGparser {
     // The same for bytes in memory, which are read in place.
     ReadResult LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass);
 
+    // How many of the bytes a PNG file takes: those up to the end of IEND, or of the last chunk that is whole.
+    static std::size_t extent(std::span<const std::uint8_t> Stream) noexcept { return walkOver(Stream).end; }
+    // Bytes that LoadStream takes besides the image, by the header, which is the first chunk; 0 where that is damaged.
+    static double memory(std::span<const std::uint8_t> Stream);
+
   private:
     // Adds the parser's variables and those of the host.
     friend void describeInstance(const cPNGparser& parser, ErrorReport& report);
@@ -49,7 +54,11 @@ class cPNGparser {
     ReadResult loadInto(cPixSheet& host, Body&& load);
     static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
     ReadResult LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
-    bool hasWholeChunks() const noexcept;
+    struct Walk {
+        std::size_t end; // of the last chunk that is whole
+        bool isWhole;    // that chunk is IEND
+    };
+    static Walk walkOver(std::span<const std::uint8_t> stream) noexcept;
     bool loadByGDIplus(RunningEnd base);
     enum class ChunksRead : std::uint8_t { all, butIDAT };
     bool walkChunks(RunningEnd base, ChunksRead chunks = ChunksRead::all);
