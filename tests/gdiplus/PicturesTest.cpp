@@ -40,6 +40,10 @@ TEST(GdiplusPictures, ComeOutOtherThanThroughTheComponentsReader) {
         EXPECT_EQ(there.ImageType(), imgPNG);
         EXPECT_EQ(there.Alpha(), here.Alpha());
         EXPECT_TRUE(pixelsOf(there) == pixelsOf(here));
+        const int asked = gdiplus.loads;
+        there.MaxMemory(1);
+        EXPECT_FALSE(there.LoadPicture_Stream(file));
+        EXPECT_EQ(gdiplus.loads, asked); // it is not shown what exceeds the limits
     }
     EXPECT_GT(decoded, 100);
 }

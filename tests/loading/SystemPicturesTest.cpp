@@ -106,6 +106,11 @@ TEST_F(SystemPicture, AMetafileIsNotDrawnAsItIs) {
         EXPECT_FALSE(sheet.LoadPicture_StdPicture(&refused));
         EXPECT_EQ(sheet.Handle(), 0);
     }
+    const Drawing twice(PictureType::metafile);
+    sheet.MaxMemory(3 * 2 * 8 - 1);
+    EXPECT_FALSE(sheet.LoadPicture_StdPicture(&twice));
+    EXPECT_EQ(sheet.LastErrorText(), "more memory than MaxMemory allows");
+    sheet.MaxMemory(0);
     // Files, where the system draws them: red on the left of a picture of its natural size.
     for (const std::string kind : {"emf", "wmf"}) {
         const bool loaded = load(sheet, readFile(sourceFolder() / "tests/data/metafiles" / ("red." + kind)));
