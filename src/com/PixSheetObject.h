@@ -447,7 +447,8 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
   private:
     using Access = CallersBytes::Access;
 
-    explicit PixSheetObject(std::unique_ptr<cPixSheet> sheet) noexcept : m_sheet(std::move(sheet)) {}
+    // May throw std::bad_alloc: the object is put on the list of those that live.
+    explicit PixSheetObject(std::unique_ptr<cPixSheet> sheet) : m_sheet(std::move(sheet)) {}
     ~PixSheetObject() = default;
 
     // The object behind an interface when this very DLL made it; null for every other implementation.
