@@ -76,6 +76,10 @@ struct Stage {
     }
     bool spoilClipboard() {
         if (clipboard.blocks.empty()) return false;
+        if (input.byte() % 8 == 0) {
+            const ByteArray given = this->bytes();
+            clipboard.blocks[0].bytes.assign(given.bytes().begin(), given.bytes().end());
+        }
         Bytes& bytes = clipboard.blocks[input.byte() % clipboard.blocks.size()].bytes;
         if (input.byte() % 8 == 0) bytes.resize(input.byte());
         if (!bytes.empty()) bytes[static_cast<std::uint32_t>(input.number()) % bytes.size()] ^= 1 << input.byte() % 8;

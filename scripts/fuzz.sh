@@ -2,7 +2,7 @@
 # Builds the fuzz targets and runs them, one after the other.
 # Usage: scripts/fuzz.sh [TARGET] [SECONDS] [PRESET]
 #
-#   TARGET   readers, writers, sequences, clipboard, inflate, ... or all (default)
+#   TARGET   readers, writers, sequences, dropfiles, inflate or all (default)
 #   SECONDS  for each, 600 unless said otherwise
 #   PRESET   fuzz (default), fuzz32 with 32-bit sizes, both under the address and undefined-behaviour sanitizers, or
 #            fuzz-memory under the memory sanitizer

@@ -37,7 +37,7 @@ grep -rE '^ *#include "[a-z]+/' src --include='*.h' --include='*.cpp' | awk '
     }
     END { exit failed }' docs/architecture.md - || failed=1
 
-# Lines that are not blank, of what git knows; tests and fuzzers are between a quarter and a third of all.
+# Lines that are not blank, of what git knows; tests and fuzzers are to be about a quarter of all.
 code_lines() {
     git ls-files -z -- "$@" | grep -zE '\.(c|cc|cpp|h|hpp|inl|idl|rc|py|sh|vbs|js|ps1|cmake)$|CMakeLists\.txt$' |
         xargs -0 -r cat | grep -cv '^[[:space:]]*$'

@@ -51,7 +51,7 @@ if [ "${1:-}" = --native ]; then
 else
     step "set-up: packages" scripts/setup.sh
     build release && tests release
-    step "checks: layout and clang-tidy" scripts/lint.sh build/release
+    step "checks: layout, clang-tidy, cppcheck" scripts/lint.sh build/release
     build asan && tests sanitizers
     build native32 && tests sanitizers-32
     step "set-up: Wine" scripts/wine.sh setup

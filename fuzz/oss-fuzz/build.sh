@@ -2,8 +2,8 @@
 # Builds the fuzz targets as services that fuzz want them: compilers, options and engine come from the environment, what
 # runs goes to $OUT, with seeds and a dictionary for each target. Nothing else than the C++ library is linked: peers that
 # give verdicts of their own are left to scripts/fuzz.sh.
-cd "$(dirname "$(readlink -f "$0")")"
-[ -f CMakePresets.json ] || cd "${SRC:+$SRC/pixkit}" 2>/dev/null || cd ../..
+# The service runs a copy of this file, which lies beside the project.
+[ -d "${SRC:-}/pixkit" ] && cd "$SRC/pixkit" || cd "$(dirname "$(readlink -f "$0")")/../.."
 
 build=${WORK:-$(mktemp -d)}/pixkit
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=None -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS" \
@@ -18,6 +18,6 @@ for program in "$build"/fuzz/fuzz_*; do
     cp "$program" "$OUT/"
     [ ! -f "fuzz/dictionaries/$name.dict" ] || cp "fuzz/dictionaries/$name.dict" "$OUT/$target.dict"
     folders=(fuzz/seeds/"$name"/)
-    [ "$name" != readers ] || folders=(tests/data/pictures/*/ fuzz/seeds/picture/ fuzz/seeds/gif/)
+    [ "$name" != readers ] || folders=(tests/data/pictures/*/ tests/data/regression/ fuzz/seeds/picture/ fuzz/seeds/gif/)
     [ ! -d "${folders[0]}" ] || find "${folders[@]}" -type f | zip -q "$OUT/${target}_seed_corpus.zip" -@
 done
