@@ -7,6 +7,10 @@
 #include <random>
 #include <utility>
 
+#if __has_feature(memory_sanitizer)
+#include <sanitizer/msan_interface.h>
+#endif
+
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t bytes, std::size_t most);
 
 namespace pixkit::fuzz {
@@ -15,6 +19,13 @@ using Bytes = std::vector<std::uint8_t>;
 
 inline void append(Bytes& bytes, std::span<const std::uint8_t> more) {
     bytes.insert(bytes.end(), more.begin(), more.end());
+}
+
+// What the engine has written, which the memory sanitizer does not see.
+inline void takeAsWritten([[maybe_unused]] const void* data, [[maybe_unused]] std::size_t bytes) {
+#if __has_feature(memory_sanitizer)
+    __msan_unpoison(data, bytes);
+#endif
 }
 
 // Writes a little-endian field of so many bytes.
@@ -56,7 +67,10 @@ class Dice {
     void change(Bytes& bytes) {
         const std::size_t size = bytes.size();
         bytes.resize(size + size / 4 + 8);
-        bytes.resize(LLVMFuzzerMutate(bytes.data(), size, bytes.size()));
+        const std::size_t changed = LLVMFuzzerMutate(bytes.data(), size, bytes.size());
+        takeAsWritten(&changed, sizeof changed);
+        takeAsWritten(bytes.data(), bytes.size());
+        bytes.resize(changed);
     }
     // Takes the end off, from anywhere on.
     Bytes cut(Bytes& bytes) {

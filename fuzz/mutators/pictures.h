@@ -25,6 +25,7 @@ inline void mutatePicture(Bytes& file, Dice& dice) {
 // nothing or makes too much of it.
 inline std::size_t mutateInput(std::uint8_t* data, std::size_t bytes, std::size_t most, unsigned seed,
                                const auto& mutate) {
+    takeAsWritten(data, bytes);
     Dice dice(seed);
     Bytes file(data, data + bytes);
     for (std::size_t rounds = dice.below(4); rounds > 0; --rounds)
