@@ -3,7 +3,7 @@
 #include "render/DrawJob.h"
 #include "render/GdiplusPath.h"
 #include "surface/attempt.h"
-#include <cstring>
+#include <algorithm>
 #include <utility>
 
 namespace pixkit {
@@ -48,7 +48,7 @@ Outcome cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::in
                         static_cast<std::int32_t>(std::int64_t{m_hotspot.y} * target.m_Height / m_Height)};
     const ConstPixelView image = HostAccess::pixels(*this);
     if (target.m_Width == m_Width && target.m_Height == m_Height) {
-        std::memcpy(HostAccess::pixels(target).bits, image.bits, image.bytes().size());
+        std::ranges::copy(image.bytes(), HostAccess::pixels(target).bits);
     } else {
         target.EraseDIB(); // what the target held before must not shine through, nor pass for a copy
         // Without the system's AlphaBlend: the same pixels everywhere where GDI+ does not interpolate.
