@@ -225,7 +225,7 @@ const std::map<std::string, Member> members = {
 
 class NativeEngine final : public Engine {
   public:
-    std::vector<std::string> names() const override { return {"native"}; }
+    std::vector<std::string> names() const override { return {platform::canLoadJpeg() ? "jpeg" : "no JPEG", "native"}; }
     Object create() override { return std::make_shared<cPixSheet>(); }
     Value call(const Object& object, const std::string& name, std::vector<Argument>& arguments, bool) override {
         std::vector<std::unique_ptr<In>> in;
