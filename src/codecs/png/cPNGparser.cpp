@@ -118,6 +118,7 @@ bool cPNGparser::loadByGDIplus(RunningEnd base) {
     if (!cHost->isGDIplusEnabled() || !walkOver(m_pngStream).isWhole)
         return false; // lengths that lie lead some decoders round for ever
     const StatedSize size = statedSize(m_pngStream);
+    if (size.width == 0 && HostAccess::limits(*cHost).areSet()) return false; // the header is not where it belongs
     if (systemLimit(*cHost, size.width, size.height) || !DecodeByGDIplus(m_pngStream, *cHost, false)) return false;
     if (walkChunks(base, ChunksRead::butIDAT))
         setAlpha(); // else GDI+ shows what is refused here, and its pixels have to say it
