@@ -50,10 +50,6 @@ TEST(SaveFile, AFileInUseOrSomebodyElsesIsLostOrAQuestionIsVain) {
     EXPECT_EQ(sheet.SaveToFile_ICO(name, {}, true), 0);
     fill(sheet, 1, 1, {{1, 2, 3, 255}});
     platform::setMessageBoxHandler({});
-    for (const auto& [icon, type] : {std::pair(u8"a.CUR", 2), {u8"a.ico", 1}, {u8"a.dat", 1}}) {
-        EXPECT_EQ(sheet.SaveToFile_ICO(folder.name(icon), {}, false), 1);
-        EXPECT_EQ(readFile(folder.path(icon)).at(2), type) << "icon or cursor, by the name";
-    }
 }
 
 TEST(SaveFile, WhatAFileIsGoesWithItsBytes) {

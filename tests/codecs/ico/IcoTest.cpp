@@ -26,49 +26,6 @@ Bytes saved(const std::vector<const cPixSheet*>& sources, const std::vector<Icon
 
 } // namespace
 
-// Entries number themselves from 1 in their pixels.
-TEST_F(Ico, TheWrongEntryIsTaken) {
-    // Of choice: 16 at 4 bits, 48 at 24, 32 at 8, 16 at 24, 32 at 24, 16 at 8. Of choice-depth: 16 is as far from 8 as
-    // from 24.
-    const struct {
-        const char* file;
-        std::int32_t cX, cY, bitDepth, number;
-    } rows[] = {{"choice", 16, 16, 24, 4},        {"choice", 16, 16, 32, 4},      {"choice", 16, 16, 8, 6},
-                {"choice", 16, 16, 0, 4},         {"choice", 17, 17, 24, 5},      {"choice", 1, 1, 24, 4},
-                {"choice", 33, 10, 4, 2},         {"choice", 49, 49, 4, 2},       {"choice", 32, 0, 24, 5},
-                {"choice", 0, 16, 1, 1},          {"choice", 0, 0, 1, 2},         {"choice", -5, -5, 32, 2},
-                {"choice", 16, 16, 33, 4},        {"choice", 16, 16, -1, 4},      {"choice", 16, 32, 8, 3},
-                {"choice", 2147483647, 1, 0, 2},  {"choice-depth", 8, 8, 16, 2},  {"choice-equal", 8, 8, 24, 1},
-                {"choice-larger", 33, 33, 24, 2}, {"choice-area", 30, 30, 24, 2}, {"choice-png", 16, 16, 24, 1},
-                {"choice-hotspot", 16, 16, 24, 1}};
-    cPixSheet sheet;
-    for (const auto& row : rows)
-        EXPECT_EQ(load(sheet, picture(std::string("ico/") + row.file + ".ico"), row.cX, row.cY, row.bitDepth)
-                      .BitsPointer()[0],
-                  row.number)
-            << row.file << ", " << row.cX << " x " << row.cY << " at " << row.bitDepth;
-    // A PNG's size and depth are its own.
-    EXPECT_EQ(load(sheet, picture("ico/choice-png.ico"), 16, 16, 1).ImageType(), imgPNGicon);
-    EXPECT_EQ(load(sheet, picture("ico/choice-png.ico"), 0, 0).Width(), 30);
-}
-
-TEST_F(Ico, SizesAreMiscountedOrCannotBeReloaded) {
-    cPixSheet sheet;
-    std::vector<IconSourceSize> sizes = {{9, 9, 9, 9}};
-    ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(picture("ico/several.ico"))));
-    EXPECT_EQ(sheet.SourceIconSizes(sizes), 0) << "the file was not kept";
-    EXPECT_EQ(sizes.size(), 1U);
-    load(sheet, picture("ico/several.ico"), 16, 16);
-    EXPECT_EQ(sheet.SourceIconSizes(sizes), 5);
-    EXPECT_EQ(sizes, (std::vector<IconSourceSize>{
-                         {16, 16, 4, 0}, {32, 32, 8, 0}, {9, 7, 24, 0}, {20, 18, 32, 1}, {32, 32, 24, 0}}));
-    for (const IconSourceSize& size : std::vector(sizes)) {
-        ASSERT_TRUE(sheet.LoadPicture_FromOrignalFormat(size.Width, size.Height, size.bitDepth));
-        EXPECT_EQ(sheet.Height(), size.Height);
-    }
-    EXPECT_EQ(load(sheet, picture("bmp/rle8.bmp"), 0, 0).SourceIconSizes(sizes), 0) << "another kind, kept";
-}
-
 TEST_F(Ico, TheHotspotIsLostOrAnIconIsACursor) {
     const TemporaryFolder folder;
     const CursorHotspot none, small{3, 5};
@@ -79,10 +36,6 @@ TEST_F(Ico, TheHotspotIsLostOrAnIconIsACursor) {
     ASSERT_EQ(sheet.SaveToFile_ICO(folder.name(u8"a.cur"), {}, false, size), 1);
     load(other, readFile(folder.path(u8"a.cur")), 0, 0);
     EXPECT_EQ(HostAccess::hotspot(other), (CursorHotspot{6, 26})) << "twice as large, rows down, where the picture is";
-    for (const auto& [name, type] : {std::pair(u8"a.CUR", 2), {u8"a.Ico", 1}, {u8"a.dat", 2}}) {
-        ASSERT_EQ(sheet.SaveToFile_ICO(folder.name(name), {}, false), 1);
-        EXPECT_EQ(readFile(folder.path(name)).at(2), type);
-    }
     ASSERT_TRUE(sheet.MakeGrayScale(gsclNTSCPAL));
     EXPECT_EQ(saved({&sheet}, {}).at(2), 2) << "still a cursor";
     sheet.CopyImageTo(other, 32, 8);
@@ -92,8 +45,6 @@ TEST_F(Ico, TheHotspotIsLostOrAnIconIsACursor) {
     EXPECT_EQ(HostAccess::hotspot(sheet), none);
     EXPECT_EQ(HostAccess::hotspot(other), small);
     EXPECT_EQ(HostAccess::hotspot(load(other, picture("ico/choice.ico"), 0, 0)), none) << "no hotspot: planes, depth";
-    ASSERT_EQ(other.SaveToFile_ICO(folder.name(u8"b.cur"), {}, false), 1);
-    EXPECT_EQ(readFile(folder.path(u8"b.cur")).at(2), 2) << "the name says so";
 }
 
 TEST_F(Ico, AnEntryIsMadeOfTheWrongSource) {
