@@ -193,17 +193,5 @@ TEST(DrawnLedger, ADrawingGivesSomethingElseThanIsWrittenDown) {
     compareWithLedger("drawn.txt", lines.str());
 }
 
-TEST(Render, NoDestinationIsTakenForOne) {
-    cPixSheet sheet, empty;
-    Random(3).fill(sheet, 3, 2);
-    for (const Drawing& drawing : {Drawing{}, Drawing{.Angle = 30}, Drawing{.destWidth = -3}}) {
-        EXPECT_FALSE(render(sheet, drawing, 0, nullptr));
-        EXPECT_FALSE(render(sheet, drawing, sheet.Handle(), nullptr)) << "a bitmap is no device context";
-        EXPECT_FALSE(render(sheet, drawing, 0, &empty));
-        EXPECT_FALSE(render(empty, drawing, 0, &sheet));
-    }
-    EXPECT_FALSE(render(empty, {.Opacity = 0}, 0, &sheet));
-}
-
 } // namespace
 } // namespace pixkit::test

@@ -10,21 +10,8 @@
 namespace pixkit::test {
 namespace {
 
-using platform::ObjectType;
 using platform::ScopedFault;
 using platform::SeamCall;
-
-void expectEmpty(const cPixSheet& sheet) {
-    EXPECT_EQ(sheet.Handle(), 0);
-    EXPECT_EQ(sheet.BitsPointer(), nullptr);
-    EXPECT_EQ(sheet.Width(), 0);
-    EXPECT_EQ(sheet.Height(), 0);
-    EXPECT_EQ(sheet.scanWidth(), 0);
-    EXPECT_EQ(sheet.Alpha(), AlphaNone);
-    EXPECT_EQ(sheet.ImageType(), imgError);
-    ByteArray cache;
-    EXPECT_FALSE(sheet.GetOrginalFormat(cache));
-}
 
 TEST(Capabilities, FollowTheOperatingSystemAndTheAnswerOfGdiPlus) {
     struct Row {
@@ -65,31 +52,6 @@ TEST(Properties, ZlibIsNotProbedAnewAtEveryRead) {
         EXPECT_TRUE(sheet.isZlibEnabled());
         const ScopedFault fault(missing);
         EXPECT_FALSE(sheet.isZlibEnabled());
-    }
-}
-
-TEST(LoadDIBinDC, SelectsOrFreesOtherwiseThanManageOwnDCSays) {
-    for (const bool manage : {false, true}) {
-        SCOPED_TRACE(manage);
-        cPixSheet sheet;
-        EXPECT_EQ(sheet.LoadDIBinDC(true), 0) << "no image";
-        sheet.ManageOwnDC(manage);
-        ASSERT_TRUE(sheet.InitializeDIB(3, 3));
-        const auto dc = sheet.LoadDIBinDC(true);
-        ASSERT_NE(dc, 0);
-        EXPECT_EQ(sheet.LoadDIBinDC(true), dc) << "repeated calls are harmless";
-        EXPECT_TRUE(isSelected(sheet));
-        EXPECT_EQ(sheet.LoadDIBinDC(false), 0);
-        EXPECT_FALSE(isSelected(sheet));
-        EXPECT_EQ(platform::GetObjectType(dc), manage ? ObjectType::memoryDC : ObjectType::none);
-        EXPECT_EQ(sheet.LoadDIBinDC(true) == dc, manage) << "a managed context survives";
-        sheet.ManageOwnDC(false);
-        EXPECT_EQ(platform::GetObjectType(dc), ObjectType::none);
-        const auto last = sheet.LoadDIBinDC(true);
-        const auto bitmap = sheet.Handle();
-        sheet.DestroyDIB();
-        EXPECT_EQ(platform::GetObjectType(last), ObjectType::none) << "leaked device context";
-        EXPECT_EQ(platform::GetObjectType(bitmap), ObjectType::none) << "leaked bitmap";
     }
 }
 
@@ -140,7 +102,7 @@ TEST(SwapDIBs, ExchangesLessOrMoreThanTheImagesOrLosesWhatIsSelected) {
         EXPECT_EQ(stateOf(first), firstBefore);
         cPixSheet empty;
         empty.SwapDIBs(&first);
-        expectEmpty(first);
+        EXPECT_EQ(first.Handle(), 0);
         EXPECT_EQ(stateOf(empty), firstBefore);
     }
 }
