@@ -1,5 +1,7 @@
 // GDI+ in the component, with the library that the system has, or without one.
+#include "platform/gdiplus.h"
 #include "Server.h"
+#include "support/Pictures.h"
 
 namespace pixkit::test {
 namespace {
@@ -38,47 +40,37 @@ TEST_F(GdiplusComTest, KeepsTheLibraryOrGoesWithoutEndingATokensGdiplus) {
     EXPECT_EQ(::GetModuleHandleW(L"gdiplus.dll"), nullptr) << "not given back";
 }
 
-// What is drawn comes out alike, by GDI+ or without, onto hosts and device contexts, and nothing beside it.
+// By GDI+ or without, onto hosts and device contexts, and nothing beside it.
 TEST_F(GdiplusComTest, DrawsOtherPixelsThanWithoutGdiplus) {
-    constexpr LONG side = 8;
+    platform::setGdiplusProvider({}); // the system's own
     struct Row {
-        LONG width, opacity;
-        eGrayScaleFormulas gray;
+        std::int32_t width, opacity, gray;
         float light, angle;
     };
     for (const Row& row : {Row{4, 100, gsclNone, 0, 0}, Row{4, 50, gsclNone, 0, 0}, Row{-4, 100, gsclNTSCPAL, 10, 0},
                            Row{4, 100, gsclNone, 0, 90}}) {
         for (const bool ontoContext : {false, true}) {
-            LONG colors[2][side * side];
+            std::vector<Pixel> drawn[2];
             for (const bool isEnabled : {true, false}) {
-                ASSERT_TRUE(makeImage(4, 4));
-                for (LONG i = 0; i < 16; ++i)
-                    setPixel(i % 4, i / 4, i * 0x050B0D);
-                sheet->put_isGDIplusEnabled(isEnabled ? VARIANT_TRUE : VARIANT_FALSE);
-                sheet->put_KeepGDIplusActive(VARIANT_TRUE); // not by AlphaBlend
-                ComPtr<_cPixSheet> host;
-                *host.put() = server.create();
-                VARIANT_BOOL isDone = VARIANT_FALSE;
-                host->InitializeDIB(side, side, &isDone);
-                LONG_PTR dc = 0;
-                if (ontoContext) host->LoadDIBinDC(VARIANT_TRUE, &dc);
-                _cPixSheet* onto = ontoContext ? nullptr : host.get();
-                EXPECT_EQ(sheet->Render(dc, 2, 2, row.width, 0, 0, 0, 0, 0, row.opacity, VARIANT_TRUE, VARIANT_TRUE,
-                                        &onto, row.gray, row.light, row.angle, VARIANT_FALSE, &isDone),
-                          S_OK);
-                EXPECT_EQ(isDone, VARIANT_TRUE);
-                for (LONG i = 0; i < side * side; ++i) {
-                    VARIANT_BOOL asStored = VARIANT_TRUE;
-                    host->GetPixel(i % side, i / side, nullptr, &asStored, &colors[isEnabled ? 1 : 0][i]);
-                }
+                cPixSheet picture, host;
+                test::draw(picture, 4, 4, AlphaNone, [](unsigned x, unsigned y) {
+                    const auto value = [&](unsigned step) { return static_cast<std::uint8_t>((4 * y + x) * step); };
+                    return Pixel{value(5), value(11), value(13), 255};
+                });
+                host.InitializeDIB(8, 8);
+                picture.isGDIplusEnabled(isEnabled);
+                picture.KeepGDIplusActive(true); // not by AlphaBlend
+                EXPECT_TRUE(picture.Render(host.LoadDIBinDC(ontoContext), 2, 2, row.width, 0, 0, 0, 0, 0, row.opacity,
+                                           true, true, ontoContext ? nullptr : &host, row.gray, row.light, row.angle));
+                host.LoadDIBinDC(false);
+                drawn[isEnabled ? 1 : 0] = pixelsOf(host);
             }
-            for (LONG i = 0; i < side * side; ++i) {
-                for (const int shift : {0, 8, 16})
-                    EXPECT_NEAR(colors[0][i] >> shift & 0xFF, colors[1][i] >> shift & 0xFF, 2)
-                        << i << " at angle " << row.angle << ", opacity " << row.opacity << ", context " << ontoContext;
-            }
+            for (std::size_t i = 0; i < 64 * 3; ++i)
+                EXPECT_NEAR(drawn[0][i / 3][i % 3], drawn[1][i / 3][i % 3], 2)
+                    << i << " at angle " << row.angle << ", opacity " << row.opacity << ", context " << ontoContext;
         }
     }
+    platform::setGdiplusProvider([] { return platform::GdiplusApi(); });
 }
 
 } // namespace

@@ -115,26 +115,6 @@ class Hostile : public ComTest {
         EXPECT_EQ(file == m_before, true) << std::filesystem::path(after);
     }
 
-    // Every member as the table has it: its description, its name and those of its parameters.
-    template <class Use>
-    void eachMember(Use&& use) {
-        ComPtr<ITypeInfo> info, table;
-        HREFTYPE reference = 0;
-        FUNCDESC* function = nullptr;
-        sheet->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.put());
-        info->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference);
-        ASSERT_EQ(info->GetRefTypeInfo(reference, table.put()), S_OK);
-        for (UINT i = 0; SUCCEEDED(table->GetFuncDesc(i, &function)); ++i) {
-            BSTR found[25];
-            UINT count = 0;
-            table->GetNames(function->memid, found, 25, &count);
-            std::vector<std::wstring> names(found, found + count);
-            names.resize(static_cast<std::size_t>(function->cParams) + 1, L"value"); // which is that of properties
-            use(*function, names);
-            std::for_each(found, found + count, ::SysFreeString);
-            table->ReleaseFuncDesc(function);
-        }
-    }
     // What is wanted there, as far as a name tells it.
     LONG_PTR handleFor(const std::wstring& name) {
         LONG_PTR handle = 1;

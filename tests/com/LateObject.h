@@ -24,7 +24,10 @@ class LateObject final : public IDispatchEx {
         return isKnown ? (AddRef(), S_OK) : E_NOINTERFACE;
     }
     STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override { return --references; } // a variable of the test's
+    STDMETHODIMP_(ULONG) Release() override { // a variable of the test's
+        if (--references == 0 && gone) gone();
+        return references;
+    }
     STDMETHODIMP GetTypeInfoCount(UINT* count) override { return *count = 0, S_OK; }
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) override {
@@ -53,6 +56,7 @@ class LateObject final : public IDispatchEx {
     bool isLiar = false;         // says that it has every interface
     Member answer;               // to every call, where it is there
     std::function<void()> asked; // for an interface
+    std::function<void()> gone;  // after the last reference
 
   private:
     HRESULT find(const wchar_t* name, DISPID* id) const {

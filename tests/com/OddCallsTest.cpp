@@ -90,13 +90,13 @@ TEST_F(OddCalls, EveryFormOfByteArrayLoadsTheSamePicture) {
     EXPECT_EQ(std::memcmp(bytes.array->pvData, png.data(), png.size()), 0);
 }
 
-TEST_F(OddCalls, UnfitArraysAreRefusedAndStayAsTheyAre) {
+TEST_F(OddCalls, ArraysThatAreUnfitOrPassedByValueAreReplacedUnderTheCaller) {
     const struct {
         VARTYPE type;
         USHORT feature;
-        bool isLocked, isLoadable;
-    } rows[] = {{VT_UI1, 0, true, true},  {VT_UI1, FADF_FIXEDSIZE, false, true}, {VT_UI1, FADF_STATIC, false, true},
-                {VT_I4, 0, false, false}, {VT_VARIANT, 0, false, false},         {VT_I1, 0, false, false}};
+        bool isLocked;
+    } rows[] = {{VT_UI1, 0, true}, {VT_UI1, FADF_FIXEDSIZE, false}, {VT_UI1, FADF_STATIC, false}, {VT_I4, 0, false},
+                {VT_I1, 0, false}, {VT_VARIANT, 0, false},          {VT_VARIANT, 0, true}};
     for (const auto& row : rows) {
         SCOPED_TRACE(&row - rows);
         ASSERT_TRUE(makeImage(3, 2));
@@ -105,34 +105,21 @@ TEST_F(OddCalls, UnfitArraysAreRefusedAndStayAsTheyAre) {
         own.array->fFeatures |= row.feature;
         if (row.isLocked) ::SafeArrayLock(own.array);
         VARIANT_BOOL done = VARIANT_TRUE;
-        LONG count = 7;
         EXPECT_EQ(sheet->SaveToStream_Bitmap(&own.array, VARIANT_FALSE, 0, &done), S_OK);
         EXPECT_EQ(done, VARIANT_FALSE);
-        EXPECT_EQ(sheet->SourceIconSizes(&own.array, &count), S_OK);
-        EXPECT_EQ(count, 0);
-        EXPECT_EQ(own.array, before);
-        EXPECT_EQ(sheet->LoadPicture_Stream(&own.array, 0, 0, 0, 0, VARIANT_FALSE, 32, &done), S_OK);
-        EXPECT_EQ(width(), 0) << "a load that is refused empties the instance";
+        VARIANT held = arrayValue(row.type, own.array);
+        for (const VARIANT& form : {held, row.isLocked ? variable(held) : held}) {
+            Variant saved;
+            call(sheet.get(), L"SaveToStream_Bitmap", {form}, &saved);
+            EXPECT_NE(saved.boolVal, VARIANT_TRUE);
+        }
+        EXPECT_TRUE(own.array == before && before->rgsabound[0].cElements == 8);
         if (row.isLocked) ::SafeArrayUnlock(own.array);
         own.array->fFeatures &= static_cast<USHORT>(~row.feature);
     }
-    ASSERT_TRUE(makeImage(3, 2));
-    OwnArray longs(VT_I4, {1, 2}), bytes(VT_UI1, std::vector<std::uint8_t>(64));
-    EXPECT_EQ(call(sheet.get(), L"LoadPicture_Stream", {typed(VT_ARRAY | VT_I4, &longs.array)}), DISP_E_TYPEMISMATCH);
+    OwnArray bytes(VT_UI1, std::vector<std::uint8_t>(64));
     VARIANT lie = arrayValue(VT_VARIANT, bytes.array);
     EXPECT_EQ(call(sheet.get(), L"SetDIBbits", {variable(lie)}), DISP_E_TYPEMISMATCH) << "read as VARIANTs";
-}
-
-TEST_F(OddCalls, ArraysPassedByValueAreNotReplacedUnderTheCaller) {
-    ASSERT_TRUE(makeImage(3, 2));
-    OwnArray bytes(VT_UI1, {1, 2}), variants(VT_VARIANT, {1, 2});
-    VARIANT locked = arrayValue(VT_VARIANT, variants.array);
-    ::SafeArrayLock(variants.array);
-    for (const VARIANT& form : {arrayValue(VT_UI1, bytes.array), locked, variable(locked)})
-        EXPECT_FALSE(isTrue(sheet.get(), L"SaveToStream_Bitmap", {form})) << form.vt;
-    EXPECT_EQ(bytes.array->rgsabound[0].cElements, 2u);
-    EXPECT_EQ(variants.array->rgsabound[0].cElements, 2u);
-    ::SafeArrayUnlock(variants.array);
 }
 
 TEST_F(OddCalls, PixelsLandInTheSameArrayAgainAndTheImagesOwnMemoryIsNeverReplaced) {
@@ -175,22 +162,14 @@ TEST_F(OddCalls, StrangersObjectsOfAnotherCopyAndOnesThatLieAreNotTakenForOurs) 
     for (IDispatch* const other : std::initializer_list<IDispatch*>{&stranger, &liar, copys.get()}) {
         auto* disguised = static_cast<_cPixSheet*>(other);
         auto* picture = reinterpret_cast<IPictureDisp*>(other);
-        auto* font = reinterpret_cast<IFontDisp*>(other);
         VARIANT_BOOL done = VARIANT_TRUE;
-        LONG width = 7, height = 7;
         EXPECT_EQ(sheet->SwapDIBs(&disguised), DISP_E_TYPEMISMATCH);
         EXPECT_EQ(sheet->CopyImageTo(&disguised, 0, 0, VARIANT_FALSE), DISP_E_TYPEMISMATCH);
         EXPECT_EQ(sheet->TileImage(0, 0, 0, 1, 1, 100, 0, 0, 0, &disguised, &done), DISP_E_TYPEMISMATCH);
         EXPECT_EQ(call(sheet.get(), L"SwapDIBs", {object(other)}), DISP_E_TYPEMISMATCH);
         EXPECT_EQ(sheet->LoadPicture_StdPicture(&picture, &done), S_OK);
         EXPECT_EQ(done, VARIANT_FALSE);
-        EXPECT_EQ(sheet->MeasureText_stdFont(&font, nullptr, &width, &height, 0, 0, ::txtLeft, &(done = VARIANT_TRUE)),
-                  S_OK);
-        EXPECT_EQ(done, VARIANT_FALSE);
         ASSERT_TRUE(makeImage(4, 3));
-        Variant stream, count;
-        EXPECT_EQ(call(sheet.get(), L"SaveToStream_ICO", {variable(stream), object(other, VT_UNKNOWN)}, &count), S_OK);
-        EXPECT_EQ(count.lVal, 0);
     }
     EXPECT_EQ(stranger.references + liar.references, 2U);
 }
@@ -217,22 +196,18 @@ TEST_F(OddCalls, OneIdentityAndTruthfulSideInterfaces) {
 }
 
 TEST_F(OddCalls, AnOptionalNumberHasNoDefaultInTheTypeLibrary) {
-    ComPtr<ITypeInfo> info;
-    FUNCDESC* function = nullptr;
     int byReference = 0;
-    sheet->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.put());
-    for (UINT i = 0; SUCCEEDED(info->GetFuncDesc(i, &function)); ++i) {
-        for (SHORT k = 0; k < function->cParams; ++k) {
+    eachMember([&](const FUNCDESC& function, const auto&) {
+        for (SHORT k = 0; k < function.cParams; ++k) {
             const auto& [type, parameter] =
-                std::tie(function->lprgelemdescParam[k].tdesc, function->lprgelemdescParam[k].paramdesc);
+                std::tie(function.lprgelemdescParam[k].tdesc, function.lprgelemdescParam[k].paramdesc);
             if ((parameter.wParamFlags & PARAMFLAG_FOPT) == 0) continue;
             const bool isReference = type.vt == VT_PTR;
             const bool isObject = type.vt == VT_DISPATCH || (isReference && type.lptdesc->vt == VT_PTR);
-            EXPECT_EQ((parameter.wParamFlags & PARAMFLAG_FHASDEFAULT) == 0, isObject) << function->memid << ' ' << k;
+            EXPECT_EQ((parameter.wParamFlags & PARAMFLAG_FHASDEFAULT) == 0, isObject) << function.memid << ' ' << k;
             byReference += isReference && !isObject;
         }
-        info->ReleaseFuncDesc(function);
-    }
+    });
     EXPECT_EQ(byReference, 6); // of GetPixel and TrimImage
 }
 
@@ -278,15 +253,11 @@ HRESULT __attribute__((noinline)) callMisaligned(void* function, void* object, v
 TEST_F(OddCalls, CallersWithAFourByteAlignedStackSurviveVectorCode) {
     ASSERT_TRUE(makeImage(67, 5));
     setPixel(3, 3, 0x0000FF);
-    ComPtr<ITypeInfo> info;
-    FUNCDESC* function = nullptr;
     std::size_t place = 0;
-    sheet->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.put());
-    for (UINT i = 0; SUCCEEDED(info->GetFuncDesc(i, &function)); ++i) {
-        if (function->memid == 501)
-            place = static_cast<std::size_t>(function->oVft) / sizeof(void*); // MakeImageInverse
-        info->ReleaseFuncDesc(function);
-    }
+    eachMember([&](const FUNCDESC& function, const auto&) {
+        if (function.memid == 501) // MakeImageInverse
+            place = (static_cast<std::size_t>(function.oVft) & ~std::size_t{1}) / sizeof(void*);
+    });
     VARIANT_BOOL done = VARIANT_FALSE;
     EXPECT_EQ(callMisaligned((*reinterpret_cast<void***>(sheet.get()))[place], sheet.get(), &done), S_OK);
     EXPECT_EQ(pixel(3, 3), 0xFFFF00);

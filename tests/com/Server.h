@@ -3,8 +3,10 @@
 #pragma once
 #include "com/Automation.h"
 #include "pixkit_com.h"
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -80,6 +82,26 @@ class ComTest : public testing::Test {
         LONG value = 0;
         sheet->get_Width(&value);
         return value;
+    }
+    // Every member as the table has it: its description, its name and those of its parameters.
+    template <class Use>
+    void eachMember(Use&& use) {
+        ComPtr<ITypeInfo> info, table;
+        HREFTYPE reference = 0;
+        FUNCDESC* function = nullptr;
+        sheet->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.put());
+        info->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference);
+        ASSERT_EQ(info->GetRefTypeInfo(reference, table.put()), S_OK);
+        for (UINT i = 0; SUCCEEDED(table->GetFuncDesc(i, &function)); ++i) {
+            BSTR found[25];
+            UINT count = 0;
+            table->GetNames(function->memid, found, 25, &count);
+            std::vector<std::wstring> names(found, found + count);
+            names.resize(static_cast<std::size_t>(function->cParams) + 1, L"value"); // which is that of properties
+            use(*function, names);
+            std::for_each(found, found + count, ::SysFreeString);
+            table->ReleaseFuncDesc(function);
+        }
     }
 
     Server server;

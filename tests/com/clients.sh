@@ -52,15 +52,6 @@ nothing_left() {
     done
 }
 
-# It stands alone: only libraries that every Windows has.
-imports_of_the_system() {
-    local imports
-    imports=$(objdump -p "$dll" | sed -n 's/.*DLL Name: //p')
-    [ -n "$imports" ] &&
-        ! grep -viE '^(advapi32|gdi32|kernel32|msimg32|msvcrt|ole32|oleaut32|shell32|shlwapi|user32)\.dll$' <<<"$imports"
-}
-
-check "imports" imports_of_the_system
 check "regsvr32" windows regsvr32 /s "$dll"
 check "C++ client" client 'early bound ok, late bound ok' \
     "$build/samples/cpp-client/cpp-client.exe" $pictures/landscape.png "$folder/client.bmp"

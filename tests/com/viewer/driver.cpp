@@ -100,8 +100,6 @@ void press(const std::string& keys) {
             down.push_back(VK_SHIFT);
         else if (part == "next")
             down.push_back(VK_NEXT);
-        else if (part == "f1")
-            down.push_back(VK_F1);
         else {
             // Letters name keys; other characters are those that the keyboard gives for them, with shift where need be.
             if ((key & 0x100) != 0 && std::isupper(static_cast<unsigned char>(part[0])) == 0) down.push_back(VK_SHIFT);
