@@ -1,5 +1,7 @@
 // The built-in inflater against zlib: the same verdict, the same bytes. The first two bytes of the input give the
 // capacity of the output, the rest is a zlib stream.
+// And whatever the deflater makes of the input is by zlib's account a stream of just that.
+#include "coding/deflate/Deflate.h"
 #include "oracle/zlibVerdict.h"
 #include "targets.h"
 #include <memory>
@@ -12,6 +14,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     const auto output = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
     std::copy(data + 2, data + bytes, stream.get());
     const auto result = pixkit::deflate::inflateZlib(output.get(), capacity, stream.get(), bytes - 2);
-    pixkit::fuzz::require(agreesWithZlib(result, output.get(), capacity, stream.get(), bytes - 2));
+    require(agreesWithZlib(result, output.get(), capacity, stream.get(), bytes - 2));
+
+    std::vector<std::uint8_t> packed, back(bytes);
+    auto written = static_cast<uLongf>(bytes);
+    pixkit::deflate::compressZlib({data, bytes}, data[0] % 10, packed);
+    require(uncompress(back.data(), &written, packed.data(), static_cast<uLong>(packed.size())) == Z_OK);
+    require(written == bytes && std::equal(back.begin(), back.end(), data));
     return 0;
 }

@@ -1,7 +1,6 @@
 // Every reader, from arrays and files. The input is a file; how it is asked for follows from its checksum.
 #include "coding/lzw/LzwDecoder.h"
 #include "mutators/pictures.h"
-#include "platform/faults.h"
 #include "targets.h"
 #include <sys/mman.h>
 #include <unistd.h>
@@ -48,18 +47,6 @@ void requireSameElsewhere(const cPixSheet& sheet, const ByteArray& file, Wish wi
     requireSound(other);
 }
 
-// PNG is read in the same way with zlib and without it, but for CRCs, which zlib computes.
-void requireSameWithoutZlib(const ByteArray& file) {
-    const std::vector<PngChunk> chunks = pngChunks(file.bytes());
-    if (file.data()[0] != 0x89 || chunks.empty()) return;
-    const ByteArray unchecked(pngFile(chunks, [](std::uint32_t) { return 0U; }));
-    cPixSheet withZlib, alone;
-    load(withZlib, unchecked);
-    const platform::ScopedFault noZlib(platform::SeamCall::loadLibrary);
-    load(alone, unchecked);
-    requireSame(withZlib, alone);
-}
-
 // The sizes that an icon file is said to have; the picture is one of them.
 void requireIconSizes(const cPixSheet& sheet) {
     std::vector<IconSourceSize> sizes;
@@ -102,7 +89,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     require(load(again, file, wish.size, wish.depth) == loaded && again.ImageType() == sheet.ImageType());
     requireSame(sheet, again);
     requireSameElsewhere(sheet, file, wish, odd);
-    requireSameWithoutZlib(file);
     if (!loaded) return 0;
     requirePixels(sheet, bytes);
     requireIconSizes(sheet);

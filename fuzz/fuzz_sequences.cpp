@@ -11,12 +11,32 @@
 #include "support/MemoryClipboard.h"
 #include "targets.h"
 #include <bit>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <tuple>
+#include <unistd.h>
 
 namespace {
 
 using platform::UniqueBitmap, platform::UniqueIcon, platform::UniqueRegion;
 
 constexpr std::size_t recordBytes = 24, mostRecords = 40;
+
+// A folder in memory for one file and a link to it.
+const std::filesystem::path folder = "/dev/shm/fuzz_sequences-" + std::to_string(getpid());
+
+// The bytes of all files there; of links, too.
+std::map<std::string, Bytes> lookAtFolder() {
+    std::map<std::string, Bytes> files;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        std::ifstream file(entry.path(), std::ios::binary);
+        const std::string kind = entry.is_symlink() ? "link " : "file ";
+        files[kind + entry.path().filename().string()] = {std::istreambuf_iterator(file), {}};
+    }
+    return files;
+}
 
 // Everything that calls work on, and their arguments, taken from a record.
 struct Stage {
@@ -30,7 +50,10 @@ struct Stage {
     Stage() {
         for (cPixSheet& each : sheets)
             each.MaxPixels(mostPixels);
+        std::filesystem::create_directory(folder);
+        std::filesystem::create_symlink("file.cur", folder / "link.ico");
     }
+    ~Stage() { std::filesystem::remove_all(folder); }
     // Of an instance, of the canvas, of nothing.
     std::intptr_t dc() {
         const std::uint8_t kind = input.byte();
@@ -54,6 +77,10 @@ struct Stage {
         constexpr const char* texts[] = {"", "Office\tsheet", "\xD7\x90 1\r\n2", "\xF0\x9F\x98\x80 e\xCC\x81 \xFF"};
         return texts[input.byte() % std::size(texts)];
     }
+    std::string name() {
+        constexpr const char* names[] = {"file.cur", "link.ico", "file.cur/none", "", "file.cur", "link.ico"};
+        return folder / names[input.byte() % std::size(names)];
+    }
 
     // Who fails says why, and nobody else.
     bool told(bool done) const {
@@ -72,8 +99,12 @@ struct Stage {
         const IconEntrySize sizes[] = {{input.byte(), input.byte(), input.number()}, {input.byte() % 64, 0, 8}};
         const cPixSheet* const sources[] = {sheet, other};
         const auto chosen = std::span(sizes).first(input.byte() % 3);
-        return sheet->SaveToStream_ICO(saved, std::span(sources).first(input.byte() % 3), chosen) != 0;
+        const auto from = std::span(sources).first(input.byte() % 3);
+        return (input.byte() % 2 != 0 ? sheet->SaveToFile_ICO(name(), from, false, chosen)
+                                      : sheet->SaveToStream_ICO(saved, from, chosen)) != 0;
     }
+    // Files that are dropped, or pasted: by names, and contents, which may fail to come.
+    bool loadFile(const struct Any& a);
     bool spoilClipboard() {
         if (clipboard.blocks.empty()) return false;
         if (input.byte() % 8 == 0) {
@@ -85,7 +116,6 @@ struct Stage {
         if (!bytes.empty()) bytes[static_cast<std::uint32_t>(input.number()) % bytes.size()] ^= 1 << input.byte() % 8;
         return false;
     }
-    bool took(bool) const { return true; }
 };
 
 // Any argument, whatever its type.
@@ -100,6 +130,17 @@ struct Any {
     }
 };
 
+bool Stage::loadFile(const Any& a) {
+    const ByteArray made = bytes();
+    const Bytes copy(made.bytes().begin(), made.bytes().end());
+    const auto contents = [copy] { return copy.empty() ? throw 1 : copy; };
+    clipboard.contents = {{name()}, {"", contents}, {name()}};
+    const std::int32_t index = input.byte() % 5;
+    if (a) return sheet->LoadPicture_DropedFiles(clipboard.contents, index, a, a, a, a);
+    clipboard.blocks = {{"FileGroupDescriptorW", {}}};
+    return sheet->LoadPicture_PastedFiles(index, a, a, a, a);
+}
+
 // Each answers whether the image of one of the two may have changed.
 constexpr bool (*calls[])(Stage&, Any) = {
     [](Stage& s, Any a) { return s.replaced(s.sheet->InitializeDIB(a, a)); },
@@ -107,6 +148,7 @@ constexpr bool (*calls[])(Stage&, Any) = {
     [](Stage& s, Any a) { return s.replaced(s.sheet->LoadPicture_Stream(s.bytes(), a, a, 0, 0, a, a)); },
     [](Stage& s, Any a) { return s.replaced(s.sheet->LoadPicture_Stream(s.bytes(), 0, 0, a, a, a)); },
     [](Stage& s, Any a) { return s.drawn(s.sheet->LoadPicture_FromOrignalFormat(a, a, a)); },
+    [](Stage& s, Any a) { return s.replaced(s.loadFile(a)); },
     [](Stage& s, Any a) { return s.replaced(s.sheet->LoadPicture_ClipBoard(a)); },
     [](Stage& s, Any a) { return s.replaced(s.sheet->LoadPicture_ByHandle(a ? s.other->Handle() : 4711)); },
     [](Stage& s, Any) { return s.sheet->DestroyDIB(), true; },
@@ -143,12 +185,22 @@ constexpr bool (*calls[])(Stage&, Any) = {
     [](Stage& s, Any a) { return s.drawn(s.sheet->DrawText_stdFont(0, s.font(), s.text(), a, a, a, a, a, 50, a, a)); },
     [](Stage& s, Any a) { return s.sheet->SwapDIBs(s.sheet->CreateDropShadow(a, a).get()), true; },
 
+    [](Stage& s, Any a) {
+        std::int32_t width = a, height = a;
+        return s.sheet->ScaleImage(a, a, width, height, a), false;
+    },
+    [](Stage& s, Any a) { return s.unchanged(s.sheet->UpdateLayeredWindow(s.input.number(), a, a, a)); },
     [](Stage& s, Any a) { return s.unchanged(UniqueRegion(s.sheet->CreateRegion(a, a)).get() != 0); },
     [](Stage& s, Any) { return s.unchanged(s.sheet->SaveToStream_PNG(s.saved)); },
     [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToStream_GIF(s.saved, a, a)); },
     [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToStream_JPG(s.saved, a)); },
     [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToStream_Bitmap(s.saved, a, a)); },
     [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToStream_TGA(s.saved, a, a, a)); },
+    [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToFile_PNG(s.name(), a)); },
+    [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToFile_GIF(s.name(), a, a, a)); },
+    [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToFile_JPG(s.name(), a, a, a)); },
+    [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToFile_Bitmap(s.name(), a, a, a)); },
+    [](Stage& s, Any a) { return s.unchanged(s.sheet->SaveToFile_TGA(s.name(), a, a, a, a)); },
     [](Stage& s, Any) { return s.unchanged(s.saveIcons()); },
     [](Stage& s, Any) { return s.unchanged(s.sheet->CopyToClipBoard()); },
     [](Stage& s, Any) { return s.spoilClipboard(); },
@@ -156,25 +208,18 @@ constexpr bool (*calls[])(Stage&, Any) = {
     [](Stage& s, Any a) { return s.unchanged(s.sheet->GetDIBbits(s.block, a, a, a, a, a, a, a, a, a, a)); },
     [](Stage& s, Any a) { return s.unchanged(s.sheet->GetAlphaMask(s.block, a, a, a, a, a, a, a)); },
     [](Stage& s, Any a) {
-        return s.took(s.other->LoadPicture_ByHandle(UniqueBitmap(s.sheet->CreateBitmap(a, a)).get()));
+        return s.other->LoadPicture_ByHandle(UniqueBitmap(s.sheet->CreateBitmap(a, a)).get()), true;
     },
-    [](Stage& s, Any a) { return s.took(s.other->LoadPicture_ByHandle(UniqueIcon(s.sheet->CreateIcon(a, a)).get())); },
     [](Stage& s, Any a) {
-        return s.took(s.other->LoadPicture_ByHandle(UniqueIcon(s.sheet->CreateCursor(a, a)).get()));
+        const UniqueIcon icon(a ? s.sheet->CreateIcon(a, a) : s.sheet->CreateCursor(a, a));
+        return s.other->LoadPicture_ByHandle(icon.get()), true;
     },
-    [](Stage& s, Any a) { return s.took(s.other->LoadPicture_StdPicture(s.sheet->CreateStdPicture(a, a).get())); },
+    [](Stage& s, Any a) { return s.other->LoadPicture_StdPicture(s.sheet->CreateStdPicture(a, a).get()), true; },
 };
 
 // What an instance holds.
-struct Look {
-    std::intptr_t handle;
-    eImageFormat type;
-    AlphaTypeEnum alpha;
-    std::uint32_t checksum;
-    bool operator==(const Look&) const = default;
-};
-Look lookAt(const cPixSheet& sheet) {
-    return {sheet.Handle(), sheet.ImageType(), sheet.Alpha(), crc32(0, pixels(sheet))};
+auto lookAt(const cPixSheet& sheet) {
+    return std::tuple(sheet.Handle(), sheet.ImageType(), sheet.Alpha(), crc32(0, pixels(sheet)));
 }
 
 void play(Stage& stage, const Input& record) {
@@ -183,8 +228,10 @@ void play(Stage& stage, const Input& record) {
     const std::uint8_t which = stage.input.byte(), fault = stage.input.byte();
     stage.sheet = &stage.sheets[which % 3];
     stage.other = &stage.sheets[which / 3 % 3];
-    const Look before[] = {lookAt(stage.sheets[0]), lookAt(stage.sheets[1]), lookAt(stage.sheets[2])};
+    const decltype(lookAt(stage.sheets[0])) before[] = {lookAt(stage.sheets[0]), lookAt(stage.sheets[1]),
+                                                        lookAt(stage.sheets[2])};
     const ByteArray saved = stage.saved;
+    const auto files = lookAtFolder();
     if (fault < 64)
         platform::armFault(
             static_cast<platform::SeamCall>(stage.input.byte() % static_cast<int>(platform::SeamCall::count)),
@@ -196,7 +243,10 @@ void play(Stage& stage, const Input& record) {
         requireSound(sheet);
         require((mayChange && (&sheet == stage.sheet || &sheet == stage.other)) || lookAt(sheet) == before[i]);
     }
-    require(stage.sheet->LastErrorText().empty() || std::ranges::equal(saved.bytes(), stage.saved.bytes()));
+    if (!stage.sheet->LastErrorText().empty()) {
+        require(std::ranges::equal(saved.bytes(), stage.saved.bytes()));
+        require(fault < 64 ? std::ranges::includes(lookAtFolder(), files) : lookAtFolder() == files);
+    }
     require(stage.clipboard.opened == 0);
 }
 
@@ -205,16 +255,15 @@ void play(Stage& stage, const Input& record) {
 // Records come, go and change places; one changes a byte.
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t bytes, std::size_t most, unsigned seed) {
     return mutateInput(data, bytes, most, seed, [](Bytes& all, Dice& dice) {
-        std::vector<Bytes> records(all.size() / recordBytes);
-        for (std::size_t i = 0; i < records.size(); ++i)
-            append(records[i], std::span(all).subspan(i * recordBytes, recordBytes));
-        if (records.size() < 4 || dice.oneIn(3)) records.push_back(dice.noise(recordBytes));
+        std::vector<std::array<std::uint8_t, recordBytes>> records(all.size() / recordBytes);
+        std::copy_n(all.data(), records.size() * recordBytes, reinterpret_cast<std::uint8_t*>(records.data()));
+        if (records.size() < 4 || dice.oneIn(3))
+            std::ranges::copy(dice.noise(recordBytes), records.emplace_back().begin());
         for (std::size_t moves = dice.below(4); moves > 0; --moves)
             dice.shuffle(records);
-        if (!records.empty()) records[dice.below(records.size())][dice.below(recordBytes)] = dice.byte();
-        all.clear();
-        for (const Bytes& record : records)
-            append(all, record);
+        if (!records.empty()) dice.anyOf(records)[dice.below(recordBytes)] = dice.byte();
+        const auto* const first = reinterpret_cast<const std::uint8_t*>(records.data());
+        all.assign(first, first + records.size() * recordBytes);
     });
 }
 

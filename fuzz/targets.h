@@ -28,10 +28,6 @@ inline std::span<const std::uint8_t> pixels(const cPixSheet& sheet) {
     return {sheet.BitsPointer(), pixelCount(sheet) * 4};
 }
 
-inline ByteArray arrayOf(const std::uint8_t* data, std::size_t bytes) {
-    return ByteArray(std::vector<std::uint8_t>(data, data + bytes));
-}
-
 // A whole image, or nothing at all: what properties say agrees, and so does the bitmap behind the handle.
 inline void requireSound(const cPixSheet& sheet) {
     const bool isThere = sheet.Handle() != 0;
