@@ -62,6 +62,10 @@ void unpremultiply(const Table& table, Pictures& p, std::size_t y) {
     table.unpremultiply(p.row(y), p.row(y), width);
 }
 
+void straighten(const Table& table, Pictures& p, std::size_t y) {
+    table.straighten(p.row(y), p.row(y), width);
+}
+
 constexpr std::uint8_t someColour[4] = {10, 200, 90, 255};
 
 const Kernel kernels[] = {
@@ -76,6 +80,8 @@ const Kernel kernels[] = {
     {"premultiplySoft", premultiply, false},
     {"unpremultiply", unpremultiply},
     {"unpremultiplySoft", unpremultiply, false},
+    {"straighten", straighten},
+    {"straightenSoft", straighten, false},
     {"invert", [](const Table& t, Pictures& p, std::size_t y) { t.invert(p.row(y), width); }},
     {"grayscale",
      [](const Table& t, Pictures& p, std::size_t y) {

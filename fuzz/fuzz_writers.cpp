@@ -14,7 +14,21 @@ void requireReadAgain(cPixSheet& read, const ByteArray& file, const cPixSheet& s
     require(read.Width() == sheet.Width() && read.Height() == sheet.Height());
 }
 
-// By the rule of straight colours.
+// As it was, ten times over.
+template <class Save>
+void requireKept(const cPixSheet& sheet, Save save) {
+    cPixSheet copy;
+    ByteArray file;
+    sheet.CopyImageTo(copy);
+    require(copy.Handle() != 0);
+    for (int generation = 0; generation < 10; ++generation) {
+        require(save(copy, file));
+        requireReadAgain(copy, file, sheet);
+        require(std::ranges::equal(pixels(copy), pixels(sheet)));
+        copy.Alpha(sheet.Alpha());
+    }
+}
+
 void writePng(cPixSheet& sheet, Input& input) {
     for (int properties = input.byte() % 8; properties > 0; --properties) {
         const auto property = static_cast<ePngProperties>(input.byte() % 20);
@@ -24,14 +38,7 @@ void writePng(cPixSheet& sheet, Input& input) {
         const PngValue values[] = {text, value % 12, value * 0x10203, value * 300.37};
         sheet.PngPropertySet(property, values[kind % 4], kind < 128 ? text : "Keyword");
     }
-    cPixSheet back;
-    ByteArray file;
-    require(sheet.SaveToStream_PNG(file));
-    requireReadAgain(back, file, sheet);
-    for (std::size_t at = 0; at < pixelCount(sheet) * 4; ++at) {
-        const unsigned stored = pixels(sheet)[at], alpha = pixels(sheet)[at | 3];
-        require(pixels(back)[at] == (at % 4 == 3 ? alpha : alpha == 0 ? 0 : stored * 255U / alpha * alpha / 255));
-    }
+    requireKept(sheet, [](const cPixSheet& copy, ByteArray& file) { return copy.SaveToStream_PNG(file); });
 }
 
 // Clear where they are and nowhere else.
@@ -63,23 +70,29 @@ void writeJpg(const cPixSheet& sheet, Input& input) {
 #endif
 }
 
-// As they were, but for colours that become straight; alpha that is 0 everywhere says nothing in these files.
+// As they were; but alpha that is 0 everywhere says nothing in these files, and straight colours need a clear pixel to
+// be known for sure, which those that are not dark do without.
 void writeBmpAndTga(const cPixSheet& sheet, Input& input) {
     const std::uint8_t options = input.byte();
     const bool asStored = (options & 1) != 0,
                isClear = std::ranges::count(pixels(sheet), 0) == std::ssize(pixels(sheet));
     for (const bool isTga : {false, true}) {
+        const auto save = [&, fill = input.number()](const cPixSheet& from, ByteArray& file) {
+            return isTga ? from.SaveToStream_TGA(file, (options & 2) != 0, (options & 4) != 0, asStored)
+                         : from.SaveToStream_Bitmap(file, asStored, fill);
+        };
+        bool isAnyClear = false;
+        for (std::size_t at = 3; at < pixels(sheet).size(); at += 4)
+            isAnyClear |= pixels(sheet)[at] == 0;
         cPixSheet back;
         ByteArray file;
-        require(isTga ? sheet.SaveToStream_TGA(file, (options & 2) != 0, (options & 4) != 0, asStored)
-                      : sheet.SaveToStream_Bitmap(file, asStored, input.number()));
+        require(save(sheet, file));
         requireReadAgain(back, file, sheet);
-        if (sheet.Alpha() == AlphaNone || (asStored && !isClear))
-            require(std::ranges::equal(pixels(sheet), pixels(back)));
+        if (sheet.Alpha() == AlphaNone || (!isClear && (asStored || (isTga && isAnyClear)))) requireKept(sheet, save);
     }
 }
 
-// Icons of any sizes and depths: every entry comes back with its size and depth.
+// An image of the picture's own size and depth is the picture; those of any come back with their size and depth.
 void writeIco(const cPixSheet& sheet, Input& input) {
     constexpr std::pair<std::int32_t, std::int32_t> depths[] = {
         {1, 1}, {4, 4}, {8, 8}, {24, 24}, {32, 32}, {HIGH_COLOR, 24}, {TRUE_COLOR, 24}, {TRUE_COLOR_ALPHA, 32}};
@@ -92,10 +105,14 @@ void writeIco(const cPixSheet& sheet, Input& input) {
         const bool isPng = sizes.back().Width >= 256;
         expected.push_back({sizes.back().Width, sizes.back().Height, isPng ? 32 : stored, isPng ? 1 : 0});
     }
+    requireKept(sheet, [](const cPixSheet& copy, ByteArray& icon) { return copy.SaveToStream_ICO(icon) == 1; });
     cPixSheet again;
     ByteArray file;
     require(static_cast<std::size_t>(sheet.SaveToStream_ICO(file, {}, sizes)) == sizes.size() && load(again, file, 0));
-    require(again.SourceIconSizes(found) != 0 && found == expected);
+    require(again.SourceIconSizes(found) != 0 && found.size() == expected.size());
+    for (std::size_t i = 0; i < found.size(); ++i) // of 32 bits a PNG image may be, if that alone keeps it
+        if (expected[i].bitDepth == 32) expected[i].isPNG = found[i].isPNG;
+    require(found == expected);
     for (const IconSourceSize& size : found) {
         require(again.LoadPicture_Stream(file, size.Width, size.Height, 0, 0, false, size.bitDepth));
         require(again.Width() == size.Width && again.Height() == size.Height);

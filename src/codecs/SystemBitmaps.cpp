@@ -1,5 +1,4 @@
 #include "codecs/SystemBitmaps.h"
-#include "codecs/ico/IcoImage.h"
 #include "coding/RowBytes.h"
 #include "kernels/kernels.h"
 #include "shared/Colors.h"
@@ -9,6 +8,12 @@ namespace pixkit {
 
 namespace {
 
+void straightRow(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
+    kernels::table().unpremultiply(out, pixels, count);
+    for (std::size_t i = 0; i < count; ++i, out += 4)
+        if (out[3] == 0) std::memset(out, 0, 4);
+}
+
 void copyRows(std::uint8_t* out, std::size_t stride, const SourcePicture& picture, std::int32_t style) {
     const ConstPixelView image = picture.pixels;
     for (std::size_t y = 0; y < image.height; ++y, out += stride) {
@@ -16,7 +21,7 @@ void copyRows(std::uint8_t* out, std::size_t stride, const SourcePicture& pictur
             std::memcpy(out, image.row(y), stride);
             kernels::table().setOpaque(out, image.width);
         } else if (style == pictStraight) {
-            icoColors(out, image.row(y), image.width);
+            straightRow(out, image.row(y), image.width);
         } else {
             std::memcpy(out, image.row(y), stride);
         }

@@ -88,6 +88,9 @@ struct Table {
     bool (*copyPremultiplying)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
     // Premultiplied to straight: alpha 0 and 255 copy, else colour = (colour * 255 / alpha) truncated, low 8 bits.
     void (*unpremultiply)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
+    // Premultiplied to the least straight colours that premultiplying turns back into them: the quotient rounded up,
+    // (colour * 255 + alpha - 1) / alpha. A colour above its alpha counts as alpha, so clear pixels become 0.
+    void (*straighten)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count);
 
     // --- effects; pixels with alpha 0 stay as they are unless said otherwise
     // Colour = alpha - colour, not below 0.

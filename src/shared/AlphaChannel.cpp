@@ -14,6 +14,17 @@ bool isAlphaUnused(const AlphaScan& scan, std::size_t pixelCount) noexcept {
     return scan.zeroCount == pixelCount || scan.opaqueCount == pixelCount;
 }
 
+// Whether `isWanted` says yes to a pixel, none of which it sees after that.
+template <class View, class IsWanted>
+bool anyPixel(View pixels, IsWanted&& isWanted) noexcept {
+    for (std::size_t y = 0; y < pixels.height; ++y) {
+        auto* pixel = pixels.row(y);
+        for (std::size_t x = 0; x < pixels.width; ++x, pixel += 4)
+            if (isWanted(pixel)) return true;
+    }
+    return false;
+}
+
 } // namespace
 
 void AlphaOfRows::setOpaque(std::size_t from, std::size_t to) const noexcept {
@@ -90,6 +101,25 @@ AlphaClassification iparseValidateAlphaChannel(ConstPixelView inStream, std::int
     }
     if (isAlphaUnused(scan, inStream.width * inStream.height)) return {};
     return {scan.partial ? AlphaComplex : AlphaSimple, scan.state == AlphaScan::consistent ? imgBmpPARGB : imgBmpARGB};
+}
+
+bool isTakenForPremultiplied(ConstPixelView straight) noexcept {
+    AlphaScan scan;
+    for (std::size_t y = 0; y < straight.height; ++y)
+        if (!kernels::table().scanAlpha(straight.row(y), straight.width, scan)) return false;
+    if (scan.state != AlphaScan::consistent || !scan.partial) return false;
+    return anyPixel(straight, [](const std::uint8_t* pixel) { // black means the same either way
+        return pixel[3] != 255 && (pixel[0] | pixel[1] | pixel[2]) != 0;
+    });
+}
+
+bool proveStraight(PixelView straight) noexcept {
+    if (!isTakenForPremultiplied(straight)) return true;
+    // Blue, which eyes see least: systems that know only the masks of icons invert a clear pixel's bits.
+    return anyPixel(straight, [](std::uint8_t* pixel) {
+        if (pixel[3] == 0) pixel[0] = 1;
+        return pixel[3] == 0;
+    });
 }
 
 bool iparseHasAlpha(ConstPixelView inStream) noexcept {

@@ -22,6 +22,13 @@ AlphaClassification iparseValidateAlphaChannel(ConstPixelView inStream, std::int
 // Whether the classification is another than AlphaNone; looks no further than it takes to know.
 bool iparseHasAlpha(ConstPixelView inStream) noexcept;
 
+// Whether pixels that are written with straight colours would be classified as premultiplied, and so be read as others,
+// in a format that does not say which they are: no colour happens to exceed its alpha.
+bool isTakenForPremultiplied(ConstPixelView straight) noexcept;
+// Makes straight pixels be classified as such, where they would not be, by the least colour in a clear pixel, which
+// nobody shows. False where no pixel is clear, and nothing can be done.
+bool proveStraight(PixelView straight) noexcept;
+
 // iparseValidateAlphaChannel with `bPreMultiply` for rows that are written one after the other, each of which is looked
 // at and brought into form while it is in the cache. The order of rows is without influence on the result.
 class AlphaOfRows {

@@ -281,9 +281,9 @@ class cPixSheet {
                              std::int32_t TransparentFillColor = 0) const noexcept;
     // Saves as a TGA file (version 2.0): 32 bits a pixel when Alpha says that there is some, else 24. Compress
     // run-length codes the pixels, where that makes them shorter. ReduceBitDepth writes an opaque image of at most 256
-    // colours with a palette and 8 bits a pixel. Colours of an image with alpha are saved straight, by GetPixel's rule,
-    // or, with AllowPreMultipliedPixels, as stored, which the file then says. Overwriting and failure as for
-    // SaveToFile_Bitmap; false also for more than 65,535 columns or rows.
+    // colours with a palette and 8 bits a pixel. Colours of an image with alpha are saved straight, such that a load
+    // finds those that were stored, or, with AllowPreMultipliedPixels, as stored, which the file then says. Overwriting
+    // and failure as for SaveToFile_Bitmap; false also for more than 65,535 columns or rows.
     bool SaveToFile_TGA(const std::string& FileName, bool Compress = false, bool ReduceBitDepth = false,
                         bool AllowPreMultipliedPixels = false, bool PromptOverWrite = true) const noexcept;
     // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
@@ -291,8 +291,8 @@ class cPixSheet {
                           bool AllowPreMultipliedPixels = false) const noexcept;
 
     // Saves as a PNG file, in the smallest form that holds the pixels exactly (codecs/png/README.md), with the texts
-    // and other properties of PngPropertySet. Colours are written straight, by GetPixel's rule. With Alpha AlphaNone
-    // the alpha bytes mean nothing. Overwriting and failure as for SaveToFile_Bitmap.
+    // and other properties of PngPropertySet. Colours are written straight, such that a load finds those that were
+    // stored. With Alpha AlphaNone the alpha bytes mean nothing. Overwriting and failure as for SaveToFile_Bitmap.
     bool SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite = true) const noexcept;
     // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
     bool SaveToStream_PNG(ByteArray& outStream) const noexcept;
@@ -309,9 +309,10 @@ class cPixSheet {
     PngValue PngPropertyGet(ePngProperties Property, const std::string& Keyword = {}) const noexcept;
 
     // Saves as a baseline JPEG file, Quality 1 (smallest) to 100 (best), values outside counting as the nearer end.
-    // Transparency is flattened onto TransparentFillColor. Below 90 chroma has half the picture's width and height; a
-    // picture in grays is saved as such. Overwriting and failure as for SaveToFile_Bitmap; false also for more than
-    // 65,535 columns or rows.
+    // Transparency is flattened onto TransparentFillColor; an image of which nothing is there, and whose Alpha does not
+    // deny it, becomes that colour. Below 90 chroma has half the picture's width and height; a picture in grays is
+    // saved as such. Overwriting and failure as for SaveToFile_Bitmap; false also for more than 65,500 columns or rows,
+    // which readers refuse.
     bool SaveToFile_JPG(const std::string& FileName, std::int32_t Quality = 70, std::int32_t TransparentFillColor = 0,
                         bool PromptOverWrite = true) const noexcept;
     // The bytes of that file, flattened onto black, in one dimension from 0. On failure outStream keeps what it held.
@@ -333,10 +334,11 @@ class cPixSheet {
     // instance, which saves nothing without an image, whatever the sources hold. The picture fills the size in its
     // proportions, centred, what remains being clear: averaged where it shrinks, interpolated where it grows. Below 32
     // bits, alpha below 128 is clear and all else opaque. From 256 pixels a side on, images are PNG files of 32 bits
-    // inside of the icon file. A cursor file, with hotspots in scale, for the extension .cur, and for any but .ico when
-    // the first source was a cursor. Returns the number of images. 0 when a source is null or empty, a side is outside
-    // 1 .. 65,535, a depth does not exist, or there are more than 65,535 sizes, all of which is looked at after the
-    // question; overwriting and failure as for SaveToFile_Bitmap.
+    // inside of the icon file, and so are those of 32 bits that could otherwise not be read as they are. A cursor file,
+    // with hotspots in scale, for the extension .cur, and for any but .ico when the first source was a cursor. Returns
+    // the number of images. 0 when a source is null or empty, a side is outside 1 .. 65,535, a depth does not exist, or
+    // there are more than 65,535 sizes, all of which is looked at after the question; overwriting and failure as for
+    // SaveToFile_Bitmap.
     std::int32_t SaveToFile_ICO(const std::string& FileName, std::span<const cPixSheet* const> Source,
                                 bool PromptOverWrite, std::span<const IconEntrySize> Sizes = {}) const noexcept;
     // The bytes of that file, in one dimension from 0. On failure outStream keeps what it held.

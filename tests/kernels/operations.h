@@ -155,6 +155,8 @@ std::vector<Operation> operations(bool everyOpacity) {
     add("copyPremultiplying", 32, 32, false, [](Call c) { return c.t.copyPremultiplying(c.dst, c.src, c.n); });
     add("unpremultiply", 32, 32, false, [](Call c) { c.t.unpremultiply(c.dst, c.src, c.n); });
     add("unpremultiply in place", 32, 0, true, [](Call c) { c.t.unpremultiply(c.dst, c.dst, c.n); });
+    add("straighten", 32, 32, false, [](Call c) { c.t.straighten(c.dst, c.src, c.n); });
+    add("straighten in place", 32, 0, true, [](Call c) { c.t.straighten(c.dst, c.dst, c.n); });
     add("invert", 32, 0, true, [](Call c) { c.t.invert(c.dst, c.n); });
     add("mirror", 32, 32, false, [](Call c) { c.t.mirror(c.dst, c.src, c.n); });
     add("blendOver", 32, 32, true, [](Call c) { c.t.blendOver(c.dst, c.src, c.n); });

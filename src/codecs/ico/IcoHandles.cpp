@@ -3,8 +3,10 @@
 #include "codecs/ico/IcoMask.h"
 #include "codecs/ico/IcoScale.h"
 #include "codecs/ico/cICOparser.h"
+#include "kernels/kernels.h"
 #include "platform/gdi.h"
 #include "platform/icons.h"
+#include "shared/AlphaChannel.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <limits>
@@ -132,8 +134,10 @@ Outcome cICOparser::CreateIcon(const SourcePicture& Source, IconEntrySize Size,
     void* bits = nullptr;
     const UniqueBitmap color(platform::CreateDIBSection(0, {.biWidth = Size.Width, .biHeight = Size.Height}, &bits));
     if (!mask || !color) return refused(noMemoryForPixels);
+    const PixelView colors{static_cast<std::uint8_t*>(bits), width, height, view.stride};
     for (std::size_t y = 0; y < height; ++y)
-        icoColors(static_cast<std::uint8_t*>(bits) + y * view.stride, view.row(y), width);
+        kernels::table().straighten(colors.row(y), view.row(y), width);
+    proveStraight(colors);
     platform::GdiFlush();
     info.hbmMask = mask.get();
     info.hbmColor = color.get();

@@ -5,6 +5,7 @@
 #include "coding/Diffusion.h"
 #include "coding/RowBytes.h"
 #include "kernels/kernels.h"
+#include "shared/AlphaChannel.h"
 #include "shared/enumerations.h"
 #include <algorithm>
 #include <cstring>
@@ -149,17 +150,23 @@ void appendIndexed(Bytes& image, ConstPixelView pixels, const IndexedPicture& pi
     }
 }
 
-void appendColors(Bytes& image, ConstPixelView pixels, unsigned depth) {
-    const std::size_t length = rowBytes(pixels.width, depth);
+void appendColors(Bytes& image, ConstPixelView pixels) {
+    const std::size_t length = rowBytes(pixels.width, 24);
     for (std::size_t y = 0; y < pixels.height; ++y) {
         const std::size_t at = image.size();
         image.resize(at + length);
-        if (depth == 24) {
-            kernels::table().pack24(&image[at], pixels.row(y), pixels.width, false);
-        } else {
-            icoColors(&image[at], pixels.row(y), pixels.width);
-        }
+        kernels::table().pack24(&image[at], pixels.row(y), pixels.width, false);
     }
+}
+
+// Straight colours and alpha. False when readers that judge by the values would take them for premultiplied.
+bool appendPixels(Bytes& image, ConstPixelView pixels) {
+    const std::size_t at = image.size(), length = pixels.width * 4;
+    image.resize(at + length * pixels.height);
+    const PixelView straight{&image[at], pixels.width, pixels.height, length};
+    for (std::size_t y = 0; y < pixels.height; ++y)
+        kernels::table().straighten(straight.row(y), pixels.row(y), pixels.width);
+    return proveStraight(straight);
 }
 
 } // namespace
@@ -177,12 +184,6 @@ std::optional<unsigned> icoDepth(std::int32_t bitDepth) noexcept {
             if (bitDepth >= 1 && bitDepth <= static_cast<std::int32_t>(depth)) return depth;
         return {};
     }
-}
-
-void icoColors(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
-    kernels::table().unpremultiply(out, pixels, count);
-    for (std::size_t i = 0; i < count; ++i, out += 4)
-        if (out[3] == 0) std::memset(out, 0, 4);
 }
 
 void icoMask(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
@@ -203,8 +204,10 @@ IcoImageBytes icoImage(PixelView pixels, unsigned depth) {
     appendHeader(image.bytes, pixels, depth);
     if (picture) {
         appendIndexed(image.bytes, pixels, *picture, depth);
-    } else {
-        appendColors(image.bytes, pixels, depth);
+    } else if (depth < 32) {
+        appendColors(image.bytes, pixels);
+    } else if (!appendPixels(image.bytes, pixels)) {
+        return {cPNGwriter::TrueColorAlpha(pixels), 32};
     }
     appendMask(image.bytes, pixels);
     return image;

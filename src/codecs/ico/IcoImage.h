@@ -11,10 +11,7 @@ namespace pixkit {
 // have no such depth; 0 is 32; or a selector of eConstants. Nothing for other numbers.
 std::optional<unsigned> icoDepth(std::int32_t bitDepth) noexcept;
 
-// A row of premultiplied pixels as the colours of an icon of 32 bits: straight, by GetPixel's rule, and clear ones 0,
-// 0, 0, 0, because systems that know only the mask would show their colours inverted.
-void icoColors(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count);
-// The same row in the AND mask, which hides what has an alpha below 128. `out` holds whole bytes of 0.
+// A row of pixels in the AND mask, which hides what has an alpha below 128. `out` holds whole bytes of 0.
 void icoMask(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count);
 
 struct IcoImageBytes {

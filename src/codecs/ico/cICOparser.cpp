@@ -3,6 +3,7 @@
 #include "codecs/ico/IcoMask.h"
 #include "codecs/png/cPNGparser.h"
 #include "kernels/kernels.h"
+#include "shared/AlphaChannel.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstdlib>
@@ -79,9 +80,31 @@ std::vector<std::uint8_t> expandMask(const IcoBitmap& bitmap) {
     return mask;
 }
 
+// Whether it is of 32 bits in the usual order and its values show that they are straight.
+bool provesStraight(const IcoBitmap& bitmap) {
+    const BmpMasks& masks = bitmap.info.masks;
+    if (bitmap.info.bitCount != 32 || masks.alpha != 0xFF000000 || masks.red != 0xFF0000 || masks.green != 0xFF00)
+        return false;
+    const ConstPixelView pixels{bitmap.colors.data(), static_cast<std::size_t>(bitmap.info.width),
+                                static_cast<std::size_t>(bitmap.info.height), bitmap.info.rowBytes()};
+    return iparseValidateAlphaChannel(pixels, imgNone).imgType == imgBmpARGB;
+}
+
+// Whether one of the images does, of which no more bytes are looked at than the file has: entries may share them.
+bool anyProvesStraight(const std::vector<IcoEntry>& entries, std::size_t fileSize) {
+    return std::ranges::any_of(entries, [left = fileSize](const IcoEntry& entry) mutable {
+        Reason unused;
+        const auto bitmap = entry.isPNG || entry.bitDepth != 32 ? std::nullopt : readIcoBitmap(entry, unused);
+        if (!bitmap || bitmap->colors.size() > left) return false;
+        left -= bitmap->colors.size();
+        return provesStraight(*bitmap);
+    });
+}
+
 } // namespace
 
 Outcome cICOparser::LoadDirectory(std::span<const std::uint8_t> Stream) {
+    m_fileSize = Stream.size();
     Reason why;
     auto directory = readIcoDirectory(Stream, why);
     if (!directory) return refused(why);
@@ -136,6 +159,12 @@ Outcome cICOparser::loadBitmap(const IcoEntry& entry, cPixSheet& host) const {
     const PixelView pixels = HostAccess::pixels(host);
     for (std::size_t y = 0; y < pixels.height; ++y)
         rows.nextRow(bitmap->info.isTopDown ? pixels.rowFromTop(y) : pixels.row(y));
+    // What one image leaves open another may tell: a program writes all the images of a file in the same way.
+    if (bitmap->info.masks.alpha != 0 && isTakenForPremultiplied(pixels) &&
+        anyProvesStraight(m_directory.entries, m_fileSize)) {
+        for (std::size_t y = 0; y < pixels.height; ++y)
+            kernels::table().premultiply(pixels.row(y), pixels.width);
+    }
     // Alpha that is everywhere 0 says nothing, and the mask rules as at other depths.
     if (bitmap->info.masks.alpha != 0 && completeIconByAlpha(host, m_directory.isCursor)) return done();
     completeIconByMask(host, expandMask(*bitmap), m_directory.isCursor);

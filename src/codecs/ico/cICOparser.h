@@ -66,6 +66,7 @@ class cICOparser {
     Outcome loadBitmap(const IcoEntry& entry, cPixSheet& host) const;
 
     IcoDirectory m_directory;
+    std::size_t m_fileSize = 0;
 };
 
 } // namespace pixkit

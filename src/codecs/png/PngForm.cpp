@@ -84,9 +84,10 @@ unsigned grayStep(unsigned bitDepth) noexcept {
 }
 
 // The least depth that can say all grays of the picture and, if some of its pixels are clear, one more gray that stands
-// for them.
+// for them: then of 8 bits, because programs that everybody has show a transparent gray of fewer bits as opaque.
 std::optional<PngForm> grayForm(const Survey& survey) {
     for (const unsigned depth : {1U, 2U, 4U, 8U}) {
+        if (survey.hasClear && depth < 8) continue;
         const unsigned step = grayStep(depth);
         std::size_t found = 0;
         std::optional<unsigned> free;
@@ -188,10 +189,8 @@ void rgbSamples(const PngForm& form, std::uint8_t* out, const std::uint8_t* pixe
 // Straight R, G, B, A; whatever colour a clear pixel has is not written.
 void rgbaSamples(std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
     const auto& kernel = kernels::table();
-    kernel.unpremultiply(out, pixels, count);
+    kernel.straighten(out, pixels, count);
     kernel.swapRedBlue(out, out, count);
-    for (std::size_t i = 0; i < count; ++i)
-        if (pixels[4 * i + 3] == 0) std::memset(out + 4 * i, 0, 3);
 }
 
 } // namespace
@@ -269,7 +268,7 @@ PngPixel pngStraight(PngPixel pixel) noexcept {
     const std::uint8_t stored[4] = {blueOf(pixel), greenOf(pixel), redOf(pixel),
                                     static_cast<std::uint8_t>(alphaOf(pixel))};
     std::uint8_t straight[4];
-    kernels::table().unpremultiply(straight, stored, 1);
+    kernels::table().straighten(straight, stored, 1);
     return pixelAt(straight, true);
 }
 

@@ -52,7 +52,7 @@ std::vector<PngForm> pngFormsOf(ConstPixelView image, bool hasAlpha,
 void pngSamplesOf(const PngForm& form, bool hasAlpha, std::uint8_t* samples, const std::uint8_t* pixels,
                   std::size_t count, std::uint8_t* scratch);
 
-// The samples 0xAARRGGBB that stand for a stored pixel: straight colours, by GetPixel's rule.
+// The samples 0xAARRGGBB that stand for a stored pixel: straight colours that are read as it was.
 PngPixel pngStraight(PngPixel pixel) noexcept;
 
 } // namespace pixkit

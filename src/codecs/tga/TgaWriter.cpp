@@ -4,6 +4,7 @@
 #include "coding/ColorIndexes.h"
 #include "kernels/kernels.h"
 #include "platform/system.h"
+#include "shared/AlphaChannel.h"
 #include <algorithm>
 #include <cstring>
 #include <limits>
@@ -45,9 +46,10 @@ Bytes FormatTrueColor(ConstPixelView image, bool hasAlpha, bool asPreMultiplied)
         } else if (asPreMultiplied) {
             std::memcpy(out, image.row(y), rowBytes);
         } else {
-            kernel.unpremultiply(out, image.row(y), image.width);
+            kernel.straighten(out, image.row(y), image.width);
         }
     }
+    if (hasAlpha && !asPreMultiplied) proveStraight({rows.data(), image.width, image.height, rowBytes});
     return rows;
 }
 

@@ -1,6 +1,7 @@
 // Reference kernels for the alpha channel.
 #pragma once
 #include "kernels/reference.h"
+#include <algorithm>
 #include <cstring>
 
 namespace pixkit::kernels {
@@ -60,6 +61,17 @@ void unpremultiply(std::uint8_t* dst, const std::uint8_t* src, std::size_t count
             const unsigned colour = src[channel];
             // Damaged data may hold colour above alpha: the quotient then keeps its low 8 bits.
             dst[channel] = static_cast<std::uint8_t>(alpha == 0 ? colour : colour * 255 / alpha);
+        }
+        dst[3] = static_cast<std::uint8_t>(alpha);
+    }
+}
+
+void straighten(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+    for (; count > 0; --count, dst += 4, src += 4) {
+        const unsigned alpha = src[3];
+        for (int channel = 0; channel < 3; ++channel) {
+            const unsigned colour = std::min<unsigned>(src[channel], alpha);
+            dst[channel] = static_cast<std::uint8_t>(alpha == 0 ? 0 : (colour * 255 + alpha - 1) / alpha);
         }
         dst[3] = static_cast<std::uint8_t>(alpha);
     }

@@ -20,6 +20,7 @@ constinit const Table reference = {
     .premultiply = premultiply,
     .copyPremultiplying = copyPremultiplying,
     .unpremultiply = unpremultiply,
+    .straighten = straighten,
     .invert = invert,
     .grayscale = grayscale,
     .adjustLightness = adjustLightness,

@@ -153,6 +153,31 @@ void unpremultiply(std::uint8_t* dst, const std::uint8_t* src, std::size_t count
     reference.unpremultiply(dst, src, count);
 }
 
+// The same divisions rounded up. A quotient is whole or at least 1/255 above the whole number below it, which its
+// rounding errors do not come near; so adding 1 less 1/512 carries it over the next one exactly when it is not whole.
+// Colours do not exceed their alpha here, so that red fits where it stands, too.
+Vec straightened(Vec pixels) {
+    constexpr float upwards = 1.0F - 0x1p-9F;
+    const Vec alpha = shiftRight32<24>(pixels);
+    const Vec divisor = bitOr(alpha, bitAnd(equal32(alpha, zeros()), all32(0xFF)));
+    const VecFloat factor = divide(allFloat(255.0F), toFloat(divisor));
+    const auto rounded = [&](unsigned mask, float unit) {
+        return truncated(add(multiply(toFloat(bitAnd(pixels, all32(mask))), factor), allFloat(upwards * unit)));
+    };
+    const Vec blueGreen = select(all32(0xFF00), rounded(0xFF00, 0x1p8F), rounded(0xFF, 1));
+    const Vec redAlpha = select(all32(alphaByte), pixels, rounded(0xFF0000, 0x1p16F));
+    return select(all32(0xFFFF0000U), redAlpha, blueGreen);
+}
+
+void straighten(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+    for (; count >= vecPixels; count -= vecPixels, dst += vecBytes, src += vecBytes) {
+        const Vec v = load(src);
+        const Vec valid = min8(v, alphaInAll(v));
+        store(dst, allZero(partialAlpha(valid)) ? valid : straightened(valid));
+    }
+    reference.straighten(dst, src, count);
+}
+
 void useAlpha(Table& table) {
     table.scanAlpha = scanAlpha;
     table.copyScanningAlpha = copyScanningAlpha;
@@ -160,6 +185,7 @@ void useAlpha(Table& table) {
     table.premultiply = premultiply;
     table.copyPremultiplying = copyPremultiplying;
     table.unpremultiply = unpremultiply;
+    table.straighten = straighten;
 }
 
 } // namespace

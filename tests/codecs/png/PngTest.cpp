@@ -119,6 +119,7 @@ TEST_F(Png, TheGreatestSizeIsRefused) {
 
 TEST_F(Png, AFormIsNotTheSmallestThatHoldsThePicture) {
     const Pixel clear{};
+    const Samples dots = noise(3);
     struct Row {
         const char* what;
         AlphaTypeEnum alpha;
@@ -133,7 +134,9 @@ TEST_F(Png, AFormIsNotTheSmallestThatHoldsThePicture) {
         {"all grays", AlphaNone, 16, 16, [](auto x, auto y) { return gray(y * 16 + x); }, 0, 8, 0},
         {"grays of no depth", AlphaNone, 300, 300, [](auto x, auto) { return gray(10 + x % 2); }, 3, 1, 0},
         {"black, white and clear", AlphaSimple, 9, 5,
-         [=](auto x, auto) { return x % 3 == 0 ? clear : gray(x % 3 == 1 ? 0 : 255); }, 0, 2, 2},
+         [=](auto x, auto) { return x % 3 == 0 ? clear : gray(x % 3 == 1 ? 0 : 255); }, 0, 8, 2},
+        {"black, white and clear, many", AlphaSimple, 90, 50,
+         [=](auto x, auto y) { return x % 3 == 0 ? clear : gray(dots(x, y, 0) % 2 * 255); }, 3, 2, 1},
         {"all grays and clear", AlphaSimple, 64, 64,
          [=](auto x, auto y) { return x == 0 ? clear : gray((y * 64 + x) % 255); }, 0, 8, 2},
         {"three colours, one clear", AlphaSimple, 200, 40,
