@@ -2,7 +2,11 @@
 #include "cli/Files.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
+#include "codecs/Writing.h"
+#include "shared/AlphaChannel.h"
+#include "shared/Colors.h"
 #include "shared/limits.h"
+#include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 
@@ -26,6 +30,18 @@ std::vector<IconEntrySize> entriesFor(const cPixSheet& sheet, const SavingOption
     return {{16, 16}, {32, 32}, {48, 48}, {256, 256}};
 }
 
+// A clear picture is the background, too; but to BMP files, alpha that is 0 everywhere says nothing.
+void flattenIfClear(cPixSheet& sheet, std::int32_t background) {
+    const SourcePicture picture(sheet);
+    cPixSheet flat;
+    if (!picture.isToBeFlattened() || iparseHasAlpha(picture.pixels)) return;
+    if (!flat.InitializeDIB(sheet.Width(), sheet.Height())) return;
+    const PixelView pixels = HostAccess::pixels(flat);
+    iparseBlendImageToColor(picture.pixels, background, {pixels.bits, pixels.stride * pixels.height}, false);
+    flat.Alpha(AlphaNone);
+    sheet.SwapDIBs(&flat);
+}
+
 bool saved(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options) {
     const std::string name = toUtf8(target);
     const bool ask = !options.overwrite;
@@ -42,6 +58,7 @@ bool saved(cPixSheet& sheet, const std::filesystem::path& target, const SavingOp
     case FileFormat::ico:
         return sheet.SaveToFile_ICO(name, {}, ask, entriesFor(sheet, options)) != 0;
     case FileFormat::bmp:
+        if (!options.keepAlpha) flattenIfClear(sheet, background);
         break;
     }
     return sheet.SaveToFile_Bitmap(name, options.keepAlpha, background, ask);

@@ -1,5 +1,6 @@
 #include "codecs/GdiplusPictures.h"
 #include "codecs/SystemLimits.h"
+#include "codecs/jpg/cJPGWriter.h"
 #include "gdiplus/cGDIPlus.h"
 #include "kernels/kernels.h"
 #include "shared/AlphaChannel.h"
@@ -58,10 +59,10 @@ ReadResult LoadByGDIplus(std::span<const std::uint8_t> Stream, cPixSheet& Host) 
 WrittenFile SaveToJPGByGDIplus(cGDIPlus& cGDIp, const SourcePicture& Picture, const JpgOptions& Options) {
     const ConstPixelView image = Picture.pixels;
     if (!image) return refused(noImage);
-    if (!cGDIp.canSaveJPG()) return whole({});
+    if (!cGDIp.canSaveJPG() || !cJPGWriter::fits(image)) return whole({});
     // GDI+ would not flatten but divide colours by their alpha.
     std::vector<std::uint8_t> flattened(image.width * image.height * 4);
-    if (iparseHasAlpha(image)) {
+    if (Picture.isToBeFlattened()) {
         iparseBlendImageToColor(image, Options.TransparentFillColor, flattened, false);
     } else {
         std::copy_n(image.bits, flattened.size(), flattened.begin());

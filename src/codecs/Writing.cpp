@@ -1,5 +1,7 @@
 #include "codecs/Writing.h"
+#include "shared/AlphaChannel.h"
 #include "surface/HostAccess.h"
+#include <algorithm>
 #include <utility>
 
 namespace pixkit {
@@ -7,6 +9,11 @@ namespace pixkit {
 SourcePicture::SourcePicture(const cPixSheet& host) noexcept
     : pixels(HostAccess::pixels(host)), alpha(host.Alpha()), imageType(host.ImageType()),
       hotspot(HostAccess::hotspot(host)) {}
+
+bool SourcePicture::isToBeFlattened() const noexcept {
+    const auto isZero = [](std::uint8_t byte) { return byte == 0; };
+    return iparseHasAlpha(pixels) || (alpha != AlphaNone && std::ranges::all_of(pixels.bytes(), isZero));
+}
 
 void FileParts::add(std::vector<std::uint8_t>&& bytes) {
     m_owned.push_back(std::move(bytes));

@@ -22,6 +22,10 @@ struct SourcePicture {
     AlphaTypeEnum alpha = AlphaNone;   // as the picture says; what the pixels say may be something else
     eImageFormat imageType = imgError; // where it came from
     CursorHotspot hotspot;
+
+    // Whether a format without alpha needs a colour to put the picture on: as the pixels say, but that one of which
+    // nothing is there is clear if it says so, not black.
+    bool isToBeFlattened() const noexcept;
 };
 
 // --- options; the members of cPixSheet that save say what they do

@@ -3,7 +3,6 @@
 #include "codecs/jpg/JpgScan.h"
 #include "coding/ByteWriter.h"
 #include "kernels/kernels.h"
-#include "shared/AlphaChannel.h"
 #include "shared/Colors.h"
 #include <algorithm>
 #include <cstring>
@@ -15,7 +14,6 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t largestSide = 65535;
 constexpr std::int32_t leastQualityOfFullChroma = 90;
 constexpr std::size_t blockSide = 8;
 
@@ -74,7 +72,7 @@ class Encoder {
     static constexpr std::size_t mcusAtOnce = 16; // their coefficients stay in the fastest cache
 
     void convertMcuRow(std::size_t firstRow);
-    void scanMcus(std::size_t first, std::size_t count);
+    void scanMcus(std::size_t firstRow, std::size_t first, std::size_t count);
     Bytes makeFile() const;
 
     Rows& m_rows;
@@ -145,7 +143,7 @@ void Encoder::convertMcuRow(std::size_t firstRow) {
     }
 }
 
-void Encoder::scanMcus(std::size_t first, std::size_t count) {
+void Encoder::scanMcus(std::size_t firstRow, std::size_t first, std::size_t count) {
     for (Component& part : m_components) {
         const std::size_t blocks = count * part.ratio;
         for (std::size_t row = 0; row < part.ratio; ++row) {
@@ -160,6 +158,14 @@ void Encoder::scanMcus(std::size_t first, std::size_t count) {
             for (std::size_t row = 0; row < part.ratio; ++row) {
                 for (std::size_t column = 0; column < part.ratio; ++column) {
                     const std::size_t block = (row * count + mcu) * part.ratio + column;
+                    const std::size_t x = ((first + mcu) * part.ratio + column) * blockSide;
+                    const std::size_t y = firstRow + row * blockSide;
+                    // Nobody sees what is in a block outside of the picture. The one before it, without its details,
+                    // costs least. (With chroma halved that is luminance: of chrominance an MCU has one block.)
+                    if (part.ratio > 1 && (x >= m_rows.width() || y >= m_rows.height())) {
+                        part.coefficients[block * 64] = static_cast<std::int16_t>(part.lastDc);
+                        part.nonzero[block] = 0;
+                    }
                     m_scan.addBlock(part.coefficients.data() + block * 64, part.nonzero[block], part.kind, part.lastDc);
                 }
             }
@@ -235,7 +241,7 @@ Bytes Encoder::encode() {
     for (std::size_t y = 0; y < m_rows.height(); y += m_mcuSide) {
         convertMcuRow(y);
         for (std::size_t first = 0; first < m_mcusInRow; first += mcusAtOnce)
-            scanMcus(first, std::min(mcusAtOnce, m_mcusInRow - first));
+            scanMcus(y, first, std::min(mcusAtOnce, m_mcusInRow - first));
     }
     return makeFile();
 }
@@ -245,8 +251,8 @@ Bytes Encoder::encode() {
 WrittenFile cJPGWriter::SaveAsJPG(const SourcePicture& Picture, const JpgOptions& Options) {
     const ConstPixelView image = Picture.pixels;
     if (!image) return refused(noImage);
-    if (image.width > largestSide || image.height > largestSide) return refused(tooLargeForFormat);
-    Rows rows(image, iparseHasAlpha(image), Options.TransparentFillColor);
+    if (!fits(image)) return refused("a JPEG file holds no more than 65,500 columns or rows");
+    Rows rows(image, Picture.isToBeFlattened(), Options.TransparentFillColor);
     return FileParts(Encoder(rows, std::clamp(Options.Quality, 1, 100)).encode());
 }
 
