@@ -37,6 +37,9 @@ grep -rE '^ *#include "[a-z]+/' src --include='*.h' --include='*.cpp' | awk '
     }
     END { exit failed }' docs/architecture.md - || failed=1
 
+# Mutexes of the Windows toolchain take memory (platform/Lock.h).
+! grep -rn 'std::[a-z_]*mutex' src --exclude-dir=portable --exclude=Lock.h || { echo "lint: take platform::Lock"; failed=1; }
+
 # Lines that are not blank, of what git knows; tests and fuzzers are to be about a quarter of all.
 code_lines() {
     git ls-files -z -- "$@" | grep -zE '\.(c|cc|cpp|h|hpp|inl|idl|rc|py|sh|vbs|js|ps1|cmake)$|CMakeLists\.txt$' |

@@ -1,4 +1,5 @@
 #include "com/LiveObject.h"
+#include "platform/Lock.h"
 #include "platform/NeverDestroyed.h"
 #include <mutex>
 #include <set>
@@ -7,29 +8,26 @@ namespace pixkit::com {
 
 namespace {
 
-std::mutex listMutex; // apartments make objects concurrently
+platform::Lock listMutex; // apartments make objects concurrently
 
 // An empty set holds no memory, so nothing is left where the DLL is unloaded.
-std::set<_cPixSheet*>& list() noexcept {
-    static platform::NeverDestroyed<std::set<_cPixSheet*>> objects;
-    return objects.value;
-}
+platform::NeverDestroyed<std::set<_cPixSheet*>> list;
 
 } // namespace
 
 LiveObject::LiveObject(_cPixSheet* object) : m_object(object) {
     const std::scoped_lock lock(listMutex);
-    list().insert(object);
+    list.value.insert(object);
 }
 
 LiveObject::~LiveObject() {
     const std::scoped_lock lock(listMutex);
-    list().erase(m_object);
+    list.value.erase(m_object);
 }
 
 bool LiveObject::isOne(_cPixSheet* object) noexcept {
     const std::scoped_lock lock(listMutex);
-    return list().contains(object);
+    return list.value.contains(object);
 }
 
 } // namespace pixkit::com

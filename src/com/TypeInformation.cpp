@@ -1,6 +1,7 @@
 #include "com/TypeInformation.h"
 #include "com/module.h"
 #include "pixkit_com.h"
+#include "platform/Lock.h"
 #include <algorithm>
 #include <mutex>
 
@@ -8,7 +9,7 @@ namespace pixkit::com {
 
 namespace {
 
-std::mutex sharedMutex; // apartments load the library concurrently
+platform::Lock sharedMutex; // apartments load the library concurrently
 // Behind a pointer, so that nothing is released while the process ends, when other DLLs are gone already.
 std::shared_ptr<const TypeInformation>* shared = nullptr;
 
@@ -188,12 +189,9 @@ HRESULT TypeInformation::get(std::shared_ptr<const TypeInformation>& information
     return E_OUTOFMEMORY;
 }
 
-void TypeInformation::forget() noexcept try {
+void TypeInformation::forget() noexcept {
     const std::lock_guard lock(sharedMutex);
     delete std::exchange(shared, nullptr);
-} catch (...) {
-    // A mutex that cannot be locked keeps the description, which is harmless.
-    return;
 }
 
 const Member* TypeInformation::find(DISPID id, WORD flags) const noexcept {

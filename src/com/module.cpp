@@ -1,5 +1,6 @@
 #include "com/module.h"
 #include "gdiplus/Session.h"
+#include "platform/Lock.h"
 #include "platform/NeverDestroyed.h"
 #include <mutex>
 #include <optional>
@@ -34,11 +35,11 @@ std::wstring modulePath() noexcept try {
 }
 
 namespace {
-std::mutex gdiplusMutex;
+platform::Lock gdiplusMutex;
 
 // Not the loader's to destroy: GDI+ must not be ended while a library is unloaded.
 std::optional<GdiplusUser>& gdiplusUser() noexcept {
-    static platform::NeverDestroyed<std::optional<GdiplusUser>> user;
+    static constinit platform::NeverDestroyed<std::optional<GdiplusUser>> user;
     return user.value;
 }
 } // namespace

@@ -1,5 +1,6 @@
 #include "diagnostics/Presentation.h"
 #include "platform/HandlerSlot.h"
+#include "platform/Lock.h"
 #include "platform/reporting.h"
 #include <mutex>
 #include <set>
@@ -44,7 +45,7 @@ class Presentation {
   private:
     static constexpr std::size_t most = 100; // whoever reads so many stops reading
 
-    std::mutex m_mutex;
+    platform::Lock m_mutex;
     std::set<std::string> m_shown;
     bool m_isShowing = false;
 };

@@ -2,6 +2,7 @@
 #include "gdiplus/Drawing.h"
 #include "gdiplus/Encoding.h"
 #include "kernels/kernels.h"
+#include "platform/Lock.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/gdi.h"
 #include <algorithm>
@@ -228,13 +229,13 @@ constexpr std::array<Verdict (*)(const GdiplusApi&), static_cast<std::size_t>(Gd
     tryBlending, tryContexts, tryStretching, tryInterpolating, tryTurning, tryQuarterTurns, tryJpegQuality};
 
 struct Verdicts {
-    std::mutex mutex;
+    platform::Lock mutex;
     std::weak_ptr<const GdiplusApi> library; // whose they are
     std::array<Verdict, trials.size()> verdicts;
 };
 
 Verdicts& found() noexcept {
-    static platform::NeverDestroyed<Verdicts> only;
+    static constinit platform::NeverDestroyed<Verdicts> only;
     return only.value;
 }
 

@@ -1,4 +1,5 @@
 #include "gdiplus/Session.h"
+#include "platform/Lock.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/system.h"
 #include <algorithm>
@@ -20,7 +21,7 @@ struct Token {
 };
 
 struct State {
-    std::mutex mutex;
+    platform::Lock mutex;
     std::weak_ptr<const GdiplusSession> started;
     std::shared_ptr<const GdiplusSession> kept; // between calls
     std::size_t users = 0;
@@ -30,7 +31,7 @@ struct State {
 };
 
 State& state() noexcept {
-    static platform::NeverDestroyed<State> only;
+    static constinit platform::NeverDestroyed<State> only;
     return only.value;
 }
 

@@ -1,5 +1,6 @@
 // What a program sets for the whole process, to answer or provide something in place of the system.
 #pragma once
+#include "platform/Lock.h"
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -25,7 +26,7 @@ class HandlerSlot {
     }
 
   private:
-    mutable std::mutex m_mutex;
+    mutable platform::Lock m_mutex;
     std::shared_ptr<const Handler> m_handler;
 };
 

@@ -1,5 +1,6 @@
 #include "platform/gdiplus.h"
 #include "platform/HandlerSlot.h"
+#include "platform/Lock.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/system.h"
 #include <mutex>
@@ -11,7 +12,7 @@ namespace {
 
 HandlerSlot<GdiplusProvider> providerInUse;
 
-std::mutex libraryMutex;
+Lock libraryMutex;
 bool isAsked = false;
 constinit NeverDestroyed<std::shared_ptr<const GdiplusApi>> library; // ready before any static image asks
 

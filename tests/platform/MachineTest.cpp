@@ -1,11 +1,14 @@
 // Libraries, message boxes, the system's version and its clock.
+#include "platform/Lock.h"
 #include "platform/interaction.h"
 #include "platform/libraries.h"
 #include "platform/system.h"
 #include <cstdlib>
 #include <ctime>
 #include <gtest/gtest.h>
+#include <mutex>
 #include <stdexcept>
+#include <thread>
 
 using namespace pixkit::platform;
 
@@ -32,6 +35,21 @@ TEST(Machine, AMessageIsNotPassedOnOrAThrowingHandlerAgrees) {
     EXPECT_EQ(MessageBoxW("Overwrite?", "", messageBoxYesNoQuestionDefaultNo), answerNo);
     EXPECT_EQ(MessageBoxW("Failed", "", messageBoxOk), answerOk);
     setMessageBoxHandler({});
+}
+
+TEST(Machine, TwoThreadsHoldALockAtOnce) {
+    Lock lock;
+    int count = 0;
+    const auto countOn = [&] {
+        for (int i = 0; i < 100000; ++i) {
+            const std::scoped_lock turn(lock);
+            ++count;
+        }
+    };
+    std::thread other(countOn);
+    countOn();
+    other.join();
+    EXPECT_EQ(count, 200000);
 }
 
 TEST(Machine, TheVersionOrTheClockIsAnothers) {

@@ -1,4 +1,5 @@
 // What tests open of the seam, on both sides.
+#include "platform/Lock.h"
 #include "platform/faults.h"
 #include <array>
 #include <atomic>
@@ -16,7 +17,7 @@ struct Plan {
 };
 
 std::atomic<bool> anythingArmed{false};
-std::mutex planMutex;
+Lock planMutex;
 std::array<Plan, static_cast<std::size_t>(SeamCall::count)> plans;
 std::array<std::atomic<long>, static_cast<std::size_t>(SeamCall::count)> made;
 

@@ -8,6 +8,7 @@
 #include "platform/faults.h"
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <string>
 
 namespace pixkit::platform {

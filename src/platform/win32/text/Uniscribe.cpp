@@ -24,13 +24,13 @@ bool findAll(HMODULE library, Uniscribe& found) noexcept {
 
 } // namespace
 
-std::mutex& uniscribeInUse() noexcept {
-    static std::mutex mutex;
+Lock& uniscribeInUse() noexcept {
+    static constinit Lock mutex;
     return mutex;
 }
 
 const Uniscribe* uniscribe() noexcept {
-    static std::mutex mutex;
+    static constinit Lock mutex;
     static Uniscribe found;
     static bool isComplete = false; // looked for anew as long as it is not
     const std::scoped_lock lock(mutex);

@@ -1,7 +1,7 @@
 // The system's library that lays out text of every script, borrowed at run time: systems older than Windows 2000 may
 // lack it.
 #pragma once
-#include <mutex>
+#include "platform/Lock.h"
 #include <windows.h>
 
 #include <usp10.h>
@@ -18,7 +18,7 @@ struct Uniscribe {
 };
 
 // Held during each call of Uniscribe: Wine's gets entangled in its caches when two threads call it at once.
-std::mutex& uniscribeInUse() noexcept;
+Lock& uniscribeInUse() noexcept;
 
 // Null where there is none. Once there, it stays as long as the process, as in every program that shows text.
 const Uniscribe* uniscribe() noexcept;
