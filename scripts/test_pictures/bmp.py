@@ -2,6 +2,7 @@
 import struct
 
 from test_pictures.parts import ALPHAS, bgra, changed, noise
+from test_pictures.png import png_file
 
 RGB565, BGRX = (0xF800, 0x7E0, 0x1F), (0xFF0000, 0xFF00, 0xFF)
 
@@ -97,7 +98,20 @@ def bmp():
     for name, offset in (("0", 0), ("in-header", 30), ("out-of-file", 0x40000000), ("in-palette", 70),
                          ("at-palette", 54), ("too-far", 14 + 40 + 1024 + 5)):
         yield f"odd-offset-{name}", bmp_file(8, 9, 5, offset=offset)
+    yield "odd-offset-at-palette-rle8", bmp_file(8, 9, 5, offset=54, compression=1, pixels=b"\x09\x07\0\0" * 5)
     yield "odd-header-200", bmp_file(24, 9, 5, 200)
+    # 13 bits behind the point: below 0 and above 1 too.
+    samples = [value % 10000 - 500 for value in range(0, 700 * 37 * 5 * 4, 700)]
+    for name, alphas in (("opaque", (8192,)), ("translucent", (8192, 4096, 0, 77)), ("without-alpha", (0,))):
+        for i in range(3, len(samples), 4):
+            samples[i] = alphas[i // 4 % len(alphas)]
+        yield f"64-bits-{name}", bmp_file(64, 37, 5, pixels=struct.pack(f"<{len(samples)}h", *samples))
+    picture = png_file(6, 8, 9, 5)
+    for name, pixels, used in (("", picture, len(picture)), ("-of-unsaid-length", picture, 0)):
+        file = bmp_file(0, 9, 5, compression=5, pixels=pixels, entries=0)
+        yield f"png{name}", changed(file, 34, struct.pack("<I", used))
+    yield "bad-png-cut", bmp_file(0, 9, 5, compression=5, pixels=picture[:90], entries=0)
+    yield "bad-png-of-bmp", bmp_file(0, 9, 5, compression=5, pixels=bmp_file(24, 9, 5), entries=0)
     whole = bmp_file(24, 9, 5)
     for name, length in (("padding", 1), ("pixel", 5), ("rows", 28 * 2)):
         yield f"odd-cut-{name}", whole[:-length]
@@ -108,7 +122,7 @@ def bmp():
     for depth, width, height, header, compression in (
             (24, 0, 5, 40, 0), (24, -9, 5, 40, 0), (24, 9, 0, 40, 0), (24, 0, 5, 12, 0), (24, least, 5, 40, 0),
             (24, 9, least, 40, 0), (1, most, most, 40, 0), (32, most, -most, 40, 0), (1, 65536, 65536, 40, 0),
-            (32, 1 << 27, 32, 40, 0), (24, 20000, 20000, 40, 0), (0, 9, 5, 40, 0), (3, 9, 5, 40, 0), (64, 9, 5, 40, 0),
+            (32, 1 << 27, 32, 40, 0), (24, 20000, 20000, 40, 0), (0, 9, 5, 40, 0), (3, 9, 5, 40, 0), (48, 9, 5, 40, 0),
             (8, 9, 5, 40, 2), (4, 9, 5, 40, 1), (24, 9, 5, 40, 1), (24, 9, 5, 40, 3), (8, 9, 5, 40, 3), (24, 9, 5, 40, 4),
             (0, 9, 5, 40, 5), (32, 9, 5, 40, 11), (1, 9, 5, 64, 3), (24, 9, 5, 64, 4), (24, 9, 5, 13, 0),
             (24, 9, 5, 15, 0)):

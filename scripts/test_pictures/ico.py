@@ -73,6 +73,12 @@ def ico():
     damaged = [changed(png_file(6, 8, 32 + i, 32), 60, b"xx") for i in range(4)]
     for count in (2, 3, 4):
         yield f"damaged-png-{count}-times", icon_file(*damaged[:count], good)
+    # Dark, and of nothing but translucent pixels: straight only because the other one is.
+    dark = icon_bitmap(32, 32, 32, pixels=b"\x20\x30\x10\x80" * 1024)
+    proof = icon_bitmap(32, 8, 8, pixels=b"\xC0\x30\x10\x80" * 64)
+    yield "dark-alone", icon_file(dark, icon_bitmap(32, 8, 8, pixels=b"\x20\x30\x10\x80" * 64))
+    yield "dark-beside-proof", icon_file(dark, proof)
+    yield "dark-beside-proof-and-itself", icon_file(dark, *[(b"", {"offset": 6 + 16 * 10, "size": len(dark)})] * 8, proof)
     yield "depths-of-one-size", icon_file(*(icon_bitmap(depth, 9, 7) for depth in (4, 24, 8)))
     yield "bad-png-without-header", icon_file(changed(picture, 12, b"IHDX"))
     yield "bad-png-cut", icon_file(picture[:200])

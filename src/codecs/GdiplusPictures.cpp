@@ -4,7 +4,6 @@
 #include "gdiplus/cGDIPlus.h"
 #include "kernels/kernels.h"
 #include "shared/AlphaChannel.h"
-#include "shared/AlphaType.h"
 #include "shared/Colors.h"
 #include "shared/checked.h"
 #include "surface/HostAccess.h"
@@ -12,15 +11,6 @@
 namespace pixkit {
 
 namespace {
-
-// From straight pixels to those of a store.
-AlphaTypeEnum premultiply(PixelView pixels, bool mayBeUnused) {
-    if (mayBeUnused && !iparseHasAlpha(pixels)) return iparseValidateAlphaChannel(pixels, true, imgNone).bIsAlpha;
-    // That they are straight is known, even where no colour happens to be above its alpha.
-    for (std::size_t y = 0; y < pixels.height; ++y)
-        kernels::table().premultiply(pixels.row(y), pixels.width);
-    return alphaTypeOf(pixels);
-}
 
 // The largest picture of the PNG reader's: its bits can be counted in 31 bits.
 bool isWithinLimits(std::int32_t width, std::int32_t height) noexcept {
@@ -47,7 +37,7 @@ ReadResult DecodeByGDIplus(std::span<const std::uint8_t> Stream, cPixSheet& Host
         Host.DestroyDIB();
         return limit ? ReadResult::forbidden(limit) : ReadResult::otherFormat("GDI+ does not read it");
     }
-    Host.Alpha(premultiply(HostAccess::pixels(Host), mayBeUnused));
+    Host.Alpha(premultiplyStraight(HostAccess::pixels(Host), mayBeUnused));
     HostAccess::ImageType(Host, imgPNG);
     return ReadResult::loaded();
 }

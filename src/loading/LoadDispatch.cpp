@@ -2,6 +2,7 @@
 #include "codecs/Formats.h"
 #include "codecs/GdiplusPictures.h"
 #include "codecs/StatedSize.h"
+#include "codecs/bmp/BmpInfo.h"
 #include "codecs/ico/cICOparser.h"
 #include "codecs/png/cPNGwriter.h"
 #include "diagnostics/fileReason.h"
@@ -58,6 +59,17 @@ Reason limitOfStart(const LoadRequest& request, const cPixSheet& host) {
     return limits.problem(size.width, size.height);
 }
 
+Outcome readPicture(LoadRequest& request, cPixSheet& host);
+
+// A BMP file that holds a JPEG or PNG file is that picture, which holds no other in its turn.
+Outcome readEmbedded(LoadRequest& request, std::span<const std::uint8_t> bytes, cPixSheet& host) {
+    LoadRequest embedded(bytes, request.icon());
+    Outcome outcome = readPicture(embedded, host);
+    if (outcome) HostAccess::ImageType(host, host.Alpha() == AlphaNone ? imgBitmap : imgBmpARGB);
+    request.isReadByGDIplus = embedded.isReadByGDIplus;
+    return outcome;
+}
+
 // First the formats whose signature the data bears. What they refuse as damaged goes on to the system's loader, which
 // may show something of it, unless it is of a kind that not every such loader survives; what lacked memory does not,
 // lest a picture come out as another. Data without a signature goes there at once, and what it does not know to GDI+.
@@ -66,6 +78,10 @@ Reason limitOfStart(const LoadRequest& request, const cPixSheet& host) {
 Outcome readPicture(LoadRequest& request, cPixSheet& host) {
     if (const Reason limit = limitOfStart(request, host)) return refused(limit);
     const auto start = request.start(sniffedBytes);
+    if (mayEmbedPicture(start)) {
+        if (const auto bytes = embeddedPicture(request.bytes()); !bytes.empty())
+            return readEmbedded(request, bytes, host);
+    }
     Outcome refusal, verdict;
     ReadOutcome outcome{}; // of the reader asked last
     // True when no other reader is to be asked: then there is a verdict.

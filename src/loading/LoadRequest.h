@@ -19,6 +19,10 @@ class LoadRequest final : public PictureSource {
     LoadRequest(const ByteArray& stream, std::size_t offset, std::size_t length, const IconRequest& icon) noexcept
         : m_icon(icon), m_offset(offset), m_whole(stream.bytes()), m_slice(m_whole.subspan(offset, length)) {}
 
+    // Bytes that outlive the request.
+    LoadRequest(std::span<const std::uint8_t> bytes, const IconRequest& icon) noexcept
+        : m_icon(icon), m_whole(bytes), m_slice(bytes) {}
+
     std::vector<std::uint8_t> start(std::size_t count) const override;
     std::vector<std::uint8_t> end(std::size_t count) const override;
     std::span<const std::uint8_t> bytes() override;

@@ -1,4 +1,5 @@
 #include "shared/AlphaChannel.h"
+#include "shared/AlphaType.h"
 #include <cstring>
 
 namespace pixkit {
@@ -101,6 +102,13 @@ AlphaClassification iparseValidateAlphaChannel(ConstPixelView inStream, std::int
     }
     if (isAlphaUnused(scan, inStream.width * inStream.height)) return {};
     return {scan.partial ? AlphaComplex : AlphaSimple, scan.state == AlphaScan::consistent ? imgBmpPARGB : imgBmpARGB};
+}
+
+AlphaTypeEnum premultiplyStraight(PixelView pixels, bool mayBeUnused) {
+    if (mayBeUnused && !iparseHasAlpha(pixels)) return iparseValidateAlphaChannel(pixels, true, imgNone).bIsAlpha;
+    for (std::size_t y = 0; y < pixels.height; ++y)
+        kernels::table().premultiply(pixels.row(y), pixels.width);
+    return alphaTypeOf(pixels);
 }
 
 bool isTakenForPremultiplied(ConstPixelView straight) noexcept {

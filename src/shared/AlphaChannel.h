@@ -22,6 +22,10 @@ AlphaClassification iparseValidateAlphaChannel(ConstPixelView inStream, std::int
 // Whether the classification is another than AlphaNone; looks no further than it takes to know.
 bool iparseHasAlpha(ConstPixelView inStream) noexcept;
 
+// From pixels that are known to be straight, even where no colour happens to be above its alpha, to those of a store.
+// `mayBeUnused`: alpha that is 0 everywhere means nothing.
+AlphaTypeEnum premultiplyStraight(PixelView pixels, bool mayBeUnused);
+
 // Whether pixels that are written with straight colours would be classified as premultiplied, and so be read as others,
 // in a format that does not say which they are: no colour happens to exceed its alpha.
 bool isTakenForPremultiplied(ConstPixelView straight) noexcept;

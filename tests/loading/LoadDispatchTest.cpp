@@ -68,6 +68,32 @@ TEST_F(LoadDispatch, AnotherReaderIsAskedFirstOrTheSystemUnasked) {
     }
 }
 
+// A comment of JPEG files, too, whose length is not even that of the length.
+TEST_F(LoadDispatch, APictureWithinABmpFileIsAnotherOrPassesALimit) {
+    cPixSheet original, alone;
+    Random(3).fill(original, 30, 20);
+    for (const bool isPng : {true, false}) {
+        ByteArray file;
+        ASSERT_TRUE(isPng ? original.SaveToStream_PNG(file) : original.SaveToStream_JPG(file));
+        if (!alone.LoadPicture_Stream(file) && !isPng && !platform::canLoadJpeg()) continue;
+        Bytes embedded = picture("bmp/png.bmp"), whole = bytesOf(file);
+        embedded.resize(54);
+        embedded[30] = isPng ? 5 : 4;
+        std::fill_n(embedded.begin() + 34, 4, std::uint8_t{0}); // no length is said
+        embedded.insert(embedded.end(), whole.begin(), whole.end());
+        ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(embedded))) << isPng;
+        EXPECT_TRUE(pixelsOf(sheet) == pixelsOf(alone) && sheet.Alpha() == alone.Alpha());
+        EXPECT_EQ(sheet.ImageType(), sheet.Alpha() == AlphaNone ? imgBitmap : imgBmpARGB);
+        sheet.MaxPixels(30 * 20 - 1);
+        EXPECT_FALSE(sheet.LoadPicture_Stream(ByteArray(embedded)));
+        sheet.MaxPixels(0);
+        if (isPng) continue;
+        whole.insert(whole.begin() + 2, {0xFF, 0xFE, 0, 0});
+        ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(whole)));
+        EXPECT_TRUE(pixelsOf(sheet) == pixelsOf(alone));
+    }
+}
+
 TEST_F(LoadDispatch, WhatAReaderRefusedIsNotShownByTheSystemsLoaderOrALackOfMemoryMakesItAnotherPicture) {
     const ByteArray lacksAColor(picture("gif/bad-last-colour-behind-file.gif")), good(picture("gif/table-local.gif"));
     cPixSheet shown; // some loaders refuse it too

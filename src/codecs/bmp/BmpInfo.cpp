@@ -9,6 +9,7 @@ namespace pixkit {
 namespace {
 
 constexpr std::size_t fileHeaderSize = 14;
+constexpr std::size_t compressionAt = 30;    // of a file, in the headers from 40 bytes on
 constexpr std::uint32_t coreHeaderSize = 12; // BITMAPCOREHEADER
 constexpr std::uint32_t infoHeaderSize = 40; // BITMAPINFOHEADER
 constexpr std::uint32_t headerSizeWithMasks = 52;
@@ -47,7 +48,7 @@ bool fitsStore(const BmpInfo& info) {
 bool isDepthSuited(const BmpInfo& info) {
     switch (info.compression) {
     case BmpCompression::rgb: {
-        constexpr std::array<unsigned, 7> bitCounts = {1, 2, 4, 8, 16, 24, 32};
+        constexpr std::array<unsigned, 8> bitCounts = {1, 2, 4, 8, 16, 24, 32, 64};
         return std::ranges::count(bitCounts, info.bitCount) != 0;
     }
     case BmpCompression::rle8:
@@ -57,6 +58,9 @@ bool isDepthSuited(const BmpInfo& info) {
     case BmpCompression::bitFields:
     case BmpCompression::alphaBitFields:
         return info.bitCount == 16 || info.bitCount == 32;
+    case BmpCompression::jpeg:
+    case BmpCompression::png:
+        break; // embeddedPicture finds them
     }
     return false;
 }
@@ -67,7 +71,7 @@ Reason headerProblem(const BmpInfo& info, std::uint32_t headerSize) {
     const bool isKnown =
         info.compression <= BmpCompression::bitFields || info.compression == BmpCompression::alphaBitFields;
     if (!isKnown || (isOs2(headerSize) && info.compression > BmpCompression::rle4))
-        return "BMP: a compression that is not read"; // JPEG, PNG, and whatever else a file may name
+        return "BMP: a compression that is not read"; // or a JPEG or PNG file that is none
     if (info.width <= 0 || info.height <= 0) return "BMP: no valid width or height";
     if (!fitsStore(info)) return "BMP: more pixels than an image can hold";
     if (!isDepthSuited(info)) return "BMP: no valid number of bits a pixel";
@@ -122,16 +126,18 @@ PaletteExtent declaredPalette(const ByteReader& file, const ByteReader& header, 
     return palette;
 }
 
-// bfOffBits is taken at its word unless it points into the headers or out of the file, or to where too little is left
-// for the rows while behind the palette there is enough.
+// bfOffBits is taken at its word unless it points into the headers or out of the file; or to where too little is left
+// for the rows, or before the palette's first entry, while behind the palette there is enough for them.
 std::size_t findPixels(const ByteReader& file, const PaletteExtent& palette, const BmpInfo& info) {
     const std::uint64_t bfOffBits = file.littleEndian32(10).value_or(0);
     const std::uint64_t size = file.size();
     const std::uint64_t afterPalette = std::min(palette.end(), size);
     if (bfOffBits < palette.start || bfOffBits >= size) return static_cast<std::size_t>(afterPalette);
     const std::uint64_t rows = std::uint64_t{info.rowBytes()} * static_cast<std::uint64_t>(info.height);
-    const bool isTooFar = !info.isRunLength() && size - bfOffBits < rows && size - afterPalette >= rows;
-    return static_cast<std::size_t>(isTooFar ? afterPalette : bfOffBits);
+    const bool isBehindPalette = info.isRunLength() ? size > afterPalette : size - afterPalette >= rows;
+    const bool isTooFar = !info.isRunLength() && size - bfOffBits < rows;
+    const bool isTooNear = info.bitCount <= 8 && bfOffBits < palette.start + palette.entrySize;
+    return static_cast<std::size_t>(isBehindPalette && (isTooFar || isTooNear) ? afterPalette : bfOffBits);
 }
 
 // A palette ends at the latest where the pixels begin: files with few colours leave the others out.
@@ -197,6 +203,28 @@ std::optional<BmpInfo> readBmpInfo(std::span<const std::uint8_t> file, Reason& w
     info->pixelOffset = findPixels(reader, palette, *info);
     if (info->bitCount <= 8) readPalette(reader, palette, *info);
     return info;
+}
+
+bool mayEmbedPicture(std::span<const std::uint8_t> start) noexcept {
+    const ByteReader reader(start);
+    const BmpCompression compression{reader.littleEndian32(compressionAt).value_or(0)};
+    return reader.byte(0) == 'B' && reader.byte(1) == 'M' &&
+           (compression == BmpCompression::jpeg || compression == BmpCompression::png);
+}
+
+std::span<const std::uint8_t> embeddedPicture(std::span<const std::uint8_t> file) noexcept {
+    if (!mayEmbedPicture(file)) return {};
+    const ByteReader reader(file);
+    const auto field = [&](std::size_t at) { return reader.littleEndian32(at).value_or(0); };
+    const bool isJpeg = BmpCompression{field(compressionAt)} == BmpCompression::jpeg;
+    const std::uint32_t headerSize = field(fileHeaderSize), start = field(10), stated = field(34);
+    if (isOs2(headerSize) || start < fileHeaderSize + headerSize || start >= file.size()) return {};
+    const auto rest = file.subspan(start);
+    const auto data = rest.first(stated == 0 ? rest.size() : std::min<std::size_t>(stated, rest.size()));
+    constexpr std::array<std::uint8_t, 3> startOfJpeg = {0xFF, 0xD8, 0xFF};
+    constexpr std::array<std::uint8_t, 3> startOfPng = {0x89, 'P', 'N'};
+    const bool isOne = data.size() >= 20 && std::ranges::equal(data.first(3), isJpeg ? startOfJpeg : startOfPng);
+    return isOne ? data : std::span<const std::uint8_t>();
 }
 
 std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib, Reason& why) {

@@ -46,6 +46,8 @@ ReadResult cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixShee
     } else {
         for (std::size_t y = 0; y < pixels.height; ++y)
             rows.nextRow(info->isTopDown ? pixels.rowFromTop(y) : pixels.row(y));
+        if (info->bitCount == 64) alpha.bIsAlpha = premultiplyStraight(pixels, true); // which the format says
+        if (alpha.bIsAlpha != AlphaNone) alpha.imgType = imgBmpARGB;
     }
     Host.Alpha(alpha.bIsAlpha);
     HostAccess::ImageType(Host, alpha.imgType);

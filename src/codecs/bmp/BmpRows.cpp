@@ -9,6 +9,7 @@ BmpRows::BmpRows(const BmpInfo& info, std::span<const std::uint8_t> data)
       m_runLength(data, info.compression == BmpCompression::rle4), m_masked(info.masks, info.bitCount) {
     if (info.isRunLength() || info.bitCount < 8) m_indexes.resize(m_width);
     if (!info.isRunLength()) m_lastBytes.resize(m_rowBytes);
+    if (info.bitCount == 64) m_wide.emplace();
 }
 
 void BmpRows::nextRow(std::uint8_t* dst) {
@@ -29,6 +30,9 @@ void BmpRows::nextRow(std::uint8_t* dst) {
         break;
     case 24:
         kernel.unpack24(dst, src, m_width, false);
+        break;
+    case 64:
+        m_wide->convert(dst, src, m_width);
         break;
     default: // 1, 2, 4
         kernel.unpackSamples(m_indexes.data(), src, m_width, m_info.bitCount);

@@ -3,6 +3,8 @@
 #include "codecs/bmp/BmpInfo.h"
 #include "codecs/bmp/BmpMasks.h"
 #include "codecs/bmp/BmpRunLength.h"
+#include "codecs/bmp/BmpWideRows.h"
+#include <optional>
 #include <vector>
 
 namespace pixkit {
@@ -27,6 +29,7 @@ class BmpRows {
     std::size_t m_width, m_rowBytes;
     BmpRunLength m_runLength;
     BmpMaskedRows m_masked;
+    std::optional<BmpWideRows> m_wide;
     std::vector<std::uint8_t> m_indexes;   // of one row
     std::vector<std::uint8_t> m_lastBytes; // of the row in which the data ends, and those after it
 };

@@ -117,6 +117,8 @@ std::optional<IcoBitmap> readIcoBitmap(const IcoEntry& entry, Reason& why) {
     if (!info) return {};
     why = "an icon that is run-length coded"; // nobody could tell where the codes end and the mask begins
     if (info->isRunLength()) return {};
+    why = "an icon of a depth that icons do not have";
+    if (info->bitCount > 32) return {};
     why = "an icon that lacks rows of colours";
     if (!isHeightOfPicture(*info, entry)) info->height /= 2;
     const std::uint64_t colors = std::uint64_t{info->rowBytes()} * static_cast<unsigned>(info->height);
