@@ -69,7 +69,8 @@ bool isInProportion(const JpegFrame& frame, Bytes file) noexcept {
 }
 
 std::optional<JpegFrame> readJpegFrame(Bytes file) noexcept {
-    constexpr std::uint8_t dht = 0xC4, jpg = 0xC8, dac = 0xCC, rst0 = 0xD0, soi = 0xD8, sos = 0xDA, app14 = 0xEE;
+    constexpr std::uint8_t dht = 0xC4, jpg = 0xC8, dac = 0xCC, rst0 = 0xD0, soi = 0xD8, sos = 0xDA, app0 = 0xE0,
+                           app14 = 0xEE, app15 = 0xEF, com = 0xFE;
     if (file.size() < 4 || file[0] != 0xFF || file[1] != soi) return {};
     std::optional<JpegFrame> frame;
     bool isAdobe = false, isProgressive = false, isComplete = false; // the first scan, which holds all components
@@ -84,6 +85,11 @@ std::optional<JpegFrame> readJpegFrame(Bytes file) noexcept {
             continue;
         }
         const std::size_t length = std::size_t{file[at + 2]} << 8 | file[at + 3];
+        const bool isRemark = marker == com || (marker >= app0 && marker <= app15);
+        if (length < 2 && isRemark) { // shorter than the length itself: decoders pass over that and go on
+            at += 4;
+            continue;
+        }
         if (length < 2 || length > file.size() - at - 2) break;
         const Bytes segment = file.subspan(at + 4, length - 2);
         if (marker == sos) {
