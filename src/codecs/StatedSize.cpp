@@ -1,10 +1,10 @@
 #include "codecs/StatedSize.h"
 #include "codecs/bmp/BmpInfo.h"
+#include "codecs/png/PngHeader.h"
+#include "codecs/png/cPNGparser.h"
 #include "coding/ByteReader.h"
 #include "coding/GifFrame.h"
 #include "coding/JpegFrame.h"
-#include <algorithm>
-#include <array>
 
 namespace pixkit {
 
@@ -12,14 +12,12 @@ namespace {
 
 // Where IHDR is the first chunk, as the PNG standard wants it.
 StatedSize sizeOfPng(std::span<const std::uint8_t> start) noexcept {
-    constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
-    constexpr std::array<std::uint8_t, 4> type = {'I', 'H', 'D', 'R'};
-    if (start.size() < 24 || !std::ranges::equal(start.first(8), signature) ||
-        !std::ranges::equal(start.subspan(12, 4), type))
-        return {};
     const ByteReader reader(start);
-    const auto width = reader.bigEndian32(16), height = reader.bigEndian32(20);
-    return {static_cast<double>(width.value_or(0)), static_cast<double>(height.value_or(0))};
+    const auto type = reader.bigEndian32(12);
+    if (!cPNGparser::IsPNG(start) || type != 0x49484452U) return {}; // "IHDR"
+    const auto header = readPngHeader(start.subspan(16));
+    if (!header) return {};
+    return {static_cast<double>(header->width), static_cast<double>(header->height)};
 }
 
 } // namespace

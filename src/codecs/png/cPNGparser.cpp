@@ -3,6 +3,7 @@
 #include "codecs/GdiplusPictures.h"
 #include "codecs/StatedSize.h"
 #include "codecs/SystemLimits.h"
+#include "codecs/png/PngHeader.h"
 #include "coding/ByteReader.h"
 #include "coding/RowBytes.h"
 #include "coding/deflate/Inflate.h"
@@ -195,16 +196,15 @@ cPNGparser::ChunkResult cPNGparser::zHandleChunk(const Chunk& chunk) {
 cPNGparser::ChunkResult cPNGparser::zChunk_IHDR(const Chunk& chunk) {
     const auto data = chunk.data();
     if (!zCheckCRCvalue(chunk)) return refuseChunk("IHDR: the CRC does not match");
-    if (data.size() < 13) return refuseChunk("IHDR is too short");
-    const ByteReader reader(data);
-    m_Width = static_cast<std::int32_t>(reader.bigEndian32(0).value_or(0));
-    m_Height = static_cast<std::int32_t>(reader.bigEndian32(4).value_or(0));
-    m_BitDepth = data[8];
-    m_ColorType = data[9];
-    const std::uint8_t compressionMethod = data[10];
-    const std::uint8_t filterMethod = data[11];
-    m_Interlacing = data[12];
-    if (m_Width < 1 || m_Height < 1 || compressionMethod != 0 || filterMethod != 0 || m_Interlacing > 1) {
+    const auto header = readPngHeader(data);
+    if (!header) return refuseChunk("IHDR is too short");
+    m_Width = static_cast<std::int32_t>(header->width);
+    m_Height = static_cast<std::int32_t>(header->height);
+    m_BitDepth = header->bitDepth;
+    m_ColorType = header->colorType;
+    m_Interlacing = header->interlacing;
+    if (m_Width < 1 || m_Height < 1 || header->compressionMethod != 0 || header->filterMethod != 0 ||
+        m_Interlacing > 1) {
         return refuseChunk("IHDR: no valid size or method");
     }
     // Whether bit depth and colour type suit each other is only looked at when there is something to decode.

@@ -22,6 +22,8 @@ class cPNGparser {
     // The same for bytes in memory, which are read in place.
     ReadResult LoadStream(std::span<const std::uint8_t> Stream, cPixSheet& dibClass);
 
+    // Whether the signature is there.
+    static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
     // How many of the bytes a PNG file takes: those up to the end of IEND, or of the last chunk that is whole.
     static std::size_t extent(std::span<const std::uint8_t> Stream) noexcept { return walkOver(Stream).end; }
     // Bytes that LoadStream takes besides the image, by the header, which is the first chunk; 0 where that is damaged.
@@ -52,7 +54,6 @@ class cPNGparser {
 
     template <class Body>
     ReadResult loadInto(cPixSheet& host, Body&& load);
-    static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
     ReadResult LoadPNG(std::span<const std::uint8_t> pngStream, RunningEnd base);
     struct Walk {
         std::size_t end; // of the last chunk that is whole
