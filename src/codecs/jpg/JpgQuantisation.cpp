@@ -76,7 +76,7 @@ JpgQuantisation jpgQuantisation(bool isChroma, std::int32_t quality) noexcept {
 kernels::BlockQuantiser jpgBlockQuantiser(const JpgQuantisation& table) noexcept {
     kernels::BlockQuantiser quantiser{};
     for (std::size_t place = 0; place < 64; ++place) {
-        const std::uint32_t divisor = std::max<std::uint32_t>(table[place], 1) * 8U;
+        const std::uint32_t divisor = table[place] * 8U;
         // 2^(16 + shift) / divisor, rounded up, in 16 bits. What it is too large by, below `divisor`, times a dividend
         // below 2^14 stays below 2^(16 + shift): the quotient is never one too large.
         const unsigned shift = static_cast<unsigned>(std::bit_width(divisor - 1)) - 1;
