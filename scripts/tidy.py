@@ -4,7 +4,7 @@
     tidy.py BUILD-FOLDER FILE...
 
 Nearly all of clang-tidy's time goes into the standard headers, which it looks through again for every file. So files go
-together, as one unit that includes them. Only where they cannot (two have helpers of one name), or where
+together, as one unit that includes them. Only where they cannot (two have functions of one name), or where
 something is found, does each file go alone. A file that passed is not looked at again until it, a header that it
 includes, the way it is compiled or the settings change (marks in ~/.cache/pixkit-tidy).
 """
