@@ -197,22 +197,6 @@ TEST_F(HandOut, IsDrawnByOthersWithoutItsAlpha) {
     }
 }
 
-TEST_F(HandOut, CursorsClickElsewhere) {
-    for (const auto& [x, y] : {std::pair(-1L, -1L), {3L, 1L}}) {
-        const LONG_PTR made = cursor(x, y);
-        ICONINFO info{};
-        const HCURSOR before = ::SetCursor(reinterpret_cast<HCURSOR>(made));
-        ASSERT_TRUE(::GetIconInfo(::GetCursor(), &info));
-        ::DeleteObject(info.hbmColor);
-        ::DeleteObject(info.hbmMask);
-        EXPECT_FALSE(info.fIcon);
-        EXPECT_EQ(info.xHotspot, static_cast<DWORD>(std::max(x, 0L)));
-        EXPECT_EQ(info.yHotspot, static_cast<DWORD>(std::max(y, 0L)));
-        EXPECT_EQ(::SetCursor(before), reinterpret_cast<HCURSOR>(made));
-        EXPECT_TRUE(destroyIcon(made));
-    }
-}
-
 TEST_F(HandOut, LayeredWindowsAreElsewhereOrLeftHalfWay) {
     for (const DWORD style : {0UL, static_cast<DWORD>(WS_EX_LAYERED)}) {
         makeWindow(style);

@@ -77,32 +77,7 @@ TEST_F(Clipboard, WhatStandsBetweenHeaderAndPixelsIsNoPixel) {
     }
 }
 
-TEST_F(Clipboard, ThePictureThatTellsMostIsTaken) {
-    const Bytes png = picture("png/interlaced-5x5.png"), gif = picture("gif/table-local.gif"),
-                bmp = picture("bmp/rle8.bmp");
-    const Bytes dib = withoutFileHeader(bmp), broken = {1, 2, 3};
-    const struct {
-        std::vector<platform::ClipboardBlock> offered;
-        eImageFormat expected;
-    } cases[] = {
-        {{{"CF_DIB", dib}, {"GIF", gif}, {"png", png}}, imgPNG},
-        {{{"CF_DIB", dib}, {"image/png", png}}, imgPNG},
-        {{{"HTML Format", png}, {"CF_DIB", dib}, {"GIF", gif}}, imgBitmap},
-        {{{"GIF", gif}, {"CF_DIB", dib}}, imgGIF},
-        {{{"PNG", broken}, {"CF_DIBV5", {}}, {"CF_DIB", dib}}, imgBitmap},
-        {{{"CF_DIBV5", broken}, {"CF_DIB", dib}}, imgError}, // the system may have made one of the other
-        {{{"CF_DIBV5", broken}, {"image/bmp", bmp}}, imgBitmap},
-        {{{"PNG", {}}, {"HTML Format", png}}, imgError},
-        {{}, imgError},
-    };
-    for (const auto& [offered, expected] : cases) {
-        SCOPED_TRACE(&offered - &cases[0].offered);
-        fill(sheet, 1, 1, {{1, 2, 3, 255}});
-        clipboard.blocks = offered;
-        EXPECT_EQ(sheet.LoadPicture_ClipBoard(true), expected != imgError);
-        EXPECT_EQ(sheet.ImageType(), expected);
-        EXPECT_EQ(sheet.Handle() != 0, expected != imgError);
-    }
+TEST_F(Clipboard, IsThereThoughNobodyProvidesOne) {
     platform::setClipboardProvider({});
     fill(sheet, 1, 1, {{1, 2, 3, 255}});
     const bool hasOne = platform::OpenClipboard().exists();

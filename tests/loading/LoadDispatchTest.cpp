@@ -147,13 +147,6 @@ TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
               "the pixels of the bitmap cannot be read");
 }
 
-TEST_F(LoadDispatch, APictureAroundTheImageItselfIsFreedBeforeItIsRead) {
-    fill(sheet, 1, 1, {{1, 2, 3, 255}});
-    const auto ofItself = platform::OleCreatePictureIndirect(sheet.Handle(), platform::PictureType::bitmap, false);
-    EXPECT_TRUE(sheet.LoadPicture_StdPicture(ofItself.get()));
-    EXPECT_EQ(pixelsOf(sheet), (std::vector<Pixel>{{1, 2, 3, 255}}));
-}
-
 TEST_F(LoadDispatch, TheProvidersResourcesAreMixedUp) {
     const auto refuses = [&](const ResourceId& index, const ResourceId& section) {
         sheet.InitializeDIB(1, 1);

@@ -4,8 +4,7 @@
 #include "platform/icons.h"
 #include "platform/interaction.h"
 #include "platform/regions.h"
-#include "support/Pictures.h"
-#include "support/SourceFolder.h"
+#include "support/Ledger.h"
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
@@ -36,15 +35,6 @@ std::string hex(std::uint64_t value, int digits) {
     return text.str();
 }
 
-// FNV-1a, 64 bits, as in ledger.txt.
-template <class Range>
-std::string checksumOf(const Range& bytes) {
-    std::uint64_t checksum = 0xCBF29CE484222325U;
-    for (const auto byte : bytes)
-        checksum = (checksum ^ static_cast<std::uint8_t>(byte)) * 0x100000001B3U;
-    return hex(checksum, 16);
-}
-
 Array arrayOf(const std::string& token) {
     Array array;
     for (const std::string& word : tokensOf(token.substr(1, token.size() - 2))) {
@@ -64,7 +54,7 @@ std::string textOf(const Array& array) {
     std::string text = array.lower != 0 ? std::to_string(array.lower) + ": " : "";
     if (array.elements.size() > 32)
         return "bytes " + text + std::to_string(width) + (array.rows != 0 ? 'x' + std::to_string(array.rows) : "") +
-               ' ' + checksumOf(array.elements);
+               ' ' + checksum(Bytes(array.elements.begin(), array.elements.end()));
     for (std::size_t i = 0; i < array.elements.size(); ++i) {
         text += i == 0 ? "" : i % width == 0 ? " | " : " ";
         text += array.hasLongs ? std::to_string(array.elements[i]) : hex(std::uint8_t(array.elements[i]), 2);
@@ -216,7 +206,7 @@ std::string Run::pixelsOf(const Object& object) {
     std::string text = std::to_string(width) + 'x' + std::to_string(height) + ' ' + alphas[property(object, "Alpha")] +
                        " type " + std::to_string(property(object, "ImageType"));
     const auto* const bits = bitsOf(object);
-    if (width * height > 12) return text + ' ' + checksumOf(std::span(bits, std::size_t(width * height * 4)));
+    if (width * height > 12) return text + ' ' + checksum({bits, std::size_t(width * height * 4)});
     for (std::int64_t y = height - 1; y >= 0; --y) {
         for (std::int64_t i = y * width * 4; i < (y + 1) * width * 4; ++i)
             text += (i % 4 == 0 ? " " : "") + hex(bits[i], 2);
