@@ -58,6 +58,7 @@ const Reader readers[] = {
       {"bmp/(fields|alpha-v5)-.*", unread},                      // masks behind the header, and all of 32 bits
       {"bmp/((odd-)?rle|codes).*|imagemagick/bmp-co.*", unread}, // run-length codes
       {"bmp/odd-(cut|offset|palette).*", unread},                // what we are lenient about
+      {"bmp/(64-bits-|png).*", unread},
       {"tga/.*-[46]0(-rle)?.tga|tga/map-.*-9-40.tga|tga/left-.*", unread}, // right to left, a first entry above 0
       {"tga/(rgb|map|wide-10)-1[56].*|tga/odd-ext.*|tga/(bits-of-alpha-[01]|keyed).*", 6}, // five bits of colour
       {"tga/(gray-16|map-of-rgb|map-type-2|bits-of-alpha-80).*", unread}}},                // colours for us

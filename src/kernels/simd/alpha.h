@@ -153,27 +153,26 @@ void unpremultiply(std::uint8_t* dst, const std::uint8_t* src, std::size_t count
     reference.unpremultiply(dst, src, count);
 }
 
-// The same divisions rounded up. A quotient is whole or at least 1/255 above the whole number below it, which its
-// rounding errors do not come near; so adding 1 less 1/512 carries it over the next one exactly when it is not whole.
-// Colours do not exceed their alpha here, so that red fits where it stands, too.
+// The same divisions rounded up: of what is a little too small, where it is not 0, the next whole number. Colours do
+// not exceed their alpha here, so that red fits where it stands, too.
 Vec straightened(Vec pixels) {
-    constexpr float upwards = 1.0F - 0x1p-9F;
+    const Vec colours = min8(pixels, alphaInAll(pixels));
     const Vec alpha = shiftRight32<24>(pixels);
     const Vec divisor = bitOr(alpha, bitAnd(equal32(alpha, zeros()), all32(0xFF)));
-    const VecFloat factor = divide(allFloat(255.0F), toFloat(divisor));
-    const auto rounded = [&](unsigned mask, float unit) {
-        return truncated(add(multiply(toFloat(bitAnd(pixels, all32(mask))), factor), allFloat(upwards * unit)));
+    const VecFloat factor = divide(allFloat(255.0F * (1.0F - 0x1p-20F)), toFloat(divisor));
+    const auto below = [&](unsigned mask) {
+        return truncated(multiply(toFloat(bitAnd(colours, all32(mask))), factor));
     };
-    const Vec blueGreen = select(all32(0xFF00), rounded(0xFF00, 0x1p8F), rounded(0xFF, 1));
-    const Vec redAlpha = select(all32(alphaByte), pixels, rounded(0xFF0000, 0x1p16F));
-    return select(all32(0xFFFF0000U), redAlpha, blueGreen);
+    const Vec blueGreen = bitOr(below(0xFF), bitAnd(below(0xFF00), all32(0xFF00)));
+    const Vec redAlpha = bitOr(bitAnd(below(0xFF0000), all32(0xFF0000)), bitAnd(pixels, all32(alphaByte)));
+    return add8(bitOr(blueGreen, redAlpha), andNot(all32(0x010101), equal8(colours, zeros())));
 }
 
 void straighten(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     for (; count >= vecPixels; count -= vecPixels, dst += vecBytes, src += vecBytes) {
         const Vec v = load(src);
-        const Vec valid = min8(v, alphaInAll(v));
-        store(dst, allZero(partialAlpha(valid)) ? valid : straightened(valid));
+        // Of pixels that are opaque or clear only clear ones change, whose alpha has no highest bit.
+        store(dst, allZero(partialAlpha(v)) ? bitAnd(v, shiftRightSigned32<31>(v)) : straightened(v));
     }
     reference.straighten(dst, src, count);
 }
