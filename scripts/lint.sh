@@ -1,6 +1,7 @@
 #!/bin/bash
 # Checks the layout of every C++ file with clang-format, which rooms include which, says how much of the code is tests,
-# and looks for faults: in all of src with cppcheck, and in the files of a native build with clang-tidy.
+# and looks for faults: in all of src with cppcheck, and in the files of a native build with clang-tidy and, through it,
+# clang's static analyzer.
 #
 #   lint.sh BUILD-FOLDER          clang-tidy looks at what differs from the branch's origin (all in CI)
 #   lint.sh --all BUILD-FOLDER    at every file

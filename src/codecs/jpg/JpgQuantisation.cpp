@@ -79,7 +79,7 @@ kernels::BlockQuantiser jpgBlockQuantiser(const JpgQuantisation& table) noexcept
         const std::uint32_t divisor = table[place] * 8U;
         // 2^(16 + shift) / divisor, rounded up, in 16 bits. What it is too large by, below `divisor`, times a dividend
         // below 2^14 stays below 2^(16 + shift): the quotient is never one too large.
-        const unsigned shift = static_cast<unsigned>(std::bit_width(divisor - 1)) - 1;
+        const unsigned shift = static_cast<unsigned>(std::bit_width((divisor - 1) / 2));
         const std::size_t at = jpgZigzag[place];
         quantiser.bias[at] = static_cast<std::uint16_t>(divisor / 2);
         quantiser.reciprocal[at] = static_cast<std::uint16_t>(((0x10000U << shift) + divisor - 1) / divisor);

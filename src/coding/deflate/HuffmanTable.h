@@ -51,7 +51,7 @@ inline constexpr std::size_t literalTableEntries = 2342, distanceTableEntries = 
 
 template <std::size_t Entries>
 struct HuffmanTable {
-    unsigned bits; // width of the index
+    unsigned bits = 0; // width of the index
     Entry entries[Entries];
 };
 using LiteralTable = HuffmanTable<literalTableEntries>;

@@ -165,7 +165,7 @@ Step Inflater::readCodes() noexcept {
     CodeLengthTable codeLengths;
     if (!build(codeLengths, codeLengthLengths)) return Step::damaged;
 
-    std::uint8_t lengths[literalSymbols + distanceSymbols];
+    std::uint8_t lengths[literalSymbols + distanceSymbols] = {};
     const Step step = readCodeLengths(codeLengths, lengths, literalCount + distanceCount);
     if (step != Step::goOn) return step;
     if (lengths[endOfBlock] == 0) return Step::damaged; // the block could not end

@@ -20,7 +20,8 @@ void shadeBoxes(std::uint8_t* dst, const std::uint16_t* sums, std::size_t count,
     std::uint32_t tally = 0;
     for (std::size_t i = 0; i < window; ++i)
         tally += sums[i];
-    // A tally is below 2^17, so what this reciprocal is too large by stays far below 1 / area: the division is exact.
+    // A window has columns. A tally is below 2^17, so what this reciprocal is too large by stays far below 1 / area:
+    // the division is exact. NOLINTNEXTLINE(clang-analyzer-core.DivideZero)
     const std::uint64_t reciprocal = (std::uint64_t{1} << 32) / (window * window) + 1;
     for (std::size_t i = 0; i < count; ++i) {
         tally += sums[i + window];
