@@ -19,7 +19,8 @@ struct IcoImageBytes {
     unsigned bitDepth; // as the directory says it
 };
 
-// An image from premultiplied pixels, which it uses up: a PNG file of 32 bits from 256 pixels a side on, else a bitmap.
+// An image from premultiplied pixels, which it uses up: a PNG file of 32 bits from 256 pixels a side on, and where a
+// bitmap of 32 bits would be read with other colours, else a bitmap.
 // Below 32 bits pixels of an alpha below 128 are clear and all others opaque in their straight colour. Up to 8 bits
 // there are 2 to the power of `depth` colours: the picture's own when they are not more, else those that suit it best;
 // at 1 bit black and white, by brightness, with errors diffused.
