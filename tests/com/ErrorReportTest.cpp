@@ -198,6 +198,13 @@ TEST_F(ErrorReports, AreNotShownWhereNobodyReadsThemOrUnderTheLoadersLock) {
     const HWINSTA service = ::CreateWindowStationW(L"Service-0x0-test", 0, GENERIC_ALL, nullptr);
     ASSERT_NE(::SetProcessWindowStation(service), FALSE);
     EXPECT_FALSE(mirror());
+    const auto file = std::filesystem::temp_directory_path() / "pixkit-service.bmp";
+    std::ofstream(file) << "old";
+    Person asked([](HWND) {}, questionBox);
+    EXPECT_FALSE(isTrue(sheet.get(), L"SaveToFile_Bitmap", {text(file.c_str())}));
+    asked.leave();
+    EXPECT_EQ(asked.boxes, 0);
+    std::filesystem::remove(file);
     ::SetProcessWindowStation(visible);
     ::CloseWindowStation(service);
 

@@ -171,6 +171,12 @@ TEST_F(LoadDispatch, TheProvidersResourcesAreMixedUp) {
     EXPECT_TRUE(refuses(7, "PICTURES")) << "streamStart does not count";
     EXPECT_TRUE(refuses(8, "PICTURES") && refuses("logo", 1) && refuses(7, 0));
     EXPECT_TRUE(refuses(7, "OTHERS")) << "what a provider throws";
+    sheet.MaxPixels(1);
+    EXPECT_TRUE(refuses("logo", 0));
+    EXPECT_EQ(sheet.LastErrorText(), "more pixels than MaxPixels allows");
+    sheet.MaxMemory(3);
+    EXPECT_FALSE(sheet.LoadPicture_Resource(7, "PICTURES", 32, 32, 1));
+    EXPECT_EQ(sheet.LastErrorText(), "more memory than MaxMemory allows");
     expectedReports = {"LoadPicture_Resource"};
 }
 
