@@ -149,12 +149,23 @@ def half_clear(width, height):
     return bmp(width, height, 32, 0, (bytes(4) + b"\0\0\0\xff") * (width * height // 2))
 
 
+def noise(width, height):
+    count = width * height * 4
+    return bmp(width, height, 32, 0, (random.Random(1).randbytes(MEGABYTE) * (count // MEGABYTE + 1))[:count])
+
+
 def nothing(width, height):
     return b"no picture" * 10  # made longer when it is written
 
 
 LARGEST, LARGEST_PNG = (23168, 23170), (8191, 8193)
-INFO, TO_GIF = ("info", "--limit", "none", "FILE"), ("convert", "--limit", "none", "FILE", "FILE.gif", "--overwrite")
+INFO = ("info", "--limit", "none", "FILE")
+
+
+def convert(ending, *options):
+    return ("convert", "--limit", "none", "FILE", "FILE" + ending, "--overwrite", *options)
+
+
 # By the first column of the table: what makes the file, its size there and here, the command.
 ROWS = {
     "PNG of 16 bits a channel, one row of data": (png_of_a_row, LARGEST_PNG, SIDE, INFO),
@@ -168,8 +179,11 @@ ROWS = {
     "JPEG, progressive, as many empty scans as its bytes pay for": (jpeg, (65500, 8192), SIDE, INFO),
     "JPEG, arithmetic coded, hundreds of scans": (jpeg_arithmetic, (8192, 8192), 4 * SIDE, INFO),
     "no picture, of 2 GiB": (nothing, (1, 1), 1, INFO),
-    "saved as GIF: pixels whose strings collide": (colliding, (8192, 8192), 2 * SIDE, TO_GIF),
-    "saved as GIF: every other pixel clear": (half_clear, (8192, 8192), SIDE, TO_GIF),
+    "saved as GIF: pixels whose strings collide": (colliding, (8192, 8192), 2 * SIDE, convert(".gif")),
+    "saved as GIF: every other pixel clear": (half_clear, (8192, 8192), SIDE, convert(".gif")),
+    "saved as an icon: noise": (noise, (8192, 8192), SIDE, convert(".ico")),
+    "drawn at 101 %": (plain, (16000, 16000), SIDE, convert(".bmp", "--resize", "101%")),
+    "gallery of a plain bitmap": (plain, (1024, 1024), SIDE // 2, ("gallery", "--limit", "none", "FILE", "-o", "FILE.gallery")),
 }
 
 
