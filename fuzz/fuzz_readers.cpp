@@ -47,14 +47,15 @@ void requireSameElsewhere(const cPixSheet& sheet, const ByteArray& file, Wish wi
     requireSound(other);
 }
 
-// The sizes that an icon file is said to have; the picture is one of them.
+// The sizes that an icon file is said to have; the picture is one of them, unless it is a PNG, which may have a second
+// header.
 void requireIconSizes(const cPixSheet& sheet) {
     std::vector<IconSourceSize> sizes;
     require(static_cast<std::size_t>(sheet.SourceIconSizes(sizes)) == sizes.size());
     require(sizes.empty() != isAmong(sheet, {imgIcon, imgCursor, imgIconARGB, imgCursorARGB, imgPNGicon}));
     require(sizes.empty() || std::ranges::any_of(sizes, [&](const IconSourceSize& s) {
-                return s.Width == sheet.Width() && s.Height == sheet.Height() &&
-                       (s.isPNG == 1) == isAmong(sheet, {imgPNGicon});
+                return s.isPNG == 1 ? isAmong(sheet, {imgPNGicon})
+                                    : s.Width == sheet.Width() && s.Height == sheet.Height();
             }));
 }
 
