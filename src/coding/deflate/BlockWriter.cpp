@@ -15,35 +15,7 @@ using DistanceLengths = std::array<std::uint8_t, distanceCodes>;
 constexpr unsigned longestLiteralCode = 14;
 constexpr unsigned longestCodeLengthCode = 7;
 
-// --- estimates, in 256ths of a bit: of thousands of symbols the errors add up; in integers, so that every build splits
-// at the same places
-
-constexpr unsigned costUnit = 256;
-constexpr std::size_t logSteps = 256;
-
-// log2(1 + i / 256), by squaring once for each bit of the result.
-constexpr std::array<std::uint8_t, logSteps> fractionOfLog = [] {
-    std::array<std::uint8_t, logSteps> table{};
-    for (std::size_t i = 0; i < logSteps; ++i) {
-        std::uint64_t x = (logSteps + i) << 22; // 1.0 is 2^30
-        unsigned log = 0;
-        for (unsigned bit = costUnit / 2; bit > 0; bit /= 2) {
-            x = x * x >> 30;
-            if (x >= std::uint64_t{2} << 30) {
-                x >>= 1;
-                log += bit;
-            }
-        }
-        table[i] = static_cast<std::uint8_t>(log);
-    }
-    return table;
-}();
-
-unsigned logarithm(std::uint32_t value) noexcept {
-    const auto exponent = static_cast<unsigned>(std::bit_width(value)) - 1;
-    const std::uint32_t mantissa = exponent >= 8 ? value >> (exponent - 8) : value << (8 - exponent);
-    return exponent * costUnit + fractionOfLog[mantissa & (logSteps - 1)];
-}
+// --- estimates, in units of costUnit: of thousands of symbols the errors add up
 
 template <std::size_t size>
 std::uint64_t entropy(const std::array<std::uint32_t, size>& frequencies) noexcept {
@@ -173,15 +145,8 @@ class DynamicHead {
 
 } // namespace
 
-void Histogram::add(const Histogram& other) noexcept {
-    for (std::size_t i = 0; i < literal.size(); ++i)
-        literal[i] += other.literal[i];
-    for (std::size_t i = 0; i < distance.size(); ++i)
-        distance[i] += other.distance[i];
-}
-
-BlockWriter::BlockWriter(const std::uint8_t* input, std::vector<std::uint8_t>& out)
-    : m_input(input), m_bits(out), m_literalCost(5 * literalCostUnit) {}
+BlockWriter::BlockWriter(std::span<const std::uint8_t> input, std::vector<std::uint8_t>& out)
+    : m_input(input.data()), m_bits(out), m_costs(input.first(std::min<std::size_t>(input.size(), 16384))) {}
 
 void BlockWriter::endSegment() {
     if (m_literals > 0) {
@@ -190,19 +155,8 @@ void BlockWriter::endSegment() {
         m_literals = 0;
     }
     if (m_segmentSymbols == 0) return;
-    std::uint32_t literals = 0;
-    std::uint64_t bits = 0;
-    const unsigned all = logarithm(static_cast<std::uint32_t>(m_segmentSymbols));
-    for (std::size_t i = 0; i < endOfBlock; ++i) {
-        const std::uint32_t count = m_segment.literal[i];
-        if (count == 0) continue;
-        literals += count;
-        bits += std::uint64_t{count} * (all - logarithm(count));
-    }
-    if (literals > 0) {
-        const auto cost = static_cast<unsigned>(bits * literalCostUnit / costUnit / literals);
-        m_literalCost = std::max(literalCostUnit / 2, cost);
-    }
+    m_costs = Costs(m_segment);
+    m_costs.takeLiterals({m_input + m_blockBytes, m_segmentBytes});
 
     const std::uint64_t segmentCost = estimate(m_segment);
     if (m_blockBytes > 0) {

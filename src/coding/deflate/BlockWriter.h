@@ -1,10 +1,12 @@
 // Blocks of a DEFLATE stream (RFC 1951, 3.2.3): which symbols go into one block, and how it is stored.
 #pragma once
 #include "coding/BitWriter.h"
+#include "coding/deflate/Costs.h"
 #include "coding/deflate/Symbols.h"
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace pixkit::deflate {
@@ -16,21 +18,12 @@ struct Sequence {
     std::uint16_t distance; // less 1
 };
 
-struct Histogram {
-    std::array<std::uint32_t, literalSymbols> literal{}; // literals and lengths; the end of the block is not counted
-    std::array<std::uint32_t, distanceSymbols> distance{};
-
-    void add(const Histogram& other) noexcept;
-};
-
-constexpr unsigned literalCostUnit = 16;
-
 // Takes the symbols of a stream in order and writes them in blocks. Symbols come in segments of a few thousand; a block
 // is as many segments as are cheaper together than apart.
 class BlockWriter {
   public:
-    // `input` are all the bytes of the stream, from its beginning.
-    BlockWriter(const std::uint8_t* input, std::vector<std::uint8_t>& out);
+    // `input` are all the bytes of the stream.
+    BlockWriter(std::span<const std::uint8_t> input, std::vector<std::uint8_t>& out);
 
     void literal(std::uint8_t byte) noexcept {
         ++m_segment.literal[byte];
@@ -46,10 +39,12 @@ class BlockWriter {
         m_segmentBytes += m_literals + length;
         m_literals = 0;
     }
-    bool isSegmentFull() const noexcept { return m_segmentSymbols >= symbolsPerSegment; }
-    void endSegment();
-    // What a literal of the last segment took, in units of a literalCostUnit-th of a bit.
-    unsigned literalCost() const noexcept { return m_literalCost; }
+    // To be asked after each symbol or each few.
+    void endFullSegment() {
+        if (m_segmentSymbols >= symbolsPerSegment) endSegment();
+    }
+    // What symbols will take, by the last segment.
+    const Costs& costs() const noexcept { return m_costs; }
     // Writes what is left and closes the stream.
     void finish();
 
@@ -61,6 +56,7 @@ class BlockWriter {
     static constexpr std::size_t mostSequences = 1U << 17; // in a block, for the sake of memory
     static constexpr std::size_t mostBytes = 1U << 22;     // so that counts fit where codes are made
 
+    void endSegment();
     void store(std::size_t bytes, bool isLast);
     void writeBlock(std::size_t sequences, bool isLast);
     void putSequences(std::size_t count, const std::array<std::uint8_t, literalCodes>& literalLengths,
@@ -74,7 +70,7 @@ class BlockWriter {
     std::size_t m_segmentBytes = 0;
     std::size_t m_segmentSymbols = 0;
     std::uint32_t m_literals = 0; // since the last sequence
-    unsigned m_literalCost;
+    Costs m_costs;
     std::uint64_t m_blockCost = 0; // estimated
     Histogram m_block, m_segment;
 };

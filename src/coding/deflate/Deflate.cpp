@@ -2,6 +2,7 @@
 #include "coding/ByteWriter.h"
 #include "coding/deflate/BlockWriter.h"
 #include "coding/deflate/MatchFinder.h"
+#include "coding/deflate/OptimalParse.h"
 #include "kernels/kernels.h"
 #include <algorithm>
 #include <array>
@@ -17,8 +18,8 @@ struct Effort {
     unsigned lazyTurns; // how many bytes later a copy may begin at most
 };
 
-// Of the levels from 2.
-constexpr std::array<Effort, 8> efforts = {{
+// Of the levels from 2 to 8.
+constexpr std::array<Effort, 7> efforts = {{
     {4, 0, 32, 0},
     {8, 0, 64, 0},
     {8, 4, 64, 1},
@@ -26,34 +27,46 @@ constexpr std::array<Effort, 8> efforts = {{
     {24, 12, 160, 2},
     {48, 24, 258, 2},
     {100, 60, 258, 3},
-    {400, 250, 258, 4},
 }};
+constexpr unsigned smallestDepth = 100;
 
-// Hashes and comparisons read eight bytes; the last few of the input are literals.
-constexpr std::size_t tail = 8;
+// After so many literals in a row copies are rare: fewer places are looked at, and then every other position alone.
+constexpr std::size_t drought = 32, longDrought = 128;
+constexpr unsigned droughtDepth = 4;
 
-constexpr int costUnit = literalCostUnit;
-
-// What a copy saves against its bytes as literals. A length takes about 7 bits, a distance about 4 and its extra bits.
-// For noise, a short copy from far away costs more than it saves.
-int gain(const Match& match, int literalCost) noexcept {
+// What a copy saves against its bytes as literals; of a long one the first bytes stand for all.
+int gain(const Match& match, const std::uint8_t* bytes, const Costs& costs) noexcept {
     if (match.length == 0) return -1;
-    const int distanceBits = distanceExtra[distanceSymbolOf(match.distance)].bits;
-    return static_cast<int>(match.length) * literalCost - (11 + distanceBits) * costUnit;
+    constexpr std::size_t sample = 16;
+    const std::size_t looked = std::min(match.length, sample);
+    std::uint32_t literals = 0;
+    for (std::size_t i = 0; i < looked; ++i)
+        literals += costs.literal[bytes[i]];
+    if (match.length > sample) literals = literals / sample * static_cast<std::uint32_t>(match.length);
+    return static_cast<int>(literals) - static_cast<int>(costs.copy(match.length, match.distance));
 }
 
 std::size_t limitAt(std::size_t position, std::size_t size) noexcept {
     return std::min(longestMatch, size - position);
 }
 
+// Copies of three bytes pay only where literals are dear.
+std::size_t shortestCopyOf(std::span<const std::uint8_t> data) noexcept {
+    constexpr std::uint64_t dear = 5 * costUnit;
+    const Costs costs(data);
+    std::uint64_t sum = 0;
+    for (const std::uint8_t byte : data)
+        sum += costs.literal[byte];
+    return sum > dear * data.size() ? 3 : 4;
+}
+
 void parseFast(std::span<const std::uint8_t> data, BlockWriter& blocks) {
     LatestFinder finder(data.data());
-    int literalCost = static_cast<int>(blocks.literalCost());
     std::size_t position = 0;
-    const std::size_t end = data.size() < tail ? 0 : data.size() - tail;
+    const std::size_t end = data.size() < finderTail ? 0 : data.size() - finderTail;
     while (position < end) {
         const Match match = finder.find(position, limitAt(position, data.size()));
-        if (gain(match, literalCost) > 0) {
+        if (gain(match, &data[position], blocks.costs()) > 0) {
             blocks.match(match.length, match.distance);
             const std::size_t next = position + match.length;
             for (position += 2; position < std::min(next, end); position += 2)
@@ -62,46 +75,47 @@ void parseFast(std::span<const std::uint8_t> data, BlockWriter& blocks) {
         } else {
             blocks.literal(data[position++]);
         }
-        if (blocks.isSegmentFull()) {
-            blocks.endSegment();
-            literalCost = static_cast<int>(blocks.literalCost());
-        }
+        blocks.endFullSegment();
     }
     for (; position < data.size(); ++position)
         blocks.literal(data[position]);
 }
 
-void parseLazily(std::span<const std::uint8_t> data, const Effort& effort, BlockWriter& blocks) {
-    ChainFinder finder(data.data());
-    int literalCost = static_cast<int>(blocks.literalCost());
+void parseLazily(std::span<const std::uint8_t> data, std::size_t shortest, const Effort& effort, BlockWriter& blocks) {
+    ChainFinder finder(data.data(), shortest);
     std::size_t position = 0;
-    const std::size_t end = data.size() < tail ? 0 : data.size() - tail;
-    while (position < end) {
-        Match match = finder.find(position, limitAt(position, data.size()), 0, effort.depth, effort.nice);
-        int saved = gain(match, literalCost);
+    std::size_t lastCopy = 0; // where it ended
+    const std::size_t end = data.size() < finderTail ? 0 : data.size() - finderTail;
+    for (; position < end; blocks.endFullSegment()) {
+        const std::size_t without = position - lastCopy;
+        if (without > longDrought && without % 2 == 0) {
+            finder.note(position);
+            blocks.literal(data[position++]);
+            continue;
+        }
+        const unsigned depth = without > drought ? std::min(droughtDepth, effort.depth) : effort.depth;
+        Match match = finder.find(position, limitAt(position, data.size()), 0, depth, effort.nice);
+        int saved = gain(match, &data[position], blocks.costs());
         if (saved <= 0) {
             blocks.literal(data[position++]);
-        } else {
-            std::size_t noted = position + 1;
-            for (unsigned turn = 0; turn < effort.lazyTurns && match.length < effort.nice && noted < end; ++turn) {
-                const Match later =
-                    finder.find(noted, limitAt(noted, data.size()), match.length - 1, effort.lazyDepth, effort.nice);
-                ++noted;
-                const int savedLater = gain(later, literalCost);
-                if (savedLater <= saved) break;
-                blocks.literal(data[position++]);
-                match = later;
-                saved = savedLater;
-            }
-            blocks.match(match.length, match.distance);
-            position += match.length;
-            for (; noted < std::min(position, end); ++noted)
-                finder.note(noted);
+            continue;
         }
-        if (blocks.isSegmentFull()) {
-            blocks.endSegment();
-            literalCost = static_cast<int>(blocks.literalCost());
+        std::size_t noted = position + 1;
+        for (unsigned turn = 0; turn < effort.lazyTurns && match.length < effort.nice && noted < end; ++turn) {
+            const Match later =
+                finder.find(noted, limitAt(noted, data.size()), match.length - 1, effort.lazyDepth, effort.nice);
+            const int savedLater = gain(later, &data[noted], blocks.costs());
+            ++noted;
+            if (savedLater <= saved) break;
+            blocks.literal(data[position++]);
+            match = later;
+            saved = savedLater;
         }
+        blocks.match(match.length, match.distance);
+        position += match.length;
+        lastCopy = position;
+        for (; noted < std::min(position, end); ++noted)
+            finder.note(noted);
     }
     for (; position < data.size(); ++position)
         blocks.literal(data[position]);
@@ -118,15 +132,17 @@ void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std
     ByteWriter stream(out);
     stream.bigEndian16(checked);
 
-    BlockWriter blocks(data.data(), out);
+    BlockWriter blocks(data, out);
     if (level == 0) {
         blocks.storeAll(data.size());
     } else {
-        if (level == fastestLevel) {
+        if (level == fastestLevel)
             parseFast(data, blocks);
-        } else {
-            parseLazily(data, efforts[static_cast<std::size_t>(level) - 2], blocks);
-        }
+        else if (level == smallestLevel)
+            parseOptimally(data, shortestCopyOf(data), smallestDepth, blocks);
+        else
+            parseLazily(data, level < defaultLevel ? 4 : shortestCopyOf(data),
+                        efforts[static_cast<std::size_t>(level) - 2], blocks);
         blocks.finish();
     }
     stream.bigEndian32(kernels::table().adler32(1, data.data(), data.size()));

@@ -1,4 +1,4 @@
-// Finds earlier copies of the bytes at a position, by hashes of four bytes.
+// Finds earlier copies of the bytes at a position, by hashes of the first three or four.
 #pragma once
 #include "coding/Hash.h"
 #include "coding/deflate/Symbols.h"
@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 namespace pixkit::deflate {
 
@@ -23,13 +24,12 @@ inline std::uint64_t load64(const std::uint8_t* p) noexcept {
     return value;
 }
 
-// Of four bytes, which must not be hashed in the machine's order of bytes: chains decide what is found.
-template <unsigned bits>
-std::uint32_t hashOf(const std::uint8_t* p) noexcept {
-    std::uint32_t value = load32(p);
+// The first byte lowest, whatever the machine's order of bytes: chains decide what is found.
+inline std::uint32_t loadLittle32(const std::uint8_t* p) noexcept {
+    const std::uint32_t value = load32(p);
     if constexpr (std::endian::native == std::endian::big)
-        value = value >> 24 | (value >> 8 & 0xFF00) | (value << 8 & 0xFF0000) | value << 24;
-    return spreadHash<bits>(value);
+        return value >> 24 | (value >> 8 & 0xFF00) | (value << 8 & 0xFF0000) | value << 24;
+    return value;
 }
 
 // How many bytes two places have in common, at most `limit`.
@@ -53,59 +53,81 @@ struct Match {
     std::size_t distance = 0;
 };
 
-constexpr std::size_t hashedBytes = 4;
+// Hashes and comparisons read eight bytes; for the last few of the input nothing is looked for.
+constexpr std::size_t finderTail = 8;
 
 // Chains of all places with one hash, the latest first. Positions are those in the input plus one window, so that a
 // table full of zeros means places too far away.
 class ChainFinder {
   public:
-    explicit ChainFinder(const std::uint8_t* input) : m_input(input), m_tables(std::make_unique<Tables>()) {}
+    // Copies have `shortest` bytes at least: 3 or 4.
+    ChainFinder(const std::uint8_t* input, std::size_t shortest)
+        : m_input(input), m_shortest(shortest), m_compared(shortest == 3 ? 0xFFFFFF : 0xFFFFFFFF),
+          m_tables(std::make_unique<Tables>()) {}
 
     // The longest earlier copy of the bytes at `position`, longer than `shorter`, after looking at `depth` places; one
     // of `nice` bytes is good enough. At least 8 bytes, of which `limit` may be copied, must be there. Notes the
     // position.
     Match find(std::size_t position, std::size_t limit, std::size_t shorter, unsigned depth,
                std::size_t nice) noexcept {
-        const std::uint8_t* const here = m_input + position;
-        const auto at = static_cast<std::uint32_t>(position + windowSize);
-        std::uint32_t& head = m_tables->head[hashOf<hashBits>(here)];
-        std::uint32_t place = head;
-        head = at;
-        m_tables->previous[position % windowSize] = place;
         Match best;
-        const std::uint32_t first = load32(here);
-        std::size_t longest = std::max(shorter, hashedBytes - 1);
-        if (longest >= limit) return best;
-        std::uint32_t last = load32(here + longest - 3);
-        for (; at - place < windowSize && depth > 0; --depth) {
-            const std::uint8_t* const there = here - (at - place);
-            if (load32(there + longest - 3) == last && load32(there) == first) {
-                const std::size_t length = commonLength(here, there, limit);
-                if (length > longest) {
-                    best = {length, at - place};
-                    longest = length;
-                    if (length >= nice || length >= limit) break;
-                    last = load32(here + longest - 3);
-                }
-            }
-            place = m_tables->previous[place % windowSize];
-        }
+        walk(position, limit, shorter, depth, nice, [&](const Match& longer) { best = longer; });
         return best;
+    }
+    // All earlier copies that are longer than those nearer by, likewise, the nearest first.
+    void findAll(std::size_t position, std::size_t limit, unsigned depth, std::size_t nice, std::vector<Match>& found) {
+        walk(position, limit, 0, depth, nice, [&](const Match& longer) { found.push_back(longer); });
     }
 
     void note(std::size_t position) noexcept {
-        std::uint32_t& head = m_tables->head[hashOf<hashBits>(m_input + position)];
+        std::uint32_t& head = m_tables->head[hashAt(m_input + position)];
         m_tables->previous[position % windowSize] = head;
         head = static_cast<std::uint32_t>(position + windowSize);
     }
 
   private:
+    std::uint32_t firstBytes(const std::uint8_t* p) const noexcept { return loadLittle32(p) & m_compared; }
+    std::uint32_t hashAt(const std::uint8_t* p) const noexcept { return spreadHash<hashBits>(firstBytes(p)); }
+
+    template <typename Take>
+    void walk(std::size_t position, std::size_t limit, std::size_t shorter, unsigned depth, std::size_t nice,
+              Take take) noexcept(noexcept(take(Match()))) {
+        const std::uint8_t* const here = m_input + position;
+        const auto at = static_cast<std::uint32_t>(position + windowSize);
+        std::uint32_t& head = m_tables->head[hashAt(here)];
+        std::uint32_t place = head;
+        head = at;
+        m_tables->previous[position % windowSize] = place;
+        const std::uint32_t first = firstBytes(here);
+        std::size_t longest = std::max(shorter, m_shortest - 1);
+        if (longest >= limit) return;
+        // A longer copy has the four bytes that end with its next one, too.
+        std::size_t checked = std::max<std::size_t>(longest, 3) - 3;
+        std::uint32_t last = load32(here + checked);
+        for (; at - place < windowSize && depth > 0; --depth) {
+            const std::uint8_t* const there = here - (at - place);
+            if ((load32(there + checked) == last || longest < 3) && firstBytes(there) == first) {
+                const std::size_t length = commonLength(here, there, limit);
+                if (length > longest) {
+                    take(Match{length, at - place});
+                    longest = length;
+                    if (length >= nice || length >= limit) break;
+                    checked = longest - 3;
+                    last = load32(here + checked);
+                }
+            }
+            place = m_tables->previous[place % windowSize];
+        }
+    }
+
     static constexpr unsigned hashBits = 15;
     struct Tables {
         std::array<std::uint32_t, 1U << hashBits> head{};
         std::array<std::uint32_t, windowSize> previous{};
     };
     const std::uint8_t* m_input;
+    std::size_t m_shortest;
+    std::uint32_t m_compared; // the bits of those bytes
     std::unique_ptr<Tables> m_tables;
 };
 
@@ -117,7 +139,7 @@ class LatestFinder {
     Match find(std::size_t position, std::size_t limit) noexcept {
         const std::uint8_t* const here = m_input + position;
         const auto at = static_cast<std::uint32_t>(position + windowSize);
-        std::uint32_t& latest = (*m_latest)[hashOf<hashBits>(here)];
+        std::uint32_t& latest = (*m_latest)[hashAt(here)];
         const std::uint32_t distance = at - latest;
         latest = at;
         if (distance >= windowSize || load32(here) != load32(here - distance)) return {};
@@ -125,11 +147,14 @@ class LatestFinder {
                 distance};
     }
     void note(std::size_t position) noexcept {
-        (*m_latest)[hashOf<hashBits>(m_input + position)] = static_cast<std::uint32_t>(position + windowSize);
+        (*m_latest)[hashAt(m_input + position)] = static_cast<std::uint32_t>(position + windowSize);
     }
 
   private:
+    static constexpr std::size_t hashedBytes = 4;
     static constexpr unsigned hashBits = 14;
+    static std::uint32_t hashAt(const std::uint8_t* p) noexcept { return spreadHash<hashBits>(loadLittle32(p)); }
+
     using Table = std::array<std::uint32_t, 1U << hashBits>;
     const std::uint8_t* m_input;
     std::unique_ptr<Table> m_latest;

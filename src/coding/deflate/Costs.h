@@ -1,0 +1,45 @@
+// What symbols take, estimated from how often they occurred, so that only copies are made that are shorter than what
+// they replace. All in integers: every build decides alike.
+#pragma once
+#include "coding/deflate/Symbols.h"
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace pixkit::deflate {
+
+struct Histogram {
+    std::array<std::uint32_t, literalSymbols> literal{}; // literals and lengths; the end of the block is not counted
+    std::array<std::uint32_t, distanceSymbols> distance{};
+
+    void add(const Histogram& other) noexcept;
+};
+
+constexpr unsigned costUnit = 256; // of a bit
+
+// log2(value) * costUnit, rounded down; value > 0
+unsigned logarithm(std::uint32_t value) noexcept;
+
+// In units of a costUnit-th of a bit.
+struct Costs {
+    std::array<std::uint32_t, endOfBlock> literal;
+    std::array<std::uint32_t, longestMatch + 1> length{}; // from shortestMatch on, with the extra bits
+    std::array<std::uint32_t, distanceSymbols> distance;  // with the extra bits
+
+    // What these symbols took, and others would.
+    explicit Costs(const Histogram& symbols) noexcept;
+    // Of data of which nothing is known but what its bytes would take without any copy.
+    explicit Costs(std::span<const std::uint8_t> data) noexcept;
+
+    // Prices literals as if all of `data` were some. By what the literals between copies take, those that copies
+    // replace seem dearer than they are; then more copies seem to pay, literals become still dearer, and in the end a
+    // picture of small differences takes a tenth more.
+    void takeLiterals(std::span<const std::uint8_t> data) noexcept;
+
+    std::uint32_t copy(std::size_t copied, std::size_t away) const noexcept {
+        return length[copied] + distance[distanceSymbolOf(away)];
+    }
+};
+
+} // namespace pixkit::deflate
