@@ -116,7 +116,7 @@ enum ePngProperties : std::int32_t {
 
 // What is subtracted from the bytes of a PNG's rows before compression.
 enum eFilterMethods : std::int32_t {
-    filterDefault = 0, // none for palettes and less than 8 bits, else adaptive
+    filterDefault = 0, // the one that compresses best
     filterNone = 1,
     filterSub = 2,
     filterUp = 3,

@@ -1,5 +1,6 @@
 // The container of a PNG file that is written: chunks in the order that the PNG standard asks for (5.6).
 #include "codecs/png/cPNGwriter.h"
+#include "codecs/png/PngChoice.h"
 #include "codecs/png/PngChunks.h"
 #include "codecs/png/PngForm.h"
 #include "codecs/png/PngRows.h"
@@ -24,7 +25,8 @@ void writeHeader(PngChunkWriter& out, ConstPixelView image, const PngForm& form,
     out.end();
 }
 
-Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, const PngProperties& props) {
+Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, eFilterMethods filter,
+               const PngProperties& props) {
     Bytes file;
     PngChunkWriter out(file);
     writeHeader(out, image, form, props.isInterlaced());
@@ -35,7 +37,7 @@ Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, const P
     pngWriteTime(out, props);
     pngWriteTexts(out, props);
     out.begin("IDAT");
-    deflate::compressZlib(pngFilteredRows(image, hasAlpha, form, props.filter(), props.isInterlaced()),
+    deflate::compressZlib(pngFilteredRows(image, hasAlpha, form, filter, props.isInterlaced()),
                           props.compressionLevel(), file);
     out.end();
     out.begin("IEND");
@@ -43,33 +45,34 @@ Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, const P
     return file;
 }
 
-Bytes smallestFile(ConstPixelView image, bool hasAlpha, const PngProperties& props) {
+Bytes smallestFile(ConstPixelView image, bool hasAlpha, const std::vector<PngForm>& forms, const PngProperties& props) {
+    Bytes best;
+    for (const PngChoice& choice : pngChoices(image, hasAlpha, forms, props)) {
+        Bytes file = makeFile(image, hasAlpha, forms[choice.form], choice.filter, props);
+        if (best.empty() || file.size() < best.size()) best = std::move(file);
+    }
+    return best;
+}
+
+std::vector<PngForm> formsOf(ConstPixelView image, bool hasAlpha, const PngProperties& props) {
     std::optional<std::array<std::uint8_t, 3>> background;
     if (const auto color = props.backgroundColor()) {
         const ColorChannels channels = iparseColorChannels(*color);
         background = {channels.r, channels.g, channels.b};
     }
-    const std::vector<PngForm> forms = pngFormsOf(image, hasAlpha, background);
-    // For small pictures the palette's own bytes count, and trying costs little.
-    constexpr std::size_t smallPicture = 65536;
-    Bytes best = makeFile(image, hasAlpha, forms.front(), props);
-    if (image.width * image.height > smallPicture) return best;
-    for (std::size_t i = 1; i < forms.size(); ++i) {
-        Bytes other = makeFile(image, hasAlpha, forms[i], props);
-        if (other.size() < best.size()) best = std::move(other);
-    }
-    return best;
+    return pngFormsOf(image, hasAlpha, background);
 }
 
 } // namespace
 
 std::vector<std::uint8_t> cPNGwriter::TrueColorAlpha(ConstPixelView image) {
-    return makeFile(image, true, {PngColorType::rgba, 8, {}, {}, {}}, PngProperties());
+    return smallestFile(image, true, {{PngColorType::rgba, 8, {}, {}, {}}}, PngProperties());
 }
 
 WrittenFile cPNGwriter::SavePNGex(const SourcePicture& Picture, const PngProperties& props) {
     if (!Picture.pixels) return refused(noImage);
-    return FileParts(smallestFile(Picture.pixels, Picture.alpha != AlphaNone, props));
+    const bool hasAlpha = Picture.alpha != AlphaNone;
+    return FileParts(smallestFile(Picture.pixels, hasAlpha, formsOf(Picture.pixels, hasAlpha, props), props));
 }
 
 } // namespace pixkit

@@ -24,7 +24,7 @@ constexpr std::array<Effort, 7> efforts = {{
     {8, 0, 64, 0},
     {8, 4, 64, 1},
     {12, 6, 96, 1},
-    {24, 12, 160, 2},
+    {32, 16, 160, 2},
     {48, 24, 258, 2},
     {100, 60, 258, 3},
 }};
@@ -42,7 +42,7 @@ int gain(const Match& match, const std::uint8_t* bytes, const Costs& costs) noex
     std::uint32_t literals = 0;
     for (std::size_t i = 0; i < looked; ++i)
         literals += costs.literal[bytes[i]];
-    if (match.length > sample) literals = literals / sample * static_cast<std::uint32_t>(match.length);
+    if (match.length > sample) literals = static_cast<std::uint32_t>(literals * match.length / sample);
     return static_cast<int>(literals) - static_cast<int>(costs.copy(match.length, match.distance));
 }
 
