@@ -33,6 +33,7 @@ inline void requireSound(const cPixSheet& sheet) {
     const bool isThere = sheet.Handle() != 0;
     require(isThere == (sheet.BitsPointer() != nullptr) && isThere == (sheet.ImageType() != imgError));
     require(isThere == (sheet.Width() > 0) && isThere == (sheet.Height() > 0) && sheet.Width() >= 0);
+    require(sheet.Orientation() >= 1 && sheet.Orientation() <= 8 && (isThere || sheet.LoadNotes().empty()));
     require(sheet.Alpha() >= AlphaNone && sheet.Alpha() <= AlphaComplex && sheet.scanWidth() == sheet.Width() * 4);
     if (!isThere) return;
     platform::BitmapRecord bitmap;

@@ -17,6 +17,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).parent))
 from test_pictures import metafiles
 from test_pictures.bmp import bmp
 from test_pictures.ico import ico
+from test_pictures.notes import notes
 from test_pictures.parts import changed, noise
 from test_pictures.png import png
 from test_pictures.tga import tga
@@ -289,6 +290,10 @@ def main():
     folder.mkdir(exist_ok=True)
     (folder / "red.emf").write_bytes(metafiles.enhanced())
     (folder / "red.wmf").write_bytes(metafiles.placeable())
+    folder = FOLDER.parent / "notes"
+    folder.mkdir(exist_ok=True)
+    for name, data in notes():
+        (folder / name).write_bytes(data)
     if "--programs" in sys.argv:
         by_programs(FOLDER)
         jpegs(FOLDER.parent.parent.parent / "fuzz" / "seeds" / "picture")

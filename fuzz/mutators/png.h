@@ -92,7 +92,7 @@ inline void changePngRows(std::vector<PngChunk>& chunks, Bytes& ihdr, bool isNew
 }
 
 inline PngChunk newPngChunk(Dice& dice) {
-    constexpr const char* types[] = {"PLTE", "tRNS", "tRNS", "PLTE", "IDAT", "IHDR", "IEND", "bKGD", "zTXt", "tIME"};
+    constexpr const char* types[] = {"PLTE", "tRNS", "tRNS", "PLTE", "IDAT", "IHDR", "IEND", "eXIf", "zTXt", "iTXt"};
     const std::size_t size = dice.below(dice.oneIn(4) ? 900 : 40);
     return {dice.oneOf(types), dice.noise(size)};
 }

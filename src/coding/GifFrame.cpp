@@ -66,7 +66,7 @@ void readExtension(Walker& walker, GifFrame& frame) noexcept {
     case graphicControl: {
         walker.skip(1); // its length, whatever it says
         const bool isTransparent = (walker.byte() & 1) != 0;
-        walker.skip(2); // how long the frame is shown
+        frame.delay = static_cast<std::uint16_t>(walker.word());
         const std::uint8_t index = walker.byte();
         frame.TransIndex = isTransparent ? std::optional(index) : std::nullopt;
         frame.g89aStart = start;
@@ -141,6 +141,17 @@ bool areGifColorsComplete(std::span<const std::uint8_t> file) noexcept {
     while (findImage(walker, frame) == GifWalk::found && frame.aLocalTbl) {
     }
     return frame.aLocalTbl; // the last image's, and so far all others'
+}
+
+bool forEachGifImage(std::span<const std::uint8_t> file, const std::function<void(const GifFrame&)>& take) {
+    GifFrame frame;
+    Walker walker(file);
+    if (!hasGifSignature(file)) return false;
+    readScreen(walker, frame);
+    GifWalk walk = findImage(walker, frame);
+    for (; walk == GifWalk::found; walk = findImage(walker, frame))
+        take(frame);
+    return walk == GifWalk::endsEarly; // a trailer is a block that is none
 }
 
 std::vector<std::uint8_t> joinGifCodes(std::span<const std::uint8_t> file, const GifFrame& frame) {

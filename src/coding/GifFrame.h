@@ -2,6 +2,7 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <vector>
@@ -18,6 +19,7 @@ struct GifFrame {
     std::size_t gHeaderLen = 0;             // header and global colour table
     std::size_t g89aStart = 0;              // the last graphic control extension before the image; 0: none
     std::optional<std::uint8_t> TransIndex; // the transparent index that it names
+    std::uint16_t delay = 0;                // how long the image is shown, in hundredths of a second
     std::size_t g87aStart = 0;              // the image: descriptor, perhaps a colour table, codes
     std::size_t g87aStop = 0;               // its last byte, which ends the chain of codes
     std::size_t width = 0, height = 0;
@@ -37,6 +39,9 @@ enum class GifWalk : std::uint8_t {
 // Walks the blocks up to the end of the first image. The signature may be in capitals or not; bytes of 0 may stand
 // between blocks; a graphic control extension is taken to be eight bytes long whatever it says.
 GifWalk findGifFrame(std::span<const std::uint8_t> file, GifFrame& frame) noexcept;
+
+// Calls `take` with image after image, as far as they are whole. Whether the file ends early: without a trailer.
+bool forEachGifImage(std::span<const std::uint8_t> file, const std::function<void(const GifFrame&)>& take);
 
 // Whether there is a colour table for each image of the file, which has at least one image or a table for all.
 bool areGifColorsComplete(std::span<const std::uint8_t> file) noexcept;

@@ -68,47 +68,75 @@ bool isInProportion(const JpegFrame& frame, Bytes file) noexcept {
     return canFill(frame, file.size()) && isWorkInProportion(frame, file);
 }
 
-std::optional<JpegFrame> readJpegFrame(Bytes file) noexcept {
-    constexpr std::uint8_t dht = 0xC4, jpg = 0xC8, dac = 0xCC, rst0 = 0xD0, soi = 0xD8, sos = 0xDA, app0 = 0xE0,
-                           app14 = 0xEE, app15 = 0xEF, com = 0xFE;
-    if (file.size() < 4 || file[0] != 0xFF || file[1] != soi) return {};
-    std::optional<JpegFrame> frame;
-    bool isAdobe = false, isProgressive = false, isComplete = false; // the first scan, which holds all components
-    for (std::size_t at = 2; file.size() - at >= 4;) {
-        if (file[at] != 0xFF) { // bytes between segments belong to nobody
-            ++at;
+JpegSegments::JpegSegments(Bytes file) noexcept {
+    constexpr std::uint8_t soi = 0xD8;
+    if (file.size() >= 4 && file[0] == 0xFF && file[1] == soi) m_file = file;
+}
+
+bool JpegSegments::next() noexcept {
+    constexpr std::uint8_t rst0 = 0xD0, soi = 0xD8, app0 = 0xE0, app15 = 0xEF, com = 0xFE;
+    while (m_at < m_file.size() && m_file.size() - m_at >= 4 && m_marker != sos) {
+        if (m_file[m_at] != 0xFF) { // bytes between segments belong to nobody
+            ++m_at;
             continue;
         }
-        const std::uint8_t marker = file[at + 1];
+        const std::uint8_t marker = m_file[m_at + 1];
         if (marker == 0xFF || marker == 0 || marker == 1 || (marker >= rst0 && marker <= soi)) { // alone, or padding
-            at += marker == 0xFF ? 1 : 2;
+            m_at += marker == 0xFF ? 1 : 2;
             continue;
         }
-        const std::size_t length = std::size_t{file[at + 2]} << 8 | file[at + 3];
+        const std::size_t length = std::size_t{m_file[m_at + 2]} << 8 | m_file[m_at + 3];
         const bool isRemark = marker == com || (marker >= app0 && marker <= app15);
         if (length < 2 && isRemark) { // shorter than the length itself: decoders pass over that and go on
-            at += 4;
+            m_at += 4;
             continue;
         }
-        if (length < 2 || length > file.size() - at - 2) break;
-        const Bytes segment = file.subspan(at + 4, length - 2);
-        if (marker == sos) {
-            isComplete = frame && !segment.empty() && segment[0] >= frame->components;
-            break;
-        }
+        if (length < 2 || length > m_file.size() - m_at - 2) return false;
+        m_marker = marker;
+        m_data = m_file.subspan(m_at + 4, length - 2);
+        m_at += 2 + length;
+        return true;
+    }
+    return false;
+}
+
+bool JpegSegments::isNamed(std::string_view name) const noexcept {
+    return m_data.size() > name.size() && std::equal(name.begin(), name.end(), m_data.begin()) &&
+           m_data[name.size()] == 0;
+}
+
+bool JpegFrame::isHeader(std::uint8_t marker, Bytes data) noexcept {
+    constexpr std::uint8_t dht = 0xC4, jpg = 0xC8, dac = 0xCC;
+    return marker >= 0xC0 && marker <= 0xCF && marker != dht && marker != jpg && marker != dac && data.size() >= 6;
+}
+
+std::optional<JpegFrame> readJpegFrame(Bytes file) noexcept {
+    constexpr std::uint8_t app14 = 0xEE;
+    std::optional<JpegFrame> frame;
+    bool isAdobe = false, isProgressive = false, isComplete = false; // the first scan, which holds all components
+    for (JpegSegments segments(file); segments.next();) {
+        const std::uint8_t marker = segments.marker();
+        const Bytes segment = segments.data();
+        if (marker == JpegSegments::sos) isComplete = frame && !segment.empty() && segment[0] >= frame->components;
         if (marker == app14)
             isAdobe |= segment.size() >= 12 && std::equal(segment.begin(), segment.begin() + 5, "Adobe");
-        if (marker >= 0xC0 && marker <= 0xCF && marker != dht && marker != jpg && marker != dac &&
-            segment.size() >= 6) {
+        if (JpegFrame::isHeader(marker, segment)) {
             frame = frameOf(marker, segment);
             isProgressive = (marker & 3) == 2;
         }
-        at += 2 + length;
     }
     if (!frame) return {};
     frame->hasAdobeMarker = isAdobe;
     if (isComplete && !isProgressive) frame->coefficientBytes = 0;
     return frame;
+}
+
+// From the end, where it is in whole files; in the codes of a scan the pair does not occur.
+bool endsJpegEarly(Bytes file, std::size_t scan) noexcept {
+    constexpr std::uint8_t eoi = 0xD9;
+    for (std::size_t at = file.size(); at >= scan + 2; --at)
+        if (file[at - 2] == 0xFF && file[at - 1] == eoi) return false;
+    return true;
 }
 
 } // namespace pixkit

@@ -242,6 +242,12 @@ HRESULT PixSheetObject::get_LastErrorText(BSTR* result) {
     return run([&] { *result = toBstr(std::string(m_sheet->LastErrorText())); });
 }
 
+HRESULT PixSheetObject::get_LoadNotes(BSTR* result) {
+    if (result == nullptr) return E_POINTER;
+    *result = nullptr;
+    return run([&] { *result = toBstr(m_sheet->LoadNotes()); });
+}
+
 HRESULT PixSheetObject::CopyImageTo(_cPixSheet** cDIBclass, LONG newWidth, LONG newHeight,
                                     VARIANT_BOOL CopyOriginalFormat) {
     if (cDIBclass == nullptr) return E_POINTER;

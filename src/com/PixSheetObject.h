@@ -104,6 +104,10 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP putref_Tag(VARIANT value) override { return put_Tag(value); }
     STDMETHODIMP get_Version(BSTR* result) override;
     STDMETHODIMP get_LastErrorText(BSTR* result) override;
+    STDMETHODIMP get_LoadNotes(BSTR* result) override;
+    STDMETHODIMP get_Orientation(LONG* result) override {
+        return give(result, [&] { return m_sheet->Orientation(); });
+    }
     STDMETHODIMP get_Unattended(VARIANT_BOOL* result) override {
         return give(result, [&] { return m_sheet->Unattended(); });
     }

@@ -1,4 +1,5 @@
 #include "loading/ForeignPictures.h"
+#include "codecs/FileNotes.h"
 #include "codecs/SystemLimits.h"
 #include "platform/gdi.h"
 #include "platform/pictures.h"
@@ -56,7 +57,10 @@ ReadResult LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Ho
     if (type != PictureType::bitmap && type != PictureType::metafile && type != PictureType::enhancedMetafile)
         return ReadResult::otherFormat("the system's loader refuses it");
     Outcome outcome = ConvertstdPicTo32bpp(*picture, Host);
-    if (outcome) return ReadResult::loaded();
+    if (outcome) {
+        HostAccess::notes(Host) = notesOf(Stream);
+        return ReadResult::loaded();
+    }
     return {isBeyondLimits(outcome) ? ReadOutcome::forbidden : ReadOutcome::damaged, std::move(outcome)};
 }
 

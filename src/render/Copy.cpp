@@ -64,6 +64,7 @@ Outcome cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::in
     }
     target.m_AlphaImage = m_AlphaImage;
     target.m_Format = m_Format;
+    target.pvTakeNotes(*this);
     if (CopyOriginalFormat) HostAccess::SetOriginalFormat(target, m_ImageByteCache);
     return done();
 }

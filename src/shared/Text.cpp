@@ -38,6 +38,16 @@ std::optional<std::string> latin1Of(std::string_view utf8) {
     return latin1;
 }
 
+std::string utf8Of(std::string_view latin1) {
+    std::string utf8;
+    for (const char c : latin1) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0x80) utf8.push_back(static_cast<char>(0xC0U | byte >> 6));
+        utf8.push_back(byte < 0x80 ? c : static_cast<char>(0x80U | (byte & 0x3FU)));
+    }
+    return utf8;
+}
+
 namespace {
 
 constexpr std::chrono::sys_days dayZero = std::chrono::year{1899} / 12 / 30;

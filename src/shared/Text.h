@@ -14,6 +14,9 @@ std::optional<char32_t> takeCharacter(std::string_view& utf8) noexcept;
 // The text in Latin-1; nothing when it has other characters, or is not UTF-8.
 std::optional<std::string> latin1Of(std::string_view utf8);
 
+// Latin-1 in UTF-8.
+std::string utf8Of(std::string_view latin1);
+
 // Of the Gregorian calendar, also before it came into use.
 struct CalendarTime {
     std::uint16_t year;

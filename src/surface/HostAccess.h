@@ -18,6 +18,13 @@ struct HostAccess {
     // 0, 0 in an image that was no cursor.
     static CursorHotspot hotspot(const cPixSheet& host) noexcept { return host.m_hotspot; }
     static void hotspot(cPixSheet& host, CursorHotspot value) noexcept { host.m_hotspot = value; }
+    // What a load notes of its file, once the host has an image.
+    static PictureNotes& notes(cPixSheet& host) noexcept { return host.m_notes; }
+    // All that is said of the source's file goes for the host, too: its picture is made of the same.
+    static void takeNotes(cPixSheet& host, const cPixSheet& source) noexcept { host.pvTakeNotes(source); }
+    static void loadedProperties(cPixSheet& host, std::shared_ptr<const PngProperties> value) noexcept {
+        host.m_PNGprops.loaded(std::move(value));
+    }
     // The pixels of the host; an empty view when it holds no image. What was drawn on them, through whatever device
     // context, has arrived: the system puts drawing off. Programs that draw afterwards and go on using the view flush
     // themselves.

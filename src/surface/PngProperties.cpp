@@ -69,14 +69,43 @@ Range rangeOf(ePngProperties property) noexcept {
 } // namespace
 
 Outcome PngProperties::set(ePngProperties property, const PngValue& value, const std::string& keyword) {
-    if (isTextProperty(property)) return setText(keywordOf(property, keyword), value);
-    return property == pngLastModified ? setTime(value) : setNumber(property, value);
+    Outcome outcome = isTextProperty(property)      ? setText(keywordOf(property, keyword), value)
+                      : property == pngLastModified ? setTime(value)
+                                                    : setNumber(property, value);
+    const auto* const text = std::get_if<std::string>(&value);
+    const bool isRemoval = std::holds_alternative<std::monostate>(value) || (text != nullptr && text->empty());
+    if (outcome && isRemoval && m_loaded) dropLoaded(property, keyword);
+    return outcome;
+}
+
+// The file's values may be other instances' too, and stay what they are for those.
+void PngProperties::dropLoaded(ePngProperties property, const std::string& keyword) {
+    auto rest = std::make_shared<PngProperties>(*m_loaded);
+    rest->set(property, PngValue(), keyword);
+    m_loaded = std::move(rest);
+}
+
+bool PngProperties::addText(std::string keyword, std::string value) {
+    if (!isKeyword(keyword) || !isText(value)) return false;
+    m_texts.push_back({std::move(keyword), std::move(value)});
+    return true;
+}
+
+std::vector<const PngProperties::Text*> PngProperties::texts() const {
+    std::vector<const Text*> all;
+    for (const Text& text : m_texts)
+        all.push_back(&text);
+    if (!m_loaded) return all;
+    for (const Text& text : m_loaded->m_texts)
+        if (std::ranges::count(m_texts, text.keyword, &Text::keyword) == 0) all.push_back(&text);
+    return all;
 }
 
 PngValue PngProperties::get(ePngProperties property, const std::string& keyword) const {
     if (isTextProperty(property)) {
         const auto known = std::ranges::find(m_texts, keywordOf(property, keyword), &Text::keyword);
-        return known == m_texts.end() ? PngValue() : PngValue(known->value);
+        if (known != m_texts.end()) return known->value;
+        return m_loaded ? m_loaded->get(property, keyword) : PngValue();
     }
     switch (property) {
     case pngLastModified:
@@ -88,7 +117,8 @@ PngValue PngProperties::get(ePngProperties property, const std::string& keyword)
     case pngInterlaced:
         return isInterlaced() ? -1 : 0;
     default:
-        const auto value = number(property);
+        const bool isDensity = property == pngPixelsPerMeterX || property == pngPixelsPerMeterY;
+        const auto value = m_loaded && isDensity && !hasDensity() ? m_loaded->number(property) : number(property);
         return value ? PngValue(*value) : PngValue();
     }
 }
@@ -98,10 +128,12 @@ Outcome PngProperties::setText(const std::string& keyword, const PngValue& value
     const bool isRemoval = std::holds_alternative<std::monostate>(value) || (text != nullptr && text->empty());
     if (!isKeyword(keyword)) return refused("PNG allows no such keyword");
     if (!isRemoval && (text == nullptr || !isText(*text))) return refused("PNG allows no such text");
-    const auto known = std::ranges::find(m_texts, keyword, &Text::keyword);
     if (isRemoval) {
-        if (known != m_texts.end()) m_texts.erase(known);
-    } else if (known != m_texts.end()) {
+        std::erase_if(m_texts, [&](const Text& entry) { return entry.keyword == keyword; });
+        return done();
+    }
+    const auto known = std::ranges::find(m_texts, keyword, &Text::keyword);
+    if (known != m_texts.end()) {
         known->value = *text;
     } else {
         m_texts.push_back({keyword, *text});
@@ -146,7 +178,7 @@ std::optional<std::int32_t> PngProperties::number(ePngProperties property) const
 std::optional<std::pair<std::int32_t, std::int32_t>> PngProperties::density() const noexcept {
     const auto x = number(pngPixelsPerMeterX);
     const auto y = number(pngPixelsPerMeterY);
-    if (!x && !y) return {};
+    if (!x && !y) return m_loaded ? m_loaded->density() : std::nullopt;
     return std::pair(x.value_or(y.value_or(0)), y.value_or(x.value_or(0)));
 }
 

@@ -4,8 +4,8 @@
 #include "shared/Text.h"
 #include "shared/enumerations.h"
 #include <cstdint>
+#include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <utility>
 #include <variant>
@@ -24,13 +24,20 @@ class PngProperties {
     Outcome set(ePngProperties property, const PngValue& value, const std::string& keyword);
     PngValue get(ePngProperties property, const std::string& keyword) const;
 
+    // Adds a text of a file's, whose keyword may be there already. False, and nothing added, for what PNG does not
+    // allow.
+    bool addText(std::string keyword, std::string value);
+    // What the file of the image said: it fills what is not set here, text by text. Null where it said nothing.
+    const std::shared_ptr<const PngProperties>& loaded() const noexcept { return m_loaded; }
+    void loaded(std::shared_ptr<const PngProperties> value) noexcept { m_loaded = std::move(value); }
+
     // --- for the writer
 
     struct Text {
         std::string keyword, value; // UTF-8
     };
-    // In the order in which the keywords first came.
-    std::span<const Text> texts() const noexcept { return m_texts; }
+    // In the order in which the keywords first came; those of the file last.
+    std::vector<const Text*> texts() const;
     std::optional<std::int32_t> backgroundColor() const noexcept { return number(pngBackgroundColor); }
     // Pixels in a metre; an axis that was not set has the other's.
     std::optional<std::pair<std::int32_t, std::int32_t>> density() const noexcept;
@@ -45,11 +52,14 @@ class PngProperties {
     Outcome setText(const std::string& keyword, const PngValue& value);
     Outcome setTime(const PngValue& value);
     Outcome setNumber(ePngProperties property, const PngValue& value);
+    bool hasDensity() const noexcept { return number(pngPixelsPerMeterX) || number(pngPixelsPerMeterY); }
+    void dropLoaded(ePngProperties property, const std::string& keyword);
     std::optional<std::int32_t> number(ePngProperties property) const noexcept;
 
     std::vector<Text> m_texts;
     std::vector<std::pair<ePngProperties, std::int32_t>> m_numbers;
     std::optional<PngTime> m_lastModified;
+    std::shared_ptr<const PngProperties> m_loaded;
 };
 
 } // namespace pixkit

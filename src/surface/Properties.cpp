@@ -78,6 +78,10 @@ bool cPixSheet::isZlibEnabled() const noexcept {
     return iparseValidateDLL("zlib1.dll", "crc32") || iparseValidateDLL("zlib.dll", "crc32");
 }
 
+std::string cPixSheet::LoadNotes() const noexcept {
+    return guarded(Call(*this, "LoadNotes"), std::string(), [&] { return m_notes.text(); });
+}
+
 std::string cPixSheet::Version() const noexcept {
     return guarded(Call(*this, "Version"), std::string(), [] { return std::string(PIXKIT_FULL_VERSION); });
 }

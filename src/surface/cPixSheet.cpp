@@ -77,6 +77,19 @@ void cPixSheet::pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::in
     m_AlphaImage = alpha;
     m_ImageByteCache = std::move(cache);
     m_hotspot = hotspot;
+    pvForgetFile();
+}
+
+// What is said of the file that the image is no longer of.
+void cPixSheet::pvForgetFile() noexcept {
+    m_notes = {};
+    m_PNGprops.loaded(nullptr);
+}
+
+// Of the same picture, in whatever instance and size.
+void cPixSheet::pvTakeNotes(const cPixSheet& source) noexcept {
+    m_notes = source.m_notes;
+    m_PNGprops.loaded(source.m_PNGprops.loaded());
 }
 
 void cPixSheet::EraseDIB() noexcept {
@@ -84,6 +97,7 @@ void cPixSheet::EraseDIB() noexcept {
     if (m_Handle == 0) return;
     const PixelView pixels = HostAccess::pixels(*this);
     std::memset(pixels.bits, 0, pixels.stride * pixels.height);
+    pvForgetFile();
     m_Format = imgNone;
     m_AlphaImage = AlphaSimple; // an all-transparent image counts as simple transparency
 }
@@ -161,6 +175,10 @@ void cPixSheet::SwapDIBs(cPixSheet* SwapFromDIB) noexcept {
     std::swap(m_AlphaImage, other.m_AlphaImage);
     std::swap(m_ImageByteCache, other.m_ImageByteCache);
     std::swap(m_hotspot, other.m_hotspot);
+    std::swap(m_notes, other.m_notes);
+    auto properties = m_PNGprops.loaded();
+    m_PNGprops.loaded(other.m_PNGprops.loaded());
+    other.m_PNGprops.loaded(std::move(properties));
 }
 
 // Puts the same picture in another shape in this one's place. Settings, Tag and PNG properties are the instance's and
@@ -170,6 +188,7 @@ void cPixSheet::pvReplaceImage(cPixSheet& successor, CursorHotspot hotspot) noex
     successor.m_Format = m_Format;
     successor.m_ImageByteCache = std::move(m_ImageByteCache);
     successor.m_hotspot = hotspot;
+    successor.pvTakeNotes(*this);
     SwapDIBs(&successor);
 }
 

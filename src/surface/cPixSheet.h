@@ -5,7 +5,9 @@
 #include "shared/ByteArray.h"
 #include "shared/enumerations.h"
 #include "surface/Limits.h"
+#include "surface/PictureNotes.h"
 #include "surface/PngProperties.h"
+#include "surface/Records.h"
 #include <any>
 #include <cstdint>
 #include <limits>
@@ -30,31 +32,6 @@ namespace platform {
 class StdPicture;
 struct StdFont; // platform/text.h
 } // namespace platform
-
-// The point of a cursor that clicks, in pixels from the top left; it may lie outside the image.
-struct CursorHotspot {
-    std::int32_t x = 0, y = 0;
-    bool operator==(const CursorHotspot&) const = default;
-};
-
-// One image of an icon file as its own header describes it: pixels, bits of a source pixel, 1 for a PNG and 0 for a
-// bitmap.
-struct IconSourceSize {
-    std::int32_t Width, Height, bitDepth, isPNG;
-    bool operator==(const IconSourceSize&) const = default;
-};
-
-// An image of an icon file to be written: pixels, 0 for the width or height of the first source, and bits a pixel: 1,
-// 4, 8, 24 or 32 (0 is 32, others count as the next greater), or HIGH_COLOR, TRUE_COLOR, TRUE_COLOR_ALPHA.
-struct IconEntrySize {
-    std::int32_t Width = 0, Height = 0, bitDepth = TRUE_COLOR_ALPHA;
-    bool operator==(const IconEntrySize&) const = default;
-};
-
-// A part of an image: the position counts from its top left corner.
-struct TrimRectangle {
-    std::int32_t x = 0, y = 0, Width = 0, Height = 0;
-};
 
 // Holds at most one image as a 32-bit device-independent bitmap: four bytes a pixel in the order B, G, R, A, colour
 // premultiplied by alpha (colour <= alpha), rows bottom-up (the first row in memory is the bottom row of the picture),
@@ -150,6 +127,17 @@ class cPixSheet {
     // Tables, single rows and what the system takes on its own account do not count: a mebibyte or two.
     double MaxMemory() const noexcept { return m_limits.memory; }
     void MaxMemory(double value) noexcept { Limits::set(m_limits.memory, value); }
+
+    // What of the file the image has not, a sentence a line, each without a full stop; empty where nothing is missing:
+    // "the file ends early", "2 further frames are left out" of an animation, and of 16 bits a channel, a gamma or
+    // primaries other than those of sRGB, a colour profile, EXIF data, and texts of a PNG that are damaged or too long.
+    // A load sets it, and it goes with the image: DestroyDIB, EraseDIB and the next load end it, copies have it.
+    std::string LoadNotes() const noexcept;
+    // How the EXIF data of a JPEG or PNG file wants the image, which is as stored, to be shown: 1 (also where nothing
+    // says it) as it is, 2 mirrored left to right, 3 turned by 180 degrees, 4 mirrored top to bottom, 5 mirrored left
+    // to right, then turned by 270 degrees clockwise, 6 turned by 90, 7 mirrored, then turned by 90, 8 turned by 270.
+    // It comes and goes as LoadNotes does.
+    std::int32_t Orientation() const noexcept { return m_notes.orientation; }
 
     // --- lifecycle (surface/cPixSheet.cpp)
 
@@ -296,16 +284,17 @@ class cPixSheet {
     bool SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite = true) const noexcept;
     // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
     bool SaveToStream_PNG(ByteArray& outStream) const noexcept;
-    // What PNG files that this instance saves say, and how they are written. Properties belong to the instance: loads
-    // and DestroyDIB leave them, CopyImageTo and SwapDIBs do not take them along. Texts are UTF-8; pngText needs a
-    // Keyword of 1 to 79 printable Latin-1 characters without spaces at the ends or two together, the others bring
+    // What PNG files that this instance saves say, and how they are written. What is set belongs to the instance:
+    // loads and DestroyDIB leave it, CopyImageTo and SwapDIBs do not take it along. What is not set, texts and density
+    // have of the PNG file that the image was loaded from, and that goes with the image. Texts are UTF-8; pngText needs
+    // a Keyword of 1 to 79 printable Latin-1 characters without spaces at the ends or two together, the others bring
     // their own. Colours, densities (pixels in a metre), level (0 .. 9), filter (eFilterMethods) and interlacing (not
     // 0) are whole numbers; pngLastModified is a double, days since 30 December 1899, or a text "2024-02-29 12:34:56"
-    // of UTC. An empty value or text takes a property back. False, and nothing changed, for a keyword or value that PNG
-    // does not allow, and for a property that does not exist.
+    // of UTC. An empty value or text takes a property back, the file's too. False, and nothing changed, for a keyword
+    // or value that PNG does not allow, and for a property that does not exist.
     bool PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword = {}) noexcept;
-    // The value as it was set, pngLastModified as a double. Nothing (std::monostate) for what was not, except that
-    // level, filter and interlacing then give what is in force (6, filterDefault, 0).
+    // The value as it was set or loaded, pngLastModified as a double. Nothing (std::monostate) for what was not, except
+    // that level, filter and interlacing then give what is in force (6, filterDefault, 0).
     PngValue PngPropertyGet(ePngProperties Property, const std::string& Keyword = {}) const noexcept;
 
     // Saves as a baseline JPEG file, Quality 1 (smallest) to 100 (best), values outside counting as the nearer end.
@@ -554,6 +543,8 @@ class cPixSheet {
     Outcome pvInitializeDIB(std::int32_t Width, std::int32_t Height) noexcept;
     std::intptr_t pvLoadDIBinDC(bool bLoad) noexcept;
     bool pvOverlapsStore(const ByteArray& array) const noexcept;
+    void pvForgetFile() noexcept;
+    void pvTakeNotes(const cPixSheet& source) noexcept;
     void pvReplaceImage(cPixSheet& successor, CursorHotspot hotspot) noexcept;
     Outcome pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight,
                         bool CopyOriginalFormat) const;
@@ -582,7 +573,8 @@ class cPixSheet {
     eImageFormat m_Format = imgError; // a fresh instance says imgError; only an empty image says imgNone
     AlphaTypeEnum m_AlphaImage = AlphaNone;
     PngProperties m_PNGprops;
-    CursorHotspot m_hotspot;   // of an image that was a cursor, which a cursor file gets again
+    CursorHotspot m_hotspot; // of an image that was a cursor, which a cursor file gets again
+    PictureNotes m_notes;
     mutable Outcome m_outcome; // of the last call
     bool m_isUnattended = false;
     Limits m_limits;

@@ -192,7 +192,7 @@ Member member(Call call) {
     X(MakeGrayScale) X(MakeImageInverse) X(MakeLighterDarker) X(MakeTransparent) X(BlendToColor) X(MirrorImage) \
     X(Render) X(RenderDropShadow_JIT) X(CreateGDIplusToken) X(DestroyGDIplusToken) X(Resize) X(ScaleImage) \
     X(CreateDropShadow) X(CreateCheckerBoard) X(TileImage) X(DrawText_hFont) X(MeasureText_hFont) \
-    X(CreateRegion) X(MaxPixels) X(MaxMemory)
+    X(CreateRegion) X(MaxPixels) X(MaxMemory) X(LoadNotes) X(Orientation)
 // clang-format on
 #define PIXKIT_MEMBER(name)                                                                                            \
     {#name, member([](cPixSheet& sheet, auto&... in) -> decltype(sheet.name(in...)) { return sheet.name(in...); })},

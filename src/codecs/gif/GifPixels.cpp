@@ -1,4 +1,5 @@
 // From the picture that the loader made of the frame to the store.
+#include "codecs/FileNotes.h"
 #include "codecs/gif/cGIFparser.h"
 #include "coding/ByteReader.h"
 #include "coding/RowBytes.h"
@@ -138,6 +139,7 @@ ReadResult cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
         convert(*picture, HostAccess::pixels(cHost), ofIndex, entry0);
         cHost.Alpha(AlphaSimple);
     }
+    HostAccess::notes(cHost) = notesOf(c_GIFdata);
     HostAccess::ImageType(cHost, imgGIF);
     return ReadResult::loaded();
 }

@@ -159,8 +159,8 @@ void pngWriteTime(PngChunkWriter& out, const PngProperties& props) {
 }
 
 void pngWriteTexts(PngChunkWriter& out, const PngProperties& props) {
-    for (const PngProperties::Text& text : props.texts())
-        writeText(out, text);
+    for (const PngProperties::Text* text : props.texts())
+        writeText(out, *text);
 }
 
 } // namespace pixkit

@@ -3,6 +3,7 @@
 #include "codecs/GdiplusPictures.h"
 #include "codecs/StatedSize.h"
 #include "codecs/SystemLimits.h"
+#include "codecs/png/PngChunkType.h"
 #include "codecs/png/PngHeader.h"
 #include "coding/ByteReader.h"
 #include "coding/RowBytes.h"
@@ -23,10 +24,7 @@ namespace {
 constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
 constexpr std::size_t chunkOverhead = 12; // length, type, CRC
 
-constexpr std::uint32_t chunkType(const char (&name)[5]) noexcept {
-    return static_cast<std::uint32_t>(name[0]) << 24 | static_cast<std::uint32_t>(name[1]) << 16 |
-           static_cast<std::uint32_t>(name[2]) << 8 | static_cast<std::uint32_t>(name[3]);
-}
+constexpr auto& chunkType = pngChunkType;
 
 struct FreeDeleter {
     void operator()(void* memory) const noexcept { std::free(memory); } // NOLINT(cppcoreguidelines-no-malloc)
@@ -122,7 +120,8 @@ bool cPNGparser::loadByGDIplus(RunningEnd base) {
     if (size.width == 0 && HostAccess::limits(*cHost).areSet()) return false; // the header is not where it belongs
     if (systemLimit(*cHost, size.width, size.height) || !DecodeByGDIplus(m_pngStream, *cHost, false)) return false;
     if (walkChunks(base, ChunksRead::butIDAT))
-        setAlpha(); // else GDI+ shows what is refused here, and its pixels have to say it
+        setAlpha();  // else GDI+ shows what is refused here, and its pixels have to say it
+    setNotes(false); // where GDI+ has no data for rows it does not say so
     return true;
 }
 
@@ -159,6 +158,7 @@ bool cPNGparser::walkChunks(RunningEnd base, ChunksRead chunks) {
         // A CRC that the end of a stream cuts short is not there: 0, which is never checked.
         if (bCRCchecks) chunk.storedCrc = reader.bigEndian32(position + 8 + *ChunkLen).value_or(0);
         if (chunk.type == chunkType("IEND")) return true;
+        m_notes.take(chunk.type, *typeAndData, reader.bigEndian32(position + 8 + *ChunkLen).value_or(0));
         const bool isRead = *ChunkLen != 0 && (chunks == ChunksRead::all || chunk.type != chunkType("IDAT"));
         if (isRead && zHandleChunk(chunk) == ChunkResult::error) return false;
         if (chunk.type == chunkType("IHDR") && chunks == ChunksRead::all && !isWithinLimits()) return false;
@@ -389,15 +389,24 @@ bool cPNGparser::PostLoadPNG() {
         UnfilterNI(RawPNGdata.get());
     }
     setAlpha();
+    setNotes(*written < neededBytes());
     HostAccess::ImageType(*cHost, imgPNG);
     return true;
 }
 
-void cPNGparser::setAlpha() noexcept {
+void cPNGparser::setNotes(bool endsEarly) noexcept {
+    PictureNotes& notes = HostAccess::notes(*cHost);
+    notes = m_notes.notes();
+    notes.endsEarly = endsEarly;
+    notes.has16Bits = m_BitDepth == 16;
+    HostAccess::loadedProperties(*cHost, m_notes.properties());
+}
+
+AlphaTypeEnum cPNGparser::alphaOfChunks() const noexcept {
     const bool hasAlphaChannel = m_ColorType == 4 || m_ColorType == 6;
     // Palette images with partial alpha are classed as simple too: what draws them does not look closer.
     const AlphaTypeEnum keyed = m_TransColor == -1 ? AlphaNone : AlphaSimple;
-    cHost->Alpha(hasAlphaChannel ? AlphaComplex : keyed);
+    return hasAlphaChannel ? AlphaComplex : keyed;
 }
 
 bool cPNGparser::isDepthSuited() const noexcept {
@@ -425,6 +434,15 @@ std::size_t cPNGparser::GetBytesPerPixel(std::size_t totalWidth) const noexcept 
 std::size_t cPNGparser::firstRowBytes() const noexcept {
     const InterlacePass& pass = m_Interlacing == 0 ? wholePicture.front() : m_MatrixDat.front();
     return GetBytesPerPixel(pass.columns(static_cast<std::size_t>(m_Width))) + 1;
+}
+
+// Bytes of the filtered rows that a file has, one filter byte each: of a pass without columns none.
+std::size_t cPNGparser::neededBytes() const noexcept {
+    std::size_t size = CalcUncompressedWidth();
+    if (m_Interlacing == 0) return size;
+    for (const InterlacePass& pass : m_MatrixDat)
+        if (pass.columns(static_cast<std::size_t>(m_Width)) == 0) size -= pass.rows(static_cast<std::size_t>(m_Height));
+    return size;
 }
 
 // Bytes of the filtered rows, one filter byte each. A pass without columns still counts a byte for each of its rows;

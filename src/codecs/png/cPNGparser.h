@@ -1,7 +1,9 @@
-// Reads PNG data (the PNG standard, ISO/IEC 15948) into the pixels of a cPixSheet. A pure reader: it looks at IHDR,
-// PLTE, tRNS, IDAT and IEND and passes over every other chunk. README.md in this folder lists what it is lenient about.
+// Reads PNG data (the PNG standard, ISO/IEC 15948) into the pixels of a cPixSheet: of IHDR, PLTE, tRNS, IDAT and IEND.
+// What other chunks say is noted (PngNotes.h), and changes no pixel. README.md in this folder lists what it is lenient
+// about.
 #pragma once
 #include "codecs/Reading.h"
+#include "codecs/png/PngNotes.h"
 #include "coding/Interlace.h"
 #include "shared/cCDECL.h"
 #include "surface/cPixSheet.h"
@@ -13,6 +15,8 @@
 #include <string_view>
 
 namespace pixkit {
+
+struct PictureFacts; // codecs/PictureFacts.h
 
 // One parser serves one load.
 class cPNGparser {
@@ -26,6 +30,8 @@ class cPNGparser {
     static bool IsPNG(std::span<const std::uint8_t> bytes) noexcept;
     // How many of the bytes a PNG file takes: those up to the end of IEND, or of the last chunk that is whole.
     static std::size_t extent(std::span<const std::uint8_t> Stream) noexcept { return walkOver(Stream).end; }
+    // What the chunks say, for readPictureFacts; the image data may be left out of them (PngFacts.cpp).
+    bool readHeaders(std::span<const std::uint8_t> Stream, PictureFacts& facts);
     // Bytes that LoadStream takes besides the image, by the header, which is the first chunk; 0 where that is damaged.
     static double memory(std::span<const std::uint8_t> Stream);
 
@@ -77,7 +83,9 @@ class cPNGparser {
     void joinIDAT(std::span<const std::uint8_t> payload);
 
     bool PostLoadPNG();
-    void setAlpha() noexcept;
+    AlphaTypeEnum alphaOfChunks() const noexcept;
+    void setAlpha() noexcept { cHost->Alpha(alphaOfChunks()); }
+    void setNotes(bool endsEarly) noexcept;
     std::optional<std::size_t> zInflate(std::uint8_t* output, std::size_t capacity,
                                         std::span<const std::uint8_t> input) const;
     bool isDepthSuited() const noexcept;
@@ -85,6 +93,7 @@ class cPNGparser {
     std::size_t GetBytesPerPixel(std::size_t totalWidth) const noexcept;
     std::size_t firstRowBytes() const noexcept;
     std::size_t CalcUncompressedWidth() const noexcept;
+    std::size_t neededBytes() const noexcept;
 
     // PngPixels.cpp
     void InitializePalette();
@@ -117,7 +126,8 @@ class cPNGparser {
     // into, the joined payloads as soon as there are two.
     std::unique_ptr<std::uint8_t[]> m_ownBytes;
     std::span<const std::uint8_t> m_pngStream; // the data that is walked
-    cCDECL cCfunction;                         // zlib; empty when it was not found
+    PngNotes m_notes;
+    cCDECL cCfunction; // zlib; empty when it was not found
     // zlib's crc32; `unsigned long` is what its uLong is on either system.
     using Crc32Function = unsigned long(unsigned long crc, const std::uint8_t* bytes, unsigned int count);
     Crc32Function* m_crc32 = nullptr;
