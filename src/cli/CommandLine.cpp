@@ -31,26 +31,48 @@ void addIconOptions(CLI::App& sub, IconChoice& icon) {
 void addLoading(CLI::App& sub, LoadingOptions& loading) {
     addIconOptions(sub, loading.icon);
     sub.add_option_function<std::string>(
-           "--limit", [&loading](const std::string& text) { loading.mostPixels = parseLimit(text); },
+           "--limit",
+           [&loading](const std::string& text) {
+               loading.mostPixels = parseLimit(text);
+               loading.isLimited = true;
+           },
            "The most pixels of a picture and of what is made of\nit: 1000MP, 1.5GP or none; 256MP unless said "
            "otherwise")
         ->type_name("LIMIT")
         ->group("Limits");
 }
 
+// For commands that work with the pixels.
+void addTurning(CLI::App& sub, LoadingOptions& loading) {
+    const char* const reading = "Reading";
+    sub.add_flag_callback(
+           "--no-orient", [&loading] { loading.orients = false; },
+           "Leave photographs as they are stored, however their EXIF data\nwants them turned")
+        ->group(reading);
+    sub.add_flag("--quiet", loading.isQuiet,
+                 "Do not warn of what of a file is left out: a colour profile,\nfurther frames, ...")
+        ->group(reading);
+}
+
 void addInfo(CLI::App& app, InfoRequest& request) {
-    CLI::App* const sub = app.add_subcommand("info", "Show size, alpha class, type and bytes of pictures");
+    CLI::App* const sub = app.add_subcommand("info", "Show what pictures are, and what their files say");
     sub->add_option("FILE", request.files, "Pictures")->required()->type_name("");
     sub->add_flag("--json", request.json, "As a JSON array");
     sub->add_flag(
         "--region", request.region,
         "Also of how many rectangles a region of the\npicture's shape (all that is not fully transparent)\nconsists");
     addLoading(*sub, request.loading);
-    sub->footer("\nOf an icon or cursor file, all images are listed.\n"
-                "The alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2).\n\n"
-                "Examples:\n"
-                "  pixkit info photo.png\n"
-                "  pixkit info --json *.png");
+    sub->footer(
+        "\nPNG, GIF, JPEG and BMP files are told by their headers, whatever their size unless --limit is given; "
+        "whether\n"
+        "their pixels are whole is not looked at. Others are loaded, and so are BMP files whose alpha only the pixels\n"
+        "tell, up to the limit. Of an icon or cursor file, all images are listed. The quality of a JPEG is the one "
+        "for\n"
+        "which the usual tables come nearest to its own.\n"
+        "The alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2).\n\n"
+        "Examples:\n"
+        "  pixkit info photo.png\n"
+        "  pixkit info --json *.png");
 }
 
 constexpr const char* effectsGroup = "Effects, applied in the order given; each may be repeated";
@@ -194,6 +216,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
     for (const EffectOption& effect : effectOptions())
         addEffect(*sub, effect, request.steps);
     addLoading(*sub, request.loading);
+    addTurning(*sub, request.loading);
     sub->add_option_function<std::string>(
            "--fit",
            [&](const std::string& fit) {
@@ -248,6 +271,7 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
         ->type_name("WxH[:COLOUR]");
     addEffect(*sub, effectOption("--text"), request.texts, "Text, over the layers; may be repeated");
     addLoading(*sub, request.loading);
+    addTurning(*sub, request.loading);
     addSaving(*sub, request);
     sub->footer(
         std::string("\nWhat lies outside of the canvas is left out.\n\n") + placeHelp +
@@ -275,6 +299,7 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
         ->type_name("FOLDER")
         ->capture_default_str();
     addLoading(*sub, request.loading);
+    addTurning(*sub, request.loading);
     sub->footer(
         "There are about 40 results of each picture, saved as PNG: 2 MB for 240 x 300 pixels with alpha. Existing "
         "files\nin the folder are replaced.\n\n"

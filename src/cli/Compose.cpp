@@ -30,12 +30,13 @@ namespace {
 // The layers of a request, loaded, each brought to its size as soon as that is known.
 class Layers {
   public:
-    Layers(const ComposeRequest& request, MessageBoxes& boxes) : m_layers(request.layers) {
+    Layers(const ComposeRequest& request, MessageBoxes& boxes, Console& console) : m_layers(request.layers) {
         for (const ComposeLayer& layer : m_layers) {
             boxes.about(layer.file);
             m_pictures.push_back(std::make_unique<cPixSheet>());
             cPixSheet& picture = *m_pictures.back();
             if (!load(picture, layer.file, request.loading)) throw Failed(layer.file, problemOf(picture));
+            warn(console.err, layer.file, picture, request.loading);
             if (!layer.scaling.dependsOnCanvas()) scale(picture, layer, {});
         }
     }
@@ -106,7 +107,7 @@ int compose(const ComposeRequest& request, Console& console) {
     }
     MessageBoxes boxes(console);
     try {
-        const Layers layers(request, boxes);
+        const Layers layers(request, boxes, console);
         cPixSheet result;
         result.MaxPixels(request.loading.mostPixels);
         makeCanvas(result, request.canvas ? *request.canvas : layers.canvas());

@@ -59,17 +59,18 @@ class Destination {
 
 // The result's name is claimed when there is a result: what is no picture takes it from nobody.
 void convertOne(const std::string& input, Destination& destination, const ConvertRequest& request, MessageBoxes& boxes,
-                std::ostream& out) {
+                Console& console) {
     boxes.about(input);
     cPixSheet sheet;
     if (!load(sheet, input, request.loading)) throw Failed(input, problemOf(sheet));
+    warn(console.err, input, sheet, request.loading);
     sheet.HighQualityInterpolation(true); // until --nearest says otherwise
     for (const EffectStep& step : request.steps) {
         if (!step.apply(sheet)) throw Failed(input, step.option + ": " + problemOf(sheet));
     }
     const fs::path target = destination.claimTarget(input);
     savePicture(sheet, target, request, boxes);
-    out << shown(input) << " -> " << shown(toUtf8(target)) << '\n';
+    console.out << shown(input) << " -> " << shown(toUtf8(target)) << '\n';
 }
 
 } // namespace
@@ -91,7 +92,7 @@ int convert(const ConvertRequest& request, Console& console) {
     if (exitCode != exitOk) return exitCode;
     for (std::size_t i = 0; i + 1 < request.paths.size(); ++i) {
         const std::string& input = request.paths[i];
-        attempt([&] { convertOne(input, destination, request, boxes, console.out); });
+        attempt([&] { convertOne(input, destination, request, boxes, console); });
     }
     return exitCode;
 }

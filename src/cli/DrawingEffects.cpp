@@ -64,6 +64,7 @@ bool redraw(cPixSheet& sheet, std::int32_t width, std::int32_t height, Draw&& dr
     if (!canvas.InitializeDIB(width, height)) return HostAccess::outcome(sheet, Outcome(HostAccess::outcome(canvas)));
     if (!draw(canvas)) return false;
     classifyAlpha(canvas);
+    HostAccess::takeNotes(canvas, sheet);
     sheet.SwapDIBs(&canvas);
     return true;
 }

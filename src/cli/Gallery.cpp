@@ -182,9 +182,13 @@ std::optional<GalleryCard> makeCard(cPixSheet& picture, const Effect& effect, co
 }
 
 GalleryPicture makePicture(const std::string& file, const LoadingOptions& loading, const fs::path& gallery,
-                           const fs::path& folderName, Progress& progress, const Note& note) {
+                           const fs::path& folderName, Progress& progress, const Note& note, std::ostream& err) {
     cPixSheet sheet;
     if (!load(sheet, file, loading)) throw GalleryError(problemOf(sheet));
+    if (!loading.isQuiet && !sheet.LoadNotes().empty()) {
+        progress.clear();
+        warn(err, file, sheet, loading);
+    }
     PictureFolder folder(gallery, folderName);
     GalleryPicture picture;
     picture.name = toUtf8(toPath(file).filename());
@@ -258,8 +262,8 @@ int gallery(const GalleryRequest& request, Console& console) {
             boxes.about(file);
             progress.nextItem(file);
             const auto note = [&](const std::string& text) { tell(file, text); };
-            pictures.push_back(
-                makePicture(file, request.loading, folder, freeFolderName(file, folderNames), progress, note));
+            pictures.push_back(makePicture(file, request.loading, folder, freeFolderName(file, folderNames), progress,
+                                           note, console.err));
         } catch (const std::bad_alloc&) {
             reportFailure(file, notEnoughMemory);
         } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits

@@ -1,5 +1,6 @@
 #include "cli/Loading.h"
 #include "cli/EffectParsing.h"
+#include "cli/Effects.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include "surface/HostAccess.h"
@@ -12,6 +13,21 @@ namespace pixkit::cli {
 namespace {
 
 constexpr double megapixel = 1e6, gigapixel = 1e9;
+
+// Shows the picture as its file wants it; see cPixSheet::Orientation.
+bool turn(cPixSheet& sheet) {
+    struct Move {
+        bool mirrorsX, mirrorsY;
+        const char* degrees; // clockwise, after that
+    };
+    constexpr Move moves[] = {{false, false, nullptr}, {true, false, nullptr}, {true, true, nullptr},
+                              {false, true, nullptr},  {true, false, "270"},   {false, false, "90"},
+                              {true, false, "90"},     {false, false, "270"}};
+    const Move& move = moves[sheet.Orientation() - 1];
+    const bool isMirrored = move.mirrorsX || move.mirrorsY;
+    if (isMirrored && !sheet.MirrorImage(move.mirrorsX, move.mirrorsY)) return false;
+    return move.degrees == nullptr || makeStep("--rotate", move.degrees).apply(sheet);
+}
 
 } // namespace
 
@@ -31,7 +47,15 @@ double parseLimit(std::string_view text) {
 bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, bool keepsFile) {
     const IconChoice& icon = options.icon;
     sheet.MaxPixels(options.mostPixels);
-    return sheet.LoadPicture_File(file, icon.width, icon.height, keepsFile, icon.depth);
+    return sheet.LoadPicture_File(file, icon.width, icon.height, keepsFile, icon.depth) &&
+           (!options.orients || turn(sheet));
+}
+
+void warn(std::ostream& err, const std::string& file, const cPixSheet& sheet, const LoadingOptions& options) {
+    if (options.isQuiet) return;
+    std::istringstream notes(sheet.LoadNotes());
+    for (std::string note; std::getline(notes, note);)
+        err << "pixkit: warning: " << shown(file) << ": " << note << '\n';
 }
 
 std::string problemOf(const cPixSheet& sheet) {

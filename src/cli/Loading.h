@@ -1,21 +1,32 @@
 // How a command loads its pictures.
 #pragma once
 #include "cli/IconChoice.h"
+#include <iosfwd>
 #include <string>
 #include <string_view>
+
+namespace pixkit {
+class cPixSheet;
+}
 
 namespace pixkit::cli {
 
 struct LoadingOptions {
     IconChoice icon = {};
     double mostPixels = 256e6; // of a picture and of what is made of it (cPixSheet::MaxPixels); 0: any number
+    bool isLimited = false;    // somebody has asked for the limit
+    bool orients = true;       // turns pictures as their EXIF data says
+    bool isQuiet = false;      // of what of a file its picture has not, nothing is said
 };
 
 // '--limit': a number with the unit MP or GP, or 'none'; pixels, 0 for none. Throws UsageError.
 double parseLimit(std::string_view text);
 
-// Also sets the limit of the instance.
+// Also sets the limit of the instance, and turns the picture as its file says.
 bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, bool keepsFile = false);
+
+// Says what of the file the picture has not (cPixSheet::LoadNotes), a line each.
+void warn(std::ostream& err, const std::string& file, const cPixSheet& sheet, const LoadingOptions& options);
 
 // Why the last call failed. Where it was for the limit, how that is raised.
 std::string problemOf(const cPixSheet& sheet);
