@@ -1,4 +1,5 @@
 // Every reader, from arrays and files. The input is a file; how it is asked for follows from its checksum.
+#include "codecs/PictureFacts.h"
 #include "coding/lzw/LzwDecoder.h"
 #include "mutators/pictures.h"
 #include "targets.h"
@@ -47,6 +48,25 @@ void requireSameElsewhere(const cPixSheet& sheet, const ByteArray& file, Wish wi
     requireSound(other);
 }
 
+// What headers tell of a file, of which only pixels can be damaged, is what a load finds.
+void requireSameFacts(const cPixSheet& sheet, const ByteArray& file) {
+    struct Headers : HeaderSource {
+        explicit Headers(std::span<const std::uint8_t> all) : bytes(all) {}
+        std::uint64_t size() const override { return bytes.size(); }
+        Bytes read(std::uint64_t position, std::size_t count) override {
+            const auto rest = bytes.subspan(std::min<std::size_t>(position, bytes.size()));
+            const auto part = rest.first(std::min(count, rest.size()));
+            return {part.begin(), part.end()};
+        }
+        std::span<const std::uint8_t> bytes;
+    } headers(file.bytes());
+    const auto facts = readPictureFacts(headers);
+    if (!facts || sheet.Handle() == 0 || sheet.ImageType() != facts->type) return;
+    require(facts->width == sheet.Width() && facts->height == sheet.Height());
+    require(!facts->isCertain || facts->alpha == sheet.Alpha());
+    require(facts->notes.orientation == sheet.Orientation());
+}
+
 // The sizes that an icon file is said to have; the picture is one of them, unless it is a PNG, which may have a second
 // header.
 void requireIconSizes(const cPixSheet& sheet) {
@@ -90,6 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     require(load(again, file, wish.size, wish.depth) == loaded && again.ImageType() == sheet.ImageType());
     requireSame(sheet, again);
     requireSameElsewhere(sheet, file, wish, odd);
+    requireSameFacts(sheet, file);
     if (!loaded) return 0;
     requirePixels(sheet, bytes);
     requireIconSizes(sheet);

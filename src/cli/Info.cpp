@@ -1,14 +1,19 @@
-// `pixkit info`: what a picture is, one line a file.
+// `pixkit info`: what a picture is, by its headers wherever they tell it.
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/MessageBoxes.h"
 #include "cli/Names.h"
 #include "cli/Text.h"
+#include "codecs/PictureFacts.h"
 #include "platform/regions.h"
+#include "shared/limits.h"
 #include "surface/cPixSheet.h"
+#include <algorithm>
+#include <fstream>
 #include <iomanip>
 #include <optional>
-#include <ostream>
+#include <sstream>
+#include <stdexcept>
 #include <vector>
 
 namespace pixkit::cli {
@@ -18,11 +23,36 @@ namespace {
 struct Facts {
     std::string file;
     std::int32_t width, height;
-    AlphaTypeEnum alpha;
+    std::optional<AlphaTypeEnum> alpha; // nothing of pictures that are too large to be looked at
     eImageFormat type;
     std::uintmax_t bytes;
-    std::vector<IconSourceSize> images;    // of an icon file
-    std::optional<std::size_t> rectangles; // where they were asked for
+    std::vector<IconSourceSize> images = {};    // of an icon file
+    std::optional<std::size_t> rectangles = {}; // where they were asked for
+    std::optional<PictureFacts> said = {};      // by the headers, where they tell all that is wanted
+};
+
+// Some places of a file.
+class FileHeaders final : public HeaderSource {
+  public:
+    explicit FileHeaders(const std::filesystem::path& path) : m_file(path, std::ios::binary) {
+        std::error_code error;
+        const std::uintmax_t size = std::filesystem::file_size(path, error);
+        m_size = error || !m_file ? 0 : size;
+    }
+    std::uint64_t size() const override { return m_size; }
+    std::vector<std::uint8_t> read(std::uint64_t position, std::size_t count) override {
+        if (position >= m_size) return {};
+        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, m_size - position)));
+        m_file.clear();
+        m_file.seekg(static_cast<std::streamoff>(position));
+        m_file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        if (!m_file) throw std::runtime_error("the file cannot be read");
+        return bytes;
+    }
+
+  private:
+    std::ifstream m_file;
+    std::uintmax_t m_size = 0;
 };
 
 std::string withNumber(const char* word, int number) {
@@ -48,29 +78,129 @@ void printImages(std::ostream& out, const std::vector<IconSourceSize>& images) {
     if (!images.empty()) out << '\n';
 }
 
+const char* containerName(FileFormat format) {
+    constexpr const char* names[] = {"BMP", "TGA", "PNG", "JPEG", "GIF", "icon"};
+    return names[static_cast<std::size_t>(format)];
+}
+
+// What is said in words, one part behind the other.
+class Words {
+  public:
+    template <class... Parts>
+    void add(const Parts&... parts) {
+        if (!m_text.view().empty()) m_text << ", ";
+        (m_text << ... << parts);
+    }
+    std::string text() const { return m_text.str(); }
+
+  private:
+    std::ostringstream m_text;
+};
+
+std::string plain(const PictureFacts& said) {
+    constexpr const char* units[] = {" in proportion", " pixels an inch", " pixels a centimetre", " pixels a metre"};
+    Words words;
+    words.add(containerName(said.container));
+    if (*said.color != 0) words.add(said.color);
+    words.add(said.depth, said.depth == 1 ? " bit" : " bits",
+              std::string_view(said.color) == "palette" ? "" : " a channel");
+    if (*said.coding != 0) words.add(said.coding);
+    if (!said.sampling.empty()) words.add(said.sampling);
+    if (said.quality) words.add("quality ", *said.quality);
+    if (said.frames > 1) {
+        words.add(said.frames, " frames");
+        std::uint64_t duration = 0;
+        for (const std::uint32_t delay : said.delays)
+            duration += delay;
+        if (duration != 0) words.add(duration, " ms");
+    }
+    if (said.density)
+        words.add(said.density->x, " x ", said.density->y, units[static_cast<std::size_t>(said.density->unit)]);
+    if (said.gamma) words.add("gamma ", *said.gamma);
+    if (!said.profile.empty()) words.add("colour profile '", shown(said.profile), "'");
+    if (said.notes.hasExif) words.add("EXIF data, orientation ", unsigned{said.notes.orientation});
+    if (said.notes.endsEarly) words.add("ends early");
+    return words.text();
+}
+
+void printSaid(std::ostream& out, const PictureFacts& said) {
+    constexpr std::size_t mostShown = 80; // bytes of a text; --json has all of it
+    constexpr const char* indent = "               ";
+    out << indent << plain(said) << '\n';
+    if (!said.properties) return;
+    for (const PngProperties::Text* text : said.properties->texts()) {
+        std::size_t length = std::min(text->value.size(), mostShown);
+        while (length < text->value.size() && (static_cast<unsigned char>(text->value[length]) & 0xC0U) == 0x80)
+            --length; // no half characters
+        out << indent << shown(text->keyword) << ": " << shown(text->value.substr(0, length))
+            << (length < text->value.size() ? "...\n" : "\n");
+    }
+}
+
 void printLine(std::ostream& out, const Facts& facts) {
     std::optional<std::string> rectangles;
     if (facts.rectangles) rectangles = std::to_string(*facts.rectangles);
     printRow(out, std::to_string(facts.width) + " x " + std::to_string(facts.height),
-             withNumber(alphaName(facts.alpha).word, facts.alpha),
+             facts.alpha ? withNumber(alphaName(*facts.alpha).word, *facts.alpha) : "by its pixels",
              withNumber(imageTypeName(facts.type).word, facts.type), std::to_string(facts.bytes), rectangles,
              shown(facts.file));
     printImages(out, facts.images);
+    if (facts.said) printSaid(out, *facts.said);
+}
+
+template <class List, class Print>
+void printArray(std::ostream& out, const char* name, const List& list, Print&& print) {
+    const char* separator = "";
+    out << ", \"" << name << "\": [";
+    for (const auto& element : list) {
+        out << separator;
+        print(element);
+        separator = ", ";
+    }
+    out << ']';
+}
+
+void printSaidJson(std::ostream& out, const PictureFacts& said) {
+    constexpr const char* units[] = {"none", "inch", "centimetre", "metre"};
+    out << ", \"container\": \"" << containerName(said.container) << "\", \"depth\": " << said.depth
+        << ", \"color\": " << jsonString(said.color) << ", \"coding\": " << jsonString(said.coding)
+        << ", \"frames\": " << said.frames << ", \"orientation\": " << unsigned{said.notes.orientation};
+    if (!said.delays.empty()) printArray(out, "delays", said.delays, [&](std::uint32_t delay) { out << delay; });
+    if (said.density) {
+        out << ", \"density\": {\"x\": " << said.density->x << ", \"y\": " << said.density->y << ", \"unit\": \""
+            << units[static_cast<std::size_t>(said.density->unit)] << "\"}";
+    }
+    if (said.gamma) out << ", \"gamma\": " << *said.gamma;
+    if (!said.profile.empty()) out << ", \"profile\": " << jsonString(said.profile);
+    if (said.quality) out << ", \"quality\": " << *said.quality;
+    if (!said.sampling.empty()) out << ", \"sampling\": \"" << said.sampling << '"';
+    if (said.properties) {
+        printArray(out, "texts", said.properties->texts(), [&](const PngProperties::Text* text) {
+            out << "{\"keyword\": " << jsonString(text->keyword) << ", \"text\": " << jsonString(text->value) << '}';
+        });
+    }
+    if (said.notes.endsEarly) out << ", \"endsEarly\": true";
 }
 
 void printJson(std::ostream& out, const Facts& facts) {
     out << "{\"file\": " << jsonString(facts.file) << ", \"width\": " << facts.width << ", \"height\": " << facts.height
-        << ", \"alpha\": {\"value\": " << facts.alpha << ", \"name\": \"" << alphaName(facts.alpha).constant
-        << "\"}, \"type\": {\"value\": " << facts.type << ", \"name\": \"" << imageTypeName(facts.type).constant
+        << ", \"alpha\": ";
+    if (facts.alpha) {
+        out << "{\"value\": " << *facts.alpha << ", \"name\": \"" << alphaName(*facts.alpha).constant << "\"}";
+    } else {
+        out << "null";
+    }
+    out << ", \"type\": {\"value\": " << facts.type << ", \"name\": \"" << imageTypeName(facts.type).constant
         << "\"}, \"bytes\": " << facts.bytes;
     if (facts.rectangles) out << ", \"rectangles\": " << *facts.rectangles;
-    const char* separator = ", \"images\": [";
-    for (const IconSourceSize& image : facts.images) {
-        out << separator << "{\"width\": " << image.Width << ", \"height\": " << image.Height
-            << ", \"depth\": " << image.bitDepth << ", \"png\": " << (image.isPNG != 0 ? "true" : "false") << "}";
-        separator = ", ";
+    if (!facts.images.empty()) {
+        printArray(out, "images", facts.images, [&](const IconSourceSize& image) {
+            out << "{\"width\": " << image.Width << ", \"height\": " << image.Height
+                << ", \"depth\": " << image.bitDepth << ", \"png\": " << (image.isPNG != 0 ? "true" : "false") << "}";
+        });
     }
-    out << (facts.images.empty() ? "}" : "]}");
+    if (facts.said) printSaidJson(out, *facts.said);
+    out << '}';
 }
 
 // The file is only kept for those that hold several images.
@@ -89,6 +219,63 @@ std::optional<std::size_t> rectanglesOf(const cPixSheet& sheet) {
     return region ? std::optional(platform::GetRegionData(region.get())) : std::nullopt;
 }
 
+bool isBeyond(const PictureFacts& said, const LoadingOptions& loading) {
+    return loading.mostPixels != 0 && static_cast<double>(said.width) * said.height > loading.mostPixels;
+}
+
+// Nothing where only a load can tell, or knows what is wrong.
+std::optional<Facts> factsByHeaders(const std::string& file, const LoadingOptions& loading) {
+    FileHeaders headers(toPath(file));
+    if (!isFile(file) || headers.size() <= largestRefusedFile) return {};
+    auto said = readPictureFacts(headers);
+    if (!said) return {};
+    if (loading.isLimited && isBeyond(*said, loading)) return {};
+    return Facts{.file = file,
+                 .width = said->width,
+                 .height = said->height,
+                 .alpha = said->isCertain ? std::optional(said->alpha) : std::nullopt,
+                 .type = said->type,
+                 .bytes = headers.size(),
+                 .said = std::move(said)};
+}
+
+// Nothing where the picture cannot be loaded, or no region made of it; `problem` then says why.
+std::optional<Facts> factsByLoading(const std::string& file, const InfoRequest& request, std::string& problem) {
+    cPixSheet sheet;
+    LoadingOptions loading = request.loading;
+    loading.orients = false;
+    const bool isLoaded = load(sheet, file, loading);
+    const auto rectangles = isLoaded && request.region ? rectanglesOf(sheet) : std::nullopt;
+    if (!isLoaded || rectangles.has_value() != request.region) {
+        problem = problemOf(sheet);
+        return {};
+    }
+    std::error_code gone; // the file may be deleted under our hands
+    // Only now, because there is no path of a name that is not UTF-8 on Windows, where such a file is not loaded
+    // either.
+    const std::uintmax_t bytes = std::filesystem::file_size(toPath(file), gone);
+    Facts facts{file, sheet.Width(), sheet.Height(), sheet.Alpha(), sheet.ImageType(), gone ? 0 : bytes};
+    facts.images = imagesOf(sheet, file, loading);
+    facts.rectangles = rectangles;
+    return facts;
+}
+
+// Headers are asked alone where they tell all that is wanted, and for what they add to a load.
+std::optional<Facts> factsOf(const std::string& file, const InfoRequest& request, std::string& problem) {
+    std::optional<Facts> byHeaders;
+    try {
+        byHeaders = factsByHeaders(file, request.loading);
+    } catch (const std::exception&) { // a load says what is wrong with the file, or with its name
+    }
+    const bool isTold = byHeaders && byHeaders->said->container != FileFormat::tga &&
+                        (byHeaders->said->isCertain || isBeyond(*byHeaders->said, request.loading));
+    if (isTold && !request.region) return byHeaders;
+    auto facts = factsByLoading(file, request, problem);
+    const bool isSame = facts && byHeaders && (byHeaders->said->container != FileFormat::tga || facts->type == imgTGA);
+    if (isSame) facts->said = std::move(byHeaders->said);
+    return facts;
+}
+
 } // namespace
 
 int info(const InfoRequest& request, Console& console) {
@@ -98,34 +285,21 @@ int info(const InfoRequest& request, Console& console) {
     if (request.json) console.out << '[';
     for (const std::string& file : request.files) {
         boxes.about(file);
-        cPixSheet sheet;
-        const bool isLoaded = load(sheet, file, request.loading);
-        const auto rectangles = isLoaded && request.region ? rectanglesOf(sheet) : std::nullopt;
-        if (!isLoaded || rectangles.has_value() != request.region) {
-            console.err << "pixkit info: " << shown(file) << ": " << problemOf(sheet) << '\n';
+        std::string problem;
+        const auto facts = factsOf(file, request, problem);
+        if (!facts) {
+            console.err << "pixkit info: " << shown(file) << ": " << problem << '\n';
             exitCode = exitSomeFailed;
             continue;
         }
-        std::error_code gone; // the file may be deleted under our hands
-        // Only now, because there is no path of a name that is not UTF-8 on Windows, where such a file is not loaded
-        // either.
-        const std::uintmax_t bytes = std::filesystem::file_size(toPath(file), gone);
-        const Facts facts{file,
-                          sheet.Width(),
-                          sheet.Height(),
-                          sheet.Alpha(),
-                          sheet.ImageType(),
-                          gone ? 0 : bytes,
-                          imagesOf(sheet, file, request.loading),
-                          rectangles};
         if (request.json) {
             console.out << (first ? "\n  " : ",\n  ");
-            printJson(console.out, facts);
+            printJson(console.out, *facts);
         } else {
             std::optional<std::string> heading;
             if (request.region) heading = "rectangles";
             if (first) printRow(console.out, "size", "alpha", "type", "bytes", heading, "file");
-            printLine(console.out, facts);
+            printLine(console.out, *facts);
         }
         first = false;
     }

@@ -14,6 +14,7 @@
 namespace pixkit {
 
 class AlphaOfRows;
+struct PictureFacts;
 
 class cTGAparser {
   public:
@@ -30,6 +31,9 @@ class cTGAparser {
     // written as stored, and an extension area says so, else as straight colours. Nothing for an image of more than
     // 65,535 columns or rows, which the header cannot say.
     static WrittenFile SaveAsTGA(const SourcePicture& Picture, const TgaOptions& Options);
+
+    // What data that begins so says of its picture, if it is a TGA file (TgaFacts.cpp); false where it can be none.
+    bool readHeader(std::span<const std::uint8_t> start, PictureFacts& facts) noexcept;
 
   private:
     struct Header {
