@@ -9,7 +9,6 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
-#include <vector>
 
 namespace pixkit::deflate {
 
@@ -74,9 +73,10 @@ class ChainFinder {
         walk(position, limit, shorter, depth, nice, [&](const Match& longer) { best = longer; });
         return best;
     }
-    // All earlier copies that are longer than those nearer by, likewise, the nearest first.
-    void findAll(std::size_t position, std::size_t limit, unsigned depth, std::size_t nice, std::vector<Match>& found) {
-        walk(position, limit, 0, depth, nice, [&](const Match& longer) { found.push_back(longer); });
+    // Takes all earlier copies that are longer than those nearer by, the nearest first.
+    template <typename Take>
+    void findAll(std::size_t position, std::size_t limit, unsigned depth, Take take) {
+        walk(position, limit, 0, depth, longestMatch, take);
     }
 
     void note(std::size_t position) noexcept {

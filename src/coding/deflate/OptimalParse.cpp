@@ -13,7 +13,7 @@ constexpr std::size_t stretchBytes = 1U << 16;
 // What symbols cost depends on what is chosen, and the other way round.
 constexpr int passes = 3;
 
-// One step of a way: a literal, or a copy that begins here.
+// One step of a way: a copy that begins here, or a literal.
 struct Step {
     std::uint16_t length = 1;
     std::uint16_t distance = 0;
@@ -58,7 +58,10 @@ class Stretch {
                 m_finder.note(position);
                 continue;
             }
-            m_finder.findAll(position, std::min(longestMatch, m_count - i), depth, longestMatch, m_copies);
+            m_finder.findAll(position, std::min(longestMatch, m_count - i), depth, [&](const Match& copy) {
+                m_copies.push_back(
+                    {static_cast<std::uint16_t>(copy.length), static_cast<std::uint16_t>(copy.distance)});
+            });
             if (m_copies.size() > m_firstCopy[i] && m_copies.back().length == longestMatch) covered = i + longestMatch;
         }
         m_firstCopy[m_count] = static_cast<std::uint32_t>(m_copies.size());
@@ -73,13 +76,13 @@ class Stretch {
             Step best;
             std::size_t length = shortestMatch;
             for (std::uint32_t k = m_firstCopy[i]; k < m_firstCopy[i + 1]; ++k) {
-                const Match& found = m_copies[k];
+                const Step found = m_copies[k];
                 const std::uint32_t distance = costs.distance[distanceSymbolOf(found.distance)];
                 for (; length <= found.length; ++length) {
                     const std::uint32_t cost = m_toEnd[i + length] + costs.length[length] + distance;
                     if (cost < least) {
                         least = cost;
-                        best = {static_cast<std::uint16_t>(length), static_cast<std::uint16_t>(found.distance)};
+                        best = {static_cast<std::uint16_t>(length), found.distance};
                     }
                 }
             }
@@ -101,7 +104,7 @@ class Stretch {
     std::span<const std::uint8_t> m_data;
     ChainFinder m_finder;
     std::size_t m_begin = 0, m_count = 0;
-    std::vector<Match> m_copies;
+    std::vector<Step> m_copies;
     std::vector<std::uint32_t> m_firstCopy; // of each position, and the end
     std::vector<std::uint32_t> m_toEnd;     // costs
     std::vector<Step> m_steps;
