@@ -30,9 +30,10 @@ constexpr std::array<std::uint8_t, logSteps> fractionOfLog = [] {
 // What never occurred may still come: it is taken for dear, but not so dear that it never would.
 constexpr std::uint32_t dearestLiteral = 12 * costUnit, dearestLength = 11 * costUnit, dearestDistance = 8 * costUnit;
 
-// No code is shorter than a bit.
+// Of `all` symbols, `count` are this one. No code is shorter than a bit.
 std::uint32_t costOf(std::uint32_t all, std::uint32_t count, std::uint32_t dearest) noexcept {
-    return count == 0 ? dearest : std::clamp(logarithm(all) - logarithm(count), costUnit, dearest);
+    if (count == 0 || all < count) return dearest;
+    return std::clamp(logarithm(all) - logarithm(count), costUnit, dearest);
 }
 
 } // namespace
