@@ -2,7 +2,7 @@
 #include "codecs/png/PngRows.h"
 #include "coding/deflate/Deflate.h"
 #include <algorithm>
-#include <array>
+#include <span>
 
 namespace pixkit {
 
@@ -81,10 +81,8 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
     std::size_t left = 1;
     while (isOpen && left < std::min<std::size_t>(trials.size(), 4) && trials[left].bytes <= close)
         ++left;
-    trials.resize(left);
-    std::vector<PngChoice> choices;
-    for (const Trial& trial : trials)
-        choices.push_back(trial.choice);
+    std::vector<PngChoice> choices(left);
+    std::ranges::transform(std::span(trials).first(left), choices.begin(), &Trial::choice);
     return choices;
 }
 

@@ -56,7 +56,7 @@ Costs::Costs(const Histogram& symbols) noexcept {
     const auto copies = std::accumulate(symbols.distance.begin(), symbols.distance.end(), std::uint32_t{1});
     for (std::size_t i = 0; i < endOfBlock; ++i)
         literal[i] = costOf(all, symbols.literal[i], dearestLiteral);
-    for (std::size_t i = shortestMatch; i <= longestMatch; ++i) {
+    for (std::size_t i = shortestMatch; i < length.size(); ++i) {
         const std::size_t symbol = lengthSymbolOf[i];
         length[i] =
             costOf(all, symbols.literal[endOfBlock + 1 + symbol], dearestLength) + lengthExtra[symbol].bits * costUnit;
@@ -67,7 +67,7 @@ Costs::Costs(const Histogram& symbols) noexcept {
 
 Costs::Costs(std::span<const std::uint8_t> data) noexcept {
     takeLiterals(data);
-    for (std::size_t i = shortestMatch; i <= longestMatch; ++i)
+    for (std::size_t i = shortestMatch; i < length.size(); ++i)
         length[i] = (6U + lengthExtra[lengthSymbolOf[i]].bits) * costUnit;
     for (std::size_t i = 0; i < distanceSymbols; ++i)
         distance[i] = (4U + distanceExtra[i].bits) * costUnit;
