@@ -56,6 +56,28 @@ struct PixelWalk {
     std::int64_t u, v, du, dv;
 };
 
+// Which pixels of a row are summed up for each of many results, and how much each counts: `taps` of them, a multiple of
+// 4, from `offsets[i]` bytes into the row on, weighed by the numbers from weights[i * taps] on. The weight of tap k
+// stands at tapPlace(k). The sums are kept with so many bits of a fraction less as `shift` says.
+struct TapsAlongRow {
+    const std::int32_t* offsets;
+    const std::int16_t* weights;
+    std::size_t taps;
+    unsigned shift; // 1 .. 30
+};
+// In groups of four the second and the third change places, as vectors of pixels are interleaved.
+constexpr std::size_t tapPlace(std::size_t tap) {
+    constexpr std::size_t places[] = {0, 2, 1, 3};
+    return (tap & ~std::size_t{3}) + places[tap & 3];
+}
+// Rows of such sums, and how much each counts. Their number is even.
+struct WeighedRows {
+    const std::int16_t* const* rows;
+    const std::int16_t* weights;
+    std::size_t count;
+    unsigned shift; // 1 .. 30
+};
+
 // How a source is changed on its way to where it is drawn: lightened or darkened first, then made gray.
 struct Tone {
     bool isLight = false;
@@ -134,6 +156,13 @@ struct Table {
     // The mean of that pixel, of the next in its row and of these two in the next row, which are all there, weighted by
     // the upper eight bits behind the points; bytes are rounded down.
     void (*walkBilinear)(std::uint8_t* dst, const PixelWalk& walk, std::size_t count);
+
+    // --- weighted sums of pixels. No sum, with its half, leaves 32 bits; neither rows nor weights overlap dst.
+    // Each channel of pixel i is a weighted sum along the row, (sum + half) >> shift, which fits 16 bits.
+    void (*sumAlongRow)(std::int16_t* dst, const std::uint8_t* src, const TapsAlongRow& along, std::size_t count);
+    // Each byte is a weighted sum of the numbers at its place in the rows, (sum + half) >> shift, held at 0 .. 255 and
+    // at the alpha of its pixel, which is 255 when `isOpaque`.
+    void (*sumRows)(std::uint8_t* dst, const WeighedRows& weighed, std::size_t count, bool isOpaque);
 
     // --- drawing premultiplied pixels over others, alpha included; source pixels with alpha 0 change nothing, whatever
     // colour they hold; results are held at 255, which colours not above their alpha never exceed. Rows do not overlap.

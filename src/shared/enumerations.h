@@ -51,6 +51,15 @@ enum eScaleOptions : std::int32_t {
     ScaleStretch = 2,      // the size as it is
 };
 
+// By which filter Resample makes another size.
+enum eResampleFilters : std::int32_t {
+    resampleAuto = 0,     // Lanczos 3 along axes that shrink, Mitchell along those that grow
+    resampleArea = 1,     // the mean of what a pixel covers: no pixel becomes brighter or darker than what is there
+    resampleTriangle = 2, // soft; linear interpolation where the picture grows
+    resampleMitchell = 3, // cubic: a compromise of sharp, smooth and free of halos
+    resampleLanczos3 = 4, // sharpest, with slight halos along edges
+};
+
 // Sides that TrimImage cuts, to be combined.
 enum eTrimOptions : std::int32_t {
     trimLeft = 1,

@@ -124,6 +124,34 @@ void walk(Call c, bool isBilinear, std::int64_t right, std::int64_t up) {
     (isBilinear ? c.t.walkBilinear : c.t.walkNearest)(c.dst, walk, c.n);
 }
 
+// Sums of `taps` pixels of the second half of a row, and rows of such sums, with weights of either sign.
+void sumAlong(Call c, std::size_t taps) {
+    if (c.n < taps) return;
+    std::vector<std::int32_t> offsets;
+    std::vector<std::int16_t> weights;
+    for (std::size_t i = 0; i < c.n; ++i) {
+        offsets.push_back(static_cast<std::int32_t>(4 * ((i * 7 / 3) % (c.n - taps + 1))));
+        for (std::size_t tap = 0; tap < taps; ++tap)
+            weights.push_back(static_cast<std::int16_t>((i * 31 + tap * 1013) % 8001) - 2000);
+    }
+    std::vector<std::int16_t> sums(4 * c.n);
+    c.t.sumAlongRow(sums.data(), c.src + 4 * c.n, {scratch[0].atEnd(offsets), scratch[1].atEnd(weights), taps, 12},
+                    c.n);
+    std::memcpy(c.dst, sums.data(), 8 * c.n); // dst need not be aligned for them
+}
+
+void sumOver(Call c, std::size_t count, bool isOpaque) {
+    constexpr std::int16_t weights[] = {-3000, 11000, 9000, -2000, 1500, -116};
+    std::vector<std::int16_t> sums(4 * c.n + 4 * count);
+    for (std::size_t i = 0; i < sums.size(); ++i)
+        sums[i] = static_cast<std::int16_t>(c.src[i * 7 % (4 * c.n)] * 80 - 2000);
+    const std::int16_t* const placed = scratch[0].atEnd(sums);
+    std::vector<const std::int16_t*> rows;
+    for (std::size_t row = 0; row < count; ++row)
+        rows.push_back(placed + 4 * (row + 1));
+    c.t.sumRows(c.dst, {rows.data(), weights, count, 20}, c.n, isOpaque);
+}
+
 std::uint64_t transform(Call c, std::int32_t quality) {
     std::int16_t* const coefficients = scratch[0].atEnd(std::vector<std::int16_t>(64 * c.n));
     std::vector<std::uint64_t> nonzero(c.n);
@@ -213,6 +241,13 @@ std::vector<Operation> operations(bool everyOpacity) {
         for (const unsigned ratio : {0U, 9U, 20U})
             if (ratio != 0 || !isOneRow)
                 add("sampleBilinear", 32, 64, false, [=](Call c) { return interpolate(c, ratio, isOneRow); });
+    for (const std::size_t taps : {4U, 8U, 12U, 20U})
+        add("sumAlongRow", 64, 64, false, [=](Call c) { sumAlong(c, taps); });
+    for (const std::size_t count : {2U, 6U})
+        for (const bool isOpaque : {false, true})
+            add("sumRows", 32, 32, false, [=](Call c) {
+                if (c.n > 0) sumOver(c, count, isOpaque);
+            });
     for (const auto& way : {std::pair{1, 1}, {-1, 1}, {1, -1}, {-1, -1}, {0, 1}, {1, 0}})
         for (const bool isBilinear : {false, true})
             add("walk", 32, 128, false, [=](Call c) { walk(c, isBilinear, way.first, way.second); });

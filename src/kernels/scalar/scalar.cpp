@@ -2,6 +2,7 @@
 #include "kernels/scalar/alpha.h"
 #include "kernels/scalar/blend.h"
 #include "kernels/scalar/checksums.h"
+#include "kernels/scalar/convolve.h"
 #include "kernels/scalar/effects.h"
 #include "kernels/scalar/filter.h"
 #include "kernels/scalar/jpeg.h"
@@ -35,6 +36,8 @@ constinit const Table reference = {
     .widenPixels = widenPixels,
     .walkNearest = walkNearest,
     .walkBilinear = walkBilinear,
+    .sumAlongRow = sumAlongRow,
+    .sumRows = sumRows,
     .blendOver = blendOver,
     .blendScaled = blendScaled,
     .blendToned = blendToned,

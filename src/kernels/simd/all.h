@@ -3,6 +3,7 @@
 #include "kernels/simd/alpha.h"
 #include "kernels/simd/blend.h"
 #include "kernels/simd/checksums.h"
+#include "kernels/simd/convolve.h"
 #include "kernels/simd/effects.h"
 #include "kernels/simd/filter.h"
 #include "kernels/simd/jpeg.h"
@@ -19,6 +20,7 @@ void useAll(Table& table) {
     useAlpha(table);
     useBlend(table);
     useChecksums(table);
+    useConvolve(table);
     useEffects(table);
     useFilter(table);
     useJpeg(table);

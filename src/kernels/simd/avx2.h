@@ -101,6 +101,9 @@ template <int bits>
 inline Vec shiftRightSigned16(Vec a) {
     return _mm256_srai_epi16(a, bits);
 }
+inline Vec shiftedRightSigned32(Vec a, unsigned bits) {
+    return _mm256_sra_epi32(a, _mm_cvtsi32_si128(static_cast<int>(bits)));
+}
 // Towards the end, and towards the front; zeros follow.
 template <int bytes>
 inline Vec shiftBytesUp(Vec a) {
@@ -266,6 +269,10 @@ inline Vec widenUnsigned8(HalfVec v) {
 }
 inline Vec widenSigned16(HalfVec v) {
     return _mm256_cvtepi16_epi32(v);
+}
+template <int lane>
+inline Vec repeatedInParts32(Vec v) {
+    return _mm256_shuffle_epi32(v, lane * 0x55);
 }
 inline Vec packedInOrder(Vec v) {
     return _mm256_permute4x64_epi64(v, _MM_SHUFFLE(3, 1, 2, 0));

@@ -117,6 +117,11 @@ inline Vec widenUnsigned8(HalfVec v) {
 inline Vec widenSigned16(HalfVec v) {
     return shiftRightSigned32<16>(interleaveLow16(v, v));
 }
+// A lane of each part in all lanes of that part.
+template <int lane>
+inline Vec repeatedInParts32(Vec v) {
+    return repeated32<lane>(v);
+}
 // Puts in order what packing two vectors, and then two such results, has given.
 inline Vec packedInOrder(Vec v) {
     return v;

@@ -85,6 +85,10 @@ template <int bits>
 inline Vec128 shiftRightSigned16(Vec128 a) {
     return _mm_srai_epi16(a, bits);
 }
+// By a number that is not known before.
+inline Vec128 shiftedRightSigned32(Vec128 a, unsigned bits) {
+    return _mm_sra_epi32(a, _mm_cvtsi32_si128(static_cast<int>(bits)));
+}
 // Towards the end, and towards the front; zeros follow.
 template <int bytes>
 inline Vec128 shiftBytesUp(Vec128 a) {

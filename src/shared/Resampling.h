@@ -1,0 +1,22 @@
+// Pictures at another size, by filters that look at every pixel.
+#pragma once
+#include "shared/PixelView.h"
+#include "shared/enumerations.h"
+
+namespace pixkit {
+
+struct Resampling {
+    eResampleFilters across = resampleAuto, along = resampleAuto; // of columns, of rows
+    bool mirrorsColumns = false, mirrorsRows = false;
+    bool isOpaque = false; // the result, whatever the source's alpha bytes hold
+};
+
+// Fills `target` with the source at its size; both have pixels, and do not overlap. Columns first, then rows
+// (FilterAxis.h says what each pixel is made of), in whole numbers that are the same in every build: sums along rows
+// are rounded to nearest with six bits of a fraction, less from 64 rows to a pixel on, the sums of those to bytes, all
+// halves up. That is within 1 of the exact convolution. Colours are held at their alpha, which filters with negative
+// lobes may pass. Takes less than a mebibyte besides, where a pixel is made of less than 30,000 rows and columns.
+// Throws std::bad_alloc.
+void resample(PixelView target, ConstPixelView source, const Resampling& how);
+
+} // namespace pixkit
