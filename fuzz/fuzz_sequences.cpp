@@ -215,6 +215,7 @@ constexpr bool (*calls[])(Stage&, Any) = {
         return s.other->LoadPicture_ByHandle(icon.get()), true;
     },
     [](Stage& s, Any a) { return s.other->LoadPicture_StdPicture(s.sheet->CreateStdPicture(a, a).get()), true; },
+    [](Stage& s, Any a) { return s.told(s.sheet->Resample(a, a, a, s.host())) || true; },
 };
 
 // What an instance holds.

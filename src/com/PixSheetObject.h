@@ -335,6 +335,11 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP Resize(LONG newWidth, LONG newHeight, VARIANT_BOOL* result) override {
         return give(result, [&] { return m_sheet->Resize(newWidth, newHeight); });
     }
+    STDMETHODIMP Resample(LONG newWidth, LONG newHeight, ::eResampleFilters Filter, _cPixSheet** destHostDIB,
+                          VARIANT_BOOL* result) override {
+        return drawOnto(destHostDIB, result,
+                        [&](cPixSheet* host) { return m_sheet->Resample(newWidth, newHeight, Filter, host); });
+    }
     STDMETHODIMP ScaleImage(LONG destWidth, LONG destHeight, LONG* newWidth, LONG* newHeight,
                             ::eScaleOptions ScaleMode) override;
 

@@ -1,6 +1,8 @@
 // The image at another size, and which size fits where.
 #include "render/PixelWorkers.h"
 #include "render/Resampler.h"
+#include "shared/AlphaType.h"
+#include "shared/Resampling.h"
 #include "shared/checked.h"
 #include "surface/attempt.h"
 #include <algorithm>
@@ -53,6 +55,43 @@ bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
         fillResized(HostAccess::pixels(resized), image, newWidth < 0, newHeight < 0, m_StretchQuality);
         pvReplaceImage(resized,
                        {movedPoint(m_hotspot.x, m_Width, newWidth), movedPoint(m_hotspot.y, m_Height, newHeight)});
+        return done();
+    });
+}
+
+bool cPixSheet::Resample(std::int32_t newWidth, std::int32_t newHeight, std::int32_t Filter,
+                         cPixSheet* destHostDIB) noexcept {
+    const Call call(*this, "Resample", "newWidth, newHeight, Filter", newWidth, newHeight, Filter);
+    return attempt(call, [&] {
+        const ConstPixelView image = HostAccess::pixels(*this);
+        if (!image) return refused(noImage);
+        if (Filter < resampleAuto || Filter > resampleLanczos3) return refused("there is no such filter");
+        cPixSheet& target = destHostDIB != nullptr ? *destHostDIB : *this;
+        if (newWidth == 0) newWidth = m_Width;
+        if (newHeight == 0) newHeight = m_Height;
+        if (newWidth == m_Width && newHeight == m_Height && &target == this) return done();
+
+        // Both are left as they are until their successor is complete.
+        cPixSheet resampled;
+        resampled.m_isUnattended = m_isUnattended;
+        resampled.m_limits = target.m_limits;
+        if (!resampled.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight))
+            return resampled.m_outcome;
+        const auto filter = static_cast<eResampleFilters>(Filter);
+        const PixelView pixels = HostAccess::pixels(resampled);
+        resample(pixels, image, {filter, filter, newWidth < 0, newHeight < 0, m_AlphaImage == AlphaNone});
+        const bool isSimple = m_AlphaImage == AlphaSimple && alphaTypeOf(pixels) != AlphaComplex;
+        const AlphaTypeEnum alpha = m_AlphaImage == AlphaSimple && !isSimple ? AlphaComplex : m_AlphaImage;
+        const CursorHotspot hotspot = {movedPoint(m_hotspot.x, m_Width, newWidth),
+                                       movedPoint(m_hotspot.y, m_Height, newHeight)};
+        if (&target == this) {
+            pvReplaceImage(resampled, hotspot);
+        } else {
+            resampled.m_Format = m_Format;
+            resampled.m_hotspot = hotspot;
+            target.SwapDIBs(&resampled);
+        }
+        target.m_AlphaImage = alpha;
         return done();
     });
 }

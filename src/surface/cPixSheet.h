@@ -107,11 +107,11 @@ class cPixSheet {
     void Unattended(bool value) noexcept { m_isUnattended = value; }
     // The most pixels, Width * Height, that an image made or loaded from now on may have. 0, as at first, is no limit
     // but what an image holds at all (InitializeDIB). It is the instance's own: it holds for InitializeDIB, all loads,
-    // copies of another size into this instance, Resize, CreateDropShadow, and sizes that are asked for of icons and
-    // cursors; new instances that CopyImageTo and CreateDropShadow make take it over. More is refused by the header,
-    // before it costs memory or time (TGA and icon files are read first); images of an icon file beyond it are passed
-    // over, a JPEG whose size nothing tells is refused. What is held stays, and can be swapped, drawn and saved. A
-    // double, as callers through COM have them and 32 bits would not reach. Values below 0 and NaN are ignored.
+    // copies of another size into this instance, Resize, Resample, CreateDropShadow, and sizes that are asked for of
+    // icons and cursors; new instances that CopyImageTo and CreateDropShadow make take it over. More is refused by the
+    // header, before it costs memory or time (TGA and icon files are read first); images of an icon file beyond it are
+    // passed over, a JPEG whose size nothing tells is refused. What is held stays, and can be swapped, drawn and saved.
+    // A double, as callers through COM have them and 32 bits would not reach. Values below 0 and NaN are ignored.
     double MaxPixels() const noexcept { return m_limits.pixels; }
     void MaxPixels(double value) noexcept { Limits::set(m_limits.pixels, value); }
     // The most bytes that a call may take for an image and for the work on it; 0, as at first, is no limit. It holds
@@ -440,6 +440,17 @@ class cPixSheet {
     // ImageType, the original-format bytes and every setting stay. False, and the image untouched, without one or when
     // the new size cannot be made.
     bool Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept;
+    // Makes another size by a filter that looks at every pixel (eResampleFilters; shared/FilterAxis.h has the
+    // formulas), pixel centres on pixel centres: whole numbers, the same in every build, at most 1 from exact
+    // convolution. Colours stay within their alpha; edges become neither darker nor clear. An axis whose size stays is
+    // left as it is. 0 and negative sizes as for Resize. The result takes the image's place, or that of destHostDIB
+    // where one is given, which keeps its settings, whose limits hold, and gets no original-format bytes. An image
+    // whose Alpha is AlphaNone is opaque afterwards, AlphaSimple becomes AlphaComplex where pixels are neither opaque
+    // nor clear any more; ImageType stays. Besides both images it takes less than a mebibyte, but for strips of which
+    // 30,000 rows or columns become one. False, and both untouched, without an image, for another Filter, or when the
+    // new size cannot be made.
+    bool Resample(std::int32_t newWidth, std::int32_t newHeight, std::int32_t Filter = resampleAuto,
+                  cPixSheet* destHostDIB = nullptr) noexcept;
     // Computes the size at which the image fits destWidth x destHeight in its proportions: ScaleToSize as large as
     // possible, scaleDownAsNeeded never larger than the image. ScaleStretch gives the destination's size, any other
     // mode the image's own. Without an image, or when the result is beyond 32 bits, both stay as they are.

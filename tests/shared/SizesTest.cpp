@@ -80,6 +80,11 @@ TEST_F(Sizes, MoreMemoryIsTakenThanIsInUse) {
     const AllocationWatch resizing;
     EXPECT_TRUE(sheet.Resize(1060000, 1));
     EXPECT_LT(resizing.largest(), enough) << "for a row at once";
+    for (const std::int32_t width : {530000, 7777, 1 << 20}) {
+        const AllocationWatch resampling;
+        EXPECT_TRUE(sheet.Resample(width, 1));
+        EXPECT_LT(resampling.largest(), enough / 2) << width;
+    }
     if (platform::canLoadMetafiles()) return; // the system's loader decides what it looks at
     const TemporaryFolder folder;
     writeFile(folder.path(u8"none.bin"), Bytes(100, 'x'));

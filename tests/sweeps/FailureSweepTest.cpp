@@ -174,6 +174,7 @@ TEST_F(FailureSweep, AFailedDrawingLeavesHalfOfIt) {
                               unchanged, before});
     }
     add("resize", [](auto& s) { return s.sheet.Resize(-9, 7); });
+    add("resample", [](auto& s) { return s.sheet.Resample(-9, 7); });
     add("trim", [](auto& s) { return s.sheet.TrimImage(trimAll); });
     add("mirror", [](auto& s) { return s.sheet.MirrorImage(true, true); });
     add("gray", [](auto& s) { return s.sheet.MakeGrayScale(gsclNTSCPAL); });

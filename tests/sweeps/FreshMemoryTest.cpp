@@ -48,6 +48,7 @@ Bytes everythingOf(const ByteArray& file) {
     sheet.CopyImageTo(host, 19, 7);
     addPixels(host);
     if (sheet.Resize(-11, 23)) addPixels(sheet);
+    if (sheet.Resample(17, -9)) addPixels(sheet);
     if (sheet.TrimImage()) addPixels(sheet);
     return all;
 }

@@ -190,7 +190,7 @@ Member member(Call call) {
     X(LoadPicture_StdPicture) X(CreateBitmap) X(CreateIcon) X(CreateCursor) X(CreateStdPicture) X(UpdateLayeredWindow) \
     X(SaveToFile_ICO) X(SaveToStream_ICO) X(CopyToClipBoard) X(PngPropertyGet) X(PngPropertySet) \
     X(MakeGrayScale) X(MakeImageInverse) X(MakeLighterDarker) X(MakeTransparent) X(BlendToColor) X(MirrorImage) \
-    X(Render) X(RenderDropShadow_JIT) X(CreateGDIplusToken) X(DestroyGDIplusToken) X(Resize) X(ScaleImage) \
+    X(Render) X(RenderDropShadow_JIT) X(CreateGDIplusToken) X(DestroyGDIplusToken) X(Resize) X(Resample) X(ScaleImage) \
     X(CreateDropShadow) X(CreateCheckerBoard) X(TileImage) X(DrawText_hFont) X(MeasureText_hFont) \
     X(CreateRegion) X(MaxPixels) X(MaxMemory) X(LoadNotes) X(Orientation)
 // clang-format on
