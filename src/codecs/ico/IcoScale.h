@@ -8,7 +8,7 @@
 
 namespace pixkit {
 
-// Sides of an icon end here, so that the sums of scaling fit 64 bits.
+// Sides of an icon, and hotspots, end here: directories count the latter with 16 bits.
 inline constexpr std::int32_t largestIcon = 65535;
 
 // Where a picture lies within an icon, from the top left: as large as fits in its proportions, in the middle.
@@ -22,10 +22,10 @@ IcoPlacement icoPlacement(ConstPixelView source, std::size_t width, std::size_t 
 CursorHotspot icoHotspot(ConstPixelView source, CursorHotspot point, std::size_t width, std::size_t height) noexcept;
 
 // The pixels of width * height, rows bottom-up without padding, that the picture makes there; what it does not cover is
-// clear. Along each axis that shrinks a pixel is the exact mean of what it covers of the source, premultiplied and
-// rounded to nearest, halves up; along one that grows it lies between its two neighbours, by the distance of their
-// centres. Without `hasAlpha` the picture is opaque whatever its alpha bytes hold. Sides are 1 .. largestIcon. Throws
-// std::bad_alloc.
+// clear. Along each axis that shrinks a pixel is the mean of what it covers of the source, premultiplied
+// (resampleArea); along one that grows it lies between its two neighbours, by the distance of their centres
+// (resampleTriangle). Without `hasAlpha` the picture is opaque whatever its alpha bytes hold. Sides are 1 ..
+// largestIcon. Throws std::bad_alloc.
 std::vector<std::uint8_t> icoScale(ConstPixelView source, bool hasAlpha, std::size_t width, std::size_t height);
 
 } // namespace pixkit
