@@ -347,6 +347,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console) {
     }
     if (app.got_subcommand("info")) return info(infoRequest, console);
     applyFit(convertRequest.steps, convertRequest.fit);
+    settleFilters(convertRequest.steps);
     if (app.got_subcommand("convert")) return convert(convertRequest, console);
     if (app.got_subcommand("compose")) return compose(composeRequest, console);
     return gallery(galleryRequest, console);

@@ -75,8 +75,7 @@ class Layers {
 
     static void scale(cPixSheet& picture, const ComposeLayer& layer, PictureSize canvas) {
         const PictureSize size = layer.scaling.sizeFor({picture.Width(), picture.Height()}, canvas);
-        picture.HighQualityInterpolation(true);
-        if (!picture.Resize(size.width, size.height)) {
+        if (!picture.Resample(size.width, size.height)) {
             throw Failed(layer.file + " at " + std::to_string(size.width) + " x " + std::to_string(size.height),
                          problemOf(picture));
         }

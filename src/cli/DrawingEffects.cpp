@@ -75,7 +75,42 @@ bool drawOn(cPixSheet& canvas, cPixSheet& sheet, std::int32_t x, std::int32_t y,
     return sheet.Render(0, x, y, 0, 0, 0, 0, 0, 0, opacity, true, true, &canvas, gsclNone, 0, angle);
 }
 
-EffectStep resizeByPercent(const std::string& argument) {
+// By what pictures get another size: a filter of Resample's, or none for Resize.
+struct ResizeFilter {
+    const char* word;
+    const char* constant; // behind the sizes in the call
+    std::optional<eResampleFilters> filter;
+    bool isBilinear = false; // else Resize takes the nearest pixels
+};
+constexpr std::array<ResizeFilter, 7> resizeFilters = {{{"auto", "", resampleAuto},
+                                                        {"area", ", resampleArea", resampleArea},
+                                                        {"triangle", ", resampleTriangle", resampleTriangle},
+                                                        {"mitchell", ", resampleMitchell", resampleMitchell},
+                                                        {"lanczos", ", resampleLanczos3", resampleLanczos3},
+                                                        {"bilinear", "", {}, true},
+                                                        {"nearest", "", {}}}};
+
+const ResizeFilter& resizeFilter(const std::string& word) {
+    const auto found = std::ranges::find_if(resizeFilters, [&](const ResizeFilter& one) { return word == one.word; });
+    if (found != resizeFilters.end()) return *found;
+    throw UsageError("'" + word +
+                     "' is not a filter; known are auto, area, triangle, mitchell, lanczos, bilinear and nearest");
+}
+
+bool resizeTo(cPixSheet& sheet, PictureSize size, const ResizeFilter& by) {
+    if (by.filter) return sheet.Resample(size.width, size.height, *by.filter);
+    const bool before = sheet.HighQualityInterpolation();
+    sheet.HighQualityInterpolation(by.isBilinear);
+    const bool isDone = sheet.Resize(size.width, size.height);
+    sheet.HighQualityInterpolation(before);
+    return isDone;
+}
+
+std::string resizeCall(const std::string& width, const std::string& height, const ResizeFilter& by) {
+    return (by.filter ? "Resample(" : "Resize(") + width + ", " + height + by.constant + ")";
+}
+
+EffectStep resizeByPercent(const std::string& argument, const ResizeFilter& by) {
     double percent = 0;
     if (!parseEntirely(std::string_view(argument).substr(0, argument.size() - 1), percent) ||
         !(percent > 0 && percent <= 10000)) {
@@ -84,10 +119,10 @@ EffectStep resizeByPercent(const std::string& argument) {
     const std::string factor = argument.substr(0, argument.size() - 1) + " / 100";
     return {"",
             "Resized to " + argument.substr(0, argument.size() - 1) + " %",
-            "Resize(Width * " + factor + ", Height * " + factor + ")",
+            resizeCall("Width * " + factor, "Height * " + factor, by),
             {},
-            [percent](cPixSheet& sheet) {
-                return sheet.Resize(percentOf(sheet.Width(), percent), percentOf(sheet.Height(), percent));
+            [percent, &by](cPixSheet& sheet) {
+                return resizeTo(sheet, {percentOf(sheet.Width(), percent), percentOf(sheet.Height(), percent)}, by);
             }};
 }
 
@@ -109,24 +144,21 @@ const Fit& parseFit(const std::string& word) {
     return *found;
 }
 
-EffectStep resizeToSide(PictureSize box, const Fit& fit) {
+EffectStep resizeToSide(PictureSize box, const Fit& fit, const ResizeFilter& by) {
     const bool isWidth = box.width != 0;
     const std::string length = std::to_string(isWidth ? box.width : box.height);
     const Scaling scaling{fit.mode, 100, {static_cast<double>(box.width)}, {static_cast<double>(box.height)}};
     return {"",
             fit.title + length + (isWidth ? " pixels in width" : " pixels in height"),
-            isWidth ? "Resize(" + length + ", h)" : "Resize(w, " + length + ")",
+            isWidth ? resizeCall(length, "h", by) : resizeCall("w", length, by),
             {},
-            [scaling](cPixSheet& sheet) {
-                const PictureSize size = scaling.sizeFor({sheet.Width(), sheet.Height()}, {});
-                return sheet.Resize(size.width, size.height);
+            [scaling, &by](cPixSheet& sheet) {
+                return resizeTo(sheet, scaling.sizeFor({sheet.Width(), sheet.Height()}, {}), by);
             }};
 }
 
-} // namespace
-
-EffectStep parseResize(const std::string& argument) {
-    if (argument.ends_with('%')) return resizeByPercent(argument);
+EffectStep resizeBy(const std::string& argument, const ResizeFilter& by) {
+    if (argument.ends_with('%')) return resizeByPercent(argument, by);
     const std::size_t colon = argument.find(':');
     const auto box = readSize(std::string_view(argument).substr(0, colon));
     if (!box) {
@@ -135,18 +167,42 @@ EffectStep parseResize(const std::string& argument) {
     }
     const PictureSize size = *box;
     const Fit& fit = colon == std::string::npos ? fits.front() : parseFit(argument.substr(colon + 1));
-    if (size.width == 0 || size.height == 0) return resizeToSide(size, fit);
+    if (size.width == 0 || size.height == 0) return resizeToSide(size, fit, by);
     const std::string numbers = std::to_string(size.width) + ", " + std::to_string(size.height);
     return {"",
             fit.title + std::to_string(size.width) + " × " + std::to_string(size.height),
-            "ScaleImage(" + numbers + ", w, h, " + fit.constant + "), Resize(w, h)",
+            "ScaleImage(" + numbers + ", w, h, " + fit.constant + "), " + resizeCall("w", "h", by),
             {},
-            [size, mode = fit.value](cPixSheet& sheet) {
+            [size, mode = fit.value, &by](cPixSheet& sheet) {
                 PictureSize scaled = size;
                 sheet.ScaleImage(size.width, size.height, scaled.width, scaled.height, mode);
                 // The thinnest picture keeps a pixel; 0 would mean its old size.
-                return sheet.Resize(std::max(scaled.width, 1), std::max(scaled.height, 1));
+                return resizeTo(sheet, {std::max(scaled.width, 1), std::max(scaled.height, 1)}, by);
             }};
+}
+
+} // namespace
+
+EffectStep parseResize(const std::string& argument) {
+    return resizeBy(argument, resizeFilters.front());
+}
+
+EffectStep parseResizeFilter(const std::string& argument) {
+    resizeFilter(argument);
+    return {"", "Filter " + argument, "", {}, [](cPixSheet&) { return true; }};
+}
+
+void settleFilters(std::vector<EffectStep>& steps) {
+    const std::string filter = "--filter ", resize = "--resize ";
+    const ResizeFilter* by = &resizeFilters.front();
+    for (EffectStep& step : steps) {
+        const std::string option = step.option;
+        if (option == "--nearest") by = &resizeFilter("nearest");
+        if (option.starts_with(filter)) by = &resizeFilter(option.substr(filter.size()));
+        if (!option.starts_with(resize)) continue;
+        step = resizeBy(option.substr(resize.size()), *by);
+        step.option = option;
+    }
 }
 
 EffectStep parseNearest(const std::string&) {

@@ -37,6 +37,7 @@ void classifyAlpha(cPixSheet& sheet);
 
 // Effects that give the picture another size or draw it (cli/DrawingEffects.cpp).
 EffectStep parseResize(const std::string& argument);
+EffectStep parseResizeFilter(const std::string& argument);
 EffectStep parseNearest(const std::string& argument);
 EffectStep parseRotate(const std::string& argument);
 EffectStep parseOpacity(const std::string& argument);

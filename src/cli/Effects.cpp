@@ -118,7 +118,7 @@ EffectStep parseMirror(const std::string& argument) {
             [x, y](cPixSheet& sheet) { return sheet.MirrorImage(x, y); }};
 }
 
-constexpr std::array<EffectOption, 17> table = {{
+constexpr std::array<EffectOption, 18> table = {{
     {"--grayscale", "FORMULA",
      "To grey by ntscpal, ccir709, simpleavg, redmask, greenmask,\nbluemask, redgreenmask or bluegreenmask",
      parseGrayscale},
@@ -134,6 +134,10 @@ constexpr std::array<EffectOption, 17> table = {{
      "as "
      "50%",
      parseResize},
+    {"--filter", "FILTER",
+     "From here on resize by auto (lanczos where pictures shrink,\nmitchell where they grow), area, triangle, "
+     "mitchell, lanczos,\nbilinear or nearest; auto unless said otherwise",
+     parseResizeFilter},
     {"--nearest", nullptr, "From here on resize and rotate by nearest pixels, with hard\nedges", parseNearest},
     {"--rotate", "DEGREES", "Clockwise about the centre, onto a picture that holds it all", parseRotate},
     {"--opacity", "PERCENT", "Made translucent, from 1 to 100 %", parseOpacity},

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace pixkit {
 class cPixSheet;
@@ -35,6 +36,9 @@ struct EffectOption {
 std::span<const EffectOption> effectOptions();
 // By the option's name, which must be one of the table's.
 const EffectOption& effectOption(std::string_view name);
+
+// Steps that resize do it by the filter that the steps before them name: called once all are there.
+void settleFilters(std::vector<EffectStep>& steps);
 
 // A step from an entry of the table and its argument, empty for an option without one. Throws UsageError.
 EffectStep makeStep(const EffectOption& option, const std::string& argument);

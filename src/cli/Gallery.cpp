@@ -120,6 +120,8 @@ std::vector<Effect> effectsFor(cPixSheet& picture) {
     for (const char* axes : {"x", "y", "xy"})
         add("Mirror", "--mirror", axes);
     addDrawings(effects, picture);
+    for (Effect& effect : effects)
+        settleFilters(effect.steps);
     return effects;
 }
 
