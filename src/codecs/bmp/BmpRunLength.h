@@ -15,7 +15,7 @@ class BmpRunLength {
     void nextRow(std::span<std::uint8_t> indexes) noexcept;
 
     // The most pixels that this many bytes of codes can describe one by one.
-    static std::uint64_t mostPixels(std::size_t bytes) noexcept { return std::uint64_t{bytes / 2} * 255; }
+    static std::uint64_t mostPixels(std::uint64_t bytes) noexcept { return bytes / 2 * 255; }
 
   private:
     bool applyEscape(std::uint8_t code, std::span<std::uint8_t> indexes);
