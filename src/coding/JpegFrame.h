@@ -18,7 +18,7 @@ class JpegSegments {
     bool next() noexcept;
     std::uint8_t marker() const noexcept { return m_marker; }
     std::span<const std::uint8_t> data() const noexcept { return m_data; }
-    // Where the segment ends in the file.
+    // Where the segment ends in the file; behind the last one, how far the bytes were looked at.
     std::size_t end() const noexcept { return m_at; }
     // Whether the data begins with a name and the zero that ends it.
     bool isNamed(std::string_view name) const noexcept;

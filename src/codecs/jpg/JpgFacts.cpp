@@ -5,8 +5,10 @@
 #include "coding/ByteReader.h"
 #include "coding/JpegFrame.h"
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <limits>
+#include <stdexcept>
 
 namespace pixkit {
 
@@ -72,6 +74,8 @@ void readFrameHeader(std::uint8_t marker, Bytes data, PictureFacts& facts) {
     constexpr std::uint8_t arithmetic = 0xC8;
     const unsigned kind = marker & 3U;
     facts.depth = data[0];
+    facts.height = static_cast<std::int32_t>(word(data, 1));
+    facts.width = static_cast<std::int32_t>(word(data, 3));
     facts.color = data[5] == 1 ? "gray" : data[5] == 4 ? "CMYK" : "YCbCr";
     if (marker > arithmetic) {
         facts.coding = kind == 2 ? "progressive, arithmetic" : "arithmetic";
@@ -81,47 +85,63 @@ void readFrameHeader(std::uint8_t marker, Bytes data, PictureFacts& facts) {
     facts.sampling = samplingOf(data.subspan(6));
 }
 
-// As much of the file as has the segments up to the scan.
-std::vector<std::uint8_t> readSegments(HeaderSource& file, std::size_t& scan) {
-    constexpr std::size_t first = 65536;
-    for (std::size_t count = first;; count *= 4) {
-        auto start = file.read(0, count);
-        for (JpegSegments segments(start); segments.next();)
-            if (segments.marker() == JpegSegments::sos) scan = segments.end();
-        if (scan != 0 || start.size() < count) return start;
+// APP0, where it is JFIF's.
+void readJfif(const JpegSegments& segment, PictureFacts& facts) {
+    const Bytes data = segment.data();
+    if (!segment.isNamed("JFIF") || data.size() < 12) return;
+    constexpr PictureDensity::Unit units[] = {PictureDensity::Unit::none, PictureDensity::Unit::inch,
+                                              PictureDensity::Unit::centimetre};
+    if (data[7] < std::size(units)) facts.density = PictureDensity{word(data, 8), word(data, 10), units[data[7]]};
+}
+
+void readSegment(const JpegSegments& segment, PictureFacts& facts) {
+    constexpr std::uint8_t app0 = 0xE0, dqt = 0xDB;
+    const std::uint8_t marker = segment.marker();
+    if (marker == dqt) readTables(segment.data(), facts);
+    if (marker == app0) readJfif(segment, facts);
+    if (JpegFrame::isHeader(marker, segment.data())) readFrameHeader(marker, segment.data(), facts);
+    noteSegment(segment, facts.notes);
+}
+
+// Reads the segments up to the first scan, a part of the file at a time, which has room for any of them. Where the
+// codes of the scan begin; nothing where there is none.
+std::optional<std::uint64_t> readSegments(HeaderSource& file, PictureFacts& facts) {
+    constexpr std::size_t part = 128 * 1024;
+    constexpr std::array<std::uint8_t, 2> soi = {0xFF, 0xD8};
+    for (std::uint64_t position = 0;;) {
+        auto bytes = file.read(position, part);
+        if (position != 0) std::ranges::copy(soi, bytes.begin()); // over what was read, so that it is a file again
+        JpegSegments segments(bytes);
+        while (segments.next()) {
+            readSegment(segments, facts);
+            if (segments.marker() == JpegSegments::sos) return position + segments.end();
+        }
+        const std::size_t walked = segments.end() - soi.size();
+        if (bytes.size() < part || walked == 0) return {};
+        position += walked;
     }
 }
 
-// Two bytes at the end, unless something stands behind them.
-bool endsEarly(HeaderSource& file, std::size_t scan) {
-    constexpr std::size_t usual = 65536;
-    const std::uint64_t behind = file.size() - scan;
-    const auto last = std::min<std::uint64_t>(behind, usual);
-    if (!endsJpegEarly(file.read(file.size() - last, static_cast<std::size_t>(last)), 0)) return false;
-    return last == behind || endsJpegEarly(file.read(scan, static_cast<std::size_t>(behind)), 0);
+// From the end, where the marker is in whole files; a block has a byte of the one behind it, which may be half of it.
+bool endsEarly(HeaderSource& file, std::uint64_t scan) {
+    constexpr std::uint64_t block = 65536;
+    for (std::uint64_t end = file.size();;) {
+        const std::uint64_t start = end - std::min(block, end - scan);
+        if (!endsJpegEarly(file.read(start, static_cast<std::size_t>(end - start)), 0)) return false;
+        if (start == scan) return true;
+        end = start + 1;
+    }
 }
 
 } // namespace
 
 std::optional<PictureFacts> readJpgFacts(HeaderSource& file) {
-    std::size_t scan = 0;
-    const auto start = readSegments(file, scan);
-    const auto frame = readJpegFrame(start);
-    if (!frame || scan == 0 || frame->width == 0 || frame->height == 0) return {};
-    PictureFacts facts{FileFormat::jpg, frame->width, frame->height};
-    facts.notes = notesOf(start);
-    facts.notes.endsEarly = endsEarly(file, scan);
+    if (file.size() > std::numeric_limits<std::int32_t>::max()) throw std::runtime_error("the file cannot be read");
+    PictureFacts facts{FileFormat::jpg};
+    const auto scan = readSegments(file, facts);
+    if (!scan || facts.width == 0 || facts.height == 0) return {};
+    facts.notes.endsEarly = endsEarly(file, *scan);
     if (facts.notes.hasProfile) facts.profile = "unnamed";
-    for (JpegSegments segments(start); segments.next();) {
-        constexpr std::uint8_t app0 = 0xE0, dqt = 0xDB;
-        const Bytes data = segments.data();
-        if (segments.marker() == dqt) readTables(data, facts);
-        if (JpegFrame::isHeader(segments.marker(), data)) readFrameHeader(segments.marker(), data, facts);
-        if (segments.marker() != app0 || !segments.isNamed("JFIF") || data.size() < 12) continue;
-        constexpr PictureDensity::Unit units[] = {PictureDensity::Unit::none, PictureDensity::Unit::inch,
-                                                  PictureDensity::Unit::centimetre};
-        if (data[7] < std::size(units)) facts.density = PictureDensity{word(data, 8), word(data, 10), units[data[7]]};
-    }
     return facts;
 }
 

@@ -1,5 +1,6 @@
 // What transparency comes to, and the codes. Bytes stand in the ledger of written files, and tests/oracle has every
 // quality.
+#include "codecs/PictureFacts.h"
 #include "codecs/jpg/JpgHuffman.h"
 #include "codecs/jpg/JpgQuantisation.h"
 #include "support/QuietLoads.h"
@@ -66,5 +67,36 @@ TEST_F(Jpg, CodesAreTooLongOrLackOne) {
             room -= 1.0 / (1 << table.codes[i].length);
         }
         EXPECT_TRUE(room > 0 && (room <= 0.5 || frequencies[7] == 5)) << room;
+    }
+}
+
+// Remarks of more bytes than a part has; and an end that is not where it belongs, on the edge of a block, or missing.
+TEST_F(Jpg, HeadersAreReadInPartsHoweverFarApartTheyAre) {
+    struct Parts : HeaderSource {
+        std::uint64_t size() const override { return bytes.size(); }
+        Bytes read(std::uint64_t position, std::size_t count) override {
+            EXPECT_LE(count, 128U << 10);
+            const auto rest = std::span(bytes).subspan(static_cast<std::size_t>(position));
+            const auto part = rest.first(std::min(count, rest.size()));
+            return {part.begin(), part.end()};
+        }
+        Bytes bytes;
+    } file;
+    for (const unsigned length : {100U, 65535U, 40000U}) {
+        file.bytes = readFile(sourceFolder() / "tests/data/notes/turned.jpg");
+        Bytes remark = {0xFF, 0xFE, static_cast<std::uint8_t>(length >> 8), static_cast<std::uint8_t>(length)};
+        remark.resize(length + 2, 0xFF);
+        for (int i = 0; i < 8; ++i)
+            file.bytes.insert(file.bytes.begin() + 20, remark.begin(), remark.end());
+        const std::size_t size = file.bytes.size();
+        for (const std::size_t behind : {0U, 65534U, 65535U, 300000U}) {
+            file.bytes.resize(size + behind);
+            const auto facts = readJpgFacts(file);
+            ASSERT_TRUE(facts && facts->width == 8 && facts->height == 16) << length;
+            EXPECT_TRUE(facts->density && facts->notes.orientation == 6 && facts->quality == 100) << length;
+            EXPECT_FALSE(facts->notes.endsEarly) << behind;
+        }
+        file.bytes[size - 1] = 0;
+        EXPECT_TRUE(readJpgFacts(file)->notes.endsEarly);
     }
 }
