@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <limits>
 #include <stdexcept>
+#include <utility>
 
 namespace pixkit {
 
@@ -21,16 +22,16 @@ unsigned word(Bytes bytes, std::size_t at) noexcept {
     return unsigned{reader.byte(at).value_or(0)} << 8 | reader.byte(at + 1).value_or(0);
 }
 
+using Divisors = std::array<int, 64>;
+
 // The quality for which the IJG's library makes the table that differs least from this one.
-int nearestQuality(Bytes table, bool is16Bit) {
+int nearestQuality(const Divisors& divisors) {
     int nearest = 0, least = std::numeric_limits<int>::max();
     for (int quality = 100; quality >= 1; --quality) {
         const JpgQuantisation trial = jpgQuantisation(false, quality);
         int difference = 0;
-        for (std::size_t i = 0; i < trial.size(); ++i) {
-            const unsigned divisor = is16Bit ? word(table, i * 2) : table[i];
-            difference += std::abs(static_cast<int>(divisor) - trial[i]);
-        }
+        for (std::size_t i = 0; i < trial.size(); ++i)
+            difference += std::abs(divisors[i] - trial[i]);
         if (difference >= least) continue;
         least = difference;
         nearest = quality;
@@ -38,13 +39,23 @@ int nearestQuality(Bytes table, bool is16Bit) {
     return nearest;
 }
 
+// What is made of the segments when all have been seen.
+struct JpgHeaders {
+    PictureFacts facts{FileFormat::jpg};
+    std::optional<Divisors> luminance; // of the last such table, as that is the one in use
+};
+
 // DQT: tables of 64 divisors each behind a byte that says their size and number. The first one is luminance's.
-void readTables(Bytes data, PictureFacts& facts) {
+void readTables(Bytes data, std::optional<Divisors>& luminance) {
     while (!data.empty()) {
         const bool is16Bit = data[0] >> 4 != 0;
         const std::size_t bytes = is16Bit ? 128 : 64;
         if (data.size() <= bytes) return;
-        if ((data[0] & 15) == 0) facts.quality = nearestQuality(data.subspan(1, bytes), is16Bit);
+        if ((data[0] & 15) == 0) {
+            Divisors& divisors = luminance.emplace();
+            for (std::size_t i = 0; i < divisors.size(); ++i)
+                divisors[i] = is16Bit ? static_cast<int>(word(data, 1 + i * 2)) : data[1 + i];
+        }
         data = data.subspan(bytes + 1);
     }
 }
@@ -94,18 +105,18 @@ void readJfif(const JpegSegments& segment, PictureFacts& facts) {
     if (data[7] < std::size(units)) facts.density = PictureDensity{word(data, 8), word(data, 10), units[data[7]]};
 }
 
-void readSegment(const JpegSegments& segment, PictureFacts& facts) {
+void readSegment(const JpegSegments& segment, JpgHeaders& headers) {
     constexpr std::uint8_t app0 = 0xE0, dqt = 0xDB;
     const std::uint8_t marker = segment.marker();
-    if (marker == dqt) readTables(segment.data(), facts);
-    if (marker == app0) readJfif(segment, facts);
-    if (JpegFrame::isHeader(marker, segment.data())) readFrameHeader(marker, segment.data(), facts);
-    noteSegment(segment, facts.notes);
+    if (marker == dqt) readTables(segment.data(), headers.luminance);
+    if (marker == app0) readJfif(segment, headers.facts);
+    if (JpegFrame::isHeader(marker, segment.data())) readFrameHeader(marker, segment.data(), headers.facts);
+    noteSegment(segment, headers.facts.notes);
 }
 
 // Reads the segments up to the first scan, a part of the file at a time, which has room for any of them. Where the
 // codes of the scan begin; nothing where there is none.
-std::optional<std::uint64_t> readSegments(HeaderSource& file, PictureFacts& facts) {
+std::optional<std::uint64_t> readSegments(HeaderSource& file, JpgHeaders& headers) {
     constexpr std::size_t part = 128 * 1024;
     constexpr std::array<std::uint8_t, 2> soi = {0xFF, 0xD8};
     for (std::uint64_t position = 0;;) {
@@ -113,7 +124,7 @@ std::optional<std::uint64_t> readSegments(HeaderSource& file, PictureFacts& fact
         if (position != 0) std::ranges::copy(soi, bytes.begin()); // over what was read, so that it is a file again
         JpegSegments segments(bytes);
         while (segments.next()) {
-            readSegment(segments, facts);
+            readSegment(segments, headers);
             if (segments.marker() == JpegSegments::sos) return position + segments.end();
         }
         const std::size_t walked = segments.end() - soi.size();
@@ -137,12 +148,14 @@ bool endsEarly(HeaderSource& file, std::uint64_t scan) {
 
 std::optional<PictureFacts> readJpgFacts(HeaderSource& file) {
     if (file.size() > std::numeric_limits<std::int32_t>::max()) throw std::runtime_error("the file cannot be read");
-    PictureFacts facts{FileFormat::jpg};
-    const auto scan = readSegments(file, facts);
+    JpgHeaders headers;
+    const auto scan = readSegments(file, headers);
+    PictureFacts& facts = headers.facts;
     if (!scan || facts.width == 0 || facts.height == 0) return {};
     facts.notes.endsEarly = endsEarly(file, *scan);
     if (facts.notes.hasProfile) facts.profile = "unnamed";
-    return facts;
+    if (headers.luminance) facts.quality = nearestQuality(*headers.luminance);
+    return std::move(facts);
 }
 
 } // namespace pixkit
