@@ -112,6 +112,8 @@ def bmp():
         yield f"png{name}", changed(file, 34, struct.pack("<I", used))
     yield "bad-png-cut", bmp_file(0, 9, 5, compression=5, pixels=picture[:90], entries=0)
     yield "bad-png-of-bmp", bmp_file(0, 9, 5, compression=5, pixels=bmp_file(24, 9, 5), entries=0)
+    wrapping = bmp_file(0, 9, 5, compression=5, pixels=picture, entries=0)
+    yield "bad-png-header-wraps", changed(wrapping, 14, b"\xF8\xFF\xFF\xFF")
     whole = bmp_file(24, 9, 5)
     for name, length in (("padding", 1), ("pixel", 5), ("rows", 28 * 2)):
         yield f"odd-cut-{name}", whole[:-length]

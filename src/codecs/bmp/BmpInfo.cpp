@@ -218,7 +218,8 @@ std::span<const std::uint8_t> embeddedPicture(std::span<const std::uint8_t> file
     const auto field = [&](std::size_t at) { return reader.littleEndian32(at).value_or(0); };
     const bool isJpeg = BmpCompression{field(compressionAt)} == BmpCompression::jpeg;
     const std::uint32_t headerSize = field(fileHeaderSize), start = field(10), stated = field(34);
-    if (isOs2(headerSize) || start < fileHeaderSize + headerSize || start >= file.size()) return {};
+    const std::uint64_t afterHeaders = std::uint64_t{fileHeaderSize} + headerSize; // which 32 bits do not hold
+    if (isOs2(headerSize) || start < afterHeaders || start >= file.size()) return {};
     const auto rest = file.subspan(start);
     const auto data = rest.first(stated == 0 ? rest.size() : std::min<std::size_t>(stated, rest.size()));
     constexpr std::array<std::uint8_t, 3> startOfJpeg = {0xFF, 0xD8, 0xFF};
