@@ -97,8 +97,9 @@ std::optional<PictureFacts> readPngFacts(HeaderSource& file) {
     const ByteReader reader(rest);
     for (std::size_t at = 8; reader.slice(at, chunkHead);) {
         const std::size_t length = reader.bigEndian32(at).value_or(0);
-        if (const auto data = reader.slice(at + chunkHead, length))
-            readChunk(reader.bigEndian32(at + 4).value_or(0), ByteReader(*data), facts);
+        const auto data = reader.slice(at + chunkHead, length);
+        if (!data) break; // the last one, whose length may lead anywhere in 32 bits
+        readChunk(reader.bigEndian32(at + 4).value_or(0), ByteReader(*data), facts);
         at += length + chunkOverhead;
     }
     return facts;
