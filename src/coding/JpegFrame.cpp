@@ -74,7 +74,7 @@ JpegSegments::JpegSegments(Bytes file) noexcept {
 }
 
 bool JpegSegments::next() noexcept {
-    constexpr std::uint8_t rst0 = 0xD0, soi = 0xD8, app0 = 0xE0, app15 = 0xEF, com = 0xFE;
+    constexpr std::uint8_t rst0 = 0xD0, soi = 0xD8, dnl = 0xDC, app0 = 0xE0, app15 = 0xEF, com = 0xFE;
     while (m_at < m_file.size() && m_file.size() - m_at >= 4 && m_marker != sos) {
         if (m_file[m_at] != 0xFF) { // bytes between segments belong to nobody
             ++m_at;
@@ -86,8 +86,8 @@ bool JpegSegments::next() noexcept {
             continue;
         }
         const std::size_t length = std::size_t{m_file[m_at + 2]} << 8 | m_file[m_at + 3];
-        const bool isRemark = marker == com || (marker >= app0 && marker <= app15);
-        if (length < 2 && isRemark) { // shorter than the length itself: decoders pass over that and go on
+        const bool isSkipped = marker == com || marker == dnl || (marker >= app0 && marker <= app15);
+        if (length < 2 && isSkipped) { // shorter than the length itself: decoders pass over that and go on
             m_at += 4;
             continue;
         }

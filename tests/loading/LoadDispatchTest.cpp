@@ -68,7 +68,7 @@ TEST_F(LoadDispatch, AnotherReaderIsAskedFirstOrTheSystemUnasked) {
     }
 }
 
-// A comment of JPEG files, too, whose length is not even that of the length.
+// A comment or DNL of JPEG files, too, whose length is not even that of the length.
 TEST_F(LoadDispatch, APictureWithinABmpFileIsAnotherOrPassesALimit) {
     cPixSheet original, alone;
     Random(3).fill(original, 30, 20);
@@ -88,7 +88,7 @@ TEST_F(LoadDispatch, APictureWithinABmpFileIsAnotherOrPassesALimit) {
         EXPECT_FALSE(sheet.LoadPicture_Stream(ByteArray(embedded)));
         sheet.MaxPixels(0);
         if (isPng) continue;
-        whole.insert(whole.begin() + 2, {0xFF, 0xFE, 0, 0});
+        whole.insert(whole.begin() + 2, {0xFF, 0xFE, 0, 0, 0xFF, 0xDC, 0, 0});
         ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(whole)));
         EXPECT_TRUE(pixelsOf(sheet) == pixelsOf(alone));
     }
