@@ -26,6 +26,8 @@ StatedSize statedSize(std::span<const std::uint8_t> start) noexcept {
     Reason unused;
     if (const auto bmp = readBmpInfo(start, unused))
         return {static_cast<double>(bmp->width), static_cast<double>(bmp->height)};
+    if (const auto embedded = embeddedPicture(start); !embedded.empty())
+        start = embedded; // of which there may be a part
     if (const auto jpeg = readJpegFrame(start))
         return {static_cast<double>(jpeg->width), static_cast<double>(jpeg->height)};
     GifFrame gif;

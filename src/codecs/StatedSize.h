@@ -11,8 +11,9 @@ struct StatedSize {
     double width = 0, height = 0;
 };
 
-// Of BMP, GIF, JPEG and PNG files. As many bytes as this tell it, except where a JPEG keeps more in front of its frame
-// header, or a GIF in front of its first image.
+// Of BMP, GIF, JPEG and PNG files, and of the JPEG or PNG file that a BMP file holds. As many bytes as this tell it,
+// except where more stands in front of the file that a BMP file holds, of a JPEG's frame header or of a GIF's first
+// image.
 inline constexpr std::size_t bytesOfStatedSize = 65536;
 StatedSize statedSize(std::span<const std::uint8_t> start) noexcept;
 

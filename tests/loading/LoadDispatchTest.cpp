@@ -1,6 +1,7 @@
 // What is refused before a reader sees it, the order of readers, slices, the kept bytes, and pictures that programs
 // have in memory already.
 #include "codecs/Formats.h"
+#include "codecs/StatedSize.h"
 #include "codecs/tga/cTGAparser.h"
 #include "loading/ForeignPictures.h"
 #include "loading/LoadRequest.h"
@@ -84,6 +85,7 @@ TEST_F(LoadDispatch, APictureWithinABmpFileIsAnotherOrPassesALimit) {
         ASSERT_TRUE(sheet.LoadPicture_Stream(ByteArray(embedded))) << isPng;
         EXPECT_TRUE(pixelsOf(sheet) == pixelsOf(alone) && sheet.Alpha() == alone.Alpha());
         EXPECT_EQ(sheet.ImageType(), sheet.Alpha() == AlphaNone ? imgBitmap : imgBmpARGB);
+        EXPECT_EQ(statedSize(embedded).width, 30);
         sheet.MaxPixels(30 * 20 - 1);
         EXPECT_FALSE(sheet.LoadPicture_Stream(ByteArray(embedded)));
         sheet.MaxPixels(0);
