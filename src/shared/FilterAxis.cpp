@@ -1,6 +1,7 @@
 #include "shared/FilterAxis.h"
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <numbers>
 
 namespace pixkit {
@@ -113,7 +114,19 @@ FilterAxis::Taps FilterAxis::weigh(std::size_t i) {
     // What rounding has left over, or taken too much, goes to the weight that feels it least.
     std::int16_t& largest =
         *std::max_element(m_weights.begin(), m_weights.begin() + static_cast<std::ptrdiff_t>(count));
-    largest = static_cast<std::int16_t>(largest + rest);
+    if (std::abs(rest) <= largest / 2) {
+        largest = static_cast<std::int16_t>(largest + rest);
+        return {first, count};
+    }
+    // Where hundreds of thousands of pixels make one, each weight is next to nothing: their sums are rounded.
+    double exact = 0;
+    int given = 0;
+    for (std::size_t tap = 0; tap < count; ++tap) {
+        exact += m_exact[tap];
+        const int upTo = static_cast<int>(std::floor(exact / sum * one + 0.5));
+        m_weights[tap] = static_cast<std::int16_t>(upTo - given);
+        given = upTo;
+    }
     return {first, count};
 }
 
