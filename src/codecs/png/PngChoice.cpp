@@ -8,25 +8,29 @@ namespace pixkit {
 
 namespace {
 
-// In bytes of pixels. Of larger pictures at most the greater of this and a share of them is looked at.
+// In bytes of pixels. Of larger pictures a share is tried, or as much as this if that is more.
 constexpr std::size_t smallPicture = 1U << 18;
-constexpr std::size_t share = 32;
-// Rows that are looked at stand together, since filters look at the row above.
-constexpr std::size_t bandRows = 16;
+constexpr std::size_t share = 32, thoroughShare = 4;
+// Pieces are at most so large, not more than a small picture: filters look at the row above, and copies come from
+// there.
+constexpr std::size_t pieceRows = 16, pieceColumns = smallPicture / 4 / pieceRows;
 
-// The bands of rows to be tried, spread evenly.
-std::vector<ConstPixelView> bandsOf(ConstPixelView image, bool isAll) {
+// The pieces to be tried, spread evenly.
+std::vector<ConstPixelView> piecesOf(ConstPixelView image, std::size_t parts) {
     const std::size_t bytes = image.width * 4 * image.height;
-    if (isAll || bytes <= smallPicture || image.height <= bandRows) return {image};
-    const std::size_t bandBytes = image.width * 4 * bandRows;
-    const std::size_t most = image.height / bandRows;
-    const std::size_t count = std::clamp<std::size_t>(std::max(smallPicture, bytes / share) / bandBytes, 1, most);
-    std::vector<ConstPixelView> bands;
+    if (bytes <= smallPicture) return {image};
+    const std::size_t rows = std::min(image.height, pieceRows);
+    const std::size_t columns = std::min(image.width, pieceColumns);
+    const std::size_t count = std::max(smallPicture, bytes / parts) / (rows * columns * 4);
+    std::vector<ConstPixelView> pieces(count);
     for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t first = (2 * i + 1) * most / (2 * count) * bandRows;
-        bands.push_back({image.row(first), image.width, bandRows, image.stride});
+        // As many places from side to side as there are pieces, again and again on the way up.
+        const std::size_t across = image.width / columns;
+        const std::size_t x = across == 1 ? 0 : i % across * (image.width - columns) / (across - 1);
+        const auto y = static_cast<std::size_t>(std::uint64_t{image.height - rows} * (2 * i + 1) / (2 * count));
+        pieces[i] = {image.row(y) + 4 * x, columns, rows, image.stride};
     }
-    return bands;
+    return pieces;
 }
 
 // What stands in the file beside the rows: PLTE and tRNS.
@@ -52,8 +56,9 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
 
     const bool isThorough = level >= deflate::smallestLevel;
     const int trialLevel = level < deflate::defaultLevel ? std::min(level, deflate::fastestLevel) : 3;
-    const std::vector<ConstPixelView> bands = bandsOf(image, isThorough);
-    const std::size_t triedRows = bands.size() * bands.front().height;
+    const std::vector<ConstPixelView> pieces = piecesOf(image, isThorough ? thoroughShare : share);
+    const std::uint64_t pixels = std::uint64_t{image.width} * image.height;
+    const std::uint64_t tried = std::uint64_t{pieces.front().width} * pieces.front().height * pieces.size();
     struct Trial {
         PngChoice choice;
         std::uint64_t bytes;
@@ -63,23 +68,27 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
     for (std::size_t form = 0; form < forms.size(); ++form) {
         for (const eFilterMethods filter : filters) {
             rows.clear();
-            for (const ConstPixelView& band : bands) {
-                const auto more = pngFilteredRows(band, hasAlpha, forms[form], filter, props.isInterlaced());
-                rows.insert(rows.end(), more.begin(), more.end());
+            for (const ConstPixelView& piece : pieces) {
+                auto more = pngFilteredRows(piece, hasAlpha, forms[form], filter, props.isInterlaced());
+                if (rows.empty())
+                    rows = std::move(more);
+                else
+                    rows.insert(rows.end(), more.begin(), more.end());
             }
             compressed.clear();
             deflate::compressZlib(rows, trialLevel, compressed);
-            // For as many bytes as all rows would take.
-            const std::uint64_t bytes = std::uint64_t{compressed.size()} * image.height / triedRows;
+            // What all pixels would take; a picture has fewer than 2^29.
+            const std::uint64_t bytes = std::uint64_t{compressed.size()} * pixels / tried;
             trials.push_back({{form, filter}, bytes + chunkBytes(forms[form])});
         }
     }
     std::ranges::stable_sort(trials, {}, &Trial::bytes);
     // The level itself may put those into another order that are close together.
-    const bool isOpen = trialLevel != level && triedRows == image.height;
-    const std::uint64_t close = trials.front().bytes + trials.front().bytes / 32 + 24;
+    const bool isSmall = tried == pixels;
+    const std::uint64_t close = trials.front().bytes + trials.front().bytes / (isSmall ? 32 : 128) + 24;
+    const std::size_t most = trialLevel == level ? 1 : isSmall ? 4 : isThorough ? 2 : 1;
     std::size_t left = 1;
-    while (isOpen && left < std::min<std::size_t>(trials.size(), 4) && trials[left].bytes <= close)
+    while (left < std::min(trials.size(), most) && trials[left].bytes <= close)
         ++left;
     std::vector<PngChoice> choices(left);
     std::ranges::transform(std::span(trials).first(left), choices.begin(), &Trial::choice);

@@ -14,7 +14,7 @@ struct PngChoice {
 };
 
 // The choices that are worth being made into files, the most promising first. Of a large picture some rows are tried,
-// of a small one and at the highest level all. What the properties ask for is not open to choice. Throws
+// of a small one all. What the properties ask for is not open to choice. Throws
 // std::bad_alloc.
 std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std::vector<PngForm>& forms,
                                   const PngProperties& props);

@@ -11,6 +11,8 @@ namespace pixkit::deflate {
 
 namespace {
 
+using Bytes = std::vector<std::uint8_t>;
+
 struct Effort {
     unsigned depth;     // places looked at for a copy
     unsigned lazyDepth; // and for one that begins a byte later; 0: not looked for
@@ -121,17 +123,7 @@ void parseLazily(std::span<const std::uint8_t> data, std::size_t shortest, const
         blocks.literal(data[position]);
 }
 
-} // namespace
-
-void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std::uint8_t>& out) {
-    level = std::clamp(level, 0, smallestLevel);
-    // RFC 1950, 2.2: deflate with a window of 32 KiB; a hint at the level; the check bits make it a multiple of 31.
-    const unsigned hint = level < 2 ? 0 : level < 6 ? 1 : level == 6 ? 2 : 3;
-    const unsigned head = 0x7800 | hint << 6;
-    const unsigned checked = head + 31 - head % 31;
-    ByteWriter stream(out);
-    stream.bigEndian16(checked);
-
+void compress(std::span<const std::uint8_t> data, int level, Bytes& out) {
     BlockWriter blocks(data, out);
     if (level == 0) {
         blocks.storeAll(data.size());
@@ -144,6 +136,29 @@ void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std
             parseLazily(data, level < defaultLevel ? 4 : shortestCopyOf(data),
                         efforts[static_cast<std::size_t>(level) - 2], blocks);
         blocks.finish();
+    }
+}
+
+} // namespace
+
+void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std::uint8_t>& out) {
+    level = std::clamp(level, 0, smallestLevel);
+    // RFC 1950, 2.2: deflate with a window of 32 KiB; a hint at the level; the check bits make it a multiple of 31.
+    const unsigned hint = level < 2 ? 0 : level < 6 ? 1 : level == 6 ? 2 : 3;
+    const unsigned head = 0x7800 | hint << 6;
+    const unsigned checked = head + 31 - head % 31;
+    ByteWriter stream(out);
+    stream.bigEndian16(checked);
+
+    const std::size_t begin = out.size();
+    compress(data, level, out);
+    if (level == smallestLevel) { // now and then looking less far gives less
+        Bytes other;
+        compress(data, level - 1, other);
+        if (other.size() < out.size() - begin) {
+            out.resize(begin);
+            out.insert(out.end(), other.begin(), other.end());
+        }
     }
     stream.bigEndian32(kernels::table().adler32(1, data.data(), data.size()));
 }

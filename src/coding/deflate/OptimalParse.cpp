@@ -10,6 +10,8 @@ namespace {
 
 // So many bytes are weighed at a time; no copy reaches over a border.
 constexpr std::size_t stretchBytes = 1U << 16;
+// Of all its positions together. Only data made for it has more, and then the rest goes without.
+constexpr std::size_t mostCopies = 16 * stretchBytes;
 // What symbols cost depends on what is chosen, and the other way round.
 constexpr int passes = 3;
 
@@ -54,7 +56,7 @@ class Stretch {
             m_firstCopy[i] = static_cast<std::uint32_t>(m_copies.size());
             const std::size_t position = m_begin + i;
             if (position + finderTail > m_data.size()) continue;
-            if (i < covered) {
+            if (i < covered || m_copies.size() >= mostCopies) {
                 m_finder.note(position);
                 continue;
             }
