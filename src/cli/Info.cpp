@@ -230,13 +230,14 @@ std::optional<Facts> factsByHeaders(const std::string& file, const LoadingOption
     auto said = readPictureFacts(headers);
     if (!said) return {};
     if (loading.isLimited && isBeyond(*said, loading)) return {};
-    return Facts{.file = file,
-                 .width = said->width,
-                 .height = said->height,
-                 .alpha = said->isCertain ? std::optional(said->alpha) : std::nullopt,
-                 .type = said->type,
-                 .bytes = headers.size(),
-                 .said = std::move(said)};
+    Facts facts{.file = file,
+                .width = said->width,
+                .height = said->height,
+                .alpha = said->isCertain ? std::optional(said->alpha) : std::nullopt,
+                .type = said->type,
+                .bytes = headers.size()};
+    facts.said = std::move(said);
+    return facts;
 }
 
 // Nothing where the picture cannot be loaded, or no region made of it; `problem` then says why.

@@ -9,8 +9,8 @@ std::uint8_t exifOrientation(std::span<const std::uint8_t> tiff) noexcept {
     constexpr std::uint16_t orientationTag = 0x0112, typeShort = 3, typeLong = 4;
     const ByteReader reader(tiff);
     const auto order = reader.littleEndian16(0);
-    if (order != 0x4949 && order != 0x4D4D) return asStored; // "II", "MM"
-    const bool isLittleEndian = order == 0x4949;
+    const bool isLittleEndian = order == 0x4949;             // "II"
+    if (!isLittleEndian && order != 0x4D4D) return asStored; // "MM"
     const auto word = [&](std::size_t at) {
         const std::uint16_t value = reader.littleEndian16(at).value_or(0);
         return isLittleEndian ? value : static_cast<std::uint16_t>(value << 8 | value >> 8);
