@@ -40,7 +40,7 @@ step() {
 
 build() { step "$1: build" build_preset "$@"; }
 build_preset() { cmake --preset "$@" && cmake --build --preset "$1"; }
-# All builds but the first, which shows that each file includes what it needs.
+# All builds but the first, which shows that each file that is built natively includes what it needs.
 sooner=-DPIXKIT_PRECOMPILE=ON
 # The results of each test are counted at the end, so a test that fails is no failed step.
 tests() {

@@ -154,33 +154,45 @@ def noise(width, height):
     return bmp(width, height, 32, 0, (random.Random(1).randbytes(MEGABYTE) * (count // MEGABYTE + 1))[:count])
 
 
+def near_repeats(width, height):
+    """Grays in which each byte has many earlier copies, all of them just shorter than a copy that is long enough."""
+    block = random.Random(1).randbytes(256)
+    pixels = b"".join(block + bytes([i & 255]) for i in range(width * height // 257 + 1))
+    return bmp(width, height, 8, 0, pixels[:width * height], b"".join(bytes([i, i, i, 0]) for i in range(256)))
+
+
 def nothing(width, height):
     return b"no picture" * 10  # made longer when it is written
 
 
 LARGEST, LARGEST_PNG = (23168, 23170), (8191, 8193)
-INFO = ("info", "--limit", "none", "FILE")
 
 
 def convert(ending, *options):
     return ("convert", "--limit", "none", "FILE", "FILE" + ending, "--overwrite", *options)
 
 
+LOAD = convert(".bmp", "--filter", "nearest", "--resize", "1x1")
+
+
 # By the first column of the table: what makes the file, its size there and here, the command.
 ROWS = {
-    "PNG of 16 bits a channel, one row of data": (png_of_a_row, LARGEST_PNG, SIDE, INFO),
-    "PNG of 16 bits a channel, all rows": (png_whole, LARGEST_PNG, SIDE, INFO),
-    "the same, damaged at the end": (png_damaged, LARGEST_PNG, SIDE, INFO),
-    "icon of 65,535 entries that all are the damaged PNG": (icon, LARGEST_PNG, 2 * SIDE, INFO),
-    "GIF, the longest strings": (gif, LARGEST, SIDE, INFO),
-    "BMP of 1 bit, half of it there": (bmp_1_bit, LARGEST, SIDE, INFO),
-    "BMP, run-length codes": (bmp_codes, LARGEST, SIDE, INFO),
-    "TGA, run-length packets, right to left": (tga, LARGEST, SIDE, INFO),
-    "JPEG, progressive, as many empty scans as its bytes pay for": (jpeg, (65500, 8192), SIDE, INFO),
-    "JPEG, arithmetic coded, hundreds of scans": (jpeg_arithmetic, (8192, 8192), 4 * SIDE, INFO),
-    "no picture, of 2 GiB": (nothing, (1, 1), 1, INFO),
+    "PNG of 16 bits a channel, one row of data": (png_of_a_row, LARGEST_PNG, SIDE, LOAD),
+    "PNG of 16 bits a channel, all rows": (png_whole, LARGEST_PNG, SIDE, LOAD),
+    "the same, damaged at the end": (png_damaged, LARGEST_PNG, SIDE, LOAD),
+    "icon of 65,535 entries that all are the damaged PNG": (icon, LARGEST_PNG, 2 * SIDE, LOAD),
+    "GIF, the longest strings": (gif, LARGEST, SIDE, LOAD),
+    "BMP of 1 bit, half of it there": (bmp_1_bit, LARGEST, SIDE, LOAD),
+    "BMP, run-length codes": (bmp_codes, LARGEST, SIDE, LOAD),
+    "TGA, run-length packets, right to left": (tga, LARGEST, SIDE, LOAD),
+    "JPEG, progressive, as many empty scans as its bytes pay for": (jpeg, (65500, 8192), SIDE, LOAD),
+    "JPEG, arithmetic coded, hundreds of scans": (jpeg_arithmetic, (8192, 8192), 4 * SIDE, LOAD),
+    "no picture, of 2 GiB": (nothing, (1, 1), 1, LOAD),
     "saved as GIF: pixels whose strings collide": (colliding, (8192, 8192), 2 * SIDE, convert(".gif")),
     "saved as GIF: every other pixel clear": (half_clear, (8192, 8192), SIDE, convert(".gif")),
+    "saved as PNG: noise": (noise, (4096, 4096), 2 * SIDE, convert(".png")),
+    "saved as PNG: near repeats": (near_repeats, (4096, 4096), SIDE, convert(".png")),
+    "the same at level 9": (near_repeats, (4096, 4096), SIDE, convert(".png", "--png-level", "9")),
     "saved as an icon: noise": (noise, (8192, 8192), SIDE, convert(".ico")),
     "drawn at 101 %": (plain, (16000, 16000), SIDE, convert(".bmp", "--resize", "101%")),
     "gallery of a plain bitmap": (plain, (1024, 1024), SIDE // 2, ("gallery", "--limit", "none", "FILE", "-o", "FILE.gallery")),
@@ -231,7 +243,7 @@ class Measure:
         self.command, self.path = command, path
         _, self.start, self.floor = least(command, ("--version",), path, 5)
         write(path, plain, SIDE, SIDE)
-        exit_code, seconds, memory = least(command, INFO, path, 5)
+        exit_code, seconds, memory = least(command, LOAD, path, 5)
         if exit_code != 0:
             sys.exit("a plain bitmap is refused")
         self.base = memory - path.stat().st_size - 4 * SIDE * SIDE
