@@ -1,8 +1,8 @@
 // Resampling by filters: 8 megapixels to one, to a thumbnail and enlarged, beside libvips and OpenCV, each in one
 // thread and with the filter that it has of ours. vips_resize halves pictures by plain means first where it shrinks by
 // more than two times two, which is faster than its filter and not the same.
+#include "noise.h"
 #include "program.h"
-#include "render/PixelBuffer.h"
 #include "shared/Resampling.h"
 #ifdef PIXKIT_BENCH_OPENCV
 #include <opencv2/imgproc.hpp>
@@ -26,18 +26,11 @@ constexpr Size sizes[] = {
 
 // Slow gradients with noise, opaque.
 PixelBuffer picture(std::size_t width, std::size_t height) {
-    PixelBuffer buffer(width, height);
-    std::uint32_t state = 1;
-    for (std::size_t y = 0; y < height; ++y) {
-        for (std::size_t x = 0; x < width; ++x) {
-            state = state * 1664525 + 1013904223;
-            std::uint8_t* const p = buffer.view().row(y) + 4 * x;
-            for (unsigned channel = 0; channel < 3; ++channel)
-                p[channel] = static_cast<std::uint8_t>((x + y) / 32 + (state >> (8 * channel + 6)) % 64);
-            p[3] = 255;
-        }
-    }
-    return buffer;
+    return bench::noisePicture(width, height, [](std::uint8_t* p, std::size_t x, std::size_t y, std::uint32_t noise) {
+        for (unsigned channel = 0; channel < 3; ++channel)
+            p[channel] = static_cast<std::uint8_t>((x + y) / 32 + (noise >> (8 * channel + 6)) % 64);
+        p[3] = 255;
+    });
 }
 
 void own(benchmark::State& state, const Size& size, pixkit::eResampleFilters filter) {
@@ -110,7 +103,7 @@ int main(int argc, char** argv) {
                 bench::add(name + peer, run)->MeasureProcessCPUTime()->UseRealTime();
             };
             add("pixkit", [=, &size](benchmark::State& state) { own(state, size, filter.filter); });
-            const bool shrinks = size.width < size.fromWidth;
+            [[maybe_unused]] const bool shrinks = size.width < size.fromWidth;
 #ifdef PIXKIT_BENCH_OPENCV
             if (filter.filter == pixkit::resampleArea && shrinks)
                 add("opencv", [&size](benchmark::State& state) { openCv(state, size, cv::INTER_AREA); });
@@ -124,7 +117,6 @@ int main(int argc, char** argv) {
                                                                                   : VIPS_KERNEL_LANCZOS3;
             add("vips", [=, &size](benchmark::State& state) { vips(state, size, kernel); });
 #endif
-            (void)shrinks;
         }
     }
 #ifdef PIXKIT_BENCH_VIPS

@@ -1,5 +1,6 @@
 // Resampling to half as large again and to 70 %, and rotation by 30 degrees, beside pixman and cairo. Sizes are those
 // of the source.
+#include "noise.h"
 #include "program.h"
 #include "render/Resampler.h"
 #include "render/Rotator.h"
@@ -24,19 +25,12 @@ constexpr double factors[] = {1.5, 0.7};
 
 // Premultiplied noise over slow gradients.
 PixelBuffer picture(std::size_t width, std::size_t height) {
-    PixelBuffer buffer(width, height);
-    std::uint32_t state = 1;
-    for (std::size_t y = 0; y < height; ++y) {
-        for (std::size_t x = 0; x < width; ++x) {
-            state = state * 1664525 + 1013904223;
-            const auto alpha = static_cast<std::uint32_t>(128 + (x + y) % 128);
-            std::uint8_t* const p = buffer.view().row(y) + 4 * x;
-            for (unsigned channel = 0; channel < 3; ++channel)
-                p[channel] = static_cast<std::uint8_t>((state >> (8 * channel)) % (alpha + 1));
-            p[3] = static_cast<std::uint8_t>(alpha);
-        }
-    }
-    return buffer;
+    return bench::noisePicture(width, height, [](std::uint8_t* p, std::size_t x, std::size_t y, std::uint32_t noise) {
+        const auto alpha = static_cast<std::uint32_t>(128 + (x + y) % 128);
+        for (unsigned channel = 0; channel < 3; ++channel)
+            p[channel] = static_cast<std::uint8_t>((noise >> (8 * channel)) % (alpha + 1));
+        p[3] = static_cast<std::uint8_t>(alpha);
+    });
 }
 
 std::size_t scaled(std::size_t size, double factor) {

@@ -101,7 +101,7 @@ def main():
     build = pathlib.Path(sys.argv[1])
     marks.mkdir(parents=True, exist_ok=True)
     settings = subprocess.run(["clang-tidy", "--version"], capture_output=True, text=True, check=True).stdout
-    settings += (root / ".clang-tidy").read_text()
+    settings += (root / ".clang-tidy").read_text() + pathlib.Path(__file__).read_text()
     commands = commands_of(build)
     groups = {}
     for name in sorted(sys.argv[2:]):

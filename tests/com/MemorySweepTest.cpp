@@ -1,5 +1,5 @@
-// Memory that ends while a client calls: every block and every array that the DLL asks for is refused once, and once
-// with all that follow. New blocks hold other bytes at every call, which shows in nothing that a client gets.
+// Memory that ends while a client calls: every block of malloc and every SafeArrayCreate of the DLL is refused once,
+// and once with all that follow. New blocks hold other bytes at every call, which shows in nothing that a client gets.
 #include "ImageFile.h"
 #include "Pictures.h"
 #include "Server.h"

@@ -71,7 +71,7 @@ Reason headerProblem(const BmpInfo& info, std::uint32_t headerSize) {
     const bool isKnown =
         info.compression <= BmpCompression::bitFields || info.compression == BmpCompression::alphaBitFields;
     if (!isKnown || (isOs2(headerSize) && info.compression > BmpCompression::rle4))
-        return "BMP: a compression that is not read"; // or a JPEG or PNG file that is none
+        return "BMP: a compression that is not read"; // also JPEG or PNG where no such file is embedded
     if (info.width <= 0 || info.height <= 0) return "BMP: no valid width or height";
     if (!fitsStore(info)) return "BMP: more pixels than an image can hold";
     if (!isDepthSuited(info)) return "BMP: no valid number of bits a pixel";

@@ -58,7 +58,7 @@ ReadResult cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixShee
     } else {
         for (std::size_t y = 0; y < pixels.height; ++y)
             rows.nextRow(info->isTopDown ? pixels.rowFromTop(y) : pixels.row(y));
-        if (info->bitCount == 64) alpha.bIsAlpha = premultiplyStraight(pixels, true); // which the format says
+        if (info->bitCount == 64) alpha.bIsAlpha = premultiplyStraight(pixels, true); // colours always are straight
         if (alpha.bIsAlpha != AlphaNone) alpha.imgType = imgBmpARGB;
     }
     Host.Alpha(alpha.bIsAlpha);

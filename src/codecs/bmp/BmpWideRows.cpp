@@ -20,13 +20,15 @@ BmpWideRows::BmpWideRows() {
 }
 
 void BmpWideRows::convert(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) const {
-    for (; count > 0; --count, dst += 4) {
-        for (std::size_t channel = 0; channel < 4; ++channel, src += 2) {
-            const auto value = static_cast<std::int16_t>(src[0] | src[1] << 8);
-            const std::int32_t alpha = (std::clamp<std::int32_t>(value, 0, one) * 255 + one / 2) / one;
-            const auto color = std::ranges::upper_bound(m_least, value) - m_least.begin();
-            dst[channel] = static_cast<std::uint8_t>(channel == 3 ? alpha : color);
-        }
+    const auto sample = [&](std::size_t channel) {
+        return static_cast<std::int16_t>(src[2 * channel] | src[2 * channel + 1] << 8);
+    };
+    for (; count > 0; --count, dst += 4, src += 8) {
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            dst[channel] =
+                static_cast<std::uint8_t>(std::ranges::upper_bound(m_least, sample(channel)) - m_least.begin());
+        const std::int32_t alpha = std::clamp<std::int32_t>(sample(3), 0, one);
+        dst[3] = static_cast<std::uint8_t>((alpha * 255 + one / 2) / one);
     }
 }
 

@@ -1,5 +1,4 @@
 // What the blocks of a GIF file tell. Every one says where the next begins, so all of the file is walked.
-#include "codecs/FileNotes.h"
 #include "codecs/PictureFacts.h"
 #include "coding/GifFrame.h"
 #include <limits>
@@ -13,7 +12,7 @@ std::optional<PictureFacts> readGifFacts(HeaderSource& file) {
     const auto bytes = file.read(0, static_cast<std::size_t>(file.size()));
     PictureFacts facts{FileFormat::gif};
     facts.frames = 0;
-    forEachGifImage(bytes, [&](const GifFrame& frame) {
+    facts.notes.endsEarly = forEachGifImage(bytes, [&](const GifFrame& frame) {
         if (facts.frames++ == 0) {
             facts.width = static_cast<std::int32_t>(frame.width);
             facts.height = static_cast<std::int32_t>(frame.height);
@@ -28,7 +27,7 @@ std::optional<PictureFacts> readGifFacts(HeaderSource& file) {
     if (facts.frames == 1) facts.delays.clear();
     facts.type = imgGIF;
     facts.color = "palette";
-    facts.notes = notesOf(bytes);
+    facts.notes.moreFrames = facts.frames - 1;
     return facts;
 }
 
