@@ -47,7 +47,7 @@ def notes():
     yield "turned.jpg", jpeg(*said)
     yield "cut.jpg", jpeg(end=b"")
     yield "says-much.png", png_that_says_much()
-    # The same 5 x 3 pixels to those who turn them. By EXIF 2.3: the sides that the stored picture's first row and first
+    # The same 5 x 3 pixels, twice as dense downwards, to those who turn them. By EXIF 2.3: the sides that the stored picture's first row and first
     # column are of what is shown.
     sides = ("top left", "top right", "bottom right", "bottom left", "left top", "right top", "right bottom", "left bottom")
     upright = [[(50 * x, 80 * y, 99) for x in range(5)] for y in range(3)]
@@ -57,6 +57,8 @@ def notes():
         shown = shown[::-1] if "bottom" in row_and_column else shown
         stored = shown if row in ("top", "bottom") else [list(line) for line in zip(*shown)]
         rows = [[sample for pixel in line for sample in pixel] for line in stored]
+        density = (2835, 5669) if stored is shown else (5669, 2835)
         yield f"upright-{orientation}.png", with_chunks(
             png_writer.png_bytes(len(stored[0]), len(stored), 2, 8, rows), b"IDAT",
+            png_writer.chunk(b"pHYs", struct.pack(">LLB", *density, 1)),
             png_writer.chunk(b"eXIf", exif(orientation, "<>"[orientation % 2])))

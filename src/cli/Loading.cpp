@@ -6,13 +6,27 @@
 #include "surface/HostAccess.h"
 #include <cmath>
 #include <iomanip>
+#include <memory>
 #include <sstream>
+#include <utility>
 
 namespace pixkit::cli {
 
 namespace {
 
 constexpr double megapixel = 1e6, gigapixel = 1e9;
+
+// Makes the density that the file states that of a picture on its side. Not as the caller's own, which would pass to
+// the next picture of the instance.
+void exchangeDensities(cPixSheet& sheet) {
+    const auto& loaded = HostAccess::loadedProperties(sheet);
+    const auto density = loaded ? loaded->density() : std::nullopt;
+    if (!density || density->first == density->second) return;
+    auto turned = std::make_shared<PngProperties>(*loaded);
+    turned->set(pngPixelsPerMeterX, density->second, {});
+    turned->set(pngPixelsPerMeterY, density->first, {});
+    HostAccess::loadedProperties(sheet, std::move(turned));
+}
 
 // Shows the picture as its file wants it; see cPixSheet::Orientation.
 bool turn(cPixSheet& sheet) {
@@ -26,7 +40,10 @@ bool turn(cPixSheet& sheet) {
     const Move& move = moves[sheet.Orientation() - 1];
     const bool isMirrored = move.mirrorsX || move.mirrorsY;
     if (isMirrored && !sheet.MirrorImage(move.mirrorsX, move.mirrorsY)) return false;
-    return move.degrees == nullptr || makeStep("--rotate", move.degrees).apply(sheet);
+    if (move.degrees == nullptr) return true;
+    if (!makeStep("--rotate", move.degrees).apply(sheet)) return false;
+    exchangeDensities(sheet);
+    return true;
 }
 
 } // namespace

@@ -22,6 +22,10 @@ struct HostAccess {
     static PictureNotes& notes(cPixSheet& host) noexcept { return host.m_notes; }
     // All that is said of the source's file goes for the host, too: its picture is made of the same.
     static void takeNotes(cPixSheet& host, const cPixSheet& source) noexcept { host.pvTakeNotes(source); }
+    // Null where the file said nothing.
+    static const std::shared_ptr<const PngProperties>& loadedProperties(const cPixSheet& host) noexcept {
+        return host.m_PNGprops.loaded();
+    }
     static void loadedProperties(cPixSheet& host, std::shared_ptr<const PngProperties> value) noexcept {
         host.m_PNGprops.loaded(std::move(value));
     }
