@@ -32,6 +32,9 @@ constexpr std::array<Effort, 7> efforts = {{
 }};
 constexpr unsigned smallestDepth = 100;
 
+// What is so small is done soon whatever the effort: from level 6 on it gets that of level 8.
+constexpr std::size_t smallData = 1U << 20;
+
 // After so many literals in a row copies are rare: fewer places are looked at, and then every other position alone.
 constexpr std::size_t drought = 32, longDrought = 128;
 constexpr unsigned droughtDepth = 4;
@@ -132,9 +135,12 @@ void compress(std::span<const std::uint8_t> data, int level, Bytes& out) {
             parseFast(data, blocks);
         else if (level == smallestLevel)
             parseOptimally(data, shortestCopyOf(data), smallestDepth, blocks);
+        else if (level < defaultLevel)
+            parseLazily(data, 4, efforts[static_cast<std::size_t>(level) - 2], blocks);
         else
-            parseLazily(data, level < defaultLevel ? 4 : shortestCopyOf(data),
-                        efforts[static_cast<std::size_t>(level) - 2], blocks);
+            parseLazily(data, shortestCopyOf(data),
+                        data.size() <= smallData ? efforts.back() : efforts[static_cast<std::size_t>(level) - 2],
+                        blocks);
         blocks.finish();
     }
 }
