@@ -54,7 +54,7 @@ void requireSameFacts(const cPixSheet& sheet, const ByteArray& file) {
         explicit Headers(std::span<const std::uint8_t> all) : bytes(all) {}
         std::uint64_t size() const override { return bytes.size(); }
         Bytes read(std::uint64_t position, std::size_t count) override {
-            const auto rest = bytes.subspan(std::min<std::size_t>(position, bytes.size()));
+            const auto rest = bytes.subspan(static_cast<std::size_t>(std::min<std::uint64_t>(position, bytes.size())));
             const auto part = rest.first(std::min(count, rest.size()));
             return {part.begin(), part.end()};
         }

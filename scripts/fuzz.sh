@@ -20,6 +20,8 @@ if [ "$(id -u)" = 0 ]; then
 fi
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset"
+longest=20 # seconds for one input; the memory sanitizer takes more time
+[ "$preset" != fuzz-memory ] || longest=60
 export LSAN_OPTIONS=suppressions=$PWD/tests/support/leaks.txt:print_suppressions=0
 
 status=0
@@ -37,7 +39,7 @@ for program in "build/$preset"/fuzz/fuzz_*; do
     [ ! -d "fuzz/seeds/$name" ] || options+=("fuzz/seeds/$name")
     [ ! -f "fuzz/dictionaries/$name.dict" ] || options+=(-dict="fuzz/dictionaries/$name.dict")
     echo "fuzz_$name of $preset for $seconds s"
-    "$program" -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=20 -max_len=$most -print_final_stats=1 \
+    "$program" -max_total_time="$seconds" -rss_limit_mb=2048 -timeout=$longest -max_len=$most -print_final_stats=1 \
         -artifact_prefix="$findings/" "$corpus" "${options[@]}" >"$findings.log" 2>&1 || status=1
     grep -aE 'ERROR|SUMMARY|exec|new_units|peak_rss' "$findings.log" | tail -n 8
 done

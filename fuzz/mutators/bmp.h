@@ -1,13 +1,13 @@
-// BMP, and the bitmaps in icons: headers of every version, masks, palettes and rows that suit them. Run-length codes
-// come from the seeds.
+// BMP, and the bitmaps in icons: headers of every version, masks, palettes and rows that suit them, PNG files inside.
+// Run-length codes and JPEG files inside come from the seeds.
 #pragma once
-#include "Dice.h"
+#include "png.h"
 
 namespace pixkit::fuzz {
 
 // A bitmap without the header of a file; in icons with the rows of its AND mask.
 inline Bytes newBitmap(bool isIcon, Dice& dice) {
-    constexpr std::size_t versions[] = {40, 40, 12, 16, 52, 56, 64, 108, 124}, depths[] = {1, 2, 4, 8, 16, 24, 32};
+    constexpr std::size_t versions[] = {40, 40, 12, 16, 52, 56, 64, 108, 124}, depths[] = {1, 2, 4, 8, 16, 24, 32, 64};
     const std::size_t version = dice.oneOf(versions), width = dice.side(), height = dice.side();
     const std::size_t wide = version == 12 ? 2 : 4, bits = dice.oneOf(depths),
                       doubled = isIcon && !dice.oneIn(8) ? 2 : 1;
@@ -36,9 +36,26 @@ inline void changeBitmap(Bytes& file, std::size_t at, Dice& dice) {
     putField(file, at + field, field == 12 || field == 14 ? 2 : 4, dice.number());
 }
 
+// A PNG file changes that stands behind the headers instead of rows, or comes to stand there.
+inline void changeEmbedded(Bytes& file, Dice& dice) {
+    constexpr std::size_t headers = 14 + 40, compressionAt = 30, png = 5;
+    const bool isOne = file.size() > headers && file[compressionAt] == png;
+    Bytes embedded(file.begin() + static_cast<std::ptrdiff_t>(isOne ? headers : file.size()), file.end());
+    mutatePng(embedded, dice);
+    if (!isOne) file = {'B', 'M'};
+    file.resize(headers);
+    putField(file, 10, 4, dice.oneIn(16) ? dice.number() : headers);
+    putField(file, 14, 4, headers - 14);
+    putField(file, compressionAt, 4, png);
+    putField(file, 34, 4, dice.oneIn(4) ? dice.number() : embedded.size());
+    append(file, embedded);
+}
+
 // A changed file, or a new one.
 inline void mutateBmp(Bytes& file, Dice& dice) {
     constexpr std::size_t fileHeader = 14;
+    const bool isEmbedding = file.size() > 60 && file[30] > 3;
+    if (dice.oneIn(isEmbedding ? 2 : 12)) return changeEmbedded(file, dice);
     if (file.size() > 60 && !dice.oneIn(3)) return changeBitmap(file, dice.oneIn(8) ? 10 : fileHeader, dice);
     file = {'B', 'M'};
     file.resize(fileHeader); // without an offset, pixels are where they are

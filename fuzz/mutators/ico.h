@@ -1,7 +1,6 @@
 // Icons and cursors: entries with PNG files and bitmaps of all kinds, some of which share bytes or lie outside.
 #pragma once
 #include "bmp.h"
-#include "png.h"
 
 namespace pixkit::fuzz {
 
