@@ -1,7 +1,6 @@
-// Decoding whole PNG files from memory: the component with zlib and with its own inflater, and its peers.
+// Decoding whole PNG files from memory: the component and its peers.
 #include "peers/png_decoders.h"
 #include "pictures.h"
-#include "platform/faults.h"
 #include "program.h"
 #include "surface/cPixSheet.h"
 
@@ -35,15 +34,13 @@ void decodeWithPeer(Bytes& file) {
     benchmark::DoNotOptimize(image.pixels.get());
 }
 
-void addBenchmark(Group& group, const char* decoder, void (*decode)(Bytes&), bool withoutZlib = false) {
+void addBenchmark(Group& group, const char* decoder, void (*decode)(Bytes&)) {
     const std::size_t pixels = pixelCount(group);
     bench::add("png/" + group.name + "/" + decoder, [=, &group](benchmark::State& state) {
-        if (withoutZlib) pixkit::platform::armFault(pixkit::platform::SeamCall::loadLibrary);
         for (auto _ : state) {
             for (Bytes& file : group.files)
                 decode(file);
         }
-        pixkit::platform::disarmFaults();
         bench::countPixels(state, static_cast<double>(pixels));
     });
 }
@@ -54,8 +51,7 @@ int main(int argc, char** argv) {
     static std::vector<Group> groups = bench::pngGroups();
     if (groups.empty()) return bench::noPictures();
     for (Group& group : groups) {
-        addBenchmark(group, "pixkit+zlib", loadWithPixkit);
-        addBenchmark(group, "pixkit", loadWithPixkit, true);
+        addBenchmark(group, "pixkit", loadWithPixkit);
         addBenchmark(group, "libpng-rows", decodeWithPeer<bench::decodeLibpngRows>);
         addBenchmark(group, "libpng-simplified", decodeWithPeer<bench::decodeLibpngSimplified>);
         addBenchmark(group, "libspng", decodeWithPeer<bench::decodeSpng>);

@@ -23,7 +23,8 @@ CpuFeatures detectedFeatures() noexcept {
     // The compiler's answer for AVX2 includes whether the operating system saves the wide registers.
     __builtin_cpu_init();
     if (__builtin_cpu_supports("sse2")) found |= cpuSse2;
-    if (__builtin_cpu_supports("avx2")) found |= cpuAvx2;
+    // All processors that have it multiply without carries, too; virtual ones may not say so.
+    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("pclmul")) found |= cpuAvx2;
 #endif
     return found;
 }

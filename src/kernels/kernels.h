@@ -223,6 +223,8 @@ struct Table {
     // --- checksums
     // Adler-32 (RFC 1950, 8.2) of what `sum` stands for, 1 for nothing, and then these bytes.
     std::uint32_t (*adler32)(std::uint32_t sum, const std::uint8_t* bytes, std::size_t count);
+    // CRC-32 (PNG standard, annex D) of what `crc` stands for, 0 for nothing, and then these bytes.
+    std::uint32_t (*crc32)(std::uint32_t crc, const std::uint8_t* bytes, std::size_t count);
 
     // --- PNG samples to premultiplied B, G, R, A. Rows do not overlap. Partial alpha premultiplies truncated, alpha 0
     // gives 0, 0, 0, 0. 16-bit samples are big-endian and only their high byte counts.

@@ -278,6 +278,7 @@ std::vector<Operation> operations(bool everyOpacity) {
         });
     }
     add("adler32", 0, 64, false, [](Call c) { return c.t.adler32(0xFFF0FFF0, c.src, 8 * c.n); });
+    add("crc32", 0, 64, false, [](Call c) { return c.t.crc32(0x12345678, c.src, 8 * c.n); });
     for (const unsigned depth : {1U, 2U, 4U})
         add("unpackSamples", 8, depth, false, [=](Call c) { c.t.unpackSamples(c.dst, c.src, c.n, depth); });
     add("toYCbCr", 24, 32, false, [](Call c) { c.t.toYCbCr(c.dst, c.dst + c.n, c.dst + 2 * c.n, c.src, c.n); });

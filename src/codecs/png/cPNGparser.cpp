@@ -6,9 +6,11 @@
 #include "codecs/png/PngChunkType.h"
 #include "codecs/png/PngHeader.h"
 #include "coding/ByteReader.h"
+#include "coding/Crc32.h"
 #include "coding/RowBytes.h"
 #include "coding/deflate/Inflate.h"
 #include "diagnostics/guard.h"
+#include "shared/cCDECL.h"
 #include "shared/checked.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
@@ -287,10 +289,6 @@ void cPNGparser::joinIDAT(std::span<const std::uint8_t> payload) {
 // --- zlib
 
 namespace {
-// `unsigned long` is what zlib's uLong is on either system.
-using UncompressFunction = int(std::uint8_t* dest, unsigned long* destLen, const std::uint8_t* source,
-                               unsigned long sourceLen);
-constexpr int zlibOk = 0;
 
 // Whether a version is "1.2" or later.
 bool isVersionEnough(std::string_view version) noexcept {
@@ -305,10 +303,9 @@ bool isVersionEnough(std::string_view version) noexcept {
     return numbers[0] > 1 || (numbers[0] == 1 && numbers[1] >= 2);
 }
 
-// Libraries under the same names were built with another convention too, in which the function takes its arguments off
-// the stack: a call would return, if at all, to locals that are not where they were. So what takes no arguments, which
-// is the same in both, is asked first: old versions, whose convention nobody can tell, count as absent, and newer ones
-// say how they were built.
+// Libraries under the same names were built with another convention too, in which functions take their arguments off
+// the stack, and count as absent, as old versions do, whose convention nobody can tell. What takes no arguments is the
+// same in both, and may be asked.
 bool hasCConvention(const cCDECL& library) noexcept {
     auto* const zlibVersion = library.function<const char*()>("zlibVersion");
     const char* const version = zlibVersion != nullptr ? zlibVersion() : nullptr;
@@ -320,15 +317,16 @@ bool hasCConvention(const cCDECL& library) noexcept {
 
 } // namespace
 
+// Whether CRCs are checked: where zlib is, as callers know it. What it would compute, own code computes several times
+// as fast, so that nothing else is asked of it.
 bool cPNGparser::zValidateZLIBversion() {
+    using Function = void();
     for (const char* zLIBname : {"zlib1.dll", "zlib.dll"}) {
-        cCfunction = cCDECL(zLIBname);
-        if (cCfunction.function<UncompressFunction>("uncompress") == nullptr || !hasCConvention(cCfunction)) continue;
-        m_crc32 = cCfunction.function<Crc32Function>("crc32"); // once: the same answer for all chunks
+        const cCDECL cCfunction(zLIBname);
+        if (cCfunction.function<Function>("uncompress") == nullptr || !hasCConvention(cCfunction)) continue;
+        m_hasCrc32 = cCfunction.function<Function>("crc32") != nullptr;
         return true;
     }
-    cCfunction = cCDECL();
-    m_crc32 = nullptr;
     return false;
 }
 
@@ -336,23 +334,11 @@ bool cPNGparser::zValidateZLIBversion() {
 // one of 0 is always a mismatch.
 bool cPNGparser::zCheckCRCvalue(const Chunk& chunk) {
     if (chunk.storedCrc == 0) return true;
-    if (m_crc32 == nullptr) {
+    if (!m_hasCrc32) {
         m_outcome = ReadOutcome::unable; // not the data's fault
         return false;
     }
-    const auto computed = m_crc32(0, chunk.typeAndData.data(), static_cast<unsigned int>(chunk.typeAndData.size()));
-    return computed == chunk.storedCrc;
-}
-
-// The number of bytes written; nothing when there is no zlib or it refuses the data.
-std::optional<std::size_t> cPNGparser::zInflate(std::uint8_t* output, std::size_t capacity,
-                                                std::span<const std::uint8_t> input) const {
-    auto* const uncompress = cCfunction.function<UncompressFunction>("uncompress");
-    if (uncompress == nullptr) return {};
-    auto destLen = static_cast<unsigned long>(capacity);
-    const int status = uncompress(output, &destLen, input.data(), static_cast<unsigned long>(input.size()));
-    if (status != zlibOk || destLen > capacity) return {};
-    return destLen;
+    return crc32(0, chunk.typeAndData) == chunk.storedCrc;
 }
 
 // --- from compressed data to the host
@@ -364,18 +350,14 @@ bool cPNGparser::PostLoadPNG() {
     if (uncmprssSize == 0) return refuse("IHDR is missing");
     if (!isDepthSuited()) return refuse("IHDR: the depth does not suit the colour type");
     const ZeroedBytes RawPNGdata = allocateZeroed(uncmprssSize);
-    auto written = zInflate(RawPNGdata.get(), uncmprssSize, m_IDAT);
-    if (!written) {
-        // What zlib refuses, the built-in decoder decides, and without zlib it decides alone: a picture loads the same
-        // with and without the library.
-        const auto result = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, m_IDAT.data(), m_IDAT.size());
-        if (result.outcome == deflate::Outcome::damaged) return refuse("IDAT: the compressed data is damaged");
-        written = result.written;
-    }
+    // The built-in decoder first, as the faster one; and alone, as it takes all that zlib takes and gives the same
+    // bytes.
+    const auto [outcome, written] = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, m_IDAT.data(), m_IDAT.size());
+    if (outcome == deflate::Outcome::damaged) return refuse("IDAT: the compressed data is damaged");
     // Of a picture without a single row there is nothing to show.
-    if (*written < firstRowBytes()) return refuse("IDAT: the data ends before the first row does");
+    if (written < firstRowBytes()) return refuse("IDAT: the data ends before the first row does");
     // Later rows that the data does not reach are zero, whatever a decoder used their place for.
-    std::memset(RawPNGdata.get() + *written, 0, uncmprssSize - *written);
+    std::memset(RawPNGdata.get() + written, 0, uncmprssSize - written);
     m_ownBytes.reset(); // before the host takes memory for its pixels
     InitializePalette();
     if (!cHost->InitializeDIB(m_Width, m_Height)) {
@@ -389,7 +371,7 @@ bool cPNGparser::PostLoadPNG() {
         UnfilterNI(RawPNGdata.get());
     }
     setAlpha();
-    setNotes(*written < neededBytes());
+    setNotes(written < neededBytes());
     HostAccess::ImageType(*cHost, imgPNG);
     return true;
 }

@@ -5,7 +5,6 @@
 #include "codecs/Reading.h"
 #include "codecs/png/PngNotes.h"
 #include "coding/Interlace.h"
-#include "shared/cCDECL.h"
 #include "surface/cPixSheet.h"
 #include <array>
 #include <cstdint>
@@ -86,8 +85,6 @@ class cPNGparser {
     AlphaTypeEnum alphaOfChunks() const noexcept;
     void setAlpha() noexcept { cHost->Alpha(alphaOfChunks()); }
     void setNotes(bool endsEarly) noexcept;
-    std::optional<std::size_t> zInflate(std::uint8_t* output, std::size_t capacity,
-                                        std::span<const std::uint8_t> input) const;
     bool isDepthSuited() const noexcept;
     DepthInfo GetDepthInfo() const noexcept;
     std::size_t GetBytesPerPixel(std::size_t totalWidth) const noexcept;
@@ -127,10 +124,7 @@ class cPNGparser {
     std::unique_ptr<std::uint8_t[]> m_ownBytes;
     std::span<const std::uint8_t> m_pngStream; // the data that is walked
     PngNotes m_notes;
-    cCDECL cCfunction; // zlib; empty when it was not found
-    // zlib's crc32; `unsigned long` is what its uLong is on either system.
-    using Crc32Function = unsigned long(unsigned long crc, const std::uint8_t* bytes, unsigned int count);
-    Crc32Function* m_crc32 = nullptr;
+    bool m_hasCrc32 = false; // zlib is there, and computes CRCs
 
     std::array<std::uint8_t, 256 * 4> m_lookup;                  // ready pixels of gray levels or palette entries
     std::optional<std::array<std::uint8_t, 4>> m_transparentKey; // opaque pixel that stands for a transparent one

@@ -59,6 +59,7 @@ constinit const Table reference = {
     .filterPaeth = filterPaeth,
     .filterSums = filterSums,
     .adler32 = adler32,
+    .crc32 = crc32,
     .fromRgb8 = fromRgb8,
     .fromRgba8 = fromRgba8,
     .fromGrayAlpha8 = fromGrayAlpha8,

@@ -2,10 +2,12 @@
 #include "kernels/simd/avx2.h"
 
 #include "kernels/simd/all.h"
+#include "kernels/simd/crc.h"
 #include "kernels/simd/gather_near.h"
 #include "kernels/simd/units.h"
 
 void pixkit::kernels::useAvx2(Table& table) noexcept {
     useAll(table);
+    useCrc(table);
     useGatherNear(table);
 }

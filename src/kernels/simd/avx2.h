@@ -176,6 +176,14 @@ inline Vec sumsOf8(Vec a) {
     return _mm256_sad_epu8(a, zeros());
 }
 
+// --- products of 64 bits, summed up without carries: of the low halves of two vectors, of the high halves
+inline Vec128 carrylessLow(Vec128 a, Vec128 b) {
+    return _mm_clmulepi64_si128(a, b, 0x00);
+}
+inline Vec128 carrylessHigh(Vec128 a, Vec128 b) {
+    return _mm_clmulepi64_si128(a, b, 0x11);
+}
+
 // --- comparisons: all ones where true
 inline Vec equal8(Vec a, Vec b) {
     return _mm256_cmpeq_epi8(a, b);
