@@ -1,6 +1,7 @@
 #include "codecs/png/PngForm.h"
 #include "kernels/kernels.h"
 #include <algorithm>
+#include <bit>
 #include <bitset>
 #include <cstring>
 #include <tuple>
@@ -64,15 +65,32 @@ struct Survey {
         hasClear |= clear;
         hasPartial |= partial;
     }
+    // Of a long row of opaque grays each is looked at once; false: the row is another one.
+    bool seeGrayRow(const std::uint8_t* row, std::size_t count, bool hasAlpha) noexcept {
+        if (!isGray || count < grays.size()) return false;
+        PngPixel other = 0;
+        for (std::size_t x = 0; x < count; ++x) {
+            const PngPixel pixel = pixelAt(row + 4 * x, false);
+            other |= ((pixel ^ pixel >> 8) & 0xFFFF) | (hasAlpha ? row[4 * x + 3] ^ 0xFFU : 0);
+        }
+        if (other != 0) return false;
+        std::array<bool, 256> isThere{};
+        for (std::size_t x = 0; x < count; ++x)
+            isThere[row[4 * x]] = true;
+        for (PngPixel gray = 0; gray < isThere.size(); ++gray)
+            if (isThere[gray]) see(opaque | gray * 0x010101);
+        return true;
+    }
     void seeRow(const std::uint8_t* row, std::size_t count, bool hasAlpha) noexcept {
         if (!isGray && !palette) {
-            if (hasAlpha) seeAlphas(row, count);
+            if (hasAlpha && !hasPartial) seeAlphas(row, count);
             return;
         }
-        PngPixel last = ~pixelAt(row, hasAlpha); // pixels like the one before need no look
+        if (seeGrayRow(row, count, hasAlpha)) return;
+        PngPixel last = ~pixelAt(row, hasAlpha); // what was seen before needs no look
         for (std::size_t x = 0; x < count; ++x) {
             const PngPixel pixel = pixelAt(row + 4 * x, hasAlpha);
-            if (pixel != last) see(pixel);
+            if (palette ? !palette->has(pixel) : pixel != last) see(pixel);
             last = pixel;
         }
     }
@@ -109,8 +127,27 @@ std::optional<PngForm> grayForm(const Survey& survey) {
     return {};
 }
 
-// A colour that no opaque pixel has.
+// The first colours, of which nearly always one is free, take a look without a table.
+constexpr unsigned firstColors = 64;
+
+std::uint64_t firstColorsUsed(ConstPixelView image) {
+    std::uint64_t used = 0;
+    for (std::size_t y = 0; y < image.height; ++y) {
+        const std::uint8_t* row = image.row(y);
+        for (std::size_t x = 0; x < image.width; ++x) {
+            const PngPixel pixel = pixelAt(row + 4 * x, true);
+            if (pixel - opaque < firstColors) used |= std::uint64_t{1} << (pixel - opaque);
+        }
+    }
+    return used;
+}
+
+// The first colour that no opaque pixel has.
 std::optional<Color> freeColor(ConstPixelView image, const std::optional<Color>& background) {
+    if (!background) {
+        const auto free = static_cast<unsigned>(std::countr_one(firstColorsUsed(image)));
+        if (free < firstColors) return Color{0, 0, static_cast<std::uint8_t>(free)};
+    }
     std::vector<std::uint64_t> used(std::size_t{1} << 18); // a bit for each colour
     const auto use = [&](PngPixel color) { used[color >> 6 & 0x3FFFF] |= std::uint64_t{1} << (color & 63); };
     for (std::size_t y = 0; y < image.height; ++y) {
@@ -159,24 +196,19 @@ void packSamples(std::uint8_t* out, const std::uint8_t* samples, std::size_t cou
 }
 
 void graySamples(const PngForm& form, bool hasAlpha, std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {
-    const unsigned step = grayStep(form.bitDepth);
+    // Grays that a depth has say their number in their upper bits, and once more below.
+    const unsigned below = 8 - form.bitDepth;
     const unsigned clear = form.clearColor ? (*form.clearColor)[0] : 0;
     for (std::size_t i = 0; i < count; ++i) {
         const bool isClear = hasAlpha && pixels[4 * i + 3] == 0;
-        out[i] = static_cast<std::uint8_t>((isClear ? clear : pixels[4 * i]) / step);
+        out[i] = static_cast<std::uint8_t>((isClear ? clear : pixels[4 * i]) >> below);
     }
 }
 
 void paletteSamples(const PngForm& form, bool hasAlpha, std::uint8_t* out, const std::uint8_t* pixels,
                     std::size_t count) {
-    PngPixel last = pixelAt(pixels, hasAlpha);
-    std::uint8_t index = form.indexes->indexOf(last);
-    for (std::size_t i = 0; i < count; ++i) {
-        const PngPixel pixel = pixelAt(pixels + 4 * i, hasAlpha);
-        if (pixel != last) index = form.indexes->indexOf(pixel);
-        last = pixel;
-        out[i] = index;
-    }
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = form.indexes->indexOf(pixelAt(pixels + 4 * i, hasAlpha));
 }
 
 void rgbSamples(const PngForm& form, std::uint8_t* out, const std::uint8_t* pixels, std::size_t count) {

@@ -21,6 +21,7 @@ class PngPaletteIndex {
   public:
     // Notes a colour; false when it would be the 257th.
     bool add(PngPixel color) noexcept { return m_colors.add(color).has_value(); }
+    bool has(PngPixel color) const noexcept { return m_colors.has(color); }
     std::uint8_t indexOf(PngPixel color) const noexcept { return m_place[m_colors.indexOf(color)]; }
     // In the order in which they are written: clear and translucent ones first, then from dark to bright. Indexes are
     // good from here on, and no colour can be added any more.
