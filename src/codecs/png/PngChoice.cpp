@@ -1,6 +1,7 @@
 #include "codecs/png/PngChoice.h"
 #include "codecs/png/PngRows.h"
 #include "coding/deflate/Deflate.h"
+#include "coding/deflate/RunCompressor.h"
 #include <algorithm>
 #include <span>
 
@@ -44,6 +45,13 @@ std::size_t chunkBytes(const PngForm& form) noexcept {
     return form.clearColor ? head + (form.colorType == PngColorType::gray ? 2 : 6) : 0;
 }
 
+std::uint64_t compressedSize(std::span<const std::uint8_t> rows, const PngForm& form, int level) {
+    if (level == deflate::fastestLevel) return deflate::runCompressedSize(rows, form.filterStep());
+    std::vector<std::uint8_t> compressed;
+    deflate::compressZlib(rows, level, compressed);
+    return compressed.size();
+}
+
 } // namespace
 
 std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std::vector<PngForm>& forms,
@@ -52,10 +60,10 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
     std::vector<eFilterMethods> filters = {props.filter()};
     if (filters.front() == filterDefault && level > 0)
         filters = {filterNone, filterAdaptive, filterPaeth, filterSub, filterUp, filterAverage};
-    if (forms.size() * filters.size() == 1) return {{0, filters.front()}};
+    if (forms.size() * filters.size() == 1) return {{0, filters.front(), 0}};
 
     const bool isThorough = level >= deflate::smallestLevel;
-    const int trialLevel = level < deflate::defaultLevel ? std::min(level, deflate::fastestLevel) : 3;
+    const int trialLevel = level < deflate::defaultLevel ? std::min(level, 2) : 3;
     const std::vector<ConstPixelView> pieces = piecesOf(image, isThorough ? thoroughShare : share);
     const std::uint64_t pixels = std::uint64_t{image.width} * image.height;
     const std::uint64_t tried = std::uint64_t{pieces.front().width} * pieces.front().height * pieces.size();
@@ -64,7 +72,7 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
         std::uint64_t bytes;
     };
     std::vector<Trial> trials;
-    std::vector<std::uint8_t> rows, compressed;
+    std::vector<std::uint8_t> rows;
     for (std::size_t form = 0; form < forms.size(); ++form) {
         for (const eFilterMethods filter : filters) {
             rows.clear();
@@ -75,11 +83,9 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
                 else
                     rows.insert(rows.end(), more.begin(), more.end());
             }
-            compressed.clear();
-            deflate::compressZlib(rows, trialLevel, compressed);
             // What all pixels would take; a picture has fewer than 2^29.
-            const std::uint64_t bytes = std::uint64_t{compressed.size()} * pixels / tried;
-            trials.push_back({{form, filter}, bytes + chunkBytes(forms[form])});
+            const std::uint64_t bytes = compressedSize(rows, forms[form], trialLevel) * pixels / tried;
+            trials.push_back({{form, filter, 0}, bytes + chunkBytes(forms[form])});
         }
     }
     std::ranges::stable_sort(trials, {}, &Trial::bytes);
@@ -91,7 +97,10 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
     while (left < std::min(trials.size(), most) && trials[left].bytes <= close)
         ++left;
     std::vector<PngChoice> choices(left);
-    std::ranges::transform(std::span(trials).first(left), choices.begin(), &Trial::choice);
+    std::ranges::transform(std::span(trials).first(left), choices.begin(), [](const Trial& trial) {
+        return PngChoice{trial.choice.form, trial.choice.filter,
+                         static_cast<std::size_t>(trial.bytes + trial.bytes / 32)};
+    });
     return choices;
 }
 

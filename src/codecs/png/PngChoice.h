@@ -11,6 +11,7 @@ namespace pixkit {
 struct PngChoice {
     std::size_t form; // of those given
     eFilterMethods filter;
+    std::size_t expected; // bytes of the file, estimated; 0: not known
 };
 
 // The choices that are worth being made into files, the most promising first. Of a large picture some rows are tried,

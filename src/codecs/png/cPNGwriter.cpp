@@ -5,7 +5,10 @@
 #include "codecs/png/PngForm.h"
 #include "codecs/png/PngRows.h"
 #include "coding/deflate/Deflate.h"
+#include "coding/deflate/RunCompressor.h"
 #include "shared/Colors.h"
+#include <algorithm>
+#include <span>
 
 namespace pixkit {
 
@@ -25,9 +28,21 @@ void writeHeader(PngChunkWriter& out, ConstPixelView image, const PngForm& form,
     out.end();
 }
 
-Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, eFilterMethods filter,
+// Rows are made and compressed while they are in the cache; copies are those of the pixel on the left.
+void compressRuns(PngRowMaker rows, const PngForm& form, Bytes& out) {
+    deflate::RunCompressor stream(out, form.filterStep());
+    Bytes piece(std::max(rows.mostRowBytes(), deflate::RunCompressor::pieceBytes));
+    for (std::size_t left = rows.allBytes(); left > 0;) {
+        const std::size_t made = rows.make(piece);
+        left -= made;
+        stream.add(std::span(piece).first(made), left == 0);
+    }
+}
+
+Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, eFilterMethods filter, std::size_t expected,
                const PngProperties& props) {
     Bytes file;
+    file.reserve(expected);
     PngChunkWriter out(file);
     writeHeader(out, image, form, props.isInterlaced());
     pngWriteDensity(out, props);
@@ -37,8 +52,12 @@ Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, eFilter
     pngWriteTime(out, props);
     pngWriteTexts(out, props);
     out.begin("IDAT");
-    deflate::compressZlib(pngFilteredRows(image, hasAlpha, form, filter, props.isInterlaced()),
-                          props.compressionLevel(), file);
+    if (props.compressionLevel() == deflate::fastestLevel) {
+        compressRuns(PngRowMaker(image, hasAlpha, form, filter, props.isInterlaced()), form, file);
+    } else {
+        deflate::compressZlib(pngFilteredRows(image, hasAlpha, form, filter, props.isInterlaced()),
+                              props.compressionLevel(), file);
+    }
     out.end();
     out.begin("IEND");
     out.end();
@@ -48,7 +67,7 @@ Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, eFilter
 Bytes smallestFile(ConstPixelView image, bool hasAlpha, const std::vector<PngForm>& forms, const PngProperties& props) {
     Bytes best;
     for (const PngChoice& choice : pngChoices(image, hasAlpha, forms, props)) {
-        Bytes file = makeFile(image, hasAlpha, forms[choice.form], choice.filter, props);
+        Bytes file = makeFile(image, hasAlpha, forms[choice.form], choice.filter, choice.expected, props);
         if (best.empty() || file.size() < best.size()) best = std::move(file);
     }
     return best;

@@ -1,6 +1,6 @@
-// Blocks of a DEFLATE stream (RFC 1951, 3.2.3): which symbols go into one block, and how it is stored.
+// Which symbols of a DEFLATE stream go into one block.
 #pragma once
-#include "coding/BitWriter.h"
+#include "coding/deflate/BlockCoder.h"
 #include "coding/deflate/Costs.h"
 #include "coding/deflate/Symbols.h"
 #include <array>
@@ -10,13 +10,6 @@
 #include <vector>
 
 namespace pixkit::deflate {
-
-// So many literals, which stand in the input, and then a copy. Without one the length is 0.
-struct Sequence {
-    std::uint32_t literals;
-    std::uint16_t length;
-    std::uint16_t distance; // less 1
-};
 
 // Takes the symbols of a stream in order and writes them in blocks. Symbols come in segments of a few thousand; a block
 // is as many segments as are cheaper together than apart.
@@ -48,22 +41,16 @@ class BlockWriter {
     // Writes what is left and closes the stream.
     void finish();
 
-    // Instead of all that: the whole stream as it is.
-    void storeAll(std::size_t bytes);
-
   private:
     static constexpr std::size_t symbolsPerSegment = 6000;
     static constexpr std::size_t mostSequences = 1U << 17; // in a block, for the sake of memory
     static constexpr std::size_t mostBytes = 1U << 22;     // so that counts fit where codes are made
 
     void endSegment();
-    void store(std::size_t bytes, bool isLast);
     void writeBlock(std::size_t sequences, bool isLast);
-    void putSequences(std::size_t count, const std::array<std::uint8_t, literalCodes>& literalLengths,
-                      const std::array<std::uint8_t, distanceCodes>& distanceLengths);
 
     const std::uint8_t* m_input; // of the block
-    BitWriter m_bits;
+    BlockCoder m_coder;
     std::vector<Sequence> m_sequences; // of the block, then of the segment
     std::size_t m_blockSequences = 0;
     std::size_t m_blockBytes = 0;

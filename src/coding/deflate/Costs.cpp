@@ -36,6 +36,28 @@ std::uint32_t costOf(std::uint32_t all, std::uint32_t count, std::uint32_t deare
     return std::clamp(logarithm(all) - logarithm(count), costUnit, dearest);
 }
 
+template <std::size_t size>
+std::uint64_t entropy(const std::array<std::uint32_t, size>& frequencies) noexcept {
+    std::uint32_t total = 0;
+    for (const std::uint32_t count : frequencies)
+        total += count;
+    if (total == 0) return 0;
+    const std::uint64_t all = logarithm(total);
+    std::uint64_t cost = 0;
+    for (const std::uint32_t count : frequencies)
+        if (count != 0) cost += count * (all - logarithm(count));
+    return cost;
+}
+
+// What describing a code for these symbols takes: a few bits for each that occurs.
+template <std::size_t size>
+std::uint64_t headCost(const std::array<std::uint32_t, size>& frequencies) noexcept {
+    std::uint64_t used = 0;
+    for (const std::uint32_t count : frequencies)
+        used += count != 0 ? 1 : 0;
+    return used * 3 * costUnit;
+}
+
 } // namespace
 
 unsigned logarithm(std::uint32_t value) noexcept {
@@ -49,6 +71,10 @@ void Histogram::add(const Histogram& other) noexcept {
         literal[i] += other.literal[i];
     for (std::size_t i = 0; i < distance.size(); ++i)
         distance[i] += other.distance[i];
+}
+
+std::uint64_t Histogram::blockCost() const noexcept {
+    return entropy(literal) + entropy(distance) + headCost(literal) + headCost(distance) + std::uint64_t{80} * costUnit;
 }
 
 Costs::Costs(const Histogram& symbols) noexcept {

@@ -14,6 +14,9 @@ struct Histogram {
     std::array<std::uint32_t, distanceSymbols> distance{};
 
     void add(const Histogram& other) noexcept;
+    // What a block of these symbols takes, estimated, in units of a costUnit-th of a bit: of thousands of symbols the
+    // errors add up. Without the extra bits, which are the same however the symbols are put into blocks.
+    std::uint64_t blockCost() const noexcept;
 };
 
 constexpr unsigned costUnit = 256; // of a bit

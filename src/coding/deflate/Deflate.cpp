@@ -3,6 +3,8 @@
 #include "coding/deflate/BlockWriter.h"
 #include "coding/deflate/MatchFinder.h"
 #include "coding/deflate/OptimalParse.h"
+#include "coding/deflate/RunCompressor.h"
+#include "coding/deflate/ZlibHead.h"
 #include "kernels/kernels.h"
 #include <algorithm>
 #include <array>
@@ -20,9 +22,9 @@ struct Effort {
     unsigned lazyTurns; // how many bytes later a copy may begin at most
 };
 
-// Of the levels from 2 to 8.
-constexpr std::array<Effort, 7> efforts = {{
-    {4, 0, 32, 0},
+// Of the levels from 3 to 8.
+constexpr int firstLazyLevel = 3;
+constexpr std::array<Effort, 6> efforts = {{
     {8, 0, 64, 0},
     {8, 4, 64, 1},
     {12, 6, 96, 1},
@@ -126,36 +128,39 @@ void parseLazily(std::span<const std::uint8_t> data, std::size_t shortest, const
         blocks.literal(data[position]);
 }
 
+void compressRuns(std::span<const std::uint8_t> data, Bytes& out) {
+    RunCompressor runs(out, 1);
+    for (; data.size() > RunCompressor::pieceBytes; data = data.subspan(RunCompressor::pieceBytes))
+        runs.add(data.first(RunCompressor::pieceBytes), false);
+    runs.add(data, true);
+}
+
 void compress(std::span<const std::uint8_t> data, int level, Bytes& out) {
-    BlockWriter blocks(data, out);
     if (level == 0) {
-        blocks.storeAll(data.size());
-    } else {
-        if (level == fastestLevel)
-            parseFast(data, blocks);
-        else if (level == smallestLevel)
-            parseOptimally(data, shortestCopyOf(data), smallestDepth, blocks);
-        else if (level < defaultLevel)
-            parseLazily(data, 4, efforts[static_cast<std::size_t>(level) - 2], blocks);
-        else
-            parseLazily(data, shortestCopyOf(data),
-                        data.size() <= smallData ? efforts.back() : efforts[static_cast<std::size_t>(level) - 2],
-                        blocks);
-        blocks.finish();
+        BlockCoder coder(out);
+        coder.store(data, true);
+        return coder.finish();
     }
+    BlockWriter blocks(data, out);
+    if (level == smallestLevel)
+        parseOptimally(data, shortestCopyOf(data), smallestDepth, blocks);
+    else if (level < firstLazyLevel)
+        parseFast(data, blocks);
+    else {
+        const bool isQuick = level < defaultLevel;
+        const bool isLittle = !isQuick && data.size() <= smallData;
+        parseLazily(data, isQuick ? 4 : shortestCopyOf(data),
+                    isLittle ? efforts.back() : efforts[static_cast<std::size_t>(level - firstLazyLevel)], blocks);
+    }
+    blocks.finish();
 }
 
 } // namespace
 
 void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std::uint8_t>& out) {
     level = std::clamp(level, 0, smallestLevel);
-    // RFC 1950, 2.2: deflate with a window of 32 KiB; a hint at the level; the check bits make it a multiple of 31.
-    const unsigned hint = level < 2 ? 0 : level < 6 ? 1 : level == 6 ? 2 : 3;
-    const unsigned head = 0x7800 | hint << 6;
-    const unsigned checked = head + 31 - head % 31;
-    ByteWriter stream(out);
-    stream.bigEndian16(checked);
-
+    if (level == fastestLevel) return compressRuns(data, out);
+    writeZlibHead(out, level);
     const std::size_t begin = out.size();
     compress(data, level, out);
     if (level == smallestLevel) { // now and then looking less far gives less
@@ -166,7 +171,7 @@ void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std
             out.insert(out.end(), other.begin(), other.end());
         }
     }
-    stream.bigEndian32(kernels::table().adler32(1, data.data(), data.size()));
+    ByteWriter(out).bigEndian32(kernels::table().adler32(1, data.data(), data.size()));
 }
 
 } // namespace pixkit::deflate

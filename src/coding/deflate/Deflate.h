@@ -10,9 +10,9 @@ constexpr int fastestLevel = 1;
 constexpr int defaultLevel = 6;
 constexpr int smallestLevel = 9;
 
-// Appends a zlib stream that holds `data` to `out`. Level 0 only stores, 1 is fast, 9 small; others count as the next
-// of these. The same data and level give the same bytes on every machine. Throws std::bad_alloc; `out` may then have
-// grown, but what it held before is there.
+// Appends a zlib stream that holds `data` to `out`. Level 0 only stores, 1 copies nothing but repeated bytes, 9 is
+// small; others count as the next of these. The same data and level give the same bytes on every machine. Throws
+// std::bad_alloc; `out` may then have grown, but what it held before is there.
 void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std::uint8_t>& out);
 
 } // namespace pixkit::deflate

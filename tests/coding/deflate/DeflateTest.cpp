@@ -4,6 +4,7 @@
 #include "coding/Crc32.h"
 #include "coding/deflate/HuffmanCode.h"
 #include "coding/deflate/Inflate.h"
+#include "coding/deflate/RunCompressor.h"
 #include "kernels/kernels.h"
 #include <gtest/gtest.h>
 #include <new>
@@ -97,7 +98,20 @@ TEST(Deflate, DataComesBackChangedOrLongerThanStored) {
                 checksum = (checksum ^ byte) * 0x100000001B3U;
         }
     }
-    EXPECT_EQ(checksum, 0x3D3793DBB43129D3U) << "other bytes than other builds write";
+    EXPECT_EQ(checksum, 0xBD8D4123F87E2049U) << "other bytes than other builds write";
+}
+
+TEST(Deflate, APieceOrARunIsTooLongForItsBlock) {
+    Bytes bytes(3'000'000, 3), stream;
+    for (std::size_t i = 0; i < bytes.size(); i += 1 + i % 100'000)
+        bytes[i] = 4;
+    RunCompressor runs(stream, 32768);
+    runs.add(std::span(bytes).first(1), false);
+    runs.add(std::span(bytes).subspan(1, 2'999'998), false);
+    runs.add(std::span(bytes).last(1), true);
+    Bytes back(bytes.size());
+    EXPECT_EQ(inflateZlib(back.data(), back.size(), stream.data(), stream.size()).outcome, Outcome::complete);
+    EXPECT_TRUE(back == bytes);
 }
 
 TEST(Deflate, CodesAreNoneOrTooLongForTheirFormat) {
