@@ -8,6 +8,7 @@ namespace pixkit::kernels {
 using CpuFeatures = std::uint32_t;
 constexpr CpuFeatures cpuSse2 = 1;
 constexpr CpuFeatures cpuAvx2 = 2;
+constexpr CpuFeatures cpuAvx512 = 4; // F, BW, DQ, VL and VBMI: what Ice Lake and Zen 4 began with
 
 // What the processor has and the operating system lets programs use, whatever the environment says.
 CpuFeatures detectedFeatures() noexcept;
@@ -19,7 +20,8 @@ struct CpuLevel {
     CpuFeatures features;
     bool isHere() const noexcept { return (features & ~detectedFeatures()) == 0; }
 };
-constexpr CpuLevel cpuLevels[] = {{"scalar", 0}, {"sse2", cpuSse2}, {"avx2", cpuSse2 | cpuAvx2}};
+constexpr CpuLevel cpuLevels[] = {
+    {"scalar", 0}, {"sse2", cpuSse2}, {"avx2", cpuSse2 | cpuAvx2}, {"avx512", cpuSse2 | cpuAvx2 | cpuAvx512}};
 
 CpuFeatures features() noexcept;
 

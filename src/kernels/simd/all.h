@@ -1,4 +1,4 @@
-// The kernels that every instruction set profits from. The unit has included its vector layer before.
+// All kernels, for sets that profit from each. The unit has included its vector layer before.
 #pragma once
 #include "kernels/simd/alpha.h"
 #include "kernels/simd/blend.h"
@@ -16,7 +16,7 @@
 namespace pixkit::kernels {
 namespace {
 
-void useAll(Table& table) {
+inline void useAll(Table& table) {
     useAlpha(table);
     useBlend(table);
     useChecksums(table);

@@ -177,7 +177,7 @@ void straighten(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     reference.straighten(dst, src, count);
 }
 
-void useAlpha(Table& table) {
+inline void useAlpha(Table& table) {
     table.scanAlpha = scanAlpha;
     table.copyScanningAlpha = copyScanningAlpha;
     table.setOpaque = setOpaque;

@@ -195,7 +195,7 @@ void blendToned(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, s
     reference.blendToned(dst + 4 * done, src + 4 * done, count - done, globalAlpha, tone);
 }
 
-void useBlend(Table& table) {
+inline void useBlend(Table& table) {
     table.blendOver = blendOver;
     table.blendScaled = blendScaled;
     table.blendToned = blendToned;

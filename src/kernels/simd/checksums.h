@@ -20,7 +20,7 @@ inline Vec weights(bool high) {
 
 std::uint32_t adler32(std::uint32_t sum, const std::uint8_t* bytes, std::size_t count) {
     constexpr std::uint32_t base = 65521;
-    constexpr std::size_t most = 5536; // whole vectors, and no lane overflows
+    constexpr std::size_t most = 5536 / vecBytes * vecBytes; // no lane overflows
     const Vec lowWeights = weights(false);
     const Vec highWeights = weights(true);
     while (count >= vecBytes) {
@@ -44,7 +44,7 @@ std::uint32_t adler32(std::uint32_t sum, const std::uint8_t* bytes, std::size_t 
     return reference.adler32(sum, bytes, count);
 }
 
-void useChecksums(Table& table) {
+inline void useChecksums(Table& table) {
     table.adler32 = adler32;
 }
 

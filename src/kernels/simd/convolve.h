@@ -76,7 +76,7 @@ void sumRows(std::uint8_t* dst, const WeighedRows& weighed, std::size_t count, b
     if (count % vecPixels != 0) put(count - vecPixels); // what is left, and some once more
 }
 
-void useConvolve(Table& table) {
+inline void useConvolve(Table& table) {
     table.sumAlongRow = sumAlongRow;
     table.sumRows = sumRows;
 }

@@ -141,7 +141,7 @@ void mirror(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
     reference.mirror(dst, src, count);
 }
 
-void useEffects(Table& table) {
+inline void useEffects(Table& table) {
     table.invert = invert;
     table.grayscale = grayscale;
     table.adjustLightness = adjustLightness;

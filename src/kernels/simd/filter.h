@@ -88,7 +88,7 @@ void filterSums(std::uint64_t* sums, const std::uint8_t* row, const std::uint8_t
     scalar::filterSumsPart(sums, row, above, rest, bytes, step);
 }
 
-void useFilter(Table& table) {
+inline void useFilter(Table& table) {
     table.filterSub = filterSub;
     table.filterUp = filterUp;
     table.filterAvg = filterAvg;

@@ -30,7 +30,7 @@ void gatherNearPixels(std::uint8_t* dst, const std::uint8_t* src, const std::int
     gatherPixels(dst, src, offsets, count);
 }
 
-void useGatherNear(Table& table) {
+inline void useGatherNear(Table& table) {
     table.gatherPixels = gatherNearPixels;
 }
 

@@ -199,7 +199,7 @@ void transformBlocks(std::int16_t* coefficients, std::uint64_t* nonzero, const s
         transformVector<1>(coefficients, nonzero, samples, stride, quantiser);
 }
 
-void useJpeg(Table& table) {
+inline void useJpeg(Table& table) {
     table.toYCbCr = toYCbCr;
     table.halveSamples = halveSamples;
     table.transformBlocks = transformBlocks;

@@ -57,13 +57,13 @@ void extractAlpha(std::uint8_t* dst, const std::uint8_t* src, std::size_t count)
 void alphaBits(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t least) {
     const Vec limit = all8(least);
     for (; count >= vecBytes; count -= vecBytes, dst += vecBytes / 8, src += 4 * vecBytes) {
-        const std::uint32_t bits = byteMask(equal8(min8(alphaBytes(src), limit), limit));
+        const auto bits = byteMask(equal8(min8(alphaBytes(src), limit), limit));
         std::memcpy(dst, &bits, vecBytes / 8);
     }
     reference.alphaBits(dst, src, count, least);
 }
 
-void useLayouts(Table& table) {
+inline void useLayouts(Table& table) {
     table.swapRedBlue = swapRedBlue;
     table.pack24 = pack24;
     table.unpack24 = unpack24;

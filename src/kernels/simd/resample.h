@@ -75,7 +75,7 @@ void sampleWidened(std::uint8_t* dst, const WeightedWideRows& rows, const std::i
                             : sampleRow<false, WeightedWideRows>)(dst, rows, offsets, nearWeights, farWeights, count);
 }
 
-void useResample(Table& table) {
+inline void useResample(Table& table) {
     table.gatherPixels = gatherPixels;
     table.widenPixels = widenPixels;
     table.sampleBilinear = sampleBilinear;

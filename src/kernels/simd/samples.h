@@ -120,7 +120,7 @@ void unpackSamples(std::uint8_t* dst, const std::uint8_t* src, std::size_t count
     }
 }
 
-void useSamples(Table& table) {
+inline void useSamples(Table& table) {
     table.fromRgb8 = fromRgb8;
     table.fromRgba8 = fromRgba8;
     table.fromGrayAlpha8 = fromGrayAlpha8;

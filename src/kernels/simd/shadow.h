@@ -59,7 +59,7 @@ void shadeBoxes(std::uint8_t* dst, const std::uint16_t* sums, std::size_t count,
     reference.shadeBoxes(dst, sums, count, window, shades);
 }
 
-void useShadow(Table& table) noexcept {
+inline void useShadow(Table& table) {
     table.slideAlphaSums = slideAlphaSums;
     table.shadeBoxes = shadeBoxes;
 }

@@ -200,7 +200,7 @@ void unfilterPaeth(std::uint8_t* row, const std::uint8_t* above, std::size_t byt
     unfilter<Paeth>(row, above, bytes, step);
 }
 
-void useUnfilter(Table& table) {
+inline void useUnfilter(Table& table) {
     table.unfilterSub = unfilterSub;
     table.unfilterUp = unfilterUp;
     table.unfilterAvg = unfilterAvg;

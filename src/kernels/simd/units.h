@@ -6,5 +6,6 @@ namespace pixkit::kernels {
 
 void useSse2(Table& table) noexcept;
 void useAvx2(Table& table) noexcept;
+void useAvx512(Table& table) noexcept;
 
 } // namespace pixkit::kernels

@@ -55,7 +55,7 @@ void walkBilinear(std::uint8_t* dst, const PixelWalk& from, std::size_t count) {
     reference.walkBilinear(dst, walk, count);
 }
 
-void useWalks(Table& table) {
+inline void useWalks(Table& table) {
     table.walkBilinear = walkBilinear;
 }
 
