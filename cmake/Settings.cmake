@@ -26,14 +26,6 @@ endif()
 
 include("${CMAKE_CURRENT_LIST_DIR}/Hardening.cmake")
 
-# The headers of the standard library are most of what a file has to read. Files that are compiled in a way of their own do without.
-function(pixkit_precompile target)
-    if(PIXKIT_PRECOMPILE)
-        target_precompile_headers(${target} PRIVATE
-            <algorithm> <array> <functional> <memory> <optional> <span> <string> <utility> <vector> ${ARGN})
-    endif()
-endfunction()
-
 if(PIXKIT_SANITIZE)
     target_compile_options(pixkit-settings INTERFACE
         -fsanitize=${PIXKIT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,4 +1,5 @@
 #include "codecs/png/PngChunks.h"
+#include "codecs/png/PngChunkType.h"
 #include "coding/Crc32.h"
 #include "coding/deflate/Deflate.h"
 #include "shared/Colors.h"
@@ -8,8 +9,6 @@
 namespace pixkit {
 
 namespace {
-
-constexpr std::size_t chunkHead = 8; // length and type
 
 unsigned grayBits(const PngForm& form, unsigned gray) noexcept {
     return gray * ((1U << form.bitDepth) - 1) / 255;
@@ -80,7 +79,7 @@ void PngChunkWriter::begin(std::string_view type) {
 }
 
 void PngChunkWriter::end() {
-    const std::size_t length = size() - m_start - chunkHead;
+    const std::size_t length = size() - m_start - pngChunkHead;
     if (length > 0x7FFFFFFF) throw std::length_error("a chunk takes no more than 2 GiB");
     bigEndian32At(m_start, length);
     bigEndian32(crc32(0, std::span(target()).subspan(m_start + 4)));

@@ -12,28 +12,27 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-constexpr std::size_t chunkHead = 8, chunkOverhead = 12; // length and type, and with them the CRC
-
 // The file without the payloads of image data, and without those that are larger than what anybody looks at.
 Bytes withoutPixels(HeaderSource& file) {
     constexpr std::size_t signatureBytes = 8, mostOfChunk = 4U << 20, mostOfAll = 32U << 20;
     Bytes rest = file.read(0, signatureBytes);
     for (std::uint64_t position = signatureBytes;;) {
-        const Bytes head = file.read(position, chunkHead);
+        const Bytes head = file.read(position, pngChunkHead);
         const std::uint64_t length = ByteReader(head).bigEndian32(0).value_or(0);
         const std::uint32_t type = ByteReader(head).bigEndian32(4).value_or(0);
-        const bool isThere = head.size() == chunkHead && position + length + chunkOverhead <= file.size();
+        const bool isThere = head.size() == pngChunkHead && position + length + pngChunkOverhead <= file.size();
         const bool isData = type == pngChunkType("IDAT") || type == pngChunkType("fdAT");
         if (isThere && (isData || length > mostOfChunk || rest.size() + length > mostOfAll)) {
             rest.insert(rest.end(), 4, 0);
             rest.insert(rest.end(), head.begin() + 4, head.end());
             rest.insert(rest.end(), 4, 0);
         } else {
-            const Bytes chunk = file.read(position, chunkHead + (isThere ? static_cast<std::size_t>(length) + 4 : 0));
+            const Bytes chunk =
+                file.read(position, pngChunkHead + (isThere ? static_cast<std::size_t>(length) + 4 : 0));
             rest.insert(rest.end(), chunk.begin(), chunk.end());
         }
         if (!isThere || type == pngChunkType("IEND") || rest.size() > mostOfAll * 2) return rest;
-        position += length + chunkOverhead;
+        position += length + pngChunkOverhead;
     }
 }
 
@@ -95,12 +94,12 @@ std::optional<PictureFacts> readPngFacts(HeaderSource& file) {
     PictureFacts facts{FileFormat::png};
     if (!parser.readHeaders(rest, facts)) return {};
     const ByteReader reader(rest);
-    for (std::size_t at = 8; reader.slice(at, chunkHead);) {
+    for (std::size_t at = 8; reader.slice(at, pngChunkHead);) {
         const std::size_t length = reader.bigEndian32(at).value_or(0);
-        const auto data = reader.slice(at + chunkHead, length);
+        const auto data = reader.slice(at + pngChunkHead, length);
         if (!data) break; // the last one, whose length may lead anywhere in 32 bits
         readChunk(reader.bigEndian32(at + 4).value_or(0), ByteReader(*data), facts);
-        at += length + chunkOverhead;
+        at += length + pngChunkOverhead;
     }
     return facts;
 }

@@ -24,7 +24,6 @@ namespace pixkit {
 namespace {
 
 constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
-constexpr std::size_t chunkOverhead = 12; // length, type, CRC
 
 constexpr auto& chunkType = pngChunkType;
 
@@ -96,11 +95,11 @@ ReadResult cPNGparser::LoadPNG(std::span<const std::uint8_t> pngStream, RunningE
 cPNGparser::Walk cPNGparser::walkOver(std::span<const std::uint8_t> stream) noexcept {
     const ByteReader reader(stream);
     std::size_t position = std::min(signature.size(), stream.size());
-    while (stream.size() - position >= chunkOverhead) {
+    while (stream.size() - position >= pngChunkOverhead) {
         const std::uint32_t ChunkLen = reader.bigEndian32(position).value_or(0);
-        if (ChunkLen > stream.size() - position - chunkOverhead) break;
+        if (ChunkLen > stream.size() - position - pngChunkOverhead) break;
         const bool isLast = reader.bigEndian32(position + 4) == chunkType("IEND");
-        position += std::size_t{ChunkLen} + chunkOverhead;
+        position += std::size_t{ChunkLen} + pngChunkOverhead;
         if (isLast) return {position, true};
     }
     return {position, false};
@@ -151,7 +150,7 @@ bool cPNGparser::walkChunks(RunningEnd base, ChunksRead chunks) {
     while (true) {
         const auto ChunkLen = reader.bigEndian32(position);
         if (!ChunkLen) return refuse("IEND is missing");
-        runningEnd += std::uint64_t{*ChunkLen} + chunkOverhead;
+        runningEnd += std::uint64_t{*ChunkLen} + pngChunkOverhead;
         if (runningEnd > m_pngStream.size()) return refuse("PNG: a chunk reaches beyond the data");
         const auto typeAndData = reader.slice(position + 4, std::size_t{*ChunkLen} + 4);
         if (!typeAndData) return refuse("PNG: a chunk reaches beyond the data");
@@ -164,7 +163,7 @@ bool cPNGparser::walkChunks(RunningEnd base, ChunksRead chunks) {
         const bool isRead = *ChunkLen != 0 && (chunks == ChunksRead::all || chunk.type != chunkType("IDAT"));
         if (isRead && zHandleChunk(chunk) == ChunkResult::error) return false;
         if (chunk.type == chunkType("IHDR") && chunks == ChunksRead::all && !isWithinLimits()) return false;
-        position += std::size_t{*ChunkLen} + chunkOverhead;
+        position += std::size_t{*ChunkLen} + pngChunkOverhead;
     }
 }
 
