@@ -6,9 +6,12 @@ are counted), and the first column's rate divided by each other one's: above 1 m
 that tell the size of what they wrote, and how near it is (PSNR), have these in a second line. Where
 memcpy of the same bytes was timed in the same runs (the counter "memcpy Mpixel/s"), it has a column of its own, and each
 other rate stands as a share of it.
+
+report.py [--page=FILE] JSON...     writes the tables into that page, too
 """
 import collections
 import json
+import pathlib
 import statistics
 import sys
 
@@ -40,35 +43,61 @@ def rates_by_case(paths):
     return subjects, units, written
 
 
-def print_table(subject, unit, cases, written):
+def table(subject, unit, cases, written):
+    """A title and rows of cells, the first of which is the heading."""
     whos = sorted({who for case in cases.values() for who in case}, key=lambda who: (not who.startswith("pixkit"), who))
     first = max((who for who in whos if who.startswith("pixkit")), key=len, default=whos[0])
     whos.remove(first)
     whos.insert(0, first)
     against_memcpy = "memcpy" in whos
     in_brackets = "the share of memcpy's" if against_memcpy else f"{first} divided by it"
-    print(f"\n{subject}: median {unit}; in brackets {in_brackets}")
-    print(f"{'':20}" + "".join(f"{who:>26}" for who in whos))
+    rows = [["", *whos]]
     for case, by_who in cases.items():
         rates = {who: statistics.median(by_who[who]) for who in whos if who in by_who}
-        line = f"{case:20}"
+        cells = [case]
         for who in whos:
             ratio = None
             if who in rates and against_memcpy and who != "memcpy":
                 ratio = rates[who] / rates["memcpy"]
             elif who in rates and not against_memcpy and who != first and first in rates:
                 ratio = rates[first] / rates[who]
-            rate = f"{rates[who]:.1f}" if who in rates else "-"
-            line += f"{rate:>16}" + (f" ({ratio:6.2f}) " if ratio else " " * 10)
-        print(line.rstrip())
+            cells.append((f"{rates[who]:.1f}" if who in rates else "-") + (f" ({ratio:.2f})" if ratio else ""))
+        rows.append(cells)
         if any((subject, case, who) in written for who in whos):
-            print(f"{'':20}" + "".join(f"{written.get((subject, case, who), ''):>26}" for who in whos).rstrip())
+            rows.append(["", *(written.get((subject, case, who), "") for who in whos)])
+    return f"{subject}: median {unit}; in brackets {in_brackets}", rows
+
+
+def as_text(title, rows):
+    return f"\n{title}\n" + "\n".join(
+        f"{row[0]:20}{''.join(f'{cell:>26}' for cell in row[1:])}".rstrip() for row in rows)
+
+
+def as_markdown(title, rows):
+    lines = ["| " + " | ".join(row) + " |" for row in rows]
+    lines.insert(1, "|---|" + "---:|" * (len(rows[0]) - 1))
+    return f"\n**{title}**\n\n" + "\n".join(lines)
+
+
+def put_into(page, tables, contexts):
+    """Replaces what stands in the page between the two comments that enclose its figures."""
+    begin, end = "<!-- figures -->\n", "<!-- end of figures -->\n"
+    text = page.read_text(encoding="utf-8")
+    head, rest = text.split(begin)
+    machines = {f"{context['date'][:10]}, {context['num_cpus']} processors of {context['mhz_per_cpu']} MHz" for context in contexts}
+    figures = f"Measured on {', '.join(sorted(machines))}.\n" + "\n".join(as_markdown(*each) for each in tables) + "\n"
+    page.write_text(head + begin + figures + end + rest.split(end)[1], encoding="utf-8")
 
 
 def main():
-    subjects, units, written = rates_by_case(sys.argv[1:])
-    for subject, cases in subjects.items():
-        print_table(subject, units[subject], cases, written)
+    arguments = sys.argv[1:]
+    page = pathlib.Path(arguments.pop(0).removeprefix("--page=")) if arguments[0].startswith("--page=") else None
+    subjects, units, written = rates_by_case(arguments)
+    tables = [table(subject, units[subject], cases, written) for subject, cases in subjects.items()]
+    for each in tables:
+        print(as_text(*each))
+    if page:
+        put_into(page, tables, [json.loads(pathlib.Path(path).read_text(encoding="utf-8"))["context"] for path in arguments])
 
 
 if __name__ == "__main__":
