@@ -88,6 +88,8 @@ void requireSameSaved(const cPixSheet& sheet, Dice& odd) {
     require(isTga ? sheet.SaveToStream_TGA(saved, odd.oneIn(2), odd.oneIn(2), asStored)
                   : sheet.SaveToStream_Bitmap(saved, true));
     require(load(again, saved));
+    // That pixels may be clear, as a PNG file in a BMP file says, is forgotten where none is.
+    if (!isTga && sheet.Alpha() == AlphaSimple) again.Alpha(AlphaSimple);
     if (!isTga || asStored || sheet.Alpha() == AlphaNone) requireSame(sheet, again);
 }
 
