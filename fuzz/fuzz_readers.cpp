@@ -1,5 +1,6 @@
 // Every reader, from arrays and files. The input is a file; how it is asked for follows from its checksum.
 #include "codecs/PictureFacts.h"
+#include "codecs/bmp/BmpInfo.h"
 #include "coding/lzw/LzwDecoder.h"
 #include "mutators/pictures.h"
 #include "targets.h"
@@ -18,8 +19,9 @@ bool isAmong(const cPixSheet& sheet, std::initializer_list<eImageFormat> types) 
 }
 
 // The form of pixels, and no more of them than so many bytes can describe.
-void requirePixels(const cPixSheet& sheet, std::size_t bytes) {
-    const bool isPng = isAmong(sheet, {imgPNG, imgPNGicon});
+void requirePixels(const cPixSheet& sheet, std::span<const std::uint8_t> file) {
+    const std::size_t bytes = file.size();
+    const bool isPng = isAmong(sheet, {imgPNG, imgPNGicon}) || !embeddedPicture(file).empty();
     const std::size_t most = isAmong(sheet, {imgGIF}) ? 4 * 4096 : 128; // strings of indexes; runs in two bytes
     require(isPng || isAmong(sheet, {imgBitmap}) || pixelCount(sheet) <= bytes * most); // JPEG is a bitmap, too
     for (std::size_t at = 0; at < pixelCount(sheet) * 4; at += 4) {
@@ -114,7 +116,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     requireSameElsewhere(sheet, file, wish, odd);
     requireSameFacts(sheet, file);
     if (!loaded) return 0;
-    requirePixels(sheet, bytes);
+    requirePixels(sheet, file.bytes());
     requireIconSizes(sheet);
     requireSameSaved(sheet, odd);
     again.LoadPicture_FromOrignalFormat(odd.byte(), odd.byte(), odd.byte() % 34);
