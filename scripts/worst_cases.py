@@ -186,6 +186,7 @@ ROWS = {
     "BMP, run-length codes": (bmp_codes, LARGEST, SIDE, LOAD),
     "TGA, run-length packets, right to left": (tga, LARGEST, SIDE, LOAD),
     "JPEG, progressive, as many empty scans as its bytes pay for": (jpeg, (65500, 8192), SIDE, LOAD),
+    "the same, decoded at an eighth for a smaller picture": (jpeg, (65500, 8192), SIDE, convert(".bmp", "--resize", "1x1")),
     "JPEG, arithmetic coded, hundreds of scans": (jpeg_arithmetic, (8192, 8192), 4 * SIDE, LOAD),
     "no picture, of 2 GiB": (nothing, (1, 1), 1, LOAD),
     "saved as GIF: pixels whose strings collide": (colliding, (8192, 8192), 2 * SIDE, convert(".gif")),

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <map>
 #include <ostream>
+#include <span>
 
 namespace pixkit::cli {
 
@@ -62,10 +63,11 @@ void convertOne(const std::string& input, Destination& destination, const Conver
                 Console& console) {
     boxes.about(input);
     cPixSheet sheet;
-    if (!load(sheet, input, request.loading)) throw Failed(input, problemOf(sheet));
+    std::span<const EffectStep> steps = request.steps;
+    if (!load(sheet, input, request.loading, steps)) throw Failed(input, problemOf(sheet));
     warn(console.err, input, sheet, request.loading);
     sheet.HighQualityInterpolation(true); // until --nearest says otherwise
-    for (const EffectStep& step : request.steps) {
+    for (const EffectStep& step : steps) {
         if (!step.apply(sheet)) throw Failed(input, step.option + ": " + problemOf(sheet));
     }
     const fs::path target = destination.claimTarget(input);

@@ -2,12 +2,15 @@
 #include "cli/EffectParsing.h"
 #include "cli/UsageError.h"
 #include "shared/AlphaType.h"
+#include "shared/ScaledSize.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <memory>
 #include <optional>
+#include <utility>
 
 namespace pixkit::cli {
 
@@ -110,6 +113,16 @@ std::string resizeCall(const std::string& width, const std::string& height, cons
     return (by.filter ? "Resample(" : "Resize(") + width + ", " + height + by.constant + ")";
 }
 
+// A step that resizes to what `sizeFor` makes of the picture's size.
+EffectStep resizing(std::string title, std::string call, const ResizeFilter& by,
+                    std::function<PictureSize(PictureSize picture)> sizeFor) {
+    EffectStep step{"", std::move(title), std::move(call), {}, [sizeFor, &by](cPixSheet& sheet) {
+                        return resizeTo(sheet, sizeFor({sheet.Width(), sheet.Height()}), by);
+                    }};
+    if (by.filter) step.filteredResize = {*by.filter, std::move(sizeFor)};
+    return step;
+}
+
 EffectStep resizeByPercent(const std::string& argument, const ResizeFilter& by) {
     double percent = 0;
     if (!parseEntirely(std::string_view(argument).substr(0, argument.size() - 1), percent) ||
@@ -117,13 +130,10 @@ EffectStep resizeByPercent(const std::string& argument, const ResizeFilter& by) 
         throw UsageError("'" + argument + "' is not a percentage above 0 and up to 10000");
     }
     const std::string factor = argument.substr(0, argument.size() - 1) + " / 100";
-    return {"",
-            "Resized to " + argument.substr(0, argument.size() - 1) + " %",
-            resizeCall("Width * " + factor, "Height * " + factor, by),
-            {},
-            [percent, &by](cPixSheet& sheet) {
-                return resizeTo(sheet, {percentOf(sheet.Width(), percent), percentOf(sheet.Height(), percent)}, by);
-            }};
+    return resizing("Resized to " + argument.substr(0, argument.size() - 1) + " %",
+                    resizeCall("Width * " + factor, "Height * " + factor, by), by, [percent](PictureSize picture) {
+                        return PictureSize{percentOf(picture.width, percent), percentOf(picture.height, percent)};
+                    });
 }
 
 struct Fit {
@@ -148,13 +158,9 @@ EffectStep resizeToSide(PictureSize box, const Fit& fit, const ResizeFilter& by)
     const bool isWidth = box.width != 0;
     const std::string length = std::to_string(isWidth ? box.width : box.height);
     const Scaling scaling{fit.mode, 100, {static_cast<double>(box.width)}, {static_cast<double>(box.height)}};
-    return {"",
-            fit.title + length + (isWidth ? " pixels in width" : " pixels in height"),
-            isWidth ? resizeCall(length, "h", by) : resizeCall("w", length, by),
-            {},
-            [scaling, &by](cPixSheet& sheet) {
-                return resizeTo(sheet, scaling.sizeFor({sheet.Width(), sheet.Height()}, {}), by);
-            }};
+    return resizing(fit.title + length + (isWidth ? " pixels in width" : " pixels in height"),
+                    isWidth ? resizeCall(length, "h", by) : resizeCall("w", length, by), by,
+                    [scaling](PictureSize picture) { return scaling.sizeFor(picture, {}); });
 }
 
 EffectStep resizeBy(const std::string& argument, const ResizeFilter& by) {
@@ -169,16 +175,14 @@ EffectStep resizeBy(const std::string& argument, const ResizeFilter& by) {
     const Fit& fit = colon == std::string::npos ? fits.front() : parseFit(argument.substr(colon + 1));
     if (size.width == 0 || size.height == 0) return resizeToSide(size, fit, by);
     const std::string numbers = std::to_string(size.width) + ", " + std::to_string(size.height);
-    return {"",
-            fit.title + std::to_string(size.width) + " × " + std::to_string(size.height),
-            "ScaleImage(" + numbers + ", w, h, " + fit.constant + "), " + resizeCall("w", "h", by),
-            {},
-            [size, mode = fit.value, &by](cPixSheet& sheet) {
-                PictureSize scaled = size;
-                sheet.ScaleImage(size.width, size.height, scaled.width, scaled.height, mode);
-                // The thinnest picture keeps a pixel; 0 would mean its old size.
-                return resizeTo(sheet, {std::max(scaled.width, 1), std::max(scaled.height, 1)}, by);
-            }};
+    return resizing(fit.title + std::to_string(size.width) + " × " + std::to_string(size.height),
+                    "ScaleImage(" + numbers + ", w, h, " + fit.constant + "), " + resizeCall("w", "h", by), by,
+                    [size, mode = fit.value](PictureSize picture) {
+                        const auto [width, height] =
+                            scaledSize(picture.width, picture.height, size.width, size.height, mode);
+                        // The thinnest picture keeps a pixel; 0 would mean its old size.
+                        return PictureSize{std::max(width, 1), std::max(height, 1)};
+                    });
 }
 
 } // namespace
@@ -212,6 +216,22 @@ EffectStep parseNearest(const std::string&) {
             }};
 }
 
+namespace {
+
+// Makes the density that the file states that of a picture on its side. Not as the caller's own, which would pass to
+// the next picture of the instance.
+void exchangeDensities(cPixSheet& sheet) {
+    const auto& loaded = HostAccess::loadedProperties(sheet);
+    const auto density = loaded ? loaded->density() : std::nullopt;
+    if (!density || density->first == density->second) return;
+    auto turned = std::make_shared<PngProperties>(*loaded);
+    turned->set(pngPixelsPerMeterX, density->second, {});
+    turned->set(pngPixelsPerMeterY, density->first, {});
+    HostAccess::loadedProperties(sheet, std::move(turned));
+}
+
+} // namespace
+
 EffectStep parseRotate(const std::string& argument) {
     const float degrees = parseAngle(argument);
     return {"", "Rotated by " + argument + "°", "Render(…, Angle = " + argument + ")", {}, [degrees](cPixSheet& sheet) {
@@ -219,8 +239,11 @@ EffectStep parseRotate(const std::string& argument) {
                 // Rounded up: a quarter turn that would lie between pixels moves up and to the left.
                 const std::int32_t x = (size.width - sheet.Width() + 1) >> 1;
                 const std::int32_t y = (size.height - sheet.Height() + 1) >> 1;
-                return redraw(sheet, size.width, size.height,
-                              [&](cPixSheet& canvas) { return drawOn(canvas, sheet, x, y, 100, degrees); });
+                const bool isDone = redraw(sheet, size.width, size.height, [&](cPixSheet& canvas) {
+                    return drawOn(canvas, sheet, x, y, 100, degrees);
+                });
+                if (isDone && std::abs(std::fmod(degrees, 180.0F)) == 90) exchangeDensities(sheet);
+                return isDone;
             }};
 }
 

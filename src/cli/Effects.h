@@ -1,6 +1,8 @@
 // The effects that the command offers: one table of options, used by `convert` for its command line and by `gallery`
 // for its pictures.
 #pragma once
+#include "cli/Scaling.h"
+#include "shared/enumerations.h"
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -15,6 +17,12 @@ class cPixSheet;
 
 namespace pixkit::cli {
 
+// Another size by a filter that looks at every pixel.
+struct FilteredResize {
+    eResampleFilters filter;
+    std::function<PictureSize(PictureSize picture)> sizeFor; // the picture's size to the result's
+};
+
 // One effect with its settings, ready to be applied.
 struct EffectStep {
     std::string option;                          // as on the command line: "--lighten 25"
@@ -22,6 +30,7 @@ struct EffectStep {
     std::string call;                            // the member behind it: "MakeLighterDarker(25)"
     std::optional<std::int32_t> colour;          // the COLORREF in it, to be shown
     std::function<bool(cPixSheet& sheet)> apply; // what the member answers; when that is false, the sheet says why
+    std::optional<FilteredResize> filteredResize = {}; // of a step that does nothing else
 };
 
 struct EffectOption {

@@ -1,15 +1,14 @@
 // `pixkit info`: what a picture is, by its headers wherever they tell it.
 #include "cli/Commands.h"
+#include "cli/FileHeaders.h"
 #include "cli/Files.h"
 #include "cli/MessageBoxes.h"
 #include "cli/Names.h"
 #include "cli/Text.h"
-#include "codecs/PictureFacts.h"
 #include "platform/regions.h"
 #include "shared/limits.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
-#include <fstream>
 #include <iomanip>
 #include <optional>
 #include <sstream>
@@ -29,30 +28,6 @@ struct Facts {
     std::vector<IconSourceSize> images = {};    // of an icon file
     std::optional<std::size_t> rectangles = {}; // where they were asked for
     std::optional<PictureFacts> said = {};      // by the headers, where they tell all that is wanted
-};
-
-// Some places of a file.
-class FileHeaders final : public HeaderSource {
-  public:
-    explicit FileHeaders(const std::filesystem::path& path) : m_file(path, std::ios::binary) {
-        std::error_code error;
-        const std::uintmax_t size = std::filesystem::file_size(path, error);
-        m_size = error || !m_file ? 0 : size;
-    }
-    std::uint64_t size() const override { return m_size; }
-    std::vector<std::uint8_t> read(std::uint64_t position, std::size_t count) override {
-        if (position >= m_size) return {};
-        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, m_size - position)));
-        m_file.clear();
-        m_file.seekg(static_cast<std::streamoff>(position));
-        m_file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        if (!m_file) throw std::runtime_error("the file cannot be read");
-        return bytes;
-    }
-
-  private:
-    std::ifstream m_file;
-    std::uintmax_t m_size = 0;
 };
 
 std::string withNumber(const char* word, int number) {

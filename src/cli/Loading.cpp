@@ -1,12 +1,16 @@
 #include "cli/Loading.h"
 #include "cli/EffectParsing.h"
 #include "cli/Effects.h"
+#include "cli/FileHeaders.h"
+#include "cli/Files.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
+#include "shared/Resampling.h"
 #include "surface/HostAccess.h"
+#include <algorithm>
 #include <cmath>
 #include <iomanip>
-#include <memory>
+#include <limits>
 #include <sstream>
 #include <utility>
 
@@ -16,33 +20,88 @@ namespace {
 
 constexpr double megapixel = 1e6, gigapixel = 1e9;
 
-// Makes the density that the file states that of a picture on its side. Not as the caller's own, which would pass to
-// the next picture of the instance.
-void exchangeDensities(cPixSheet& sheet) {
-    const auto& loaded = HostAccess::loadedProperties(sheet);
-    const auto density = loaded ? loaded->density() : std::nullopt;
-    if (!density || density->first == density->second) return;
-    auto turned = std::make_shared<PngProperties>(*loaded);
-    turned->set(pngPixelsPerMeterX, density->second, {});
-    turned->set(pngPixelsPerMeterY, density->first, {});
-    HostAccess::loadedProperties(sheet, std::move(turned));
+// What makes a picture upright; see cPixSheet::Orientation.
+struct Move {
+    bool mirrorsX, mirrorsY;
+    const char* degrees; // clockwise, after that
+};
+const Move& moveFor(std::int32_t orientation) {
+    static constexpr Move moves[] = {{false, false, nullptr}, {true, false, nullptr}, {true, true, nullptr},
+                                     {false, true, nullptr},  {true, false, "270"},   {false, false, "90"},
+                                     {true, false, "90"},     {false, false, "270"}};
+    return moves[orientation - 1];
 }
 
-// Shows the picture as its file wants it; see cPixSheet::Orientation.
+// Shows the picture as its file wants it.
 bool turn(cPixSheet& sheet) {
-    struct Move {
-        bool mirrorsX, mirrorsY;
-        const char* degrees; // clockwise, after that
-    };
-    constexpr Move moves[] = {{false, false, nullptr}, {true, false, nullptr}, {true, true, nullptr},
-                              {false, true, nullptr},  {true, false, "270"},   {false, false, "90"},
-                              {true, false, "90"},     {false, false, "270"}};
-    const Move& move = moves[sheet.Orientation() - 1];
+    const Move& move = moveFor(sheet.Orientation());
     const bool isMirrored = move.mirrorsX || move.mirrorsY;
     if (isMirrored && !sheet.MirrorImage(move.mirrorsX, move.mirrorsY)) return false;
-    if (move.degrees == nullptr) return true;
-    if (!makeStep("--rotate", move.degrees).apply(sheet)) return false;
-    exchangeDensities(sheet);
+    return move.degrees == nullptr || makeStep("--rotate", move.degrees).apply(sheet);
+}
+
+bool loadAsStored(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, bool keepsFile = false) {
+    const IconChoice& icon = options.icon;
+    sheet.MaxPixels(options.mostPixels);
+    return sheet.LoadPicture_File(file, icon.width, icon.height, keepsFile, icon.depth);
+}
+
+// --- pictures that the system's loader makes smaller
+
+// What a step that resizes by a filter makes of a file's picture, both as it is stored.
+struct Shrinking {
+    PictureSize whole, result;
+    eResampleFilters filter;
+
+    // Where each pixel is made of two of the loader's or more, in width and in height, it is hardly seen that those are
+    // means already.
+    platform::LeastSize least() const {
+        const auto twice = [](std::int32_t side) {
+            return 2 * std::min(side, std::numeric_limits<std::int32_t>::max() / 2);
+        };
+        return {twice(result.width), twice(result.height)};
+    }
+};
+
+// By the headers of a JPEG file; nothing of other files.
+std::optional<Shrinking> shrinkingOf(const std::string& file, const FilteredResize& resize, bool orients) {
+    try {
+        if (!isFile(file)) return {}; // a pipe is read once
+        FileHeaders headers(toPath(file));
+        const auto facts = readPictureFacts(headers);
+        if (!facts || facts->container != FileFormat::jpg) return {};
+        const PictureSize whole{facts->width, facts->height};
+        if (!orients || moveFor(facts->notes.orientation).degrees == nullptr)
+            return Shrinking{whole, resize.sizeFor(whole), resize.filter};
+        const PictureSize turned = resize.sizeFor({whole.height, whole.width});
+        return Shrinking{whole, {turned.height, turned.width}, resize.filter};
+    } catch (const std::runtime_error&) {
+        return {}; // the load says why
+    }
+}
+
+// How much of a side the pixels that the loader made of it stand for, in these: the last may reach beyond the end.
+double extentOf(std::int32_t whole, std::int32_t loaded) {
+    std::int32_t pixelsOfOne = 1;
+    while ((whole + pixelsOfOne - 1) / pixelsOfOne > loaded)
+        pixelsOfOne *= 2;
+    return static_cast<double>(whole) / pixelsOfOne;
+}
+
+bool finish(const Shrinking& shrinking, cPixSheet& sheet) {
+    cPixSheet result;
+    result.MaxPixels(sheet.MaxPixels());
+    if (!result.InitializeDIB(shrinking.result.width, shrinking.result.height))
+        return HostAccess::outcome(sheet, Outcome(HostAccess::outcome(result)));
+    resample(HostAccess::pixels(result), HostAccess::pixels(sheet),
+             {.across = shrinking.filter,
+              .along = shrinking.filter,
+              .isOpaque = true,
+              .sourceWidth = extentOf(shrinking.whole.width, sheet.Width()),
+              .sourceHeight = extentOf(shrinking.whole.height, sheet.Height())});
+    HostAccess::ImageType(result, sheet.ImageType());
+    HostAccess::takeNotes(result, sheet);
+    sheet.SwapDIBs(&result);
     return true;
 }
 
@@ -62,10 +121,25 @@ double parseLimit(std::string_view text) {
 }
 
 bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, bool keepsFile) {
-    const IconChoice& icon = options.icon;
-    sheet.MaxPixels(options.mostPixels);
-    return sheet.LoadPicture_File(file, icon.width, icon.height, keepsFile, icon.depth) &&
-           (!options.orients || turn(sheet));
+    return loadAsStored(sheet, file, options, keepsFile) && (!options.orients || turn(sheet));
+}
+
+bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options,
+          std::span<const EffectStep>& steps) {
+    // Steps that call nothing choose a filter.
+    const auto first = std::ranges::find_if(steps, [](const EffectStep& step) { return !step.call.empty(); });
+    if (first == steps.end() || !first->filteredResize) return load(sheet, file, options);
+    const auto shrinking = shrinkingOf(file, *first->filteredResize, options.orients);
+    if (!shrinking) return load(sheet, file, options);
+    HostAccess::leastSize(sheet, shrinking->least());
+    const bool isLoaded = loadAsStored(sheet, file, options);
+    HostAccess::leastSize(sheet, {});
+    if (!isLoaded) return false;
+    if (sheet.Width() < shrinking->whole.width) {
+        if (!finish(*shrinking, sheet)) return false;
+        steps = steps.subspan(static_cast<std::size_t>(first - steps.begin()) + 1);
+    }
+    return !options.orients || turn(sheet);
 }
 
 void warn(std::ostream& err, const std::string& file, const cPixSheet& sheet, const LoadingOptions& options) {

@@ -1,5 +1,6 @@
 #include "coding/JpegFrame.h"
 #include <algorithm>
+#include <cstring>
 #include <limits>
 
 namespace pixkit {
@@ -53,9 +54,13 @@ bool isWorkInProportion(const JpegFrame& frame, Bytes bytes) noexcept {
     const auto blocksAlong = [](std::int32_t side) { return (static_cast<std::uint64_t>(side) + 7) / 8; };
     const std::uint64_t visits = blocksAlong(frame.width) * blocksAlong(frame.height) * weight; // below 2^30
     std::uint64_t left = visitsOfAny + visitsPerByte * bytes.size();
-    for (std::size_t at = 0; at + 4 < bytes.size(); ++at) {
-        if (bytes[at] != 0xFF || bytes[at + 1] != 0xDA) continue;
-        const std::uint64_t wanted = visits * std::min<std::uint64_t>(bytes[at + 4], mostOfScan);
+    constexpr std::size_t untilComponents = 4; // from the marker on
+    for (std::size_t at = 0; at + untilComponents < bytes.size(); ++at) {
+        const void* const found = std::memchr(&bytes[at], 0xFF, bytes.size() - untilComponents - at);
+        if (found == nullptr) break;
+        at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - bytes.data());
+        if (bytes[at + 1] != JpegSegments::sos) continue;
+        const std::uint64_t wanted = visits * std::min<std::uint64_t>(bytes[at + untilComponents], mostOfScan);
         if (wanted > left) return false;
         left -= wanted;
     }

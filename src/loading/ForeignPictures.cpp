@@ -5,7 +5,6 @@
 #include "platform/pictures.h"
 #include "shared/AlphaChannel.h"
 #include "shared/AlphaType.h"
-#include "shared/StdPictures.h"
 #include "surface/HostAccess.h"
 #include <cstring>
 #include <utility>
@@ -51,7 +50,7 @@ Outcome convertMetafile(const platform::StdPicture& picture, cPixSheet& host) {
 
 ReadResult LoadSystemPicture(std::span<const std::uint8_t> Stream, cPixSheet& Host) {
     if (const Reason limit = fileLimit(Host, Stream)) return ReadResult::forbidden(limit);
-    const auto picture = iparseArrayToPicture(Stream, 0, Stream.size());
+    const auto picture = platform::OleLoadPicture(Stream, HostAccess::leastSize(Host));
     // Icons have a reader here, which has said no; some loaders take anything for one.
     const auto type = picture ? picture->Type() : PictureType::none;
     if (type != PictureType::bitmap && type != PictureType::metafile && type != PictureType::enhancedMetafile)

@@ -40,11 +40,17 @@ class StdPicture {
                         std::int32_t height) const noexcept = 0;
 };
 
+// How few pixels a picture may be decoded to; 0: all that it has.
+struct LeastSize {
+    std::int32_t width = 0, height = 0;
+};
+
 // The picture in the bytes of a file; null when the system's loader does not know it or finds it damaged. On Windows
 // the loader is OLE's: GIF, JPEG, BMP, icons, WMF with a placeable header, EMF. On the portable side it is the
 // project's own for GIF, and JPEG where canLoadJpeg says so. A GIF gives its first frame at the frame's own size; one
-// whose codes do not describe each pixel of it is damaged.
-std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) noexcept;
+// whose codes do not describe each pixel of it is damaged. With `least`, a JPEG may come at an eighth, a quarter or a
+// half of its size, rounded up, where neither side is below it: Windows gives all of it.
+std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes, LeastSize least = {}) noexcept;
 
 // Whether OleLoadPicture may know data that begins so. What the system's own loader knows is its affair: on Windows
 // always.

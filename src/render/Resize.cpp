@@ -3,10 +3,12 @@
 #include "render/Resampler.h"
 #include "shared/AlphaType.h"
 #include "shared/Resampling.h"
+#include "shared/ScaledSize.h"
 #include "shared/checked.h"
 #include "surface/attempt.h"
 #include <algorithm>
-#include <cmath>
+#include <cstdlib>
+#include <tuple>
 
 namespace pixkit {
 
@@ -30,10 +32,6 @@ void fillResized(PixelView resized, ConstPixelView image, bool mirrorsColumns, b
 std::int32_t movedPoint(std::int32_t point, std::int32_t size, std::int32_t newSize) {
     const auto moved = static_cast<std::int32_t>(point * std::int64_t{std::abs(newSize)} / size);
     return newSize < 0 ? -newSize - 1 - moved : moved;
-}
-
-std::int32_t roundedDown(double value) {
-    return longOrOverflow(static_cast<std::int64_t>(std::floor(value)));
 }
 
 } // namespace
@@ -102,22 +100,7 @@ void cPixSheet::ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std:
                     newWidth, newHeight, ScaleMode);
     attempt(call, [&] {
         if (m_Handle == 0) return refused(noImage);
-        std::int32_t width = m_Width;
-        std::int32_t height = m_Height;
-        if (ScaleMode == ScaleStretch) {
-            width = destWidth;
-            height = destHeight;
-        } else if (ScaleMode == ScaleToSize || ScaleMode == scaleDownAsNeeded) {
-            // The ratios are held in single precision, which decides on which side of a whole size some results fall.
-            auto ratioX = static_cast<float>(static_cast<double>(destWidth) / m_Width);
-            auto ratioY = static_cast<float>(static_cast<double>(destHeight) / m_Height);
-            if (ScaleMode == scaleDownAsNeeded && ratioX >= 1.0F && ratioY >= 1.0F) ratioX = ratioY = 1.0F;
-            const auto ratio = static_cast<double>(std::min(ratioX, ratioY));
-            width = roundedDown(ratio * m_Width);
-            height = roundedDown(ratio * m_Height);
-        }
-        newWidth = width;
-        newHeight = height;
+        std::tie(newWidth, newHeight) = scaledSize(m_Width, m_Height, destWidth, destHeight, ScaleMode);
         return done();
     });
 }

@@ -50,7 +50,7 @@ eResampleFilters filterFor(eResampleFilters filter, std::size_t from, std::size_
 }
 
 FilterAxis::FilterAxis(std::size_t from, std::size_t to, eResampleFilters filter, unsigned mostBits)
-    : m_from(from), m_to(to), m_filter(filterFor(filter, from, to)),
+    : m_from(from), m_to(to), m_length(static_cast<double>(from)), m_filter(filterFor(filter, from, to)),
       m_scale(std::max(static_cast<double>(from) / static_cast<double>(to), 1.0)), m_radius(0), m_bits(14),
       m_mostTaps(1) {
     if (from != to) {
@@ -97,8 +97,7 @@ FilterAxis::Taps FilterAxis::weigh(std::size_t i) {
         m_weights[0] = static_cast<std::int16_t>(one);
         return {i, 1};
     }
-    const double centre =
-        (2 * static_cast<double>(i) + 1) * static_cast<double>(m_from) / (2 * static_cast<double>(m_to));
+    const double centre = m_begin + (2 * static_cast<double>(i) + 1) * m_length / (2 * static_cast<double>(m_to));
     const double most = static_cast<double>(m_from - 1);
     const auto first = static_cast<std::size_t>(std::clamp(std::ceil(centre - m_radius - 0.5), 0.0, most));
     const auto last = static_cast<std::size_t>(std::clamp(std::floor(centre + m_radius - 0.5), 0.0, most));

@@ -33,6 +33,13 @@ class FilterAxis {
     // Of any pixel, and not more than the source has.
     std::size_t mostTaps() const noexcept { return m_mostTaps; }
 
+    // From now on the result is made of `length` pixels of the source from `begin` on, which are almost all of it: by
+    // less than one pixel less. The weights stay as wide as they are for all.
+    void narrow(double begin, double length) noexcept {
+        m_begin = begin;
+        m_length = length;
+    }
+
     struct Taps {
         std::size_t first, count; // source pixels, at least one
     };
@@ -45,6 +52,7 @@ class FilterAxis {
     double weightAt(double distance) const noexcept;
 
     std::size_t m_from, m_to;
+    double m_begin = 0, m_length; // what the result is made of
     eResampleFilters m_filter;
     double m_scale, m_radius; // the latter in source pixels
     unsigned m_bits;

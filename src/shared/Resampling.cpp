@@ -120,6 +120,8 @@ void resample(PixelView target, ConstPixelView source, const Resampling& how) {
     const unsigned fraction = fractionFor(static_cast<double>(source.height) / static_cast<double>(target.height));
     FilterAxis across(source.width, target.width, how.across, mostSumBits);
     FilterAxis along(source.height, target.height, how.along, mostSumBits - fraction);
+    if (how.sourceWidth != 0) across.narrow(0, how.sourceWidth);
+    if (how.sourceHeight != 0) along.narrow(static_cast<double>(source.height) - how.sourceHeight, how.sourceHeight);
     Columns columns(across, source.width, target.width, fraction, how.mirrorsColumns);
     const std::size_t most =
         std::max<std::size_t>(1, bytesAtOnce / (columns.bytesEach() + SummedRows::bytesEach(along)));

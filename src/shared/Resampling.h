@@ -9,6 +9,9 @@ struct Resampling {
     eResampleFilters across = resampleAuto, along = resampleAuto; // of columns, of rows
     bool mirrorsColumns = false, mirrorsRows = false;
     bool isOpaque = false; // the result, whatever the source's alpha bytes hold
+    // Of the source, from its first column and its top row, what becomes the target; 0: all of it. Pixels that lie
+    // beyond in part, by less than one, count like others.
+    double sourceWidth = 0, sourceHeight = 0;
 };
 
 // Fills `target` with the source at its size; both have pixels, and do not overlap. Columns first, then rows

@@ -1,6 +1,7 @@
 // What readers, writers and renderers may do to their host beyond its public members.
 #pragma once
 #include "platform/gdi.h"
+#include "platform/pictures.h"
 #include "shared/PixelView.h"
 #include "surface/cPixSheet.h"
 #include <utility>
@@ -15,6 +16,14 @@ struct HostAccess {
         host.m_ImageByteCache = std::move(inStream);
     }
     static const Limits& limits(const cPixSheet& host) noexcept { return host.m_limits; }
+    // What the host loads may be decoded to as few pixels as that (platform::OleLoadPicture).
+    static platform::LeastSize leastSize(const cPixSheet& host) noexcept {
+        return {host.m_leastWidth, host.m_leastHeight};
+    }
+    static void leastSize(cPixSheet& host, platform::LeastSize value) noexcept {
+        host.m_leastWidth = value.width;
+        host.m_leastHeight = value.height;
+    }
     // 0, 0 in an image that was no cursor.
     static CursorHotspot hotspot(const cPixSheet& host) noexcept { return host.m_hotspot; }
     static void hotspot(cPixSheet& host, CursorHotspot value) noexcept { host.m_hotspot = value; }

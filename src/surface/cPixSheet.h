@@ -589,6 +589,7 @@ class cPixSheet {
     mutable Outcome m_outcome; // of the last call
     bool m_isUnattended = false;
     Limits m_limits;
+    std::int32_t m_leastWidth = 0, m_leastHeight = 0; // HostAccess::leastSize
 };
 
 } // namespace pixkit

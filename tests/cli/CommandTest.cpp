@@ -5,6 +5,7 @@
 #include "support/AllocationFault.h"
 #include "support/Pictures.h"
 #include "support/SourceFolder.h"
+#include <cmath>
 #include <regex>
 #include <set>
 #include <tuple>
@@ -90,6 +91,54 @@ TEST_F(Command, APictureWithoutMemoryDoesNotEndTheGallery) {
         EXPECT_TRUE(!happened || exitCode == cli::exitSomeFailed);
     }
     EXPECT_TRUE(std::filesystem::exists(m_folder.path(u8"gallery/opaque/00-original.png")));
+}
+
+// A picture that is mirrored twice is the same, and has to be there as a whole.
+TEST_F(Command, AJpegThatIsDecodedSmallerIsAnotherPicture) {
+    const std::string source = m_folder.name(u8"a.jpg"), target = m_folder.name(u8"a.bmp");
+    const struct {
+        std::uint8_t orientation; // by EXIF data
+        std::vector<std::string> options;
+        bool mayDiffer = true;
+    } rows[] = {{1, {"--resize", "50x"}},
+                {3, {"--filter", "triangle", "--resize", "24x90"}},
+                {6, {"--resize", "24x"}},
+                {8, {"--resize", "12%", "--rotate", "90"}},
+                {6, {"--resize", "24x20:stretch", "--no-orient"}},
+                {5, {"--resize", "60%"}, false},
+                {1, {"--filter", "bilinear", "--resize", "24x"}, false},
+                {1, {"--nearest", "--resize", "24x"}, false},
+                {1, {"--rotate", "9", "--resize", "24x"}, false}};
+    const auto converted = [&](std::vector<std::string> line) {
+        line.insert(line.begin(), {"convert", source, target, "--overwrite", "--quiet"});
+        cli::Console console{m_in, m_out, m_err, false, false};
+        cPixSheet sheet;
+        EXPECT_TRUE(cli::run(line, console) == cli::exitOk && sheet.LoadPicture_File(target)) << m_err.str();
+        return std::pair(sheet.Width(), pixelsOf(sheet));
+    };
+    for (const auto& row : rows) {
+        cPixSheet sheet;
+        draw(sheet, 203, 131, AlphaNone, [](unsigned x, unsigned y) {
+            const bool isInside = (x - 90) * (x - 90) + (y - 60) * (y - 60) < 2500;
+            return Pixel{std::uint8_t(x), std::uint8_t(y + 60), std::uint8_t(isInside ? 200 : 40 + x % 8), 255};
+        });
+        ByteArray stream;
+        sheet.SaveToStream_JPG(stream, 90);
+        Bytes file = bytesOf(stream), exif{0xFF, 0xE1, 0, 34, 'E', 'x', 'i', 'f', 0, 0, 'I', 'I', 42, 0, 8, 0, 0, 0};
+        exif.insert(exif.end(), {1, 0, 0x12, 1, 3, 0, 1, 0, 0, 0, row.orientation, 0, 0, 0, 0, 0, 0, 0});
+        file.insert(file.begin() + 2, exif.begin(), exif.end());
+        writeFile(m_folder.path(u8"a.jpg"), file);
+        auto whole = row.options;
+        whole.insert(whole.begin(), {"--mirror", "x", "--mirror", "x"});
+        const auto [width, wanted] = converted(whole);
+        const auto [foundWidth, found] = converted(row.options);
+        ASSERT_EQ(std::pair(foundWidth, found.size()), std::pair(width, wanted.size()));
+        EXPECT_EQ(found != wanted, row.mayDiffer && !platform::canLoadMetafiles()) << row.options[1];
+        double squares = 0;
+        for (std::size_t i = 0; i < 3 * wanted.size(); ++i)
+            squares += std::pow(found[i / 3][i % 3] - wanted[i / 3][i % 3], 2);
+        EXPECT_LT(squares / static_cast<double>(3 * wanted.size()), 6.5) << row.options[1] << ": 40 decibels";
+    }
 }
 
 TEST_F(Command, AFormatThatThisMachineCannotReadCountsAsDamaged) {

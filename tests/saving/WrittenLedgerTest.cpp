@@ -84,7 +84,7 @@ void writeFlat(const cPixSheet& sheet, const Ledger& add) {
         for (const std::int32_t fill : {0, 0x80FF10})
             add(std::string("bmp") + (keep ? " keep" : "") + (fill != 0 ? " on color" : ""),
                 sheet.SaveToStream_Bitmap(bytes, keep, fill), bytes);
-    for (const std::int32_t quality : {-5, 1, 30, 70, 89, 90, 100})
+    for (const std::int32_t quality : {-5, 1, 30, 70, 89, 90, 100, 1000})
         add("jpg " + std::to_string(quality), sheet.SaveToStream_JPG(bytes, quality), bytes);
     for (const bool isAdaptive : {true, false})
         for (const int tolerance : {1, 128, 255})

@@ -27,6 +27,7 @@ class TurboJpeg {
 
     explicit operator bool() const noexcept { return m_found == 4; }
 
+    // To the picture's size, or an eighth, a quarter or a half of it, rounded up, of which the library makes its scale.
     // Rows bottom-up, 4 bytes a pixel, all 0 before. True also where the data was damaged or ended early, as long as
     // the decoder went through to the last row.
     bool decompress(Bytes bytes, std::uint8_t* pixels, int width, int height, PixelFormat format) const {
@@ -89,24 +90,33 @@ void fromCmyk(std::uint8_t* pixels, std::size_t count, bool inverted) noexcept {
     }
 }
 
+// Blocks of 8 x 8 pixels are decoded to one, four or sixteen as quickly as to all.
+LeastSize decodedSize(const JpegFrame& frame, LeastSize least) noexcept {
+    for (const std::int32_t pixels : {8, 4, 2}) {
+        const LeastSize size{(frame.width + pixels - 1) / pixels, (frame.height + pixels - 1) / pixels};
+        if (least.width != 0 && size.width >= least.width && size.height >= least.height) return size;
+    }
+    return {frame.width, frame.height};
+}
+
 } // namespace
 
-std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes) {
+std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes, LeastSize least) {
     const auto info = readJpegFrame(bytes);
     if (!info) return nullptr;
     const TurboJpeg library;
     if (!library) return nullptr;
     void* bits = nullptr;
-    const BitmapInfoHeader header{.biWidth = info->width, .biHeight = info->height};
+    const auto [width, height] = decodedSize(*info, least);
+    const BitmapInfoHeader header{.biWidth = width, .biHeight = height};
     UniqueHandle<&DeleteObject> bitmap(CreateDIBSection(0, header, &bits));
     if (!bitmap) return nullptr;
     auto* const pixels = static_cast<std::uint8_t*>(bits);
     const bool isCmyk = info->components == 4;
-    if (!library.decompress(bytes, pixels, info->width, info->height,
-                            isCmyk ? TurboJpeg::formatCmyk : TurboJpeg::formatBgra))
+    if (!library.decompress(bytes, pixels, width, height, isCmyk ? TurboJpeg::formatCmyk : TurboJpeg::formatBgra))
         return nullptr;
     if (isCmyk) {
-        const auto count = static_cast<std::size_t>(info->width) * static_cast<std::size_t>(info->height);
+        const auto count = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
         fromCmyk(pixels, count, info->hasAdobeMarker);
     }
     auto picture = std::make_unique<BitmapPicture>(bitmap.get(), true);

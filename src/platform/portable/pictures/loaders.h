@@ -11,7 +11,7 @@ std::unique_ptr<StdPicture> loadGif(std::span<const std::uint8_t> bytes);
 
 // A JPEG of 8 bits a channel as an opaque bitmap of 32 bits, decoded by libturbojpeg: gray, RGB, YCbCr, CMYK and YCCK,
 // baseline and progressive. What is missing of a file that was cut short is as the library fills it in. Null, too, when
-// the library is not there.
-std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes);
+// the library is not there. As small as `least` allows (OleLoadPicture).
+std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes, LeastSize least);
 
 } // namespace pixkit::platform

@@ -7,11 +7,11 @@
 
 namespace pixkit::platform {
 
-std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) noexcept {
+std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes, LeastSize least) noexcept {
     if (bytes.empty() || faultDue(SeamCall::oleLoadPicture)) return nullptr;
     try {
-        for (const auto load : {loadGif, loadJpeg})
-            if (auto picture = load(bytes)) return picture;
+        if (auto picture = loadGif(bytes)) return picture;
+        return loadJpeg(bytes, least);
     } catch (const std::bad_alloc&) {
         // as if the picture were not there
     }

@@ -96,7 +96,7 @@ bool isIncompleteGif(std::span<const std::uint8_t> bytes) {
 
 } // namespace
 
-std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes) noexcept {
+std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes, LeastSize /*least*/) noexcept {
     if (bytes.empty() || bytes.size() > MAXLONG || faultDue(SeamCall::oleLoadPicture)) return nullptr;
     try {
         if (isIncompleteGif(bytes)) return nullptr;

@@ -1,0 +1,36 @@
+// A file of which headers are read.
+#pragma once
+#include "codecs/PictureFacts.h"
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <vector>
+
+namespace pixkit::cli {
+
+class FileHeaders final : public HeaderSource {
+  public:
+    explicit FileHeaders(const std::filesystem::path& path) : m_file(path, std::ios::binary) {
+        std::error_code error;
+        const std::uintmax_t size = std::filesystem::file_size(path, error);
+        m_size = error || !m_file ? 0 : size;
+    }
+    std::uint64_t size() const override { return m_size; }
+    std::vector<std::uint8_t> read(std::uint64_t position, std::size_t count) override {
+        if (position >= m_size) return {};
+        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, m_size - position)));
+        m_file.clear();
+        m_file.seekg(static_cast<std::streamoff>(position));
+        m_file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+        if (!m_file) throw std::runtime_error("the file cannot be read");
+        return bytes;
+    }
+
+  private:
+    std::ifstream m_file;
+    std::uintmax_t m_size = 0;
+};
+
+} // namespace pixkit::cli
