@@ -3,6 +3,7 @@
 // And whatever the deflater makes of the input is by zlib's account a stream of just that.
 #include "coding/deflate/Deflate.h"
 #include "oracle/zlibVerdict.h"
+#include "support/InflateInPieces.h"
 #include "targets.h"
 #include <memory>
 
@@ -15,6 +16,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     std::copy(data + 2, data + bytes, stream.get());
     const auto result = pixkit::deflate::inflateZlib(output.get(), capacity, stream.get(), bytes - 2);
     require(agreesWithZlib(result, output.get(), capacity, stream.get(), bytes - 2));
+
+    // The same in pieces of any length.
+    pixkit::test::InPieces pieces({stream.get(), bytes - 2}, 1 + data[0] * data[1] % 2000u, capacity);
+    const auto inPieces = pieces.run();
+    require(inPieces.outcome == result.outcome && inPieces.written == result.written);
+    require(std::equal(pieces.output.begin(), pieces.output.end(), output.get()));
 
     std::vector<std::uint8_t> packed, back(bytes);
     auto written = static_cast<uLongf>(bytes);

@@ -69,9 +69,16 @@ class BitReader {
         m_word = 0;
         m_count = 0;
     }
-    // Only on a byte border, after alignToByte.
+    // The data that no refill has taken yet; what is held too, after alignToByte.
     const std::uint8_t* bytes() const noexcept { return m_next; }
     void skipBytes(std::size_t bytes) noexcept { m_next += bytes; }
+    // Before the data that no refill has taken yet there are so many bytes that alignToByte may give back.
+    std::size_t bytesHeld() const noexcept { return m_count >> 3; }
+    // From here on the data is elsewhere: bytesLeft() bytes of it, and those held before them, are the same there.
+    void continueAt(const std::uint8_t* next, const std::uint8_t* end) noexcept {
+        m_next = next;
+        m_end = end;
+    }
 
   private:
     Word m_word = 0;

@@ -119,7 +119,8 @@ class cPixSheet {
     // - 4 bytes for each pixel of the image, of icons to be made of them all; of what is no load, that is all.
     // - The bytes of a file that is loaded, and with SaveFormat those of an array, but not the PNG that is kept of what
     //   GDI+ reads. Bytes that callers, resources, the clipboard hand over are theirs.
-    // - PNG: the filtered rows, and in arrays the compressed data again. BMP: two rows. Icons: a byte for each pixel.
+    // - PNG: the filtered rows, but at most 192 KiB, or two rows and 96 KiB where that is more. BMP: two rows. Icons: a
+    //   byte for each pixel.
     // - What comes through the system's loader (GIF, JPEG) or GDI+: 4 bytes for each pixel of its picture; of a GIF its
     //   data twice; of a JPEG in several scans 2 bytes for each coefficient. Metafiles, which are drawn twice,
     //   likewise.

@@ -1,8 +1,6 @@
-// From decompressed rows to pixels: row filters, interlace passes, conversion to premultiplied B, G, R, A.
-#include "codecs/png/PngFilters.h"
+// From rows of samples to pixels: conversion to premultiplied B, G, R, A.
 #include "codecs/png/cPNGparser.h"
 #include "kernels/kernels.h"
-#include "surface/HostAccess.h"
 #include <algorithm>
 #include <cstring>
 
@@ -65,34 +63,6 @@ void cPNGparser::prepareConversion() {
         m_transparentKey = {static_cast<std::uint8_t>(m_TransColor), static_cast<std::uint8_t>(m_TransColor >> 8),
                             static_cast<std::uint8_t>(m_TransColor >> 16), 255};
     }
-}
-
-void cPNGparser::UnfilterNI(std::uint8_t* Filtered) {
-    unfilterAndConvertPass(Filtered, wholePicture.front());
-}
-
-void cPNGparser::UnfilterInterlaced(std::uint8_t* Filtered) {
-    for (const InterlacePass& pass : m_MatrixDat)
-        Filtered = unfilterAndConvertPass(Filtered, pass);
-}
-
-// Each row is converted while it is still in the cache from unfiltering. Returns where the next pass's rows begin.
-std::uint8_t* cPNGparser::unfilterAndConvertPass(std::uint8_t* rows, const InterlacePass& pass) {
-    const std::size_t width = pass.columns(static_cast<std::size_t>(m_Width));
-    const std::size_t height = pass.rows(static_cast<std::size_t>(m_Height));
-    if (width == 0 || height == 0) return rows;
-    const PixelView host = HostAccess::pixels(*cHost);
-    const std::size_t rowBytes = GetBytesPerPixel(width);
-    const std::size_t step = GetDepthInfo().rawBytesPP;
-    const std::uint8_t* above = nullptr;
-    for (std::size_t r = 0; r < height; ++r) {
-        std::uint8_t* raw = rows + 1;
-        decodeFilter(rows[0], raw, above, rowBytes, step);
-        convertRow(host.rowFromTop(pass.startRow + r * pass.rowStep), raw, width, pass);
-        above = raw;
-        rows += rowBytes + 1;
-    }
-    return rows;
 }
 
 void cPNGparser::convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count,

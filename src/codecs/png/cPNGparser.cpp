@@ -7,16 +7,12 @@
 #include "codecs/png/PngHeader.h"
 #include "coding/ByteReader.h"
 #include "coding/Crc32.h"
-#include "coding/RowBytes.h"
-#include "coding/deflate/Inflate.h"
 #include "diagnostics/guard.h"
 #include "shared/cCDECL.h"
 #include "shared/checked.h"
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <charconv>
-#include <cstdlib>
-#include <cstring>
 #include <limits>
 
 namespace pixkit {
@@ -26,18 +22,6 @@ namespace {
 constexpr std::array<std::uint8_t, 8> signature = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
 
 constexpr auto& chunkType = pngChunkType;
-
-struct FreeDeleter {
-    void operator()(void* memory) const noexcept { std::free(memory); } // NOLINT(cppcoreguidelines-no-malloc)
-};
-using ZeroedBytes = std::unique_ptr<std::uint8_t, FreeDeleter>;
-
-// calloc hands out fresh pages that are zero already: rows that the data does not reach cost nothing.
-ZeroedBytes allocateZeroed(std::size_t bytes) {
-    ZeroedBytes memory(static_cast<std::uint8_t*>(std::calloc(bytes, 1))); // NOLINT(cppcoreguidelines-no-malloc)
-    if (!memory) throw std::bad_alloc();
-    return memory;
-}
 
 } // namespace
 
@@ -75,7 +59,7 @@ void describeInstance(const cPNGparser& parser, ErrorReport& report) {
     add("m_BitDepth", parser.m_BitDepth);
     add("m_ColorType", parser.m_ColorType);
     add("m_Interlacing", parser.m_Interlacing);
-    add("m_IDAT", parser.m_IDAT);
+    add("m_lenIDAT", parser.m_lenIDAT);
     describeInstance(*parser.cHost, report);
 }
 
@@ -109,7 +93,7 @@ double cPNGparser::memory(std::span<const std::uint8_t> Stream) {
     const auto header = ByteReader(Stream).slice(signature.size() + 4, 17);
     cPNGparser parser;
     if (!header || parser.zChunk_IHDR({chunkType("IHDR"), 0, *header}) == ChunkResult::error) return 0;
-    return static_cast<double>(parser.CalcUncompressedWidth()) + static_cast<double>(Stream.size());
+    return static_cast<double>(parser.windowBytes());
 }
 
 // GDI+ comes first, where its picture is within the limits. Of its picture, Alpha is what this reader would say by the
@@ -169,9 +153,7 @@ bool cPNGparser::walkChunks(RunningEnd base, ChunksRead chunks) {
 
 // Whether the host may hold what the header says, and have what it takes.
 bool cPNGparser::isWithinLimits() noexcept {
-    const std::size_t joined = m_ownBytes ? 0 : m_pngStream.size(); // the compressed data; a file's is joined in place
-    const double besides = static_cast<double>(CalcUncompressedWidth()) + static_cast<double>(joined);
-    const Reason limit = HostAccess::limits(*cHost).problem(m_Width, m_Height, besides);
+    const Reason limit = HostAccess::limits(*cHost).problem(m_Width, m_Height, static_cast<double>(windowBytes()));
     if (!limit) return true;
     m_outcome = ReadOutcome::forbidden;
     return refuse(limit);
@@ -253,36 +235,12 @@ void cPNGparser::zChunk_tRNS(const Chunk& chunk) {
     }
 }
 
-// Without memory the walk ends as at any other chunk that cannot be taken: no image, and nothing is said.
 cPNGparser::ChunkResult cPNGparser::zChunk_IDAT(const Chunk& chunk) {
     if (!zCheckCRCvalue(chunk)) return refuseChunk("IDAT: the CRC does not match");
-    try {
-        joinIDAT(chunk.data());
-    } catch (const std::bad_alloc&) {
-        m_outcome = ReadOutcome::unable;
-        return refuseChunk("IDAT: no memory to join the chunks");
-    }
+    const auto chunkAt = static_cast<std::size_t>(chunk.typeAndData.data() - m_pngStream.data()) - 4;
+    if (m_lenIDAT == 0) m_firstIDAT = chunkAt;
+    m_lenIDAT += chunk.data().size();
     return ChunkResult::ok;
-}
-
-// Puts a payload behind those before it. One alone stays where it is; in a file later ones move down to it, over chunks
-// that have been walked already.
-void cPNGparser::joinIDAT(std::span<const std::uint8_t> payload) {
-    if (m_IDAT.empty()) {
-        m_IDAT = payload;
-        return;
-    }
-    std::size_t joinedAt = 0; // where in our own bytes the joined payloads begin
-    if (m_pngStream.data() == m_ownBytes.get()) {
-        joinedAt = static_cast<std::size_t>(m_IDAT.data() - m_pngStream.data());
-    } else if (!m_ownBytes) {
-        // Room for all that can come: memory that is not written to costs nothing, growing in steps would.
-        const auto rest = static_cast<std::size_t>(m_pngStream.data() + m_pngStream.size() - payload.data());
-        m_ownBytes = std::make_unique_for_overwrite<std::uint8_t[]>(m_IDAT.size() + rest);
-        std::copy(m_IDAT.begin(), m_IDAT.end(), m_ownBytes.get());
-    }
-    std::memmove(m_ownBytes.get() + joinedAt + m_IDAT.size(), payload.data(), payload.size());
-    m_IDAT = {m_ownBytes.get() + joinedAt, m_IDAT.size() + payload.size()};
 }
 
 // --- zlib
@@ -340,40 +298,7 @@ bool cPNGparser::zCheckCRCvalue(const Chunk& chunk) {
     return crc32(0, chunk.typeAndData) == chunk.storedCrc;
 }
 
-// --- from compressed data to the host
-
-// False without a picture.
-bool cPNGparser::PostLoadPNG() {
-    if (m_IDAT.empty()) return refuse("IDAT is missing");
-    const std::size_t uncmprssSize = m_Width == 0 ? 0 : CalcUncompressedWidth();
-    if (uncmprssSize == 0) return refuse("IHDR is missing");
-    if (!isDepthSuited()) return refuse("IHDR: the depth does not suit the colour type");
-    const ZeroedBytes RawPNGdata = allocateZeroed(uncmprssSize);
-    // The built-in decoder first, as the faster one; and alone, as it takes all that zlib takes and gives the same
-    // bytes.
-    const auto [outcome, written] = deflate::inflateZlib(RawPNGdata.get(), uncmprssSize, m_IDAT.data(), m_IDAT.size());
-    if (outcome == deflate::Outcome::damaged) return refuse("IDAT: the compressed data is damaged");
-    // Of a picture without a single row there is nothing to show.
-    if (written < firstRowBytes()) return refuse("IDAT: the data ends before the first row does");
-    // Later rows that the data does not reach are zero, whatever a decoder used their place for.
-    std::memset(RawPNGdata.get() + written, 0, uncmprssSize - written);
-    m_ownBytes.reset(); // before the host takes memory for its pixels
-    InitializePalette();
-    if (!cHost->InitializeDIB(m_Width, m_Height)) {
-        m_outcome = ReadOutcome::unable;
-        return refuse(noMemoryForPixels);
-    }
-    prepareConversion();
-    if (m_Interlacing == 1) {
-        UnfilterInterlaced(RawPNGdata.get());
-    } else {
-        UnfilterNI(RawPNGdata.get());
-    }
-    setAlpha();
-    setNotes(written < neededBytes());
-    HostAccess::ImageType(*cHost, imgPNG);
-    return true;
-}
+// --- what is said of the picture
 
 void cPNGparser::setNotes(bool endsEarly) noexcept {
     PictureNotes& notes = HostAccess::notes(*cHost);
@@ -388,58 +313,6 @@ AlphaTypeEnum cPNGparser::alphaOfChunks() const noexcept {
     // Palette images with partial alpha are classed as simple too: what draws them does not look closer.
     const AlphaTypeEnum keyed = m_TransColor == -1 ? AlphaNone : AlphaSimple;
     return hasAlphaChannel ? AlphaComplex : keyed;
-}
-
-bool cPNGparser::isDepthSuited() const noexcept {
-    switch (m_ColorType) {
-    case 0:
-        return true;
-    case 3:
-        return m_BitDepth <= 8;
-    default:
-        return m_BitDepth >= 8;
-    }
-}
-
-cPNGparser::DepthInfo cPNGparser::GetDepthInfo() const noexcept {
-    constexpr std::array<std::uint8_t, 7> samplesOfColorType = {1, 0, 3, 1, 2, 0, 4};
-    const std::size_t rawBitsPP = std::size_t{samplesOfColorType[m_ColorType]} * m_BitDepth;
-    return {rawBitsPP, std::max<std::size_t>(1, rawBitsPP / 8)};
-}
-
-std::size_t cPNGparser::GetBytesPerPixel(std::size_t totalWidth) const noexcept {
-    return static_cast<std::size_t>(packedRowBytes(totalWidth, GetDepthInfo().rawBitsPP));
-}
-
-// Bytes of the first filtered row, which of an interlaced picture is that of the first pass.
-std::size_t cPNGparser::firstRowBytes() const noexcept {
-    const InterlacePass& pass = m_Interlacing == 0 ? wholePicture.front() : m_MatrixDat.front();
-    return GetBytesPerPixel(pass.columns(static_cast<std::size_t>(m_Width))) + 1;
-}
-
-// Bytes of the filtered rows that a file has, one filter byte each: of a pass without columns none.
-std::size_t cPNGparser::neededBytes() const noexcept {
-    std::size_t size = CalcUncompressedWidth();
-    if (m_Interlacing == 0) return size;
-    for (const InterlacePass& pass : m_MatrixDat)
-        if (pass.columns(static_cast<std::size_t>(m_Width)) == 0) size -= pass.rows(static_cast<std::size_t>(m_Height));
-    return size;
-}
-
-// Bytes of the filtered rows, one filter byte each. A pass without columns still counts a byte for each of its rows;
-// that makes the buffer a little larger than needed.
-std::size_t cPNGparser::CalcUncompressedWidth() const noexcept {
-    std::size_t size = 0;
-    const auto addPass = [&](const InterlacePass& pass) {
-        size += pass.rows(static_cast<std::size_t>(m_Height)) *
-                (GetBytesPerPixel(pass.columns(static_cast<std::size_t>(m_Width))) + 1);
-    };
-    if (m_Interlacing == 0) {
-        std::ranges::for_each(wholePicture, addPass);
-    } else {
-        std::ranges::for_each(m_MatrixDat, addPass);
-    }
-    return size;
 }
 
 } // namespace pixkit

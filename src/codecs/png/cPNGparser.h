@@ -50,7 +50,11 @@ class cPNGparser {
     };
     enum class ChunkResult : std::uint8_t { ok, error };
 
-    static constexpr auto& m_MatrixDat = adam7; // the passes of an interlaced image
+    // The orders of rows: that of an image that is not interlaced, or the passes.
+    std::span<const InterlacePass> m_MatrixDat() const noexcept {
+        if (m_Interlacing == 0) return wholePicture;
+        return adam7;
+    }
 
     struct DepthInfo {
         std::size_t rawBitsPP;  // bits of a source pixel
@@ -79,9 +83,10 @@ class cPNGparser {
     bool zValidateZLIBversion();
     bool zCheckCRCvalue(const Chunk& chunk);
 
-    void joinIDAT(std::span<const std::uint8_t> payload);
-
+    // PngImageData.cpp
+    class ImageData;
     bool PostLoadPNG();
+    bool beginPicture();
     AlphaTypeEnum alphaOfChunks() const noexcept;
     void setAlpha() noexcept { cHost->Alpha(alphaOfChunks()); }
     void setNotes(bool endsEarly) noexcept;
@@ -91,13 +96,11 @@ class cPNGparser {
     std::size_t firstRowBytes() const noexcept;
     std::size_t CalcUncompressedWidth() const noexcept;
     std::size_t neededBytes() const noexcept;
+    std::size_t windowBytes() const noexcept;
 
     // PngPixels.cpp
     void InitializePalette();
-    void UnfilterNI(std::uint8_t* Filtered);
-    void UnfilterInterlaced(std::uint8_t* Filtered);
     void prepareConversion();
-    std::uint8_t* unfilterAndConvertPass(std::uint8_t* rows, const InterlacePass& pass);
     void convertRow(std::uint8_t* hostRow, const std::uint8_t* raw, std::size_t count, const InterlacePass& pass) const;
     void convertPixels(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
     void ConvertPNGtoBMP_16Bit(std::uint8_t* dst, const std::uint8_t* raw, std::size_t count) const;
@@ -118,11 +121,10 @@ class cPNGparser {
     std::array<std::uint8_t, 256> m_TransSimple; // raw tRNS data; for palette images padded with 255
     std::size_t m_TransSize = 0;                 // bytes of it in use
     std::int32_t m_TransColor = -1;              // -1 = no transparent colour
-    std::span<const std::uint8_t> m_IDAT;        // the payloads so far, joined
-    // The whole file, in which payloads are joined by moving them together; for a stream, which is not ours to write
-    // into, the joined payloads as soon as there are two.
-    std::unique_ptr<std::uint8_t[]> m_ownBytes;
-    std::span<const std::uint8_t> m_pngStream; // the data that is walked
+    std::size_t m_firstIDAT = 0;                 // where the first IDAT that has data is in the file
+    std::size_t m_lenIDAT = 0;                   // bytes of data in all so far
+    std::unique_ptr<std::uint8_t[]> m_ownBytes;  // a whole file
+    std::span<const std::uint8_t> m_pngStream;   // the data that is walked
     PngNotes m_notes;
     bool m_hasCrc32 = false; // zlib is there, and computes CRCs
 

@@ -15,6 +15,12 @@ constexpr bool narrow = BitReader::wordBits < 64;
 // and a length with its extra bits (20 bits), the index of a distance must still be there.
 constexpr unsigned literalsPerRound = narrow ? 1 : 3;
 static_assert(narrow || (literalsPerRound - 1) * literalTableBits + 20 + distanceTableBits <= BitReader::refilled);
+// What decodeFast's rounds need: one refills three times at most, and puts out its literals and one match.
+constexpr std::size_t inputMargin = 4 * sizeof(BitReader::Word);
+constexpr std::size_t outputMargin = 2 * literalsPerRound + longestMatch + copyOverrun;
+static_assert(outputMargin <= Room::least);
+// The head of a block, its codes included, has fewer bytes than this: 316 lengths of 7 bits with 7 extra bits at most.
+constexpr std::size_t longestHead = 640;
 // Pairing literals costs time once per block, so that it pays only with so much data (bytes) to come.
 constexpr std::size_t pairingPays = 8192;
 
@@ -70,11 +76,23 @@ enum class Step : std::uint8_t {
 class Inflater {
   public:
     Inflater(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept
-        : m_reader(input, bytes), m_out(output), m_begin(output), m_end(output + capacity) {}
+        : m_reader(input, bytes), m_room{output, output, output + capacity, true}, m_out(output) {}
+    explicit Inflater(Pieces& pieces) noexcept
+        : m_pieces(&pieces), m_isMoreInput(true), m_reader(nullptr, 0), m_room(pieces.moreRoom(nullptr)),
+          m_out(m_room.next) {}
 
     Result run() noexcept;
+    Result runZlib() noexcept;
 
   private:
+    // Lets so many bytes of input be there, unless it ends before.
+    void provideInput(std::size_t needed) noexcept {
+        if (m_isMoreInput && m_reader.bytesLeft() < needed) [[unlikely]]
+            joinPieces(needed);
+    }
+    void joinPieces(std::size_t needed) noexcept;
+    // Lets so much room be there, Room::least at most, unless the output ends before.
+    void provideRoom(std::size_t needed) noexcept;
     Step block(bool& isLast) noexcept;
     Step storedBlock() noexcept;
     Step readCodes() noexcept;
@@ -87,17 +105,73 @@ class Inflater {
     template <typename Table>
     Step decodeEntry(const Table& table, Entry& entry) noexcept;
 
-    std::size_t written() const noexcept { return static_cast<std::size_t>(m_out - m_begin); }
-    std::size_t room() const noexcept { return static_cast<std::size_t>(m_end - m_out); }
+    std::size_t written() const noexcept { return m_gone + static_cast<std::size_t>(m_out - m_room.begin); }
+    std::size_t room() const noexcept { return static_cast<std::size_t>(m_room.end - m_out); }
+    bool isFull() const noexcept { return m_out == m_room.end; } // with provided room: there is no more
 
+    Pieces* m_pieces = nullptr;
+    bool m_isMoreInput = false;
+    std::span<const std::uint8_t> m_piece; // the last one
+    std::size_t m_used = 0;                // how much of it the reader has, or had, in the seam or where it lies
     BitReader m_reader;
+    Room m_room;
     std::uint8_t* m_out;
-    std::uint8_t* const m_begin;
-    std::uint8_t* const m_end;
+    std::size_t m_gone = 0;       // bytes of output before m_room.begin
     bool m_codesAreFixed = false; // the tables hold the fixed codes
     LiteralTable m_literals;
     DistanceTable m_distances;
+    // What is left of a piece, and behind it the beginning of those that follow.
+    std::uint8_t m_seam[1024];
+    static_assert(sizeof m_seam >= longestHead + sizeof(BitReader::Word));
 };
+
+// Goes on where the seam has come from as soon as all that is left there lies in one piece; else makes a seam.
+void Inflater::joinPieces(std::size_t needed) noexcept {
+    while (m_isMoreInput && m_reader.bytesLeft() < needed) {
+        const std::size_t left = m_reader.bytesLeft(), held = m_reader.bytesHeld();
+        if (m_used < m_piece.size() && m_used >= left + held) {
+            m_reader.continueAt(m_piece.data() + m_used - left, m_piece.data() + m_piece.size());
+            m_used = m_piece.size();
+            continue;
+        }
+        std::size_t size = held + left;
+        if (size != 0) std::memmove(m_seam, m_reader.bytes() - held, size);
+        while (size < sizeof m_seam) {
+            if (m_used == m_piece.size()) {
+                m_piece = m_pieces->moreInput();
+                m_used = 0;
+                m_isMoreInput = !m_piece.empty();
+                if (!m_isMoreInput) break;
+            }
+            const std::size_t bytes = std::min(m_piece.size() - m_used, sizeof m_seam - size);
+            std::memcpy(m_seam + size, m_piece.data() + m_used, bytes);
+            m_used += bytes;
+            size += bytes;
+        }
+        m_reader.continueAt(m_seam + held, m_seam + size);
+    }
+}
+
+void Inflater::provideRoom(std::size_t needed) noexcept {
+    if (m_room.isLast || room() >= needed) return;
+    const std::size_t before = written();
+    m_room = m_pieces->moreRoom(m_out);
+    m_out = m_room.next;
+    m_gone = before - static_cast<std::size_t>(m_out - m_room.begin);
+}
+
+// The header is checked as zlib checks it, but the window that it declares is not held against the stream: distances
+// may go further back.
+Result Inflater::runZlib() noexcept {
+    provideInput(2);
+    if (m_reader.bytesLeft() < 2) return {Outcome::inputEnded, 0};
+    const unsigned first = m_reader.bytes()[0], flags = m_reader.bytes()[1];
+    const unsigned method = first & 15u, window = first >> 4;
+    const bool hasDictionary = (flags & 0x20) != 0;
+    if ((first * 256u + flags) % 31 != 0 || method != 8 || window > 7 || hasDictionary) return {Outcome::damaged, 0};
+    m_reader.skipBytes(2);
+    return run();
+}
 
 Result Inflater::run() noexcept {
     Step step = Step::goOn;
@@ -108,12 +182,13 @@ Result Inflater::run() noexcept {
     const std::size_t bytes = written();
     if (step == Step::blockEnded) return {Outcome::complete, bytes};
     // Full output is full output: nothing that stands behind the last byte that fits can spoil it.
-    if (m_out == m_end) return {Outcome::outputFull, bytes};
+    if (m_room.isLast && isFull()) return {Outcome::outputFull, bytes};
     return {step == Step::inputEnded ? Outcome::inputEnded : Outcome::damaged, bytes};
 }
 
 Step Inflater::block(bool& isLast) noexcept {
     unsigned header;
+    provideInput(longestHead);
     if (!m_reader.take(3, header)) return Step::inputEnded;
     isLast = (header & 1) != 0;
     const unsigned type = header >> 1;
@@ -131,12 +206,17 @@ Step Inflater::storedBlock() noexcept {
     if ((length ^ complement) != 0xffff) return Step::damaged;
     m_reader.skipBytes(4);
 
-    const std::size_t bytes = std::min({std::size_t{length}, m_reader.bytesLeft(), room()});
-    if (bytes != 0) std::memcpy(m_out, m_reader.bytes(), bytes);
-    m_out += bytes;
-    m_reader.skipBytes(bytes);
-    if (bytes == length) return Step::blockEnded;
-    return m_out == m_end ? Step::outputFull : Step::inputEnded;
+    for (std::size_t left = length; left != 0;) {
+        provideInput(1);
+        provideRoom(1);
+        const std::size_t bytes = std::min({left, m_reader.bytesLeft(), room()});
+        if (bytes == 0) return isFull() ? Step::outputFull : Step::inputEnded;
+        std::memcpy(m_out, m_reader.bytes(), bytes);
+        m_out += bytes;
+        m_reader.skipBytes(bytes);
+        left -= bytes;
+    }
+    return Step::blockEnded;
 }
 
 Step Inflater::useFixedCodes() noexcept {
@@ -171,7 +251,7 @@ Step Inflater::readCodes() noexcept {
     if (lengths[endOfBlock] == 0) return Step::damaged; // the block could not end
     if (!build(m_literals, lengths, literalCount)) return Step::damaged;
     if (!build(m_distances, lengths + literalCount, distanceCount)) return Step::damaged;
-    if (m_reader.bytesLeft() >= pairingPays) pairLiterals(m_literals);
+    if (m_isMoreInput || m_reader.bytesLeft() >= pairingPays) pairLiterals(m_literals);
     return Step::goOn;
 }
 
@@ -197,24 +277,23 @@ Step Inflater::readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengt
 }
 
 Step Inflater::compressedBlock() noexcept {
-    Step step = decodeFast();
-    while (step == Step::goOn)
-        step = decodeSymbol();
-    return step;
+    while (true) {
+        provideInput(inputMargin);
+        provideRoom(outputMargin);
+        const bool isFar = m_reader.bytesLeft() >= inputMargin && room() >= outputMargin;
+        const Step step = isFar ? decodeFast() : decodeSymbol();
+        if (step != Step::goOn) return step;
+    }
 }
 
-// Decodes while a round can neither run out of data nor out of room; goOn means that the margins are used up.
+// Decodes while a round can neither run out of data nor out of room, which is so for the first one; goOn means that the
+// margins are used up.
 Step Inflater::decodeFast() noexcept {
-    // A round refills three times at most, and puts out its literals and one match.
-    constexpr std::size_t inputMargin = 4 * sizeof(BitReader::Word);
-    constexpr std::size_t outputMargin = 2 * literalsPerRound + longestMatch + copyOverrun;
-    if (m_reader.bytesLeft() < inputMargin || room() < outputMargin) return Step::goOn;
-
     // Copies, because a byte stored through `out` could change the members for all the compiler knows.
     BitReader reader = m_reader;
     std::uint8_t* out = m_out;
-    const std::uint8_t* const begin = m_begin;
-    const std::uint8_t* const lastStart = m_end - outputMargin;
+    const std::uint8_t* const begin = m_room.begin;
+    const std::uint8_t* const lastStart = m_room.end - outputMargin;
     const std::size_t literalMask = (std::size_t{1} << m_literals.bits) - 1;
     const std::size_t distanceMask = (std::size_t{1} << m_distances.bits) - 1;
 
@@ -287,7 +366,7 @@ Step Inflater::decodeSymbol() noexcept {
     if (step != Step::goOn) return step;
     if (isSpecial(entry)) return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
     if (isLiteral(entry)) {
-        if (m_out == m_end) return Step::outputFull;
+        if (isFull()) return Step::outputFull;
         *m_out++ = static_cast<std::uint8_t>(baseOf(entry)); // the first one, where the entry is a pair
         return Step::goOn;
     }
@@ -319,12 +398,13 @@ Result inflate(std::uint8_t* output, std::size_t capacity, const std::uint8_t* i
 }
 
 Result inflateZlib(std::uint8_t* output, std::size_t capacity, const std::uint8_t* input, std::size_t bytes) noexcept {
-    if (bytes < 2) return {Outcome::inputEnded, 0};
-    const unsigned method = input[0] & 15u, window = input[0] >> 4, flags = input[1];
-    const bool hasDictionary = (flags & 0x20) != 0;
-    if ((input[0] * 256u + flags) % 31 != 0 || method != 8 || window > 7 || hasDictionary) return {Outcome::damaged, 0};
-    // The declared window is not held against the stream: distances may go further back.
-    return inflate(output, capacity, input + 2, bytes - 2);
+    Inflater inflater(output, capacity, input, bytes);
+    return inflater.runZlib();
+}
+
+Result inflatePieces(Pieces& pieces) noexcept {
+    Inflater inflater(pieces);
+    return inflater.runZlib();
 }
 
 } // namespace pixkit::deflate

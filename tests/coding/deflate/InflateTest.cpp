@@ -1,6 +1,7 @@
 // Streams of every kind, right ones and wrong ones, stand in tests/data/inflate.txt with what each must give. Streams
 // that other compressors made, and what damage makes of them, are tests/oracle's.
 #include "coding/deflate/Inflate.h"
+#include "support/InflateInPieces.h"
 #include "support/Ledger.h"
 #include <gtest/gtest.h>
 #include <memory>
@@ -61,6 +62,14 @@ Inflated run(const Row& row, std::size_t capacity, std::size_t bytes, std::size_
     EXPECT_LE(result.written, capacity);
     EXPECT_EQ(std::count(memory.begin(), memory.begin() + guard, 0xA5), guard) << "written before the output";
     EXPECT_EQ(std::count(memory.end() - guard, memory.end(), 0xA5), guard) << "written behind the output";
+    Bytes stream = row.format == "zlib" ? Bytes() : Bytes{0x78, 1};
+    stream.insert(stream.end(), input.get(), input.get() + bytes + padding);
+    for (const std::size_t pieceBytes : {1, 9, 1200}) {
+        test::InPieces pieces(stream, pieceBytes, capacity);
+        const Result inPieces = pieces.run();
+        EXPECT_TRUE(inPieces.outcome == result.outcome && inPieces.written == result.written) << pieceBytes;
+        EXPECT_TRUE(std::equal(pieces.output.begin(), pieces.output.end(), memory.begin() + guard)) << pieceBytes;
+    }
     constexpr const char* outcomes[] = {"complete", "outputFull", "inputEnded", "damaged"};
     memory.erase(memory.begin(), memory.begin() + guard);
     memory.resize(std::min(result.written, capacity));
