@@ -26,7 +26,7 @@ packages_of() {
     native32) echo "$build g++-multilib lib32z1 googletest" ;;
     windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 fonts-wine xvfb imagemagick python3" ;;
     checks) echo "clang-format clang-tidy cppcheck" ;;
-    bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev pkg-config imagemagick valgrind python3" ;;
+    bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;
     *)
         sed -n '2,14p' "$0" >&2
