@@ -42,6 +42,17 @@ struct WeightedWideRows {
     double firstWeight, secondWeight;
 };
 
+// Pairs of neighbours in a row that are mixed for columns at a step of whole sixteenths of a pixel: sixteen columns,
+// whose pattern comes again `advance` pixels further on. Of column k the first pixel is starts[k / 4] + places[2 * k],
+// the other starts[k / 4] + places[2 * k + 1], the one behind it. Their weights in sixteenths are weights[8 * k] and
+// weights[8 * k + 1], repeated for each channel. In every four columns places begin with 0.
+struct PairPattern {
+    std::uint32_t advance;
+    std::uint32_t starts[4];
+    std::uint8_t places[32];
+    std::uint8_t weights[128];
+};
+
 // The quantisation of one kind of 8 x 8 block, in the order of transformBlocks' coefficients. A magnitude x, eight
 // times a coefficient, is divided by d (eight times the table's entry, 8 .. 2,040) and rounded, halves up:
 // ((x + bias) * reciprocal >> 16) * scale >> 16, which is exactly (x + d / 2) / d for every x below 15,000.
@@ -151,6 +162,13 @@ struct Table {
                           const double* nearWeights, const double* farWeights, std::size_t count);
     // Bytes as numbers, four a pixel.
     void (*widenPixels)(double* dst, const std::uint8_t* src, std::size_t count);
+    // For `groups` times the pattern's columns: each channel is the sum of a pair of pixels by its weights, 16 times as
+    // large as a byte. From src on advance * groups + 8 pixels may be read.
+    void (*mixPairs)(std::uint16_t* dst, const std::uint8_t* src, const PairPattern& pattern, std::size_t groups);
+    // Each byte is the sum of the numbers at its place in two rows of such sums, weighed in sixteenths, / 256
+    // truncated. Weights add up to 16; `count` is in pixels. The rows may be the same one.
+    void (*mixRows)(std::uint8_t* dst, const std::uint16_t* first, const std::uint16_t* second,
+                    std::uint32_t firstWeight, std::uint32_t secondWeight, std::size_t count);
     // The pixel that each of `count` positions falls on.
     void (*walkNearest)(std::uint8_t* dst, const PixelWalk& walk, std::size_t count);
     // The mean of that pixel, of the next in its row and of these two in the next row, which are all there, weighted by

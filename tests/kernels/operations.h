@@ -113,6 +113,30 @@ bool interpolate(Call c, unsigned ratio, bool isOneRow) {
     return std::memcmp(c.dst, again.data(), again.size()) != 0;
 }
 
+// Columns at a step of so many sixteenths, mixed along each of two rows and then with each other.
+void mixSixteenths(Call c, std::uint32_t step) {
+    PairPattern pattern = {step, {}, {}, {}};
+    for (std::uint32_t k = 0; k < 16; ++k) {
+        const std::uint32_t at = 11 + k * step;
+        pattern.starts[k / 4] = (11 + k / 4 * 4 * step) / 16;
+        for (std::uint32_t i = 0; i < 8; ++i)
+            pattern.weights[8 * k + i] = static_cast<std::uint8_t>(i % 2 == 0 ? 16 - at % 16 : at % 16);
+        for (std::uint32_t i = 0; i < 2; ++i)
+            pattern.places[2 * k + i] = static_cast<std::uint8_t>(at / 16 - pattern.starts[k / 4] + i);
+    }
+    const std::size_t groups = (c.n + 15) / 16;
+    std::vector<std::uint8_t> row(4 * (groups * step + 8));
+    std::uint16_t* mixed[2];
+    for (std::size_t which = 0; which < 2; ++which) {
+        for (std::size_t i = 0; i < row.size(); ++i)
+            row[i] = c.src[i % (4 * c.n) + which * 4 * c.n];
+        mixed[which] = scratch[which].atEnd(std::vector<std::uint16_t>(64 * groups));
+        c.t.mixPairs(mixed[which], scratch[2].atEnd(row), pattern, groups);
+    }
+    for (std::uint32_t weight = 0; weight <= 16; weight += 4)
+        c.t.mixRows(c.dst + 4 * c.n * weight / 4, mixed[0], mixed[1], weight, 16 - weight, c.n);
+}
+
 // Over a source of 8 rows whose lengths are half the count, from its middle in a direction that stays within.
 void walk(Call c, bool isBilinear, std::int64_t right, std::int64_t up) {
     const std::size_t width = c.n / 2;
@@ -241,6 +265,10 @@ std::vector<Operation> operations(bool everyOpacity) {
         for (const unsigned ratio : {0U, 9U, 20U})
             if (ratio != 0 || !isOneRow)
                 add("sampleBilinear", 32, 64, false, [=](Call c) { return interpolate(c, ratio, isOneRow); });
+    for (const std::uint32_t step : {1U, 13U, 24U, 37U, 300U})
+        add("mixSixteenths", 160, 64, false, [=](Call c) {
+            if (c.n > 0) mixSixteenths(c, step);
+        });
     for (const std::size_t taps : {4U, 8U, 12U, 20U})
         add("sumAlongRow", 64, 64, false, [=](Call c) { sumAlong(c, taps); });
     for (const std::size_t count : {2U, 6U})

@@ -101,6 +101,23 @@ Drawing anyDrawing(Random& random, std::int32_t extent, bool isWild) {
     return d;
 }
 
+// Sizes at which a pixel is a whole number of sixteenths of one of the source, which are resampled in a way of their
+// own.
+void stretchBySixteenths(Drawing& d, const cPixSheet& source, Random& random) {
+    const auto chosen = [&](std::int32_t size, std::int32_t& from) {
+        from = random.between(1, size);
+        std::int32_t step = random.between(1, 48);
+        while (16 * from % step != 0)
+            --step;
+        return 16 * from / step;
+    };
+    d.destWidth = chosen(source.Width(), d.srcWidth);
+    d.destHeight = chosen(source.Height(), d.srcHeight);
+    d.SrcX = random.below(source.Width() - d.srcWidth + 1);
+    d.SrcY = random.below(source.Height() - d.srcHeight + 1);
+    d.HighQuality = true;
+}
+
 std::string textOf(const Drawing& d, Onto onto) {
     constexpr const char* names[] = {"host", "itself", "context of 32 bits", "context of 24 bits", "own context"};
     std::ostringstream text;
@@ -169,6 +186,7 @@ TEST(Render, DrawsOtherwiseThanTheRulesSay) {
                     random.between(1, extent), random};
         const bool isWild = random.below(4) == 0;
         Drawing d = anyDrawing(random, extent, isWild);
+        if (round % 4 == 0) stretchBySixteenths(d, stage.source, random);
         const auto onto = static_cast<Onto>(random.below(5));
         // The system's AlphaBlend draws what is plain; it rounds where the component truncates.
         const bool bySystem = !isWild && onto != ontoItself && onto != ontoOwnContext && random.below(4) == 0;

@@ -45,6 +45,24 @@ void widenPixels(double* dst, const std::uint8_t* src, std::size_t count) {
         dst[i] = src[i];
 }
 
+void mixPairs(std::uint16_t* dst, const std::uint8_t* src, const PairPattern& pattern, std::size_t groups) {
+    for (; groups > 0; --groups, src += std::size_t{4} * pattern.advance) {
+        for (std::size_t column = 0; column < 16; ++column) {
+            const std::uint8_t* const p =
+                src + std::size_t{4} * (pattern.starts[column / 4] + pattern.places[2 * column]);
+            for (int channel = 0; channel < 4; ++channel)
+                *dst++ = static_cast<std::uint16_t>(p[channel] * pattern.weights[8 * column] +
+                                                    p[channel + 4] * pattern.weights[8 * column + 1]);
+        }
+    }
+}
+
+void mixRows(std::uint8_t* dst, const std::uint16_t* first, const std::uint16_t* second, std::uint32_t firstWeight,
+             std::uint32_t secondWeight, std::size_t count) {
+    for (std::size_t i = 0; i < 4 * count; ++i)
+        dst[i] = static_cast<std::uint8_t>((first[i] * firstWeight + second[i] * secondWeight) >> 8);
+}
+
 // Steps are taken without signs, because the one behind the last pixel may leave the range of positions.
 class Walker {
   public:

@@ -289,6 +289,18 @@ inline Vec packedInOrder(Vec v) {
 inline Vec lanesAt(Vec v, Vec places) {
     return _mm256_permutevar8x32_epi32(v, places);
 }
+// The same goes for these: bytes as lanes of 32 bits, the channels of pairs of pixels by turns, and the sums of the
+// products of unsigned bytes and signed ones beside each other.
+inline Vec widenedTo32(const std::uint8_t* bytes) {
+    return _mm256_cvtepu8_epi32(load64(bytes));
+}
+inline Vec channelsByTurns(Vec pairs) {
+    return _mm256_shuffle_epi8(pairs,
+                               repeatedParts(_mm_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15)));
+}
+inline Vec multiplyAddPairs8(Vec bytes, Vec factors) {
+    return _mm256_maddubs_epi16(bytes, factors);
+}
 inline Vec packedTwiceInOrder(Vec v) {
     return lanesAt(v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
 }

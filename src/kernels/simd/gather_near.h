@@ -1,4 +1,4 @@
-// Vector kernel that gathers pixels which lie close together, for sets that can pick lanes by number (`lanesAt`).
+// Vector kernels that gather pixels which lie close together, for sets that can pick lanes by number (`lanesAt`).
 #pragma once
 #include "kernels/simd/resample.h"
 
@@ -30,8 +30,26 @@ void gatherNearPixels(std::uint8_t* dst, const std::uint8_t* src, const std::int
     gatherPixels(dst, src, offsets, count);
 }
 
+// Four columns at a time out of the eight pixels that begin with the first of them.
+void mixNearPairs(std::uint16_t* dst, const std::uint8_t* src, const PairPattern& pattern, std::size_t groups) {
+    Vec places[4];
+    Vec weights[4];
+    for (std::size_t i = 0; i < 4; ++i) {
+        if (pattern.places[8 * i + 7] >= 8) return mixPairs(dst, src, pattern, groups);
+        places[i] = widenedTo32(pattern.places + 8 * i);
+        weights[i] = load(pattern.weights + vecBytes * i);
+    }
+    for (; groups > 0; --groups, src += std::size_t{4} * pattern.advance) {
+        for (std::size_t i = 0; i < 4; ++i, dst += 16) {
+            const Vec pairs = lanesAt(load(src + std::size_t{4} * pattern.starts[i]), places[i]);
+            store(reinterpret_cast<std::uint8_t*>(dst), multiplyAddPairs8(channelsByTurns(pairs), weights[i]));
+        }
+    }
+}
+
 inline void useGatherNear(Table& table) {
     table.gatherPixels = gatherNearPixels;
+    table.mixPairs = mixNearPairs;
 }
 
 } // namespace

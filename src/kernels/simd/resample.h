@@ -75,7 +75,48 @@ void sampleWidened(std::uint8_t* dst, const WeightedWideRows& rows, const std::i
                             : sampleRow<false, WeightedWideRows>)(dst, rows, offsets, nearWeights, farWeights, count);
 }
 
+// --- bilinear where all weights are sixteenths: whole numbers
+
+// The channels of a column's two pixels by turns, as bytes in front.
+inline Vec128 pairAt(const std::uint8_t* p) {
+    const Vec128 pixels = load64(p);
+    return interleaveLow8(pixels, shiftBytesDown<4>(pixels));
+}
+
+void mixPairs(std::uint16_t* dst, const std::uint8_t* src, const PairPattern& pattern, std::size_t groups) {
+    for (; groups > 0; --groups, src += std::size_t{4} * pattern.advance) {
+        for (std::size_t column = 0; column < 16; column += 2, dst += 8) {
+            const auto mixed = [&](std::size_t k) {
+                const Vec128 pair = pairAt(src + std::size_t{4} * (pattern.starts[k / 4] + pattern.places[2 * k]));
+                return multiplyAddPairs16(widenLow8(pair), widenLow8(load64(pattern.weights + 8 * k)));
+            };
+            store128(reinterpret_cast<std::uint8_t*>(dst), packSigned32(mixed(column), mixed(column + 1)));
+        }
+    }
+}
+
+void mixRows(std::uint8_t* dst, const std::uint16_t* first, const std::uint16_t* second, std::uint32_t firstWeight,
+             std::uint32_t secondWeight, std::size_t count) {
+    if (count < vecPixels) return reference.mixRows(dst, first, second, firstWeight, secondWeight, count);
+    const Vec weight = all16(firstWeight);
+    const Vec other = all16(secondWeight);
+    const auto mixed = [&](std::size_t i) {
+        const Vec upper = load(reinterpret_cast<const std::uint8_t*>(first + i));
+        const Vec lower = load(reinterpret_cast<const std::uint8_t*>(second + i));
+        return shiftRight16<8>(add16(multiplyLow16(upper, weight), multiplyLow16(lower, other)));
+    };
+    const auto mixOnce = [&](std::size_t i) {
+        store(dst + i, packedInOrder(packUnsigned16(mixed(i), mixed(i + vecBytes / 2))));
+    };
+    std::size_t i = 0;
+    for (; i + vecBytes <= 4 * count; i += vecBytes)
+        mixOnce(i);
+    if (i < 4 * count) mixOnce(4 * count - vecBytes); // what is left, and some once more
+}
+
 inline void useResample(Table& table) {
+    table.mixPairs = mixPairs;
+    table.mixRows = mixRows;
     table.gatherPixels = gatherPixels;
     table.widenPixels = widenPixels;
     table.sampleBilinear = sampleBilinear;
