@@ -58,6 +58,11 @@ cppcheck -j "$(nproc)" --quiet --std=c++20 --enable=warning,portability --error-
     '-DSTDMETHODIMP_(type)=type' --suppressions-list=scripts/cppcheck.txt \
     --template='lint: {file}:{line}: {message} [cppcheck: {id}]' src || failed=1
 
+# Headers that the C++ reference can be made of: no comment that Doxygen takes for something else.
+if command -v doxygen >/dev/null; then
+    scripts/reference.py --cxx "$(mktemp -d)" || { echo "lint: doxygen complains of a header"; failed=1; }
+fi
+
 # What a change may have made worse: the files that it touches, and those that include a header which it touches.
 changed() {
     local base files

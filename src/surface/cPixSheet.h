@@ -59,8 +59,8 @@ class cPixSheet {
     std::uint8_t* BitsPointer() const noexcept { return m_Pointer; }
     // The DIB section, 0 without an image.
     std::intptr_t Handle() const noexcept { return m_Handle; }
-    std::int32_t Width() const noexcept { return m_Width; }
-    std::int32_t Height() const noexcept { return m_Height; }
+    std::int32_t Width() const noexcept { return m_Width; }   // Columns of pixels, 0 without an image.
+    std::int32_t Height() const noexcept { return m_Height; } // Rows of pixels, 0 without an image.
     // Bytes in a row: Width * 4.
     std::int32_t scanWidth() const noexcept;
     // Format the current image came from; imgError without an image, imgNone when it was made or erased here.
@@ -279,9 +279,9 @@ class cPixSheet {
     bool SaveToStream_TGA(ByteArray& outStream, bool Compress = false, bool ReduceBitDepth = false,
                           bool AllowPreMultipliedPixels = false) const noexcept;
 
-    // Saves as a PNG file, in the smallest form that holds the pixels exactly (codecs/png/README.md), with the texts
-    // and other properties of PngPropertySet. Colours are written straight, such that a load finds those that were
-    // stored. With Alpha AlphaNone the alpha bytes mean nothing. Overwriting and failure as for SaveToFile_Bitmap.
+    // Saves as a PNG file, in the colour type and depth that suit the pixels (codecs/png/README.md), with the texts and
+    // other properties of PngPropertySet. Colours are written straight, such that a load finds those that were stored.
+    // With Alpha AlphaNone the alpha bytes mean nothing. Overwriting and failure as for SaveToFile_Bitmap.
     bool SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite = true) const noexcept;
     // The bytes of that file in one dimension from 0. On failure outStream keeps what it held.
     bool SaveToStream_PNG(ByteArray& outStream) const noexcept;

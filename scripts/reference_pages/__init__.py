@@ -1,0 +1,1 @@
+"""What scripts/reference.py is made of: the interface, the texts about it, the examples, and the pages."""
