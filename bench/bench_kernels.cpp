@@ -1,6 +1,7 @@
 // Every row kernel at every level on a picture of 1920 x 1080, row by row, against memcpy.
 #include "against_memcpy.h"
 #include "kernels/kernels.h"
+#include "render/PixelWorkers.h"
 #include <iterator>
 
 namespace {
@@ -16,7 +17,7 @@ using bench::width;
 struct Pictures {
     std::vector<std::uint8_t> pixels;
     std::vector<std::uint8_t> other = std::vector<std::uint8_t>(2 * pixelBytes, 77);
-    std::vector<std::int16_t> adjust = std::vector<std::int16_t>(256, 20);
+    pixkit::kernels::Tone lighter = pixkit::spt_LightnessTone(25);
 
     explicit Pictures(bool drawingLike) : pixels(bench::premultipliedPixels(drawingLike)) {
         for (std::size_t i = 0; i < other.size(); ++i)
@@ -88,9 +89,7 @@ const Kernel kernels[] = {
          t.grayscale(p.row(y), width, {0.299F, 0.587F, 0.114F});
      }},
     {"adjustLightness",
-     [](const Table& t, Pictures& p, std::size_t y) {
-         t.adjustLightness(p.otherRow(y), p.row(y), width, p.adjust.data(), true);
-     }},
+     [](const Table& t, Pictures& p, std::size_t y) { t.adjustLightness(p.otherRow(y), p.row(y), width, p.lighter); }},
     {"blendToColour",
      [](const Table& t, Pictures& p, std::size_t y) { t.blendToColour(p.row(y), width, someColour, 33); }},
     {"replacePixel",

@@ -27,7 +27,8 @@ CpuFeatures detectedFeatures() noexcept {
     if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("pclmul")) found |= cpuAvx2;
     // Processors before these sets were together lower their clock for vectors of 64 bytes, and gain little by them.
     if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
-        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi"))
+        __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
+        __builtin_cpu_supports("avx512vnni"))
         found |= cpuAvx512;
 #endif
     return found;

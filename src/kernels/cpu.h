@@ -8,7 +8,7 @@ namespace pixkit::kernels {
 using CpuFeatures = std::uint32_t;
 constexpr CpuFeatures cpuSse2 = 1;
 constexpr CpuFeatures cpuAvx2 = 2;
-constexpr CpuFeatures cpuAvx512 = 4; // F, BW, DQ, VL and VBMI: what Ice Lake and Zen 4 began with
+constexpr CpuFeatures cpuAvx512 = 4; // F, BW, DQ, VL, VBMI and VNNI: what Ice Lake and Zen 4 began with
 
 // What the processor has and the operating system lets programs use, whatever the environment says.
 CpuFeatures detectedFeatures() noexcept;

@@ -94,7 +94,8 @@ struct Tone {
     bool isLight = false;
     bool lightens = false;         // with adjust >= 0, colours held at alpha; else with adjust <= 0, held at 0
     std::int16_t adjust[256] = {}; // for each alpha, -255 .. 255
-    // Where this is so, |adjust[alpha]| is (alpha * scale + bias) >> 24 for every alpha, in 32 bits.
+    // Where this is so, |adjust[alpha]| is (alpha * scale + bias) >> 24 for every alpha, in 32 bits. Vector kernels
+    // hold no table; they take lines.
     bool isLinear = false;
     std::uint32_t scale = 0;
     std::uint32_t bias = 0;
@@ -131,10 +132,9 @@ struct Table {
     // Colour = b*B + g*G + r*R evaluated exactly (double precision holds every such sum of the component's weights
     // without loss), rounded to nearest, ties to even, low 8 bits.
     void (*grayscale)(std::uint8_t* pixels, std::size_t count, const GrayWeights& weights);
-    // Colour = colour + adjust[alpha]; with `lighten` (adjust >= 0) held at alpha, else (adjust <= 0) held at 0. adjust
-    // has 256 entries. Alpha 0 copies. dst may equal src.
-    void (*adjustLightness)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::int16_t* adjust,
-                            bool lighten);
+    // Colour = colour + adjust[alpha]; held at alpha when the tone lightens, else at 0. Alpha 0 copies. dst may equal
+    // src.
+    void (*adjustLightness)(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const Tone& tone);
     // Colour c = ((c * (100 - opacity) + blend_c * opacity) * alpha) / 25500 truncated; opacity 1 .. 100;
     // blendColour has B, G, R.
     void (*blendToColour)(std::uint8_t* pixels, std::size_t count, const std::uint8_t* blendColour,

@@ -48,7 +48,7 @@ kernels::Tone spt_LightnessTone(float Lightness) noexcept {
 void spt_LightenDarken(float Lightness, PixelView rtnArray, ConstPixelView cImage) {
     const kernels::Tone tone = spt_LightnessTone(Lightness);
     for (std::size_t y = 0; y < rtnArray.height; ++y)
-        kernels::table().adjustLightness(rtnArray.row(y), cImage.row(y), rtnArray.width, tone.adjust, tone.lightens);
+        kernels::table().adjustLightness(rtnArray.row(y), cImage.row(y), rtnArray.width, tone);
 }
 
 bool spt_MirrorDIB(PixelView mirrorBytes, ConstPixelView cImage, bool mirrorsColumns, bool mirrorsRows) {

@@ -50,10 +50,13 @@ std::uint64_t scanned(Call c, bool isCopying, AlphaScan scan) {
 }
 
 void adjust(Call c, int percent) {
-    std::vector<std::int16_t> adjust(256);
+    Tone tone;
     for (int alpha = 0; alpha < 256; ++alpha)
-        adjust[static_cast<std::size_t>(alpha)] = static_cast<std::int16_t>(alpha * percent / 100);
-    c.t.adjustLightness(c.dst, c.src, c.n, adjust.data(), percent > 0);
+        tone.adjust[alpha] = static_cast<std::int16_t>(alpha * percent / 100);
+    tone.lightens = percent > 0;
+    tone.isLinear = percent != 50;
+    tone.scale = ((1U << 24) * static_cast<std::uint32_t>(std::abs(percent)) + 99) / 100;
+    c.t.adjustLightness(c.dst, c.src, c.n, tone);
 }
 
 // `which`: 1 a row enters, 2 one leaves, 3 both.

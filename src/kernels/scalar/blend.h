@@ -42,7 +42,7 @@ void blendToned(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, s
     for (; count > 0; --count, dst += 4, src += 4) {
         std::uint8_t pixel[4];
         std::memcpy(pixel, src, sizeof pixel);
-        if (tone.isLight) adjustLightness(pixel, pixel, 1, tone.adjust, tone.lightens);
+        if (tone.isLight) adjustLightness(pixel, pixel, 1, tone);
         if (tone.isGray) grayscale(pixel, 1, tone.weights);
         blendScaled(dst, pixel, 1, globalAlpha); // at 255 the same as blendOver
     }

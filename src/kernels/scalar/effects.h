@@ -29,15 +29,14 @@ void grayscale(std::uint8_t* pixels, std::size_t count, const GrayWeights& weigh
     }
 }
 
-void adjustLightness(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::int16_t* adjust,
-                     bool lighten) {
+void adjustLightness(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const Tone& tone) {
     for (; count > 0; --count, dst += 4, src += 4) {
         const std::uint8_t alpha = src[3];
-        const int highest = lighten ? alpha : 255;
+        const int highest = tone.lightens ? alpha : 255;
         for (int channel = 0; channel < 3; ++channel) {
             const int colour = src[channel];
-            dst[channel] =
-                static_cast<std::uint8_t>(alpha == 0 ? colour : std::max(0, std::min(colour + adjust[alpha], highest)));
+            dst[channel] = static_cast<std::uint8_t>(
+                alpha == 0 ? colour : std::max(0, std::min(colour + tone.adjust[alpha], highest)));
         }
         dst[3] = alpha;
     }

@@ -1,5 +1,7 @@
 // All kernels, for sets that profit from each. The unit has included its vector layer before.
 #pragma once
+#include "kernels/simd/gray.h"
+
 #include "kernels/simd/alpha.h"
 #include "kernels/simd/blend.h"
 #include "kernels/simd/checksums.h"

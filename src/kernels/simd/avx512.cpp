@@ -3,6 +3,8 @@
 // first: the kernels are written with its words.
 #include "kernels/simd/avx512.h"
 
+#include "kernels/simd/gray_dots.h"
+
 #include "kernels/simd/alpha.h"
 #include "kernels/simd/blend.h"
 #include "kernels/simd/checksums.h"
@@ -10,7 +12,6 @@
 #include "kernels/simd/effects.h"
 #include "kernels/simd/jpeg.h"
 #include "kernels/simd/layouts.h"
-#include "kernels/simd/lookup_vbmi.h"
 #include "kernels/simd/samples.h"
 #include "kernels/simd/shadow.h"
 #include "kernels/simd/units.h"
@@ -21,6 +22,7 @@ void pixkit::kernels::useAvx512(Table& table) noexcept {
     table.premultiply = premultiply;
     table.unpremultiply = unpremultiply;
     table.straighten = straighten;
+    table.grayscale = grayscale;
     table.blendToColour = blendToColour;
     table.sumAlongRow = sumAlongRow;
     table.sumRows = sumRows;
@@ -30,7 +32,6 @@ void pixkit::kernels::useAvx512(Table& table) noexcept {
     table.pack24 = pack24;
     table.unpack24 = unpack24;
     table.adler32 = adler32;
-    table.fromIndex8 = fromIndex8ByShuffles;
     table.fromRgba8 = fromRgba8;
     table.fromRgba16 = fromRgba16;
     table.fromGrayAlpha16 = fromGrayAlpha16;

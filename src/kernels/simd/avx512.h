@@ -208,6 +208,9 @@ inline std::uint64_t byteMask(Vec a) {
 inline Vec select(Vec mask, Vec yes, Vec no) {
     return _mm512_ternarylogic_epi64(mask, yes, no, 0xCA); // by bits
 }
+inline Vec whereZero32(Vec lanes, Vec yes, Vec no) {
+    return _mm512_mask_mov_epi32(yes, _mm512_test_epi32_mask(lanes, lanes), no);
+}
 inline bool allZero(Vec a) {
     return _mm512_test_epi32_mask(a, a) == 0;
 }
@@ -300,6 +303,30 @@ inline Vec runningSums32(Vec v) {
     return add32(v, add32(sums, _mm512_alignr_epi64(sums, zeros(), 4)));
 }
 
+// --- only this layer has:
+// (a & mask) ^ b.
+inline Vec maskedXor(Vec a, Vec mask, Vec b) {
+    return _mm512_ternarylogic_epi32(a, mask, b, 0x6A);
+}
+// In each lane the products of its four bytes, added to the sum: unsigned ones of a with signed ones of b.
+inline Vec addByteProducts(Vec sum, Vec a, Vec b) {
+    return _mm512_dpbusd_epi32(sum, a, b);
+}
+// Whether some lane has no bit of the mask.
+inline bool anyNoneSet32(Vec a, Vec mask) {
+    return _mm512_testn_epi32_mask(a, mask) != 0;
+}
+using LaneMask = __mmask64;
+inline LaneMask keptMask(LaneMask mask) { // as keptConstant
+    asm("" : "+k"(mask));
+    return mask;
+}
+// The pixels with the highest byte of each lane in their colours, the bytes of the mask.
+inline Vec withHighInColours(Vec pixels, Vec lanes, LaneMask colours) {
+    const Vec order = repeatedParts(_mm_setr_epi8(3, 3, 3, -1, 7, 7, 7, -1, 11, 11, 11, -1, 15, 15, 15, -1));
+    return _mm512_mask_shuffle_epi8(pixels, colours, lanes, order);
+}
+
 // --- single precision
 inline VecFloat allFloat(float value) {
     return _mm512_set1_ps(value);
@@ -333,6 +360,12 @@ inline Vec alphaInAllWords(Vec words) {
 }
 inline Vec lowInColours(Vec lanes) {
     return shuffled(lanes, _mm_setr_epi8(0, 0, 0, -1, 4, 4, 4, -1, 8, 8, 8, -1, 12, 12, 12, -1));
+}
+inline Vec highInColours(Vec lanes) {
+    return shuffled(lanes, _mm_setr_epi8(3, 3, 3, -1, 7, 7, 7, -1, 11, 11, 11, -1, 15, 15, 15, -1));
+}
+inline Vec upperWordInBoth(Vec lanes) {
+    return shuffled(lanes, _mm_setr_epi8(2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15));
 }
 inline Vec redBlueSwapped(Vec pixels) {
     return shuffled(pixels, _mm_setr_epi8(2, 1, 0, 3, 6, 5, 4, 7, 10, 9, 8, 11, 14, 13, 12, 15));

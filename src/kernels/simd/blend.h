@@ -1,186 +1,110 @@
-// Vector kernels for drawing one picture over another.
+// Vector kernels for drawing one picture over another. The unit has included a GrayMaker before.
+//
+// Bytes are multiplied in words, the even ones of a vector and the odd ones apart: each word of a pixel wants the same
+// factor, and nothing has to be widened and packed again.
 #pragma once
-#include "kernels/simd/gray.h"
-#include "kernels/simd/pixels.h"
+#include "kernels/simd/light.h"
 
 namespace pixkit::kernels {
 namespace {
 
-inline bool isClear(Vec pixels) {
-    return noneSet(pixels, all32(alphaByte));
-}
-inline bool isOpaque(Vec pixels) {
-    return allSet(pixels, all32(alphaByte));
-}
-
-// Clear pixels draw nothing, whatever colour they hold.
-inline Vec withoutColourInClear(Vec pixels) {
-    return andNot(pixels, equal32(bitAnd(pixels, all32(alphaByte)), zeros()));
-}
-
-// x / 255 truncated, 256 for what is 65,535 or was held there.
-inline Vec dividedBy255Saturated(Vec x) {
-    return multiplyHigh16(addSaturated16(x, all16(1)), all16(257));
-}
-
-// Draws over what is there, with its constants at hand.
+// Draws pixels, and changes nothing where they are clear, whatever colour they hold. Constants are kept at hand.
 struct Over {
-    Vec one = keptConstant(all16(1));
-    Vec by257 = keptConstant(all16(257));
+    Vec evenBytes = keptConstant(all16(0xFF));
+    Vec one = keptConstant(all8(1));
 
-    Vec operator()(Vec under, Vec pixels) const {
-        const Vec rest = bitXor(alphaInAll(pixels), all8(255));
-        const Vec kept = packUnsigned16(keptWords(widenLow8(under), widenLow8(rest)),
-                                        keptWords(widenHigh8(under), widenHigh8(rest)));
-        const Vec clear = equal8(rest, all8(255)); // clear pixels draw nothing, whatever colour they hold
-        return addSaturated8(kept, andNot(pixels, clear));
+    Vec operator()(Vec under, Vec pixels, Vec alpha) const {
+        return whereZero32(alpha, under, addSaturated8(leftUnder(under, alpha), pixels));
     }
-    // Divided by 255.
-    Vec keptWords(Vec under, Vec rest) const { return multiplyHigh16(add16(multiplyLow16(under, rest), one), by257); }
+    // What is left of each byte under an alpha, which stands in all bytes of its pixel: byte * (255 - alpha) / 255
+    // truncated, which is the byte without byte * alpha / 255 rounded up. That is one more than the high half of the
+    // byte's product with alpha * 257, the word that two bytes of alpha are, unless it is 0: then either the byte is 0
+    // and stays so, or alpha is, which this is not for.
+    Vec leftUnder(Vec under, Vec alpha) const {
+        const Vec even = multiplyHigh16(bitAnd(under, evenBytes), alpha);
+        const Vec odd = multiplyHigh16(andNot(under, evenBytes), alpha); // in the high byte
+        return subtractSaturated8(under, add8(select(evenBytes, even, odd), one));
+    }
 };
 
-// Of pixels widened to words. A word of 255 stays below 65,280 / 255 in valid pictures; what invalid ones exceed it by
-// is held here and when the words become bytes.
-inline Vec scaledOverWords(Vec under, Vec pixels, Vec globalAlpha) {
-    const Vec scaled = multiplyLow16(pixels, globalAlpha);
-    const Vec rest = subtract16(all16(255), dividedBy255(alphaInAllWords(scaled)));
-    return dividedBy255Saturated(addSaturated16(multiplyLow16(under, rest), scaled));
-}
+// The same scaled by an opacity. What is to be divided by 255 gets 255 more, and one for the division, (x + 1) * 257 /
+// 65,536: words that hold 65,535 then give 255 as they should when the 1 too much is taken off again. Only colour above
+// its alpha leads there.
+struct ScaledOver {
+    explicit ScaledOver(std::uint8_t globalAlpha) : scale(keptConstant(all16(globalAlpha))) {}
+
+    Vec scale;
+    Vec evenBytes = keptConstant(all16(0xFF));
+    Vec more = keptConstant(all16(256));
+    Vec by257 = keptConstant(all16(257));
+    Vec one = keptConstant(all8(1));
+
+    Vec operator()(Vec under, Vec drawn, Vec alpha) const {
+        const Vec pixels = whereZero32(alpha, zeros(), drawn);
+        const Vec even = add16(multiplyLow16(bitAnd(pixels, evenBytes), scale), more);
+        const Vec odd = add16(multiplyLow16(shiftRight16<8>(pixels), scale), more);
+        const Vec rest = subtract16(more, multiplyHigh16(upperWordInBoth(odd), by257));
+        const Vec evenSum = addSaturated16(multiplyLow16(bitAnd(under, evenBytes), rest), even);
+        const Vec oddSum = addSaturated16(multiplyLow16(shiftRight16<8>(under), rest), odd);
+        const Vec oddMore = shiftLeft16<8>(multiplyHigh16(oddSum, by257));
+        return subtract8(select(evenBytes, multiplyHigh16(evenSum, by257), oddMore), one);
+    }
+};
 
 // Changes nothing.
 struct Plain {
-    Vec operator()(Vec pixels) const { return pixels; }
+    Vec operator()(Vec pixels, Vec) const { return pixels; }
 };
 
-// The magnitude of a lightness adjustment in the low byte of each lane.
-struct LinearAdjustment {
-    Vec scale, bias;
-    Vec operator()(Vec pixels) const {
-        return shiftRight32<24>(add32(multiplyLow32(shiftRight32<24>(pixels), scale), bias));
-    }
-};
-struct TabledAdjustment {
-    const std::int16_t* adjust;
-    bool lightens;
-    Vec operator()(Vec pixels) const {
-        std::uint8_t bytes[vecBytes];
-        store(bytes, pixels);
-        std::int32_t lanes[vecPixels];
-        for (std::size_t i = 0; i < vecPixels; ++i)
-            lanes[i] = lightens ? adjust[bytes[4 * i + 3]] : -adjust[bytes[4 * i + 3]];
-        Vec v;
-        std::memcpy(&v, lanes, sizeof v);
-        return v;
-    }
+template <class Light>
+struct Grayed {
+    Light light;
+    const GrayMaker& gray;
+    Vec operator()(Vec pixels, Vec alpha) const { return gray(light(pixels, alpha)); }
 };
 
-template <class Adjustment>
-struct Lighter {
-    Adjustment adjustment;
-    Vec operator()(Vec pixels) const {
-        const Vec lit = addSaturated8(pixels, lowInColours(adjustment(pixels)));
-        return min8(lit, alphaInAll(pixels));
-    }
-};
-template <class Adjustment>
-struct Darker {
-    Adjustment adjustment;
-    Vec operator()(Vec pixels) const { return subtractSaturated8(pixels, lowInColours(adjustment(pixels))); }
-};
-
-// The gray of each lane in its colours, the alpha as it is.
-inline Vec withGray(Vec pixels, Vec gray) {
-    return select(all32(alphaByte), pixels, lowInColours(gray));
-}
-
-// Makes whole vectors gray after `before` changed them. Ties are so rare that they are looked for once in a stretch,
-// which is then made again.
-template <class Before>
-void makeGray(std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes, const Before& before,
-              const GrayWords& words) {
-    TieWatch ties;
-#pragma GCC unroll 2
-    for (std::size_t i = 0; i < bytes; i += vecBytes) {
-        const Vec pixels = before(load(src + i));
-        store(dst + i, withGray(pixels, grayedTiesUp(pixels, words, ties)));
-    }
-    if (!ties.mayHaveSeenOne()) return;
-    for (std::size_t i = 0; i < bytes; i += vecBytes) {
-        const Vec pixels = before(load(src + i));
-        store(dst + i, withGray(pixels, grayed(pixels, words)));
-    }
-}
-
-// Both draw whole vectors and return how many pixels these were.
-template <class Change>
-std::size_t blendOverVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, Change change) {
-    const Over over;
+// Draws whole vectors and returns how many pixels these were. At full opacity opaque pixels replace what is there.
+template <bool atFullOpacity, class Draw, class Change>
+std::size_t blendVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const Draw& draw,
+                         const Change& change) {
+    const Vec alphaBytes = keptConstant(all32(alphaByte));
     const std::size_t whole = count - count % vecPixels;
     for (std::size_t i = 0; i < 4 * whole; i += vecBytes) {
         const Vec v = load(src + i);
-        if (isOpaque(v))
-            store(dst + i, change(v));
-        else if (!isClear(v))
-            store(dst + i, over(load(dst + i), change(v)));
+        if (atFullOpacity && allSet(v, alphaBytes)) {
+            store(dst + i, change(v, all8(255)));
+        } else if (!noneSet(v, alphaBytes)) {
+            const Vec alpha = alphaInAll(v);
+            store(dst + i, draw(load(dst + i), change(v, alpha), alpha));
+        }
     }
     return whole;
-}
-
-template <class Change>
-std::size_t blendScaledVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
-                               Change change) {
-    const Vec scale = all16(globalAlpha);
-    const std::size_t whole = count - count % vecPixels;
-    for (std::size_t i = 0; i < 4 * whole; i += vecBytes) {
-        const Vec v = load(src + i);
-        if (isClear(v)) continue;
-        const Vec visible = withoutColourInClear(change(v));
-        const Vec under = load(dst + i);
-        store(dst + i, packUnsigned16(scaledOverWords(widenLow8(under), widenLow8(visible), scale),
-                                      scaledOverWords(widenHigh8(under), widenHigh8(visible), scale)));
-    }
-    return whole;
-}
-
-void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
-    const std::size_t done = blendOverVectors(dst, src, count, Plain());
-    reference.blendOver(dst + 4 * done, src + 4 * done, count - done);
-}
-
-void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha) {
-    const std::size_t done = blendScaledVectors(dst, src, count, globalAlpha, Plain());
-    reference.blendScaled(dst + 4 * done, src + 4 * done, count - done, globalAlpha);
 }
 
 template <class Change>
 std::size_t blendChanged(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
-                         Change change) {
-    return globalAlpha == 255 ? blendOverVectors(dst, src, count, change)
-                              : blendScaledVectors(dst, src, count, globalAlpha, change);
+                         const Change& change) {
+    return globalAlpha == 255 ? blendVectors<true>(dst, src, count, Over(), change)
+                              : blendVectors<false>(dst, src, count, ScaledOver(globalAlpha), change);
+}
+
+void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+    const std::size_t done = blendVectors<true>(dst, src, count, Over(), Plain());
+    reference.blendOver(dst + 4 * done, src + 4 * done, count - done);
+}
+
+void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha) {
+    const std::size_t done = blendVectors<false>(dst, src, count, ScaledOver(globalAlpha), Plain());
+    reference.blendScaled(dst + 4 * done, src + 4 * done, count - done, globalAlpha);
 }
 
 template <class Light>
 std::size_t blendLit(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
                      const Tone& tone, const Light& light) {
     if (!tone.isGray) return blendChanged(dst, src, count, globalAlpha, light);
-    GrayWords words;
-    if (!prepareGray(tone.weights, words)) return 0;
-    std::uint8_t gray[16 * vecBytes];
-    const std::size_t whole = count - count % vecPixels;
-    for (std::size_t i = 0; i < 4 * whole; i += sizeof gray) {
-        const std::size_t left = 4 * whole - i;
-        const std::size_t bytes = left < sizeof gray ? left : sizeof gray;
-        makeGray(gray, src + i, bytes, light, words);
-        blendChanged(dst + i, gray, bytes / 4, globalAlpha, Plain());
-    }
-    return whole;
-}
-
-template <class Adjustment>
-std::size_t blendAdjusted(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
-                          const Tone& tone, const Adjustment& adjustment) {
-    return tone.lightens ? blendLit(dst, src, count, globalAlpha, tone, Lighter<Adjustment>{adjustment})
-                         : blendLit(dst, src, count, globalAlpha, tone, Darker<Adjustment>{adjustment});
+    GrayMaker gray;
+    if (!gray.prepare(tone.weights)) return 0;
+    return blendChanged(dst, src, count, globalAlpha, Grayed<Light>{light, gray});
 }
 
 void blendToned(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha,
@@ -188,10 +112,10 @@ void blendToned(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, s
     std::size_t done = 0;
     if (!tone.isLight)
         done = blendLit(dst, src, count, globalAlpha, tone, Plain());
+    else if (tone.isLinear && tone.lightens)
+        done = blendLit(dst, src, count, globalAlpha, tone, Lighter{Adjustment(tone)});
     else if (tone.isLinear)
-        done = blendAdjusted(dst, src, count, globalAlpha, tone, LinearAdjustment{all32(tone.scale), all32(tone.bias)});
-    else
-        done = blendAdjusted(dst, src, count, globalAlpha, tone, TabledAdjustment{tone.adjust, tone.lightens});
+        done = blendLit(dst, src, count, globalAlpha, tone, Darker{Adjustment(tone)});
     reference.blendToned(dst + 4 * done, src + 4 * done, count - done, globalAlpha, tone);
 }
 

@@ -1,7 +1,6 @@
-// Vector kernels for the effects.
+// Vector kernels for the effects. The unit has included a GrayMaker before.
 #pragma once
-#include "kernels/simd/gray.h"
-#include "kernels/simd/pixels.h"
+#include "kernels/simd/light.h"
 
 namespace pixkit::kernels {
 namespace {
@@ -23,40 +22,36 @@ Vec keptBytes(Vec pixels) {
 }
 
 void grayscale(std::uint8_t* pixels, std::size_t count, const GrayWeights& weights) {
-    GrayWords words;
-    if (prepareGray(weights, words)) {
+    GrayMaker gray;
+    if (gray.prepare(weights)) {
         for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
             const Vec v = load(pixels);
-            store(pixels, select(keptBytes(v), v, lowInColours(grayed(v, words))));
+            store(pixels, whereZero32(bitAnd(v, all32(alphaByte)), v, gray(v)));
         }
     }
     reference.grayscale(pixels, count, weights);
 }
 
 // --- lightness
-// The adjustment of each pixel as a word in the low half of its lane.
-Vec adjustments(const std::uint8_t* src, const std::int16_t* adjust) {
-    std::int32_t lanes[vecPixels];
-    for (std::size_t i = 0; i < vecPixels; ++i)
-        lanes[i] = adjust[src[4 * i + 3]];
-    Vec v;
-    std::memcpy(&v, lanes, sizeof v);
-    return v;
+// Whole vectors; returns how many pixels these were.
+template <class Light>
+std::size_t adjustVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const Light& light) {
+    const std::size_t whole = count - count % vecPixels;
+    for (std::size_t i = 0; i < 4 * whole; i += vecBytes) {
+        const Vec v = load(src + i);
+        const Vec alpha = alphaInAll(v);
+        store(dst + i, whereZero32(alpha, v, light(v, alpha)));
+    }
+    return whole;
 }
 
-void adjustLightness(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const std::int16_t* adjust,
-                     bool lighten) {
-    for (; count >= vecPixels; count -= vecPixels, dst += vecBytes, src += vecBytes) {
-        const Vec v = load(src);
-        const Vec lanes = adjustments(src, adjust);
-        const Vec twice = bitOr(shiftLeft32<16>(lanes), bitAnd(lanes, all32(0xFFFF)));
-        const Vec low = addSaturatedSigned16(widenLow8(v), interleaveLow32(twice, twice));
-        const Vec high = addSaturatedSigned16(widenHigh8(v), interleaveHigh32(twice, twice));
-        Vec adjusted = packUnsigned16(low, high); // held within 0 .. 255
-        if (lighten) adjusted = min8(adjusted, alphaInAll(v));
-        store(dst, select(keptBytes(v), v, adjusted));
-    }
-    reference.adjustLightness(dst, src, count, adjust, lighten);
+void adjustLightness(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const Tone& tone) {
+    std::size_t done = 0;
+    if (tone.isLinear && tone.lightens)
+        done = adjustVectors(dst, src, count, Lighter{Adjustment(tone)});
+    else if (tone.isLinear)
+        done = adjustVectors(dst, src, count, Darker{Adjustment(tone)});
+    reference.adjustLightness(dst + 4 * done, src + 4 * done, count - done, tone);
 }
 
 // --- blend

@@ -82,6 +82,10 @@ inline Vec fromParts(PartAt partAt) {
 inline Vec select(Vec mask, Vec yes, Vec no) {
     return bitOr(bitAnd(mask, yes), andNot(no, mask));
 }
+// By lanes of 32 bits: `yes` where `lanes` are 0.
+inline Vec whereZero32(Vec lanes, Vec yes, Vec no) {
+    return select(equal32(lanes, zeros()), yes, no);
+}
 inline bool allZero(Vec a) {
     return byteMask(equal8(a, zeros())) == 0xFFFF;
 }
@@ -176,6 +180,10 @@ inline Vec alphaInAllWords(Vec words) {
 inline Vec lowInColours(Vec lanes) {
     lanes = bitAnd(lanes, all32(0xFF));
     return bitOr(bitOr(lanes, shiftLeft32<8>(lanes)), shiftLeft32<16>(lanes));
+}
+// The same of the highest byte of each lane.
+inline Vec highInColours(Vec lanes) {
+    return lowInColours(shiftRight32<24>(lanes));
 }
 inline Vec redBlueSwapped(Vec pixels) {
     const Vec outer = bitAnd(pixels, all32(0x00FF00FF));

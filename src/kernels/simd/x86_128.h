@@ -222,6 +222,10 @@ inline Vec128 packSigned16(Vec128 low, Vec128 high) {
 inline Vec128 packSigned32(Vec128 low, Vec128 high) {
     return _mm_packs_epi32(low, high);
 }
+// The upper word of each lane of 32 bits in both.
+inline Vec128 upperWordInBoth(Vec128 a) {
+    return _mm_shufflehi_epi16(_mm_shufflelo_epi16(a, 0xF5), 0xF5);
+}
 template <int lane>
 inline Vec128 repeated32(Vec128 a) {
     return _mm_shuffle_epi32(a, lane * 0x55);
