@@ -2,46 +2,37 @@
 #include "kernels/kernels.h"
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 
 namespace pixkit {
 
-namespace {
-
-// Vector kernels hold no table of 256 adjustments; they work an adjustment out as (alpha * scale + bias) >> 24. Finds
-// the bias with which that gives every entry of the table, whose rounding lifted some entries above alpha * slope. For
-// nearly every lightness there is one; else isLinear stays false and the kernels look entries up.
-void findLine(kernels::Tone& tone, double slope) {
-    constexpr double unit = 0x1p24;
-    const auto scale = static_cast<std::int64_t>(std::abs(slope) * unit);
-    std::int64_t least = 0;
-    std::int64_t most = std::numeric_limits<std::int64_t>::max();
-    for (std::int64_t alpha = 0; alpha < 256; ++alpha) {
-        const std::int64_t here = (std::int64_t{std::abs(tone.adjust[alpha])} << 24) - alpha * scale;
-        least = std::max(least, here);
-        most = std::min(most, here + (1 << 24) - 1);
-    }
-    tone.isLinear = least <= most;
-    tone.scale = static_cast<std::uint32_t>(scale);
-    tone.bias = static_cast<std::uint32_t>(least);
-}
-
-} // namespace
-
 kernels::Tone spt_LightnessTone(float Lightness) noexcept {
     // The factor is held in single precision, what leads to it and what it enters is not: the same tones on every
     // system.
     const auto factor = static_cast<float>(static_cast<double>(Lightness) / 100.0 * 255.0);
+    const double magnitude = std::abs(static_cast<double>(factor));
     kernels::Tone tone;
     tone.isLight = true;
     tone.lightens = factor > 0.0F;
-    for (std::size_t alpha = 0; alpha < 256; ++alpha) {
-        const long scaled = std::lrint(static_cast<double>(alpha) * static_cast<double>(factor));
-        tone.adjust[alpha] = static_cast<std::int16_t>(scaled / 255);
+    tone.scale = static_cast<std::uint32_t>(magnitude / 255.0 * 0x1p24);
+    // A line that gives every entry has a bias within what each leaves, because the rounding of the product lifts some
+    // entries above it. For nearly every lightness there is one. The loop is plain enough for vectors: drawing a small
+    // picture takes less time than working out a table one by one.
+    std::int32_t least = 0;
+    std::int32_t most = std::numeric_limits<std::int32_t>::max();
+    for (std::int32_t alpha = 0; alpha < 256; ++alpha) {
+        constexpr double wholesOnly = 0x1.8p52; // has no place for a fraction: rounds to nearest, ties to even
+        const double product = (static_cast<double>(alpha) * magnitude + wholesOnly) - wholesOnly;
+        const std::int32_t entry = static_cast<std::int32_t>(product) / 255;
+        tone.adjust[alpha] = static_cast<std::int16_t>(tone.lightens ? entry : -entry);
+        const auto rest = static_cast<std::int32_t>((static_cast<std::uint32_t>(entry) << 24) -
+                                                    static_cast<std::uint32_t>(alpha) * tone.scale);
+        least = std::max(least, rest);
+        most = std::min(most, rest + ((1 << 24) - 1));
     }
-    findLine(tone, static_cast<double>(factor) / 255.0);
+    tone.isLinear = least <= most;
+    tone.bias = static_cast<std::uint32_t>(least);
     return tone;
 }
 
