@@ -60,7 +60,8 @@ struct BlockQuantiser {
     std::uint16_t bias[64], reciprocal[64], scale[64];
 };
 
-// A straight walk over pixels: `u` counts columns, `v` rows from `origin`, both with 32 bits behind the point.
+// A straight walk over pixels: `u` counts columns, `v` rows from `origin`, both with 32 bits behind the point. No pixel
+// lies 4 GB or further behind the origin.
 struct PixelWalk {
     const std::uint8_t* origin;
     std::size_t stride;

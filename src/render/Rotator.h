@@ -29,6 +29,7 @@ class Rotator {
     Span spanOf(std::int64_t y, std::int64_t left, std::int64_t right) const;
     bool isReached(std::int64_t u, std::int64_t v) const noexcept;
     bool isInside(std::int64_t u, std::int64_t v) const noexcept;
+    Span sampleEnds(std::uint8_t* row, std::int64_t y, const Rect& part) const;
     void samplePixel(std::uint8_t* pixel, std::int64_t u, std::int64_t v) const;
 
     // Position of a destination pixel's centre in the source rectangle: columns u, stored rows v.

@@ -106,6 +106,20 @@ TEST_P(KernelLevel, IsInexactForSomePairOfBytesOrOpacity) {
     }
 }
 
+// All premultiplied pixels of one colour, in each channel: what a file of straight alpha holds becomes the same pixel
+// again.
+TEST_P(KernelLevel, StraightensSomePixelThatPremultiplyingDoesNotGiveBack) {
+    Row pixels;
+    for (unsigned alpha = 0; alpha < 256; ++alpha)
+        for (unsigned colour = 0; colour <= alpha; ++colour)
+            for (const unsigned byte : {colour, alpha - colour, colour / 2, alpha})
+                pixels.push_back(static_cast<std::uint8_t>(byte));
+    Row straight(pixels.size()), again(pixels.size());
+    m_table.straighten(straight.data(), pixels.data(), pixels.size() / 4);
+    m_table.copyPremultiplying(again.data(), straight.data(), pixels.size() / 4);
+    EXPECT_TRUE(again == pixels);
+}
+
 // Rows of one value, which is clear, opaque or neither, and with one pixel at each place of a vector that proves them
 // not premultiplied.
 TEST_P(KernelLevel, TakesSomeAlphaOrPixelForAnother) {

@@ -14,6 +14,7 @@
 #include "kernels/simd/samples.h"
 #include "kernels/simd/shadow.h"
 #include "kernels/simd/unfilter.h"
+#include "kernels/simd/walks.h"
 
 namespace pixkit::kernels {
 namespace {
@@ -31,6 +32,7 @@ inline void useAll(Table& table) {
     useSamples(table);
     useShadow(table);
     useUnfilter(table);
+    useWalks(table);
 }
 
 } // namespace

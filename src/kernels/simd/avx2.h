@@ -191,6 +191,9 @@ inline Vec equal8(Vec a, Vec b) {
 inline Vec equal32(Vec a, Vec b) {
     return _mm256_cmpeq_epi32(a, b);
 }
+inline Vec equal16(Vec a, Vec b) {
+    return _mm256_cmpeq_epi16(a, b);
+}
 inline Vec greaterSigned16(Vec a, Vec b) {
     return _mm256_cmpgt_epi16(a, b);
 }
@@ -306,6 +309,17 @@ inline Vec multiplyAddPairs8(Vec bytes, Vec factors) {
 }
 inline Vec packedTwiceInOrder(Vec v) {
     return lanesAt(v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7));
+}
+inline Vec evenFirst32(Vec v) {
+    return _mm256_shuffle_epi32(v, _MM_SHUFFLE(3, 1, 2, 0));
+}
+inline Vec upperHalves(Vec a, Vec b) {
+    return _mm256_castps_si256(
+        _mm256_shuffle_ps(_mm256_castsi256_ps(a), _mm256_castsi256_ps(b), _MM_SHUFFLE(3, 1, 3, 1)));
+}
+inline Vec fractionsInWords(Vec lanes) {
+    return _mm256_shuffle_epi8(
+        lanes, repeatedParts(_mm_setr_epi8(3, -1, 3, -1, 3, -1, 3, -1, 11, -1, 11, -1, 11, -1, 11, -1)));
 }
 inline Vec reversed32(Vec v) {
     return lanesAt(v, _mm256_setr_epi32(7, 6, 5, 4, 3, 2, 1, 0));

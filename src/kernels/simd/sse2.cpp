@@ -3,9 +3,7 @@
 
 #include "kernels/simd/all.h"
 #include "kernels/simd/units.h"
-#include "kernels/simd/walks.h"
 
 void pixkit::kernels::useSse2(Table& table) noexcept {
     useAll(table);
-    useWalks(table);
 }

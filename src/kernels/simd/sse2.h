@@ -133,6 +133,19 @@ inline Vec packedInOrder(Vec v) {
 inline Vec packedTwiceInOrder(Vec v) {
     return v;
 }
+// Of every four lanes first those with an even number.
+inline Vec evenFirst32(Vec v) {
+    return _mm_shuffle_epi32(v, _MM_SHUFFLE(3, 1, 2, 0));
+}
+// The upper halves of the 64-bit lanes of both, in each part.
+inline Vec upperHalves(Vec a, Vec b) {
+    return _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(a), _mm_castsi128_ps(b), _MM_SHUFFLE(3, 1, 3, 1)));
+}
+// Bits 24 to 31 of each 64-bit lane in all of its four words.
+inline Vec fractionsInWords(Vec lanes) {
+    const Vec low = shiftRight32<24>(lanes);
+    return _mm_shufflehi_epi16(_mm_shufflelo_epi16(low, 0), 0);
+}
 inline Vec reversed32(Vec v) {
     return _mm_shuffle_epi32(v, _MM_SHUFFLE(0, 1, 2, 3));
 }

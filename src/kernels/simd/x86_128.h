@@ -18,6 +18,9 @@ inline Vec128 load128(const std::uint8_t* p) {
 inline Vec128 load64(const std::uint8_t* p) {
     return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
 }
+inline Vec128 load64Twice(const std::uint8_t* p, const std::uint8_t* q) { // one behind the other
+    return _mm_castpd_si128(_mm_loadh_pd(_mm_castsi128_pd(load64(p)), reinterpret_cast<const double*>(q)));
+}
 inline Vec128 load32(const std::uint8_t* p) {
     int value = 0;
     std::memcpy(&value, p, sizeof value);
@@ -167,6 +170,9 @@ inline Vec128 equal8(Vec128 a, Vec128 b) {
 }
 inline Vec128 equal32(Vec128 a, Vec128 b) {
     return _mm_cmpeq_epi32(a, b);
+}
+inline Vec128 equal16(Vec128 a, Vec128 b) {
+    return _mm_cmpeq_epi16(a, b);
 }
 inline Vec128 greaterSigned16(Vec128 a, Vec128 b) {
     return _mm_cmpgt_epi16(a, b);
