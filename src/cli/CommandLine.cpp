@@ -42,6 +42,11 @@ void addLoading(CLI::App& sub, LoadingOptions& loading) {
         ->group("Limits");
 }
 
+void addRecursive(CLI::App& sub, bool& recursive) {
+    sub.add_flag("-r,--recursive", recursive, "Of folders take the pictures in them, and in the folders in\nthem")
+        ->group("Reading");
+}
+
 // For commands that work with the pixels.
 void addTurning(CLI::App& sub, LoadingOptions& loading) {
     const char* const reading = "Reading";
@@ -49,9 +54,19 @@ void addTurning(CLI::App& sub, LoadingOptions& loading) {
            "--no-orient", [&loading] { loading.orients = false; },
            "Leave photographs as they are stored, however their EXIF data\nwants them turned")
         ->group(reading);
-    sub.add_flag("--quiet", loading.isQuiet,
-                 "Do not warn of what of a file is left out: a colour profile,\nfurther frames, ...")
-        ->group(reading);
+}
+
+// What is said.
+void addReporting(CLI::App& sub, SavingOptions& saving, LoadingOptions& loading) {
+    const char* const saying = "Messages";
+    sub.add_flag_callback(
+           "-q,--quiet", [&] { saving.reporting.isQuiet = loading.isQuiet = true; },
+           "Say what fails alone, not what is done, nor what of a file is\nleft out: a colour profile, further frames, "
+           "...")
+        ->group(saying);
+    sub.add_flag("-v,--verbose", saving.reporting.isVerbose, "Say sizes, too")->group(saying);
+    sub.add_flag("--json", saving.reporting.isJson, "Say it as a JSON array")->group(saying);
+    sub.add_flag("-n,--dry-run", saving.isDryRun, "Do everything but write")->group(saying);
 }
 
 void addInfo(CLI::App& app, InfoRequest& request) {
@@ -61,6 +76,7 @@ void addInfo(CLI::App& app, InfoRequest& request) {
     sub->add_flag(
         "--region", request.region,
         "Also of how many rectangles a region of the\npicture's shape (all that is not fully transparent)\nconsists");
+    addRecursive(*sub, request.recursive);
     addLoading(*sub, request.loading);
     sub->footer(
         "\nPNG, GIF, JPEG and BMP files are told by their headers, whatever their size unless --limit is given; "
@@ -163,6 +179,25 @@ void addPngOptions(CLI::App& sub, SavingOptions& request) {
         ->group(saving);
 }
 
+// What becomes of files that are there.
+void addReplacing(CLI::App& sub, SavingOptions& request) {
+    const char* const saving = "Saving";
+    const auto replace = [&](const char* name, Replacing replacing, const char* help) {
+        return sub
+            .add_flag_callback(
+                name, [&request, replacing] { request.replacing = replacing; }, help)
+            ->group(saving);
+    };
+    CLI::Option* const always = replace("--overwrite", Replacing::always, "Replace existing files without a question");
+    CLI::Option* const never = replace("--no-overwrite", Replacing::never,
+                                       "Keep existing files without a question, and without their\nbeing a failure");
+    CLI::Option* const older = replace("--skip-newer", Replacing::older,
+                                       "Replace existing files that are older than their picture, and\nkeep "
+                                       "the others");
+    never->excludes(always);
+    older->excludes(always)->excludes(never);
+}
+
 // How results are saved.
 void addSaving(CLI::App& sub, SavingOptions& request) {
     const char* const saving = "Saving";
@@ -196,7 +231,13 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
            "Unless said\notherwise the picture's size up to 256, of larger ones\n16,32,48,256")
         ->type_name("SIZE[:BITS],...")
         ->group(saving);
-    sub.add_flag("--overwrite", request.overwrite, "Replace existing files without a question")->group(saving);
+    addReplacing(sub, request);
+    sub.add_option(
+           "--to", request.format,
+           "The format where no extension says it, of results in a folder\nand of what goes through pipes: bmp, "
+           "tga, png, gif, jpg, ico or\ncur; in a folder png unless said otherwise")
+        ->type_name("FORMAT")
+        ->group(saving);
 }
 
 // Gives every --resize to a size that has no FIT of its own the one of --fit, wherever in the line that stood.
@@ -228,11 +269,14 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
         ->type_name("FIT")
         ->group(effectsGroup);
     addSaving(*sub, request);
-    sub->add_option(
-           "--to", request.folderFormat,
-           "The format of results in a folder: bmp, tga, png, gif, jpg,\nico or cur; png unless said otherwise")
-        ->type_name("FORMAT")
-        ->group("Saving");
+    addRecursive(*sub, request.recursive);
+    addReporting(*sub, request, request.loading);
+    sub->add_option("-j,--jobs", request.jobs,
+                    "How many pictures are worked on at a time; as many as there\nare "
+                    "processors unless said otherwise")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024).description(""))
+        ->group("Work");
     sub->footer(
         std::string("COLOUR is '#rrggbb', in quotation marks because # begins a comment in shells. The extension of "
                     "OUT says\nthe format: .bmp, .tga, .png, .gif, .jpg, .ico or .cur. Results in a folder are named "
@@ -272,6 +316,7 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
     addEffect(*sub, effectOption("--text"), request.texts, "Text, over the layers; may be repeated");
     addLoading(*sub, request.loading);
     addTurning(*sub, request.loading);
+    addReporting(*sub, request, request.loading);
     addSaving(*sub, request);
     sub->footer(
         std::string("\nWhat lies outside of the canvas is left out.\n\n") + placeHelp +
@@ -300,6 +345,8 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
         ->capture_default_str();
     addLoading(*sub, request.loading);
     addTurning(*sub, request.loading);
+    sub->add_flag("-q,--quiet", request.loading.isQuiet, "Do not warn of what of a file is left out")
+        ->group("Messages");
     sub->footer(
         "There are about 40 results of each picture, saved as PNG: 2 MB for 240 x 300 pixels with alpha. Existing "
         "files\nin the folder are replaced.\n\n"

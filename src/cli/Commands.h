@@ -4,6 +4,7 @@
 #include "cli/Console.h"
 #include "cli/Effects.h"
 #include "cli/Loading.h"
+#include "cli/Results.h"
 #include "shared/enumerations.h"
 #include <cstdint>
 #include <optional>
@@ -21,9 +22,18 @@ struct InfoRequest {
     std::vector<std::string> files;
     bool json = false;
     bool region = false; // count the rectangles of each picture's shape
+    bool recursive = false;
     LoadingOptions loading = {};
 };
 int info(const InfoRequest& request, Console& console);
+
+// What becomes of a file that has the name of a result already.
+enum class Replacing : std::uint8_t {
+    ask,    // a person decides; without one it is kept, which is a failure
+    always, // it is replaced
+    never,  // it is kept, which is no failure
+    older   // it is replaced unless it is as new as the picture
+};
 
 struct SavingOptions {
     std::optional<std::int32_t> background; // BMP, JPEG: what is under transparency; nothing = black
@@ -36,15 +46,19 @@ struct SavingOptions {
     bool gifWebSafe = false;
     std::optional<std::uint8_t> gifTolerance; // GIF: the least alpha of opaque pixels; nothing = 128
     std::vector<IconEntrySize> iconEntries;   // ICO, CUR; none = as the picture's size suggests
-    bool overwrite = false;
+    std::string format;                       // an extension without its dot; empty = the target's own says it
+    Replacing replacing = Replacing::ask;
+    bool isDryRun = false; // all but writing
+    Reporting reporting = {};
 };
 
 struct ConvertRequest : SavingOptions {
     std::vector<std::string> paths; // the inputs and, last, the file or folder for the results
     LoadingOptions loading = {};
     std::vector<EffectStep> steps;
-    std::string folderFormat = "png"; // extension of results in a folder
-    std::string fit;                  // of the steps that resize; settled when the line has been read
+    std::string fit; // of the steps that resize; settled when the line has been read
+    bool recursive = false;
+    unsigned jobs = 0; // threads; 0: as many as there are processors
 };
 // Throws UsageError when the paths make no sense together.
 int convert(const ConvertRequest& request, Console& console);

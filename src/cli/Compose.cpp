@@ -1,7 +1,9 @@
 // `pixkit compose`: pictures in layers on one canvas.
+#include "cli/Batch.h"
 #include "cli/EffectParsing.h"
-#include "cli/Files.h"
 #include "cli/Saving.h"
+#include "cli/Streams.h"
+#include "cli/Targets.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include "surface/cPixSheet.h"
@@ -30,12 +32,12 @@ namespace {
 // The layers of a request, loaded, each brought to its size as soon as that is known.
 class Layers {
   public:
-    Layers(const ComposeRequest& request, MessageBoxes& boxes, Console& console) : m_layers(request.layers) {
+    Layers(const ComposeRequest& request, Console& console) : m_layers(request.layers) {
         for (const ComposeLayer& layer : m_layers) {
-            boxes.about(layer.file);
             m_pictures.push_back(std::make_unique<cPixSheet>());
             cPixSheet& picture = *m_pictures.back();
-            if (!load(picture, layer.file, request.loading)) throw Failed(layer.file, problemOf(picture));
+            if (!load(picture, openSource(layer.file, console.in), request.loading))
+                throw Failed(layer.file, problemOf(picture));
             warn(console.err, layer.file, picture, request.loading);
             if (!layer.scaling.dependsOnCanvas()) scale(picture, layer, {});
         }
@@ -95,34 +97,52 @@ void makeCanvas(cPixSheet& sheet, const ComposeCanvas& canvas) {
 
 } // namespace
 
+namespace {
+
+void composeOne(const ComposeRequest& request, const Target& target, Console& console, Result& result) {
+    const Layers layers(request, console);
+    cPixSheet sheet;
+    sheet.MaxPixels(request.loading.mostPixels);
+    makeCanvas(sheet, request.canvas ? *request.canvas : layers.canvas());
+    layers.drawOn(sheet);
+    classifyAlpha(sheet);
+    for (const EffectStep& text : request.texts) {
+        if (!text.apply(sheet)) throw Failed(text.option, problemOf(sheet));
+    }
+    const std::size_t count = request.layers.size();
+    result.summary = std::to_string(sheet.Width()) + " x " + std::to_string(sheet.Height()) + ", " +
+                     std::to_string(count) + (count == 1 ? " layer" : " layers");
+    savePicture(
+        sheet, target, request, [&](const std::string& question) { return confirm(console, question); }, console,
+        result);
+}
+
+} // namespace
+
 int compose(const ComposeRequest& request, Console& console) {
-    const std::filesystem::path target = toPath(request.output);
-    if (const auto problem = formatProblem(target)) throw UsageError(request.output + ": " + *problem);
-    checkSaving(request, formatOf(target).value_or(FileFormat::bmp));
+    const Target target = targetOf(request.output, request.format);
+    checkSaving(request, target.format);
     if (!request.canvas && std::ranges::all_of(request.layers, [](const ComposeLayer& layer) {
             return layer.scaling.dependsOnCanvas();
         })) {
         throw UsageError("every layer takes its size from the canvas; give that one with --canvas WxH");
     }
-    MessageBoxes boxes(console);
+    std::vector<std::string> files;
+    for (const ComposeLayer& layer : request.layers)
+        files.push_back(layer.file);
+    Result result{{}, target.name};
+    result.reason = reasonToSkip(target, files, request);
+    result.status = Result::Status::skipped;
     try {
-        const Layers layers(request, boxes, console);
-        cPixSheet result;
-        result.MaxPixels(request.loading.mostPixels);
-        makeCanvas(result, request.canvas ? *request.canvas : layers.canvas());
-        layers.drawOn(result);
-        classifyAlpha(result);
-        for (const EffectStep& text : request.texts) {
-            if (!text.apply(result)) throw Failed(text.option, problemOf(result));
-        }
-        savePicture(result, target, request, boxes);
-        console.out << shown(toUtf8(target)) << ": " << result.Width() << " x " << result.Height() << ", "
-                    << request.layers.size() << (request.layers.size() == 1 ? " layer\n" : " layers\n");
-        return exitOk;
+        if (result.reason.empty()) composeOne(request, target, console, result);
     } catch (const Failed& failure) {
-        console.err << "pixkit compose: " << failure.what() << '\n';
-        return exitSomeFailed;
+        result.status = Result::Status::failed;
+        result.failedAt = failure.file();
+        result.reason = failure.reason();
     }
+    report(result, request.reporting, "compose", 0, console);
+    endReports(request.reporting, 1, console);
+    return result.status == Result::Status::failed ? exitSomeFailed : exitOk;
 }
 
 } // namespace pixkit::cli

@@ -1,102 +1,116 @@
 // `pixkit convert`: load, apply the effects in the order given, save.
+#include "cli/Batch.h"
 #include "cli/Commands.h"
-#include "cli/Files.h"
-#include "cli/MessageBoxes.h"
+#include "cli/Inputs.h"
 #include "cli/Saving.h"
+#include "cli/Streams.h"
+#include "cli/Targets.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include "surface/cPixSheet.h"
-#include <filesystem>
-#include <map>
+#include <algorithm>
+#include <atomic>
+#include <new>
 #include <ostream>
 #include <span>
+#include <stdexcept>
 
 namespace pixkit::cli {
 
-namespace fs = std::filesystem;
-
 namespace {
 
-// Where results go: one named file, or a folder that gives each its input's name.
-class Destination {
+constexpr const char* notEnoughMemory = "not enough memory";
+
+// One conversion after the other, or several at a time: all that they share is where they go.
+class Conversion {
   public:
-    Destination(const std::vector<std::string>& paths, const std::string& extension) : m_extension("." + extension) {
-        if (paths.size() < 2) throw UsageError("name at least one picture, and the file or folder for the result");
-        const std::string& name = paths.back();
-        m_path = toPath(name);
-        std::error_code error;
-        m_isFolder = paths.size() > 2 || fs::is_directory(m_path, error) || !m_path.has_filename();
-        if (m_isFolder && fs::exists(m_path, error) && !fs::is_directory(m_path, error)) {
-            throw UsageError("several pictures need a folder for their results, and " + name + " is a file");
+    Conversion(const ConvertRequest& request, const std::vector<Input>& inputs, Destination& destination)
+        : m_request(request), m_inputs(inputs), m_destination(destination) {}
+
+    // An input that fails does not end the others, whatever is wrong with it.
+    void convert(Piece& piece) {
+        const Input& input = m_inputs[piece.index()];
+        Result result{input.name, {}};
+        const auto fail = [&](const std::string& at, const std::string& reason) {
+            result.status = Result::Status::failed;
+            result.failedAt = at;
+            result.reason = reason;
+            m_hasFailed = true;
+        };
+        try {
+            convertOne(input, piece, result);
+        } catch (const Failed& failure) {
+            fail(failure.file(), failure.reason());
+        } catch (const std::bad_alloc&) {
+            fail(input.name, notEnoughMemory);
+        } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits
+            fail(input.name, notEnoughMemory);
+        } catch (const std::exception& error) {
+            fail(input.name, error.what());
         }
-        const fs::path target = m_isFolder ? fs::path("a" + m_extension) : m_path;
-        if (const auto problem = formatProblem(target))
-            throw UsageError((m_isFolder ? "--to: " : name + ": ") + *problem);
+        report(result, m_request.reporting, "convert", piece.index(), piece.console());
     }
 
-    FileFormat format() const { return formatOf(m_isFolder ? fs::path("a" + m_extension) : m_path).value(); }
-
-    void prepare() const {
-        std::error_code error;
-        if (m_isFolder) fs::create_directories(m_path, error);
-        if (error) throw Failed(toUtf8(m_path), "cannot be made: " + error.message());
-    }
-
-    // Two inputs of one name must not end up in one file, nor names that Windows' file systems take for one.
-    fs::path claimTarget(const std::string& input) {
-        fs::path target = m_isFolder ? m_path / toPath(input).stem() : m_path;
-        if (m_isFolder) target += m_extension;
-        const auto [entry, isNew] = m_claims.emplace(toLower(toUtf8(target)), input);
-        if (!isNew) throw Failed(input, "its result would replace that of " + entry->second + " in " + toUtf8(target));
-        return target;
-    }
+    bool hasFailed() const noexcept { return m_hasFailed; }
 
   private:
-    fs::path m_path;
-    bool m_isFolder = false;
-    std::string m_extension;                     // of results in a folder
-    std::map<std::string, std::string> m_claims; // lower-case target to input
-};
-
-// The result's name is claimed when there is a result: what is no picture takes it from nobody.
-void convertOne(const std::string& input, Destination& destination, const ConvertRequest& request, MessageBoxes& boxes,
-                Console& console) {
-    boxes.about(input);
-    cPixSheet sheet;
-    std::span<const EffectStep> steps = request.steps;
-    if (!load(sheet, input, request.loading, steps)) throw Failed(input, problemOf(sheet));
-    warn(console.err, input, sheet, request.loading);
-    sheet.HighQualityInterpolation(true); // until --nearest says otherwise
-    for (const EffectStep& step : steps) {
-        if (!step.apply(sheet)) throw Failed(input, step.option + ": " + problemOf(sheet));
+    // The result's name is claimed when there is a result: what is no picture takes it from nobody.
+    void convertOne(const Input& input, Piece& piece, Result& result) {
+        const Target target = m_destination.targetFor(input);
+        result.output = target.name;
+        const bool isWritten = !m_request.isDryRun;
+        result.reason = reasonToSkip(target, {&input.name, 1}, m_request);
+        if (!result.reason.empty()) {
+            m_destination.claim(target, input, piece, false);
+            result.status = Result::Status::skipped;
+            return;
+        }
+        cPixSheet sheet;
+        const PictureSource source = openSource(input.name, piece.console().in);
+        std::span<const EffectStep> steps = m_request.steps;
+        if (!load(sheet, source, m_request.loading, steps)) throw Failed(input.name, problemOf(sheet));
+        warn(piece.console().err, input.name, sheet, m_request.loading);
+        if (steps.size() == m_request.steps.size()) result.before = {sheet.Width(), sheet.Height()};
+        sheet.HighQualityInterpolation(true); // until --nearest says otherwise
+        for (const EffectStep& step : steps) {
+            if (!step.apply(sheet)) throw Failed(input.name, step.option + ": " + problemOf(sheet));
+        }
+        m_destination.claim(target, input, piece, isWritten);
+        const auto confirm = [&](const std::string& question) { return piece.confirm(question); };
+        savePicture(sheet, target, m_request, confirm, piece.console(), result);
     }
-    const fs::path target = destination.claimTarget(input);
-    savePicture(sheet, target, request, boxes);
-    console.out << shown(input) << " -> " << shown(toUtf8(target)) << '\n';
-}
+
+    const ConvertRequest& m_request;
+    const std::vector<Input>& m_inputs;
+    Destination& m_destination;
+    std::atomic<bool> m_hasFailed = false;
+};
 
 } // namespace
 
 int convert(const ConvertRequest& request, Console& console) {
-    Destination destination(request.paths, request.folderFormat);
+    if (request.paths.size() < 2) throw UsageError("name at least one picture, and the file or folder for the result");
+    const std::string& last = request.paths.back();
+    const std::vector<std::string> names(request.paths.begin(), request.paths.end() - 1);
+    const std::vector<Input> inputs = findInputs(names, request.recursive, isStream(last) ? "" : toPath(last));
+    const bool mayBeFile = names.size() == 1 && inputs.size() == 1 && inputs.front().name == names.front() &&
+                           inputs.front().problem.empty();
+    Destination destination(last, mayBeFile, inputs, request.format);
     checkSaving(request, destination.format());
-    MessageBoxes boxes(console);
-    int exitCode = exitOk;
-    const auto attempt = [&](const auto& work) {
-        try {
-            work();
-        } catch (const Failed& failure) {
-            console.err << "pixkit convert: " << failure.what() << '\n';
-            exitCode = exitSomeFailed;
-        }
-    };
-    attempt([&] { destination.prepare(); });
-    if (exitCode != exitOk) return exitCode;
-    for (std::size_t i = 0; i + 1 < request.paths.size(); ++i) {
-        const std::string& input = request.paths[i];
-        attempt([&] { convertOne(input, destination, request, boxes, console); });
+    if (isStream(last) && request.reporting.isJson) {
+        throw UsageError("--json and the picture cannot both go to standard output");
     }
-    return exitCode;
+    try {
+        if (!request.isDryRun) destination.prepare();
+    } catch (const Failed& failure) {
+        console.err << "pixkit convert: " << failure.what() << '\n';
+        return exitSomeFailed;
+    }
+    Conversion conversion(request, inputs, destination);
+    runBatch(inputs.size(), request.jobs == 0 ? availableProcessors() : request.jobs, console,
+             [&](Piece& piece) { conversion.convert(piece); });
+    endReports(request.reporting, inputs.size(), console);
+    return conversion.hasFailed() ? exitSomeFailed : exitOk;
 }
 
 } // namespace pixkit::cli

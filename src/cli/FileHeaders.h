@@ -1,10 +1,15 @@
 // A file of which headers are read.
 #pragma once
+#include "cli/Files.h"
+#include "cli/Streams.h"
+#include "cli/Text.h"
 #include "codecs/PictureFacts.h"
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <memory>
+#include <span>
 #include <stdexcept>
 #include <vector>
 
@@ -32,5 +37,28 @@ class FileHeaders final : public HeaderSource {
     std::ifstream m_file;
     std::uintmax_t m_size = 0;
 };
+
+// All of what came through a pipe.
+class StreamHeaders final : public HeaderSource {
+  public:
+    explicit StreamHeaders(std::span<const std::uint8_t> bytes) : m_bytes(bytes) {}
+    std::uint64_t size() const override { return m_bytes.size(); }
+    std::vector<std::uint8_t> read(std::uint64_t position, std::size_t count) override {
+        if (position >= m_bytes.size()) return {};
+        const auto rest = m_bytes.subspan(static_cast<std::size_t>(position));
+        const auto part = rest.first(std::min(count, rest.size()));
+        return {part.begin(), part.end()};
+    }
+
+  private:
+    std::span<const std::uint8_t> m_bytes;
+};
+
+// Null for what is no file, but a device, say; the load says so. The source has to outlive it.
+inline std::unique_ptr<HeaderSource> headersOf(const PictureSource& source) {
+    if (source.bytes) return std::make_unique<StreamHeaders>(source.bytes->bytes());
+    if (!isFile(source.name)) return nullptr;
+    return std::make_unique<FileHeaders>(toPath(source.name));
+}
 
 } // namespace pixkit::cli

@@ -2,7 +2,6 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/GalleryPage.h"
-#include "cli/MessageBoxes.h"
 #include "cli/Names.h"
 #include "cli/Progress.h"
 #include "cli/Text.h"
@@ -248,7 +247,6 @@ int gallery(const GalleryRequest& request, Console& console) {
     const std::string version = cPixSheet().Version();
     std::vector<GalleryPicture> pictures;
     std::set<std::string> folderNames = {"index.html"};
-    MessageBoxes boxes(console);
     Progress progress(console, request.pictures.size());
     int exitCode = exitOk;
     const auto tell = [&](const std::string& file, const std::string& text) {
@@ -261,7 +259,6 @@ int gallery(const GalleryRequest& request, Console& console) {
     };
     for (const std::string& file : request.pictures) {
         try {
-            boxes.about(file);
             progress.nextItem(file);
             const auto note = [&](const std::string& text) { tell(file, text); };
             pictures.push_back(makePicture(file, request.loading, folder, freeFolderName(file, folderNames), progress,

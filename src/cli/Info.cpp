@@ -2,15 +2,19 @@
 #include "cli/Commands.h"
 #include "cli/FileHeaders.h"
 #include "cli/Files.h"
-#include "cli/MessageBoxes.h"
+#include "cli/Inputs.h"
 #include "cli/Names.h"
+#include "cli/Saving.h"
+#include "cli/Streams.h"
 #include "cli/Text.h"
 #include "platform/regions.h"
 #include "shared/limits.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <iomanip>
+#include <memory>
 #include <optional>
+#include <span>
 #include <sstream>
 #include <stdexcept>
 #include <vector>
@@ -179,7 +183,7 @@ void printJson(std::ostream& out, const Facts& facts) {
 }
 
 // The file is only kept for those that hold several images.
-std::vector<IconSourceSize> imagesOf(cPixSheet& sheet, const std::string& file, const LoadingOptions& loading) {
+std::vector<IconSourceSize> imagesOf(cPixSheet& sheet, const PictureSource& file, const LoadingOptions& loading) {
     std::vector<IconSourceSize> images;
     const eImageFormat type = sheet.ImageType();
     const bool isIcon =
@@ -199,28 +203,28 @@ bool isBeyond(const PictureFacts& said, const LoadingOptions& loading) {
 }
 
 // Nothing where only a load can tell, or knows what is wrong.
-std::optional<Facts> factsByHeaders(const std::string& file, const LoadingOptions& loading) {
-    FileHeaders headers(toPath(file));
-    if (!isFile(file) || headers.size() <= largestRefusedFile) return {};
-    auto said = readPictureFacts(headers);
+std::optional<Facts> factsByHeaders(const PictureSource& source, const LoadingOptions& loading) {
+    const auto headers = headersOf(source);
+    if (!headers || headers->size() <= largestRefusedFile) return {};
+    auto said = readPictureFacts(*headers);
     if (!said) return {};
     if (loading.isLimited && isBeyond(*said, loading)) return {};
-    Facts facts{.file = file,
+    Facts facts{.file = source.name,
                 .width = said->width,
                 .height = said->height,
                 .alpha = said->isCertain ? std::optional(said->alpha) : std::nullopt,
                 .type = said->type,
-                .bytes = headers.size()};
+                .bytes = headers->size()};
     facts.said = std::move(said);
     return facts;
 }
 
 // Nothing where the picture cannot be loaded, or no region made of it; `problem` then says why.
-std::optional<Facts> factsByLoading(const std::string& file, const InfoRequest& request, std::string& problem) {
+std::optional<Facts> factsByLoading(const PictureSource& source, const InfoRequest& request, std::string& problem) {
     cPixSheet sheet;
     LoadingOptions loading = request.loading;
     loading.orients = false;
-    const bool isLoaded = load(sheet, file, loading);
+    const bool isLoaded = load(sheet, source, loading);
     const auto rectangles = isLoaded && request.region ? rectanglesOf(sheet) : std::nullopt;
     if (!isLoaded || rectangles.has_value() != request.region) {
         problem = problemOf(sheet);
@@ -229,15 +233,16 @@ std::optional<Facts> factsByLoading(const std::string& file, const InfoRequest& 
     std::error_code gone; // the file may be deleted under our hands
     // Only now, because there is no path of a name that is not UTF-8 on Windows, where such a file is not loaded
     // either.
-    const std::uintmax_t bytes = std::filesystem::file_size(toPath(file), gone);
-    Facts facts{file, sheet.Width(), sheet.Height(), sheet.Alpha(), sheet.ImageType(), gone ? 0 : bytes};
-    facts.images = imagesOf(sheet, file, loading);
+    const std::uintmax_t bytes =
+        source.bytes ? source.bytes->size() : std::filesystem::file_size(toPath(source.name), gone);
+    Facts facts{source.name, sheet.Width(), sheet.Height(), sheet.Alpha(), sheet.ImageType(), gone ? 0 : bytes};
+    facts.images = imagesOf(sheet, source, loading);
     facts.rectangles = rectangles;
     return facts;
 }
 
 // Headers are asked alone where they tell all that is wanted, and for what they add to a load.
-std::optional<Facts> factsOf(const std::string& file, const InfoRequest& request, std::string& problem) {
+std::optional<Facts> factsOf(const PictureSource& file, const InfoRequest& request, std::string& problem) {
     std::optional<Facts> byHeaders;
     try {
         byHeaders = factsByHeaders(file, request.loading);
@@ -257,15 +262,21 @@ std::optional<Facts> factsOf(const std::string& file, const InfoRequest& request
 int info(const InfoRequest& request, Console& console) {
     int exitCode = exitOk;
     bool first = true;
-    MessageBoxes boxes(console);
+    const auto fail = [&](const std::string& file, const std::string& problem) {
+        console.err << "pixkit info: " << shown(file) << ": " << problem << '\n';
+        exitCode = exitSomeFailed;
+    };
     if (request.json) console.out << '[';
-    for (const std::string& file : request.files) {
-        boxes.about(file);
-        std::string problem;
-        const auto facts = factsOf(file, request, problem);
+    for (const Input& input : findInputs(request.files, request.recursive)) {
+        std::string problem = input.problem;
+        std::optional<Facts> facts;
+        try {
+            if (problem.empty()) facts = factsOf(openSource(input.name, console.in), request, problem);
+        } catch (const Failed& failure) {
+            problem = failure.reason();
+        }
         if (!facts) {
-            console.err << "pixkit info: " << shown(file) << ": " << problem << '\n';
-            exitCode = exitSomeFailed;
+            fail(input.name, problem);
             continue;
         }
         if (request.json) {

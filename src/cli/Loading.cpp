@@ -40,10 +40,14 @@ bool turn(cPixSheet& sheet) {
     return move.degrees == nullptr || makeStep("--rotate", move.degrees).apply(sheet);
 }
 
-bool loadAsStored(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, bool keepsFile = false) {
+bool loadAsStored(cPixSheet& sheet, const PictureSource& source, const LoadingOptions& options,
+                  bool keepsFile = false) {
     const IconChoice& icon = options.icon;
     sheet.MaxPixels(options.mostPixels);
-    return sheet.LoadPicture_File(file, icon.width, icon.height, keepsFile, icon.depth);
+    sheet.Unattended(true); // what goes wrong is said here, not in a box
+    if (source.bytes)
+        return sheet.LoadPicture_Stream(*source.bytes, icon.width, icon.height, 0, 0, keepsFile, icon.depth);
+    return sheet.LoadPicture_File(source.name, icon.width, icon.height, keepsFile, icon.depth);
 }
 
 // --- pictures that the system's loader makes smaller
@@ -64,11 +68,10 @@ struct Shrinking {
 };
 
 // By the headers of a JPEG file; nothing of other files.
-std::optional<Shrinking> shrinkingOf(const std::string& file, const FilteredResize& resize, bool orients) {
+std::optional<Shrinking> shrinkingOf(const PictureSource& source, const FilteredResize& resize, bool orients) {
     try {
-        if (!isFile(file)) return {}; // a pipe is read once
-        FileHeaders headers(toPath(file));
-        const auto facts = readPictureFacts(headers);
+        const auto headers = headersOf(source);
+        const auto facts = headers ? readPictureFacts(*headers) : std::nullopt;
         if (!facts || facts->container != FileFormat::jpg) return {};
         const PictureSize whole{facts->width, facts->height};
         if (!orients || moveFor(facts->notes.orientation).degrees == nullptr)
@@ -120,19 +123,19 @@ double parseLimit(std::string_view text) {
     return number * unit;
 }
 
-bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, bool keepsFile) {
-    return loadAsStored(sheet, file, options, keepsFile) && (!options.orients || turn(sheet));
+bool load(cPixSheet& sheet, const PictureSource& source, const LoadingOptions& options, bool keepsFile) {
+    return loadAsStored(sheet, source, options, keepsFile) && (!options.orients || turn(sheet));
 }
 
-bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options,
+bool load(cPixSheet& sheet, const PictureSource& source, const LoadingOptions& options,
           std::span<const EffectStep>& steps) {
     // Steps that call nothing choose a filter.
     const auto first = std::ranges::find_if(steps, [](const EffectStep& step) { return !step.call.empty(); });
-    if (first == steps.end() || !first->filteredResize) return load(sheet, file, options);
-    const auto shrinking = shrinkingOf(file, *first->filteredResize, options.orients);
-    if (!shrinking) return load(sheet, file, options);
+    if (first == steps.end() || !first->filteredResize) return load(sheet, source, options);
+    const auto shrinking = shrinkingOf(source, *first->filteredResize, options.orients);
+    if (!shrinking) return load(sheet, source, options);
     HostAccess::leastSize(sheet, shrinking->least());
-    const bool isLoaded = loadAsStored(sheet, file, options);
+    const bool isLoaded = loadAsStored(sheet, source, options);
     HostAccess::leastSize(sheet, {});
     if (!isLoaded) return false;
     if (sheet.Width() < shrinking->whole.width) {

@@ -1,6 +1,7 @@
 // How a command loads its pictures.
 #pragma once
 #include "cli/IconChoice.h"
+#include "cli/Streams.h"
 #include <iosfwd>
 #include <span>
 #include <string>
@@ -24,14 +25,15 @@ struct LoadingOptions {
 double parseLimit(std::string_view text);
 
 // Also sets the limit of the instance, and turns the picture as its file says.
-bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, bool keepsFile = false);
+bool load(cPixSheet& sheet, const PictureSource& source, const LoadingOptions& options, bool keepsFile = false);
 
 struct EffectStep;
 
 // The same for a picture that is to go through `steps`; those that are done already are taken from them. Where a JPEG
 // file's picture is first made smaller by a filter, the system's loader may give it at a half, a quarter or an eighth
 // of its size, and the filter does the rest.
-bool load(cPixSheet& sheet, const std::string& file, const LoadingOptions& options, std::span<const EffectStep>& steps);
+bool load(cPixSheet& sheet, const PictureSource& source, const LoadingOptions& options,
+          std::span<const EffectStep>& steps);
 
 // Says what of the file the picture has not (cPixSheet::LoadNotes), a line each.
 void warn(std::ostream& err, const std::string& file, const cPixSheet& sheet, const LoadingOptions& options);

@@ -1,5 +1,5 @@
 #include "cli/Saving.h"
-#include "cli/Files.h"
+#include "cli/Streams.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include "codecs/Writing.h"
@@ -9,6 +9,8 @@
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
+#include <filesystem>
+#include <ostream>
 
 namespace pixkit::cli {
 
@@ -33,38 +35,88 @@ std::vector<IconEntrySize> entriesFor(const cPixSheet& sheet, const SavingOption
 // A clear picture is the background, too; but to BMP files, alpha that is 0 everywhere says nothing.
 void flattenIfClear(cPixSheet& sheet, std::int32_t background) {
     const SourcePicture picture(sheet);
+    if (picture.isToBeFlattened() && !iparseHasAlpha(picture.pixels)) flatten(sheet, background);
+}
+
+bool savedToFile(cPixSheet& sheet, const Target& target, const SavingOptions& options) {
+    const std::int32_t background = options.background.value_or(0);
+    switch (target.format) {
+    case FileFormat::tga:
+        return sheet.SaveToFile_TGA(target.name, options.tgaRle, options.tgaPalette, false, false);
+    case FileFormat::png:
+        return sheet.SaveToFile_PNG(target.name, false);
+    case FileFormat::gif:
+        return sheet.SaveToFile_GIF(target.name, !options.gifWebSafe, options.gifTolerance.value_or(128), false);
+    case FileFormat::jpg:
+        return sheet.SaveToFile_JPG(target.name, options.quality.value_or(70), background, false);
+    case FileFormat::ico:
+        return sheet.SaveToFile_ICO(target.name, {}, false, entriesFor(sheet, options)) != 0;
+    case FileFormat::bmp:
+        break;
+    }
+    return sheet.SaveToFile_Bitmap(target.name, options.keepAlpha, background, false);
+}
+
+bool savedToBytes(cPixSheet& sheet, ByteArray& bytes, FileFormat format, const SavingOptions& options) {
+    const std::int32_t background = options.background.value_or(0);
+    switch (format) {
+    case FileFormat::tga:
+        return sheet.SaveToStream_TGA(bytes, options.tgaRle, options.tgaPalette);
+    case FileFormat::png:
+        return sheet.SaveToStream_PNG(bytes);
+    case FileFormat::gif:
+        return sheet.SaveToStream_GIF(bytes, !options.gifWebSafe, options.gifTolerance.value_or(128));
+    case FileFormat::jpg:
+        if (SourcePicture(sheet).isToBeFlattened()) flatten(sheet, background); // the writer puts it on black
+        return sheet.SaveToStream_JPG(bytes, options.quality.value_or(70));
+    case FileFormat::ico:
+        return sheet.SaveToStream_ICO(bytes, {}, entriesFor(sheet, options)) != 0;
+    case FileFormat::bmp:
+        break;
+    }
+    return sheet.SaveToStream_Bitmap(bytes, options.keepAlpha, background);
+}
+
+std::filesystem::file_time_type timeOf(const std::string& file, std::error_code& error) {
+    return std::filesystem::last_write_time(toPath(file), error);
+}
+
+// Folders are the saving member's to refuse.
+void askToReplace(const Target& target, const SavingOptions& options, const Confirm& confirm) {
+    std::error_code error;
+    if (options.replacing != Replacing::ask || !std::filesystem::exists(target.path(), error) ||
+        std::filesystem::is_directory(target.path(), error) ||
+        confirm(shown(target.name) + ": Overwrite existing file?"))
+        return;
+    throw Failed(target.name, "the file exists already and was kept; --overwrite replaces it");
+}
+
+} // namespace
+
+void flatten(cPixSheet& sheet, std::int32_t background) {
     cPixSheet flat;
-    if (!picture.isToBeFlattened() || iparseHasAlpha(picture.pixels)) return;
+    flat.MaxPixels(sheet.MaxPixels());
+    const SourcePicture picture(sheet);
     if (!flat.InitializeDIB(sheet.Width(), sheet.Height())) return;
     const PixelView pixels = HostAccess::pixels(flat);
     iparseBlendImageToColor(picture.pixels, background, {pixels.bits, pixels.stride * pixels.height}, false);
     flat.Alpha(AlphaNone);
+    HostAccess::takeNotes(flat, sheet);
     sheet.SwapDIBs(&flat);
 }
 
-bool saved(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options) {
-    const std::string name = toUtf8(target);
-    const bool ask = !options.overwrite;
-    const std::int32_t background = options.background.value_or(0);
-    switch (formatOf(target).value_or(FileFormat::bmp)) {
-    case FileFormat::tga:
-        return sheet.SaveToFile_TGA(name, options.tgaRle, options.tgaPalette, false, ask);
-    case FileFormat::png:
-        return setPngProperties(sheet, options) && sheet.SaveToFile_PNG(name, ask);
-    case FileFormat::gif:
-        return sheet.SaveToFile_GIF(name, !options.gifWebSafe, options.gifTolerance.value_or(128), ask);
-    case FileFormat::jpg:
-        return sheet.SaveToFile_JPG(name, options.quality.value_or(70), background, ask);
-    case FileFormat::ico:
-        return sheet.SaveToFile_ICO(name, {}, ask, entriesFor(sheet, options)) != 0;
-    case FileFormat::bmp:
-        if (!options.keepAlpha) flattenIfClear(sheet, background);
-        break;
-    }
-    return sheet.SaveToFile_Bitmap(name, options.keepAlpha, background, ask);
+std::string reasonToSkip(const Target& target, std::span<const std::string> inputs, const SavingOptions& options) {
+    std::error_code error;
+    const bool mayKeep = options.replacing == Replacing::never || options.replacing == Replacing::older;
+    if (!mayKeep || target.isStream() || !std::filesystem::is_regular_file(target.path(), error)) return {};
+    if (options.replacing == Replacing::never) return "it exists already";
+    const auto made = timeOf(target.name, error);
+    const bool isNew = !error && std::ranges::all_of(inputs, [&](const std::string& input) {
+        const auto changed = timeOf(input, error);
+        return !error && changed <= made;
+    });
+    return isNew ? "it is as new as its picture" : "";
 }
-
-} // namespace
 
 void checkSaving(const SavingOptions& options, FileFormat format) {
     if (options.background && format != FileFormat::bmp && format != FileFormat::jpg) {
@@ -94,18 +146,31 @@ void checkSaving(const SavingOptions& options, FileFormat format) {
     }
 }
 
-void savePicture(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
-                 MessageBoxes& boxes) {
-    boxes.about(toUtf8(target));
-    if (saved(sheet, target, options)) {
+void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
+                 Console& console, Result& result) {
+    result.after = {sheet.Width(), sheet.Height()};
+    result.status = Result::Status::planned;
+    if (!target.isStream()) askToReplace(target, options, confirm);
+    if (options.isDryRun) return;
+    if (target.format == FileFormat::png && !setPngProperties(sheet, options))
+        throw Failed(target.name, problemOf(sheet));
+    if (target.format == FileFormat::bmp && !options.keepAlpha) flattenIfClear(sheet, options.background.value_or(0));
+    if (target.isStream()) {
+        ByteArray bytes;
+        if (!savedToBytes(sheet, bytes, target.format, options)) throw Failed(target.name, problemOf(sheet));
+        writeStream(target.name, bytes, console.out);
+        result.bytes = bytes.size();
+    } else {
+        if (!savedToFile(sheet, target, options)) throw Failed(target.name, problemOf(sheet));
         std::error_code gone;
-        if (std::filesystem::file_size(target, gone) <= largestRefusedFile && !gone)
-            boxes.note("saved, but pixkit does not read files of " + std::to_string(largestRefusedFile) +
-                       " bytes or less");
-        return;
+        const std::uintmax_t size = std::filesystem::file_size(target.path(), gone);
+        result.bytes = gone ? 0 : size;
+        if (!gone && size <= largestRefusedFile) {
+            console.err << "pixkit: " << shown(target.name) << ": saved, but pixkit does not read files of "
+                        << largestRefusedFile << " bytes or less\n";
+        }
     }
-    const std::string reason = problemOf(sheet);
-    throw Failed(toUtf8(target), boxes.refused() ? reason + "; --overwrite replaces it" : reason);
+    result.status = Result::Status::done;
 }
 
 } // namespace pixkit::cli

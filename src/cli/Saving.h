@@ -1,10 +1,11 @@
 // Results on their way into files.
 #pragma once
 #include "cli/Commands.h"
-#include "cli/Files.h"
-#include "cli/MessageBoxes.h"
+#include "cli/Targets.h"
 #include "cli/Text.h"
-#include <filesystem>
+#include <cstdint>
+#include <functional>
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,14 +20,28 @@ namespace pixkit::cli {
 class Failed : public std::runtime_error {
   public:
     Failed(const std::string& file, std::string_view reason)
-        : std::runtime_error(shown(file) + ": " + std::string(reason)) {}
+        : std::runtime_error(shown(file) + ": " + shown(reason)), m_file(file), m_reason(reason) {}
+    const std::string& file() const noexcept { return m_file; }
+    const std::string& reason() const noexcept { return m_reason; }
+
+  private:
+    std::string m_file, m_reason;
 };
 
 // Whether the options suit the format that the result will have. Throws UsageError.
 void checkSaving(const SavingOptions& options, FileFormat format);
 
-// Saves in the format that the target's extension says. Throws Failed.
-void savePicture(cPixSheet& sheet, const std::filesystem::path& target, const SavingOptions& options,
-                 MessageBoxes& boxes);
+// Why an existing file is to be kept without a question; empty otherwise.
+std::string reasonToSkip(const Target& target, std::span<const std::string> inputs, const SavingOptions& options);
+
+// Puts a question to a person; false where nobody answers.
+using Confirm = std::function<bool(const std::string& question)>;
+
+// Puts a picture onto a colour.
+void flatten(cPixSheet& sheet, std::int32_t background);
+
+// Saves in the target's format, and fills in what that gave. Says on `console` what is odd of the file. Throws Failed.
+void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
+                 Console& console, Result& result);
 
 } // namespace pixkit::cli

@@ -16,6 +16,9 @@ enum class StandardStream : std::uint8_t { input = 0, output = 1, error = 2 };
 // Whether a person is at the other end, not a file or a pipe.
 bool isTerminal(StandardStream stream) noexcept;
 
+// From now on a standard stream carries bytes as they are, not lines; nothing to do on the portable side.
+void useBytes(StandardStream stream) noexcept;
+
 // The console shows UTF-8 for the length of a scope; nothing to do on the portable side.
 class Utf8Console {
   public:

@@ -45,6 +45,15 @@ if [ ${#command[@]} = 1 ]; then
     mkfifo "$folder/pipe.png"
     check 1 "pipe.png: the file cannot be opened" convert "$folder/pipe.png" "$folder/pipe.bmp"
 
+    # Pipes carry every format as files do, and what nobody can write is a failure.
+    command=(bash -c 'set -o pipefail; "$0" "$@" <tests/data/cli/alpha.png | "$0" info - <(cat tests/data/cli/opaque.png)' "$pixkit")
+    check 0 " 4 x 2 .* -$" convert - - --to tga
+    check 0 " 2 x 2 .* /dev/fd/" convert /dev/stdin /dev/stdout --to jpg
+    command=(bash -c '"$0" "$@" >/dev/full' "$pixkit")
+    check 1 "the output cannot be written" convert $alpha - --to png
+    command=(bash -c '"$0" convert samples/pictures/*.png "$1" --to bmp --quiet | :; ls "$1"' "$pixkit")
+    check 0 "lantern.bmp" "$folder/unread"
+
     # A signal in the middle of writing: the one for files that grow too large comes at a sure moment.
     mkdir "$folder/ended"
     (ulimit -c 0 -f 8; "$pixkit" convert samples/pictures/lantern.png "$folder/ended/out.bmp"; :) &>/dev/null

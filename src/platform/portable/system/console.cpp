@@ -12,6 +12,8 @@ bool isTerminal(StandardStream stream) noexcept {
     return isatty(static_cast<int>(stream)) != 0;
 }
 
+void useBytes(StandardStream /*stream*/) noexcept {}
+
 Utf8Console::Utf8Console() noexcept : m_previousCodePage(0) {}
 Utf8Console::~Utf8Console() = default;
 

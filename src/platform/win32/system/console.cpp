@@ -1,5 +1,7 @@
 #include "platform/console.h"
 #include "platform/win32/system/names.h"
+#include <fcntl.h>
+#include <io.h>
 #include <memory>
 // windows.h needs to come before shellapi.h.
 #include <windows.h>
@@ -54,6 +56,10 @@ bool isTerminal(StandardStream stream) noexcept {
     constexpr DWORD names[] = {STD_INPUT_HANDLE, STD_OUTPUT_HANDLE, STD_ERROR_HANDLE};
     DWORD mode = 0;
     return GetConsoleMode(GetStdHandle(names[static_cast<int>(stream)]), &mode) != FALSE;
+}
+
+void useBytes(StandardStream stream) noexcept {
+    _setmode(static_cast<int>(stream), _O_BINARY);
 }
 
 Utf8Console::Utf8Console() noexcept : m_previousCodePage(GetConsoleOutputCP()) {

@@ -1,0 +1,134 @@
+#include "cli/Batch.h"
+#include "platform/Lock.h"
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <istream>
+#include <map>
+#include <mutex>
+#include <ostream>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace pixkit::cli {
+
+class Batch {
+  public:
+    Batch(std::size_t pieces, Console& console, const std::function<void(Piece&)>& work)
+        : m_pieces(pieces), m_console(console), m_work(work) {}
+
+    Console& console() noexcept { return m_console; }
+
+    void run(unsigned threads) {
+        {
+            std::vector<std::jthread> helpers;
+            try {
+                while (helpers.size() + 1 < std::min<std::size_t>(threads, m_pieces))
+                    helpers.emplace_back([this] { takePieces(); });
+            } catch (const std::system_error&) { // the system gives no more threads: fewer do the work
+            }
+            takePieces();
+        }
+        if (m_failure) std::rethrow_exception(m_failure);
+    }
+
+    void awaitTurn(std::size_t index) noexcept {
+        for (std::size_t turn = m_turn; turn != index; turn = m_turn)
+            m_turn.wait(turn);
+    }
+
+  private:
+    // Pieces are taken in order, so that whoever waits for its turn waits for pieces that somebody is at.
+    void takePieces() noexcept {
+        for (std::size_t index = m_taken++; index < m_pieces; index = m_taken++) {
+            std::string out, err;
+            try {
+                Piece piece(*this, index);
+                if (!m_hasFailed) m_work(piece);
+                out = std::move(piece.m_out).str();
+                err = std::move(piece.m_err).str();
+            } catch (...) {
+                const std::scoped_lock lock(m_lock);
+                if (!m_failure) m_failure = std::current_exception();
+                m_hasFailed = true;
+            }
+            deliver(index, std::move(out), std::move(err));
+        }
+    }
+
+    // Kept until it is this piece's turn. Where there is no memory to keep it, the thread waits instead.
+    void deliver(std::size_t index, std::string&& out, std::string&& err) noexcept {
+        try {
+            const std::scoped_lock lock(m_lock);
+            if (m_turn != index) {
+                auto& [keptOut, keptErr] = m_kept[index];
+                keptOut = std::move(out);
+                keptErr = std::move(err);
+                return;
+            }
+        } catch (const std::exception&) {
+            awaitTurn(index);
+        }
+        const std::scoped_lock lock(m_lock);
+        say(out, err);
+        for (auto next = m_kept.begin(); next != m_kept.end() && next->first == m_turn + 1; next = m_kept.begin()) {
+            ++m_turn;
+            say(next->second.first, next->second.second);
+            m_kept.erase(next);
+        }
+        ++m_turn;
+        m_turn.notify_all();
+    }
+
+    // At once, so that an interrupt leaves nothing unsaid that is done.
+    void say(const std::string& out, const std::string& err) noexcept {
+        try {
+            m_console.err << err << std::flush;
+            m_console.out << out << std::flush;
+        } catch (const std::exception&) { // streams of other programs may throw; the command's do not
+        }
+    }
+
+    const std::size_t m_pieces;
+    Console& m_console;
+    const std::function<void(Piece&)>& m_work;
+    std::atomic<std::size_t> m_taken = 0, m_turn = 0; // the first piece that is not taken; not said
+    std::atomic<bool> m_hasFailed = false;
+    platform::Lock m_lock; // of all below
+    std::map<std::size_t, std::pair<std::string, std::string>> m_kept;
+    std::exception_ptr m_failure;
+};
+
+Piece::Piece(Batch& batch, std::size_t index)
+    : m_batch(batch), m_index(index), m_console{batch.console().in, m_out, m_err, batch.console().personAnswers} {}
+
+void Piece::awaitTurn() {
+    m_batch.awaitTurn(m_index);
+}
+
+bool Piece::confirm(const std::string& question) {
+    awaitTurn();
+    Console& console = m_batch.console();
+    console.err << std::exchange(m_err, std::ostringstream()).str();
+    return cli::confirm(console, question);
+}
+
+void runBatch(std::size_t pieces, unsigned threads, Console& console, const std::function<void(Piece&)>& work) {
+    Batch(pieces, console, work).run(threads);
+}
+
+unsigned availableProcessors() {
+    return std::max(std::thread::hardware_concurrency(), 1U);
+}
+
+bool confirm(Console& console, const std::string& question) {
+    std::string line;
+    if (!console.personAnswers) return false;
+    console.err << question << " [y/N] " << std::flush;
+    std::getline(console.in, line);
+    return line.starts_with('y') || line.starts_with('Y');
+}
+
+} // namespace pixkit::cli

@@ -1,0 +1,44 @@
+// Many pieces of work, done by several threads, of which a person hears as if they were done one after the other.
+#pragma once
+#include "cli/Console.h"
+#include <cstddef>
+#include <functional>
+#include <sstream>
+#include <string>
+
+namespace pixkit::cli {
+
+class Batch;
+
+// What a piece of work may know and say.
+class Piece {
+  public:
+    std::size_t index() const noexcept { return m_index; }
+    // What is said here comes out once all that belongs to earlier pieces has.
+    Console& console() noexcept { return m_console; }
+    // Waits until all earlier pieces are done.
+    void awaitTurn();
+    // Asks the person at the terminal, in turn. False where nobody answers.
+    bool confirm(const std::string& question);
+
+  private:
+    friend class Batch;
+    Piece(Batch& batch, std::size_t index);
+
+    Batch& m_batch;
+    std::size_t m_index;
+    std::ostringstream m_out, m_err;
+    Console m_console;
+};
+
+// Does the work for each index below `pieces`, in any order, by up to `threads` threads, this one among them. Ends with
+// the first exception that work throws.
+void runBatch(std::size_t pieces, unsigned threads, Console& console, const std::function<void(Piece&)>& work);
+
+// As many as there are processors for this program.
+unsigned availableProcessors();
+
+// Asks, and reads a line. False unless it begins with y or Y.
+bool confirm(Console& console, const std::string& question);
+
+} // namespace pixkit::cli

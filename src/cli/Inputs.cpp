@@ -1,0 +1,75 @@
+#include "cli/Inputs.h"
+#include "cli/Files.h"
+#include "cli/Streams.h"
+#include "cli/Text.h"
+#include <algorithm>
+#include <system_error>
+
+namespace pixkit::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// What pictures in folders are known by; others, which may be anything, are loaded where they are named.
+bool hasPictureName(const fs::path& file) {
+    return formatOf(file).has_value();
+}
+
+class Walk {
+  public:
+    Walk(std::vector<Input>& found, const fs::path& except) : m_found(found), m_except(except) {}
+
+    void enter(const fs::path& folder, const fs::path& below) {
+        std::error_code error;
+        if (!m_except.empty() && fs::equivalent(folder, m_except, error)) return;
+        std::vector<fs::directory_entry> entries;
+        fs::directory_iterator entry(folder, error);
+        for (; !error && entry != fs::directory_iterator(); entry.increment(error))
+            entries.push_back(*entry);
+        if (error) m_found.push_back({toUtf8(folder), below, "the folder cannot be read: " + error.message()});
+        std::ranges::sort(entries);
+        for (const fs::directory_entry& each : entries)
+            take(each, below);
+    }
+
+  private:
+    void take(const fs::directory_entry& entry, const fs::path& below) {
+        std::error_code error;
+        if (entry.is_directory(error)) {
+            if (!entry.is_symlink(error)) enter(entry.path(), below / entry.path().filename());
+        } else if (entry.is_regular_file(error) && hasPictureName(entry.path())) {
+            m_found.push_back({toUtf8(entry.path()), below});
+        }
+    }
+
+    std::vector<Input>& m_found;
+    const fs::path& m_except;
+};
+
+bool isFolder(const std::string& name) {
+    try {
+        std::error_code error;
+        return fs::is_directory(toPath(name), error);
+    } catch (const std::exception&) { // the name is no text; a load says so
+        return false;
+    }
+}
+
+} // namespace
+
+std::vector<Input> findInputs(const std::vector<std::string>& names, bool recursive, const fs::path& except) {
+    std::vector<Input> found;
+    for (const std::string& name : names) {
+        if (isStream(name) || !isFolder(name)) {
+            found.push_back({name});
+        } else if (recursive) {
+            Walk(found, except).enter(toPath(name), {});
+        } else {
+            found.push_back({name, {}, "it is a folder; --recursive takes the pictures in it"});
+        }
+    }
+    return found;
+}
+
+} // namespace pixkit::cli

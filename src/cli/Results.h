@@ -1,0 +1,36 @@
+// What a command says of each of its results: a line for people, or an object of a JSON array.
+#pragma once
+#include "cli/Console.h"
+#include "cli/Scaling.h"
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace pixkit::cli {
+
+// How much is said of results, and how.
+struct Reporting {
+    bool isQuiet = false;   // failures alone
+    bool isVerbose = false; // sizes, too
+    bool isJson = false;
+};
+
+struct Result {
+    enum class Status { done, planned, skipped, failed };
+
+    std::string input, output; // files; either may be empty
+    Status status = Status::failed;
+    std::string reason = {};   // why it was skipped, or how it failed
+    std::string failedAt = {}; // the file, or part of a picture, that it failed at
+    PictureSize before = {}, after = {};
+    std::uintmax_t bytes = 0; // of the file that was written
+    std::string summary = {}; // instead of "input -> output", which a result of many inputs says
+};
+
+// Failures go to `err`, everything else to `out`, but to `err` where that carries the picture itself. `command` and
+// `index` are those of the result.
+void report(const Result& result, const Reporting& reporting, const char* command, std::size_t index, Console& console);
+// What ends the array, if it is one.
+void endReports(const Reporting& reporting, std::size_t count, Console& console);
+
+} // namespace pixkit::cli

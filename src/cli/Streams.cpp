@@ -1,0 +1,71 @@
+#include "cli/Streams.h"
+#include "cli/Saving.h"
+#include "cli/Text.h"
+#include "platform/console.h"
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <istream>
+#include <ostream>
+#include <utility>
+#include <vector>
+
+namespace pixkit::cli {
+
+namespace {
+
+bool isStandard(std::string_view name) {
+    return name == "-" || name == "/dev/stdin" || name == "/dev/stdout";
+}
+
+std::vector<std::uint8_t> readAll(std::istream& in, const std::string& name) {
+    constexpr std::size_t atOnce = std::size_t{1} << 16, most = 0x7FFFFFFF;
+    std::vector<std::uint8_t> bytes;
+    while (in) {
+        const std::size_t before = bytes.size();
+        bytes.resize(before + atOnce);
+        in.read(reinterpret_cast<char*>(bytes.data() + before), atOnce);
+        bytes.resize(before + static_cast<std::size_t>(in.gcount()));
+        if (bytes.size() > most) throw Failed(name, "more than 2 GiB came through the pipe");
+    }
+    if (in.bad()) throw Failed(name, "the pipe cannot be read");
+    return bytes;
+}
+
+} // namespace
+
+bool isStream(std::string_view name) {
+    return isStandard(name) || name.starts_with("/dev/fd/") || name.starts_with("/proc/self/fd/");
+}
+
+PictureSource openSource(const std::string& name, std::istream& standardInput) {
+    PictureSource source(name);
+    if (!isStream(name)) return source;
+    std::vector<std::uint8_t> bytes;
+    if (isStandard(name)) {
+        platform::useBytes(platform::StandardStream::input);
+        bytes = readAll(standardInput, name);
+    } else {
+        std::ifstream pipe(toPath(name), std::ios::binary);
+        if (!pipe) throw Failed(name, "the pipe cannot be opened");
+        bytes = readAll(pipe, name);
+    }
+    if (bytes.empty()) throw Failed(name, "nothing came through the pipe");
+    source.bytes.emplace(std::move(bytes));
+    return source;
+}
+
+void writeStream(const std::string& name, const ByteArray& bytes, std::ostream& standardOutput) {
+    std::ofstream pipe;
+    if (isStandard(name)) {
+        platform::useBytes(platform::StandardStream::output);
+    } else {
+        pipe.open(toPath(name), std::ios::binary);
+    }
+    std::ostream& out = isStandard(name) ? standardOutput : pipe;
+    const auto all = bytes.bytes();
+    out.write(reinterpret_cast<const char*>(all.data()), static_cast<std::streamsize>(all.size()));
+    if (!out.flush()) throw Failed(name, "it cannot be written to");
+}
+
+} // namespace pixkit::cli

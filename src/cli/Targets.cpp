@@ -1,0 +1,113 @@
+#include "cli/Targets.h"
+#include "cli/Saving.h"
+#include "cli/Streams.h"
+#include "cli/Text.h"
+#include "cli/UsageError.h"
+#include <algorithm>
+
+namespace pixkit::cli {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* folderFormat = "png"; // unless --to says otherwise
+
+bool isFolder(const std::string& name) {
+    std::error_code error;
+    return fs::is_directory(toPath(name), error);
+}
+
+FileFormat formatOfWord(const std::string& format) {
+    const fs::path file = toPath("a." + format);
+    if (const auto problem = formatProblem(file)) throw UsageError("--to: " + *problem);
+    return formatOf(file).value();
+}
+
+} // namespace
+
+bool Target::isStream() const {
+    return cli::isStream(name);
+}
+
+fs::path Target::path() const {
+    return toPath(name);
+}
+
+Target targetOf(const std::string& name, const std::string& format) {
+    const bool isStreamed = isStream(name);
+    if (format.empty()) {
+        if (isStreamed) throw UsageError(name + ": a pipe has no extension; --to says the format, as in --to png");
+        if (const auto problem = formatProblem(toPath(name))) throw UsageError(name + ": " + *problem);
+        return {name, formatOf(toPath(name)).value()};
+    }
+    const FileFormat wanted = formatOfWord(format);
+    const auto own = isStreamed ? std::nullopt : formatOf(toPath(name));
+    if (own && *own != wanted) throw UsageError(name + ": its extension says another format than --to " + format);
+    if (toLower(format) == "cur" && (isStreamed || !own)) {
+        throw UsageError(name + ": a cursor needs a file whose name ends with .cur");
+    }
+    return {name, wanted};
+}
+
+Destination::Destination(const std::string& name, bool mayBeFile, const std::vector<Input>& inputs,
+                         const std::string& format)
+    : m_name(name), m_format(format) {
+    const bool isNamedAsFolder = !isStream(name) && (isFolder(name) || !toPath(name).has_filename());
+    m_isFolder = !mayBeFile || isNamedAsFolder;
+    if (m_isFolder && isStream(name)) throw UsageError("several pictures need a folder for their results");
+    std::error_code error;
+    if (m_isFolder && fs::exists(toPath(name), error) && !isFolder(name)) {
+        throw UsageError("several pictures need a folder for their results, and " + name + " is a file");
+    }
+    if (m_isFolder) {
+        if (m_format.empty()) m_format = folderFormat;
+        formatOfWord(m_format);
+    } else {
+        targetOf(name, format);
+    }
+    if (std::ranges::count(inputs, true, [](const Input& input) { return isStream(input.name); }) > 1)
+        throw UsageError("what comes through a pipe can be read once");
+    for (const Input& input : inputs) {
+        try {
+            ++m_claimants[toLower(targetFor(input).name)];
+        } catch (const std::exception&) { // said when its turn comes
+        }
+    }
+}
+
+FileFormat Destination::format() const {
+    return m_isFolder ? formatOfWord(m_format) : targetOf(m_name, m_format).format;
+}
+
+void Destination::prepare() const {
+    std::error_code error;
+    if (m_isFolder) fs::create_directories(toPath(m_name), error);
+    if (error) throw Failed(m_name, "cannot be made: " + error.message());
+}
+
+Target Destination::targetFor(const Input& input) const {
+    if (!input.problem.empty()) throw Failed(input.name, input.problem);
+    if (!m_isFolder) return targetOf(m_name, m_format);
+    fs::path target = toPath(m_name) / input.folder / (isStream(input.name) ? "stdin" : toPath(input.name).stem());
+    target += "." + m_format;
+    return {toUtf8(target), formatOfWord(m_format)};
+}
+
+// Those that nobody else wants need no turn. The others are looked at one after the other, by the order of the inputs.
+void Destination::claim(const Target& target, const Input& input, Piece& piece, bool isWritten) {
+    const std::string key = toLower(target.name);
+    if (m_claimants.at(key) > 1) {
+        piece.awaitTurn();
+        const auto [entry, isNew] = m_claims.emplace(key, input.name);
+        if (!isNew)
+            throw Failed(input.name, "its result would replace that of " + entry->second + " in " + target.name);
+    }
+    if (!isWritten || !m_isFolder || input.folder.empty()) return;
+    std::error_code error;
+    const fs::path folder = target.path().parent_path();
+    fs::create_directories(folder, error);
+    if (error) throw Failed(toUtf8(folder), "cannot be made: " + error.message());
+}
+
+} // namespace pixkit::cli
