@@ -66,6 +66,13 @@ unsigned logarithm(std::uint32_t value) noexcept {
     return exponent * costUnit + fractionOfLog[mantissa & (logSteps - 1)];
 }
 
+void ByteCounts::add(std::span<const std::uint8_t> bytes) noexcept {
+    for (; bytes.size() >= 8; bytes = bytes.subspan(8))
+        addWord(bytes.data());
+    for (const std::uint8_t byte : bytes)
+        ++m_tables[0][byte];
+}
+
 void Histogram::add(const Histogram& other) noexcept {
     for (std::size_t i = 0; i < literal.size(); ++i)
         literal[i] += other.literal[i];
@@ -100,9 +107,7 @@ Costs::Costs(std::span<const std::uint8_t> data) noexcept {
 }
 
 void Costs::takeLiterals(std::span<const std::uint8_t> data) noexcept {
-    std::array<std::uint32_t, endOfBlock> counts{};
-    for (const std::uint8_t byte : data)
-        ++counts[byte];
+    const ByteCounts counts(data);
     for (std::size_t i = 0; i < endOfBlock; ++i)
         literal[i] = costOf(static_cast<std::uint32_t>(data.size()), counts[i], dearestLiteral);
 }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 namespace pixkit::deflate {
@@ -17,6 +18,34 @@ struct Histogram {
     // What a block of these symbols takes, estimated, in units of a costUnit-th of a bit: of thousands of symbols the
     // errors add up. Without the extra bits, which are the same however the symbols are put into blocks.
     std::uint64_t blockCost() const noexcept;
+};
+
+// How often each byte occurs, counted in several tables, so that equal neighbours do not wait for one another.
+class ByteCounts {
+  public:
+    ByteCounts() = default;
+    explicit ByteCounts(std::span<const std::uint8_t> bytes) noexcept { add(bytes); }
+
+    void add(std::span<const std::uint8_t> bytes) noexcept;
+    // Of eight.
+    void addWord(const std::uint8_t* bytes) noexcept {
+        std::uint64_t all;
+        std::memcpy(&all, bytes, sizeof all);
+        for (std::size_t i = 0; i < sizeof all; ++i, all >>= 8)
+            ++m_tables[i % tables][all & 0xFF];
+    }
+    // Takes back some that were added.
+    void remove(std::span<const std::uint8_t> bytes) noexcept {
+        for (const std::uint8_t byte : bytes)
+            --m_tables[0][byte];
+    }
+    std::uint32_t operator[](std::size_t byte) const noexcept {
+        return m_tables[0][byte] + m_tables[1][byte] + m_tables[2][byte] + m_tables[3][byte];
+    }
+
+  private:
+    static constexpr std::size_t tables = 4;
+    std::array<std::array<std::uint32_t, endOfBlock>, tables> m_tables{};
 };
 
 constexpr unsigned costUnit = 256; // of a bit

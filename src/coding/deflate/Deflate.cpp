@@ -28,7 +28,7 @@ constexpr std::array<Effort, 6> efforts = {{
     {8, 0, 64, 0},
     {8, 4, 64, 1},
     {12, 6, 96, 1},
-    {32, 16, 160, 2},
+    {16, 8, 128, 2},
     {48, 24, 258, 2},
     {100, 60, 258, 3},
 }};
@@ -38,16 +38,18 @@ constexpr unsigned smallestDepth = 100;
 constexpr std::size_t smallData = 1U << 20;
 
 // After so many literals in a row copies are rare: fewer places are looked at, and then every other position alone.
-constexpr std::size_t drought = 32, longDrought = 128;
+constexpr std::size_t drought = 16, longDrought = 48;
 constexpr unsigned droughtDepth = 4;
 
 // What a copy saves against its bytes as literals; of a long one the first bytes stand for all.
 int gain(const Match& match, const std::uint8_t* bytes, const Costs& costs) noexcept {
     if (match.length == 0) return -1;
     constexpr std::size_t sample = 16;
-    const std::size_t looked = std::min(match.length, sample);
-    std::uint32_t literals = 0;
-    for (std::size_t i = 0; i < looked; ++i)
+    // Most are short: without a loop nobody has to guess how short.
+    std::uint32_t literals = costs.literal[bytes[0]] + costs.literal[bytes[1]] + costs.literal[bytes[2]];
+    const std::uint32_t fourth = costs.literal[bytes[3]];
+    literals += match.length > 3 ? fourth : 0;
+    for (std::size_t i = 4; i < std::min(match.length, sample); ++i)
         literals += costs.literal[bytes[i]];
     if (match.length > sample) literals = static_cast<std::uint32_t>(literals * match.length / sample);
     return static_cast<int>(literals) - static_cast<int>(costs.copy(match.length, match.distance));
@@ -60,10 +62,11 @@ std::size_t limitAt(std::size_t position, std::size_t size) noexcept {
 // Copies of three bytes pay only where literals are dear.
 std::size_t shortestCopyOf(std::span<const std::uint8_t> data) noexcept {
     constexpr std::uint64_t dear = 5 * costUnit;
+    const ByteCounts counts(data);
     const Costs costs(data);
     std::uint64_t sum = 0;
-    for (const std::uint8_t byte : data)
-        sum += costs.literal[byte];
+    for (std::size_t i = 0; i < endOfBlock; ++i)
+        sum += std::uint64_t{counts[i]} * costs.literal[i];
     return sum > dear * data.size() ? 3 : 4;
 }
 
@@ -89,7 +92,7 @@ void parseFast(std::span<const std::uint8_t> data, BlockWriter& blocks) {
 }
 
 void parseLazily(std::span<const std::uint8_t> data, std::size_t shortest, const Effort& effort, BlockWriter& blocks) {
-    ChainFinder finder(data.data(), shortest);
+    ChainFinder finder(data, shortest);
     std::size_t position = 0;
     std::size_t lastCopy = 0; // where it ended
     const std::size_t end = data.size() < finderTail ? 0 : data.size() - finderTail;

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <span>
 
 namespace pixkit::deflate {
 
@@ -55,14 +56,21 @@ struct Match {
 // Hashes and comparisons read eight bytes; for the last few of the input nothing is looked for.
 constexpr std::size_t finderTail = 8;
 
-// Chains of all places with one hash, the latest first. Positions are those in the input plus one window, so that a
-// table full of zeros means places too far away.
+// Chains of all places with one hash, the latest first, and the latest alone of a hash of one byte less: short copies
+// are only worth their while from near by. Positions are those in the input plus one window, so that a table full of
+// zeros means places too far away.
 class ChainFinder {
   public:
     // Copies have `shortest` bytes at least: 3 or 4.
-    ChainFinder(const std::uint8_t* input, std::size_t shortest)
-        : m_input(input), m_shortest(shortest), m_compared(shortest == 3 ? 0xFFFFFF : 0xFFFFFFFF),
-          m_tables(std::make_unique<Tables>()) {}
+    ChainFinder(std::span<const std::uint8_t> input, std::size_t shortest)
+        : m_input(input.data()), m_shortest(shortest), m_unhashed(shortest == 3 ? 8 : 0),
+          m_fifth(shortest == 3 ? 0 : 0xFF),
+          m_slots(std::clamp<std::size_t>(std::bit_ceil(input.size()), 256, windowSize)),
+          m_tables(std::make_unique_for_overwrite<Tables>()) {
+        std::fill_n(m_tables->head.begin(), m_slots, 0U);
+        std::fill_n(m_tables->previous.begin(), m_slots, 0U);
+        std::fill_n(m_tables->latest.begin(), 2 * m_slots, 0U);
+    }
 
     // The longest earlier copy of the bytes at `position`, longer than `shorter`, after looking at `depth` places; one
     // of `nice` bytes is good enough. At least 8 bytes, of which `limit` may be copied, must be there. Notes the
@@ -80,33 +88,60 @@ class ChainFinder {
     }
 
     void note(std::size_t position) noexcept {
-        std::uint32_t& head = m_tables->head[hashAt(m_input + position)];
-        m_tables->previous[position % windowSize] = head;
-        head = static_cast<std::uint32_t>(position + windowSize);
+        const std::uint8_t* const here = m_input + position;
+        const std::uint32_t first = loadLittle32(here);
+        const auto at = static_cast<std::uint32_t>(position + windowSize);
+        std::uint32_t& head = headOf(first, here[4]);
+        previousOf(position) = head;
+        head = at;
+        latestOf(first) = at;
     }
 
   private:
-    std::uint32_t firstBytes(const std::uint8_t* p) const noexcept { return loadLittle32(p) & m_compared; }
-    std::uint32_t hashAt(const std::uint8_t* p) const noexcept { return spreadHash<hashBits>(firstBytes(p)); }
+    // Of four bytes and, where copies of four have a table of their own, the fifth.
+    std::uint32_t& headOf(std::uint32_t first, std::uint32_t fifth) const noexcept {
+        const std::uint32_t hashed = first + (fifth & static_cast<std::uint32_t>(m_fifth)) * 0x85EBCA6BU;
+        return m_tables->head[spreadHash<windowBits>(hashed) & (m_slots - 1)];
+    }
+    std::uint32_t& latestOf(std::uint32_t first) const noexcept {
+        return m_tables->latest[spreadHash<windowBits + 1>(first << m_unhashed) & (2 * m_slots - 1)];
+    }
+    std::uint32_t& previousOf(std::size_t position) const noexcept {
+        return m_tables->previous[position & (m_slots - 1)];
+    }
+    // Most of the time goes by waiting for the tables.
+    void prefetch(const std::uint8_t* next) const noexcept {
+        const std::uint32_t first = loadLittle32(next);
+        __builtin_prefetch(&headOf(first, next[4]), 1);
+        __builtin_prefetch(&latestOf(first), 1);
+    }
 
     template <typename Take>
     void walk(std::size_t position, std::size_t limit, std::size_t shorter, unsigned depth, std::size_t nice,
               Take take) noexcept(noexcept(take(Match()))) {
         const std::uint8_t* const here = m_input + position;
         const auto at = static_cast<std::uint32_t>(position + windowSize);
-        std::uint32_t& head = m_tables->head[hashAt(here)];
+        const std::uint32_t first = loadLittle32(here);
+        std::uint32_t& head = headOf(first, here[4]);
+        std::uint32_t& latest = latestOf(first);
         std::uint32_t place = head;
-        head = at;
-        m_tables->previous[position % windowSize] = place;
-        const std::uint32_t first = firstBytes(here);
+        const std::uint32_t nearest = at - latest;
+        previousOf(position) = place;
+        head = latest = at;
+        prefetch(here + 1);
         std::size_t longest = std::max(shorter, m_shortest - 1);
         if (longest >= limit) return;
+        if (longest < m_shortest && nearest < windowSize && (loadLittle32(here - nearest) ^ first) << m_unhashed == 0) {
+            longest = m_shortest + commonLength(here + m_shortest, here + m_shortest - nearest, limit - m_shortest);
+            take(Match{longest, nearest});
+            if (longest >= nice || longest >= limit) return;
+        }
         // A longer copy has the four bytes that end with its next one, too.
         std::size_t checked = std::max<std::size_t>(longest, 3) - 3;
         std::uint32_t last = load32(here + checked);
         for (; at - place < windowSize && depth > 0; --depth) {
             const std::uint8_t* const there = here - (at - place);
-            if ((load32(there + checked) == last || longest < 3) && firstBytes(there) == first) {
+            if (load32(there + checked) == last && loadLittle32(there) == first) {
                 const std::size_t length = commonLength(here, there, limit);
                 if (length > longest) {
                     take(Match{length, at - place});
@@ -116,18 +151,20 @@ class ChainFinder {
                     last = load32(here + checked);
                 }
             }
-            place = m_tables->previous[place % windowSize];
+            place = previousOf(place);
         }
     }
 
-    static constexpr unsigned hashBits = 15;
     struct Tables {
-        std::array<std::uint32_t, 1U << hashBits> head{};
-        std::array<std::uint32_t, windowSize> previous{};
+        std::array<std::uint32_t, windowSize> head, previous; // of hashes, of positions
+        std::array<std::uint32_t, 2 * windowSize> latest;     // of shorter copies
     };
     const std::uint8_t* m_input;
     std::size_t m_shortest;
-    std::uint32_t m_compared; // the bits of those bytes
+    // Not of the tables' type, or compilers would read them anew after every store there.
+    std::size_t m_unhashed; // bits of the fourth byte that do not count
+    std::size_t m_fifth;    // bits of the fifth byte that do
+    std::size_t m_slots;    // small data uses the beginning of the tables
     std::unique_ptr<Tables> m_tables;
 };
 

@@ -23,7 +23,7 @@ struct Step {
 
 class Stretch {
   public:
-    Stretch(std::span<const std::uint8_t> data, std::size_t shortest) : m_data(data), m_finder(data.data(), shortest) {}
+    Stretch(std::span<const std::uint8_t> data, std::size_t shortest) : m_data(data), m_finder(data, shortest) {}
 
     void weigh(std::size_t begin, std::size_t end, unsigned depth) {
         m_begin = begin;

@@ -16,37 +16,19 @@ constexpr std::size_t word = 8;
 
 constexpr std::size_t mostBytes = 1U << 20; // in a block: rows may be that long
 
-// Counts bytes in several tables, so that equal neighbours do not wait for one another.
-class LiteralCounts {
-  public:
-    void addWord(const std::uint8_t* bytes) noexcept {
-        std::uint64_t all = load64(bytes);
-        for (std::size_t i = 0; i < word; ++i, all >>= 8)
-            ++m_tables[i % tables][all & 0xFF];
-    }
-    void add(std::span<const std::uint8_t> bytes, std::uint32_t times) noexcept {
-        for (const std::uint8_t byte : bytes)
-            m_tables[0][byte] += times;
-    }
-    void sumUp(Histogram& symbols) const noexcept {
-        for (std::size_t i = 0; i < endOfBlock; ++i)
-            for (const auto& table : m_tables)
-                symbols.literal[i] += table[i];
-    }
-
-  private:
-    static constexpr std::size_t tables = 4;
-    std::array<std::array<std::uint32_t, endOfBlock>, tables> m_tables{};
-};
+void addLiterals(Histogram& symbols, const ByteCounts& counts) noexcept {
+    for (std::size_t i = 0; i < endOfBlock; ++i)
+        symbols.literal[i] += counts[i];
+}
 
 // Calls `take(literals, length)` for so many literals and then a copy from `distance` back, whose length may be more
 // than one symbol says, and 0 at the end. Counts literals.
 template <typename Take>
-void eachRun(std::span<const std::uint8_t> data, std::size_t distance, LiteralCounts& counts, Take take) {
+void eachRun(std::span<const std::uint8_t> data, std::size_t distance, ByteCounts& counts, Take take) {
     const std::uint8_t* const p = data.data();
     std::size_t copied = 0; // where the last copy ended
     std::size_t i = std::min(distance, data.size());
-    counts.add(data.first(i), 1);
+    counts.add(data.first(i));
     while (data.size() - i >= word) {
         if (load64(p + i) != load64(p + i - distance)) {
             counts.addWord(p + i);
@@ -56,12 +38,12 @@ void eachRun(std::span<const std::uint8_t> data, std::size_t distance, LiteralCo
         std::size_t begin = i;
         while (begin > std::max(copied, distance) && p[begin - 1] == p[begin - 1 - distance])
             --begin;
-        counts.add(data.subspan(begin, i - begin), ~std::uint32_t{0}); // were no literals
+        counts.remove(data.subspan(begin, i - begin)); // were no literals
         i += word + commonLength(p + i + word, p + i + word - distance, data.size() - i - word);
         take(begin - copied, i - begin);
         copied = i;
     }
-    counts.add(data.subspan(i), 1);
+    counts.add(data.subspan(i));
     if (data.size() > copied) take(data.size() - copied, std::size_t{0});
 }
 
@@ -94,7 +76,7 @@ void RunCompressor::add(std::span<const std::uint8_t> piece, bool isLast) {
 
 void RunCompressor::addBlock(std::span<const std::uint8_t> piece, bool isLast) {
     m_sequences.clear();
-    LiteralCounts counts;
+    ByteCounts counts;
     Histogram symbols;
     eachRun(piece, m_distance, counts, [&](std::size_t before, std::size_t length) {
         auto literals = static_cast<std::uint32_t>(before);
@@ -107,12 +89,12 @@ void RunCompressor::addBlock(std::span<const std::uint8_t> piece, bool isLast) {
             literals = 0;
         });
     });
-    counts.sumUp(symbols);
+    addLiterals(symbols, counts);
     m_coder.write(piece, symbols, m_sequences, isLast);
 }
 
 std::size_t runCompressedSize(std::span<const std::uint8_t> data, std::size_t distance) {
-    LiteralCounts counts;
+    ByteCounts counts;
     Histogram symbols;
     std::size_t extra = 0; // bits
     const std::size_t distanceSymbol = distanceSymbolOf(distance);
@@ -124,7 +106,7 @@ std::size_t runCompressedSize(std::span<const std::uint8_t> data, std::size_t di
             extra += std::size_t{1} + lengthExtra[symbol].bits + distanceExtra[distanceSymbol].bits; // a code of a bit
         });
     });
-    counts.sumUp(symbols);
+    addLiterals(symbols, counts);
     return static_cast<std::size_t>(symbols.blockCost() / costUnit + extra) / 8;
 }
 

@@ -9,7 +9,8 @@ namespace pixkit::deflate {
 
 constexpr std::size_t shortestMatch = 3;
 constexpr std::size_t longestMatch = 258;
-constexpr std::size_t windowSize = 32768;
+constexpr unsigned windowBits = 15;
+constexpr std::size_t windowSize = std::size_t{1} << windowBits;
 
 constexpr std::size_t literalSymbols = 286; // literals, end of block, lengths
 constexpr std::size_t distanceSymbols = 30;
