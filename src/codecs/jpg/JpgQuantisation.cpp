@@ -54,9 +54,9 @@ constexpr std::array<std::uint8_t, 64> chrominance = {17, 18, 24, 47, 99, 99, 99
 constexpr std::array<std::uint8_t, 64> jpgZigzag = makeZigzag();
 
 std::uint64_t jpgZigzagBits(std::uint64_t blockBits) noexcept {
-    std::uint64_t bits = 0;
-    for (std::size_t i = 0; blockBits != 0; ++i, blockBits >>= 8)
-        bits |= bitLookup[i][blockBits & 0xFF];
+    std::uint64_t bits = 0; // all eight: to find out where there are no more takes longer
+    for (std::size_t i = 0; i < 8; ++i)
+        bits |= bitLookup[i][blockBits >> 8 * i & 0xFF];
     return bits;
 }
 

@@ -38,11 +38,18 @@ class JpgScan {
     };
 
     void beginChunk();
+    std::uint32_t frequencyOf(std::size_t symbol) const noexcept {
+        return m_frequencies[symbol] + m_frequencies[symbols + symbol];
+    }
+    JpgHuffmanTable tableOf(std::size_t table) const;
 
     std::vector<Chunk> m_chunks;
     Token* m_next = nullptr;
-    std::size_t m_room = 0;                                                // tokens that the last chunk still takes
-    std::array<std::array<std::uint32_t, 256>, 2 * kinds> m_frequencies{}; // [2 * kind + isAc]
+    std::size_t m_room = 0; // tokens that the last chunk still takes
+    // Of symbols, by their tables: 2 * kind + isAc. Two counts of each, taken by turns, which add up: often the same
+    // symbol comes again, and would have to wait for its count.
+    static constexpr std::size_t symbols = 2 * kinds * 256;
+    std::array<std::uint32_t, 2 * symbols> m_frequencies{};
 };
 
 } // namespace pixkit
