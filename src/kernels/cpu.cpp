@@ -23,8 +23,9 @@ CpuFeatures detectedFeatures() noexcept {
     // The compiler's answers include whether the operating system saves the wide registers and the masks (XGETBV).
     __builtin_cpu_init();
     if (__builtin_cpu_supports("sse2")) found |= cpuSse2;
-    // All processors that have it multiply without carries, too; virtual ones may not say so.
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("pclmul")) found |= cpuAvx2;
+    // Processors that have it have BMI2, too, and multiply without carries; virtual ones may not say so.
+    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("pclmul"))
+        found |= cpuAvx2;
     // Processors before these sets were together lower their clock for vectors of 64 bytes, and gain little by them.
     if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512dq") &&
         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
