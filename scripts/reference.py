@@ -32,6 +32,7 @@ class Reference:
         self.header = read_header(ROOT / "src" / "surface" / "cPixSheet.h")
         self.common = argument_texts((folder / "arguments.md").read_text(encoding="utf-8"))
         self.subjects = [read_subject(path) for path in sorted(folder.glob("[0-9]*.md"))]
+        self.languages = read_subject(folder / "languages.md")
         self.pages = {page.name: page for subject in self.subjects for page in subject.pages}
 
     def meaning(self, page, argument):
@@ -70,6 +71,10 @@ def wrong_examples(reference):
             if example.language != "cpp":  # the compiler looks at those
                 yield from (f"{page.name}, {example.language}: {complaint}"
                             for complaint in examples.check_code(examples.whole(example), reference.interface))
+    for page in reference.languages.pages:
+        # A call of the component's from C++ has one argument more: where the result goes.
+        yield from (f"{page.name}: {complaint}" for example in page.examples if "component" not in page.name
+                    for complaint in examples.check_code(example.code, reference.interface))
     for path in sorted((ROOT / "samples").rglob("*")):
         if path.suffix in (".vbs", ".bas", ".frm"):
             yield from (f"{path.relative_to(ROOT)}: {complaint}" for complaint in

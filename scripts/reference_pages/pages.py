@@ -7,10 +7,13 @@ import re
 from reference_pages import examples
 
 HERE = pathlib.Path(__file__).parent
-LANGUAGES = {"vb": "Basic", "vbs": "VBScript", "cpp": "C++", "cs": "C#"}
+LANGUAGES = {"vb": "Basic", "vbs": "VBScript", "cpp": "C++", "cs": "C#", "js": "JScript", "ps": "PowerShell", "py": "Python"}
 KEYWORDS = {
     "vb": r"\b(?:Dim|As|New|If|Then|Else|Not|Set|ByVal|True|False|Nothing|And|Or)\b",
     "cpp": r"\b(?:if|const|auto|int|return|true|false|nullptr)\b",
+    "js": r"\b(?:var|new)\b",
+    "ps": r"\[ref\]",
+    "py": r"\b(?:from|import|print)\b",
     "cs": r"\b(?:if|ref|object|int|byte|string|dynamic|new|null|true|false)\b",
 }
 KEYWORDS["vbs"] = KEYWORDS["vb"].replace("Dim", "Dim|Const")
@@ -30,7 +33,7 @@ def write(reference, folder):
 
 def coloured(code, language):
     """Code with comments, strings and keywords marked."""
-    comment = {"vb": r"'[^\n]*", "vbs": r"'[^\n]*"}.get(language, r"//[^\n]*")
+    comment = {"vb": r"'[^\n]*", "vbs": r"'[^\n]*", "py": r"#[^\n]*", "ps": r"#[^\n]*"}.get(language, r"//[^\n]*")
     tokens = re.compile(rf'(?P<s>"[^"\n]*")|(?P<c>{comment})|(?P<k>{KEYWORDS[language]})')
     parts, end = [], 0
     for match in tokens.finditer(code):
@@ -164,6 +167,12 @@ class Writer:
         parts += ["<h2>Enumerations</h2>",
                   self.table(["Enumeration", "What it says"],
                              [[f"<code>{self.link(e.name)}</code>", self.inline(e.summary)] for e in self.interface.enumerations.values()])]
+        languages = self.reference.languages
+        parts += [f"<h2>{html.escape(languages.title)}</h2>",
+                  f"<p>{self.inline(' '.join(languages.introduction.split()))}</p>"]
+        for page in languages.pages:
+            parts += [f"<h3>{html.escape(page.name)}</h3>", f"<p>{self.inline(' '.join(page.notes.split()))}</p>"]
+            parts += [f"<pre><code>{coloured(e.code, e.language)}</code></pre>" for e in page.examples]
         return self.page("Reference", "\n".join(parts), "The reference of the imaging component pixkit")
 
     @staticmethod

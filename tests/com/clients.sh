@@ -6,7 +6,7 @@
 # The last line is "N passed, N failed".
 set -uo pipefail
 cd "$(dirname "$0")/../.." || exit 2
-build=$1 runner=("${@:2}")
+build=$(realpath "$1") runner=("$(realpath "$2")" "${@:3}")
 dll=$build/src/com/pixkit.dll pictures=samples/pictures
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -44,6 +44,13 @@ watermarked() {
         BASH_REMATCH[3] > 192 && BASH_REMATCH[4] > 192))
 }
 
+# The examples of the reference, in a folder with what they load.
+reference_examples() {
+    cp $pictures/lantern.png "$folder/picture.png" && cp tests/data/pictures/ico/alpha-complex-straight.ico "$folder/icon.ico" &&
+        python3 scripts/reference.py --vbscript "$folder/examples.vbs" || return 1
+    (cd "$folder" && script '^all .* examples ran' examples.vbs)
+}
+
 # Whatever registration may have left: every value names the component or its path.
 nothing_left() {
     local root
@@ -73,6 +80,7 @@ check "dropped.vbs" script '^2 dropped, all as expected' samples/vbscript/droppe
 check "what dropped.vbs saved" [ -s "$folder/lantern.png.dropped.png" ]
 check "dropped.js" script 'all as expected' samples/jscript/dropped.js "$folder/lantern.png"
 check "effects.js" script '^saved ' samples/jscript/effects.js $pictures/landscape.png "$folder/js.bmp"
+check "examples of the reference" reference_examples
 check "regsvr32 /u" windows regsvr32 /s /u "$dll"
 check "nothing left in the registry" nothing_left
 echo "$passed passed, $failed failed"
