@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Prints one table per subject from Google Benchmark JSON files.
 
 Benchmarks are named SUBJECT/CASE/WHO. Rows are cases; each who has the median of its rate (Mpixel/s, or MB/s where bytes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What makes a fault that is still there hard to use. scripts/hardening.py reads it back from the headers of what was
 # built. Another project that has this one inside itself decides on its own.
 if(NOT PROJECT_IS_TOP_LEVEL)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiler settings that every target of the project shares, as one interface target.
 add_library(pixkit-settings INTERFACE)
 target_compile_features(pixkit-settings INTERFACE cxx_std_20)

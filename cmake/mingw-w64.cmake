@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Toolchain for Windows programs from Debian's mingw-w64. PIXKIT_WINDOWS_ARCH: i686 (default) or x86_64.
 set(CMAKE_SYSTEM_NAME Windows)
 if(NOT DEFINED PIXKIT_WINDOWS_ARCH)

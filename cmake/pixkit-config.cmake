@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What find_package(pixkit) reads.
 set(pixkit_needed_packages "@needed_packages@")
 if(pixkit_needed_packages)

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs the benchmarks side by side with their peers and prints medians and ratios; leaves the raw figures as JSON.
 # Usage: scripts/bench.sh [--quick] [FILTER]     FILTER: a regular expression over benchmark names, such as png/photo
 # Without a filter the tables of docs/performance.md are written anew.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # To be sourced from the project's folder: compile through ccache where it is there.
 if command -v ccache >/dev/null; then
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1

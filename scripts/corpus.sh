@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Makes a folder of real pictures for benchmarks (default: corpus/) from Debian packages, which are downloaded and unpacked
 # but not installed. The pictures are the packages' own or converted from them in a fixed way.
 # Usage: scripts/corpus.sh [FOLDER]      needs ImageMagick and python3 (scripts/setup.sh bench installs them)

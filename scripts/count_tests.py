@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Adds up what scripts/test.sh ran and prints "N passed, N failed" (and ", N skipped") as the last line.
 
     count_tests.py LOG-FOLDER

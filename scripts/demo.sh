@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Shows what pixkit does: installs what the build needs, builds the command, applies every effect to pictures and leaves
 # a page with the results.
 #
@@ -11,7 +12,7 @@ cd "$(dirname "$0")/.."
 
 case ${1:-} in
 -h | --help)
-    sed -n '2,7p' "$0"
+    sed -n '3,8p' "$0"
     exit 0
     ;;
 esac

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Draws the pictures under samples/pictures/, one for each kind of PNG file. Needs nothing but Python.
 
     scripts/draw_samples.py [FOLDER]

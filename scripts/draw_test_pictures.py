@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Draws the pictures of tests/data/pictures: every header, type, depth and compression of each format, files that are odd
 and files that are bad. What loading each of them must give stands in tests/data/ledger.txt (scripts/ledger.sh).
 

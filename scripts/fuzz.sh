@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds the fuzz targets and runs them, one after the other.
 # Usage: scripts/fuzz.sh [TARGET] [SECONDS] [PRESET]
 #

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Fails when a program or library of a build lacks what cmake/Hardening.cmake asks for, as its own headers tell.
 
     hardening.py BUILD-FOLDER [sanitized]

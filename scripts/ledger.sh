@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Draws the test pictures anew, writes down what loading each of them gives (tests/data/ledger.txt) and which bytes are
 # saved (tests/data/written.txt) and what drawing gives (tests/data/drawn.txt), and shows what changed.
 # The ledger is only as right as whoever looks at the difference: tests/oracle compares the same files with other programs.

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Checks the layout of every C++ file with clang-format, which rooms include which, says how much of the code is tests,
 # and looks for faults: in all of src with cppcheck, and in the files of a native build with clang-tidy and, through it,
 # clang's static analyzer.
@@ -61,6 +62,11 @@ cppcheck -j "$(nproc)" --quiet --std=c++20 --enable=warning,portability --error-
 # Headers that the C++ reference can be made of: no comment that Doxygen takes for something else.
 if command -v doxygen >/dev/null; then
     scripts/reference.py --cxx "$(mktemp -d)" || { echo "lint: doxygen complains of a header"; failed=1; }
+fi
+
+# Every file says its licence, or .reuse/dep5 does.
+if command -v reuse >/dev/null; then
+    reuse lint >/dev/null || { reuse lint | head -n 20; echo "lint: files without a licence"; failed=1; }
 fi
 
 # What a change may have made worse: the files that it touches, and those that include a header which it touches.

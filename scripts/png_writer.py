@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Writes PNG files with nothing but the standard library: every colour type, depth and filter, interlaced or not."""
 import struct
 import zlib

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """The reference of the component, from the description of its interface and the texts in docs/reference/.
 
     reference.py [FOLDER]           writes the pages (build/reference): open index.html
@@ -75,6 +76,8 @@ def wrong_examples(reference):
         # A call of the component's from C++ has one argument more: where the result goes.
         yield from (f"{page.name}: {complaint}" for example in page.examples if "component" not in page.name
                     for complaint in examples.check_code(example.code, reference.interface))
+    for example in re.findall(r"^```vb\n(.*?)^```$", (ROOT / "README.md").read_text(encoding="utf-8"), re.MULTILINE | re.DOTALL):
+        yield from (f"README.md: {complaint}" for complaint in examples.check_code(example, reference.interface))
     for path in sorted((ROOT / "samples").rglob("*")):
         if path.suffix in (".vbs", ".bas", ".frm"):
             yield from (f"{path.relative_to(ROOT)}: {complaint}" for complaint in

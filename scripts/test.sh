@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Builds the project and runs all its tests: natively at each level of the kernels, under sanitizers in both word sizes,
 # and the same sources as Windows programs of both word sizes under Wine. Installs what it needs (scripts/setup.sh, scripts/wine.sh).
 #
@@ -13,7 +14,7 @@ cd "$(dirname "$0")/.." || exit 1
 case ${1:-} in
 '' | --native) ;;
 *)
-    sed -n '2,6p' "$0"
+    sed -n '3,7p' "$0"
     exit 2
     ;;
 esac

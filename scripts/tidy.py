@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Looks at source files with clang-tidy, which .clang-tidy tells what to look for.
 
     tidy.py BUILD-FOLDER FILE...

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # A working Wine for the tests, for 32-bit and 64-bit programs: no X server, and where need be no root.
 #
 #   wine.sh run PROGRAM.exe [ARGUMENT...]    runs a 32-bit Windows program and exits with its code; sets up on first use
@@ -207,7 +208,7 @@ clean)
     rm -rf "$CACHE"
     ;;
 *)
-    sed -n '2,9p' "$0"
+    sed -n '3,10p' "$0"
     exit 2
     ;;
 esac

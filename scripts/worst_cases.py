@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Keeps the table of the worst cases in docs/security.md: makes each of its files, smaller, has the command load or save
 it, and holds the memory that this took, and the work, against what the table says of a pixel.
 

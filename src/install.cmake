@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # `cmake --install` gives headers, library, command and a CMake package: find_package(pixkit), pixkit::pixkit.
 include(CMakePackageConfigHelpers)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/pixkit")

@@ -1,4 +1,5 @@
 #!/bin/bash -eu
+# SPDX-License-Identifier: MIT
 # Builds the fuzz targets as services that fuzz want them: compilers, options and engine come from the environment, what
 # runs goes to $OUT, with seeds and a dictionary for each target. Nothing else than the C++ library is linked: peers that
 # give verdicts of their own are left to scripts/fuzz.sh.

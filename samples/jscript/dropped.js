@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The forms in which JScript has dropped files: arguments, arrays, objects with Files.
 //
 //   cscript dropped.js PICTURE...

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Loads a picture, applies effects and saves it.
 //
 //   cscript effects.js PICTURE RESULT.bmp

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Loads a picture, applies effects and saves it.
 #
 #   powershell -File effects.ps1 PICTURE RESULT.bmp

@@ -1,3 +1,4 @@
+' SPDX-License-Identifier: MIT
 ' Copies a picture with its shadow to the clipboard, for any program to paste, and pastes it here too.
 '
 '   cscript clipboard.vbs picture

@@ -1,3 +1,4 @@
+' SPDX-License-Identifier: MIT
 ' Draws a picture, turned and with a shadow under it, over a checkerboard and saves the result.
 '
 '   cscript drawing.vbs PICTURE RESULT.bmp

@@ -1,3 +1,4 @@
+' SPDX-License-Identifier: MIT
 ' Drop pictures onto this script: each becomes a PNG file beside it. Arguments, too, are a drop.
 '
 '   cscript dropped.vbs PICTURE...

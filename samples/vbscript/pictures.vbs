@@ -1,3 +1,4 @@
+' SPDX-License-Identifier: MIT
 ' Hands a picture out as an object that controls and ribbons take, and loads it back from there.
 '
 '   cscript pictures.vbs PICTURE

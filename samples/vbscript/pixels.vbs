@@ -1,3 +1,4 @@
+' SPDX-License-Identifier: MIT
 ' Works on pixels: one by one, and all at once in a byte array.
 '
 '   cscript pixels.vbs

@@ -1,3 +1,4 @@
+' SPDX-License-Identifier: MIT
 ' Saves a picture as PNG with a title, as JPEG, GIF and TGA, and as an icon of three sizes, and loads each again.
 '
 '   cscript saving.vbs PICTURE RESULT      gives RESULT.png, RESULT.jpg, RESULT.gif, RESULT.tga and RESULT.ico

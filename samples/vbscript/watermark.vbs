@@ -1,3 +1,4 @@
+' SPDX-License-Identifier: MIT
 ' Writes a text over a picture's lower right corner, half clear and with a shadow, in letters that suit the picture's size.
 '
 '   cscript watermark.vbs PICTURE RESULT.png TEXT

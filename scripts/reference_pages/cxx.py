@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The C++ reference, by Doxygen, of the headers that are installed.
 
 As a program it is Doxygen's filter: it prints a header whose plain comments are such as Doxygen reads.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The examples: their checks against the interface, the VBScript that follows from Basic, and what the tests run."""
 import re
 

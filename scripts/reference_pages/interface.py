@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The interface as src/com/pixkit.idl describes it: members with their arguments, enumerations with their values."""
 import dataclasses
 import re

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The pages: HTML that needs no server and nothing from elsewhere."""
 import html
 import json

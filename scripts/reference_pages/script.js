@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The search: each entry is a name, its page, a line about it, and further words that lead to it.
 "use strict";
 (function () {

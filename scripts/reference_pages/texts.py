@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What people wrote about the members: docs/reference/ by subject, and the comments in the C++ header."""
 import dataclasses
 import re

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """BMP files; see draw_test_pictures.py."""
 import struct
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Icons and cursors; see draw_test_pictures.py."""
 import struct
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Metafiles that fill their left half with red; see draw_test_pictures.py. Not every system draws them, so they stand apart
 from the pictures of the ledger."""
 import struct

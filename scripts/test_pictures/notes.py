@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Files that say something beside their pixels; see draw_test_pictures.py."""
 import struct
 import zlib

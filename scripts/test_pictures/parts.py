@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the pictures of several formats are made of."""
 import random
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """PNG files; see draw_test_pictures.py."""
 import random
 import struct

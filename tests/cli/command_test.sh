@@ -1,11 +1,12 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Runs the built command, for what only a process of its own shows. What it makes of pictures stands in tests/data/cli.
 #
 #   command_test.sh COMMAND [ARGUMENT...]   such as build/release/src/cli/pixkit, or scripts/wine.sh run .../pixkit.exe
 #
 # The last line is "N passed, N failed".
 set -uo pipefail
-[ $# -gt 0 ] || { sed -n '2,6p' "$0"; exit 2; }
+[ $# -gt 0 ] || { sed -n '3,7p' "$0"; exit 2; }
 command=("$@")
 cd "$(dirname "$0")/../.." || exit 2
 

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Registers the built component, runs the samples as its clients, and looks at what registration leaves behind.
 #
 #   clients.sh BUILD-FOLDER RUNNER...    RUNNER: what runs a Windows program, such as scripts/wine.sh run

@@ -1,4 +1,5 @@
 #!/bin/bash
+# SPDX-License-Identifier: MIT
 # Another project finds the installed library, and the example of the README is what it compiles.
 #
 #   package_test.sh BUILD-FOLDER

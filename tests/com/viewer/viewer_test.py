@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
 """Runs the viewer on an X display of its own and compares pictures of the screen with pixels worked out here.
 
     viewer_test.py BUILD-FOLDER RUNNER...    RUNNER: what runs a Windows program, such as scripts/wine.sh run
