@@ -1,8 +1,12 @@
-// Writing PNG files of 8 million RGBA pixels into memory: the component and libpng, at their default and fast levels.
+// Writing PNG files of 8 million RGBA pixels into memory: the component and its peers at their default, fast and best
+// levels.
 // Sizes are in the counter "MB".
+#include "kernels/kernels.h"
+#include "peers/png_encoders.h"
 #include "pictures.h"
 #include "program.h"
 #include "surface/cPixSheet.h"
+#include <libdeflate.h>
 #include <memory>
 #include <png.h>
 
@@ -16,6 +20,42 @@ std::size_t writeWithPixkit(cPixSheet& sheet, int level) {
     pixkit::ByteArray file;
     if (!sheet.SaveToStream_PNG(file)) throw std::runtime_error("not saved");
     benchmark::DoNotOptimize(file.data());
+    return file.size();
+}
+
+// Straight R, G, B, A of a row, as PNG files hold them.
+void straightRow(const cPixSheet& sheet, std::size_t y, std::uint8_t* row) {
+    const auto width = static_cast<std::size_t>(sheet.Width()), height = static_cast<std::size_t>(sheet.Height());
+    const auto& kernel = pixkit::kernels::table();
+    kernel.straighten(row, sheet.BitsPointer() + (height - 1 - y) * width * 4, width);
+    kernel.swapRedBlue(row, row, width);
+}
+
+// All rows by Paeth's filter, and what is left to libdeflate.
+std::size_t writeWithLibdeflate(cPixSheet& sheet, int level) {
+    const auto width = static_cast<std::size_t>(sheet.Width()), height = static_cast<std::size_t>(sheet.Height());
+    Bytes rows(height * (4 * width + 1)), row(4 * width), above(4 * width);
+    for (std::size_t y = 0; y < height; ++y) {
+        straightRow(sheet, y, row.data());
+        std::uint8_t* const out = &rows[y * (4 * width + 1)];
+        *out = 4;
+        pixkit::kernels::table().filterPaeth(out + 1, row.data(), above.data(), 4 * width, 4);
+        row.swap(above);
+    }
+    const std::unique_ptr<libdeflate_compressor, decltype(&libdeflate_free_compressor)> packer(
+        libdeflate_alloc_compressor(level), libdeflate_free_compressor);
+    Bytes file(libdeflate_zlib_compress_bound(packer.get(), rows.size()));
+    const std::size_t size = libdeflate_zlib_compress(packer.get(), rows.data(), rows.size(), file.data(), file.size());
+    benchmark::DoNotOptimize(libdeflate_crc32(0, file.data(), size));
+    return size;
+}
+
+std::size_t writeWithStb(cPixSheet& sheet, int level) {
+    const auto width = static_cast<std::size_t>(sheet.Width()), height = static_cast<std::size_t>(sheet.Height());
+    Bytes rows(height * width * 4), file;
+    for (std::size_t y = 0; y < height; ++y)
+        straightRow(sheet, y, &rows[y * width * 4]);
+    bench::encodePngStb(rows.data(), sheet.Width(), sheet.Height(), level, file);
     return file.size();
 }
 
@@ -40,15 +80,7 @@ std::size_t writeWithLibpng(cPixSheet& sheet, int level) {
     png_write_info(png, info);
     Bytes row(width * 4);
     for (std::size_t y = 0; y < height; ++y) {
-        const std::uint8_t* from = sheet.BitsPointer() + (height - 1 - y) * width * 4;
-        for (std::size_t x = 0; x < width; ++x) {
-            const unsigned alpha = from[4 * x + 3];
-            for (std::size_t channel = 0; channel < 3; ++channel) {
-                const unsigned stored = from[4 * x + 2 - channel];
-                row[4 * x + channel] = static_cast<std::uint8_t>(alpha == 0 ? 0 : stored * 255 / alpha);
-            }
-            row[4 * x + 3] = static_cast<std::uint8_t>(alpha);
-        }
+        straightRow(sheet, y, row.data());
         png_write_row(png, row.data());
     }
     png_write_end(png, info);
@@ -79,9 +111,14 @@ int main(int argc, char** argv) {
         }
         addBenchmark(name, "pixkit", sheet, writeWithPixkit, 6);
         addBenchmark(name, "libpng", sheet, writeWithLibpng, -1);
+        addBenchmark(name, "libdeflate", sheet, writeWithLibdeflate, 6);
         addBenchmark(name + "-fast", "pixkit", sheet, writeWithPixkit, 1);
+        addBenchmark(name + "-fast", "pixkit-2", sheet, writeWithPixkit, 2);
         addBenchmark(name + "-fast", "libpng", sheet, writeWithLibpng, 1);
+        addBenchmark(name + "-fast", "libdeflate", sheet, writeWithLibdeflate, 1);
+        addBenchmark(name + "-fast", "stb_image_write", sheet, writeWithStb, 1);
         addBenchmark(name + "-small", "pixkit", sheet, writeWithPixkit, 9);
+        addBenchmark(name + "-small", "libdeflate", sheet, writeWithLibdeflate, 12);
     }
     return sheets.empty() ? bench::noPictures() : bench::run(argc, argv);
 }

@@ -1,6 +1,7 @@
 // Every picture of tests/data/pictures is written in every format, and other people's libraries and programs read it.
 #include "oracle/Readers.h"
 #include "oracle/libjpegVerdict.h"
+#include <zlib.h>
 
 using namespace pixkit;
 using namespace pixkit::test;
@@ -55,7 +56,45 @@ void expectPixels(const Read& read, std::vector<Pixel> expected, const char* wha
     EXPECT_TRUE(found == expected) << "other pixels in " << what;
 }
 
+// The payload of the only IDAT.
+std::span<const std::uint8_t> pngStream(std::span<const std::uint8_t> file) {
+    constexpr std::string_view type = "IDAT";
+    const auto found = std::search(file.begin(), file.end(), type.begin(), type.end());
+    const auto place = static_cast<std::size_t>(found - file.begin());
+    const std::uint8_t* const length = &file[place - 4];
+    return file.subspan(place + 4, length[0] << 24 | length[1] << 16 | length[2] << 8 | length[3]);
+}
+
+// As many bytes as zlib's level 6 makes of the rows in a stream.
+std::size_t zlibSize(std::span<const std::uint8_t> stream) {
+    std::vector<std::uint8_t> rows(std::size_t{1} << 24);
+    uLongf size = rows.size();
+    EXPECT_EQ(uncompress(rows.data(), &size, stream.data(), stream.size()), Z_OK);
+    uLongf packed = compressBound(size);
+    std::vector<std::uint8_t> other(packed);
+    EXPECT_EQ(compress2(other.data(), &packed, rows.data(), size, 6), Z_OK);
+    return packed;
+}
+
 } // namespace
+
+// All together, and each nearly: what a block costs is estimated.
+TEST(WrittenOracle, PngStreamsAreLargerThanZlibMakesThem) {
+    std::size_t total = 0, zlibs = 0;
+    forEachPicture([&](cPixSheet& sheet) {
+        ByteArray file, smaller;
+        ASSERT_TRUE(sheet.SaveToStream_PNG(file));
+        const std::span stream = pngStream({file.data(), file.size()});
+        const std::size_t most = zlibSize(stream);
+        EXPECT_LE(stream.size(), most + most / 50 + 4);
+        total += stream.size();
+        zlibs += most;
+        sheet.PngPropertySet(pngCompressionLevel, 9);
+        ASSERT_TRUE(sheet.SaveToStream_PNG(smaller));
+        EXPECT_LE(smaller.size(), file.size());
+    });
+    EXPECT_LE(total, zlibs);
+}
 
 TEST(WrittenOracle, OthersReadOtherPixels) {
     const TemporaryFolder folder;

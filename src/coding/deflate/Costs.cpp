@@ -106,6 +106,20 @@ Costs::Costs(std::span<const std::uint8_t> data) noexcept {
         distance[i] = (4U + distanceExtra[i].bits) * costUnit;
 }
 
+Costs Costs::fixedCodes() noexcept {
+    Costs costs{std::span<const std::uint8_t>()};
+    for (std::size_t i = 0; i < endOfBlock; ++i)
+        costs.literal[i] = fixedLiteralLengths[i] * costUnit;
+    for (std::size_t i = shortestMatch; i < costs.length.size(); ++i) {
+        const std::size_t symbol = lengthSymbolOf[i];
+        costs.length[i] =
+            (unsigned{fixedLiteralLengths[endOfBlock + 1 + symbol]} + lengthExtra[symbol].bits) * costUnit;
+    }
+    for (std::size_t i = 0; i < distanceSymbols; ++i)
+        costs.distance[i] = (unsigned{fixedDistanceLengths[i]} + distanceExtra[i].bits) * costUnit;
+    return costs;
+}
+
 void Costs::takeLiterals(std::span<const std::uint8_t> data) noexcept {
     const ByteCounts counts(data);
     for (std::size_t i = 0; i < endOfBlock; ++i)

@@ -64,6 +64,9 @@ struct Costs {
     // Of data of which nothing is known but what its bytes would take without any copy.
     explicit Costs(std::span<const std::uint8_t> data) noexcept;
 
+    // What the codes take that RFC 1951 lists, the shortest for tiny data, which no head of a block has to describe.
+    static Costs fixedCodes() noexcept;
+
     // Prices literals as if all of `data` were some. By what the literals between copies take, those that copies
     // replace seem dearer than they are; then more copies seem to pay, literals become still dearer, and in the end a
     // picture of small differences takes a tenth more.

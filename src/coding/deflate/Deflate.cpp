@@ -34,8 +34,9 @@ constexpr std::array<Effort, 6> efforts = {{
 }};
 constexpr unsigned smallestDepth = 100;
 
-// What is so small is done soon whatever the effort: from level 6 on it gets that of level 8.
-constexpr std::size_t smallData = 1U << 20;
+// What is so small is done soon whatever the effort: from level 6 on it gets that of level 8, tiny data that of
+// level 9.
+constexpr std::size_t smallData = 1U << 20, tinyData = 1U << 12;
 
 // After so many literals in a row copies are rare: fewer places are looked at, and then every other position alone.
 constexpr std::size_t drought = 16, longDrought = 48;
@@ -70,10 +71,11 @@ std::size_t shortestCopyOf(std::span<const std::uint8_t> data) noexcept {
     return sum > dear * data.size() ? 3 : 4;
 }
 
-void parseFast(std::span<const std::uint8_t> data, BlockWriter& blocks) {
+void parseFast(const Input& input, BlockWriter& blocks) {
+    const std::span data = input.data;
     LatestFinder finder(data.data());
     std::size_t position = 0;
-    const std::size_t end = data.size() < finderTail ? 0 : data.size() - finderTail;
+    const std::size_t end = input.searched;
     while (position < end) {
         const Match match = finder.find(position, limitAt(position, data.size()));
         if (gain(match, &data[position], blocks.costs()) > 0) {
@@ -91,11 +93,12 @@ void parseFast(std::span<const std::uint8_t> data, BlockWriter& blocks) {
         blocks.literal(data[position]);
 }
 
-void parseLazily(std::span<const std::uint8_t> data, std::size_t shortest, const Effort& effort, BlockWriter& blocks) {
+void parseLazily(const Input& input, std::size_t shortest, const Effort& effort, BlockWriter& blocks) {
+    const std::span data = input.data;
     ChainFinder finder(data, shortest);
     std::size_t position = 0;
     std::size_t lastCopy = 0; // where it ended
-    const std::size_t end = data.size() < finderTail ? 0 : data.size() - finderTail;
+    const std::size_t end = input.searched;
     for (; position < end; blocks.endFullSegment()) {
         const std::size_t without = position - lastCopy;
         if (without > longDrought && without % 2 == 0) {
@@ -138,7 +141,8 @@ void compressRuns(std::span<const std::uint8_t> data, Bytes& out) {
     runs.add(data, true);
 }
 
-void compress(std::span<const std::uint8_t> data, int level, Bytes& out) {
+void compress(const Input& input, int level, Bytes& out) {
+    const std::span data = input.data;
     if (level == 0) {
         BlockCoder coder(out);
         coder.store(data, true);
@@ -146,13 +150,13 @@ void compress(std::span<const std::uint8_t> data, int level, Bytes& out) {
     }
     BlockWriter blocks(data, out);
     if (level == smallestLevel)
-        parseOptimally(data, shortestCopyOf(data), smallestDepth, blocks);
+        parseOptimally(input, shortestCopyOf(data), smallestDepth, false, blocks);
     else if (level < firstLazyLevel)
-        parseFast(data, blocks);
+        parseFast(input, blocks);
     else {
         const bool isQuick = level < defaultLevel;
         const bool isLittle = !isQuick && data.size() <= smallData;
-        parseLazily(data, isQuick ? 4 : shortestCopyOf(data),
+        parseLazily(input, isQuick ? 4 : shortestCopyOf(data),
                     isLittle ? efforts.back() : efforts[static_cast<std::size_t>(level - firstLazyLevel)], blocks);
     }
     blocks.finish();
@@ -165,14 +169,32 @@ void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std
     if (level == fastestLevel) return compressRuns(data, out);
     writeZlibHead(out, level);
     const std::size_t begin = out.size();
-    compress(data, level, out);
-    if (level == smallestLevel) { // now and then looking less far gives less
-        Bytes other;
-        compress(data, level - 1, other);
+    Input input{data, data.size() - std::min(data.size(), finderTail)};
+    Bytes padded, other;
+    const auto takeSmaller = [&] {
         if (other.size() < out.size() - begin) {
             out.resize(begin);
             out.insert(out.end(), other.begin(), other.end());
         }
+        other.clear();
+    };
+    const bool isTiny = level >= defaultLevel && data.size() <= tinyData;
+    if (isTiny) {
+        level = smallestLevel;
+        padded.assign(data.begin(), data.end());
+        padded.resize(data.size() + finderTail);
+        input = {std::span(padded).first(data.size()), data.size()};
+    }
+    compress(input, level, out);
+    if (level == smallestLevel) { // now and then looking less far gives less
+        compress(input, level - 1, other);
+        takeSmaller();
+    }
+    if (isTiny) {
+        BlockWriter blocks(input.data, other);
+        parseOptimally(input, shortestMatch, smallestDepth, true, blocks);
+        blocks.finish();
+        takeSmaller();
     }
     ByteWriter(out).bigEndian32(kernels::table().adler32(1, data.data(), data.size()));
 }

@@ -53,8 +53,14 @@ struct Match {
     std::size_t distance = 0;
 };
 
-// Hashes and comparisons read eight bytes; for the last few of the input nothing is looked for.
+// Hashes and comparisons read eight bytes; for the last few of the input nothing is looked for, but where as many are
+// readable behind it.
 constexpr std::size_t finderTail = 8;
+
+struct Input {
+    std::span<const std::uint8_t> data;
+    std::size_t searched; // at so many positions, the first, copies are looked for
+};
 
 // Chains of all places with one hash, the latest first, and the latest alone of a hash of one byte less: short copies
 // are only worth their while from near by. Positions are those in the input plus one window, so that a table full of

@@ -23,12 +23,14 @@ struct Step {
 
 class Stretch {
   public:
-    Stretch(std::span<const std::uint8_t> data, std::size_t shortest) : m_data(data), m_finder(data, shortest) {}
+    Stretch(const Input& input, std::size_t shortest)
+        : m_data(input.data), m_searched(input.searched), m_finder(input.data, shortest) {}
 
-    void weigh(std::size_t begin, std::size_t end, unsigned depth) {
+    void weigh(std::size_t begin, std::size_t end, unsigned depth, bool byFixedCodes) {
         m_begin = begin;
         m_count = end - begin;
         findCopies(depth);
+        if (byFixedCodes) return choose(Costs::fixedCodes());
         Costs costs(m_data.subspan(begin, m_count));
         for (int pass = 0; pass < passes; ++pass) {
             if (pass > 0) costs = Costs(chosen());
@@ -55,7 +57,7 @@ class Stretch {
         for (std::size_t i = 0; i < m_count; ++i) {
             m_firstCopy[i] = static_cast<std::uint32_t>(m_copies.size());
             const std::size_t position = m_begin + i;
-            if (position + finderTail > m_data.size()) continue;
+            if (position >= m_searched) continue;
             if (i < covered || m_copies.size() >= mostCopies) {
                 m_finder.note(position);
                 continue;
@@ -104,6 +106,7 @@ class Stretch {
     }
 
     std::span<const std::uint8_t> m_data;
+    std::size_t m_searched;
     ChainFinder m_finder;
     std::size_t m_begin = 0, m_count = 0;
     std::vector<Step> m_copies;
@@ -114,10 +117,11 @@ class Stretch {
 
 } // namespace
 
-void parseOptimally(std::span<const std::uint8_t> data, std::size_t shortest, unsigned depth, BlockWriter& blocks) {
-    Stretch stretch(data, shortest);
+void parseOptimally(const Input& input, std::size_t shortest, unsigned depth, bool byFixedCodes, BlockWriter& blocks) {
+    const std::span data = input.data;
+    Stretch stretch(input, shortest);
     for (std::size_t begin = 0; begin < data.size(); begin += stretchBytes) {
-        stretch.weigh(begin, std::min(begin + stretchBytes, data.size()), depth);
+        stretch.weigh(begin, std::min(begin + stretchBytes, data.size()), depth, byFixedCodes);
         stretch.walk(
             [&](std::uint8_t byte) {
                 blocks.literal(byte);
