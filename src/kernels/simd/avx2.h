@@ -252,9 +252,6 @@ inline Vec packSigned32(Vec low, Vec high) {
 inline Vec select(Vec mask, Vec yes, Vec no) {
     return _mm256_blendv_epi8(no, yes, mask);
 }
-inline Vec whereZero32(Vec lanes, Vec yes, Vec no) {
-    return select(equal32(lanes, zeros()), yes, no);
-}
 inline bool allZero(Vec a) {
     return _mm256_testz_si256(a, a) != 0;
 }
@@ -365,6 +362,9 @@ inline Vec alphaInAllWords(Vec words) {
 }
 inline Vec lowInColours(Vec lanes) {
     return shuffled(lanes, _mm_setr_epi8(0, 0, 0, -1, 4, 4, 4, -1, 8, 8, 8, -1, 12, 12, 12, -1));
+}
+inline Vec whereClear(Vec, Vec alpha, Vec yes, Vec no) {
+    return select(equal32(alpha, zeros()), yes, no);
 }
 inline Vec highInColours(Vec lanes) {
     return shuffled(lanes, _mm_setr_epi8(3, 3, 3, -1, 7, 7, 7, -1, 11, 11, 11, -1, 15, 15, 15, -1));

@@ -208,9 +208,6 @@ inline std::uint64_t byteMask(Vec a) {
 inline Vec select(Vec mask, Vec yes, Vec no) {
     return _mm512_ternarylogic_epi64(mask, yes, no, 0xCA); // by bits
 }
-inline Vec whereZero32(Vec lanes, Vec yes, Vec no) {
-    return _mm512_mask_mov_epi32(yes, _mm512_test_epi32_mask(lanes, lanes), no);
-}
 inline bool allZero(Vec a) {
     return _mm512_test_epi32_mask(a, a) == 0;
 }
@@ -360,6 +357,10 @@ inline Vec alphaInAllWords(Vec words) {
 }
 inline Vec lowInColours(Vec lanes) {
     return shuffled(lanes, _mm_setr_epi8(0, 0, 0, -1, 4, 4, 4, -1, 8, 8, 8, -1, 12, 12, 12, -1));
+}
+inline Vec whereClear(Vec pixels, Vec, Vec yes, Vec no) {
+    const Vec alphaBytes = all32(0xFF000000);
+    return _mm512_mask_mov_epi32(yes, _mm512_test_epi32_mask(pixels, alphaBytes), no);
 }
 inline Vec highInColours(Vec lanes) {
     return shuffled(lanes, _mm_setr_epi8(3, 3, 3, -1, 7, 7, 7, -1, 11, 11, 11, -1, 15, 15, 15, -1));

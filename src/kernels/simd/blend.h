@@ -13,8 +13,9 @@ struct Over {
     Vec evenBytes = keptConstant(all16(0xFF));
     Vec one = keptConstant(all8(1));
 
-    Vec operator()(Vec under, Vec pixels, Vec alpha) const {
-        return whereZero32(alpha, under, addSaturated8(leftUnder(under, alpha), pixels));
+    // `pixels` are changed from those that `source` was; alpha, which did not change, is at hand in all bytes.
+    Vec operator()(Vec under, Vec source, Vec pixels, Vec alpha) const {
+        return whereClear(source, alpha, under, addSaturated8(leftUnder(under, alpha), pixels));
     }
     // What is left of each byte under an alpha, which stands in all bytes of its pixel: byte * (255 - alpha) / 255
     // truncated, which is the byte without byte * alpha / 255 rounded up. That is one more than the high half of the
@@ -39,15 +40,16 @@ struct ScaledOver {
     Vec by257 = keptConstant(all16(257));
     Vec one = keptConstant(all8(1));
 
-    Vec operator()(Vec under, Vec drawn, Vec alpha) const {
-        const Vec pixels = whereZero32(alpha, zeros(), drawn);
+    Vec operator()(Vec under, Vec source, Vec changed, Vec alpha) const {
+        const Vec pixels = whereClear(source, alpha, zeros(), changed);
         const Vec even = add16(multiplyLow16(bitAnd(pixels, evenBytes), scale), more);
         const Vec odd = add16(multiplyLow16(shiftRight16<8>(pixels), scale), more);
         const Vec rest = subtract16(more, multiplyHigh16(upperWordInBoth(odd), by257));
         const Vec evenSum = addSaturated16(multiplyLow16(bitAnd(under, evenBytes), rest), even);
         const Vec oddSum = addSaturated16(multiplyLow16(shiftRight16<8>(under), rest), odd);
+        const Vec evenMore = multiplyHigh16(evenSum, by257);
         const Vec oddMore = shiftLeft16<8>(multiplyHigh16(oddSum, by257));
-        return subtract8(select(evenBytes, multiplyHigh16(evenSum, by257), oddMore), one);
+        return subtract8(select(evenBytes, evenMore, oddMore), one);
     }
 };
 
@@ -75,7 +77,7 @@ std::size_t blendVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_t
             store(dst + i, change(v, all8(255)));
         } else if (!noneSet(v, alphaBytes)) {
             const Vec alpha = alphaInAll(v);
-            store(dst + i, draw(load(dst + i), change(v, alpha), alpha));
+            store(dst + i, draw(load(dst + i), v, change(v, alpha), alpha));
         }
     }
     return whole;

@@ -26,7 +26,7 @@ void grayscale(std::uint8_t* pixels, std::size_t count, const GrayWeights& weigh
     if (gray.prepare(weights)) {
         for (; count >= vecPixels; count -= vecPixels, pixels += vecBytes) {
             const Vec v = load(pixels);
-            store(pixels, whereZero32(bitAnd(v, all32(alphaByte)), v, gray(v)));
+            store(pixels, whereClear(v, bitAnd(v, all32(alphaByte)), v, gray(v)));
         }
     }
     reference.grayscale(pixels, count, weights);
@@ -40,7 +40,7 @@ std::size_t adjustVectors(std::uint8_t* dst, const std::uint8_t* src, std::size_
     for (std::size_t i = 0; i < 4 * whole; i += vecBytes) {
         const Vec v = load(src + i);
         const Vec alpha = alphaInAll(v);
-        store(dst + i, whereZero32(alpha, v, light(v, alpha)));
+        store(dst + i, whereClear(v, alpha, v, light(v, alpha)));
     }
     return whole;
 }

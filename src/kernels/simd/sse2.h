@@ -82,10 +82,6 @@ inline Vec fromParts(PartAt partAt) {
 inline Vec select(Vec mask, Vec yes, Vec no) {
     return bitOr(bitAnd(mask, yes), andNot(no, mask));
 }
-// By lanes of 32 bits: `yes` where `lanes` are 0.
-inline Vec whereZero32(Vec lanes, Vec yes, Vec no) {
-    return select(equal32(lanes, zeros()), yes, no);
-}
 inline bool allZero(Vec a) {
     return byteMask(equal8(a, zeros())) == 0xFFFF;
 }
@@ -194,7 +190,11 @@ inline Vec lowInColours(Vec lanes) {
     lanes = bitAnd(lanes, all32(0xFF));
     return bitOr(bitOr(lanes, shiftLeft32<8>(lanes)), shiftLeft32<16>(lanes));
 }
-// The same of the highest byte of each lane.
+// `yes` where pixels are clear; `alpha` has lanes that are 0 there and nowhere else.
+inline Vec whereClear(Vec, Vec alpha, Vec yes, Vec no) {
+    return select(equal32(alpha, zeros()), yes, no);
+}
+// As lowInColours, of the highest byte of each lane.
 inline Vec highInColours(Vec lanes) {
     return lowInColours(shiftRight32<24>(lanes));
 }
