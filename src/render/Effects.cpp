@@ -6,8 +6,6 @@
 #include "surface/attempt.h"
 #include <algorithm>
 #include <array>
-#include <cstring>
-#include <memory>
 
 namespace pixkit {
 
@@ -105,10 +103,7 @@ bool cPixSheet::MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept {
         const PixelView image = HostAccess::pixels(*this);
         if (!image) return refused(noImage);
         if (!MirrorAxisX && !MirrorAxisY) return refused("no axis was named");
-        const std::size_t bytes = image.stride * image.height;
-        const auto mirrorBytes = std::make_unique_for_overwrite<std::uint8_t[]>(bytes);
-        spt_MirrorDIB({mirrorBytes.get(), image.width, image.height, image.stride}, image, MirrorAxisX, MirrorAxisY);
-        std::memcpy(image.bits, mirrorBytes.get(), bytes);
+        spt_MirrorInPlace(image, MirrorAxisX, MirrorAxisY);
         return done();
     });
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 namespace pixkit {
 
@@ -53,6 +54,28 @@ bool spt_MirrorDIB(PixelView mirrorBytes, ConstPixelView cImage, bool mirrorsCol
         }
     }
     return true;
+}
+
+void spt_MirrorInPlace(PixelView image, bool mirrorsColumns, bool mirrorsRows) {
+    const auto spare = std::make_unique_for_overwrite<std::uint8_t[]>(image.width * 4);
+    const auto put = [&](std::uint8_t* row, const std::uint8_t* from) {
+        if (mirrorsColumns)
+            kernels::table().mirror(row, from, image.width);
+        else
+            std::memcpy(row, from, image.width * 4);
+    };
+    const std::size_t pairs = mirrorsRows ? image.height / 2 : 0;
+    for (std::size_t y = 0; y < pairs; ++y) {
+        put(spare.get(), image.row(y));
+        put(image.row(y), image.rowFromTop(y));
+        std::memcpy(image.rowFromTop(y), spare.get(), image.width * 4);
+    }
+    if (!mirrorsColumns) return;
+    // Rows that have none to change places with.
+    for (std::size_t y = pairs; y < image.height - pairs; ++y) {
+        std::memcpy(spare.get(), image.row(y), image.width * 4);
+        put(image.row(y), spare.get());
+    }
 }
 
 void spt_MirrorDIB(DrawJob& job, PixelBuffer& aMirrorBytes) {

@@ -17,6 +17,8 @@ void spt_LightenDarken(float Lightness, PixelView rtnArray, ConstPixelView cImag
 // Fills `mirrorBytes` with `cImage`, the order of columns or rows reversed as asked. Both have one size and do not
 // overlap. False, with nothing done, when neither is asked for.
 bool spt_MirrorDIB(PixelView mirrorBytes, ConstPixelView cImage, bool mirrorsColumns, bool mirrorsRows);
+// The same in the pixels themselves, with a row beside them. Throws std::bad_alloc, with nothing done.
+void spt_MirrorInPlace(PixelView image, bool mirrorsColumns, bool mirrorsRows);
 // Mirrors the job's source into a buffer; on return the job draws that, unmirrored, at its destination's size.
 void spt_MirrorDIB(DrawJob& job, PixelBuffer& aMirrorBytes);
 
