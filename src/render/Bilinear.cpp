@@ -1,6 +1,7 @@
 #include "render/Bilinear.h"
 #include "kernels/kernels.h"
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -182,11 +183,11 @@ class MixedRows {
         for (auto& numbers : m_numbers)
             numbers = std::make_unique_for_overwrite<std::uint16_t[]>(m_groups * 64);
     }
-    const std::uint16_t* row(const std::uint8_t* bytes) {
-        const std::size_t which = static_cast<std::size_t>(bytes - m_source.bits) / m_source.stride % 2;
-        if (m_held[which] != bytes) mix(m_numbers[which].get(), bytes);
-        m_held[which] = bytes;
-        return m_numbers[which].get();
+    const std::uint16_t* row(std::size_t index) {
+        std::uint16_t* const numbers = m_numbers[index % 2].get();
+        if (m_held[index % 2] != index) mix(numbers, m_source.row(index));
+        m_held[index % 2] = index;
+        return numbers;
     }
 
   private:
@@ -209,18 +210,20 @@ class MixedRows {
     kernels::PairPattern m_pattern;
     std::vector<std::uint8_t> m_tail;
     std::unique_ptr<std::uint16_t[]> m_numbers[2];
-    const std::uint8_t* m_held[2] = {nullptr, nullptr};
+    std::size_t m_held[2] = {SIZE_MAX, SIZE_MAX};
 };
 
-void resampleBySixteenths(PixelView output, ConstPixelView source, const ResampledAxis& columns,
-                          const ResampledAxis& rows, std::uint32_t step) {
+void resampleBySixteenths(PixelView output, ConstPixelView source, const ResampledAxis& columns, std::uint32_t step,
+                          const ResampledAxis& rows, std::uint32_t rowStep) {
     MixedRows mixed(source, columns, step);
     for (std::size_t i = 0; i < rows.count; ++i) {
-        const kernels::WeightedRows weighted = bilinearRows(source, rows, i);
-        const std::uint16_t* const first = mixed.row(weighted.first);
-        const std::uint16_t* const second = weighted.second != nullptr ? mixed.row(weighted.second) : first;
-        kernels::table().mixRows(output.row(i), first, second, static_cast<std::uint32_t>(weighted.firstWeight * 16),
-                                 static_cast<std::uint32_t>(weighted.secondWeight * 16), columns.count);
+        const std::uint64_t position = std::uint64_t{rows.start + i} * rowStep + std::uint64_t{16} * rows.sourceStart;
+        const auto iY = static_cast<std::size_t>(position / 16);
+        // The weights of bilinearRows: the row at the position counts by the fraction, the one below by the rest.
+        const std::uint32_t weight = iY == 0 ? 16 : static_cast<std::uint32_t>(position % 16);
+        const std::uint16_t* const first = mixed.row(weight != 0 ? iY : iY - 1);
+        const std::uint16_t* const second = weight % 16 != 0 ? mixed.row(iY - 1) : first;
+        kernels::table().mixRows(output.row(i), first, second, weight, 16 - weight, columns.count);
     }
 }
 
@@ -229,8 +232,9 @@ void resampleBySixteenths(PixelView output, ConstPixelView source, const Resampl
 void resampleBilinear(PixelView output, ConstPixelView source, const ResampledAxis& columns,
                       const ResampledAxis& rows) {
     const std::uint32_t step = sixteenthsPerStep(columns);
-    if (step != 0 && sixteenthsPerStep(rows) != 0) {
-        resampleBySixteenths(output, source, columns, rows, step);
+    const std::uint32_t rowStep = sixteenthsPerStep(rows);
+    if (step != 0 && rowStep != 0) {
+        resampleBySixteenths(output, source, columns, step, rows, rowStep);
     } else {
         resampleGenerally(output, source, columns, rows);
     }
