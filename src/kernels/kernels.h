@@ -226,6 +226,9 @@ struct Table {
     void (*unfilterAvg)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
     void (*unfilterAvgOfFirstRow)(std::uint8_t* row, std::size_t bytes, std::size_t step);
     void (*unfilterPaeth)(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t step);
+    // Paeth of a row, and of the one below it.
+    void (*unfilterPaethTwice)(std::uint8_t* row, std::uint8_t* below, const std::uint8_t* above, std::size_t bytes,
+                               std::size_t step);
 
     // --- PNG row filters, applied. The parameters are those above; `above` is never null, and no row is written to but
     // dst, which overlaps neither.

@@ -294,6 +294,8 @@ std::vector<Operation> operations(bool everyOpacity) {
         add("unfilterSub", 8, 0, true, [=](Call c) { c.t.unfilterSub(c.dst, c.n, step); });
         add("unfilterAvg", 8, 8, true, [=](Call c) { c.t.unfilterAvg(c.dst, c.src, c.n, step); });
         add("unfilterPaeth", 8, 8, true, [=](Call c) { c.t.unfilterPaeth(c.dst, c.src, c.n, step); });
+        add("unfilterPaethTwice", 16, 8, true,
+            [=](Call c) { c.t.unfilterPaethTwice(c.dst, c.dst + c.n, c.src, c.n, step); });
     }
     for (const std::size_t step : {1U, 2U, 3U, 4U, 5U, 8U}) {
         add("filterSub", 8, 8, false, [=](Call c) { c.t.filterSub(c.dst, c.src, c.n, step); });

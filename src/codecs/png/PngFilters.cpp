@@ -47,4 +47,9 @@ void DecodeFilter_Paeth(std::uint8_t* row, const std::uint8_t* above, std::size_
     }
 }
 
+void DecodeFilter_Paeth(std::uint8_t* row, std::uint8_t* below, const std::uint8_t* above, std::size_t bytes,
+                        std::size_t stepVal) noexcept {
+    kernels::table().unfilterPaethTwice(row, below, above, bytes, stepVal);
+}
+
 } // namespace pixkit

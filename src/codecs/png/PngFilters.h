@@ -19,5 +19,8 @@ void DecodeFilter_Sub(std::uint8_t* row, std::size_t bytes, std::size_t stepVal)
 void DecodeFilter_Up(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes) noexcept;
 void DecodeFilter_Avg(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t stepVal) noexcept;
 void DecodeFilter_Paeth(std::uint8_t* row, const std::uint8_t* above, std::size_t bytes, std::size_t stepVal) noexcept;
+// The same for a row and the one below it, neither of which is the first.
+void DecodeFilter_Paeth(std::uint8_t* row, std::uint8_t* below, const std::uint8_t* above, std::size_t bytes,
+                        std::size_t stepVal) noexcept;
 
 } // namespace pixkit

@@ -32,7 +32,8 @@ class cPNGparser::ImageData final : public deflate::Pieces {
 
   private:
     void takeRows(std::size_t end) noexcept;
-    void takeRow() noexcept;
+    void takeRow(std::size_t end) noexcept;
+    void unfilterRow(std::size_t end) noexcept;
     void beginPass() noexcept;
     void dropUntil(std::size_t place) noexcept;
     std::size_t room() const noexcept { return std::min(m_total - m_dropped, m_capacity) - m_filled; }
@@ -46,8 +47,9 @@ class cPNGparser::ImageData final : public deflate::Pieces {
     PixelView m_host;                        // empty before the first row
     bool m_hasFailed = false;
 
-    // The row that comes next.
+    // The row that comes next; it and the one below may be unfiltered already.
     std::size_t m_pass = 0, m_row = 0;
+    bool m_isUnfiltered = false, m_isNextUnfiltered = false;
     std::size_t m_columns = 0, m_rows = 0, m_rowBytes = 0; // of the pass; without the filter byte
     std::size_t m_rowAt = 0, m_aboveAt = 0; // in the window, with it; where there is none above, both are one
 };
@@ -98,21 +100,37 @@ void cPNGparser::ImageData::takeRows(std::size_t end) noexcept {
             if (m_hasFailed) return;
             m_host = HostAccess::pixels(*m_parser.cHost);
         }
-        takeRow();
+        takeRow(end);
     }
 }
 
-void cPNGparser::ImageData::takeRow() noexcept {
+void cPNGparser::ImageData::takeRow(std::size_t end) noexcept {
     const InterlacePass& pass = m_parser.m_MatrixDat()[m_pass];
-    std::uint8_t* const raw = &m_window[m_rowAt + 1];
-    const std::uint8_t* const above = m_aboveAt != m_rowAt ? &m_window[m_aboveAt + 1] : nullptr;
-    decodeFilter(raw[-1], raw, above, m_rowBytes, m_parser.GetDepthInfo().rawBytesPP);
-    m_parser.convertRow(m_host.rowFromTop(pass.startRow + m_row * pass.rowStep), raw, m_columns, pass);
+    if (!m_isUnfiltered) unfilterRow(end);
+    m_isUnfiltered = m_isNextUnfiltered;
+    m_isNextUnfiltered = false;
+    m_parser.convertRow(m_host.rowFromTop(pass.startRow + m_row * pass.rowStep), &m_window[m_rowAt + 1], m_columns,
+                        pass);
     m_aboveAt = m_rowAt;
     m_rowAt += 1 + m_rowBytes;
     if (++m_row < m_rows) return;
     ++m_pass;
     beginPass();
+}
+
+// Paeth's filter in two rows that follow upon each other is undone at once, which takes hardly longer than one.
+void cPNGparser::ImageData::unfilterRow(std::size_t end) noexcept {
+    const std::size_t step = m_parser.GetDepthInfo().rawBytesPP, stored = 1 + m_rowBytes;
+    std::uint8_t* const raw = &m_window[m_rowAt + 1];
+    const std::uint8_t* const above = m_aboveAt != m_rowAt ? &m_window[m_aboveAt + 1] : nullptr;
+    const auto isPaeth = [](std::uint8_t filter) { return PngFilterType{filter} == PngFilterType::paeth; };
+    const bool isNextThere = m_row + 1 < m_rows && m_rowAt + 2 * stored <= end;
+    if (above != nullptr && isPaeth(raw[-1]) && isNextThere && isPaeth(raw[m_rowBytes])) {
+        DecodeFilter_Paeth(raw, raw + stored, above, m_rowBytes, step);
+        m_isNextUnfiltered = true;
+    } else {
+        decodeFilter(raw[-1], raw, above, m_rowBytes, step);
+    }
 }
 
 // Passes without columns or rows have no data.

@@ -55,6 +55,7 @@ constinit const Table reference = {
     .unfilterAvg = unfilterAvg,
     .unfilterAvgOfFirstRow = unfilterAvgOfFirstRow,
     .unfilterPaeth = unfilterPaeth,
+    .unfilterPaethTwice = unfilterPaethTwice,
     .filterSub = filterSub,
     .filterUp = filterUp,
     .filterAvg = filterAvg,

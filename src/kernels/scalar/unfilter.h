@@ -69,5 +69,11 @@ void unfilterPaeth(std::uint8_t* row, const std::uint8_t* above, std::size_t byt
     scalar::unfilterPaethFrom(row, above, 0, bytes, step);
 }
 
+void unfilterPaethTwice(std::uint8_t* row, std::uint8_t* below, const std::uint8_t* above, std::size_t bytes,
+                        std::size_t step) {
+    unfilterPaeth(row, above, bytes, step);
+    unfilterPaeth(below, row, bytes, step);
+}
+
 } // namespace
 } // namespace pixkit::kernels

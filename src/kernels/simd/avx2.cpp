@@ -4,10 +4,12 @@
 #include "kernels/simd/all.h"
 #include "kernels/simd/crc.h"
 #include "kernels/simd/gather_near.h"
+#include "kernels/simd/unfilter_twice.h"
 #include "kernels/simd/units.h"
 
 void pixkit::kernels::useAvx2(Table& table) noexcept {
     useAll(table);
     useCrc(table);
     useGatherNear(table);
+    useUnfilterTwice(table);
 }

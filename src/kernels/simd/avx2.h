@@ -328,6 +328,10 @@ template <int bytes>
 inline Vec128 shiftBytesUpFrom(Vec128 upper, Vec128 lower) {
     return _mm_alignr_epi8(upper, lower, 16 - bytes);
 }
+template <int bytes>
+inline Vec shiftBytesUpFrom(Vec upper, Vec lower) {
+    return _mm256_alignr_epi8(upper, lower, 16 - bytes);
+}
 
 // --- single precision
 inline VecFloat allFloat(float value) {

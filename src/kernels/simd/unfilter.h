@@ -40,8 +40,8 @@ inline void storeBlock(std::uint8_t* p, Vec128 lanes) {
 }
 
 // Puts the first n bytes of two vectors behind one another.
-template <int n>
-inline Vec128 joined(Vec128 first, Vec128 second) {
+template <int n, class V>
+inline V joined(V first, V second) {
     if (n == 8) return interleaveLow64(first, second);
     if (n == 4) return interleaveLow32(first, second);
     return n == 2 ? interleaveLow16(first, second) : interleaveLow8(first, second);
@@ -100,53 +100,64 @@ struct Avg {
 //
 // Tried: comparing hi and lo with t (as deep, a tenth slower, and the compiler reorders the sum for worse); choosing
 // with byte blends (a seventh faster on some processors, half as fast on others that take three cycles for one).
+template <class V>
 struct PaethTerms {
-    Vec128 above, upperLeft;
-    Vec128 upTo; // lo is predicted for left up to this
-    Vec128 from; // hi is predicted for left from this on
-    Vec128 sum;  // x + c, by bytes
+    V above, upperLeft;
+    V upTo; // lo is predicted for left up to this
+    V from; // hi is predicted for left from this on
+    V sum;  // x + c, by bytes
 };
 
-inline PaethTerms paethTerms(Vec128 x, Vec128 above, Vec128 upperLeft) {
-    const Vec128 a = subtract16(add16(upperLeft, add16(upperLeft, upperLeft)), above);
-    const Vec128 b = subtract16(a, above);
-    const Vec128 halfUp = shiftRightSigned16<1>(add16(a, all16In128(1)));
-    return {above, upperLeft, minSigned16(shiftRightSigned16<1>(a), b), maxSigned16(halfUp, b), add8(x, upperLeft)};
+template <class V>
+inline PaethTerms<V> paethTerms(V x, V above, V upperLeft) {
+    const V a = subtract16(add16(upperLeft, add16(upperLeft, upperLeft)), above);
+    const V b = subtract16(a, above);
+    const V half = shiftRightSigned16<1>(a);
+    return {above, upperLeft, minSigned16(half, b), maxSigned16(subtract16(a, half), b), add8(x, upperLeft)};
 }
 
-template <int n>
-inline PaethTerms shiftedDown(const PaethTerms& t) {
+template <int n, class V>
+inline PaethTerms<V> shiftedDown(const PaethTerms<V>& t) {
     return {shiftBytesDown<n>(t.above), shiftBytesDown<n>(t.upperLeft), shiftBytesDown<n>(t.upTo),
             shiftBytesDown<n>(t.from), shiftBytesDown<n>(t.sum)};
 }
 
-template <int lane>
-struct Paeth {
-    Vec128 left = zeros128();      // as words in the first lane
-    Vec128 lastAbove = zeros128(); // the block above the previous block, as bytes
+// Blocks of 16 bytes, of as many rows as a vector has parts of 16 bytes.
+struct OneRow {
+    using Vector = Vec128;
+};
+template <int lane, class Rows>
+struct PaethBlocks {
+    using V = typename Rows::Vector;
+    V left{};      // as words in the first lane
+    V lastAbove{}; // the block above the previous block, as bytes
 
     // The pixels in the first n bytes, as words.
     template <int n>
-    Vec128 pixels(const PaethTerms& t) {
+    V pixels(const PaethTerms<V>& t) {
         if constexpr (n == 2 * lane) {
-            const Vec128 lo = minSigned16(left, t.above);
-            const Vec128 hi = maxSigned16(left, t.above);
-            const Vec128 toLo = andNot(subtract8(lo, t.upperLeft), greaterSigned16(left, t.upTo));
-            const Vec128 toHi = andNot(subtract8(hi, t.upperLeft), greaterSigned16(t.from, left));
+            const V lo = minSigned16(left, t.above);
+            const V hi = maxSigned16(left, t.above);
+            const V toLo = andNot(subtract8(lo, t.upperLeft), greaterSigned16(left, t.upTo));
+            const V toHi = andNot(subtract8(hi, t.upperLeft), greaterSigned16(t.from, left));
             return left = add8(add8(t.sum, toLo), toHi);
         } else {
-            const Vec128 first = pixels<n / 2>(t);
-            const Vec128 second = pixels<n / 2>(shiftedDown<n / 2>(t));
+            const V first = pixels<n / 2>(t);
+            const V second = pixels<n / 2>(shiftedDown<n / 2>(t));
             return joined<n / 2>(first, second);
         }
     }
-    Vec128 block(Vec128 x, Vec128 above) {
-        const Vec128 upperLeft = shiftBytesUpFrom<lane>(above, lastAbove);
+    V block(V x, V above) {
+        const V upperLeft = shiftBytesUpFrom<lane>(above, lastAbove);
         lastAbove = above;
-        const Vec128 first = pixels<16>(paethTerms(widenLow8(x), widenLow8(above), widenLow8(upperLeft)));
-        const Vec128 second = pixels<16>(paethTerms(widenHigh8(x), widenHigh8(above), widenHigh8(upperLeft)));
+        const V first = pixels<16>(paethTerms(widenLow8(x), widenLow8(above), widenLow8(upperLeft)));
+        const V second = pixels<16>(paethTerms(widenHigh8(x), widenHigh8(above), widenHigh8(upperLeft)));
         return packUnsigned16(first, second);
     }
+};
+
+template <int lane>
+struct Paeth : PaethBlocks<lane, OneRow> {
     static void rest(std::uint8_t* row, const std::uint8_t* above, std::size_t from, std::size_t bytes,
                      std::size_t step) {
         scalar::unfilterPaethFrom(row, above, from, bytes, step);
@@ -200,11 +211,18 @@ void unfilterPaeth(std::uint8_t* row, const std::uint8_t* above, std::size_t byt
     unfilter<Paeth>(row, above, bytes, step);
 }
 
+void unfilterPaethTwice(std::uint8_t* row, std::uint8_t* below, const std::uint8_t* above, std::size_t bytes,
+                        std::size_t step) {
+    unfilterPaeth(row, above, bytes, step);
+    unfilterPaeth(below, row, bytes, step);
+}
+
 inline void useUnfilter(Table& table) {
     table.unfilterSub = unfilterSub;
     table.unfilterUp = unfilterUp;
     table.unfilterAvg = unfilterAvg;
     table.unfilterPaeth = unfilterPaeth;
+    table.unfilterPaethTwice = unfilterPaethTwice;
 }
 
 } // namespace
