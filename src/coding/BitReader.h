@@ -30,8 +30,8 @@ class BitReader {
 
     // Refills where at least a word of data is known to follow: no branch, no loop.
     void refillFast() noexcept {
-        m_word |= loadWord<Word>(m_next) << m_count;
-        m_next += (wordBits - 1 - m_count) >> 3;
+        m_word |= loadWord<Word>(m_next) << count();
+        m_next += (~m_count & (wordBits - 1)) >> 3;
         m_count |= refilled;
     }
     // Refills anywhere. Near the end of the data fewer bits may be there; those missing read as zero.
@@ -40,24 +40,26 @@ class BitReader {
             refillFast();
             return;
         }
+        m_count = count();
         for (; m_count < refilled && m_next != m_end; m_count += 8)
             m_word |= Word{*m_next++} << m_count;
     }
 
     Word peek() const noexcept { return m_word; }
-    unsigned count() const noexcept { return m_count; }
+    unsigned count() const noexcept { return m_count & (wordBits - 1); }
     // Bytes that no refill has taken yet.
     std::size_t bytesLeft() const noexcept { return static_cast<std::size_t>(m_end - m_next); }
 
+    // What stands in `bits` above a word's width does not matter: whoever has more there need not clear it.
     void drop(unsigned bits) noexcept {
-        m_word >>= bits;
+        m_word >>= bits & (wordBits - 1);
         m_count -= bits;
     }
 
     // Takes `bits` (at most 16) bits, refilling as needed; false when the data ends first.
     bool take(unsigned bits, unsigned& value) noexcept {
-        if (m_count < bits) refill();
-        if (m_count < bits) return false;
+        if (count() < bits) refill();
+        if (count() < bits) return false;
         value = static_cast<unsigned>(m_word & ((Word{1} << bits) - 1));
         drop(bits);
         return true;
@@ -65,7 +67,7 @@ class BitReader {
 
     // Goes to the next byte border; whole bytes that a refill took are given back.
     void alignToByte() noexcept {
-        m_next -= m_count >> 3;
+        m_next -= bytesHeld();
         m_word = 0;
         m_count = 0;
     }
@@ -73,7 +75,7 @@ class BitReader {
     const std::uint8_t* bytes() const noexcept { return m_next; }
     void skipBytes(std::size_t bytes) noexcept { m_next += bytes; }
     // Before the data that no refill has taken yet there are so many bytes that alignToByte may give back.
-    std::size_t bytesHeld() const noexcept { return m_count >> 3; }
+    std::size_t bytesHeld() const noexcept { return count() >> 3; }
     // From here on the data is elsewhere: bytesLeft() bytes of it, and those held before them, are the same there.
     void continueAt(const std::uint8_t* next, const std::uint8_t* end) noexcept {
         m_next = next;
@@ -82,7 +84,7 @@ class BitReader {
 
   private:
     Word m_word = 0;
-    unsigned m_count = 0;
+    unsigned m_count = 0; // its lowest bits, which count to the word's width
     const std::uint8_t* m_next;
     const std::uint8_t* m_end;
 };

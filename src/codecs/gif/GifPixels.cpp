@@ -57,29 +57,44 @@ void readLines(const platform::StdPicture& picture, PixelView host, std::size_t 
     if (done != static_cast<int>(count)) throw std::runtime_error("GIF: the pixels cannot be read");
 }
 
-// The picture has 8 bits: its numbers are looked up. They are the indexes, unless the system has put its colours into
-// another order.
-void convertNumbers(const platform::StdPicture& picture, PixelView host, const ReadyPixels& ofIndex,
-                    std::uint32_t entry0) {
-    constexpr std::size_t linesAtOnce = 32; // stay in the cache
-    const std::size_t stride = static_cast<std::size_t>(paddedRowBytes(host.width, 8));
-    std::vector<std::uint8_t> lines(stride * std::min(linesAtOnce, host.height));
+// The picture has 8 bits: its numbers are looked up in what `pixelsOf` makes of its colours.
+template <class PixelsOf>
+void convertNumbers(const platform::StdPicture& picture, PixelView host, PixelsOf&& pixelsOf) {
+    constexpr std::size_t bytesAtOnce = 16 * 1024; // stay in the cache
+    const auto stride = static_cast<std::size_t>(paddedRowBytes(host.width, 8));
+    const std::size_t linesAtOnce = std::clamp<std::size_t>(bytesAtOnce / stride, 1, host.height);
+    std::vector<std::uint8_t> lines(stride * linesAtOnce);
     ReadyPixels ofNumber;
     for (std::size_t y = 0; y < host.height; y += linesAtOnce) {
         const std::size_t count = std::min(linesAtOnce, host.height - y);
         ColorTable colors;
         readLines(picture, host, y, count, lines.data(), 8, &colors);
-        for (std::size_t number = 0; y == 0 && number < colors.size(); ++number) {
-            const std::size_t index = indexOf(colors[number], entry0);
-            std::memcpy(&ofNumber.pixels[number * 4], &ofIndex.pixels[index * 4], 4);
-            ofNumber.missing[number] = ofIndex.missing[index];
-        }
+        if (y == 0) ofNumber = pixelsOf(colors);
         for (std::size_t i = 0; i < count; ++i) {
             const std::uint8_t* const numbers = lines.data() + i * stride;
             ofNumber.check({numbers, host.width});
             kernels::table().fromIndex8(host.row(y + i), numbers, host.width, ofNumber.pixels.data());
         }
     }
+}
+
+// The numbers are the indexes, unless the system has put its colours into another order.
+ReadyPixels byColors(const ColorTable& colors, const ReadyPixels& ofIndex, std::uint32_t entry0) {
+    ReadyPixels ofNumber;
+    for (std::size_t number = 0; number < colors.size(); ++number) {
+        const std::size_t index = indexOf(colors[number], entry0);
+        std::memcpy(&ofNumber.pixels[number * 4], &ofIndex.pixels[index * 4], 4);
+        ofNumber.missing[number] = ofIndex.missing[index];
+    }
+    return ofNumber;
+}
+
+ReadyPixels opaque(const ColorTable& colors) {
+    ReadyPixels ofNumber;
+    std::memcpy(ofNumber.pixels.data(), colors.data(), ofNumber.pixels.size());
+    for (std::size_t number = 0; number < colors.size(); ++number)
+        ofNumber.pixels[number * 4 + 3] = 255;
+    return ofNumber;
 }
 
 // Any other picture is read as colours, which tell the indexes.
@@ -99,7 +114,7 @@ void convertColors(const platform::StdPicture& picture, PixelView host, const Re
     }
 }
 
-// A picture without transparency draws itself.
+// A picture without transparency that has not 8 bits draws itself.
 void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
     const auto dc = host.LoadDIBinDC(true);
     const bool drawn = dc != 0 && picture.Render(dc, 0, 0, host.Width(), host.Height());
@@ -108,7 +123,6 @@ void drawOpaque(const platform::StdPicture& picture, cPixSheet& host) {
     if (!drawn) throw std::runtime_error("GIF: the picture cannot be drawn");
     constexpr std::int32_t alphaUnused = -1; // what drawing leaves there says nothing
     iparseValidateAlphaChannel(HostAccess::pixels(host), true, alphaUnused);
-    host.Alpha(AlphaNone);
 }
 
 } // namespace
@@ -120,8 +134,14 @@ ReadResult cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
     if (!platform::GetObjectA(picture->handle(), bitmap))
         return ReadResult::unable("GIF: the picture of the system's loader cannot be taken over");
     if (!cHost.InitializeDIB(bitmap.bmWidth, bitmap.bmHeight)) return ReadResult::unable(noMemoryForPixels);
+    const bool hasNumbers = bitmap.bmBitsPixel == 8;
     if (!m_frame.TransIndex) {
-        drawOpaque(*picture, cHost);
+        if (hasNumbers) {
+            convertNumbers(*picture, HostAccess::pixels(cHost), opaque);
+        } else {
+            drawOpaque(*picture, cHost);
+        }
+        cHost.Alpha(AlphaNone);
     } else {
         ReadyPixels ofIndex;
         for (std::size_t index = 0; index < 256; ++index) {
@@ -135,8 +155,12 @@ ReadResult cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
 
         const std::uint8_t* const zero = &c_GIFframe[m_frameTable];
         const auto entry0 = std::uint32_t{zero[0]} << 16 | std::uint32_t{zero[1]} << 8 | zero[2];
-        const auto convert = bitmap.bmBitsPixel == 8 ? convertNumbers : convertColors;
-        convert(*picture, HostAccess::pixels(cHost), ofIndex, entry0);
+        if (hasNumbers) {
+            convertNumbers(*picture, HostAccess::pixels(cHost),
+                           [&](const ColorTable& colors) { return byColors(colors, ofIndex, entry0); });
+        } else {
+            convertColors(*picture, HostAccess::pixels(cHost), ofIndex, entry0);
+        }
         cHost.Alpha(AlphaSimple);
     }
     HostAccess::notes(cHost) = notesOf(c_GIFdata);

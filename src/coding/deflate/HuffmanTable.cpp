@@ -14,18 +14,19 @@ constexpr Entry meaning(unsigned base, unsigned extraBits) {
 
 constexpr auto literalMeanings = []() {
     std::array<Entry, literalCodes> meanings{};
-    meanings.fill(specialFlag | invalidFlag);
+    meanings.fill(invalidEntry);
     for (unsigned symbol = 0; symbol < endOfBlock; ++symbol)
-        meanings[symbol] = meaning(symbol, 0) | literalFlag;
-    meanings[endOfBlock] = specialFlag | endOfBlockFlag;
+        meanings[symbol] = meaning(symbol * 0x101, 0) | literalFlag | oneLiteral;
+    meanings[endOfBlock] = endOfBlockEntry;
     for (std::size_t i = 0; i < lengthExtra.size(); ++i)
-        meanings[endOfBlock + 1 + i] = meaning(lengthExtra[i].base, lengthExtra[i].bits);
+        meanings[endOfBlock + 1 + i] =
+            meaning((lengthExtra[i].base - unsigned{shortestMatch}) << 8, lengthExtra[i].bits);
     return meanings;
 }();
 
 constexpr auto distanceMeanings = []() {
     std::array<Entry, distanceCodes> meanings{};
-    meanings.fill(specialFlag | invalidFlag);
+    meanings.fill(invalidEntry);
     for (std::size_t i = 0; i < distanceExtra.size(); ++i)
         meanings[i] = meaning(distanceExtra[i].base, distanceExtra[i].bits);
     return meanings;
@@ -73,22 +74,29 @@ unsigned nextReversed(unsigned code, unsigned bits) noexcept {
     return (code & (highestZero - 1)) | highestZero;
 }
 
-// Fills a table from a complete code of more than one symbol, its index at most `maxBits` wide. Returns its width.
-unsigned fill(Entry* table, unsigned maxBits, SortedCode& code, const Entry* meanings) noexcept {
-    const unsigned tableBits = code.longest < maxBits ? code.longest : maxBits;
+// Makes a table of 2^from entries one of 2^to, which finds the same.
+void widen(Entry* table, unsigned from, unsigned to) noexcept {
+    for (; from < to; ++from)
+        std::memcpy(table + (std::size_t{1} << from), table, sizeof(Entry) << from);
+}
+
+// Fills a table whose index has `tableBits` bits from a complete code of more than one symbol.
+void fill(Entry* table, unsigned tableBits, SortedCode& code, const Entry* meanings) noexcept {
     const std::uint16_t* symbol = code.symbols;
     const std::uint16_t* const lastSymbol = code.symbols + code.used - 1;
     unsigned reversed = 0;
 
     // Short codes: while codes are `bits` long only 2^bits entries differ, so the table grows by doubling.
-    for (unsigned bits = 1; bits <= tableBits; ++bits) {
+    const unsigned shortBits = code.longest < tableBits ? code.longest : tableBits;
+    for (unsigned bits = 1; bits <= shortBits; ++bits) {
         for (unsigned n = code.perLength[bits]; n != 0; --n, ++symbol) {
             table[reversed] = withCodeBits(meanings[*symbol], bits);
             if (symbol != lastSymbol) reversed = nextReversed(reversed, bits);
         }
-        if (bits < tableBits) std::memcpy(table + (1u << bits), table, sizeof(Entry) << bits);
+        if (bits < tableBits) widen(table, bits, bits + 1);
     }
-    if (code.longest == tableBits) return tableBits;
+    widen(table, shortBits + 1, tableBits);
+    if (code.longest <= tableBits) return;
 
     // Long codes: those that begin with the same `tableBits` bits share a subtable, wide enough for the longest of
     // them.
@@ -107,7 +115,7 @@ unsigned fill(Entry* table, unsigned maxBits, SortedCode& code, const Entry* mea
                 }
                 begin = end;
                 end += 1u << rest;
-                table[prefix] = specialFlag | begin << 16 | rest << 8 | tableBits;
+                table[prefix] = linkEntry | begin << 16 | rest << 8 | tableBits;
             }
             const Entry entry = withCodeBits(meanings[*symbol], bits - tableBits);
             for (unsigned i = reversed >> tableBits; i < 1u << rest; i += 1u << (bits - tableBits))
@@ -115,14 +123,13 @@ unsigned fill(Entry* table, unsigned maxBits, SortedCode& code, const Entry* mea
             if (symbol != lastSymbol) reversed = nextReversed(reversed, bits);
         }
     }
-    return tableBits;
 }
 
-// A one-bit table for codes that say nothing but themselves: 0 finds `zero`, 1 finds `one`.
-unsigned fillTwo(Entry* table, Entry zero, Entry one) noexcept {
+// A table for codes of one bit: 0 finds `zero`, 1 finds `one`.
+void fillTwo(Entry* table, unsigned tableBits, Entry zero, Entry one) noexcept {
     table[0] = withCodeBits(zero, 1);
     table[1] = withCodeBits(one, 1);
-    return 1;
+    widen(table, 1, tableBits);
 }
 
 } // namespace
@@ -130,59 +137,54 @@ unsigned fillTwo(Entry* table, Entry zero, Entry one) noexcept {
 bool build(LiteralTable& table, const std::uint8_t* lengths, unsigned symbols) noexcept {
     SortedCode code(lengths, symbols);
     if (code.unassigned == 0) {
-        table.bits = fill(table.entries, literalTableBits, code, literalMeanings.data());
+        fill(table.entries, literalTableBits, code, literalMeanings.data());
         return true;
     }
     if (code.used != 1 || code.longest != 1) return false;
-    table.bits = fillTwo(table.entries, literalMeanings[code.symbols[0]], specialFlag | invalidFlag);
+    fillTwo(table.entries, literalTableBits, literalMeanings[code.symbols[0]], invalidEntry);
     return true;
 }
 
 bool build(DistanceTable& table, const std::uint8_t* lengths, unsigned symbols) noexcept {
     SortedCode code(lengths, symbols);
     if (code.unassigned == 0) {
-        table.bits = fill(table.entries, distanceTableBits, code, distanceMeanings.data());
+        fill(table.entries, distanceTableBits, code, distanceMeanings.data());
         return true;
     }
-    constexpr Entry invalid = specialFlag | invalidFlag;
     if (code.used != 0 && (code.used != 1 || code.longest != 1)) return false;
-    table.bits = fillTwo(table.entries, code.used == 1 ? distanceMeanings[code.symbols[0]] : invalid, invalid);
+    fillTwo(table.entries, distanceTableBits, code.used == 1 ? distanceMeanings[code.symbols[0]] : invalidEntry,
+            invalidEntry);
     return true;
 }
 
 bool build(CodeLengthTable& table, const std::uint8_t* lengths) noexcept {
     SortedCode code(lengths, codeLengthSymbols);
     if (code.unassigned == 0) {
-        table.bits = fill(table.entries, codeLengthTableBits, code, codeLengthMeanings.data());
+        fill(table.entries, codeLengthTableBits, code, codeLengthMeanings.data());
         return true;
     }
     if (code.used != 0) return false;
-    table.bits = fillTwo(table.entries, codeLengthMeanings[0], codeLengthMeanings[0]);
+    fillTwo(table.entries, codeLengthTableBits, codeLengthMeanings[0], codeLengthMeanings[0]);
     return true;
 }
 
-void pairLiterals(LiteralTable& table) noexcept {
-    const unsigned size = 1u << table.bits;
-    // The entry at `index`, with the literal behind its own where both codes fit into the index. Everything that a code
-    // leaves of the index is the beginning of the next code.
-    const auto paired = [&](unsigned index) {
-        const Entry first = table.entries[index];
-        if (!isLiteral(first)) return first;
-        const Entry second = table.entries[index >> codeBits(first)];
-        if (!isLiteral(second) || codeBits(first) + codeBits(second) > table.bits) return first;
-        return first + codeBits(second) + (second & 0x00ff0000) * 0x100 + pairFlag;
-    };
-    // Each index is about as likely to come up as any other: a sample says how often pairs will. Under an eighth the
-    // pairing costs more than it gains.
-    unsigned pairs = 0;
-    for (unsigned sample = 0; sample < 64; ++sample) {
-        constexpr unsigned spread = 0x9e5; // odd, and without a pattern in the low bits, where codes begin
-        if ((paired(sample * spread & (size - 1)) & (literalFlag | pairFlag)) == (literalFlag | pairFlag)) ++pairs;
+void joinEntries(Entry* joined, const LiteralTable& table) noexcept {
+    std::memcpy(joined, table.entries, (LiteralTable::mask + 1) * sizeof(Entry));
+    // Each code stands at the index that is nothing but the code, and above it, where anything follows. What follows is
+    // found in the table as far as it lies within the index.
+    for (unsigned code = 0; code < 1u << (literalTableBits - 1); ++code) {
+        const Entry first = table.entries[code];
+        const unsigned bits = codeBits(first);
+        if (!isLiteral(first) || code >> bits != 0) continue;
+        const Entry added = (first & 0x00ff0000) + oneLiteral + bits * 0x101;
+        // Wherever the code of what follows fits; special entries seem longer than any.
+        const Entry longest = (literalTableBits - bits) << 8 | 0xff;
+        for (unsigned next = 0; next < 1u << (literalTableBits - bits); ++next) {
+            const Entry second = table.entries[next];
+            const Entry both = (second & 0xff00ffff) + added;
+            joined[code | next << bits] = (second & (specialFlag | 0xfff)) <= longest ? both : first;
+        }
     }
-    if (pairs < 8) return;
-    // What a pair needs of its second literal stays as it was when that becomes a pair itself: any order will do.
-    for (unsigned index = 0; index < size; ++index)
-        table.entries[index] = paired(index);
 }
 
 } // namespace pixkit::deflate

@@ -6,10 +6,18 @@
 //
 //     bits 0..7    bits to drop: the code and the extra bits behind it
 //     bits 8..11   bits of the code alone (of its rest, in a subtable); in a link, the width of the subtable
-//     bits 12..15  flags, below
-//     bits 16..31  length or distance without its extra bits; one or two literals, the first one lower;
-//                  a code length symbol; in a link, where the subtable begins
+//     bits 12..13  how many literals it puts out; in a special entry, its kind
+//     bit  14      literals are all it puts out
+//     bit  15      it is special: neither literal nor copy nor distance
+//     bits 16..23  a literal
+//     bits 24..31  the last literal; or of a copy the length without its extra bits, less the shortest
+//     bits 16..31  in tables of other codes: the distance without its extra bits, the code length symbol; in a link,
+//                  where the subtable begins
+//
+// Before long blocks entries are joined where the codes of both fit into the index: two literals, or a literal and the
+// copy behind it. That halves the look-ups, and what processors have to guess: whether a literal or a copy comes next.
 #pragma once
+#include "coding/deflate/Symbols.h"
 #include <cstddef>
 #include <cstdint>
 
@@ -17,14 +25,14 @@ namespace pixkit::deflate {
 
 using Entry = std::uint32_t;
 
-// Set where two literals share an entry because both codes fit into the index.
-inline constexpr Entry pairFlag = 1u << 12;
-inline constexpr Entry endOfBlockFlag = 1u << 13; // always with specialFlag
+inline constexpr Entry oneLiteral = 1u << 12; // counts them
 inline constexpr Entry literalFlag = 1u << 14;
-// Neither literal nor length nor distance: the end of the block, a code that stands for nothing (invalidFlag), or,
-// with no other flag, a link to a subtable.
 inline constexpr Entry specialFlag = 1u << 15;
-inline constexpr Entry invalidFlag = 1u << 12; // always with specialFlag
+// Kinds of special entries: a link to a subtable, the end of the block, a code that stands for nothing.
+inline constexpr Entry specialKind = specialFlag | 3u << 12;
+inline constexpr Entry linkEntry = specialFlag;
+inline constexpr Entry endOfBlockEntry = specialFlag | 1u << 12;
+inline constexpr Entry invalidEntry = specialFlag | 2u << 12;
 
 constexpr unsigned dropBits(Entry entry) noexcept {
     return entry & 0xff;
@@ -35,6 +43,12 @@ constexpr unsigned codeBits(Entry entry) noexcept {
 constexpr unsigned baseOf(Entry entry) noexcept {
     return entry >> 16;
 }
+constexpr unsigned literalsIn(Entry entry) noexcept {
+    return entry >> 12 & 3;
+}
+constexpr unsigned lengthOf(Entry entry) noexcept {
+    return (entry >> 24) + shortestMatch;
+}
 constexpr bool isLiteral(Entry entry) noexcept {
     return (entry & literalFlag) != 0;
 }
@@ -42,21 +56,22 @@ constexpr bool isSpecial(Entry entry) noexcept {
     return (entry & specialFlag) != 0;
 }
 constexpr bool isLink(Entry entry) noexcept {
-    return (entry & (specialFlag | endOfBlockFlag | invalidFlag)) == specialFlag;
+    return (entry & specialKind) == linkEntry;
 }
 
-// The widest index of each table, and the entries that the worst set of codes then needs, subtables included.
+// The width of each table's index, and the entries that the worst set of codes then needs, subtables included.
 inline constexpr unsigned literalTableBits = 11, distanceTableBits = 8, codeLengthTableBits = 7;
 inline constexpr std::size_t literalTableEntries = 2342, distanceTableEntries = 402;
 
-template <std::size_t Entries>
+template <unsigned Bits, std::size_t Entries>
 struct HuffmanTable {
-    unsigned bits = 0; // width of the index
+    static constexpr std::size_t mask = (std::size_t{1} << Bits) - 1; // of the index
+
     Entry entries[Entries];
 };
-using LiteralTable = HuffmanTable<literalTableEntries>;
-using DistanceTable = HuffmanTable<distanceTableEntries>;
-using CodeLengthTable = HuffmanTable<std::size_t{1} << codeLengthTableBits>;
+using LiteralTable = HuffmanTable<literalTableBits, literalTableEntries>;
+using DistanceTable = HuffmanTable<distanceTableBits, distanceTableEntries>;
+using CodeLengthTable = HuffmanTable<codeLengthTableBits, std::size_t{1} << codeLengthTableBits>;
 
 // Each fills its table from the code length of every symbol (0: the symbol is not used) and is false for a set of
 // lengths that is no usable code. Usable are, as everywhere: complete codes; a literal/length or distance code with
@@ -66,8 +81,7 @@ bool build(LiteralTable& table, const std::uint8_t* lengths, unsigned symbols) n
 bool build(DistanceTable& table, const std::uint8_t* lengths, unsigned symbols) noexcept;
 bool build(CodeLengthTable& table, const std::uint8_t* lengths) noexcept;
 
-// Lets entries of literals with short codes carry the next literal too, if the code is one where that happens often.
-// It is worth its time only before long blocks.
-void pairLiterals(LiteralTable& table) noexcept;
+// A table of LiteralTable's width, subtables left out, whose entries are joined.
+void joinEntries(Entry* joined, const LiteralTable& table) noexcept;
 
 } // namespace pixkit::deflate

@@ -22,13 +22,13 @@ constexpr std::size_t outputMargin = 2 * literalsPerRound + longestMatch + copyO
 static_assert(outputMargin <= Room::least);
 // The head of a block, its codes included, has fewer bytes than this: 316 lengths of 7 bits with 7 extra bits at most.
 constexpr std::size_t longestHead = 640;
-// Pairing literals costs time once per block, so that it pays only with so much data (bytes) to come.
-constexpr std::size_t pairingPays = 8192;
+// Joining entries costs time once per block, so that it pays only with so much data (bytes) to come.
+constexpr std::size_t joiningPays = 8192;
 
 // Takes the extra bits of a length or distance, which stand behind its code, and drops both.
 inline std::size_t takeExtra(BitReader& reader, Entry entry) noexcept {
     const BitReader::Word bits = reader.peek() & ((BitReader::Word{1} << dropBits(entry)) - 1);
-    reader.drop(dropBits(entry));
+    reader.drop(entry);
     return static_cast<std::size_t>(bits >> codeBits(entry));
 }
 
@@ -43,23 +43,21 @@ inline std::size_t takeDistanceExtra(BitReader& reader, Entry entry) noexcept {
 // The entry that a link leads to.
 template <typename Table>
 inline Entry follow(const Table& table, Entry link, BitReader& reader) noexcept {
-    reader.drop(dropBits(link));
+    reader.drop(link);
     return table.entries[baseOf(link) + (reader.peek() & ((1u << codeBits(link)) - 1))];
 }
 
-// Takes a literal, or the pair of them that shares the entry.
-inline void putLiterals(std::uint8_t*& out, Entry entry, BitReader& reader) noexcept {
-    const auto both = static_cast<std::uint16_t>(baseOf(entry));
+// Puts out the literals of an entry, of which there may be none: two bytes are written in any case.
+inline void putLiterals(std::uint8_t*& out, Entry entry) noexcept {
+    const auto both = static_cast<std::uint16_t>(entry >> 16);
     std::memcpy(out, &both, 2);
-    out += 1 + (entry / pairFlag & 1);
-    reader.drop(dropBits(entry));
+    out += literalsIn(entry);
 }
 
-// Takes the distance behind a length, `mask` being that of the table's index; false for a code that is no distance.
-inline bool takeDistance(const DistanceTable& table, std::size_t mask, BitReader& reader,
-                         std::size_t& distance) noexcept {
+// Takes the distance behind a length; false for a code that is no distance.
+inline bool takeDistance(const DistanceTable& table, BitReader& reader, std::size_t& distance) noexcept {
     if constexpr (narrow) reader.refillFast();
-    Entry entry = table.entries[reader.peek() & mask];
+    Entry entry = table.entries[reader.peek() & DistanceTable::mask];
     if constexpr (!narrow) reader.refillFast();
     if (isLink(entry)) entry = follow(table, entry, reader);
     distance = baseOf(entry) + takeDistanceExtra(reader, entry);
@@ -121,7 +119,9 @@ class Inflater {
     std::uint8_t* m_out;
     std::size_t m_gone = 0;       // bytes of output before m_room.begin
     bool m_codesAreFixed = false; // the tables hold the fixed codes
+    bool m_areJoined = false;     // m_joined is used instead of m_literals, but for long codes
     LiteralTable m_literals;
+    Entry m_joined[LiteralTable::mask + 1];
     DistanceTable m_distances;
     // What is left of a piece, and behind it the beginning of those that follow.
     std::uint8_t m_seam[1024];
@@ -225,6 +225,7 @@ Step Inflater::storedBlock() noexcept {
 Step Inflater::useFixedCodes() noexcept {
     if (m_codesAreFixed) return Step::goOn;
     m_codesAreFixed = true;
+    m_areJoined = false;
     build(m_literals, fixedLiteralLengths.data(), literalCodes);
     build(m_distances, fixedDistanceLengths.data(), distanceCodes);
     return Step::goOn;
@@ -254,7 +255,8 @@ Step Inflater::readCodes() noexcept {
     if (lengths[endOfBlock] == 0) return Step::damaged; // the block could not end
     if (!build(m_literals, lengths, literalCount)) return Step::damaged;
     if (!build(m_distances, lengths + literalCount, distanceCount)) return Step::damaged;
-    if (m_isMoreInput || m_reader.bytesLeft() >= pairingPays) pairLiterals(m_literals);
+    m_areJoined = m_isMoreInput || m_reader.bytesLeft() >= joiningPays;
+    if (m_areJoined) joinEntries(m_joined, m_literals);
     return Step::goOn;
 }
 
@@ -298,17 +300,17 @@ Step Inflater::decodeRounds() noexcept {
     std::uint8_t* out = m_out;
     const std::uint8_t* const begin = m_room.begin;
     const std::uint8_t* const lastStart = m_room.end - outputMargin;
-    const std::size_t literalMask = (std::size_t{1} << m_literals.bits) - 1;
-    const std::size_t distanceMask = (std::size_t{1} << m_distances.bits) - 1;
+    const Entry* const entries = m_areJoined ? m_joined : m_literals.entries;
 
     // Wherever enough bits are left, a look-up comes before the refill: it need not wait for it.
     reader.refillFast();
-    Entry entry = m_literals.entries[reader.peek() & literalMask];
+    Entry entry = entries[reader.peek() & LiteralTable::mask];
     do {
         unsigned literals = literalsPerRound;
         for (; literals != 0 && isLiteral(entry); --literals) {
-            putLiterals(out, entry, reader);
-            entry = m_literals.entries[reader.peek() & literalMask];
+            putLiterals(out, entry);
+            reader.drop(entry);
+            entry = entries[reader.peek() & LiteralTable::mask];
         }
         if (literals == 0) {
             reader.refillFast();
@@ -317,28 +319,29 @@ Step Inflater::decodeRounds() noexcept {
         if (isSpecial(entry)) [[unlikely]] {
             if (isLink(entry)) entry = follow(m_literals, entry, reader);
             if (isLiteral(entry)) {
-                putLiterals(out, entry, reader);
+                putLiterals(out, entry);
+                reader.drop(entry);
                 reader.refillFast();
-                entry = m_literals.entries[reader.peek() & literalMask];
+                entry = entries[reader.peek() & LiteralTable::mask];
                 continue;
             }
             if (isSpecial(entry)) {
-                reader.drop(dropBits(entry));
+                reader.drop(entry);
                 m_reader = reader;
                 m_out = out;
-                return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
+                return (entry & specialKind) == endOfBlockEntry ? Step::blockEnded : Step::damaged;
             }
         }
-        const std::size_t length = baseOf(entry) + takeExtra(reader, entry);
+        putLiterals(out, entry);
+        const std::size_t length = lengthOf(entry) + takeExtra(reader, entry);
         std::size_t distance;
-        if (!takeDistance(m_distances, distanceMask, reader, distance) ||
-            distance > static_cast<std::size_t>(out - begin)) {
+        if (!takeDistance(m_distances, reader, distance) || distance > static_cast<std::size_t>(out - begin)) {
             m_out = out;
             return Step::damaged;
         }
 
         if constexpr (narrow) reader.refillFast();
-        entry = m_literals.entries[reader.peek() & literalMask];
+        entry = entries[reader.peek() & LiteralTable::mask];
         if constexpr (!narrow) reader.refillFast();
         copyWide(out, distance, length);
         out += length;
@@ -365,7 +368,7 @@ Step Inflater::decodeFaster() noexcept {
 template <typename Table>
 Step Inflater::decodeEntry(const Table& table, Entry& entry) noexcept {
     m_reader.refill();
-    entry = table.entries[m_reader.peek() & ((1u << table.bits) - 1)];
+    entry = table.entries[m_reader.peek() & Table::mask];
     if (isLink(entry)) {
         if (m_reader.count() < dropBits(entry)) return Step::inputEnded;
         entry = follow(table, entry, m_reader);
@@ -380,15 +383,15 @@ Step Inflater::decodeSymbol() noexcept {
     Entry entry;
     Step step = decodeEntry(m_literals, entry);
     if (step != Step::goOn) return step;
-    if (isSpecial(entry)) return (entry & endOfBlockFlag) != 0 ? Step::blockEnded : Step::damaged;
+    if (isSpecial(entry)) return (entry & specialKind) == endOfBlockEntry ? Step::blockEnded : Step::damaged;
     if (isLiteral(entry)) {
         if (isFull()) return Step::outputFull;
-        *m_out++ = static_cast<std::uint8_t>(baseOf(entry)); // the first one, where the entry is a pair
+        *m_out++ = static_cast<std::uint8_t>(entry >> 16);
         return Step::goOn;
     }
     unsigned extra;
     if (!m_reader.take(dropBits(entry) - codeBits(entry), extra)) return Step::inputEnded;
-    const std::size_t length = baseOf(entry) + extra;
+    const std::size_t length = lengthOf(entry) + extra;
 
     step = decodeEntry(m_distances, entry);
     if (step != Step::goOn) return step;

@@ -14,11 +14,19 @@ constexpr std::size_t tableSize = std::size_t{1} << greatestWidth;
 constexpr std::size_t copyStep = 16;  // bytes that are copied at once, needed or not
 constexpr std::size_t alphabet = 256; // the output begins with every index in turn, where entries of one index point
 
-// A string in the output.
-struct Entry {
-    std::uint32_t start;
-    std::uint32_t length;
-};
+// A string in the output: where it begins, and its length above that. In one word, since a half of what was just
+// written is there sooner than two halves are.
+using Entry = std::uint64_t;
+constexpr unsigned lengthShift = 32;
+constexpr Entry entryOf(std::size_t start, std::uint32_t length) noexcept {
+    return start | Entry{length} << lengthShift;
+}
+constexpr std::uint32_t startOf(Entry entry) noexcept {
+    return static_cast<std::uint32_t>(entry);
+}
+constexpr std::uint32_t lengthOf(Entry entry) noexcept {
+    return static_cast<std::uint32_t>(entry >> lengthShift);
+}
 
 void copyString(std::uint8_t* to, const std::uint8_t* from, std::size_t length) noexcept {
     const std::uint8_t* const end = to + length;
@@ -33,55 +41,111 @@ void copyString(std::uint8_t* to, const std::uint8_t* from, std::size_t length) 
 
 enum class Purpose : std::uint8_t { decode, count };
 
-// Follows the codes until they stand for `count` indexes, and not more than one string beyond. They are written from
+// Follows the codes until they stand for `count` indexes, and not more than a few strings beyond. They are written from
 // `output + alphabet` on, unless they are only counted.
 template <Purpose purpose>
-bool follow(BitReader codes, unsigned codeSize, std::uint8_t* output, std::size_t count) noexcept {
-    const unsigned clear = 1U << codeSize;
-    const unsigned endCode = clear + 1;
-    Entry table[tableSize];
-    for (std::size_t i = 0; i < clear; ++i)
-        table[i] = {static_cast<std::uint32_t>(i % alphabet), 1};
-    table[clear] = table[endCode] = {0, 0};
-
-    unsigned next = endCode + 1; // the entry that is made next
-    unsigned width = codeSize + 1;
-    bool fresh = true; // no string yet since the table was cleared
-    std::size_t place = alphabet;
-    const std::size_t end = alphabet + count;
-    Entry last{};
-    while (place < end) {
-        unsigned code;
-        if (!codes.take(width, code)) return false;
-        if (code - clear <= 1) {
-            if (code == endCode) return false;
-            next = endCode + 1;
-            width = codeSize + 1;
-            fresh = true;
-            continue;
-        }
-        if (fresh) {
-            if (code > endCode) return false;
-            fresh = false;
-        } else if (next < tableSize) {
-            // The last string and the first index of this one, which will stand behind it.
-            table[next++] = {last.start, last.length + 1};
-        }
-        if (code >= next) return false;
-        if (next == 1U << width && width < greatestWidth) ++width;
-        const Entry string = table[code];
-        if constexpr (purpose == Purpose::decode) {
-            std::uint8_t* const to = output + place;
-            const std::uint8_t* const from = output + string.start;
-            copyString(to, from, string.length);
-            // The entry just made ends with the index that this copy began with.
-            if (from + string.length > to) to[string.length - 1] = to[0];
-        }
-        last = {static_cast<std::uint32_t>(place), string.length};
-        place += string.length;
+class Follower {
+  public:
+    Follower(unsigned codeSize, std::uint8_t* output) noexcept
+        : m_output(output), m_codeSize(codeSize), m_clear(1U << codeSize) {
+        for (std::size_t i = 0; i < m_clear; ++i)
+            m_table[i] = entryOf(i % alphabet, 1);
+        m_table[m_clear] = m_table[m_clear + 1] = 0;
     }
-    return true;
-}
+
+    bool run(BitReader codes, std::size_t count) noexcept {
+        const std::size_t end = alphabet + count;
+        Done done;
+        clear();
+        while (done.place < end) {
+            if (!m_isFresh && m_next + codesAtOnce < 1U << m_width) {
+                done = takeMany<true>(codes, end, done);
+            } else if (!m_isFresh && m_next == tableSize) {
+                done = takeMany<false>(codes, end, done);
+            }
+            if (done.place < end && !takeOne(codes, done)) return false;
+        }
+        return true;
+    }
+
+  private:
+    static constexpr unsigned codesAtOnce = BitReader::refilled / greatestWidth;
+
+    struct Done {
+        std::size_t place = alphabet;
+        Entry last = 0; // the string before that
+
+        // The last string and the first index of the one that comes next, which will stand behind it.
+        Entry longer() const noexcept { return last + entryOf(0, 1); }
+    };
+
+    void clear() noexcept {
+        m_next = m_clear + 2;
+        m_width = m_codeSize + 1;
+        m_isFresh = true;
+    }
+
+    static void write(std::uint8_t* output, Entry string, Done& done) noexcept {
+        const std::uint32_t length = lengthOf(string);
+        if constexpr (purpose == Purpose::decode) {
+            std::uint8_t* const to = output + done.place;
+            copyString(to, output + startOf(string), length);
+            // An entry just made ends with the index that this copy began with.
+            if (startOf(string) + std::size_t{length} > done.place) to[length - 1] = to[0];
+        }
+        done.last = entryOf(done.place, length);
+        done.place += length;
+    }
+
+    // Codes, all as wide as the next, up to one that is not a string's or another width: as many at once as a refill
+    // brings. What changes from one to the next is held here, since the bytes that are written might be members.
+    template <bool grows>
+    Done takeMany(BitReader& codes, std::size_t end, Done done) noexcept {
+        const unsigned width = m_width, mask = (1U << width) - 1, clear = m_clear;
+        unsigned next = m_next, taken = codesAtOnce;
+        std::uint8_t* const output = m_output;
+        while (taken == codesAtOnce && done.place < end && codes.bytesLeft() >= sizeof(BitReader::Word) &&
+               (!grows || next + codesAtOnce < 1U << width)) {
+            codes.refillFast();
+            BitReader::Word word = codes.peek();
+            for (taken = 0; taken < codesAtOnce; ++taken, word >>= width) {
+                const unsigned code = static_cast<unsigned>(word) & mask;
+                if (grows) m_table[next] = done.longer();
+                if (code - clear <= 1 || code >= next + (grows ? 1 : 0)) break;
+                next += grows ? 1 : 0;
+                write(output, m_table[code], done);
+            }
+            codes.drop(taken * width);
+        }
+        m_next = next;
+        return done;
+    }
+
+    bool takeOne(BitReader& codes, Done& done) noexcept {
+        unsigned code;
+        if (!codes.take(m_width, code) || code == m_clear + 1) return false;
+        if (code == m_clear) {
+            clear();
+            return true;
+        }
+        if (m_isFresh) {
+            if (code > m_clear) return false;
+            m_isFresh = false;
+        } else if (m_next < tableSize) {
+            m_table[m_next++] = done.longer();
+        }
+        if (code >= m_next) return false;
+        if (m_next == 1U << m_width && m_width < greatestWidth) ++m_width;
+        write(m_output, m_table[code], done);
+        return true;
+    }
+
+    std::uint8_t* m_output;
+    unsigned m_codeSize, m_clear;     // the code that clears the table; the next one ends the indexes
+    unsigned m_next = 0, m_width = 0; // the entry that is made next; bits of a code
+    bool m_isFresh = true;            // no string yet since the table was cleared
+    Entry m_table[tableSize];
+};
 
 // A string is at most one index longer than the one before it, and never longer than the table.
 bool canDescribe(std::span<const std::uint8_t> codes, unsigned codeSize, std::size_t count) noexcept {
@@ -94,18 +158,21 @@ bool canDescribe(std::span<const std::uint8_t> codes, unsigned codeSize, std::si
 
 LzwIndexes::LzwIndexes(std::span<const std::uint8_t> codes, unsigned codeSize, std::size_t count) {
     if (!canDescribe(codes, codeSize, count)) return;
-    // A string that begins before the last index may reach beyond it, and so does the last step of its copy.
-    auto memory = std::make_unique_for_overwrite<std::uint8_t[]>(alphabet + count + tableSize + copyStep);
+    // Strings of one refill that begin before the last index, or behind it, may reach beyond it, and so does the last
+    // step of a copy.
+    constexpr std::size_t beyond = (BitReader::refilled / greatestWidth + 1) * tableSize + copyStep;
+    auto memory = std::make_unique_for_overwrite<std::uint8_t[]>(alphabet + count + beyond);
     for (std::size_t i = 0; i < alphabet; ++i)
         memory[i] = static_cast<std::uint8_t>(i);
-    if (!follow<Purpose::decode>(BitReader(codes.data(), codes.size()), codeSize, memory.get(), count)) return;
+    Follower<Purpose::decode> follower(codeSize, memory.get());
+    if (!follower.run(BitReader(codes.data(), codes.size()), count)) return;
     m_memory = std::move(memory);
     m_indexes = m_memory.get() + alphabet;
 }
 
 bool lzwDescribes(std::span<const std::uint8_t> codes, unsigned codeSize, std::size_t count) noexcept {
     return canDescribe(codes, codeSize, count) &&
-           follow<Purpose::count>(BitReader(codes.data(), codes.size()), codeSize, nullptr, count);
+           Follower<Purpose::count>(codeSize, nullptr).run(BitReader(codes.data(), codes.size()), count);
 }
 
 } // namespace pixkit

@@ -12,6 +12,7 @@
 #include "kernels/simd/effects.h"
 #include "kernels/simd/jpeg.h"
 #include "kernels/simd/layouts.h"
+#include "kernels/simd/lookup_vbmi.h"
 #include "kernels/simd/samples.h"
 #include "kernels/simd/shadow.h"
 #include "kernels/simd/units.h"
@@ -32,6 +33,7 @@ void pixkit::kernels::useAvx512(Table& table) noexcept {
     table.pack24 = pack24;
     table.unpack24 = unpack24;
     table.adler32 = adler32;
+    table.fromIndex8 = fromIndex8ByShuffles;
     table.fromRgba8 = fromRgba8;
     table.fromRgba16 = fromRgba16;
     table.fromGrayAlpha16 = fromGrayAlpha16;
