@@ -1,5 +1,6 @@
 // The sub-commands, each with what its command line asks for. They return the program's exit code.
 #pragma once
+#include "cli/Colour.h"
 #include "cli/ComposeLayer.h"
 #include "cli/Console.h"
 #include "cli/Effects.h"
@@ -65,7 +66,7 @@ int convert(const ConvertRequest& request, Console& console);
 
 struct ComposeCanvas {
     std::int32_t width, height;
-    std::optional<std::int32_t> colour; // nothing: transparent
+    Colour colour = {0, 0};
 };
 // 'WxH[:COLOUR]'. Throws UsageError.
 ComposeCanvas parseCanvas(const std::string& text);

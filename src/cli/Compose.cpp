@@ -19,8 +19,8 @@ ComposeCanvas parseCanvas(const std::string& text) {
     try {
         const std::size_t colon = text.find(':');
         const PictureSize size = parseSize(std::string_view(text).substr(0, colon));
-        ComposeCanvas canvas{size.width, size.height, {}};
-        if (colon != std::string::npos) canvas.colour = parseColour(std::string_view(text).substr(colon + 1));
+        ComposeCanvas canvas{size.width, size.height};
+        if (colon != std::string::npos) canvas.colour = parseAnyColour(std::string_view(text).substr(colon + 1));
         return canvas;
     } catch (const UsageError& error) {
         throw UsageError(std::string("--canvas: ") + error.what());
@@ -45,7 +45,7 @@ class Layers {
 
     // Large enough for the layers whose size does not depend on it, and a pixel at least.
     ComposeCanvas canvas() const {
-        ComposeCanvas canvas{1, 1, {}};
+        ComposeCanvas canvas{1, 1};
         for (std::size_t i = 0; i < m_layers.size(); ++i) {
             const ComposeLayer& layer = m_layers[i];
             if (layer.scaling.dependsOnCanvas()) continue;
@@ -92,7 +92,7 @@ void makeCanvas(cPixSheet& sheet, const ComposeCanvas& canvas) {
         throw Failed("the canvas of " + std::to_string(canvas.width) + " x " + std::to_string(canvas.height),
                      problemOf(sheet));
     }
-    if (canvas.colour) sheet.MakeTransparent(*canvas.colour, true); // the empty pixels, which are all
+    if (canvas.colour.alpha != 0) fillWith(sheet, canvas.colour);
 }
 
 } // namespace

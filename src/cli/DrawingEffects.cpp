@@ -57,14 +57,12 @@ void classifyAlpha(cPixSheet& sheet) {
     sheet.Alpha(alphaTypeOf(HostAccess::pixels(sheet)));
 }
 
-namespace {
-
-// Puts a fresh image of that size in the picture's place, with what `draw` makes of the picture on it.
-template <class Draw>
-bool redraw(cPixSheet& sheet, std::int32_t width, std::int32_t height, Draw&& draw) {
+bool redraw(cPixSheet& sheet, PictureSize size, const std::function<bool(cPixSheet& canvas)>& draw) {
     cPixSheet canvas;
     canvas.MaxPixels(sheet.MaxPixels());
-    if (!canvas.InitializeDIB(width, height)) return HostAccess::outcome(sheet, Outcome(HostAccess::outcome(canvas)));
+    if (!canvas.InitializeDIB(size.width, size.height)) {
+        return HostAccess::outcome(sheet, Outcome(HostAccess::outcome(canvas)));
+    }
     if (!draw(canvas)) return false;
     classifyAlpha(canvas);
     HostAccess::takeNotes(canvas, sheet);
@@ -72,11 +70,12 @@ bool redraw(cPixSheet& sheet, std::int32_t width, std::int32_t height, Draw&& dr
     return true;
 }
 
-bool drawOn(cPixSheet& canvas, cPixSheet& sheet, std::int32_t x, std::int32_t y, std::int32_t opacity = 100,
-            float angle = 0) {
+bool drawOn(cPixSheet& canvas, cPixSheet& sheet, std::int32_t x, std::int32_t y, std::int32_t opacity, float angle) {
     sheet.isAlphaBlendFriendly(false); // which rounds otherwise on some systems: the same bytes everywhere
     return sheet.Render(0, x, y, 0, 0, 0, 0, 0, 0, opacity, true, true, &canvas, gsclNone, 0, angle);
 }
+
+namespace {
 
 // By what pictures get another size: a filter of Resample's, or none for Resize.
 struct ResizeFilter {
@@ -138,46 +137,72 @@ EffectStep resizeByPercent(const std::string& argument, const ResizeFilter& by) 
 
 struct Fit {
     const char* word;
+    char sign; // the same, behind a size; 0 for none
     const char* constant;
     const char* title;
-    eScaleOptions value;
-    Scaling::Mode mode; // the same, of a box that is open
+    std::optional<eScaleOptions> value; // of ScaleImage, which knows no filling
+    Scaling::Mode mode;                 // the same, of a box that is open
 };
-constexpr std::array<Fit, 3> fits = {
-    {{"size", "ScaleToSize", "Resized to fit ", ScaleToSize, Scaling::Mode::fit},
-     {"down", "scaleDownAsNeeded", "Made smaller to fit ", scaleDownAsNeeded, Scaling::Mode::down},
-     {"stretch", "ScaleStretch", "Stretched to ", ScaleStretch, Scaling::Mode::stretch}}};
+constexpr std::array<Fit, 4> fits = {
+    {{"size", 0, "ScaleToSize", "Resized to fit ", ScaleToSize, Scaling::Mode::fit},
+     {"down", '>', "scaleDownAsNeeded", "Made smaller to fit ", scaleDownAsNeeded, Scaling::Mode::down},
+     {"stretch", '!', "ScaleStretch", "Stretched to ", ScaleStretch, Scaling::Mode::stretch},
+     {"fill", '^', "", "Resized to cover ", {}, Scaling::Mode::fill}}};
 
 const Fit& parseFit(const std::string& word) {
     const auto found = std::ranges::find_if(fits, [&](const Fit& fit) { return word == fit.word; });
-    if (found == fits.end()) throw UsageError("'" + word + "' is not a way to fit; known are size, down and stretch");
+    if (found == fits.end()) {
+        throw UsageError("'" + word + "' is not a way to fit; known are size, down, stretch and fill");
+    }
     return *found;
 }
 
-EffectStep resizeToSide(PictureSize box, const Fit& fit, const ResizeFilter& by) {
-    const bool isWidth = box.width != 0;
-    const std::string length = std::to_string(isWidth ? box.width : box.height);
+// Into a box that may be open: what ScaleImage does not work out.
+EffectStep resizeToBox(PictureSize box, const Fit& fit, const ResizeFilter& by) {
+    const bool isClosed = box.width != 0 && box.height != 0, isWidth = box.width != 0;
+    const std::string width = isWidth ? std::to_string(box.width) : "w";
+    const std::string height = box.height != 0 ? std::to_string(box.height) : "h";
     const Scaling scaling{fit.mode, 100, {static_cast<double>(box.width)}, {static_cast<double>(box.height)}};
-    return resizing(fit.title + length + (isWidth ? " pixels in width" : " pixels in height"),
-                    isWidth ? resizeCall(length, "h", by) : resizeCall("w", length, by), by,
+    const std::string title = isClosed  ? width + " × " + height
+                              : isWidth ? width + " pixels in width"
+                                        : height + " pixels in height";
+    return resizing(fit.title + title, isClosed ? resizeCall("w", "h", by) : resizeCall(width, height, by), by,
                     [scaling](PictureSize picture) { return scaling.sizeFor(picture, {}); });
+}
+
+// 'W' alone is a width, as most programs read it.
+std::optional<PictureSize> readBox(std::string_view text) {
+    PictureSize size{};
+    if (parseEntirely(text, size.width)) return size.width > 0 ? std::optional(size) : std::nullopt;
+    return readSize(text);
 }
 
 EffectStep resizeBy(const std::string& argument, const ResizeFilter& by) {
     if (argument.ends_with('%')) return resizeByPercent(argument, by);
-    const std::size_t colon = argument.find(':');
-    const auto box = readSize(std::string_view(argument).substr(0, colon));
+    std::string text = argument;
+    const Fit* fit = &fits.front();
+    const std::size_t colon = text.find(':');
+    const auto sign = std::ranges::find_if(
+        fits, [&](const Fit& each) { return each.sign != 0 && !text.empty() && text.back() == each.sign; });
+    if (colon != std::string::npos) {
+        fit = &parseFit(text.substr(colon + 1));
+        text.resize(colon);
+    } else if (sign != fits.end()) {
+        fit = &*sign;
+        text.pop_back();
+    }
+    const auto box = readBox(text);
     if (!box) {
-        throw UsageError("'" + argument.substr(0, colon) +
-                         "' is not a size; write it as WxH, Wx, xH or a percentage, such as 640x480, 640x or 50%");
+        throw UsageError("'" + text +
+                         "' is not a size; write it as WxH, Wx, xH or a percentage, such as 640x480, 640x "
+                         "or 50%");
     }
     const PictureSize size = *box;
-    const Fit& fit = colon == std::string::npos ? fits.front() : parseFit(argument.substr(colon + 1));
-    if (size.width == 0 || size.height == 0) return resizeToSide(size, fit, by);
+    if (size.width == 0 || size.height == 0 || !fit->value) return resizeToBox(size, *fit, by);
     const std::string numbers = std::to_string(size.width) + ", " + std::to_string(size.height);
-    return resizing(fit.title + std::to_string(size.width) + " × " + std::to_string(size.height),
-                    "ScaleImage(" + numbers + ", w, h, " + fit.constant + "), " + resizeCall("w", "h", by), by,
-                    [size, mode = fit.value](PictureSize picture) {
+    return resizing(fit->title + std::to_string(size.width) + " × " + std::to_string(size.height),
+                    "ScaleImage(" + numbers + ", w, h, " + fit->constant + "), " + resizeCall("w", "h", by), by,
+                    [size, mode = *fit->value](PictureSize picture) {
                         const auto [width, height] =
                             scaledSize(picture.width, picture.height, size.width, size.height, mode);
                         // The thinnest picture keeps a pixel; 0 would mean its old size.
@@ -200,12 +225,13 @@ void settleFilters(std::vector<EffectStep>& steps) {
     const std::string filter = "--filter ", resize = "--resize ";
     const ResizeFilter* by = &resizeFilters.front();
     for (EffectStep& step : steps) {
-        const std::string option = step.option;
+        const std::string option = step.option, argument = step.argument;
         if (option == "--nearest") by = &resizeFilter("nearest");
-        if (option.starts_with(filter)) by = &resizeFilter(option.substr(filter.size()));
+        if (option.starts_with(filter)) by = &resizeFilter(argument);
         if (!option.starts_with(resize)) continue;
-        step = resizeBy(option.substr(resize.size()), *by);
+        step = resizeBy(argument, *by);
         step.option = option;
+        step.argument = argument;
     }
 }
 
@@ -239,9 +265,8 @@ EffectStep parseRotate(const std::string& argument) {
                 // Rounded up: a quarter turn that would lie between pixels moves up and to the left.
                 const std::int32_t x = (size.width - sheet.Width() + 1) >> 1;
                 const std::int32_t y = (size.height - sheet.Height() + 1) >> 1;
-                const bool isDone = redraw(sheet, size.width, size.height, [&](cPixSheet& canvas) {
-                    return drawOn(canvas, sheet, x, y, 100, degrees);
-                });
+                const bool isDone =
+                    redraw(sheet, size, [&](cPixSheet& canvas) { return drawOn(canvas, sheet, x, y, 100, degrees); });
                 if (isDone && std::abs(std::fmod(degrees, 180.0F)) == 90) exchangeDensities(sheet);
                 return isDone;
             }};
@@ -254,7 +279,7 @@ EffectStep parseOpacity(const std::string& argument) {
             "Render(…, Opacity = " + std::to_string(opacity) + ")",
             {},
             [opacity](cPixSheet& sheet) {
-                return redraw(sheet, sheet.Width(), sheet.Height(),
+                return redraw(sheet, {sheet.Width(), sheet.Height()},
                               [&](cPixSheet& canvas) { return drawOn(canvas, sheet, 0, 0, opacity); });
             }};
 }
@@ -273,7 +298,7 @@ EffectStep parseShadow(const std::string& argument) {
     return {"", "Shadow, " + std::to_string(depth) + (depth == 1 ? " pixel deep" : " pixels deep"),
             "RenderDropShadow_JIT(0, 0, 0, " + std::to_string(depth) + ", " + colourLiteral(colour) + "), Render(…)",
             colour, [depth, colour](cPixSheet& sheet) {
-                return redraw(sheet, sheet.Width() + 2 * depth, sheet.Height() + 2 * depth, [&](cPixSheet& canvas) {
+                return redraw(sheet, {sheet.Width() + 2 * depth, sheet.Height() + 2 * depth}, [&](cPixSheet& canvas) {
                     sheet.isAlphaBlendFriendly(false);
                     return sheet.RenderDropShadow_JIT(0, 0, 0, depth, colour, opacity, 0, &canvas) &&
                            drawOn(canvas, sheet, 0, 0);
@@ -291,7 +316,7 @@ EffectStep parseCheckerboard(const std::string& argument) {
             "CreateCheckerBoard(" + argument + "), Render(…)",
             {},
             [checkerSize](cPixSheet& sheet) {
-                return redraw(sheet, sheet.Width(), sheet.Height(), [&](cPixSheet& canvas) {
+                return redraw(sheet, {sheet.Width(), sheet.Height()}, [&](cPixSheet& canvas) {
                     return canvas.CreateCheckerBoard(checkerSize) && drawOn(canvas, sheet, 0, 0);
                 });
             }};
@@ -304,7 +329,7 @@ EffectStep parseTile(const std::string& argument) {
             "TileImage(0, 0, 0, " + std::to_string(size.width) + ", " + std::to_string(size.height) + ", …)",
             {},
             [size](cPixSheet& sheet) {
-                return redraw(sheet, size.width, size.height, [&](cPixSheet& canvas) {
+                return redraw(sheet, size, [&](cPixSheet& canvas) {
                     return sheet.TileImage(0, 0, 0, size.width, size.height, 100, 0, 0, 0, &canvas);
                 });
             }};

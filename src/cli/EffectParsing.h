@@ -1,10 +1,12 @@
 // What the effects' arguments are made of.
 #pragma once
+#include "cli/Colour.h"
 #include "cli/Effects.h"
 #include "cli/Scaling.h"
 #include "cli/Text.h"
 #include <charconv>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -23,6 +25,11 @@ bool parseEntirely(std::string_view text, Number& value) {
 
 // 'WxH', both at least 1. Throws UsageError.
 PictureSize parseSize(std::string_view text);
+
+// Puts a fresh image of that size in the picture's place, with what `draw` makes of the picture on it.
+bool redraw(cPixSheet& sheet, PictureSize size, const std::function<bool(cPixSheet& canvas)>& draw);
+bool drawOn(cPixSheet& canvas, cPixSheet& sheet, std::int32_t x, std::int32_t y, std::int32_t opacity = 100,
+            float angle = 0);
 
 // 'P' or 'P%', a whole number from 1 to 100. Throws UsageError.
 std::int32_t parsePercentage(const std::string& text);
@@ -45,6 +52,12 @@ EffectStep parseShadow(const std::string& argument);
 EffectStep parseCheckerboard(const std::string& argument);
 EffectStep parseTile(const std::string& argument);
 EffectStep parseTrim(const std::string& argument);
+
+// Effects that give the picture another frame or background (cli/FramingEffects.cpp).
+EffectStep parseCrop(const std::string& argument);
+EffectStep parsePad(const std::string& argument);
+EffectStep parseFlatten(const std::string& argument);
+EffectStep parseStrip(const std::string& argument);
 
 // Draws text (cli/TextEffect.cpp).
 EffectStep parseText(const std::string& argument);

@@ -118,25 +118,21 @@ EffectStep parseMirror(const std::string& argument) {
             [x, y](cPixSheet& sheet) { return sheet.MirrorImage(x, y); }};
 }
 
-constexpr std::array<EffectOption, 18> table = {{
-    {"--grayscale", "FORMULA",
-     "To grey by ntscpal, ccir709, simpleavg, redmask, greenmask,\nbluemask, redgreenmask or bluegreenmask",
-     parseGrayscale},
+constexpr std::array<EffectOption, 22> table = {{
+    {"--grayscale", "ntscpal|ccir709|simpleavg|redmask|greenmask|bluemask|redgreenmask|bluegreenmask",
+     "To grey by one of these formulas", parseGrayscale},
     {"--invert", nullptr, "Each colour to its opposite", parseInvert},
     {"--lighten", "PERCENT", "Lighter by more than 0 and up to 100 %", parseLighten},
     {"--darken", "PERCENT", "Darker by more than 0 and up to 100 %", parseDarken},
     {"--transparent", "COLOUR", "Pixels of exactly this colour become transparent", parseTransparent},
     {"--fill", "COLOUR", "Fully transparent pixels become this colour", parseFill},
     {"--blend", "COLOUR[:PERCENT]", "Mixed with a colour, at 33 % unless said otherwise", parseBlend},
-    {"--mirror", "AXES", "x: left to right, y: top to bottom, xy: both", parseMirror},
-    {"--resize", "SIZE",
-     "To WxH pixels, in proportion, or Wx or xH alone, all of them\nwith :FIT, as in --fit; or to a percentage, such "
-     "as "
-     "50%",
+    {"--mirror", "x|y|xy", "x: left to right, y: top to bottom, xy: both", parseMirror},
+    {"--resize", "SIZE", "To a size, such as 640x480, 640x, x480 or 50%, in proportion\nunless said otherwise",
      parseResize},
-    {"--filter", "FILTER",
-     "From here on resize by auto (lanczos where pictures shrink,\nmitchell where they grow), area, triangle, "
-     "mitchell, lanczos,\nbilinear or nearest; auto unless said otherwise",
+    {"--filter", "auto|area|triangle|mitchell|lanczos|bilinear|nearest",
+     "From here on resize by this; auto, unless said otherwise, is\nlanczos where pictures shrink, mitchell where they "
+     "grow",
      parseResizeFilter},
     {"--nearest", nullptr, "From here on resize and rotate by nearest pixels, with hard\nedges", parseNearest},
     {"--rotate", "DEGREES", "Clockwise about the centre, onto a picture that holds it all", parseRotate},
@@ -147,7 +143,15 @@ constexpr std::array<EffectOption, 18> table = {{
      parseCheckerboard, "12"},
     {"--tile", "WxH", "Repeated over a picture of that size", parseTile},
     {"--trim", nullptr, "Transparent borders cut off", parseTrim},
-    {"--text", "TEXT[:PART]...", "Text, drawn as the parts say, which are listed below", parseText},
+    {"--crop", "WxH[@PLACE]",
+     "That much of it, from its centre unless said otherwise;\nWxH+X+Y is another way to say where", parseCrop},
+    {"--pad", "WxH[@PLACE][:COLOUR]",
+     "Made at least that large by a border, transparent and\ncentred unless said otherwise; N alone adds N pixels\n"
+     "everywhere",
+     parsePad},
+    {"--flatten", "COLOUR", "Put on a colour: nothing is transparent any longer", parseFlatten},
+    {"--strip", nullptr, "Without what the file says beside its pixels: texts, density", parseStrip},
+    {"--text", "TEXT[:PART]...", "Text, drawn as the parts say: 'pixkit help text'", parseText},
 }};
 
 } // namespace
@@ -176,6 +180,7 @@ EffectStep makeStep(const EffectOption& option, const std::string& argument) {
     try {
         EffectStep step = option.parse(argument);
         step.option = option.name;
+        step.argument = argument;
         if (option.argumentLeftOut != nullptr) {
             if (argument != option.argumentLeftOut) step.option += "=" + argument;
         } else if (option.argument != nullptr) {

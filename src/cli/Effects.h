@@ -31,6 +31,7 @@ struct EffectStep {
     std::optional<std::int32_t> colour;          // the COLORREF in it, to be shown
     std::function<bool(cPixSheet& sheet)> apply; // what the member answers; when that is false, the sheet says why
     std::optional<FilteredResize> filteredResize = {}; // of a step that does nothing else
+    std::string argument = {};                         // as it was given, without quotation marks
 };
 
 struct EffectOption {

@@ -4,12 +4,13 @@
 #include "cli/GalleryPage.h"
 #include "cli/Names.h"
 #include "cli/Progress.h"
+#include "cli/Saving.h"
 #include "cli/Text.h"
+#include "shared/AlphaType.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <new>
 #include <ostream>
@@ -135,7 +136,7 @@ class PictureFolder {
 
     GalleryCard save(const cPixSheet& sheet, const std::string& name) const {
         GalleryCard card;
-        card.alpha = alphaName(sheet.Alpha()).word;
+        card.alpha = alphaName(alphaTypeOf(HostAccess::pixels(sheet))).word; // of what is saved
         card.width = sheet.Width();
         card.height = sheet.Height();
         const fs::path relative = m_name / toPath(name + ".png");
@@ -225,20 +226,6 @@ fs::path freeFolderName(const std::string& file, std::set<std::string>& taken) {
     return toPath(name);
 }
 
-// The page stays what it was when there is no room for the new one.
-bool writePage(const fs::path& page, const std::vector<GalleryPicture>& pictures, const std::string& version) {
-    fs::path fresh = page;
-    fresh += ".new";
-    std::ofstream html(fresh, std::ios::binary);
-    writeGalleryPage(html, pictures, version);
-    html.close();
-    std::error_code error;
-    if (html) fs::rename(fresh, page, error);
-    const bool isWritten = html && !error;
-    if (!isWritten) fs::remove(fresh, error);
-    return isWritten;
-}
-
 } // namespace
 
 int gallery(const GalleryRequest& request, Console& console) {
@@ -274,8 +261,10 @@ int gallery(const GalleryRequest& request, Console& console) {
     progress.clear();
     if (pictures.empty()) return exitCode;
     const fs::path page = folder / "index.html";
-    if (!writePage(page, pictures, version)) {
-        console.err << "pixkit gallery: " << shown(toUtf8(page)) << ": cannot be written\n";
+    try {
+        writeWhole(toUtf8(page), [&](std::ostream& html) { writeGalleryPage(html, pictures, version); });
+    } catch (const Failed& failure) {
+        console.err << "pixkit gallery: " << failure.what() << '\n';
         return exitSomeFailed;
     }
     console.out << "Look at " << shown(toUtf8(fs::absolute(page))) << '\n';

@@ -1,4 +1,5 @@
 #include "cli/GalleryPage.h"
+#include "cli/Colour.h"
 #include "cli/Text.h"
 #include <algorithm>
 #include <ostream>

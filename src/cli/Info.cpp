@@ -116,13 +116,31 @@ void printSaid(std::ostream& out, const PictureFacts& said) {
     }
 }
 
+// A JPEG is a bitmap to the component, but not to people.
+const char* typeWord(const Facts& facts) {
+    const bool isJpeg = facts.said && facts.said->container == FileFormat::jpg;
+    return isJpeg ? "JPEG" : imageTypeName(facts.type).word;
+}
+
+// All digits of a small number, three of a large one.
+std::string bytesText(std::uintmax_t bytes) {
+    constexpr const char* units[] = {"", " kB", " MB", " GB", " TB", " PB", " EB"};
+    if (bytes < 10000) return std::to_string(bytes);
+    auto number = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    for (; number >= 999.5; number /= 1000)
+        ++unit;
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(number < 9.995 ? 2 : number < 99.95 ? 1 : 0) << number << units[unit];
+    return std::move(text).str();
+}
+
 void printLine(std::ostream& out, const Facts& facts) {
     std::optional<std::string> rectangles;
     if (facts.rectangles) rectangles = std::to_string(*facts.rectangles);
     printRow(out, std::to_string(facts.width) + " x " + std::to_string(facts.height),
              facts.alpha ? withNumber(alphaName(*facts.alpha).word, *facts.alpha) : "by its pixels",
-             withNumber(imageTypeName(facts.type).word, facts.type), std::to_string(facts.bytes), rectangles,
-             shown(facts.file));
+             withNumber(typeWord(facts), facts.type), bytesText(facts.bytes), rectangles, shown(facts.file));
     printImages(out, facts.images);
     if (facts.said) printSaid(out, *facts.said);
 }

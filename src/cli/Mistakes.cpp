@@ -1,6 +1,8 @@
 #include "cli/Mistakes.h"
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <numeric>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -24,39 +26,92 @@ std::size_t distanceBetween(std::string_view from, std::string_view to) {
     return row.back();
 }
 
-// The option whose name is nearest, if one is near.
-std::string suggestionFor(const CLI::App& command, std::string_view word) {
+} // namespace
+
+std::string suggestionFor(std::string_view word, std::span<const std::string_view> known) {
     constexpr std::size_t farthest = 3; // of them two letters may be wrong, but not three
-    std::string nearest;
-    std::size_t least = farthest;
-    for (const CLI::Option* option : command.get_options()) {
-        for (const std::string& name : option->get_lnames()) {
-            const std::size_t distance = distanceBetween(word, "--" + name);
-            if (distance >= least) continue;
-            least = distance;
-            nearest = "; did you mean --" + name + "?";
+    std::string_view nearest;
+    std::size_t least = std::min(farthest, word.size()); // nor all
+    for (const std::string_view each : known) {
+        const std::size_t distance = distanceBetween(word, each);
+        if (distance >= least) continue;
+        least = distance;
+        nearest = each;
+    }
+    return nearest.empty() ? "" : "did you mean " + std::string(nearest) + "?";
+}
+
+namespace {
+
+std::vector<std::string> optionNames(const CLI::App& command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command.get_options())
+        for (const std::string& name : option->get_lnames())
+            names.push_back("--" + name);
+    return names;
+}
+
+std::string describeUnknown(const CLI::App& command, const std::string& word) {
+    const std::vector<std::string> names = optionNames(command);
+    const std::string suggestion = suggestionFor(word, std::vector<std::string_view>(names.begin(), names.end()));
+    const CLI::App* const parent = command.get_parent();
+    if (suggestion.empty()) {
+        for (const CLI::App* other : (parent != nullptr ? *parent : command).get_subcommands({})) {
+            if (std::ranges::count(optionNames(*other), word) == 0) continue;
+            return "'" + word + "' is an option of " + other->get_name() +
+                   (parent != nullptr ? ", not of " + command.get_name() : ", which has to stand before it");
         }
     }
-    return nearest;
+    return "'" + word + "' is not an option of " + command.get_name() + (suggestion.empty() ? "" : "; ") + suggestion;
+}
+
+// What the parser says of each, and what a person is told instead; * is what stands in between.
+struct Wording {
+    std::string_view between, end, said, saidAtEnd;
+};
+constexpr Wording wordings[] = {
+    {": 1 required ", " missing", " needs ", " behind it"},
+    {" excludes ", "", " and ", " say different things; give one of them"},
+    {" is required", "", " is missing", ""},
+};
+
+// What stands between the two; nothing where they are not there in this order.
+std::optional<std::string> between(const std::string& text, std::string_view before, std::string_view behind) {
+    const std::size_t at = text.find(before);
+    if (at == std::string::npos) return {};
+    const std::size_t start = at + before.size(), end = behind.empty() ? text.size() : text.find(behind, start);
+    return end == std::string::npos ? std::nullopt : std::optional(text.substr(start, end - start));
+}
+
+// What the parser says of a value that is none.
+std::optional<std::string> describeValue(const std::string& text) {
+    if (const auto value = between(text, ": Value ", " not in range ")) {
+        return text.substr(0, text.find(": Value ")) + " takes " + *between(text, " not in range ", "") + ", not '" +
+               *value + "'";
+    }
+    const auto option = between(text, "Could not convert: ", " = ");
+    if (!option) return {};
+    return *option + " takes a whole number, not '" + *between(text, " = ", "") + "'";
 }
 
 } // namespace
 
 std::string describeMistake(const CLI::App& command, const CLI::ParseError& error) {
-    std::string text = error.what();
-    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+    const std::string text = error.what();
+    const bool hasNoCommand = command.get_parent() == nullptr;
+    if (hasNoCommand || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
         const std::vector<std::string> rest = command.remaining();
-        if (!rest.empty()) {
-            const std::string word = rest.front().substr(0, rest.front().find('='));
-            return "'" + word + "' is not an option of " + command.get_name() + suggestionFor(command, word);
-        }
+        if (!rest.empty()) return describeUnknown(command, rest.front().substr(0, rest.front().find('=')));
     }
-    constexpr std::string_view required = ": 1 required ";
-    constexpr std::string_view missing = " missing";
-    const std::size_t at = text.find(required);
-    if (at == std::string::npos || !text.ends_with(missing)) return text;
-    const std::size_t type = at + required.size();
-    return text.substr(0, at) + " needs " + text.substr(type, text.size() - missing.size() - type) + " behind it";
+    if (const auto value = describeValue(text)) return *value;
+    for (const Wording& wording : wordings) {
+        const std::size_t at = text.find(wording.between);
+        if (at == std::string::npos || !text.ends_with(wording.end)) continue;
+        const std::size_t rest = at + wording.between.size();
+        return text.substr(0, at) + std::string(wording.said) +
+               text.substr(rest, text.size() - wording.end.size() - rest) + std::string(wording.saidAtEnd);
+    }
+    return text;
 }
 
 } // namespace pixkit::cli

@@ -10,6 +10,7 @@
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <ostream>
 
 namespace pixkit::cli {
@@ -171,6 +172,20 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
         }
     }
     result.status = Result::Status::done;
+}
+
+void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write) {
+    const std::filesystem::path file = toPath(name);
+    std::filesystem::path fresh = file;
+    fresh += ".new";
+    std::ofstream out(fresh, std::ios::binary);
+    write(out);
+    out.close();
+    std::error_code error;
+    if (out) std::filesystem::rename(fresh, file, error);
+    if (out && !error) return;
+    std::filesystem::remove(fresh, error);
+    throw Failed(name, "cannot be written");
 }
 
 } // namespace pixkit::cli

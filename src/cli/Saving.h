@@ -5,6 +5,7 @@
 #include "cli/Text.h"
 #include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -43,5 +44,8 @@ void flatten(cPixSheet& sheet, std::int32_t background);
 // Saves in the target's format, and fills in what that gave. Says on `console` what is odd of the file. Throws Failed.
 void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
                  Console& console, Result& result);
+
+// A text file, which stays what it was when there is no room for the new one. Throws Failed.
+void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write);
 
 } // namespace pixkit::cli

@@ -1,7 +1,5 @@
 #include "cli/Text.h"
-#include "cli/UsageError.h"
 #include "shared/Text.h"
-#include <charconv>
 
 namespace pixkit::cli {
 
@@ -31,23 +29,6 @@ std::filesystem::path toPath(std::string_view utf8) {
 std::string toUtf8(const std::filesystem::path& path) {
     const std::u8string text = path.generic_u8string();
     return {text.begin(), text.end()};
-}
-
-std::int32_t parseColour(std::string_view text) {
-    std::uint32_t rgb = 0;
-    const char* const end = text.data() + text.size();
-    if (text.size() != 7 || text[0] != '#' || text[1] == '-' || // from_chars would take the sign
-        std::from_chars(text.data() + 1, end, rgb, 16).ptr != end) {
-        throw UsageError("'" + std::string(text) + "' is not a colour; write it as '#rrggbb', such as '#ff8000'");
-    }
-    return static_cast<std::int32_t>((rgb >> 16) | (rgb & 0xFF00U) | ((rgb & 0xFFU) << 16));
-}
-
-std::string formatColour(std::int32_t colour) {
-    std::string text = "#";
-    for (int shift = 0; shift <= 16; shift += 8)
-        appendHexByte(text, static_cast<std::uint32_t>(colour) >> shift);
-    return text;
 }
 
 std::string toLower(std::string_view text) {

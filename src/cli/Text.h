@@ -11,10 +11,6 @@ namespace pixkit::cli {
 std::filesystem::path toPath(std::string_view utf8);
 std::string toUtf8(const std::filesystem::path& path);
 
-// '#rrggbb' to a COLORREF (red in the lowest byte) and back. Throws UsageError for anything else.
-std::int32_t parseColour(std::string_view text);
-std::string formatColour(std::int32_t colour);
-
 // ASCII only; other bytes stay.
 std::string toLower(std::string_view text);
 

@@ -55,6 +55,15 @@ if [ ${#command[@]} = 1 ]; then
     command=(bash -c '"$0" convert samples/pictures/*.png "$1" --to bmp --quiet | :; ls "$1"' "$pixkit")
     check 0 "lantern.bmp" "$folder/unread"
 
+    # What is made of the options is what the programs that read it take.
+    "$pixkit" help bash >"$folder/completions" && "$pixkit" help man >"$folder/pixkit.1"
+    command=(bash -c '. "$0"; COMP_WORDS=(pixkit convert --fit d); COMP_CWORD=3; _pixkit; echo "${COMPREPLY[@]}"' "$folder/completions")
+    check 0 '^down$'
+    ! command -v groff >/dev/null || {
+        command=(bash -c '[ -z "$(groff -man -ww -z "$0" 2>&1)" ] && echo well' "$folder/pixkit.1")
+        check 0 '^well$'
+    }
+
     # A signal in the middle of writing: the one for files that grow too large comes at a sure moment.
     mkdir "$folder/ended"
     (ulimit -c 0 -f 8; "$pixkit" convert samples/pictures/lantern.png "$folder/ended/out.bmp"; :) &>/dev/null
