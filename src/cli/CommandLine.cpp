@@ -138,6 +138,46 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
         "  pixkit gallery samples/pictures/*.png -o out/gallery");
 }
 
+void addSheet(CLI::App& app, SheetRequest& request) {
+    CLI::App* const sub = app.add_subcommand("sheet", "Put many pictures on one: a contact sheet, or sprites");
+    const char* const layout = "Layout";
+    sub->add_option("PICTURE", request.pictures, "Pictures, in rows from the upper left")->required()->type_name("");
+    sub->add_option("-o,--output", request.output, "The file for the sheet")->required()->type_name("FILE");
+    sub->add_option("--columns", request.columns,
+                    "How many stand in a row; as many as make it about square\nunless "
+                    "said otherwise")
+        ->type_name("N")
+        ->check(CLI::Range(1, 65535).description(""))
+        ->group(layout);
+    sub->add_option_function<std::string>(
+           "--cell", [&](const std::string& text) { request.cell = parseCell(text); },
+           "The room of each, into which it is made smaller; as large as\nthe largest unless said otherwise")
+        ->type_name("WxH")
+        ->group(layout);
+    sub->add_option("--gap", request.gap, "Pixels between them and around; 0 unless said otherwise")
+        ->type_name("N")
+        ->check(CLI::Range(0, 4096).description(""))
+        ->group(layout);
+    sub->add_flag("--labels", request.hasLabels, "Write under each what its file is called")->group(layout);
+    sub->add_option_function<std::string>(
+           "--canvas", [&](const std::string& text) { request.canvas = parseAnyColour(text); },
+           "What lies behind them; transparent unless said otherwise")
+        ->type_name("COLOUR")
+        ->group(layout);
+    sub->add_option("--index", request.index, "Where each lies, in a file: .json, or .css with a class for\neach")
+        ->type_name("FILE")
+        ->group(layout);
+    addLoading(*sub, request.loading);
+    addRecursive(*sub, request.recursive);
+    addTurning(*sub, request.loading);
+    addReporting(*sub, request, request.loading);
+    addSaving(*sub, request);
+    addJobs(*sub, request.jobs);
+    sub->footer("Examples:\n"
+                "  pixkit sheet -o contacts.jpg --cell 160x120 --gap 12 --labels --canvas white *.jpg\n"
+                "  pixkit sheet -o sprites.png --index sprites.css --gap 1 icons --recursive");
+}
+
 void addHelp(CLI::App& app, std::string& topic) {
     CLI::App* const sub = app.add_subcommand("help", "Explain a command or another topic");
     std::string names;
@@ -197,6 +237,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     ConvertRequest convertRequest;
     ComposeRequest composeRequest;
     GalleryRequest galleryRequest;
+    SheetRequest sheetRequest;
     std::string topic;
     app.allow_windows_style_options(false); // a path may begin with a slash everywhere
     app.get_formatter()->column_width(34);
@@ -209,6 +250,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     addInfo(app, infoRequest);
     addConvert(app, convertRequest);
     addCompose(app, composeRequest);
+    addSheet(app, sheetRequest);
     addGallery(app, galleryRequest);
     addHelp(app, topic);
     if (arguments.empty()) {
@@ -235,6 +277,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     settleFilters(convertRequest.steps);
     if (app.got_subcommand("convert")) return convert(convertRequest, console);
     if (app.got_subcommand("compose")) return compose(composeRequest, console);
+    if (app.got_subcommand("sheet")) return sheet(sheetRequest, console);
     return gallery(galleryRequest, console);
 }
 

@@ -80,6 +80,23 @@ struct ComposeRequest : SavingOptions {
 };
 int compose(const ComposeRequest& request, Console& console);
 
+struct SheetRequest : SavingOptions {
+    std::vector<std::string> pictures;
+    std::string output;
+    std::string index; // a .json or .css file, or empty
+    LoadingOptions loading = {};
+    bool recursive = false;
+    unsigned jobs = 0;               // as in ConvertRequest
+    std::int32_t columns = 0;        // 0: as many as make the sheet about square
+    std::optional<PictureSize> cell; // nothing: as large as the largest picture
+    std::int32_t gap = 0;            // pixels between cells and around them
+    bool hasLabels = false;
+    Colour canvas = {0, 0};
+};
+// 'WxH' of a cell. Throws UsageError.
+PictureSize parseCell(const std::string& text);
+int sheet(const SheetRequest& request, Console& console);
+
 struct GalleryRequest {
     std::vector<std::string> pictures;
     std::string folder = "out/gallery";
