@@ -178,6 +178,21 @@ void compare(Stage& stage, const Drawing& d, Onto onto, bool bySystem, Random& r
     EXPECT_EQ(stage.host.Alpha(), AlphaComplex) << "what a host says of itself is its owner's affair";
 }
 
+// What is stretched or mirrored onto a picture of this width is worked out 25 rows at a time.
+TEST(Render, LeavesASeamBetweenRowsThatAreWorkedOutTogether) {
+    Random random(25);
+    for (const Drawing& d : {Drawing{.destX = -7, .destY = -3, .srcWidth = -2600},
+                             Drawing{.destX = 4, .destY = 9, .srcWidth = -2600, .srcHeight = -70},
+                             Drawing{.destY = -5, .destHeight = -90, .srcWidth = 2000},
+                             Drawing{.destWidth = -2500, .destHeight = 100, .HighQuality = true}}) {
+        for (const Onto onto : {ontoHost, ontoItself}) {
+            Stage stage(2600, 70, 2600, 75, random);
+            SCOPED_TRACE(textOf(d, onto));
+            ASSERT_NO_FATAL_FAILURE(compare(stage, d, onto, false, random));
+        }
+    }
+}
+
 TEST(Render, DrawsOtherwiseThanTheRulesSay) {
     Random random(2024);
     for (int round = 0; round < 12000; ++round) {
