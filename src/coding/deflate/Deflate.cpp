@@ -28,7 +28,7 @@ constexpr std::array<Effort, 6> efforts = {{
     {8, 0, 64, 0},
     {8, 4, 64, 1},
     {12, 6, 96, 1},
-    {16, 8, 128, 2},
+    {32, 16, 160, 2},
     {48, 24, 258, 2},
     {100, 60, 258, 3},
 }};
@@ -39,7 +39,7 @@ constexpr unsigned smallestDepth = 100;
 constexpr std::size_t smallData = 1U << 20, tinyData = 1U << 12;
 
 // After so many literals in a row copies are rare: fewer places are looked at, and then every other position alone.
-constexpr std::size_t drought = 16, longDrought = 48;
+constexpr std::size_t drought = 32, longDrought = 128;
 constexpr unsigned droughtDepth = 4;
 
 // What a copy saves against its bytes as literals; of a long one the first bytes stand for all.
