@@ -73,7 +73,8 @@ deflate::Room cPNGparser::ImageData::moreRoom(std::uint8_t* next) noexcept {
         const std::size_t settled = m_filled - std::min(m_filled, farthestCopy);
         takeRows(settled);
         if (m_hasFailed) return {next, next, next, true};
-        dropUntil(std::min(settled, m_aboveAt));
+        const bool isAllTaken = m_pass == m_parser.m_MatrixDat().size(); // data may go on, and is dropped
+        dropUntil(isAllTaken ? settled : std::min(settled, m_aboveAt));
     }
     std::uint8_t* const begin = m_window.get();
     const bool isLast = m_total - m_dropped <= m_capacity;
@@ -150,7 +151,7 @@ void cPNGparser::ImageData::dropUntil(std::size_t place) noexcept {
     std::memmove(m_window.get(), m_window.get() + place, m_filled - place);
     m_filled -= place;
     m_dropped += place;
-    m_rowAt -= place;
+    m_rowAt -= place; // of no use any more behind the last row
     m_aboveAt -= place;
 }
 

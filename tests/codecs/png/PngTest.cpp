@@ -2,8 +2,10 @@
 // greatest size, which form a picture is written in, and which properties are taken.
 #include "codecs/png/cPNGparser.h"
 #include "coding/ByteWriter.h"
+#include "coding/Interlace.h"
 #include "coding/deflate/Deflate.h"
 #include "support/QuietLoads.h"
+#include "surface/HostAccess.h"
 #include <optional>
 
 using namespace pixkit;
@@ -47,7 +49,65 @@ std::size_t chunkOf(const Bytes& file, std::string_view type) {
     return found == file.end() ? file.size() : static_cast<std::size_t>(found - file.begin()) - 4;
 }
 
+// A picture of 8-bit gray, of value x * 7 + y * 3 + x * y / 5, and its data in chunks of so many bytes. CRCs are 0,
+// which is never checked.
+unsigned valueAt(std::size_t x, std::size_t y) {
+    return static_cast<unsigned>(x * 7 + y * 3 + x * y / 5) % 256;
+}
+Bytes grayFile(std::size_t width, std::size_t height, bool isInterlaced, std::size_t surplus, std::size_t chunkBytes,
+               bool isCut) {
+    Bytes rows, stream, file = {0x89, 'P', 'N', 'G', 13, 10, 26, 10};
+    for (const InterlacePass& pass : isInterlaced ? std::span<const InterlacePass>(adam7) : wholePicture) {
+        for (std::size_t row = 0; row < pass.rows(height) && pass.columns(width) != 0; ++row) {
+            rows.push_back(0);
+            for (std::size_t i = 0; i < pass.columns(width); ++i)
+                rows.push_back(
+                    byte(valueAt(pass.startColumn + i * pass.columnStep, pass.startRow + row * pass.rowStep)));
+        }
+    }
+    rows.resize(rows.size() + surplus);
+    deflate::compressZlib(rows, 3, stream);
+    if (isCut) stream.resize(stream.size() * 2 / 3);
+    const auto chunk = [&](std::string_view type, std::span<const std::uint8_t> data) {
+        ByteWriter(file).bigEndian32(data.size());
+        file.insert(file.end(), type.begin(), type.end());
+        file.insert(file.end(), data.begin(), data.end());
+        file.resize(file.size() + 4);
+    };
+    Bytes header;
+    ByteWriter(header).bigEndian32(width);
+    ByteWriter(header).bigEndian32(height);
+    header.insert(header.end(), {8, 0, 0, 0, byte(isInterlaced)});
+    chunk("IHDR", header);
+    for (std::size_t at = 0; at < stream.size(); at += chunkBytes)
+        chunk("IDAT", std::span(stream).subspan(at, std::min(chunkBytes, stream.size() - at)));
+    chunk("IEND", {});
+    return file;
+}
+
 } // namespace
+
+TEST_F(Png, ARowIsLostWhereTheWindowMoves) {
+    const platform::ScopedFault ownReaderAlone(platform::SeamCall::oleLoadPicture);
+    constexpr std::pair<std::size_t, std::size_t> sizes[] = {{1, 700'000}, {3, 200'000}, {900, 800}, {250'000, 5}};
+    for (const auto& [width, height] : sizes) {
+        for (unsigned kind = 0; kind < 12; ++kind) {
+            const bool isInterlaced = kind % 2 != 0, isCut = kind % 4 / 2 != 0;
+            const std::size_t surplus = kind < 4 ? 0 : width * height, chunkBytes = kind % 3 == 0 ? 700 : 1 << 20;
+            SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height) + ", " + std::to_string(kind));
+            cPixSheet sheet;
+            ASSERT_TRUE(
+                sheet.LoadPicture_Stream(ByteArray(grayFile(width, height, isInterlaced, surplus, chunkBytes, isCut))));
+            std::size_t wrong = 0;
+            for (std::size_t y = 0; y < height; ++y) {
+                const std::uint8_t* const row = HostAccess::pixels(sheet).rowFromTop(y);
+                for (std::size_t x = 0; x < width; ++x)
+                    wrong += row[x * 4] != valueAt(x, y) && !(isCut && row[x * 4] == 0);
+            }
+            EXPECT_EQ(wrong, 0U);
+        }
+    }
+}
 
 TEST_F(Png, CrcsAreHeldAgainstTheWrongChunksOrWithoutZlib) {
     const bool zlibIsHere = cPixSheet().isZlibEnabled();

@@ -90,8 +90,10 @@ void fromCmyk(std::uint8_t* pixels, std::size_t count, bool inverted) noexcept {
     }
 }
 
-// Blocks of 8 x 8 pixels are decoded to one, four or sixteen as quickly as to all.
+// Blocks of 8 x 8 pixels are decoded to one, four or sixteen as quickly as to all. A picture of a single block the
+// library would decode at the largest scale of all that round up to the size, which may be another.
 LeastSize decodedSize(const JpegFrame& frame, LeastSize least) noexcept {
+    if (frame.width <= 8 || frame.height <= 8) return {frame.width, frame.height};
     for (const std::int32_t pixels : {8, 4, 2}) {
         const LeastSize size{(frame.width + pixels - 1) / pixels, (frame.height + pixels - 1) / pixels};
         if (least.width != 0 && size.width >= least.width && size.height >= least.height) return size;
