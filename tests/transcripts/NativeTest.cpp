@@ -225,7 +225,10 @@ const std::map<std::string, Member> members = {
 
 class NativeEngine final : public Engine {
   public:
-    std::vector<std::string> names() const override { return {platform::canLoadJpeg() ? "jpeg" : "no JPEG", "native"}; }
+    std::vector<std::string> names() const override {
+        if (!platform::canLoadJpeg()) return {"native"};
+        return {"jpeg", std::filesystem::path::preferred_separator == '/' ? "turbojpeg" : "OLE", "native"};
+    }
     Object create() override { return std::make_shared<cPixSheet>(); }
     Value call(const Object& object, const std::string& name, std::vector<Argument>& arguments, bool) override {
         std::vector<std::unique_ptr<In>> in;
