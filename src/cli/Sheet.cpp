@@ -27,8 +27,6 @@ PictureSize parseCell(const std::string& text) {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr std::int32_t labelHeight = 20, labelSize = 12; // pixels
 
 // A picture, made as small as its cell asks, and where it lies.
