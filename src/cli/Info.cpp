@@ -128,8 +128,10 @@ std::string bytesText(std::uintmax_t bytes) {
     if (bytes < 10000) return std::to_string(bytes);
     auto number = static_cast<double>(bytes);
     std::size_t unit = 0;
-    for (; number >= 999.5; number /= 1000)
+    while (number >= 999.5) {
+        number /= 1000;
         ++unit;
+    }
     std::ostringstream text;
     text << std::fixed << std::setprecision(number < 9.995 ? 2 : number < 99.95 ? 1 : 0) << number << units[unit];
     return std::move(text).str();

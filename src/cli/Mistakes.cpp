@@ -97,7 +97,7 @@ std::optional<std::string> describeValue(const std::string& text) {
 } // namespace
 
 std::string describeMistake(const CLI::App& command, const CLI::ParseError& error) {
-    const std::string text = error.what();
+    std::string text = error.what();
     const bool hasNoCommand = command.get_parent() == nullptr;
     if (hasNoCommand || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
         const std::vector<std::string> rest = command.remaining();

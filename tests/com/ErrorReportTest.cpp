@@ -91,13 +91,13 @@ std::wstring clipboardText() {
 
 constexpr UINT failAnotherWay = WM_APP;
 
-// A host with two windows, and an image too large for the DLL's memory.
+// A host with two windows, and an image whose rows are too large for the DLL's memory.
 class ErrorReports : public ComTest {
   protected:
     void SetUp() override {
         ASSERT_TRUE(sheet);
         ASSERT_EQ(ImageFile(server.module()).replaceImport("malloc", reinterpret_cast<void*>(&allocateLittle)), 1);
-        ASSERT_TRUE(makeImage(200, 150));
+        ASSERT_TRUE(makeImage(30'000, 2));
         WNDCLASSW description{};
         description.lpszClassName = L"pixkit error report test";
         description.lpfnWndProc = &procedure;
@@ -152,7 +152,7 @@ TEST_F(ErrorReports, DoNotSayWhatFailedOrAreShownAgainOrInsideOfEachOther) {
     EXPECT_EQ(person.sentence, L"pixkit has encountered a problem. We are sorry for the inconvenience.");
     for (const wchar_t* const part :
          {L"Error: std::bad_alloc\r\nModule: render/Effects.cpp\r\nProcedure: MirrorImage\r\nLine: ",
-          L"Parameters:\r\n  MirrorAxisX = True\r\n  MirrorAxisY = False\r\n", L"  Width = 200\r\n  Height = 150\r\n",
+          L"Parameters:\r\n  MirrorAxisX = True\r\n  MirrorAxisY = False\r\n", L"  Width = 30000\r\n  Height = 2\r\n",
           L"Versions:\r\n  pixkit 3.0.41 (", L"  Windows "})
         EXPECT_NE(person.report.find(part), std::wstring::npos)
             << std::filesystem::path(part) << " is not in " << std::filesystem::path(person.report);

@@ -1,6 +1,7 @@
 // What kernels make gray with, for sets that add up the products of four bytes at once.
 #pragma once
 #include "kernels/simd/gray_sums.h"
+#include <cmath>
 
 namespace pixkit::kernels {
 namespace {
@@ -13,7 +14,7 @@ class GrayMaker {
     bool prepare(const GrayWeights& weights) {
         if (!prepareGray(weights, m_words)) return false;
         const auto units = [](float weight) {
-            return static_cast<std::uint32_t>(static_cast<double>(weight) * 0x1p24 + 0.5);
+            return static_cast<std::uint32_t>(std::lround(static_cast<double>(weight) * 0x1p24));
         };
         const std::uint32_t b = units(weights.b), g = units(weights.g), r = units(weights.r);
         if ((b | g | r) >> 24 != 0) return false;
