@@ -92,7 +92,7 @@ def put_into(page, tables, contexts):
 
 def main():
     arguments = sys.argv[1:]
-    page = pathlib.Path(arguments.pop(0).removeprefix("--page=")) if arguments[0].startswith("--page=") else None
+    page = pathlib.Path(arguments.pop(0).removeprefix("--page=")) if arguments and arguments[0].startswith("--page=") else None
     subjects, units, written = rates_by_case(arguments)
     tables = [table(subject, units[subject], cases, written) for subject, cases in subjects.items()]
     for each in tables:

@@ -178,7 +178,7 @@ void compare(Stage& stage, const Drawing& d, Onto onto, bool bySystem, Random& r
     EXPECT_EQ(stage.host.Alpha(), AlphaComplex) << "what a host says of itself is its owner's affair";
 }
 
-// What is stretched or mirrored onto a picture of this width is worked out 25 rows at a time.
+// Large enough for whatever works on several rows or columns at a time.
 TEST(Render, LeavesASeamBetweenRowsThatAreWorkedOutTogether) {
     Random random(25);
     for (const Drawing& d : {Drawing{.destX = -7, .destY = -3, .srcWidth = -2600},
