@@ -78,7 +78,7 @@ std::size_t zlibSize(std::span<const std::uint8_t> stream) {
 
 } // namespace
 
-// All together, and each nearly: what a block costs is estimated.
+// All together, and each nearly: what a block costs is estimated, which misses some bytes of the smallest.
 TEST(WrittenOracle, PngStreamsAreLargerThanZlibMakesThem) {
     std::size_t total = 0, zlibs = 0;
     forEachPicture([&](cPixSheet& sheet) {
@@ -86,7 +86,7 @@ TEST(WrittenOracle, PngStreamsAreLargerThanZlibMakesThem) {
         ASSERT_TRUE(sheet.SaveToStream_PNG(file));
         const std::span stream = pngStream({file.data(), file.size()});
         const std::size_t most = zlibSize(stream);
-        EXPECT_LE(stream.size(), most + most / 50 + 4);
+        EXPECT_LE(stream.size(), most + std::max<std::size_t>(most / 50, 10));
         total += stream.size();
         zlibs += most;
         sheet.PngPropertySet(pngCompressionLevel, 9);
