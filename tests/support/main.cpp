@@ -20,10 +20,11 @@ class HandleWatch : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override { m_before = pixkit::platform::openHandles(); }
     void OnTestEnd(const testing::TestInfo& test) override {
         pixkit::platform::disarmFaults();
-        // Windows keeps an event for each lock of its own that threads have waited for, as those of the command do.
-        const bool keepsEvents = std::filesystem::path::preferred_separator == '\\' &&
-                                 std::string_view(test.test_suite_name()).ends_with("CommandTranscript");
-        EXPECT_TRUE(!isWatching || keepsEvents || pixkit::platform::openHandles() == m_before) << "handles were leaked";
+        // Locks of the language's own for which threads have waited keep two handles each on Windows, once and for all.
+        const bool hasThreads = std::filesystem::path::preferred_separator == '\\' &&
+                                std::string_view(test.test_suite_name()).ends_with("CommandTranscript");
+        const std::size_t ofLocks = hasThreads ? 12 : 0;
+        EXPECT_TRUE(!isWatching || pixkit::platform::openHandles() - m_before <= ofLocks) << "handles were leaked";
     }
     std::size_t m_before = 0;
 };
