@@ -72,3 +72,4 @@ void addTimed(const std::string& name, Run run) {
 }
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

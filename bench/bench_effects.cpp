@@ -80,3 +80,4 @@ int main(int argc, char** argv) {
         add(peer, "/libyuv");
     return bench::run(argc, argv);
 }
+// SPDX-License-Identifier: MIT

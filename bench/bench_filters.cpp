@@ -124,3 +124,4 @@ int main(int argc, char** argv) {
 #endif
     return bench::run(argc, argv);
 }
+// SPDX-License-Identifier: MIT

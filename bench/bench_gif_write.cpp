@@ -58,3 +58,4 @@ int main(int argc, char** argv) {
     }
     return bench::run(argc, argv);
 }
+// SPDX-License-Identifier: MIT

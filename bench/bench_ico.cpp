@@ -67,3 +67,4 @@ int main(int argc, char** argv) {
                 ->Unit(benchmark::kMicrosecond);
     return bench::run(argc, argv);
 }
+// SPDX-License-Identifier: MIT

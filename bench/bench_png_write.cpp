@@ -122,3 +122,4 @@ int main(int argc, char** argv) {
     }
     return sheets.empty() ? bench::noPictures() : bench::run(argc, argv);
 }
+// SPDX-License-Identifier: MIT

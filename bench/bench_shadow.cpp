@@ -84,3 +84,4 @@ int main(int argc, char** argv) {
     }
     return bench::run(argc, argv);
 }
+// SPDX-License-Identifier: MIT

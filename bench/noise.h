@@ -20,3 +20,4 @@ pixkit::PixelBuffer noisePicture(std::size_t width, std::size_t height, Fill fil
 }
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

@@ -46,3 +46,4 @@ inline std::vector<Group> pngGroups() {
 }
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

@@ -31,3 +31,4 @@ inline int run(int argc, char** argv) {
 }
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

@@ -58,3 +58,4 @@ inline void decodeStbAlone(const Bytes& file) {
 }
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

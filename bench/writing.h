@@ -60,3 +60,4 @@ void addWriting(const std::string& name, const Picture& picture, Write write, De
 }
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

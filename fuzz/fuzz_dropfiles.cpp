@@ -19,3 +19,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     }
     return 0;
 }
+// SPDX-License-Identifier: MIT

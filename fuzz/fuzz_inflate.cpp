@@ -30,3 +30,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     require(written == bytes && std::equal(back.begin(), back.end(), data));
     return 0;
 }
+// SPDX-License-Identifier: MIT

@@ -124,3 +124,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     require(again.LoadPicture_FromOrignalFormat(wish.size, wish.size, wish.depth) || again.Handle() == 0);
     return 0;
 }
+// SPDX-License-Identifier: MIT

@@ -278,3 +278,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     require(platform::openHandles() == handles);
     return 0;
 }
+// SPDX-License-Identifier: MIT

@@ -144,3 +144,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     require(std::ranges::equal(pixels(sheet), before));
     return 0;
 }
+// SPDX-License-Identifier: MIT

@@ -113,3 +113,4 @@ class Input {
 
 using namespace pixkit;       // NOLINT: every target is one small file
 using namespace pixkit::fuzz; // NOLINT
+// SPDX-License-Identifier: MIT

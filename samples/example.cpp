@@ -11,3 +11,4 @@ int main(int argc, char** argv) {
     std::cout << sheet.Width() << " x " << sheet.Height() << (saved ? " saved\n" : " not saved\n");
     return saved ? 0 : 1;
 }
+// SPDX-License-Identifier: MIT

@@ -64,7 +64,11 @@ if command -v doxygen >/dev/null; then
     scripts/reference.py --cxx "$(mktemp -d)" || { echo "lint: doxygen complains of a header"; failed=1; }
 fi
 
-# Every file says its licence, or .reuse/dep5 does.
+# Every file says its licence, sources in a line of their own, and .reuse/dep5 for the rest.
+if git grep -L SPDX-License-Identifier -- '*.cpp' '*.h' '*.sh' '*.py' | grep .; then
+    echo "lint: sources without a licence"
+    failed=1
+fi
 if command -v reuse >/dev/null; then
     reuse lint >/dev/null || { reuse lint | head -n 20; echo "lint: files without a licence"; failed=1; }
 fi

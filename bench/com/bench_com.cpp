@@ -119,3 +119,4 @@ int main() {
     sheet.reset();
     ::CoUninitialize();
 }
+// SPDX-License-Identifier: MIT

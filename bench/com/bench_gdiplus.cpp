@@ -86,3 +86,4 @@ int main() {
     platform::setGdiplusProvider([] { return platform::GdiplusApi(); });
     report("1,000 instances made and destroyed where there is no GDI+", creating(true));
 }
+// SPDX-License-Identifier: MIT

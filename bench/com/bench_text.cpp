@@ -79,3 +79,4 @@ int main() {
     ::DeleteObject(font);
     return own <= 2 * gdi ? 0 : 1;
 }
+// SPDX-License-Identifier: MIT

@@ -9,3 +9,4 @@ namespace bench {
 void encodeJpegStb(const std::uint8_t* rgb, int width, int height, int quality, std::vector<std::uint8_t>& out);
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

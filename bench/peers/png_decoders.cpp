@@ -134,3 +134,4 @@ Decoded decodeStb(std::span<const std::uint8_t> bytes) {
 }
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

@@ -20,3 +20,4 @@ Decoded decodeSpng(std::span<const std::uint8_t> png);
 Decoded decodeStb(std::span<const std::uint8_t> png);
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

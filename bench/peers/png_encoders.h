@@ -9,3 +9,4 @@ namespace bench {
 void encodePngStb(const std::uint8_t* rgba, int width, int height, int level, std::vector<std::uint8_t>& out);
 
 } // namespace bench
+// SPDX-License-Identifier: MIT

@@ -3,3 +3,4 @@
 #define STBI_ONLY_GIF
 #define STBI_ONLY_TGA
 #include <stb/stb_image.h>
+// SPDX-License-Identifier: MIT

@@ -24,3 +24,4 @@ void bench::encodePngStb(const std::uint8_t* rgba, int width, int height, int le
     stbi_write_png_compression_level = level;
     stbi_write_png_to_func(append, &out, width, height, 4, rgba, 4 * width);
 }
+// SPDX-License-Identifier: MIT

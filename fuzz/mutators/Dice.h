@@ -94,3 +94,4 @@ class Dice {
 };
 
 } // namespace pixkit::fuzz
+// SPDX-License-Identifier: MIT

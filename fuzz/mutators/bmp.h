@@ -63,3 +63,4 @@ inline void mutateBmp(Bytes& file, Dice& dice) {
 }
 
 } // namespace pixkit::fuzz
+// SPDX-License-Identifier: MIT

@@ -106,3 +106,4 @@ inline void mutateGif(Bytes& file, Dice& dice) {
 }
 
 } // namespace pixkit::fuzz
+// SPDX-License-Identifier: MIT

@@ -50,3 +50,4 @@ inline void mutateIco(Bytes& file, Dice& dice) {
 }
 
 } // namespace pixkit::fuzz
+// SPDX-License-Identifier: MIT

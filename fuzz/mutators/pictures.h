@@ -37,3 +37,4 @@ inline std::size_t mutateInput(std::uint8_t* data, std::size_t bytes, std::size_
 }
 
 } // namespace pixkit::fuzz
+// SPDX-License-Identifier: MIT

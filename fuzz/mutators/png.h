@@ -117,3 +117,4 @@ inline void mutatePng(Bytes& file, Dice& dice) {
 }
 
 } // namespace pixkit::fuzz
+// SPDX-License-Identifier: MIT

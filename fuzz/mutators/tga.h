@@ -31,3 +31,4 @@ inline void mutateTga(Bytes& file, Dice& dice) {
 }
 
 } // namespace pixkit::fuzz
+// SPDX-License-Identifier: MIT

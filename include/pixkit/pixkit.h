@@ -14,3 +14,4 @@
 #include "platform/text.h"
 #include "shared/resources.h"
 #include "surface/cPixSheet.h"
+// SPDX-License-Identifier: MIT

@@ -95,3 +95,4 @@ int wmain(int count, wchar_t** arguments) {
     std::printf("early bound %s, late bound %s\n", early ? "ok" : "FAILED", late ? "ok" : "FAILED");
     return early && late ? 0 : 1;
 }
+// SPDX-License-Identifier: MIT

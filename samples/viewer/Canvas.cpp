@@ -129,3 +129,4 @@ void Canvas::paint(HDC target, const RECT& part) const {
 }
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

@@ -37,3 +37,4 @@ class Canvas {
 };
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

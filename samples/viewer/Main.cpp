@@ -32,3 +32,4 @@ int WINAPI wWinMain(HINSTANCE program, HINSTANCE, LPWSTR, int show) {
     }
     return 0;
 }
+// SPDX-License-Identifier: MIT

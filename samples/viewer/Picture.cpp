@@ -185,3 +185,4 @@ void Picture::change() {
 }
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

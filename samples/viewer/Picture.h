@@ -47,3 +47,4 @@ class Picture {
 };
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

@@ -104,3 +104,4 @@ std::wstring showShapeWindow(HWND owner, const Sheet& picture, POINT corner, dou
 }
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

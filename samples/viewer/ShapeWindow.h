@@ -9,3 +9,4 @@ namespace viewer {
 std::wstring showShapeWindow(HWND owner, const Sheet& picture, POINT corner, double zoom);
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

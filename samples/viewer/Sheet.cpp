@@ -116,3 +116,4 @@ std::wstring extensionOf(const std::wstring& file) {
 }
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

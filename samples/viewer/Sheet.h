@@ -90,3 +90,4 @@ const std::vector<std::wstring>& extensions();
 std::wstring extensionOf(const std::wstring& file);
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

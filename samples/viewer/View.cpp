@@ -93,3 +93,4 @@ RECT View::place() const {
 }
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

@@ -32,3 +32,4 @@ class View {
 };
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

@@ -322,3 +322,4 @@ void ViewerWindow::markMenu(HMENU menu) const {
 }
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

@@ -48,3 +48,4 @@ class ViewerWindow {
 };
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

@@ -27,3 +27,4 @@
 #define COMMAND_GRAYSCALE 407
 #define COMMAND_SHAPE 501
 #define COMMAND_HELP 601
+// SPDX-License-Identifier: MIT

@@ -64,3 +64,4 @@ std::wstring askForFileToSave(HWND owner, const std::wstring& openName) {
 }
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

@@ -10,3 +10,4 @@ std::wstring askForFileToOpen(HWND owner);
 std::wstring askForFileToSave(HWND owner, const std::wstring& openName);
 
 } // namespace viewer
+// SPDX-License-Identifier: MIT

@@ -134,3 +134,4 @@ bool confirm(Console& console, const std::string& question) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

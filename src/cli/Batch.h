@@ -42,3 +42,4 @@ unsigned availableProcessors();
 bool confirm(Console& console, const std::string& question);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

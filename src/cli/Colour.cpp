@@ -275,3 +275,4 @@ void fillWith(cPixSheet& sheet, const Colour& colour) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -27,3 +27,4 @@ std::string formatColour(std::int32_t colour);
 void fillWith(cPixSheet& sheet, const Colour& colour);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -300,3 +300,4 @@ int run(std::vector<std::string> arguments, Console& console) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

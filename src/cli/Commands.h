@@ -108,3 +108,4 @@ int gallery(const GalleryRequest& request, Console& console);
 int run(std::vector<std::string> arguments, Console& console);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -146,3 +146,4 @@ int compose(const ComposeRequest& request, Console& console) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

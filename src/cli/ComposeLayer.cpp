@@ -144,3 +144,4 @@ ComposeLayer parseLayer(const std::string& text) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

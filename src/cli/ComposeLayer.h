@@ -27,3 +27,4 @@ struct ComposeLayer {
 ComposeLayer parseLayer(const std::string& text);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -13,3 +13,4 @@ struct Console {
 };
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

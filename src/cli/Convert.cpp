@@ -114,3 +114,4 @@ int convert(const ConvertRequest& request, Console& console) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -340,3 +340,4 @@ EffectStep parseTrim(const std::string&) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -63,3 +63,4 @@ EffectStep parseStrip(const std::string& argument);
 EffectStep parseText(const std::string& argument);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -203,3 +203,4 @@ EffectStep makeStep(std::string_view name, const std::string& argument) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -56,3 +56,4 @@ EffectStep makeStep(const EffectOption& option, const std::string& argument);
 EffectStep makeStep(std::string_view name, const std::string& argument);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -62,3 +62,4 @@ inline std::unique_ptr<HeaderSource> headersOf(const PictureSource& source) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

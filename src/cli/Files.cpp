@@ -36,3 +36,4 @@ std::optional<std::string> formatProblem(const fs::path& target) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

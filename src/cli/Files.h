@@ -18,3 +18,4 @@ std::optional<FileFormat> formatOf(const std::filesystem::path& file);
 std::optional<std::string> formatProblem(const std::filesystem::path& target);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -113,3 +113,4 @@ EffectStep parseStrip(const std::string&) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

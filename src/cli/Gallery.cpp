@@ -272,3 +272,4 @@ int gallery(const GalleryRequest& request, Console& console) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

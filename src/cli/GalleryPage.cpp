@@ -114,3 +114,4 @@ void writeGalleryPage(std::ostream& html, const std::vector<GalleryPicture>& pic
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -36,3 +36,4 @@ struct GalleryPicture {
 void writeGalleryPage(std::ostream& html, const std::vector<GalleryPicture>& pictures, const std::string& version);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -43,3 +43,4 @@ std::vector<IconEntrySize> parseIconEntries(std::string_view text) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

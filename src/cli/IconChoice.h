@@ -21,3 +21,4 @@ void parseIconSize(std::string_view text, IconChoice& choice);
 std::vector<IconEntrySize> parseIconEntries(std::string_view text);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

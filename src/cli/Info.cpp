@@ -315,3 +315,4 @@ int info(const InfoRequest& request, Console& console) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

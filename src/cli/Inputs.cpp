@@ -73,3 +73,4 @@ std::vector<Input> findInputs(const std::vector<std::string>& names, bool recurs
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -19,3 +19,4 @@ std::vector<Input> findInputs(const std::vector<std::string>& names, bool recurs
                               const std::filesystem::path& except = {});
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

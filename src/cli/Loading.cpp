@@ -167,3 +167,4 @@ std::string problemOf(const cPixSheet& sheet) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -42,3 +42,4 @@ void warn(std::ostream& err, const std::string& file, const cPixSheet& sheet, co
 std::string problemOf(const cPixSheet& sheet);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

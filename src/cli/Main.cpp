@@ -11,3 +11,4 @@ int main(int argc, char** argv) {
                          platform::isTerminal(platform::StandardStream::error)};
     return cli::run(platform::commandLineArguments(argc, argv), console);
 }
+// SPDX-License-Identifier: MIT

@@ -226,3 +226,4 @@ bool writeCompletions(std::ostream& out, const CLI::App& app, std::string_view s
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

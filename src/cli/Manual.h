@@ -16,3 +16,4 @@ void writeManual(std::ostream& out, const CLI::App& app, std::string_view versio
 bool writeCompletions(std::ostream& out, const CLI::App& app, std::string_view shell);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -115,3 +115,4 @@ std::string describeMistake(const CLI::App& command, const CLI::ParseError& erro
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

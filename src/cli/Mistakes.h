@@ -18,3 +18,4 @@ std::string suggestionFor(std::string_view word, std::span<const std::string_vie
 std::string describeMistake(const CLI::App& command, const CLI::ParseError& error);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

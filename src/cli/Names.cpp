@@ -53,3 +53,4 @@ Name imageTypeName(eImageFormat type) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

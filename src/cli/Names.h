@@ -13,3 +13,4 @@ Name alphaName(AlphaTypeEnum alpha);
 Name imageTypeName(eImageFormat type);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -204,3 +204,4 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

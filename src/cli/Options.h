@@ -25,3 +25,4 @@ void addEffect(CLI::App& sub, const EffectOption& effect, std::vector<EffectStep
                const char* group = effectsGroup);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -104,3 +104,4 @@ Place parsePlace(std::string_view text) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -37,3 +37,4 @@ std::optional<Place> readPlace(std::string_view text);
 Place parsePlace(std::string_view text);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -39,3 +39,4 @@ void Progress::rewrite(const std::string& line) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -32,3 +32,4 @@ class Progress {
 };
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -72,3 +72,4 @@ void endReports(const Reporting& reporting, std::size_t count, Console& console)
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

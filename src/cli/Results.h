@@ -34,3 +34,4 @@ void report(const Result& result, const Reporting& reporting, const char* comman
 void endReports(const Reporting& reporting, std::size_t count, Console& console);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -189,3 +189,4 @@ void writeWhole(const std::string& name, const std::function<void(std::ostream& 
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

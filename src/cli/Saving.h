@@ -49,3 +49,4 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

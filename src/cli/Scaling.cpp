@@ -62,3 +62,4 @@ PictureSize turnedSize(PictureSize picture, double degrees) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

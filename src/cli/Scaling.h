@@ -40,3 +40,4 @@ std::int32_t percentOf(std::int32_t length, double percent);
 PictureSize turnedSize(PictureSize picture, double degrees);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -227,3 +227,4 @@ int sheet(const SheetRequest& request, Console& console) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -69,3 +69,4 @@ void writeStream(const std::string& name, const ByteArray& bytes, std::ostream& 
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

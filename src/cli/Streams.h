@@ -27,3 +27,4 @@ PictureSource openSource(const std::string& name, std::istream& standardInput);
 void writeStream(const std::string& name, const ByteArray& bytes, std::ostream& standardOutput);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -111,3 +111,4 @@ void Destination::claim(const Target& target, const Input& input, Piece& piece, 
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

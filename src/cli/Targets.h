@@ -49,3 +49,4 @@ class Destination {
 };
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

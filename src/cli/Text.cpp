@@ -107,3 +107,4 @@ std::string urlPath(std::string_view utf8) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -25,3 +25,4 @@ std::string htmlText(std::string_view text);
 std::string urlPath(std::string_view utf8);
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -173,3 +173,4 @@ EffectStep parseText(const std::string& argument) {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

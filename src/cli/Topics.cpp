@@ -83,3 +83,4 @@ std::span<const Topic> topics() {
 }
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

@@ -14,3 +14,4 @@ struct Topic {
 std::span<const Topic> topics();
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

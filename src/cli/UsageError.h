@@ -10,3 +10,4 @@ class UsageError : public std::runtime_error {
 };
 
 } // namespace pixkit::cli
+// SPDX-License-Identifier: MIT

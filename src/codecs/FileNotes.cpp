@@ -27,3 +27,4 @@ PictureNotes notesOf(std::span<const std::uint8_t> file) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -14,3 +14,4 @@ PictureNotes notesOf(std::span<const std::uint8_t> file);
 void noteSegment(const JpegSegments& segment, PictureNotes& notes);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -90,3 +90,4 @@ WrittenFile write(std::span<const SourcePicture> pictures, const WriteOptions& o
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -33,3 +33,4 @@ std::span<const Format> formats() noexcept;
 WrittenFile write(std::span<const SourcePicture> pictures, const WriteOptions& options);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

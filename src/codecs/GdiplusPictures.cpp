@@ -66,3 +66,4 @@ WrittenFile SaveToPNGByGDIplus(cGDIPlus& cGDIp, const SourcePicture& Picture) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

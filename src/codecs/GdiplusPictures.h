@@ -21,3 +21,4 @@ WrittenFile SaveToJPGByGDIplus(cGDIPlus& cGDIp, const SourcePicture& Picture, co
 WrittenFile SaveToPNGByGDIplus(cGDIPlus& cGDIp, const SourcePicture& Picture);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -23,3 +23,4 @@ std::optional<PictureFacts> readPictureFacts(HeaderSource& file) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -58,3 +58,4 @@ std::optional<PictureFacts> readBmpFacts(HeaderSource& file);
 std::optional<PictureFacts> readTgaFacts(HeaderSource& file);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

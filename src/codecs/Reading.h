@@ -74,3 +74,4 @@ struct ReadResult {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

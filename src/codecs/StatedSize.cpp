@@ -37,3 +37,4 @@ StatedSize statedSize(std::span<const std::uint8_t> start) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

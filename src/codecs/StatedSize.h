@@ -18,3 +18,4 @@ inline constexpr std::size_t bytesOfStatedSize = 65536;
 StatedSize statedSize(std::span<const std::uint8_t> start) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -61,3 +61,4 @@ Outcome makeBitmap(const SourcePicture& picture, std::int32_t style, std::int32_
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

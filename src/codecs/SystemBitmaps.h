@@ -16,3 +16,4 @@ Outcome makeBitmap(const SourcePicture& picture, std::int32_t style, std::int32_
                    platform::UniqueBitmap& bitmap);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -31,3 +31,4 @@ Reason fileLimit(const cPixSheet& host, std::span<const std::uint8_t> file) noex
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -22,3 +22,4 @@ Reason gifLimit(const cPixSheet& host, const GifFrame& frame, std::size_t size) 
 Reason fileLimit(const cPixSheet& host, std::span<const std::uint8_t> file) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

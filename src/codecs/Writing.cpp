@@ -37,3 +37,4 @@ std::vector<std::uint8_t> FileParts::join() && {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -98,3 +98,4 @@ class WrittenFile {
 inline constexpr Reason tooLargeForFormat = "the format holds no more than 65,535 columns or rows";
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

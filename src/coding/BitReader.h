@@ -90,3 +90,4 @@ class BitReader {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

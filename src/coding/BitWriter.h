@@ -72,3 +72,4 @@ class BitWriter {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

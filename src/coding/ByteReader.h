@@ -49,3 +49,4 @@ class ByteReader {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -53,3 +53,4 @@ class ByteWriter {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -37,3 +37,4 @@ class CheckedSize {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

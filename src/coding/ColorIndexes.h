@@ -57,3 +57,4 @@ class ColorIndexes {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -12,3 +12,4 @@ inline std::uint32_t crc32(std::uint32_t crc, std::span<const std::uint8_t> byte
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -39,3 +39,4 @@ class Diffusion {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -34,3 +34,4 @@ std::uint8_t exifOrientation(std::span<const std::uint8_t> tiff) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

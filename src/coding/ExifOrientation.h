@@ -10,3 +10,4 @@ namespace pixkit {
 std::uint8_t exifOrientation(std::span<const std::uint8_t> tiff) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

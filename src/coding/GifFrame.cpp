@@ -165,3 +165,4 @@ std::vector<std::uint8_t> joinGifCodes(std::span<const std::uint8_t> file, const
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -50,3 +50,4 @@ bool areGifColorsComplete(std::span<const std::uint8_t> file) noexcept;
 std::vector<std::uint8_t> joinGifCodes(std::span<const std::uint8_t> file, const GifFrame& frame);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -12,3 +12,4 @@ constexpr std::uint32_t spreadHash(std::uint32_t number) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -29,3 +29,4 @@ inline constexpr std::array<InterlacePass, 7> adam7 = {
 inline constexpr std::array<InterlacePass, 4> gifPasses = {{{0, 0, 8, 1}, {4, 0, 8, 1}, {2, 0, 4, 1}, {1, 0, 2, 1}}};
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -145,3 +145,4 @@ bool endsJpegEarly(Bytes file, std::size_t scan) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

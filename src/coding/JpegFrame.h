@@ -53,3 +53,4 @@ bool endsJpegEarly(std::span<const std::uint8_t> file, std::size_t scan) noexcep
 bool isInProportion(const JpegFrame& frame, std::span<const std::uint8_t> file) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

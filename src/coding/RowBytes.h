@@ -14,3 +14,4 @@ constexpr std::uint64_t paddedRowBytes(std::uint64_t width, std::uint64_t bitsPe
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -301,3 +301,4 @@ HRESULT Argument::giveBackArray() noexcept {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -60,3 +60,4 @@ class Argument {
 };
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

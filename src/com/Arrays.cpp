@@ -256,3 +256,4 @@ HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) no
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

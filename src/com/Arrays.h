@@ -113,3 +113,4 @@ HRESULT forElements(SAFEARRAY* array, Use&& use) {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

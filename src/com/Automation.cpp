@@ -43,3 +43,4 @@ BSTR toBstr(const std::string& utf8) {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

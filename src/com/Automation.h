@@ -88,3 +88,4 @@ std::string nameToUtf8(const wchar_t* name);
 BSTR toBstr(const std::string& utf8);
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

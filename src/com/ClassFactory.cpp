@@ -52,3 +52,4 @@ HRESULT createClassFactory(REFIID interfaceId, void** object) noexcept {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

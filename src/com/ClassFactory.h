@@ -7,3 +7,4 @@ namespace pixkit::com {
 HRESULT createClassFactory(REFIID interfaceId, void** object) noexcept;
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

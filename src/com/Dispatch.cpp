@@ -138,3 +138,4 @@ HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID 
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

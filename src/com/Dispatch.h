@@ -11,3 +11,4 @@ HRESULT invoke(const TypeInformation& types, IDispatch* object, DISPID id, LCID 
                DISPPARAMS* arguments, VARIANT* result, UINT* argumentError) noexcept;
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -124,3 +124,4 @@ std::vector<DroppedFile> droppedFiles(const VARIANT& data) {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

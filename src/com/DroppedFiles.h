@@ -15,3 +15,4 @@ namespace pixkit::com {
 std::vector<DroppedFile> droppedFiles(const VARIANT& data);
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

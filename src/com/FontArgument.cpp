@@ -75,3 +75,4 @@ FontArgument::~FontArgument() {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

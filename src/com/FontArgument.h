@@ -32,3 +32,4 @@ class FontArgument {
 };
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

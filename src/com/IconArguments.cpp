@@ -84,3 +84,4 @@ bool collectIconSizes(SAFEARRAY* sizes, std::vector<IconEntrySize>& entries) {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

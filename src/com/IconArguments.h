@@ -17,3 +17,4 @@ bool collectSheets(const VARIANT& source, std::vector<ComPtr<_cPixSheet>>& sheet
 bool collectIconSizes(SAFEARRAY* sizes, std::vector<IconEntrySize>& entries);
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

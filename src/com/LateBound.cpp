@@ -57,3 +57,4 @@ HRESULT callByName(IDispatch* object, const wchar_t* name, std::span<const VARIA
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

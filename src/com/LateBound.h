@@ -15,3 +15,4 @@ HRESULT callByName(IDispatch* object, const wchar_t* name, std::span<const VARIA
 HRESULT defaultProperty(IDispatch* object, Variant& result) noexcept;
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -63,3 +63,4 @@ void LateCall::describe(const TypeInformation& types, ErrorReport& report) const
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -16,3 +16,4 @@ struct LateCall {
 };
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -31,3 +31,4 @@ bool LiveObject::isOne(_cPixSheet* object) noexcept {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -21,3 +21,4 @@ class LiveObject {
 };
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

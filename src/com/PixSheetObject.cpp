@@ -399,3 +399,4 @@ HRESULT PixSheetObject::GetPastedFileNames(SAFEARRAY** FileNames, LONG* result) 
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -603,3 +603,4 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
 };
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -156,3 +156,4 @@ HRESULT unregisterServer(Scope scope) noexcept try {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -15,3 +15,4 @@ HRESULT registerServer(Scope scope) noexcept;
 HRESULT unregisterServer(Scope scope) noexcept;
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -108,3 +108,4 @@ bool withResource(VARIANT& index, VARIANT& section, IDispatch* host, const Use& 
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -31,3 +31,4 @@ std::unique_ptr<platform::StdPicture> pictureOf(IUnknown* object);
 IPictureDisp* pictureDispOf(const platform::StdPicture& picture);
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -203,3 +203,4 @@ const Member* TypeInformation::find(DISPID id, WORD flags) const noexcept {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

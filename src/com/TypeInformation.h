@@ -58,3 +58,4 @@ class TypeInformation {
 };
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

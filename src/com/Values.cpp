@@ -52,3 +52,4 @@ HRESULT changeType(const VARIANT& value, VARTYPE type, Variant& changed, LCID lo
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -19,3 +19,4 @@ HRESULT copyOf(const VARIANT& value, Variant& copy) noexcept;
 HRESULT changeType(const VARIANT& value, VARTYPE type, Variant& changed, LCID locale = LOCALE_USER_DEFAULT) noexcept;
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -53,3 +53,4 @@ STDAPI DllInstall(BOOL install, PCWSTR commandLine) {
     if (::lstrcmpiW(commandLine, L"user") != 0) return E_INVALIDARG;
     return install ? registerServer(Scope::user) : unregisterServer(Scope::user);
 }
+// SPDX-License-Identifier: MIT

@@ -64,3 +64,4 @@ void __cxa_free_dependent_exception(__cxa_dependent_exception* reference) noexce
 }
 
 } // namespace __cxxabiv1
+// SPDX-License-Identifier: MIT

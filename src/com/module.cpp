@@ -72,3 +72,4 @@ ModuleReference::~ModuleReference() {
 }
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

@@ -34,3 +34,4 @@ void giveGdiplusBack() noexcept;
 void lockModule(bool lock) noexcept;
 
 } // namespace pixkit::com
+// SPDX-License-Identifier: MIT

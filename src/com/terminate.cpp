@@ -9,3 +9,4 @@ void __verbose_terminate_handler() {
 }
 
 } // namespace __gnu_cxx
+// SPDX-License-Identifier: MIT

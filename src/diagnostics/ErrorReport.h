@@ -49,3 +49,4 @@ void setErrorReportPresenter(ErrorReportPresenter presenter);
 bool showErrorReport(const ErrorReport& report);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -20,3 +20,4 @@ Outcome::Outcome(const std::exception& error) noexcept : Outcome(noMemory) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -61,3 +61,4 @@ inline Outcome doneIf(bool isDone, Reason otherwise) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

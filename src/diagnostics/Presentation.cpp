@@ -72,3 +72,4 @@ void present(const ErrorReport& report) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

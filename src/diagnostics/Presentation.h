@@ -8,3 +8,4 @@ namespace pixkit {
 void present(const ErrorReport& report);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -35,3 +35,4 @@ std::string reportText(const ErrorReport& report) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

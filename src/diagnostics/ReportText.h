@@ -12,3 +12,4 @@ std::vector<ErrorReport::Version> versionsInUse();
 std::string reportText(const ErrorReport& report);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

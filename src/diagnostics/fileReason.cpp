@@ -35,3 +35,4 @@ Reason fileReason(Reason otherwise) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

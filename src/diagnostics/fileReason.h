@@ -9,3 +9,4 @@ namespace pixkit {
 Reason fileReason(Reason otherwise) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -74,3 +74,4 @@ void reportError(const Procedure& procedure, const char* description, DescribeCa
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

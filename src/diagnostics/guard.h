@@ -134,3 +134,4 @@ Outcome guardedOutcome(const Origin& origin, Body&& body) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

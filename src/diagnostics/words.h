@@ -38,3 +38,4 @@ std::string inWords(const Value& value) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -261,3 +261,4 @@ bool hasAbility(const GdiplusSession& session, GdiplusAbility ability) noexcept 
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

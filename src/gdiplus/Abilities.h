@@ -20,3 +20,4 @@ enum class GdiplusAbility : std::uint8_t {
 bool hasAbility(const GdiplusSession& session, GdiplusAbility ability) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

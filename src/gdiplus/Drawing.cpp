@@ -66,3 +66,4 @@ bool drawByGdiplus(const GdiplusApi& api, const GdiplusDrawing& drawing) noexcep
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -8,3 +8,4 @@ namespace pixkit {
 bool drawByGdiplus(const platform::GdiplusApi& api, const GdiplusDrawing& drawing) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

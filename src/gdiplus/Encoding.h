@@ -11,3 +11,4 @@ std::vector<std::uint8_t> encodeByGdiplus(const platform::GdiplusApi& api, Const
                                           const platform::GpEncoding& encoding) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

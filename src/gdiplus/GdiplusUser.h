@@ -13,3 +13,4 @@ class GdiplusUser {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -38,3 +38,4 @@ inline platform::GpScan scanOf(ConstPixelView pixels, platform::GpPixelFormat fo
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -144,3 +144,4 @@ bool areGdiplusTokensOut() noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -58,3 +58,4 @@ bool destroyGdiplusToken(std::int32_t token) noexcept;
 bool areGdiplusTokensOut() noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

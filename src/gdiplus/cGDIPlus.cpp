@@ -102,3 +102,4 @@ std::vector<std::uint8_t> cGDIPlus::SaveToJPG(ConstPixelView pixels, std::int32_
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -62,3 +62,4 @@ class cGDIPlus {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

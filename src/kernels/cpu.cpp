@@ -41,3 +41,4 @@ CpuFeatures features() noexcept {
 }
 
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -26,3 +26,4 @@ constexpr CpuLevel cpuLevels[] = {
 CpuFeatures features() noexcept;
 
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

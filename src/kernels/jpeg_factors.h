@@ -22,3 +22,4 @@ constexpr std::int16_t fix_0_298631336 = 2446, fix_0_390180644 = 3196, fix_0_541
                        fix_3_072711026 = 25172;
 
 } // namespace pixkit::kernels::jpeg
+// SPDX-License-Identifier: MIT

@@ -286,3 +286,4 @@ const Table& table() noexcept;
 Table tableFor(CpuFeatures features) noexcept;
 
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

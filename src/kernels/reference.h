@@ -27,3 +27,4 @@ void filterSumsPart(std::uint64_t* sums, const std::uint8_t* row, const std::uin
 
 } // namespace scalar
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

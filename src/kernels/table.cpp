@@ -33,3 +33,4 @@ const Table& table() noexcept {
 }
 
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

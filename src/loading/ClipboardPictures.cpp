@@ -132,3 +132,4 @@ bool cPixSheet::LoadPicture_ClipBoard(bool SaveFormat) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -100,3 +100,4 @@ std::int32_t cPixSheet::GetPastedFileNames(std::vector<std::string>& FileNames) 
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

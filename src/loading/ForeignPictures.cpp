@@ -94,3 +94,4 @@ Outcome ConvertstdPicTo32bpp(platform::Handle hBitmap, cPixSheet& Host) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -20,3 +20,4 @@ Outcome ConvertstdPicTo32bpp(const platform::StdPicture& Picture, cPixSheet& Hos
 Outcome ConvertstdPicTo32bpp(platform::Handle hBitmap, cPixSheet& Host);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -46,3 +46,4 @@ Reason reasonOfUnknown(std::span<const std::uint8_t> start) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -10,3 +10,4 @@ namespace pixkit {
 Reason reasonOfUnknown(std::span<const std::uint8_t> start) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

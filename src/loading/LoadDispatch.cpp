@@ -219,3 +219,4 @@ bool cPixSheet::GetOrginalFormat(ByteArray& outStream) const noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -75,3 +75,4 @@ void LoadRequest::read(std::span<std::uint8_t> into, std::size_t position) const
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -53,3 +53,4 @@ class LoadRequest final : public PictureSource {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -70,3 +70,4 @@ bool cPixSheet::LoadPicture_Resource(const ResourceId& ResIndex, const ResourceI
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

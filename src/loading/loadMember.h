@@ -15,3 +15,4 @@ bool loadMember(const Call<Parts...>& call, cPixSheet& sheet, Load&& load) noexc
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -85,3 +85,4 @@ std::vector<VirtualFile> virtualFilesOf(std::span<const std::uint8_t> block, std
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

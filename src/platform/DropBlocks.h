@@ -28,3 +28,4 @@ inline constexpr std::size_t wideDescription = 592, narrowDescription = 332;
 std::vector<VirtualFile> virtualFilesOf(std::span<const std::uint8_t> block, std::size_t description);
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -31,3 +31,4 @@ class HandlerSlot {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -19,3 +19,4 @@ class Lock {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

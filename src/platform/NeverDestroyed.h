@@ -12,3 +12,4 @@ union NeverDestroyed {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

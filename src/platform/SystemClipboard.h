@@ -20,3 +20,4 @@ void untilNotBusy(Attempt&& attempt) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -10,3 +10,4 @@ namespace pixkit::platform {
 std::string fromNarrow(std::span<const std::uint8_t> name);
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -16,3 +16,4 @@ constexpr int cautiousAnswer(std::uint32_t style) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -51,3 +51,4 @@ std::vector<std::uint8_t> OpenClipboard::get(const std::string& format) const {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

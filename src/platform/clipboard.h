@@ -74,3 +74,4 @@ class OpenClipboard {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -13,3 +13,4 @@ const OsVersion* pretendedVersion() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -32,3 +32,4 @@ class Utf8Console {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

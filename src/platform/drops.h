@@ -29,3 +29,4 @@ std::vector<DroppedFile> filesOfDrop(Handle drop);
 } // namespace platform
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

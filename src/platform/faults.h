@@ -112,3 +112,4 @@ class PretendedVersion {
 std::size_t openHandles() noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

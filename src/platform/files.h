@@ -104,3 +104,4 @@ std::size_t folderLength(const std::string& name) noexcept;
 using UniqueFile = UniqueHandle<&CloseHandle, invalidHandle>;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

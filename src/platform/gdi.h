@@ -138,3 +138,4 @@ class ScreenDC {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

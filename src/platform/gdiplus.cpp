@@ -49,3 +49,4 @@ void setGdiplusProvider(GdiplusProvider provider) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

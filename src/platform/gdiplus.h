@@ -111,3 +111,4 @@ void setGdiplusProvider(GdiplusProvider provider);
 GdiplusApi systemGdiplus();
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

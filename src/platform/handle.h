@@ -38,3 +38,4 @@ class UniqueHandle {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -29,3 +29,4 @@ using UniqueIcon = UniqueHandle<DestroyIcon>;
 Handle CreateMonochromeBitmap(std::int32_t width, std::int32_t height, const std::uint8_t* bits) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -28,3 +28,4 @@ int MessageBoxW(const std::string& text, const std::string& caption, std::uint32
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -36,3 +36,4 @@ bool isSomebodyThere() noexcept;
 bool isDesktopWindowUnicode() noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

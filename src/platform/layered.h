@@ -21,3 +21,4 @@ struct LayeredContent {
 bool UpdateLayeredWindow(Handle window, const LayeredContent& content) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -21,3 +21,4 @@ bool FreeLibrary(Handle library) noexcept;
 using UniqueLibrary = UniqueHandle<&FreeLibrary>;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

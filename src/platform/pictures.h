@@ -66,3 +66,4 @@ bool canLoadJpeg() noexcept;
 bool canLoadMetafiles() noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -27,3 +27,4 @@ RegionKind GetRgnBox(Handle region, Rect& box) noexcept;
 bool PtInRegion(Handle region, std::int32_t x, std::int32_t y) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

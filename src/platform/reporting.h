@@ -22,3 +22,4 @@ struct NamedVersion {
 std::vector<NamedVersion> versionsInUse();
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

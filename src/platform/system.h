@@ -32,3 +32,4 @@ bool RtlGenRandom(void* bytes, std::uint32_t count) noexcept;
 bool isUnderLoaderLock() noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

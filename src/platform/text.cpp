@@ -18,3 +18,4 @@ FontRecord recordOf(const StdFont& font) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

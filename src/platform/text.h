@@ -105,3 +105,4 @@ bool canDrawText() noexcept;
 bool takesFontFiles() noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

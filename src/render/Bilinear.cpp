@@ -241,3 +241,4 @@ void resampleBilinear(PixelView output, ConstPixelView source, const ResampledAx
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

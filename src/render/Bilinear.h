@@ -9,3 +9,4 @@ namespace pixkit {
 void resampleBilinear(PixelView output, ConstPixelView source, const ResampledAxis& columns, const ResampledAxis& rows);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -131,3 +131,4 @@ Outcome spt_Win9xBlend(const DrawJob& job) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

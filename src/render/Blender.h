@@ -16,3 +16,4 @@ namespace pixkit {
 Outcome spt_Win9xBlend(const DrawJob& job);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

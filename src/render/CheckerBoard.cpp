@@ -53,3 +53,4 @@ bool cPixSheet::CreateCheckerBoard(std::int32_t CheckerSize, std::int32_t FirstC
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

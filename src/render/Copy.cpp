@@ -70,3 +70,4 @@ Outcome cPixSheet::pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::in
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

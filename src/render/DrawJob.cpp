@@ -38,3 +38,4 @@ Outcome spt_DrawInSoftware(DrawJob& job) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -63,3 +63,4 @@ inline std::uint8_t globalAlphaOf(std::int32_t Opacity) noexcept {
 Outcome spt_DrawInSoftware(DrawJob& job);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

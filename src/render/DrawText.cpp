@@ -108,3 +108,4 @@ bool cPixSheet::MeasureText_stdFont(const platform::StdFont& Font, const std::st
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -68,3 +68,4 @@ std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, s
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -109,3 +109,4 @@ bool cPixSheet::MirrorImage(bool MirrorAxisX, bool MirrorAxisY) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

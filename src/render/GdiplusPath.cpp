@@ -63,3 +63,4 @@ bool spt_RenderGDIplus(DrawJob job, cGDIPlus& cGDIp) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

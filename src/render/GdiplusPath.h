@@ -12,3 +12,4 @@ class cGDIPlus;
 bool spt_RenderGDIplus(DrawJob job, cGDIPlus& cGDIp);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

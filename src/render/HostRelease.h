@@ -19,3 +19,4 @@ class HostRelease {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -37,3 +37,4 @@ class PixelBuffer {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

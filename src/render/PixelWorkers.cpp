@@ -88,3 +88,4 @@ void spt_MirrorDIB(DrawJob& job, PixelBuffer& aMirrorBytes) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -23,3 +23,4 @@ void spt_MirrorInPlace(PixelView image, bool mirrorsColumns, bool mirrorsRows);
 void spt_MirrorDIB(DrawJob& job, PixelBuffer& aMirrorBytes);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -246,3 +246,4 @@ std::intptr_t cPixSheet::CreateRegion(std::int32_t RegionStyle, std::uint8_t Opa
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

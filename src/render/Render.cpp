@@ -174,3 +174,4 @@ bool cPixSheet::DestroyGDIplusToken(std::int32_t Token) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -18,3 +18,4 @@ struct ResampledAxis {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -71,3 +71,4 @@ void spt_pvResize(PixelView rSizedBytes, ConstPixelView source, bool HighQuality
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

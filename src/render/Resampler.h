@@ -18,3 +18,4 @@ void spt_pvResize(DrawJob& job, PixelBuffer& rSizedBytes);
 void spt_pvResize(PixelView rSizedBytes, ConstPixelView source, bool HighQuality);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

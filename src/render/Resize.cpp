@@ -106,3 +106,4 @@ void cPixSheet::ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std:
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

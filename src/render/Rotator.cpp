@@ -258,3 +258,4 @@ Outcome spt_RotateImage(DrawJob& job) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

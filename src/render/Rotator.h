@@ -50,3 +50,4 @@ class Rotator {
 Outcome spt_RotateImage(DrawJob& job);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -247,3 +247,4 @@ Outcome spt_DrawText(const cPixSheet& settings, platform::TextFont& font, const 
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -28,3 +28,4 @@ struct TextDrawing {
 Outcome spt_DrawText(const cPixSheet& settings, platform::TextFont& font, const TextDrawing& drawing);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

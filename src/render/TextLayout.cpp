@@ -271,3 +271,4 @@ Outcome TextLayout::layOut(std::string_view text, const TextForm& form) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

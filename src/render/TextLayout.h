@@ -113,3 +113,4 @@ bool TextLayout::forPieces(IsWanted&& isWanted, Draw&& draw) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -158,3 +158,4 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -72,3 +72,4 @@ bool cPixSheet::TrimImage(std::int32_t TrimOptions, bool ReportOnly, TrimRectang
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -40,3 +40,4 @@ bool cPixSheet::CopyToClipBoard() const noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -38,3 +38,4 @@ Outcome deliverToFile(const FileTarget& target, const std::function<WrittenFile(
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -23,3 +23,4 @@ struct FileTarget {
 Outcome deliverToFile(const FileTarget& target, const std::function<WrittenFile()>& write);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -93,3 +93,4 @@ Outcome OutputFile::save(std::span<const std::span<const std::uint8_t>> pieces) 
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

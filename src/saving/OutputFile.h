@@ -40,3 +40,4 @@ class OutputFile {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

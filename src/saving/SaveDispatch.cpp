@@ -198,3 +198,4 @@ std::int32_t cPixSheet::SaveToStream_ICO(ByteArray& outStream, std::span<const c
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

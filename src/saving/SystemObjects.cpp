@@ -93,3 +93,4 @@ bool cPixSheet::UpdateLayeredWindow(std::intptr_t hWnd, std::int32_t x, std::int
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

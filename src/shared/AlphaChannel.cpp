@@ -140,3 +140,4 @@ bool iparseHasAlpha(ConstPixelView inStream) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

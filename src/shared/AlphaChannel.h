@@ -70,3 +70,4 @@ class AlphaOfRows {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -31,3 +31,4 @@ AlphaTypeEnum alphaFromTwoBackgrounds(PixelView overBlack, ConstPixelView overWh
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -15,3 +15,4 @@ AlphaTypeEnum alphaTypeOf(ConstPixelView pixels) noexcept;
 AlphaTypeEnum alphaFromTwoBackgrounds(PixelView overBlack, ConstPixelView overWhite) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

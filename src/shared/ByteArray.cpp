@@ -103,3 +103,4 @@ std::size_t ByteArray::size() const noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

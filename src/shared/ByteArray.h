@@ -77,3 +77,4 @@ class ByteArray {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -69,3 +69,4 @@ std::int32_t iparseFindColor(std::span<const std::int32_t> PaletteItems, std::in
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -34,3 +34,4 @@ std::int32_t iparseFindColor(std::span<const std::int32_t> PaletteItems, std::in
                              bool& isNew) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -76,3 +76,4 @@ bool iparseReplaceFile(const std::string& FileName, const std::string& ReplacedN
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

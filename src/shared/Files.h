@@ -29,3 +29,4 @@ bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept;
 bool iparseReplaceFile(const std::string& FileName, const std::string& ReplacedName, bool useUnicode) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -130,3 +130,4 @@ FilterAxis::Taps FilterAxis::weigh(std::size_t i) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

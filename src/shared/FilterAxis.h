@@ -62,3 +62,4 @@ class FilterAxis {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -49,3 +49,4 @@ inline bool overlap(std::span<const std::uint8_t> a, std::span<const std::uint8_
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -24,3 +24,4 @@ struct Rect {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -137,3 +137,4 @@ void resample(PixelView target, ConstPixelView source, const Resampling& how) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

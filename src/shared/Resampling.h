@@ -23,3 +23,4 @@ struct Resampling {
 void resample(PixelView target, ConstPixelView source, const Resampling& how);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

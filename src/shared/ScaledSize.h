@@ -26,3 +26,4 @@ inline std::pair<std::int32_t, std::int32_t> scaledSize(std::int32_t width, std:
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -23,3 +23,4 @@ inline std::unique_ptr<platform::StdPicture> iparseHandleToStdPicture(platform::
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

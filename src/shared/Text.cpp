@@ -107,3 +107,4 @@ std::optional<CalendarTime> timeOf(std::string_view text) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -32,3 +32,4 @@ std::optional<CalendarTime> timeOf(double date) noexcept;
 double dateOf(const CalendarTime& time) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

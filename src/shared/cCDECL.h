@@ -27,3 +27,4 @@ inline bool iparseValidateDLL(const char* DllName, const char* dllProc) noexcept
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -36,3 +36,4 @@ constexpr std::int32_t iparseReverseLong(std::int32_t inLong) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

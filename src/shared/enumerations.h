@@ -142,3 +142,4 @@ enum eConstants : std::int32_t {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -8,3 +8,4 @@ namespace pixkit {
 inline constexpr std::int64_t largestRefusedFile = 56;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -7,3 +7,4 @@
 #include "shared/StdPictures.h"
 #include "shared/cCDECL.h"
 #include "shared/checked.h"
+// SPDX-License-Identifier: MIT

@@ -18,3 +18,4 @@ ResourceProvider resourceProvider() {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -30,3 +30,4 @@ void setResourceProvider(ResourceProvider provider);
 ResourceProvider resourceProvider();
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -35,3 +35,4 @@ constexpr std::uint32_t enableGdiPlus(std::uint32_t flags, bool enable, Probe&& 
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

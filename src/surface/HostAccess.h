@@ -79,3 +79,4 @@ struct HostAccess {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -58,3 +58,4 @@ struct Limits {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -28,3 +28,4 @@ std::string PictureNotes::text() const {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -21,3 +21,4 @@ struct PictureNotes {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -207,3 +207,4 @@ bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is3
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

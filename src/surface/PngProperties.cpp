@@ -183,3 +183,4 @@ std::optional<std::pair<std::int32_t, std::int32_t>> PngProperties::density() co
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

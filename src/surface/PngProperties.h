@@ -63,3 +63,4 @@ class PngProperties {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -87,3 +87,4 @@ std::string cPixSheet::Version() const noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -31,3 +31,4 @@ struct TrimRectangle {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

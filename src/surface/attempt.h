@@ -23,3 +23,4 @@ bool attempt(const Call<cPixSheet, Values...>& call, Body&& body) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -11,3 +11,4 @@ inline bool isAttended(const cPixSheet& sheet) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

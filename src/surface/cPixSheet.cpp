@@ -193,3 +193,4 @@ void cPixSheet::pvReplaceImage(cPixSheet& successor, CursorHotspot hotspot) noex
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

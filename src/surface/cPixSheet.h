@@ -594,3 +594,4 @@ class cPixSheet {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

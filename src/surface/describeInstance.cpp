@@ -26,3 +26,4 @@ void describeInstance(const cPixSheet& sheet, ErrorReport& report) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -158,3 +158,4 @@ TEST_F(Command, AFormatThatThisMachineCannotReadCountsAsDamaged) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -154,3 +154,4 @@ INSTANTIATE_TEST_SUITE_P(Each, CommandTranscript,
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -88,3 +88,4 @@ TEST_P(Apartments, AreRefusedWhereNothingIsRegistered) {
 INSTANTIATE_TEST_SUITE_P(FromOneAndMany, Apartments, testing::Values(COINIT_APARTMENTTHREADED, COINIT_MULTITHREADED));
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

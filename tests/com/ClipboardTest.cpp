@@ -211,3 +211,4 @@ TEST(SystemClipboardFailures, AFailingCallKeepsMemoryTheWindowOrTheClipboard) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -308,3 +308,4 @@ TEST_F(Drops, AFailingCallKeepsTheClipboardOrAReference) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -226,3 +226,4 @@ TEST_F(ErrorReports, AreNotShownWhereNobodyReadsThemOrUnderTheLoadersLock) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -18,3 +18,4 @@ inline HRESULT makeFont(int points, REFIID interfaceId, void** font) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -65,3 +65,4 @@ TEST_F(GdiplusComTest, DrawsOtherPixelsThanWithoutGdiplus) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

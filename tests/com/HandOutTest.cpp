@@ -248,3 +248,4 @@ TEST_F(HandOut, LeaksObjectsOfTheSystem) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

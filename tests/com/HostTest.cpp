@@ -224,3 +224,4 @@ TEST_F(HostResources, MayLetGoOfTheLastReferenceWhileTheyAreAsked) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -286,3 +286,4 @@ TEST_F(Hostile, VariablesMayBecomeAnythingWhileACallIsMade) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -49,3 +49,4 @@ class ImageFile {
 };
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

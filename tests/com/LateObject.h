@@ -70,3 +70,4 @@ class LateObject final : public IDispatchEx {
 };
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -152,3 +152,4 @@ TEST_F(Lifetime, TenThousandObjectsAndTextsLeaveNoGdiObjectHandleOrMemoryBehind)
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -75,3 +75,4 @@ TEST_F(ComTest, AMemberWithoutMemoryLosesSomethingOrGivesHalfOfIt) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -305,3 +305,4 @@ TEST_F(OddCalls, DrawingMissesMovedOriginsAndClipRegions) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -42,3 +42,4 @@ TEST_F(Regions, StayBehind) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -149,3 +149,4 @@ TEST_F(Registration, TheShippedManifestServesWithoutAnyRegistration) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -46,3 +46,4 @@ TEST_F(SampleNames, AreInTheTypeLibrary) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -201,3 +201,4 @@ class OwnArray {
 };
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -203,3 +203,4 @@ TEST_F(TextComTest, SmoothsOrLosesABitmapFontAndStopsAtOddText) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

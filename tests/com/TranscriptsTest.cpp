@@ -320,3 +320,4 @@ PIXKIT_RUN_TRANSCRIPTS(EarlyTranscripts, ComEngine(Calls::early));
 } // namespace
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

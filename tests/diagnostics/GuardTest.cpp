@@ -160,3 +160,4 @@ TEST(Guard, AMemberThatRunsOutOfMemoryDoesNotSayWhatItWasCalledWith) {
 
 } // namespace
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

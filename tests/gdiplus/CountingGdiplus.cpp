@@ -242,3 +242,4 @@ GdiplusApi CountingGdiplus::watched() {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

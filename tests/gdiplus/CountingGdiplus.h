@@ -36,3 +36,4 @@ platform::GdiplusApi someGdiplus();
 std::vector<std::uint8_t> foreignPicture();
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -211,3 +211,4 @@ TEST_F(BridgeTest, LosesSomethingWhenACallFails) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

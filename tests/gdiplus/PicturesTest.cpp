@@ -50,3 +50,4 @@ TEST(GdiplusPictures, ComeOutOtherThanThroughTheComponentsReader) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

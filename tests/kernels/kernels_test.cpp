@@ -207,3 +207,4 @@ INSTANTIATE_TEST_SUITE_P(All, KernelLevel, testing::ValuesIn(cpuLevels),
 
 } // namespace
 } // namespace pixkit::kernels::test
+// SPDX-License-Identifier: MIT

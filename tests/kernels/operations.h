@@ -328,3 +328,4 @@ std::vector<Operation> operations(bool everyOpacity) {
 
 } // namespace
 } // namespace pixkit::kernels::test
+// SPDX-License-Identifier: MIT

@@ -168,3 +168,4 @@ TEST_F(Clipboard, ABusyClipboardIsTriedForHalfASecondAndThenLeftAlone) {
 }
 
 } // namespace
+// SPDX-License-Identifier: MIT

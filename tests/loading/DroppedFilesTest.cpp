@@ -123,3 +123,4 @@ TEST_F(DroppedFiles, DescriptionsThatAreNotThereOrFoldersCount) {
     EXPECT_EQ(platform::virtualFilesOf(std::span(block).first(block.size() - 1), size).size(), 1U);
     EXPECT_TRUE(platform::virtualFilesOf(std::span(block).first(3), size).empty());
 }
+// SPDX-License-Identifier: MIT

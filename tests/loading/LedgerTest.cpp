@@ -119,3 +119,4 @@ TEST_F(Ledger, ACutPictureIsNotSurvived) {
         }
     }
 }
+// SPDX-License-Identifier: MIT

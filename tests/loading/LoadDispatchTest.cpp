@@ -195,3 +195,4 @@ TEST(AlphaType, APixelGetsTheWrongAlphaFromTwoBackgrounds) {
     EXPECT_EQ(result(0, 4), AlphaComplex);
     EXPECT_EQ(overBlack, (Bytes{0, 0, 0, 0, 1, 2, 3, 255, 255, 255, 255, 255, 60, 0, 10, 128}));
 }
+// SPDX-License-Identifier: MIT

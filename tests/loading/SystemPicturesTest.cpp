@@ -128,3 +128,4 @@ TEST_F(SystemPicture, AMetafileIsNotDrawnAsItIs) {
         EXPECT_EQ(alpha, 0);
     }
 }
+// SPDX-License-Identifier: MIT

@@ -55,3 +55,4 @@ TEST(InflateOracle, AStreamIsJudgedDifferentlyThanByZlib) {
 }
 
 } // namespace
+// SPDX-License-Identifier: MIT

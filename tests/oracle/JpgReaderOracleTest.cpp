@@ -73,3 +73,4 @@ TEST(JpgReaderOracle, InksAreMixedOtherwiseThanByImageMagick) {
         EXPECT_LE(difference(sheet, *theirs), 1) << row.kind;
     }
 }
+// SPDX-License-Identifier: MIT

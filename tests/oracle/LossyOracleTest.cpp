@@ -97,3 +97,4 @@ TEST(LossyOracle, LibjpegFindsAWorsePictureThanInItsOwnFile) {
     for (std::int32_t i = 0; i < 17 * 17; ++i)
         compare(1 + i % 17, 1 + i / 17, i % 2 == 0 ? 80 : 92, i % 5 == 0, 4);
 }
+// SPDX-License-Identifier: MIT

@@ -113,3 +113,4 @@ TEST(PicturesOracle, ColoursDifferFromOtherReaders) {
     }
     EXPECT_GT(compared, 800);
 }
+// SPDX-License-Identifier: MIT

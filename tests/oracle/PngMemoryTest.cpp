@@ -74,3 +74,4 @@ TEST_F(PngMemory, ALoadTakesMuchMoreThanItsWindow) {
         }
     }
 }
+// SPDX-License-Identifier: MIT

@@ -139,3 +139,4 @@ inline int difference(const cPixSheet& sheet, const Straight& read) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -179,3 +179,4 @@ TEST(WrittenOracle, OthersReadOtherPixelsInIcons) {
         EXPECT_EQ(difference(ours, *magick), 0) << "ImageMagick";
     }
 }
+// SPDX-License-Identifier: MIT

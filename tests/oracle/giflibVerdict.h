@@ -59,3 +59,4 @@ inline GifDecoded decodeGif(const std::uint8_t* data, std::size_t bytes) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

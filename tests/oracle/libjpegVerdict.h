@@ -81,3 +81,4 @@ inline std::vector<std::uint8_t> encodeJpeg(const std::uint8_t* bgraBottomUp, st
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -2,3 +2,4 @@
 #define STBI_ONLY_BMP
 #define STBI_ONLY_TGA
 #include <stb/stb_image.h>
+// SPDX-License-Identifier: MIT

@@ -68,3 +68,4 @@ inline bool agreesWithZlib(const pixkit::deflate::Result& result, const std::uin
     const bool accepted = uncompress(whole.data(), &size, input, static_cast<uLong>(bytes)) == Z_OK;
     return same && (!accepted || (result.outcome == pixkit::deflate::Outcome::complete && size == result.written));
 }
+// SPDX-License-Identifier: MIT

@@ -33,3 +33,4 @@ inline MemoryDC makeMemoryDC() {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

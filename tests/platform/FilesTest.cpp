@@ -114,3 +114,4 @@ TEST(PlatformFiles, ReadingMovesOnAndStopsAtTheEnd) {
     file.reset(CreateFileW(name, FileUse::createAlways));
     EXPECT_FALSE(ReadFile(file.get(), &byte, 1, done)) << "opened for writing";
 }
+// SPDX-License-Identifier: MIT

@@ -225,3 +225,4 @@ TEST(Gdi, RowsAreCopiedToOtherPlacesOrAfterTheyWereWrittenOver) {
         EXPECT_EQ(seen, row.seen) << &row - rows;
     }
 }
+// SPDX-License-Identifier: MIT

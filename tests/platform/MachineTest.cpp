@@ -67,3 +67,4 @@ TEST(Machine, TheVersionOrTheClockIsAnothers) {
     parts.tm_isdst = -1;
     EXPECT_LE(std::abs(std::difftime(std::mktime(&parts), before)), 5) << "fields swapped, or another time zone";
 }
+// SPDX-License-Identifier: MIT

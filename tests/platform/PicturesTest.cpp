@@ -123,3 +123,4 @@ TEST(Pictures, WhatIsNoPictureIsRefused) {
     const auto picture = OleCreatePictureIndirect(bitmap.get(), PictureType::bitmap, false);
     EXPECT_FALSE(picture->Render(0, 0, 0, 2, 2) || picture->Render(bitmap.get(), 0, 0, 2, 2)) << "no device context";
 }
+// SPDX-License-Identifier: MIT

@@ -59,3 +59,4 @@ TEST(Regions, OtherHandlesAreTakenForRegions) {
     EXPECT_FALSE(GetObjectA(region.get(), record) || DeleteDC(region.get()));
     EXPECT_EQ(GetObjectType(region.get()), ObjectType::region);
 }
+// SPDX-License-Identifier: MIT

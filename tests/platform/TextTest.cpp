@@ -250,3 +250,4 @@ TEST_F(Text, ThreadsShareAFont) {
     for (const Bytes& mask : masks)
         EXPECT_TRUE(mask == alone);
 }
+// SPDX-License-Identifier: MIT

@@ -48,3 +48,4 @@ inline bool isSelected(const cPixSheet& sheet) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

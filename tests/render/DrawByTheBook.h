@@ -185,3 +185,4 @@ class DrawByTheBook {
 };
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -54,3 +54,4 @@ TEST(BlenderGolden, OverTwoMillionPixelsDiffersBetweenBuildsOrProcessors) {
     }
     EXPECT_EQ(checksum(all), "c2958b293a4aa524");
 }
+// SPDX-License-Identifier: MIT

@@ -122,3 +122,4 @@ TEST(CreateRegion, FillsAHoleThatIsNoneOrLeavesOne) {
         ASSERT_EQ(rowsOf(region.get(), width, shape.size()), filledByTheBook(shape)) << round;
     }
 }
+// SPDX-License-Identifier: MIT

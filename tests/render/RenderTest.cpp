@@ -228,3 +228,4 @@ TEST(DrawnLedger, ADrawingGivesSomethingElseThanIsWrittenDown) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -355,3 +355,4 @@ TEST(SystemText, DrawsWhatItHasNotMeasured) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

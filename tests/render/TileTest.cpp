@@ -113,3 +113,4 @@ TEST(CreateDropShadow, AveragesAnotherBoxAtSomeDepthOrSize) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -92,3 +92,4 @@ TEST_F(Generations, ASaveChangesAPicture) {
         }
     }
 }
+// SPDX-License-Identifier: MIT

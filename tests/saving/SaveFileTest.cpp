@@ -117,3 +117,4 @@ TEST(SaveFile, WhatAFileIsGoesWithItsBytes) {
     EXPECT_EQ(sheet.LastErrorText(), "its links lead to one another");
     EXPECT_EQ(left(), 4);
 }
+// SPDX-License-Identifier: MIT

@@ -169,3 +169,4 @@ TEST(WrittenLedger, AFileHasOtherBytesThanAreWrittenDown) {
     }
     compareWithLedger("written.txt", lines.str());
 }
+// SPDX-License-Identifier: MIT

@@ -90,3 +90,4 @@ TEST(Helpers, AnArrayKeepsOrChangesWhatItBorrows) {
 
 } // namespace
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

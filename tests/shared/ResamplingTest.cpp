@@ -122,3 +122,4 @@ TEST(Resampling, ChangesFlatPicturesOrDarkensTheirEdges) {
         }
     }
 }
+// SPDX-License-Identifier: MIT

@@ -94,3 +94,4 @@ TEST_F(Sizes, MoreMemoryIsTakenThanIsInUse) {
     EXPECT_EQ(sheet.LastErrorText(), "no format known here begins like this");
     EXPECT_LT(loading.largest(), enough) << "for a file that is no picture";
 }
+// SPDX-License-Identifier: MIT

@@ -189,3 +189,4 @@ void fillAllocations(std::uint8_t byte) noexcept {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

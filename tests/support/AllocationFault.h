@@ -37,3 +37,4 @@ std::ptrdiff_t liveAllocations() noexcept;
 void fillAllocations(std::uint8_t byte) noexcept;
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -36,3 +36,4 @@ GuardedPages::~GuardedPages() {
     munmap(m_begin - pageBytes, bytes + 2 * pageBytes);
 #endif
 }
+// SPDX-License-Identifier: MIT

@@ -26,3 +26,4 @@ class GuardedPages {
   private:
     std::uint8_t *m_begin, *m_end;
 };
+// SPDX-License-Identifier: MIT

@@ -48,3 +48,4 @@ class InPieces final : public deflate::Pieces {
 };
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

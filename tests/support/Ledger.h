@@ -38,3 +38,4 @@ inline void compareWithLedger(const std::string& ledger, const std::string& actu
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

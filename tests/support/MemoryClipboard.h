@@ -42,3 +42,4 @@ class MemoryClipboard {
 };
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -138,3 +138,4 @@ inline Bytes picture(const std::string& name) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

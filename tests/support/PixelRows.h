@@ -62,3 +62,4 @@ inline std::vector<std::uint8_t> rowOf(Content content, std::size_t bytes, Numbe
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

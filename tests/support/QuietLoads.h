@@ -35,3 +35,4 @@ class QuietLoads : public testing::Test {
 };
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

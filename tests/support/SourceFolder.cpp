@@ -3,3 +3,4 @@
 std::filesystem::path pixkit::test::sourceFolder() {
     return PIXKIT_SOURCE_DIR;
 }
+// SPDX-License-Identifier: MIT

@@ -8,3 +8,4 @@ namespace pixkit::test {
 std::filesystem::path sourceFolder();
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

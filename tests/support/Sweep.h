@@ -75,3 +75,4 @@ struct Sweep {
 };
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -43,3 +43,4 @@ int main(int argc, char** argv) {
     testing::UnitTest::GetInstance()->listeners().Append(new HandleWatch);
     return RUN_ALL_TESTS();
 }
+// SPDX-License-Identifier: MIT

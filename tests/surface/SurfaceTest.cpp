@@ -180,3 +180,4 @@ TEST(Surface, PixelsAreTouchedBeforeDrawingThatWasPutOffIsDone) {
 
 } // namespace
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -388,3 +388,4 @@ TEST_F(FailureSweep, AFailedHandingOutLeavesObjectsBehind) {
                               }});
     sweep(operations);
 }
+// SPDX-License-Identifier: MIT

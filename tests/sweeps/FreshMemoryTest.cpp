@@ -71,3 +71,4 @@ TEST(FreshMemory, ReachesAPictureAFileOrAnArray) {
         }
     EXPECT_GT(bytes, 100'000U);
 }
+// SPDX-License-Identifier: MIT

@@ -249,3 +249,4 @@ PIXKIT_RUN_TRANSCRIPTS(NativeTranscripts, NativeEngine());
 } // namespace
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -422,3 +422,4 @@ void runTranscript(const std::filesystem::path& file, Engine& engine) {
 }
 
 } // namespace pixkit::test
+// SPDX-License-Identifier: MIT

@@ -68,3 +68,4 @@ void runTranscript(const std::filesystem::path& file, Engine& engine);
     }                                                                                                                  \
     INSTANTIATE_TEST_SUITE_P(All, suite, testing::ValuesIn(transcripts()),                                             \
                              [](const auto& file) { return file.param.stem().string(); })
+// SPDX-License-Identifier: MIT

@@ -29,3 +29,4 @@ std::optional<PictureFacts> readBmpFacts(HeaderSource& file) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

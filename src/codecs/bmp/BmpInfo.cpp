@@ -239,3 +239,4 @@ std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib, Reason& wh
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -58,3 +58,4 @@ inline std::optional<BmpInfo> readDibInfo(std::span<const std::uint8_t> dib) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -57,3 +57,4 @@ void BmpMaskedRows::convertWords(std::uint8_t* dst, const std::uint8_t* src, std
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -46,3 +46,4 @@ class BmpMaskedRows {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -68,3 +68,4 @@ ReadResult cBMPparser::LoadStream(std::span<const std::uint8_t> Stream, cPixShee
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -53,3 +53,4 @@ const std::uint8_t* BmpRows::nextRowBytes() {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -35,3 +35,4 @@ class BmpRows {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

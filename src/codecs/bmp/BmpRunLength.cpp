@@ -89,3 +89,4 @@ void BmpRunLength::putLiterals(std::span<std::uint8_t> indexes, std::size_t coun
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

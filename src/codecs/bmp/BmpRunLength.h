@@ -31,3 +31,4 @@ class BmpRunLength {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

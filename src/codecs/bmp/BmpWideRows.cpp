@@ -33,3 +33,4 @@ void BmpWideRows::convert(std::uint8_t* dst, const std::uint8_t* src, std::size_
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

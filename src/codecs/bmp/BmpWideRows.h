@@ -21,3 +21,4 @@ class BmpWideRows {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -68,3 +68,4 @@ WrittenFile cBMPparser::SaveAsBMP(const SourcePicture& Picture, const BmpOptions
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

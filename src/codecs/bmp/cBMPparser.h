@@ -30,3 +30,4 @@ class cBMPparser {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -12,3 +12,4 @@ inline Reason clipboardProblem(const platform::OpenClipboard& clipboard) noexcep
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

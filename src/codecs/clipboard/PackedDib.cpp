@@ -98,3 +98,4 @@ Bytes makeFlatDib(const SourcePicture& picture, std::int32_t fillColor) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

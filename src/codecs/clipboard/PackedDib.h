@@ -19,3 +19,4 @@ std::vector<std::uint8_t> makeStraightDib(const SourcePicture& picture);
 std::vector<std::uint8_t> makeFlatDib(const SourcePicture& picture, std::int32_t fillColor);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

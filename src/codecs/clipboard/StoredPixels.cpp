@@ -54,3 +54,4 @@ ReadResult readStoredPixels(std::span<const std::uint8_t> block, cPixSheet& host
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

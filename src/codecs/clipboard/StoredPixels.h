@@ -18,3 +18,4 @@ std::vector<std::uint8_t> makeStoredPixels(const SourcePicture& picture);
 ReadResult readStoredPixels(std::span<const std::uint8_t> block, cPixSheet& host);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -32,3 +32,4 @@ std::optional<PictureFacts> readGifFacts(HeaderSource& file) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

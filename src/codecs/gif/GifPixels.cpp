@@ -169,3 +169,4 @@ ReadResult cGIFparser::ConvertGIFto32bpp(cPixSheet& cHost) const {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -59,3 +59,4 @@ WrittenFile cGIFparser::SaveAsGIF(const SourcePicture& Picture, const GifOptions
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

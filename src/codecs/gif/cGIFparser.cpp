@@ -100,3 +100,4 @@ void cGIFparser::grayFrameTable() {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -48,3 +48,4 @@ class cGIFparser {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

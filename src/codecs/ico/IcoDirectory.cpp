@@ -132,3 +132,4 @@ std::optional<IcoBitmap> readIcoBitmap(const IcoEntry& entry, Reason& why) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -48,3 +48,4 @@ struct IcoBitmap {
 std::optional<IcoBitmap> readIcoBitmap(const IcoEntry& entry, Reason& why);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -146,3 +146,4 @@ Outcome cICOparser::CreateIcon(const SourcePicture& Source, IconEntrySize Size,
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

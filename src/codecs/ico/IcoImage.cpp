@@ -214,3 +214,4 @@ IcoImageBytes icoImage(PixelView pixels, unsigned depth) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

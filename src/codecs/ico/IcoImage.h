@@ -27,3 +27,4 @@ struct IcoImageBytes {
 IcoImageBytes icoImage(PixelView pixels, unsigned depth);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -68,3 +68,4 @@ void completeIconByMask(cPixSheet& host, std::span<const std::uint8_t> mask, boo
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -26,3 +26,4 @@ bool completeIconByAlpha(cPixSheet& host, bool isCursor);
 void completeIconByMask(cPixSheet& host, std::span<const std::uint8_t> mask, bool isCursor);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

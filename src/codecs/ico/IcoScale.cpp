@@ -44,3 +44,4 @@ std::vector<std::uint8_t> icoScale(ConstPixelView source, bool hasAlpha, std::si
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -29,3 +29,4 @@ CursorHotspot icoHotspot(ConstPixelView source, CursorHotspot point, std::size_t
 std::vector<std::uint8_t> icoScale(ConstPixelView source, bool hasAlpha, std::size_t width, std::size_t height);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

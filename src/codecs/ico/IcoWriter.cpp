@@ -129,3 +129,4 @@ WrittenFile cICOparser::SaveAsIcon(std::span<const SourcePicture> Source, const 
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

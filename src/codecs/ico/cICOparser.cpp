@@ -172,3 +172,4 @@ Outcome cICOparser::loadBitmap(const IcoEntry& entry, cPixSheet& host) const {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

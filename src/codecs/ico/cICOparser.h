@@ -70,3 +70,4 @@ class cICOparser {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -159,3 +159,4 @@ std::optional<PictureFacts> readJpgFacts(HeaderSource& file) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

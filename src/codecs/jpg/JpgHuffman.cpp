@@ -91,3 +91,4 @@ JpgHuffmanTable JpgHuffmanTable::make(std::span<const std::uint32_t, 256> freque
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -23,3 +23,4 @@ struct JpgHuffmanTable {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -89,3 +89,4 @@ kernels::BlockQuantiser jpgBlockQuantiser(const JpgQuantisation& table) noexcept
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -22,3 +22,4 @@ JpgQuantisation jpgQuantisation(bool isChroma, std::int32_t quality) noexcept;
 kernels::BlockQuantiser jpgBlockQuantiser(const JpgQuantisation& table) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

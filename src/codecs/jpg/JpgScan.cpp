@@ -182,3 +182,4 @@ void JpgScan::write(std::vector<std::uint8_t>& out) const {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

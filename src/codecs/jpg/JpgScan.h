@@ -53,3 +53,4 @@ class JpgScan {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

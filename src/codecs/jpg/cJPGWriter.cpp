@@ -257,3 +257,4 @@ WrittenFile cJPGWriter::SaveAsJPG(const SourcePicture& Picture, const JpgOptions
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -17,3 +17,4 @@ class cJPGWriter {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

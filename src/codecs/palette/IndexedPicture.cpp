@@ -98,3 +98,4 @@ IndexedPicture webSafePicture(StraightRows& rows) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -46,3 +46,4 @@ IndexedPicture adaptivePicture(StraightRows& rows, std::size_t mostColors = 256)
 IndexedPicture webSafePicture(StraightRows& rows);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -412,3 +412,4 @@ IndexedPicture adaptivePicture(StraightRows& rows, std::size_t mostColors) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

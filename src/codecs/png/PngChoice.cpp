@@ -105,3 +105,4 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

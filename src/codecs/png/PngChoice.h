@@ -21,3 +21,4 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
                                   const PngProperties& props);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -14,3 +14,4 @@ constexpr std::uint32_t pngChunkType(const char (&name)[5]) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -163,3 +163,4 @@ void pngWriteTexts(PngChunkWriter& out, const PngProperties& props) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -32,3 +32,4 @@ void pngWriteTime(PngChunkWriter& out, const PngProperties& props);
 void pngWriteTexts(PngChunkWriter& out, const PngProperties& props);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

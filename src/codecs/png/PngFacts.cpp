@@ -105,3 +105,4 @@ std::optional<PictureFacts> readPngFacts(HeaderSource& file) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -53,3 +53,4 @@ void DecodeFilter_Paeth(std::uint8_t* row, std::uint8_t* below, const std::uint8
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

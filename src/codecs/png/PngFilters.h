@@ -24,3 +24,4 @@ void DecodeFilter_Paeth(std::uint8_t* row, std::uint8_t* below, const std::uint8
                         std::size_t stepVal) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -305,3 +305,4 @@ PngPixel pngStraight(PngPixel pixel) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

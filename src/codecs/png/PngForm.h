@@ -57,3 +57,4 @@ void pngSamplesOf(const PngForm& form, bool hasAlpha, std::uint8_t* samples, con
 PngPixel pngStraight(PngPixel pixel) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -28,3 +28,4 @@ inline std::optional<PngHeader> readPngHeader(std::span<const std::uint8_t> data
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -241,3 +241,4 @@ std::size_t cPNGparser::windowBytes() const noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -162,3 +162,4 @@ PictureNotes PngNotes::notes() const noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

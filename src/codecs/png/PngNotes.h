@@ -45,3 +45,4 @@ class PngNotes {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -147,3 +147,4 @@ void cPNGparser::ConvertPNGtoBMP_Palettes(std::uint8_t* dst, const std::uint8_t*
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -99,3 +99,4 @@ std::vector<std::uint8_t> pngFilteredRows(ConstPixelView image, bool hasAlpha, c
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

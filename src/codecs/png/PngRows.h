@@ -46,3 +46,4 @@ std::vector<std::uint8_t> pngFilteredRows(ConstPixelView image, bool hasAlpha, c
                                           eFilterMethods filter, bool isInterlaced);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

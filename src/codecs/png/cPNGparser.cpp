@@ -316,3 +316,4 @@ AlphaTypeEnum cPNGparser::alphaOfChunks() const noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -133,3 +133,4 @@ class cPNGparser {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

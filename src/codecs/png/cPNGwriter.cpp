@@ -95,3 +95,4 @@ WrittenFile cPNGwriter::SavePNGex(const SourcePicture& Picture, const PngPropert
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -20,3 +20,4 @@ class cPNGwriter {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

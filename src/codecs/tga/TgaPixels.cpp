@@ -119,3 +119,4 @@ bool cTGAparser::placeRows(PixelView image, const TgaLayout& layout, AlphaOfRows
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -115,3 +115,4 @@ bool TgaRunLength::nextRow(std::uint8_t* dst, std::size_t width) noexcept {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

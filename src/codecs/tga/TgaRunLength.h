@@ -36,3 +36,4 @@ class TgaRunLength {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

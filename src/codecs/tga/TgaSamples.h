@@ -47,3 +47,4 @@ std::uint32_t tgaPixel(const std::uint8_t* src, const TgaLayout& layout) noexcep
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

@@ -211,3 +211,4 @@ WrittenFile cTGAparser::SaveAsTGA(const SourcePicture& Picture, const TgaOptions
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

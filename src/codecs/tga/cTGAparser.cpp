@@ -152,3 +152,4 @@ ReadResult cTGAparser::ProcessColorMap(cPixSheet& cHost) {
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

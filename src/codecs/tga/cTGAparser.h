@@ -72,3 +72,4 @@ class cTGAparser {
 };
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

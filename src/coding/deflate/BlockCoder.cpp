@@ -214,3 +214,4 @@ void BlockCoder::putSequences(const std::uint8_t* in, std::span<const Sequence> 
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -41,3 +41,4 @@ class BlockCoder {
 };
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

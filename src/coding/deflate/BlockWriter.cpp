@@ -53,3 +53,4 @@ void BlockWriter::writeBlock(std::size_t sequences, bool isLast) {
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -63,3 +63,4 @@ class BlockWriter {
 };
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

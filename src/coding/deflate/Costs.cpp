@@ -127,3 +127,4 @@ void Costs::takeLiterals(std::span<const std::uint8_t> data) noexcept {
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -78,3 +78,4 @@ struct Costs {
 };
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

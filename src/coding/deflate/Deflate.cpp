@@ -200,3 +200,4 @@ void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -16,3 +16,4 @@ constexpr int smallestLevel = 9;
 void compressZlib(std::span<const std::uint8_t> data, int level, std::vector<std::uint8_t>& out);
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -117,3 +117,4 @@ void makeCodes(std::span<const std::uint8_t> lengths, std::span<std::uint16_t> c
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -15,3 +15,4 @@ void makeCodeLengths(std::span<const std::uint32_t> frequencies, unsigned longes
 void makeCodes(std::span<const std::uint8_t> lengths, std::span<std::uint16_t> codes);
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -188,3 +188,4 @@ void joinEntries(Entry* joined, const LiteralTable& table) noexcept {
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

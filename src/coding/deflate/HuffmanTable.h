@@ -85,3 +85,4 @@ bool build(CodeLengthTable& table, const std::uint8_t* lengths) noexcept;
 void joinEntries(Entry* joined, const LiteralTable& table) noexcept;
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

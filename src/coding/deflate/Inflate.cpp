@@ -427,3 +427,4 @@ Result inflatePieces(Pieces& pieces) noexcept {
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

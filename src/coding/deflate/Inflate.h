@@ -57,3 +57,4 @@ class Pieces {
 Result inflatePieces(Pieces& pieces) noexcept;
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -59,3 +59,4 @@ inline void copyWide(std::uint8_t* out, std::size_t distance, std::size_t length
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

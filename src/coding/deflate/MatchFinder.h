@@ -204,3 +204,4 @@ class LatestFinder {
 };
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -135,3 +135,4 @@ void parseOptimally(const Input& input, std::size_t shortest, unsigned depth, bo
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

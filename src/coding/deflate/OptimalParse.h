@@ -13,3 +13,4 @@ namespace pixkit::deflate {
 void parseOptimally(const Input& input, std::size_t shortest, unsigned depth, bool byFixedCodes, BlockWriter& blocks);
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -111,3 +111,4 @@ std::size_t runCompressedSize(std::span<const std::uint8_t> data, std::size_t di
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

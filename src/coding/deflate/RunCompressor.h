@@ -35,3 +35,4 @@ class RunCompressor {
 std::size_t runCompressedSize(std::span<const std::uint8_t> data, std::size_t distance);
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -103,3 +103,4 @@ constexpr std::size_t distanceSymbolOf(std::size_t distance) noexcept {
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -14,3 +14,4 @@ inline void writeZlibHead(std::vector<std::uint8_t>& out, int level) {
 }
 
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

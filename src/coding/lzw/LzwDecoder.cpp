@@ -176,3 +176,4 @@ bool lzwDescribes(std::span<const std::uint8_t> codes, unsigned codeSize, std::s
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

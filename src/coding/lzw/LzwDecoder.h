@@ -31,3 +31,4 @@ class LzwIndexes {
 bool lzwDescribes(std::span<const std::uint8_t> codes, unsigned codeSize, std::size_t count) noexcept;
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

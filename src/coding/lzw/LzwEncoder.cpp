@@ -214,3 +214,4 @@ void gifCompress(std::span<const std::uint8_t> indexes, unsigned depth, std::vec
 }
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

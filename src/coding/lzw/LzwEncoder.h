@@ -11,3 +11,4 @@ namespace pixkit {
 void gifCompress(std::span<const std::uint8_t> indexes, unsigned depth, std::vector<std::uint8_t>& out);
 
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

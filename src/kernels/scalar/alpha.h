@@ -79,3 +79,4 @@ void straighten(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -50,3 +50,4 @@ void blendToned(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, s
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

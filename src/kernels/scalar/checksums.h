@@ -64,3 +64,4 @@ std::uint32_t crc32(std::uint32_t crc, const std::uint8_t* bytes, std::size_t co
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -37,3 +37,4 @@ void sumRows(std::uint8_t* dst, const WeighedRows& weighed, std::size_t count, b
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -90,3 +90,4 @@ void mirror(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

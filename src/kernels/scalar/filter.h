@@ -74,3 +74,4 @@ void filterSums(std::uint64_t* sums, const std::uint8_t* row, const std::uint8_t
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

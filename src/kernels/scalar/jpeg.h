@@ -80,3 +80,4 @@ void transformBlocks(std::int16_t* coefficients, std::uint64_t* nonzero, const s
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

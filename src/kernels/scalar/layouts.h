@@ -55,3 +55,4 @@ void alphaBits(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, st
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

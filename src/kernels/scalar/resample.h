@@ -104,3 +104,4 @@ void walkBilinear(std::uint8_t* dst, const PixelWalk& walk, std::size_t count) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

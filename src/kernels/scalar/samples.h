@@ -71,3 +71,4 @@ void scatter(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std:
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -79,3 +79,4 @@ constinit const Table reference = {
 };
 
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -32,3 +32,4 @@ void shadeBoxes(std::uint8_t* dst, const std::uint16_t* sums, std::size_t count,
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -77,3 +77,4 @@ void unfilterPaethTwice(std::uint8_t* row, std::uint8_t* below, const std::uint8
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

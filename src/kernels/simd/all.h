@@ -37,3 +37,4 @@ inline void useAll(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -189,3 +189,4 @@ inline void useAlpha(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -13,3 +13,4 @@ void pixkit::kernels::useAvx2(Table& table) noexcept {
     useGatherNear(table);
     useUnfilterTwice(table);
 }
+// SPDX-License-Identifier: MIT

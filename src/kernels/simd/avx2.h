@@ -440,3 +440,4 @@ inline Vec128 truncated(Channels a) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

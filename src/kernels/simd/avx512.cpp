@@ -40,3 +40,4 @@ void pixkit::kernels::useAvx512(Table& table) noexcept {
     table.toYCbCr = toYCbCr;
     table.halveSamples = halveSamples;
 }
+// SPDX-License-Identifier: MIT

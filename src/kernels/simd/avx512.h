@@ -393,3 +393,4 @@ inline Vec spread3(Vec v) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

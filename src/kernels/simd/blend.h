@@ -129,3 +129,4 @@ inline void useBlend(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -50,3 +50,4 @@ inline void useChecksums(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -83,3 +83,4 @@ inline void useConvolve(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -55,3 +55,4 @@ void useCrc(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

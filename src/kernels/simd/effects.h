@@ -149,3 +149,4 @@ inline void useEffects(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -98,3 +98,4 @@ inline void useFilter(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

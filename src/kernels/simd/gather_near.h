@@ -54,3 +54,4 @@ inline void useGatherNear(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

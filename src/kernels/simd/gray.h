@@ -28,3 +28,4 @@ class GrayMaker {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

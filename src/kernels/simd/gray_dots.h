@@ -52,3 +52,4 @@ class GrayMaker {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -72,3 +72,4 @@ inline Vec exactGray(Vec pixels, const GrayWords& words) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

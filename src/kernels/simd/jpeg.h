@@ -207,3 +207,4 @@ inline void useJpeg(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -73,3 +73,4 @@ inline void useLayouts(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -28,3 +28,4 @@ struct Darker {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -62,3 +62,4 @@ void fromIndex8ByShuffles(std::uint8_t* dst, const std::uint8_t* src, std::size_
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -59,3 +59,4 @@ inline Vec128 fourPixels(PixelAt pixelAt) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

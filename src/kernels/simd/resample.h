@@ -125,3 +125,4 @@ inline void useResample(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -134,3 +134,4 @@ inline void useSamples(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -66,3 +66,4 @@ inline void useShadow(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

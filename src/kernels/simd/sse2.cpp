@@ -7,3 +7,4 @@
 void pixkit::kernels::useSse2(Table& table) noexcept {
     useAll(table);
 }
+// SPDX-License-Identifier: MIT

@@ -227,3 +227,4 @@ inline void useUnfilter(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

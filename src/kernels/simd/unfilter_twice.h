@@ -61,3 +61,4 @@ void useUnfilterTwice(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

@@ -9,3 +9,4 @@ void useAvx2(Table& table) noexcept;
 void useAvx512(Table& table) noexcept;
 
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

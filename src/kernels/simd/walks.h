@@ -121,3 +121,4 @@ inline void useWalks(Table& table) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

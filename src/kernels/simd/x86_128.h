@@ -252,3 +252,4 @@ inline Vec128 packed6(Vec128 a) {
 
 } // namespace
 } // namespace pixkit::kernels
+// SPDX-License-Identifier: MIT

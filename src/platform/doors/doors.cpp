@@ -68,3 +68,4 @@ const OsVersion* pretendedVersion() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

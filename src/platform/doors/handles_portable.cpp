@@ -8,3 +8,4 @@ std::size_t openHandles() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

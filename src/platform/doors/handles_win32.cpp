@@ -45,3 +45,4 @@ std::size_t openHandles() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -106,3 +106,4 @@ class HandleTable {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -47,3 +47,4 @@ inline Reference<IStream> streamOver(std::span<const std::uint8_t> bytes) noexce
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

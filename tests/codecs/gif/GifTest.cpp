@@ -25,3 +25,4 @@ TEST_F(GifFiles, DataThatEndsEarlyIsReadBeyondOrLeavesAPicture) {
         }
     }
 }
+// SPDX-License-Identifier: MIT

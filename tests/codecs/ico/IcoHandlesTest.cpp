@@ -84,3 +84,4 @@ TEST_F(IcoHandles, PixelsAreWrong) {
         EXPECT_EQ(HostAccess::hotspot(sheet), isCursor ? (CursorHotspot{1, 7}) : CursorHotspot{});
     }
 }
+// SPDX-License-Identifier: MIT

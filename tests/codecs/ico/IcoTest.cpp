@@ -77,3 +77,4 @@ TEST_F(Ico, AnEntryIsMadeOfTheWrongSource) {
     EXPECT_EQ(saved(sources, std::vector<IconEntrySize>(65536, {1, 1, 1}), 0), untouched);
     saved(sources, std::vector<IconEntrySize>(65535, {1, 1, 1}));
 }
+// SPDX-License-Identifier: MIT

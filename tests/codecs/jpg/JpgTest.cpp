@@ -100,3 +100,4 @@ TEST_F(Jpg, HeadersAreReadInPartsHoweverFarApartTheyAre) {
         EXPECT_TRUE(readJpgFacts(file)->notes.endsEarly);
     }
 }
+// SPDX-License-Identifier: MIT

@@ -242,3 +242,4 @@ TEST_F(Png, TextsOfCharactersThatPngDoesNotAllowAreTaken) {
         EXPECT_FALSE(sheet.PngPropertySet(pngText, "text", "line\n"));
     }
 }
+// SPDX-License-Identifier: MIT

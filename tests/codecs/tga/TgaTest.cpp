@@ -122,3 +122,4 @@ TEST_F(Tga, PacketsAreCutInTheWrongPlaces) {
         EXPECT_EQ(pixelsOf(again), pixelsOf(sheet));
     }
 }
+// SPDX-License-Identifier: MIT

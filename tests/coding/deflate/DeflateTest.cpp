@@ -152,3 +152,4 @@ TEST(Deflate, ChecksumsAreNotThoseOfTheStandards) {
 
 } // namespace
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

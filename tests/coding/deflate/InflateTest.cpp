@@ -141,3 +141,4 @@ TEST(Inflate, AStreamThatEndsEarlyLosesOrInventsBytes) {
 
 } // namespace
 } // namespace pixkit::deflate
+// SPDX-License-Identifier: MIT

@@ -70,3 +70,4 @@ TEST(Lzw, DamagedCodesAreCountedOtherwiseThanTheyAreDecoded) {
 
 } // namespace
 } // namespace pixkit
+// SPDX-License-Identifier: MIT

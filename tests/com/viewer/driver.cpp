@@ -259,3 +259,4 @@ int main() {
     for (std::string line; std::getline(std::cin, line);)
         std::cout << answer(line) << std::endl;
 }
+// SPDX-License-Identifier: MIT

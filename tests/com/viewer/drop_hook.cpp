@@ -18,3 +18,4 @@ extern "C" __declspec(dllexport) LRESULT CALLBACK DropHook(int code, WPARAM wide
     }
     return CallNextHookEx(nullptr, code, wide, longer);
 }
+// SPDX-License-Identifier: MIT

@@ -18,3 +18,4 @@ __declspec(dllexport) int zlibCalls() {
     return calls;
 }
 }
+// SPDX-License-Identifier: MIT

@@ -36,3 +36,4 @@ __declspec(dllexport) int zlibPretends(const char* newVersion, unsigned long new
     return calls;
 }
 }
+// SPDX-License-Identifier: MIT

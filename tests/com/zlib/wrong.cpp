@@ -2,3 +2,4 @@
 extern "C" __declspec(dllexport) int somethingElse() {
     return 1;
 }
+// SPDX-License-Identifier: MIT

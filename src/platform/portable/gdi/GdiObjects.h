@@ -80,3 +80,4 @@ inline void convertRow(const Bitmap& source, const std::uint8_t* from, std::uint
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

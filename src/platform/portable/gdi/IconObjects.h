@@ -18,3 +18,4 @@ struct Icon {
 std::shared_ptr<const Icon> findIcon(Handle icon) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -76,3 +76,4 @@ PixelMemory::~PixelMemory() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

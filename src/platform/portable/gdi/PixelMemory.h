@@ -24,3 +24,4 @@ class PixelMemory {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

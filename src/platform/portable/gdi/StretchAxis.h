@@ -23,3 +23,4 @@ struct StretchAxis {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

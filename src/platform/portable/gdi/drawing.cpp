@@ -161,3 +161,4 @@ void GdiFlush() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

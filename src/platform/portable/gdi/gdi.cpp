@@ -238,3 +238,4 @@ bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -11,3 +11,4 @@ bool UpdateLayeredWindow(Handle, const LayeredContent&) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -54,3 +54,4 @@ bool BitmapPicture::Render(Handle dc, std::int32_t x, std::int32_t y, std::int32
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -33,3 +33,4 @@ class BitmapPicture final : public StdPicture {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

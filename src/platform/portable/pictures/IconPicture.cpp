@@ -93,3 +93,4 @@ bool IconPicture::Render(Handle dc, std::int32_t x, std::int32_t y, std::int32_t
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -28,3 +28,4 @@ class IconPicture final : public StdPicture {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

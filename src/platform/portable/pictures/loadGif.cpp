@@ -57,3 +57,4 @@ std::unique_ptr<StdPicture> loadGif(std::span<const std::uint8_t> bytes) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -131,3 +131,4 @@ bool canLoadJpeg() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

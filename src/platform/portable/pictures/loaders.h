@@ -15,3 +15,4 @@ std::unique_ptr<StdPicture> loadGif(std::span<const std::uint8_t> bytes);
 std::unique_ptr<StdPicture> loadJpeg(std::span<const std::uint8_t> bytes, LeastSize least);
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

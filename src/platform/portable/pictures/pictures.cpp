@@ -38,3 +38,4 @@ bool canLoadMetafiles() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

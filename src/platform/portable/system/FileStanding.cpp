@@ -78,3 +78,4 @@ void synchroniseFolderOf(const std::string& name) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

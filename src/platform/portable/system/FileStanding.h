@@ -23,3 +23,4 @@ NameOfOpen nameOfOpen(int descriptor) noexcept;
 void synchroniseFolderOf(const std::string& name) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -13,3 +13,4 @@ void Lock::unlock() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

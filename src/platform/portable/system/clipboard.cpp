@@ -7,3 +7,4 @@ ClipboardProvider systemClipboard() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

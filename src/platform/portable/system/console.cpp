@@ -18,3 +18,4 @@ Utf8Console::Utf8Console() noexcept : m_previousCodePage(0) {}
 Utf8Console::~Utf8Console() = default;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

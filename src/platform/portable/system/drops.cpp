@@ -12,3 +12,4 @@ std::vector<DroppedFile> filesOfDrop(Handle) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -367,3 +367,4 @@ bool ReplaceFileA(const std::string& replaced, const std::string& replacement) n
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -7,3 +7,4 @@ GdiplusApi systemGdiplus() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -17,3 +17,4 @@ bool isDesktopWindowUnicode() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -63,3 +63,4 @@ bool FreeLibrary(Handle library) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

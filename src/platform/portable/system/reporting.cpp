@@ -23,3 +23,4 @@ std::vector<NamedVersion> versionsInUse() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

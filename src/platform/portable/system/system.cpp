@@ -29,3 +29,4 @@ bool isUnderLoaderLock() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -295,3 +295,4 @@ bool FontFace::drawTurned(std::uint32_t index, const TextTurn& place, std::uint8
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

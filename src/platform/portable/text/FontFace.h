@@ -85,3 +85,4 @@ class FontFace {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

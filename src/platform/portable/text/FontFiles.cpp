@@ -87,3 +87,4 @@ std::optional<FontFile> FallbackFonts::file(std::size_t font) const {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

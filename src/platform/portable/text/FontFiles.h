@@ -32,3 +32,4 @@ class FallbackFonts {
 std::optional<FontFile> fontFileOf(const FontRecord& record);
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -65,3 +65,4 @@ Subpixels lookOfBitmap(FT_Face face, std::uint32_t index, double scale) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

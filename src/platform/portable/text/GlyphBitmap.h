@@ -9,3 +9,4 @@ namespace pixkit::platform {
 Subpixels lookOfBitmap(FT_Face face, std::uint32_t index, double scale);
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

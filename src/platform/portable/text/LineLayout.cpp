@@ -225,3 +225,4 @@ std::unique_ptr<TextLine> layOutLine(OpenFont& font, std::u32string_view text, b
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -45,3 +45,4 @@ std::unique_ptr<TextLine> layOutLine(OpenFont& font, std::u32string_view text, b
 bool hasAll(const FontFace& face, std::u32string_view characters) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

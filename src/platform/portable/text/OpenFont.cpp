@@ -150,3 +150,4 @@ bool OpenFont::draw(std::span<const PlacedLine> lines, const TextTurn& turn, std
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -50,3 +50,4 @@ class OpenFont {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

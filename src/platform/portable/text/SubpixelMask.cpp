@@ -135,3 +135,4 @@ bool renderPixels(FT_Library library, FT_Outline& outline, std::uint8_t* mask, s
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -58,3 +58,4 @@ inline std::uint8_t covered(std::uint8_t below, std::uint8_t above) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

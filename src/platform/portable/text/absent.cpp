@@ -20,3 +20,4 @@ bool takesFontFiles() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -72,3 +72,4 @@ bool takesFontFiles() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

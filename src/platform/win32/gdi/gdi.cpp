@@ -155,3 +155,4 @@ void GdiFlush() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -30,3 +30,4 @@ Handle CreateMonochromeBitmap(std::int32_t width, std::int32_t height, const std
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -45,3 +45,4 @@ bool UpdateLayeredWindow(Handle window, const LayeredContent& content) noexcept 
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -89,3 +89,4 @@ bool PtInRegion(Handle region, std::int32_t x, std::int32_t y) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -310,3 +310,4 @@ GdiplusApi systemGdiplus() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

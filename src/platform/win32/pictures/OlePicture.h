@@ -13,3 +13,4 @@ std::unique_ptr<StdPicture> wrapPicture(IPicture* picture);
 IPicture* pictureBehind(const StdPicture& picture) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -157,3 +157,4 @@ bool canLoadMetafiles() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

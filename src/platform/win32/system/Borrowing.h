@@ -17,3 +17,4 @@ enum class LibraryFolder : std::uint8_t {
 HMODULE loadFrom(LibraryFolder folder, const wchar_t* name) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -107,3 +107,4 @@ std::vector<DroppedFile> filesOfSystemClipboard() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -17,3 +17,4 @@ std::vector<DroppedFile> filesOf(IDataObject* object);
 std::vector<DroppedFile> filesOfSystemClipboard();
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

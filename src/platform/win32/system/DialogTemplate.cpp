@@ -63,3 +63,4 @@ void DialogTemplate::addText(const std::wstring& text) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

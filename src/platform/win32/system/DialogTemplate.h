@@ -30,3 +30,4 @@ class DialogTemplate {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

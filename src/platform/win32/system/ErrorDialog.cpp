@@ -172,3 +172,4 @@ bool showErrorDialog(const std::string& message, const std::string& title, const
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -34,3 +34,4 @@ GlobalBlock::~GlobalBlock() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -25,3 +25,4 @@ class GlobalBlock {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -15,3 +15,4 @@ void Lock::unlock() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -28,3 +28,4 @@ class OpenBox {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -30,3 +30,4 @@ HMODULE loadSystemLibrary(const wchar_t* name) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

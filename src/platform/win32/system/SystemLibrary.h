@@ -9,3 +9,4 @@ namespace pixkit::platform {
 HMODULE loadSystemLibrary(const wchar_t* name) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

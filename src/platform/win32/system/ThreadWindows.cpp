@@ -31,3 +31,4 @@ void ThreadWindows::enable() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

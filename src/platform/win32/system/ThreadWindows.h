@@ -23,3 +23,4 @@ class ThreadWindows {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -202,3 +202,4 @@ ClipboardProvider systemClipboard() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

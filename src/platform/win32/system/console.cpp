@@ -71,3 +71,4 @@ Utf8Console::~Utf8Console() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -22,3 +22,4 @@ std::vector<DroppedFile> filesOfDrop(Handle drop) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -369,3 +369,4 @@ std::size_t folderLength(const std::string& name) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -30,3 +30,4 @@ bool isDesktopWindowUnicode() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

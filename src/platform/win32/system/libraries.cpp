@@ -89,3 +89,4 @@ bool FreeLibrary(Handle library) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -60,3 +60,4 @@ bool toNarrow(const std::string& utf8, std::string& result) {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

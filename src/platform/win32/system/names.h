@@ -22,3 +22,4 @@ std::string nameToUtf8(std::wstring_view wide);
 bool toNarrow(const std::string& utf8, std::string& result);
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -64,3 +64,4 @@ std::vector<NamedVersion> versionsInUse() {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

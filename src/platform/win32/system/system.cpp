@@ -47,3 +47,4 @@ bool isUnderLoaderLock() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

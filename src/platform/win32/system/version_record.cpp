@@ -22,3 +22,4 @@ std::optional<std::array<DWORD, 4>> versionRecord(HMODULE module) noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

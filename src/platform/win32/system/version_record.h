@@ -10,3 +10,4 @@ namespace pixkit::platform {
 std::optional<std::array<DWORD, 4>> versionRecord(HMODULE module) noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

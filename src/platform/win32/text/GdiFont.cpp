@@ -180,3 +180,4 @@ bool GdiFont::draw(std::span<const PlacedLine> lines, const TextTurn& turn, std:
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

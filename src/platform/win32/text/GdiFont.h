@@ -61,3 +61,4 @@ class GdiFont final : public TextFont {
 };
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

@@ -43,3 +43,4 @@ const Uniscribe* uniscribe() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

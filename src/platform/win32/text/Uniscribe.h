@@ -24,3 +24,4 @@ Lock& uniscribeInUse() noexcept;
 const Uniscribe* uniscribe() noexcept;
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT

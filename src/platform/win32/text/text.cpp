@@ -46,3 +46,4 @@ bool takesFontFiles() noexcept {
 }
 
 } // namespace pixkit::platform
+// SPDX-License-Identifier: MIT
