@@ -244,16 +244,16 @@ std::vector<Operation> operations(bool everyOpacity) {
         add("blendScaled", 32, 32, true,
             [=](Call c) { c.t.blendScaled(c.dst, c.src, c.n, static_cast<std::uint8_t>(scale)); });
     // Light, gray, both, each found by a line and looked up, and at both kinds of opacity.
-    bool isOdd = true;
     for (const float percent : {0.0F, 25.0F, -37.5F, 100.0F, -100.0F}) {
         for (unsigned kind = 0; kind < 8; ++kind) {
             Tone tone = percent == 0.0F ? Tone() : spt_LightnessTone(percent);
             tone.isLinear = tone.isLinear && (kind & 2) != 0;
             tone.isGray = (kind & 4) != 0;
-            tone.weights = weightChoices[(kind & 2) == 0 ? 0 : 8];
-            if (!tone.isGray && !tone.isLight) continue;
-            isOdd = !isOdd;
-            add("blendToned", 32, 32, true, [=](Call c) { c.t.blendToned(c.dst, c.src, c.n, isOdd ? 77 : 255, tone); });
+            tone.weights = weightChoices[(kind & 1) == 0 ? 0 : 8];
+            if (!tone.isGray && (!tone.isLight || (kind & 1) != 0)) continue;
+            for (const int opacity : {77, 255})
+                add("blendToned", 32, 32, true,
+                    [=](Call c) { c.t.blendToned(c.dst, c.src, c.n, static_cast<std::uint8_t>(opacity), tone); });
         }
     }
     static constexpr std::uint8_t mixed[] = {255, 130, 0}, clear[4] = {}, colour[4] = {1, 2, 3, 255};

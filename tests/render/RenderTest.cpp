@@ -193,6 +193,32 @@ TEST(Render, LeavesASeamBetweenRowsThatAreWorkedOutTogether) {
     }
 }
 
+// A turned row that crosses more than a thousand rows of its source is walked in tiles.
+TEST(Render, LeavesASeamBetweenTilesOfATurnedPicture) {
+    Random random(26);
+    for (const bool HighQuality : {false, true}) {
+        Stage stage(1500, 1500, 1500, 1500, random);
+        const Drawing d{.Angle = 60, .HighQuality = HighQuality};
+        Picture expected = stage.pixels(ontoHost);
+        DrawByTheBook({1500, 1500, pixelsOf(stage.source)}, d).onto(expected);
+        ASSERT_TRUE(stage.draw(d, ontoHost));
+        EXPECT_LE(countDiffering(stage.pixels(ontoHost), expected, HighQuality ? 4 : 0), 40U);
+    }
+}
+
+// Steps of whole sixteenths of a pixel, as far as their patterns of columns go.
+TEST(Render, LosesItsPlaceInALongRow) {
+    Random random(27);
+    const std::int32_t widths[][2] = {{6000, 9600}, {10240, 8192}, {9000, 3000},
+                                      {6400, 100},  {8193, 9364},  {70000, 1000}};
+    for (const auto& [width, newWidth] : widths) {
+        Stage stage(width, 2, newWidth, 2, random);
+        const Drawing d{.destWidth = newWidth, .HighQuality = true};
+        SCOPED_TRACE(textOf(d, ontoHost));
+        ASSERT_NO_FATAL_FAILURE(compare(stage, d, ontoHost, false, random));
+    }
+}
+
 TEST(Render, DrawsOtherwiseThanTheRulesSay) {
     Random random(2024);
     for (int round = 0; round < 12000; ++round) {

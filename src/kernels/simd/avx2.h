@@ -142,9 +142,6 @@ inline Vec subtract16(Vec a, Vec b) {
 inline Vec addSaturated16(Vec a, Vec b) {
     return _mm256_adds_epu16(a, b);
 }
-inline Vec addSaturatedSigned16(Vec a, Vec b) {
-    return _mm256_adds_epi16(a, b);
-}
 inline Vec minSigned16(Vec a, Vec b) {
     return _mm256_min_epi16(a, b);
 }
@@ -263,9 +260,6 @@ inline bool allSet(Vec a, Vec mask) {
 }
 inline Vec multiplyLow32(Vec a, Vec b) {
     return _mm256_mullo_epi32(a, b);
-}
-inline Vec keepZeros32(Vec seen, Vec v) {
-    return _mm256_min_epu32(seen, v);
 }
 inline Vec runningSums32(Vec v) {
     v = add32(v, shiftBytesUp<4>(v));

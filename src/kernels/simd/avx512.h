@@ -148,9 +148,6 @@ inline HalfVec subtract16(HalfVec a, HalfVec b) {
 inline Vec addSaturated16(Vec a, Vec b) {
     return _mm512_adds_epu16(a, b);
 }
-inline Vec addSaturatedSigned16(Vec a, Vec b) {
-    return _mm512_adds_epi16(a, b);
-}
 inline Vec minSigned16(Vec a, Vec b) {
     return _mm512_min_epi16(a, b);
 }
@@ -183,9 +180,6 @@ inline Vec sumsOf8(Vec a) {
 }
 inline Vec multiplyLow32(Vec a, Vec b) {
     return _mm512_mullo_epi32(a, b);
-}
-inline Vec keepZeros32(Vec seen, Vec v) {
-    return _mm512_min_epu32(seen, v);
 }
 
 // --- comparisons: all ones where true

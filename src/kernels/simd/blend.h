@@ -29,8 +29,8 @@ struct Over {
 };
 
 // The same scaled by an opacity. What is to be divided by 255 gets 255 more, and one for the division, (x + 1) * 257 /
-// 65,536: words that hold 65,535 then give 255 as they should when the 1 too much is taken off again. Only colour above
-// its alpha leads there.
+// 65,536: the largest sum, 65,535, then gives 255 as it should when the 1 too much is taken off again. So do sums that
+// end there because colour is above its alpha.
 struct ScaledOver {
     explicit ScaledOver(std::uint8_t globalAlpha) : scale(keptConstant(all16(globalAlpha))) {}
 

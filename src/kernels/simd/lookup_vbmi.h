@@ -1,7 +1,6 @@
 // Pixels by their numbers, 64 at a time: a palette of 256 fills sixteen vectors, which shuffles of bytes look up.
 #pragma once
 #include "kernels/simd/samples.h"
-#include <array>
 
 namespace pixkit::kernels {
 namespace {
@@ -9,13 +8,17 @@ namespace {
 // One of the four bytes of the pixels 64 * part .. 64 * part + 63.
 template <int channel, int part>
 inline Vec paletteBytes(const std::uint8_t* lut) {
-    alignas(vecBytes) static constexpr auto everyFourth = [] {
-        std::array<std::uint8_t, vecBytes> places{};
+    // No std::array: its members would be compiled for this level and might be what other files get linked to.
+    struct Places {
+        std::uint8_t bytes[vecBytes];
+    };
+    alignas(vecBytes) static constexpr Places everyFourth = [] {
+        Places places{};
         for (std::size_t i = 0; i < vecBytes; ++i)
-            places[i] = static_cast<std::uint8_t>(4 * i % 128 + channel);
+            places.bytes[i] = static_cast<std::uint8_t>(4 * i % 128 + channel);
         return places;
     }();
-    const Vec places = load(everyFourth.data());
+    const Vec places = load(everyFourth.bytes);
     const auto from = [&](std::size_t at) {
         const std::uint8_t* const pixels = lut + 4 * vecBytes * part + at;
         return _mm512_permutex2var_epi8(load(pixels), places, load(pixels + vecBytes));

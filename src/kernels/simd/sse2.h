@@ -100,10 +100,6 @@ inline Vec multiplyLow32(Vec a, Vec b) {
     return interleaveLow32(_mm_shuffle_epi32(even, _MM_SHUFFLE(0, 0, 2, 0)),
                            _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
 }
-// Lanes of 32 bits that stay other than 0 until the lane of some `v` was 0; they start as all ones.
-inline Vec keepZeros32(Vec seen, Vec v) {
-    return andNot(seen, equal32(v, zeros()));
-}
 // Each 32-bit lane plus all before it.
 inline Vec runningSums32(Vec v) {
     v = add32(v, shiftBytesUp<4>(v));

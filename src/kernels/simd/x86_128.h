@@ -130,9 +130,6 @@ inline Vec128 subtract16(Vec128 a, Vec128 b) {
 inline Vec128 addSaturated16(Vec128 a, Vec128 b) {
     return _mm_adds_epu16(a, b);
 }
-inline Vec128 addSaturatedSigned16(Vec128 a, Vec128 b) {
-    return _mm_adds_epi16(a, b);
-}
 inline Vec128 minSigned16(Vec128 a, Vec128 b) {
     return _mm_min_epi16(a, b);
 }
