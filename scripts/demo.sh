@@ -33,4 +33,4 @@ scripts/setup.sh demo
 cmake --preset release -B build/demo -DPIXKIT_TESTS=OFF >/dev/null
 cmake --build build/demo --target pixkit-command
 
-build/demo/src/cli/pixkit gallery "${pictures[@]}" -o out/gallery
+build/demo/src/cli/pixkit effects "${pictures[@]}" -o out/gallery

@@ -197,7 +197,7 @@ ROWS = {
     "the same at level 9": (near_repeats, (4096, 4096), SIDE, convert(".png", "--png-level", "9")),
     "saved as an icon: noise": (noise, (8192, 8192), SIDE, convert(".ico")),
     "drawn at 101 %": (plain, (16000, 16000), SIDE, convert(".bmp", "--resize", "101%")),
-    "gallery of a plain bitmap": (plain, (1024, 1024), SIDE // 2, ("gallery", "--limit", "none", "FILE", "-o", "FILE.gallery")),
+    "all effects on a plain bitmap": (plain, (1024, 1024), SIDE // 2, ("effects", "--limit", "none", "FILE", "-o", "FILE.effects")),
 }
 
 

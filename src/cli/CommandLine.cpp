@@ -121,8 +121,8 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
                 "  pixkit compose -o stack.tga back.png middle.png@8,8 front.png@16,16:50%");
 }
 
-void addGallery(CLI::App& app, GalleryRequest& request) {
-    CLI::App* const sub = app.add_subcommand("gallery", "Show every effect on pictures in one HTML page");
+void addEffects(CLI::App& app, EffectsRequest& request) {
+    CLI::App* const sub = app.add_subcommand("effects", "Show every effect on pictures in one HTML page");
     sub->add_option("PICTURE", request.pictures, "Pictures")->required()->type_name("");
     sub->add_option("-o,--output", request.folder, "Folder for the page and the results")
         ->type_name("FOLDER")
@@ -135,7 +135,7 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
         "There are about 40 results of each picture, saved as PNG: 2 MB for 240 x 300 pixels with alpha. Existing "
         "files\nin the folder are replaced.\n\n"
         "Example:\n"
-        "  pixkit gallery samples/pictures/*.png -o out/gallery");
+        "  pixkit effects samples/pictures/*.png -o out/effects");
 }
 
 void addSheet(CLI::App& app, SheetRequest& request) {
@@ -236,7 +236,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     InfoRequest infoRequest;
     ConvertRequest convertRequest;
     ComposeRequest composeRequest;
-    GalleryRequest galleryRequest;
+    EffectsRequest effectsRequest;
     SheetRequest sheetRequest;
     std::string topic;
     app.allow_windows_style_options(false); // a path may begin with a slash everywhere
@@ -251,7 +251,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     addConvert(app, convertRequest);
     addCompose(app, composeRequest);
     addSheet(app, sheetRequest);
-    addGallery(app, galleryRequest);
+    addEffects(app, effectsRequest);
     addHelp(app, topic);
     if (arguments.empty()) {
         console.err << app.help() << '\n';
@@ -278,7 +278,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     if (app.got_subcommand("convert")) return convert(convertRequest, console);
     if (app.got_subcommand("compose")) return compose(composeRequest, console);
     if (app.got_subcommand("sheet")) return sheet(sheetRequest, console);
-    return gallery(galleryRequest, console);
+    return showEffects(effectsRequest, console);
 }
 
 } // namespace

@@ -97,12 +97,12 @@ struct SheetRequest : SavingOptions {
 PictureSize parseCell(const std::string& text);
 int sheet(const SheetRequest& request, Console& console);
 
-struct GalleryRequest {
+struct EffectsRequest {
     std::vector<std::string> pictures;
-    std::string folder = "out/gallery";
+    std::string folder = "out/effects";
     LoadingOptions loading = {};
 };
-int gallery(const GalleryRequest& request, Console& console);
+int showEffects(const EffectsRequest& request, Console& console);
 
 // The whole command: `arguments` in UTF-8, without the program's name.
 int run(std::vector<std::string> arguments, Console& console);

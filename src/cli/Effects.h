@@ -1,4 +1,4 @@
-// The effects that the command offers: one table of options, used by `convert` for its command line and by `gallery`
+// The effects that the command offers: one table of options, used by `convert` for its command line and by `effects`
 // for its pictures.
 #pragma once
 #include "cli/Scaling.h"

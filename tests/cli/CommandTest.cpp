@@ -16,10 +16,10 @@ namespace {
 // What a transcript cannot say. Everything else about the command stands in tests/data/cli.
 class Command : public testing::Test {
   protected:
-    int gallery() {
+    int showEffects() {
         const auto picture = [](const char* name) { return cli::toUtf8(sourceFolder() / "tests/data/cli" / name); };
         cli::Console console{m_in, m_out, m_err, false, false};
-        return cli::gallery({{picture("alpha.png"), picture("opaque.png")}, m_folder.name(u8"gallery")}, console);
+        return cli::showEffects({{picture("alpha.png"), picture("opaque.png")}, m_folder.name(u8"page")}, console);
     }
 
     TemporaryFolder m_folder;
@@ -27,9 +27,9 @@ class Command : public testing::Test {
     std::ostringstream m_out, m_err;
 };
 
-TEST_F(Command, TheGalleryLinksOnlyToFilesThatAreThere) {
-    ASSERT_EQ(gallery(), cli::exitOk);
-    const auto folder = m_folder.path(u8"gallery");
+TEST_F(Command, ThePageOfEffectsLinksOnlyToFilesThatAreThere) {
+    ASSERT_EQ(showEffects(), cli::exitOk);
+    const auto folder = m_folder.path(u8"page");
     const auto bytes = readFile(folder / "index.html");
     const std::string page(bytes.begin(), bytes.end());
     std::set<std::string> files;
@@ -67,7 +67,7 @@ TEST_F(Command, ANameThatIsNoTextEndsTheRun) {
     const std::string good = cli::toUtf8(sourceFolder() / "tests/data/cli/alpha.png"), bad = "\xED\xA0\x80.png";
     for (std::vector<std::string> line : {std::vector<std::string>{"info", bad, good},
                                           {"convert", bad, good, m_folder.name(u8"to/")},
-                                          {"gallery", bad, good, "-o", m_folder.name(u8"gallery")}}) {
+                                          {"effects", bad, good, "-o", m_folder.name(u8"page")}}) {
         cli::Console console{m_in, m_out, m_err, false, false};
         m_out.str("");
         EXPECT_EQ(cli::run(line, console), cli::exitSomeFailed) << line.front();
@@ -75,14 +75,14 @@ TEST_F(Command, ANameThatIsNoTextEndsTheRun) {
     }
 }
 
-TEST_F(Command, APictureWithoutMemoryDoesNotEndTheGallery) {
+TEST_F(Command, APictureWithoutMemoryDoesNotEndThePageOfEffects) {
     bool happened = false;
     for (long after = 0; !happened; ++after) { // until it is the first picture's work that finds no memory
         m_err.str("");
         int exitCode = cli::exitOk;
         try {
             const AllocationFault fault(after);
-            exitCode = gallery();
+            exitCode = showEffects();
             ASSERT_TRUE(fault.hasHappened()) << "no failure of this kind came up";
         } catch (const std::bad_alloc&) {
             continue; // before the first picture
@@ -90,7 +90,7 @@ TEST_F(Command, APictureWithoutMemoryDoesNotEndTheGallery) {
         happened = m_err.str().find("alpha.png: not enough memory") != std::string::npos;
         EXPECT_TRUE(!happened || exitCode == cli::exitSomeFailed);
     }
-    EXPECT_TRUE(std::filesystem::exists(m_folder.path(u8"gallery/opaque/00-original.png")));
+    EXPECT_TRUE(std::filesystem::exists(m_folder.path(u8"page/opaque/00-original.png")));
 }
 
 // A picture that is mirrored twice is the same, and has to be there as a whole.

@@ -1,7 +1,7 @@
-// `pixkit gallery`: every effect on every picture, and a page that shows them side by side.
+// `pixkit effects`: every effect on every picture, and a page that shows them side by side.
 #include "cli/Commands.h"
+#include "cli/EffectsPage.h"
 #include "cli/Files.h"
-#include "cli/GalleryPage.h"
 #include "cli/Names.h"
 #include "cli/Progress.h"
 #include "cli/Saving.h"
@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class GalleryError : public std::runtime_error {
+class EffectsError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
@@ -128,26 +128,26 @@ std::vector<Effect> effectsFor(cPixSheet& picture) {
 // Saves one picture's results into a folder of their own.
 class PictureFolder {
   public:
-    PictureFolder(const fs::path& gallery, const fs::path& name) : m_gallery(gallery), m_name(name) {
+    PictureFolder(const fs::path& page, const fs::path& name) : m_page(page), m_name(name) {
         std::error_code error;
-        fs::create_directories(gallery / name, error);
-        if (error) throw GalleryError("cannot make its folder: " + error.message());
+        fs::create_directories(page / name, error);
+        if (error) throw EffectsError("cannot make its folder: " + error.message());
     }
 
-    GalleryCard save(const cPixSheet& sheet, const std::string& name) const {
-        GalleryCard card;
+    EffectsCard save(const cPixSheet& sheet, const std::string& name) const {
+        EffectsCard card;
         card.alpha = alphaName(alphaTypeOf(HostAccess::pixels(sheet))).word; // of what is saved
         card.width = sheet.Width();
         card.height = sheet.Height();
         const fs::path relative = m_name / toPath(name + ".png");
-        const std::string file = toUtf8(m_gallery / relative);
-        if (!sheet.SaveToFile_PNG(file, false)) throw GalleryError(file + ": " + std::string(sheet.LastErrorText()));
+        const std::string file = toUtf8(m_page / relative);
+        if (!sheet.SaveToFile_PNG(file, false)) throw EffectsError(file + ": " + std::string(sheet.LastErrorText()));
         card.file = toUtf8(relative);
         return card;
     }
 
   private:
-    fs::path m_gallery;
+    fs::path m_page;
     fs::path m_name;
 };
 
@@ -155,7 +155,7 @@ class PictureFolder {
 using Note = std::function<void(const std::string& text)>;
 
 // Nothing, and a note, where the result exceeds the limit.
-std::optional<GalleryCard> makeCard(cPixSheet& picture, const Effect& effect, const std::string& number,
+std::optional<EffectsCard> makeCard(cPixSheet& picture, const Effect& effect, const std::string& number,
                                     PictureFolder& folder, const Note& note) {
     cPixSheet copy;
     copy.MaxPixels(picture.MaxPixels());
@@ -166,14 +166,14 @@ std::optional<GalleryCard> makeCard(cPixSheet& picture, const Effect& effect, co
     for (const EffectStep& step : effect.steps) {
         if (!step.apply(copy)) {
             const std::string problem = step.option + ": " + problemOf(copy);
-            if (!isBeyondLimits(HostAccess::outcome(copy))) throw GalleryError(problem);
+            if (!isBeyondLimits(HostAccess::outcome(copy))) throw EffectsError(problem);
             note("left out: " + problem);
             return {};
         }
         options += (options.empty() ? "" : " ") + step.option;
         fileName += step.option.substr(1, step.option.find(' ') - 1);
     }
-    GalleryCard card = folder.save(copy, fileName);
+    EffectsCard card = folder.save(copy, fileName);
     card.title = effect.title != nullptr ? effect.title : effect.steps.front().title;
     card.option = options;
     for (const EffectStep& step : effect.steps) {
@@ -183,16 +183,16 @@ std::optional<GalleryCard> makeCard(cPixSheet& picture, const Effect& effect, co
     return card;
 }
 
-GalleryPicture makePicture(const std::string& file, const LoadingOptions& loading, const fs::path& gallery,
+EffectsPicture makePicture(const std::string& file, const LoadingOptions& loading, const fs::path& page,
                            const fs::path& folderName, Progress& progress, const Note& note, std::ostream& err) {
     cPixSheet sheet;
-    if (!load(sheet, file, loading)) throw GalleryError(problemOf(sheet));
+    if (!load(sheet, file, loading)) throw EffectsError(problemOf(sheet));
     if (!loading.isQuiet && !sheet.LoadNotes().empty()) {
         progress.clear();
         warn(err, file, sheet, loading);
     }
-    PictureFolder folder(gallery, folderName);
-    GalleryPicture picture;
+    PictureFolder folder(page, folderName);
+    EffectsPicture picture;
     picture.name = toUtf8(toPath(file).filename());
     std::error_code gone; // the file may be deleted under our hands
     const std::uintmax_t bytes = fs::file_size(toPath(file), gone);
@@ -228,17 +228,17 @@ fs::path freeFolderName(const std::string& file, std::set<std::string>& taken) {
 
 } // namespace
 
-int gallery(const GalleryRequest& request, Console& console) {
+int showEffects(const EffectsRequest& request, Console& console) {
     constexpr const char* notEnoughMemory = "not enough memory";
     const fs::path folder = toPath(request.folder);
     const std::string version = cPixSheet().Version();
-    std::vector<GalleryPicture> pictures;
+    std::vector<EffectsPicture> pictures;
     std::set<std::string> folderNames = {"index.html"};
     Progress progress(console, request.pictures.size());
     int exitCode = exitOk;
     const auto tell = [&](const std::string& file, const std::string& text) {
         progress.clear();
-        console.err << "pixkit gallery: " << shown(file) << ": " << text << '\n';
+        console.err << "pixkit effects: " << shown(file) << ": " << text << '\n';
     };
     const auto reportFailure = [&](const std::string& file, const char* reason) {
         tell(file, reason);
@@ -262,9 +262,9 @@ int gallery(const GalleryRequest& request, Console& console) {
     if (pictures.empty()) return exitCode;
     const fs::path page = folder / "index.html";
     try {
-        writeWhole(toUtf8(page), [&](std::ostream& html) { writeGalleryPage(html, pictures, version); });
+        writeWhole(toUtf8(page), [&](std::ostream& html) { writeEffectsPage(html, pictures, version); });
     } catch (const Failed& failure) {
-        console.err << "pixkit gallery: " << failure.what() << '\n';
+        console.err << "pixkit effects: " << failure.what() << '\n';
         return exitSomeFailed;
     }
     console.out << "Look at " << shown(toUtf8(fs::absolute(page))) << '\n';

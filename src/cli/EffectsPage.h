@@ -1,4 +1,4 @@
-// The gallery's index.html.
+// The index.html of `pixkit effects`.
 #pragma once
 #include <cstdint>
 #include <iosfwd>
@@ -9,7 +9,7 @@
 namespace pixkit::cli {
 
 // One saved picture. File names are relative to the page.
-struct GalleryCard {
+struct EffectsCard {
     std::string title;
     std::vector<std::string> calls;    // the members that made it, in order; none for the picture as loaded
     std::string option;                // the same as options of `pixkit convert`
@@ -20,20 +20,20 @@ struct GalleryCard {
     std::int32_t height = 0;
 };
 
-struct GalleryGroup {
+struct EffectsGroup {
     std::string title;
-    std::vector<GalleryCard> cards;
+    std::vector<EffectsCard> cards;
 };
 
-struct GalleryPicture {
+struct EffectsPicture {
     std::string name;
     std::string facts; // size, type, alpha class, bytes
-    GalleryCard original;
-    std::vector<GalleryGroup> groups;
+    EffectsCard original;
+    std::vector<EffectsGroup> groups;
 };
 
 // One self-contained page: no scripts and nothing from elsewhere but the pictures beside it.
-void writeGalleryPage(std::ostream& html, const std::vector<GalleryPicture>& pictures, const std::string& version);
+void writeEffectsPage(std::ostream& html, const std::vector<EffectsPicture>& pictures, const std::string& version);
 
 } // namespace pixkit::cli
 // SPDX-License-Identifier: MIT

@@ -1,4 +1,4 @@
-#include "cli/GalleryPage.h"
+#include "cli/EffectsPage.h"
 #include "cli/Colour.h"
 #include "cli/Text.h"
 #include <algorithm>
@@ -46,12 +46,12 @@ footer { margin-top: 48px; padding-bottom: 40px; font-size: 13px; }
 )css";
 
 // Very small pictures are shown larger, pixel by pixel.
-std::int32_t magnification(const GalleryCard& card) {
+std::int32_t magnification(const EffectsCard& card) {
     const std::int32_t longest = std::max({card.width, card.height, 1});
     return longest > 64 ? 1 : 128 / longest;
 }
 
-void writeFrame(std::ostream& html, const GalleryPicture& picture, const GalleryCard& card) {
+void writeFrame(std::ostream& html, const EffectsPicture& picture, const EffectsCard& card) {
     const std::int32_t scale = magnification(card);
     html << "<div class=\"frame\"><a class=\"picture" << (scale > 1 ? " tiny" : "") << "\" href=\""
          << urlPath(card.file) << "\"><img src=\"" << urlPath(card.file) << "\" alt=\""
@@ -59,7 +59,7 @@ void writeFrame(std::ostream& html, const GalleryPicture& picture, const Gallery
          << card.height * scale << "\" loading=\"lazy\" decoding=\"async\"></a></div>\n";
 }
 
-void writeCaption(std::ostream& html, const GalleryCard& card) {
+void writeCaption(std::ostream& html, const EffectsCard& card) {
     html << "<figcaption><b>" << htmlText(card.title);
     for (const std::int32_t colour : card.colours) {
         const std::string rgb = formatColour(colour);
@@ -73,7 +73,7 @@ void writeCaption(std::ostream& html, const GalleryCard& card) {
     html << "</figcaption>";
 }
 
-void writeCard(std::ostream& html, const GalleryPicture& picture, const GalleryCard& card, const char* cssClass) {
+void writeCard(std::ostream& html, const EffectsPicture& picture, const EffectsCard& card, const char* cssClass) {
     html << "<figure" << cssClass << ">\n";
     writeFrame(html, picture, card);
     writeCaption(html, card);
@@ -86,11 +86,11 @@ std::string anchor(std::size_t index) {
 
 } // namespace
 
-void writeGalleryPage(std::ostream& html, const std::vector<GalleryPicture>& pictures, const std::string& version) {
+void writeEffectsPage(std::ostream& html, const std::vector<EffectsPicture>& pictures, const std::string& version) {
     html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
-            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>pixkit gallery</title>\n"
+            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>pixkit effects</title>\n"
             "<style>"
-         << style << "</style>\n</head>\n<body>\n<header>\n<h1>pixkit gallery</h1>\n"
+         << style << "</style>\n</head>\n<body>\n<header>\n<h1>pixkit effects</h1>\n"
          << "<p class=\"soft\">Each picture was loaded, changed by the calls under it and saved as PNG. The "
             "checkerboard shows "
             "where a result is transparent.</p>\n<nav>\n";
@@ -98,13 +98,13 @@ void writeGalleryPage(std::ostream& html, const std::vector<GalleryPicture>& pic
         html << "<a href=\"#" << anchor(i) << "\">" << htmlText(pictures[i].name) << "</a>\n";
     html << "</nav>\n</header>\n<main>\n";
     for (std::size_t i = 0; i < pictures.size(); ++i) {
-        const GalleryPicture& picture = pictures[i];
+        const EffectsPicture& picture = pictures[i];
         html << "<section id=\"" << anchor(i) << "\">\n<h2>" << htmlText(picture.name) << "</h2>\n<p class=\"soft\">"
              << htmlText(picture.facts) << "</p>\n";
         writeCard(html, picture, picture.original, " class=\"original\"");
-        for (const GalleryGroup& group : picture.groups) {
+        for (const EffectsGroup& group : picture.groups) {
             html << "<h3>" << htmlText(group.title) << "</h3>\n<div class=\"row\">\n";
-            for (const GalleryCard& card : group.cards)
+            for (const EffectsCard& card : group.cards)
                 writeCard(html, picture, card, "");
             html << "</div>\n";
         }
