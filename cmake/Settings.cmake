@@ -11,6 +11,8 @@ target_compile_options(pixkit-settings INTERFACE
 if(WIN32)
     # Windows entry points that need a newer system than XP are not used.
     target_compile_definitions(pixkit-settings INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN _WIN32_WINNT=0x0501)
+    # The same sources give the same bytes, whenever they are built.
+    target_link_options(pixkit-settings INTERFACE -Wl,--no-insert-timestamp)
 endif()
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
     # x87 arithmetic would round differently.

@@ -3,8 +3,9 @@
 include(CMakePackageConfigHelpers)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/pixkit")
 
-install(TARGETS pixkit EXPORT pixkit-targets)
-install(EXPORT pixkit-targets NAMESPACE pixkit:: DESTINATION "${package_dir}")
+install(TARGETS pixkit EXPORT pixkit-targets
+        RUNTIME COMPONENT runtime LIBRARY COMPONENT runtime NAMELINK_COMPONENT development ARCHIVE COMPONENT development)
+install(EXPORT pixkit-targets NAMESPACE pixkit:: DESTINATION "${package_dir}" COMPONENT development)
 write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake" COMPATIBILITY SameMajorVersion)
 # Whoever links the static library needs the libraries that draw text.
 get_target_property(library_type pixkit TYPE)
@@ -13,7 +14,7 @@ if(library_type STREQUAL "STATIC_LIBRARY")
 endif()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" pixkit-config.cmake @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config.cmake" "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake"
-        DESTINATION "${package_dir}")
+        DESTINATION "${package_dir}" COMPONENT development)
 
 # The headers that <pixkit/pixkit.h> includes. Installed, all of them lie below pixkit/ and say so to each other, so that
 # no other project's "shared/..." or "platform/..." is found in their place.
@@ -27,4 +28,4 @@ foreach(header IN ITEMS ../include/pixkit/pixkit.h surface/cPixSheet.h surface/L
     string(REPLACE "../include/pixkit/" "" installed "${header}")
     file(CONFIGURE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/headers/${installed}" CONTENT "${text}" @ONLY)
 endforeach()
-install(DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/headers/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit")
+install(DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/headers/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/pixkit" COMPONENT development)
