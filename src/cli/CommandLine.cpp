@@ -178,6 +178,38 @@ void addSheet(CLI::App& app, SheetRequest& request) {
                 "  pixkit sheet -o sprites.png --index sprites.css --gap 1 icons --recursive");
 }
 
+void addGallery(CLI::App& app, GalleryRequest& request) {
+    CLI::App* const sub = app.add_subcommand("gallery", "Make an HTML page that shows pictures");
+    const char* const page = "Page";
+    sub->add_option("PICTURE", request.pictures, "Pictures")->required()->type_name("");
+    sub->add_option("-o,--output", request.folder, "Folder for the page and the thumbnails")
+        ->type_name("FOLDER")
+        ->capture_default_str();
+    sub->add_option("--title", request.title, "What the page is called")->type_name("TEXT")->group(page);
+    sub->add_option("--before", request.before,
+                    "Where pictures of the same names lie as they were before;\nthe page shows both")
+        ->type_name("FOLDER")
+        ->group(page);
+    addLoading(*sub, request.loading);
+    addRecursive(*sub, request.recursive);
+    addTurning(*sub, request.loading);
+    addReporting(*sub, request, request.loading);
+    sub->add_flag_callback(
+           "--overwrite", [&request] { request.replacing = Replacing::always; },
+           "Make all anew, and replace a page that something else has\nmade")
+        ->group("Saving");
+    addJobs(*sub, request.jobs);
+    sub->footer(
+        "The page links to the pictures where they are; those that browsers do not read (TGA, BMP, icons) lie beside\n"
+        "it as PNG. Thumbnails that are as new as their pictures are kept, so that a run that was interrupted goes "
+        "on.\n"
+        "In the page: arrows, + and -, 0 (fit), 1 (pixel by pixel), c (what is behind transparent parts), b (before),\n"
+        "Escape.\n\n"
+        "Examples:\n"
+        "  pixkit gallery -o holidays --recursive photos --title \"In the mountains\"\n"
+        "  pixkit gallery -o compared --recursive small --before photos");
+}
+
 void addHelp(CLI::App& app, std::string& topic) {
     CLI::App* const sub = app.add_subcommand("help", "Explain a command or another topic");
     std::string names;
@@ -237,6 +269,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     ConvertRequest convertRequest;
     ComposeRequest composeRequest;
     EffectsRequest effectsRequest;
+    GalleryRequest galleryRequest;
     SheetRequest sheetRequest;
     std::string topic;
     app.allow_windows_style_options(false); // a path may begin with a slash everywhere
@@ -251,6 +284,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     addConvert(app, convertRequest);
     addCompose(app, composeRequest);
     addSheet(app, sheetRequest);
+    addGallery(app, galleryRequest);
     addEffects(app, effectsRequest);
     addHelp(app, topic);
     if (arguments.empty()) {
@@ -278,6 +312,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     if (app.got_subcommand("convert")) return convert(convertRequest, console);
     if (app.got_subcommand("compose")) return compose(composeRequest, console);
     if (app.got_subcommand("sheet")) return sheet(sheetRequest, console);
+    if (app.got_subcommand("gallery")) return gallery(galleryRequest, console);
     return showEffects(effectsRequest, console);
 }
 

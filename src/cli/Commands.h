@@ -97,6 +97,17 @@ struct SheetRequest : SavingOptions {
 PictureSize parseCell(const std::string& text);
 int sheet(const SheetRequest& request, Console& console);
 
+struct GalleryRequest : SavingOptions { // of which messages, --dry-run and --overwrite are asked for
+    std::vector<std::string> pictures;
+    std::string folder = "out/gallery";
+    std::string before; // a folder of pictures as they were, or empty
+    std::string title = "Gallery";
+    LoadingOptions loading = {};
+    bool recursive = false;
+    unsigned jobs = 0; // as in ConvertRequest
+};
+int gallery(const GalleryRequest& request, Console& console);
+
 struct EffectsRequest {
     std::vector<std::string> pictures;
     std::string folder = "out/effects";

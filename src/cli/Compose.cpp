@@ -36,10 +36,12 @@ class Layers {
         for (const ComposeLayer& layer : m_layers) {
             m_pictures.push_back(std::make_unique<cPixSheet>());
             cPixSheet& picture = *m_pictures.back();
-            if (!load(picture, openSource(layer.file, console.in), request.loading))
-                throw Failed(layer.file, problemOf(picture));
-            warn(console.err, layer.file, picture, request.loading);
-            if (!layer.scaling.dependsOnCanvas()) scale(picture, layer, {});
+            forFile(layer.file, [&] {
+                if (!load(picture, openSource(layer.file, console.in), request.loading))
+                    throw Failed(layer.file, problemOf(picture));
+                warn(console.err, layer.file, picture, request.loading);
+                if (!layer.scaling.dependsOnCanvas()) scale(picture, layer, {});
+            });
         }
     }
 
@@ -133,13 +135,7 @@ int compose(const ComposeRequest& request, Console& console) {
     Result result{{}, target.name};
     result.reason = reasonToSkip(target, files, request);
     result.status = Result::Status::skipped;
-    try {
-        if (result.reason.empty()) composeOne(request, target, console, result);
-    } catch (const Failed& failure) {
-        result.status = Result::Status::failed;
-        result.failedAt = failure.file();
-        result.reason = failure.reason();
-    }
+    if (result.reason.empty()) succeeds(result, [&] { composeOne(request, target, console, result); });
     report(result, request.reporting, "compose", 0, console);
     endReports(request.reporting, 1, console);
     return result.status == Result::Status::failed ? exitSomeFailed : exitOk;

@@ -10,16 +10,12 @@
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <atomic>
-#include <new>
 #include <ostream>
 #include <span>
-#include <stdexcept>
 
 namespace pixkit::cli {
 
 namespace {
-
-constexpr const char* notEnoughMemory = "not enough memory";
 
 // One conversion after the other, or several at a time: all that they share is where they go.
 class Conversion {
@@ -31,23 +27,7 @@ class Conversion {
     void convert(Piece& piece) {
         const Input& input = m_inputs[piece.index()];
         Result result{input.name, {}};
-        const auto fail = [&](const std::string& at, const std::string& reason) {
-            result.status = Result::Status::failed;
-            result.failedAt = at;
-            result.reason = reason;
-            m_hasFailed = true;
-        };
-        try {
-            convertOne(input, piece, result);
-        } catch (const Failed& failure) {
-            fail(failure.file(), failure.reason());
-        } catch (const std::bad_alloc&) {
-            fail(input.name, notEnoughMemory);
-        } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits
-            fail(input.name, notEnoughMemory);
-        } catch (const std::exception& error) {
-            fail(input.name, error.what());
-        }
+        if (!succeeds(result, [&] { convertOne(input, piece, result); })) m_hasFailed = true;
         report(result, m_request.reporting, "convert", piece.index(), piece.console());
     }
 

@@ -57,11 +57,6 @@ void printImages(std::ostream& out, const std::vector<IconSourceSize>& images) {
     if (!images.empty()) out << '\n';
 }
 
-const char* containerName(FileFormat format) {
-    constexpr const char* names[] = {"BMP", "TGA", "PNG", "JPEG", "GIF", "icon"};
-    return names[static_cast<std::size_t>(format)];
-}
-
 // What is said in words, one part behind the other.
 class Words {
   public:
@@ -120,21 +115,6 @@ void printSaid(std::ostream& out, const PictureFacts& said) {
 const char* typeWord(const Facts& facts) {
     const bool isJpeg = facts.said && facts.said->container == FileFormat::jpg;
     return isJpeg ? "JPEG" : imageTypeName(facts.type).word;
-}
-
-// All digits of a small number, three of a large one.
-std::string bytesText(std::uintmax_t bytes) {
-    constexpr const char* units[] = {"", " kB", " MB", " GB", " TB", " PB", " EB"};
-    if (bytes < 10000) return std::to_string(bytes);
-    auto number = static_cast<double>(bytes);
-    std::size_t unit = 0;
-    while (number >= 999.5) {
-        number /= 1000;
-        ++unit;
-    }
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(number < 9.995 ? 2 : number < 99.95 ? 1 : 0) << number << units[unit];
-    return std::move(text).str();
 }
 
 void printLine(std::ostream& out, const Facts& facts) {

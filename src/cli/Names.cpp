@@ -1,4 +1,7 @@
 #include "cli/Names.h"
+#include <iomanip>
+#include <sstream>
+#include <utility>
 
 namespace pixkit::cli {
 
@@ -50,6 +53,25 @@ Name imageTypeName(eImageFormat type) {
         return {"TGA", "imgTGA"};
     }
     return {"unknown", "unknown"};
+}
+
+const char* containerName(FileFormat format) {
+    constexpr const char* names[] = {"BMP", "TGA", "PNG", "JPEG", "GIF", "icon"};
+    return names[static_cast<std::size_t>(format)];
+}
+
+std::string bytesText(std::uintmax_t bytes) {
+    constexpr const char* units[] = {"", " kB", " MB", " GB", " TB", " PB", " EB"};
+    if (bytes < 10000) return std::to_string(bytes);
+    auto number = static_cast<double>(bytes);
+    std::size_t unit = 0;
+    while (number >= 999.5) {
+        number /= 1000;
+        ++unit;
+    }
+    std::ostringstream text;
+    text << std::fixed << std::setprecision(number < 9.995 ? 2 : number < 99.95 ? 1 : 0) << number << units[unit];
+    return std::move(text).str();
 }
 
 } // namespace pixkit::cli

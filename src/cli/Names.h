@@ -1,6 +1,9 @@
-// The component's enumerations in words.
+// Enumerations and numbers in words.
 #pragma once
+#include "codecs/Formats.h"
 #include "shared/enumerations.h"
+#include <cstdint>
+#include <string>
 
 namespace pixkit::cli {
 
@@ -11,6 +14,9 @@ struct Name {
 
 Name alphaName(AlphaTypeEnum alpha);
 Name imageTypeName(eImageFormat type);
+const char* containerName(FileFormat format);
+// All digits of a small number of bytes, three of a large one: "9999", "10.0 kB".
+std::string bytesText(std::uintmax_t bytes);
 
 } // namespace pixkit::cli
 // SPDX-License-Identifier: MIT

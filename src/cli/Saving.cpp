@@ -9,9 +9,12 @@
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <new>
 #include <ostream>
+#include <system_error>
 
 namespace pixkit::cli {
 
@@ -106,17 +109,48 @@ void flatten(cPixSheet& sheet, std::int32_t background) {
     sheet.SwapDIBs(&flat);
 }
 
+void forFile(const std::string& file, const std::function<void()>& work) {
+    constexpr const char* notEnoughMemory = "not enough memory";
+    try {
+        work();
+    } catch (const Failed&) {
+        throw;
+    } catch (const std::bad_alloc&) {
+        throw Failed(file, notEnoughMemory);
+    } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits
+        throw Failed(file, notEnoughMemory);
+    } catch (const std::exception& error) {
+        throw Failed(file, error.what());
+    }
+}
+
+bool succeeds(Result& result, const std::function<void()>& work) {
+    try {
+        forFile(result.input.empty() ? result.output : result.input, work);
+        return true;
+    } catch (const Failed& failure) {
+        result.status = Result::Status::failed;
+        result.failedAt = failure.file();
+        result.reason = failure.reason();
+        return false;
+    }
+}
+
+bool isAsNew(const std::string& made, std::span<const std::string> inputs) {
+    std::error_code error;
+    const auto time = timeOf(made, error);
+    return !error && std::ranges::all_of(inputs, [&](const std::string& input) {
+        const auto changed = timeOf(input, error);
+        return !error && changed <= time;
+    });
+}
+
 std::string reasonToSkip(const Target& target, std::span<const std::string> inputs, const SavingOptions& options) {
     std::error_code error;
     const bool mayKeep = options.replacing == Replacing::never || options.replacing == Replacing::older;
     if (!mayKeep || target.isStream() || !std::filesystem::is_regular_file(target.path(), error)) return {};
     if (options.replacing == Replacing::never) return "it exists already";
-    const auto made = timeOf(target.name, error);
-    const bool isNew = !error && std::ranges::all_of(inputs, [&](const std::string& input) {
-        const auto changed = timeOf(input, error);
-        return !error && changed <= made;
-    });
-    return isNew ? "it is as new as its picture" : "";
+    return isAsNew(target.name, inputs) ? "it is as new as its picture" : "";
 }
 
 void checkSaving(const SavingOptions& options, FileFormat format) {
@@ -174,18 +208,35 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
     result.status = Result::Status::done;
 }
 
-void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write) {
-    const std::filesystem::path file = toPath(name);
-    std::filesystem::path fresh = file;
-    fresh += ".new";
-    std::ofstream out(fresh, std::ios::binary);
-    write(out);
+Draft::Draft(const std::string& name, const std::function<void(std::ostream& out)>& write)
+    : m_name(name), m_fresh(toPath(name)) {
+    m_fresh += ".new";
+    errno = 0;
+    std::ofstream out(m_fresh, std::ios::binary);
+    const bool isOpen = out.is_open();
+    if (isOpen) write(out);
     out.close();
+    if (out) return;
+    const std::string why = errno != 0 ? ": " + std::generic_category().message(errno) : "";
     std::error_code error;
-    if (out) std::filesystem::rename(fresh, file, error);
-    if (out && !error) return;
-    std::filesystem::remove(fresh, error);
-    throw Failed(name, "cannot be written");
+    if (isOpen) std::filesystem::remove(m_fresh, error);
+    throw Failed(name, "cannot be written" + why);
+}
+
+Draft::~Draft() {
+    std::error_code error;
+    if (!m_isInPlace) std::filesystem::remove(m_fresh, error);
+}
+
+void Draft::takePlace() {
+    std::error_code error;
+    std::filesystem::rename(m_fresh, toPath(m_name), error);
+    if (error) throw Failed(m_name, "cannot be written: " + error.message());
+    m_isInPlace = true;
+}
+
+void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write) {
+    Draft(name, write).takePlace();
 }
 
 } // namespace pixkit::cli

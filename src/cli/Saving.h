@@ -4,6 +4,7 @@
 #include "cli/Targets.h"
 #include "cli/Text.h"
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <iosfwd>
 #include <span>
@@ -29,6 +30,14 @@ class Failed : public std::runtime_error {
     std::string m_file, m_reason;
 };
 
+// Does work for a file, which is Failed's if the work throws something else. Throws Failed.
+void forFile(const std::string& file, const std::function<void()>& work);
+// The same for a result, of its input or else its output. False, and the result says why, where it fails.
+bool succeeds(Result& result, const std::function<void()>& work);
+
+// Whether a result is there already, and as new as all that it is made of.
+bool isAsNew(const std::string& made, std::span<const std::string> inputs);
+
 // Whether the options suit the format that the result will have. Throws UsageError.
 void checkSaving(const SavingOptions& options, FileFormat format);
 
@@ -45,7 +54,23 @@ void flatten(cPixSheet& sheet, std::int32_t background);
 void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
                  Console& console, Result& result);
 
-// A text file, which stays what it was when there is no room for the new one. Throws Failed.
+// A new file beside the one whose place it is to take, which stays what it was until then.
+class Draft {
+  public:
+    // Throws Failed.
+    Draft(const std::string& name, const std::function<void(std::ostream& out)>& write);
+    ~Draft();
+    Draft(const Draft&) = delete;
+    Draft& operator=(const Draft&) = delete;
+    // Throws Failed.
+    void takePlace();
+
+  private:
+    std::string m_name;
+    std::filesystem::path m_fresh;
+    bool m_isInPlace = false;
+};
+// Both at once.
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write);
 
 } // namespace pixkit::cli

@@ -12,6 +12,7 @@
 #include <cmath>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <set>
 
@@ -149,33 +150,33 @@ class Sheet {
     std::int32_t m_columns = 1, m_rows = 1;
 };
 
+Sprite loadSprite(const Input& input, const SheetRequest& request, Console& console) {
+    if (!input.problem.empty()) throw Failed(input.name, input.problem);
+    std::vector<EffectStep> steps;
+    if (request.cell) {
+        const std::string cell = std::to_string(request.cell->width) + "x" + std::to_string(request.cell->height);
+        steps = {makeStep("--resize", cell + ":down")};
+        settleFilters(steps);
+    }
+    std::span<const EffectStep> rest = steps;
+    auto picture = std::make_unique<cPixSheet>();
+    if (!load(*picture, openSource(input.name, console.in), request.loading, rest))
+        throw Failed(input.name, problemOf(*picture));
+    warn(console.err, input.name, *picture, request.loading);
+    for (const EffectStep& step : rest)
+        if (!step.apply(*picture)) throw Failed(input.name, problemOf(*picture));
+    return {input.name, std::move(picture)};
+}
+
 // In the order of the inputs. What does not load is said, and left out.
 std::vector<Sprite> loadSprites(const SheetRequest& request, Console& console) {
     const std::vector<Input> inputs = findInputs(request.pictures, request.recursive);
     std::vector<Sprite> sprites(inputs.size());
     runBatch(inputs.size(), request.jobs == 0 ? availableProcessors() : request.jobs, console, [&](Piece& piece) {
         const Input& input = inputs[piece.index()];
-        try {
-            if (!input.problem.empty()) throw Failed(input.name, input.problem);
-            std::vector<EffectStep> steps;
-            if (request.cell) {
-                steps = {makeStep("--resize", std::to_string(request.cell->width) + "x" +
-                                                  std::to_string(request.cell->height) + ":down")};
-                settleFilters(steps);
-            }
-            std::span<const EffectStep> rest = steps;
-            auto picture = std::make_unique<cPixSheet>();
-            if (!load(*picture, openSource(input.name, piece.console().in), request.loading, rest))
-                throw Failed(input.name, problemOf(*picture));
-            warn(piece.console().err, input.name, *picture, request.loading);
-            for (const EffectStep& step : rest)
-                if (!step.apply(*picture)) throw Failed(input.name, problemOf(*picture));
-            sprites[piece.index()] = {input.name, std::move(picture)};
-        } catch (const std::bad_alloc&) {
-            piece.console().err << "pixkit sheet: " << shown(input.name) << ": not enough memory\n";
-        } catch (const Failed& failure) {
-            piece.console().err << "pixkit sheet: " << failure.what() << '\n';
-        }
+        Result result{input.name, {}};
+        if (!succeeds(result, [&] { sprites[piece.index()] = loadSprite(input, request, piece.console()); }))
+            report(result, {}, "sheet", piece.index(), piece.console());
     });
     return sprites;
 }
@@ -187,43 +188,44 @@ bool isCss(const std::string& index) {
     return extension == ".css";
 }
 
+// The index lies beside the picture before that is saved, so that neither is there without the other.
+void makeSheet(const SheetRequest& request, const Target& target, std::vector<Sprite> sprites, Console& console,
+               Result& result) {
+    if (sprites.empty()) throw Failed(target.name, "none of the pictures can be shown");
+    Sheet sheet(request, std::move(sprites));
+    cPixSheet canvas;
+    canvas.MaxPixels(request.loading.mostPixels);
+    sheet.draw(canvas);
+    result.summary = std::to_string(canvas.Width()) + " x " + std::to_string(canvas.Height()) + ", " +
+                     std::to_string(sheet.count()) + (sheet.count() == 1 ? " picture" : " pictures");
+    std::optional<Draft> index;
+    if (!request.index.empty() && !request.isDryRun) {
+        index.emplace(request.index, [&](std::ostream& out) {
+            if (isCss(request.index)) {
+                sheet.writeCss(out);
+            } else {
+                sheet.writeJson(out, canvas);
+            }
+        });
+    }
+    const auto ask = [&](const std::string& question) { return confirm(console, question); };
+    savePicture(canvas, target, request, ask, console, result);
+    if (index) index->takePlace();
+}
+
 } // namespace
 
 int sheet(const SheetRequest& request, Console& console) {
     const Target target = targetOf(request.output, request.format);
     checkSaving(request, target.format);
-    const bool writesCss = !request.index.empty() && isCss(request.index);
+    if (!request.index.empty()) isCss(request.index); // refuses what is neither
     Result result{{}, target.name};
     std::vector<Sprite> sprites = loadSprites(request, console);
     const auto missing = std::erase_if(sprites, [](const Sprite& sprite) { return !sprite.picture; });
-    if (sprites.empty()) return exitSomeFailed;
-    try {
-        Sheet sheet(request, std::move(sprites));
-        cPixSheet canvas;
-        canvas.MaxPixels(request.loading.mostPixels);
-        sheet.draw(canvas);
-        result.summary = std::to_string(canvas.Width()) + " x " + std::to_string(canvas.Height()) + ", " +
-                         std::to_string(sheet.count()) + (sheet.count() == 1 ? " picture" : " pictures");
-        savePicture(
-            canvas, target, request, [&](const std::string& question) { return confirm(console, question); }, console,
-            result);
-        if (!request.index.empty() && !request.isDryRun) {
-            writeWhole(request.index, [&](std::ostream& out) {
-                if (writesCss) {
-                    sheet.writeCss(out);
-                } else {
-                    sheet.writeJson(out, canvas);
-                }
-            });
-        }
-    } catch (const Failed& failure) {
-        result.status = Result::Status::failed;
-        result.failedAt = failure.file();
-        result.reason = failure.reason();
-    }
+    const bool isMade = succeeds(result, [&] { makeSheet(request, target, std::move(sprites), console, result); });
     report(result, request.reporting, "sheet", 0, console);
     endReports(request.reporting, 1, console);
-    return missing != 0 || result.status == Result::Status::failed ? exitSomeFailed : exitOk;
+    return missing != 0 || !isMade ? exitSomeFailed : exitOk;
 }
 
 } // namespace pixkit::cli

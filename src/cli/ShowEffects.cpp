@@ -12,7 +12,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
-#include <new>
 #include <ostream>
 #include <set>
 #include <stdexcept>
@@ -229,7 +228,6 @@ fs::path freeFolderName(const std::string& file, std::set<std::string>& taken) {
 } // namespace
 
 int showEffects(const EffectsRequest& request, Console& console) {
-    constexpr const char* notEnoughMemory = "not enough memory";
     const fs::path folder = toPath(request.folder);
     const std::string version = cPixSheet().Version();
     std::vector<EffectsPicture> pictures;
@@ -240,22 +238,17 @@ int showEffects(const EffectsRequest& request, Console& console) {
         progress.clear();
         console.err << "pixkit effects: " << shown(file) << ": " << text << '\n';
     };
-    const auto reportFailure = [&](const std::string& file, const char* reason) {
-        tell(file, reason);
-        exitCode = exitSomeFailed;
-    };
     for (const std::string& file : request.pictures) {
         try {
             progress.nextItem(file);
             const auto note = [&](const std::string& text) { tell(file, text); };
-            pictures.push_back(makePicture(file, request.loading, folder, freeFolderName(file, folderNames), progress,
-                                           note, console.err));
-        } catch (const std::bad_alloc&) {
-            reportFailure(file, notEnoughMemory);
-        } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits
-            reportFailure(file, notEnoughMemory);
-        } catch (const std::exception& error) {
-            reportFailure(file, error.what());
+            forFile(file, [&] {
+                pictures.push_back(makePicture(file, request.loading, folder, freeFolderName(file, folderNames),
+                                               progress, note, console.err));
+            });
+        } catch (const Failed& failure) {
+            tell(file, failure.reason());
+            exitCode = exitSomeFailed;
         }
     }
     progress.clear();

@@ -71,8 +71,14 @@ std::string jsonString(std::string_view text) {
 
 std::string htmlText(std::string_view text) {
     std::string html;
-    for (const char c : text) {
-        switch (c) {
+    while (!text.empty()) {
+        const std::string_view before = text;
+        if (!takeCharacter(text)) {
+            html += "\uFFFD";
+            text = before.substr(1);
+            continue;
+        }
+        switch (before.front()) {
         case '&':
             html += "&amp;";
             break;
@@ -86,7 +92,7 @@ std::string htmlText(std::string_view text) {
             html += "&quot;";
             break;
         default:
-            html += c;
+            html += before.substr(0, before.size() - text.size());
         }
     }
     return html;

@@ -19,7 +19,7 @@ std::string shown(std::string_view name);
 // `text` between quotation marks, as JSON has it. A byte that is no UTF-8 becomes the lone surrogate U+DC00 + byte, as
 // several languages name such files, so that the name can be had back.
 std::string jsonString(std::string_view text);
-// `text` as HTML content or as the value of a quoted attribute.
+// `text` as HTML content or as the value of a quoted attribute. What is no UTF-8 becomes U+FFFD.
 std::string htmlText(std::string_view text);
 // A relative file name as a link: bytes that mean something else in a URL are percent-encoded, slashes stay.
 std::string urlPath(std::string_view utf8);

@@ -147,8 +147,8 @@ TEST_P(CommandTranscript, ALineGivesSomethingElse) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Each, CommandTranscript,
-                         testing::Values("batches", "compose", "convert", "drawing", "effects", "info", "limits",
-                                         "notes", "saving", "sheet", "usage",
+                         testing::Values("batches", "compose", "convert", "drawing", "effects", "gallery", "info",
+                                         "limits", "notes", "saving", "sheet", "usage",
                                          platform::canDrawText() ? "text" : "text-absent"),
                          [](const auto& each) { return each.param.substr(0, each.param.find('-')); });
 
