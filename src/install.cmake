@@ -18,8 +18,8 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config.cmake" "${CMAKE_CURRENT
 
 # The headers that <pixkit/pixkit.h> includes. Installed, all of them lie below pixkit/ and say so to each other, so that
 # no other project's "shared/..." or "platform/..." is found in their place.
-foreach(header IN ITEMS ../include/pixkit/pixkit.h surface/cPixSheet.h surface/Limits.h surface/PictureNotes.h surface/PngProperties.h surface/Records.h shared/ByteArray.h
-        gdiplus/GdiplusUser.h shared/enumerations.h shared/resources.h shared/Text.h diagnostics/ErrorReport.h diagnostics/Outcome.h
+foreach(header IN ITEMS ../include/pixkit/pixkit.h surface/cPixSheet.h surface/Records.h shared/ByteArray.h
+        shared/enumerations.h shared/resources.h diagnostics/ErrorReport.h
         platform/clipboard.h platform/drops.h platform/gdi.h platform/gdiplus.h platform/handle.h platform/icons.h
         platform/interaction.h platform/pictures.h platform/text.h)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${header}")

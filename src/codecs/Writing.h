@@ -3,6 +3,7 @@
 #pragma once
 #include "diagnostics/Outcome.h"
 #include "shared/PixelView.h"
+#include "surface/PngProperties.h"
 #include "surface/cPixSheet.h"
 #include <cstddef>
 #include <cstdint>

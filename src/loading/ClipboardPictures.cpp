@@ -111,14 +111,14 @@ bool cPixSheet::LoadPicture_ClipBoard(bool SaveFormat) noexcept {
             if (picture.format->content == Content::storedPixels) {
                 const ReadResult result = readStoredPixels(picture.bytes, *this);
                 if (result && SaveFormat)
-                    m_ImageByteCache = ByteArray(picture.file.empty() ? pngOf(*this) : std::move(picture.file));
+                    state().m_ImageByteCache = ByteArray(picture.file.empty() ? pngOf(*this) : std::move(picture.file));
                 return result.why;
             }
             const bool isDib = picture.format->content == Content::packedDib;
             const ByteArray file(isDib ? bmpFileOf(std::move(picture.bytes)) : std::move(picture.bytes));
             if (file.size() == 0) return refused("the headers of the bitmap describe no picture that can be read");
             LoadRequest request(file, 0, file.size(), IconRequest(0, 0, 32));
-            return spt_LoadPictureEx(request, SaveFormat);
+            return spt_LoadPictureEx(*this, request, SaveFormat);
         };
         ClipboardPictures pictures;
         Outcome refusal; // of several the first

@@ -64,7 +64,7 @@ bool cPixSheet::LoadPicture_DropedFiles(std::span<const DroppedFile> Data, std::
             return refused("there is no file of this index");
         if (FileIndex != 0 || files.size() == 1) {
             load(files[FileIndex == 0 ? 0 : static_cast<std::uint32_t>(FileIndex) - 1]);
-            return m_outcome;
+            return state().m_outcome;
         }
         return doneIf(std::ranges::any_of(files, load), "none of the files can be loaded");
     });
@@ -79,7 +79,7 @@ bool cPixSheet::LoadPicture_PastedFiles(std::int32_t FileIndex, std::int32_t ico
         Outcome pasted = pastedFiles(files);
         if (!pasted) return pasted;
         LoadPicture_DropedFiles(files, FileIndex, iconCx, iconCy, SaveFormat, iconBitDepth);
-        return m_outcome;
+        return state().m_outcome;
     });
 }
 

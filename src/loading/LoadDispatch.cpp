@@ -129,13 +129,14 @@ Reason openingProblem(const std::string& FileName, bool useUnicode) {
 
 } // namespace
 
-Outcome cPixSheet::spt_LoadPictureEx(LoadRequest& request, bool SaveFormat) {
-    DestroyDIB();
-    const Limits::Holding holding(m_limits, m_limits.memory == 0 ? 0 : request.bytesHeld(SaveFormat));
-    if (const Reason limit = m_limits.problem(0, 0)) return refused(limit);
-    Outcome outcome = readPicture(request, *this);
+Outcome spt_LoadPictureEx(cPixSheet& host, LoadRequest& request, bool SaveFormat) {
+    host.DestroyDIB();
+    Limits& limits = HostAccess::state(host).m_limits;
+    const Limits::Holding holding(limits, limits.memory == 0 ? 0 : request.bytesHeld(SaveFormat));
+    if (const Reason limit = limits.problem(0, 0)) return refused(limit);
+    Outcome outcome = readPicture(request, host);
     if (outcome && SaveFormat)
-        m_ImageByteCache = ByteArray(request.isReadByGDIplus ? asPNG(*this) : request.takeSource());
+        HostAccess::SetOriginalFormat(host, ByteArray(request.isReadByGDIplus ? asPNG(host) : request.takeSource()));
     return outcome;
 }
 
@@ -144,14 +145,14 @@ bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconC
     const Call call(*this, "LoadPicture_File", "FileName, iconCx, iconCy, SaveFormat, iconBitDepth", FileName, iconCx,
                     iconCy, SaveFormat, iconBitDepth);
     return loadMember(call, *this, [&] {
-        const bool useUnicode = (m_osCAP & capNtFamily) != 0;
+        const bool useUnicode = (state().m_osCAP & capNtFamily) != 0;
         const platform::UniqueFile file(iparseGetFileHandle(FileName, true, useUnicode));
         if (!file) return refused(openingProblem(FileName, useUnicode));
         const std::int64_t size = platform::GetFileSize(file.get());
         if (size < 0) return refused(fileReason("the file cannot be read"));
         if (size <= largestRefusedFile) return refused("files of 56 bytes or less hold no picture");
         LoadRequest request(file.get(), IconRequest(iconCx, iconCy, iconBitDepth));
-        return spt_LoadPictureEx(request, SaveFormat);
+        return spt_LoadPictureEx(*this, request, SaveFormat);
     });
 }
 
@@ -164,10 +165,10 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
     return loadMember(call, *this, [&] {
         if (!inStream.isAllocated()) return refused("there are no bytes");
         if (inStream.dimensions() != 1) return refused("the array has more than one dimension");
-        if (pvOverlapsStore(inStream)) { // the load frees the store before it reads
+        if (state().pvOverlapsStore(inStream)) { // the load frees the store before it reads
             LoadPicture_Stream(ByteArray(inStream), iconCx, iconCy, streamStart, streamLength, SaveFormat,
                                iconBitDepth);
-            return m_outcome;
+            return state().m_outcome;
         }
         const std::int64_t start = std::max(streamStart, inStream.lowerBound());
         const std::int64_t available = inStream.upperBound() - start + 1;
@@ -176,18 +177,20 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
         if (length < smallestStream) return refused("less than 20 bytes hold no picture");
         LoadRequest request(inStream, static_cast<std::size_t>(start - inStream.lowerBound()),
                             static_cast<std::size_t>(length), IconRequest(iconCx, iconCy, iconBitDepth));
-        return spt_LoadPictureEx(request, SaveFormat);
+        return spt_LoadPictureEx(*this, request, SaveFormat);
     });
 }
 
 bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t iconCy,
                                               std::int32_t iconBitDepth) noexcept {
-    if (!m_ImageByteCache.isAllocated()) { // nothing to load, so nothing that would take the image's place
-        m_outcome.refuse(nothingKept);
+    if (!state().m_ImageByteCache.isAllocated()) { // nothing to load, so nothing that would take the image's place
+        state().m_outcome.refuse(nothingKept);
         return false;
     }
-    const ByteArray source = std::move(m_ImageByteCache); // the load erases the cache, and keeps the same bytes anew
-    const Limits::Holding holding(m_limits, static_cast<double>(source.size())); // those, and the same bytes anew
+    const ByteArray source =
+        std::move(state().m_ImageByteCache); // the load erases the cache, and keeps the same bytes anew
+    const Limits::Holding holding(state().m_limits,
+                                  static_cast<double>(source.size())); // those, and the same bytes anew
     return LoadPicture_Stream(source, iconCx, iconCy, 0, 0, true, iconBitDepth);
 }
 
@@ -196,10 +199,10 @@ std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) 
     attempt(Call(*this, "SourceIconSizes", "sizeArray", sizeArray), [&] {
         constexpr eImageFormat ofIcons[] = {imgIcon, imgCursor, imgIconARGB, imgPNGicon, imgCursorARGB};
         cICOparser parser;
-        if (m_Handle == 0) return refused(noImage);
-        if (std::ranges::count(ofIcons, m_Format) == 0) return refused("the image came from no icon file");
-        if (!m_ImageByteCache.isAllocated()) return refused(nothingKept);
-        if (Outcome loaded = parser.LoadDirectory(m_ImageByteCache.bytes()); !loaded) return loaded;
+        if (state().m_Handle == 0) return refused(noImage);
+        if (std::ranges::count(ofIcons, state().m_Format) == 0) return refused("the image came from no icon file");
+        if (!state().m_ImageByteCache.isAllocated()) return refused(nothingKept);
+        if (Outcome loaded = parser.LoadDirectory(state().m_ImageByteCache.bytes()); !loaded) return loaded;
         std::vector<IconSourceSize> sizes;
         sizes.reserve(static_cast<std::size_t>(parser.IconCount()));
         for (std::int32_t i = 0; i < parser.IconCount(); ++i)
@@ -213,7 +216,7 @@ std::int32_t cPixSheet::SourceIconSizes(std::vector<IconSourceSize>& sizeArray) 
 
 bool cPixSheet::GetOrginalFormat(ByteArray& outStream) const noexcept {
     return attempt(Call(*this, "GetOrginalFormat", "outStream", outStream), [&] {
-        outStream = m_ImageByteCache;
+        outStream = state().m_ImageByteCache;
         return doneIf(outStream.isAllocated(), nothingKept);
     });
 }

@@ -17,10 +17,10 @@ constexpr Reason noSuchResource = "there is no such resource";
 bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept {
     return loadMember(Call(*this, "LoadPicture_StdPicture", "Picture", Picture), *this, [&] {
         const auto type = Picture != nullptr ? Picture->Type() : platform::PictureType::none;
-        if (m_Handle != 0 && type == platform::PictureType::bitmap &&
-            platform::isSameObject(Picture->handle(), m_Handle)) { // a picture around this image
-            LoadPicture_ByHandle(m_Handle);
-            return m_outcome;
+        if (state().m_Handle != 0 && type == platform::PictureType::bitmap &&
+            platform::isSameObject(Picture->handle(), state().m_Handle)) { // a picture around this image
+            LoadPicture_ByHandle(state().m_Handle);
+            return state().m_outcome;
         }
         DestroyDIB();
         if (Picture == nullptr) return refused("there is no picture");
@@ -31,14 +31,15 @@ bool cPixSheet::LoadPicture_StdPicture(const platform::StdPicture* Picture) noex
 
 bool cPixSheet::LoadPicture_ByHandle(std::intptr_t Handle) noexcept {
     return loadMember(Call(*this, "LoadPicture_ByHandle", "Handle", Handle), *this, [&] {
-        if (Handle != 0 && platform::isSameObject(Handle, m_Handle)) { // the load frees the image before it reads
+        if (Handle != 0 &&
+            platform::isSameObject(Handle, state().m_Handle)) { // the load frees the image before it reads
             LoadDIBinDC(false);
             cPixSheet other;
-            other.m_isUnattended = m_isUnattended;
-            other.m_limits = m_limits;
+            other.state().m_isUnattended = state().m_isUnattended;
+            other.state().m_limits = state().m_limits;
             other.LoadPicture_ByHandle(Handle);
             SwapDIBs(&other);
-            return other.m_outcome;
+            return other.state().m_outcome;
         }
         DestroyDIB();
         return platform::GetObjectType(Handle) == platform::ObjectType::bitmap
@@ -59,13 +60,13 @@ bool cPixSheet::LoadPicture_Resource(const ResourceId& ResIndex, const ResourceI
             const ByteArray bytes(provider.bytes ? provider.bytes(ResIndex, *section) : std::vector<std::uint8_t>());
             if (bytes.size() == 0) return refused(noSuchResource);
             LoadPicture_Stream(bytes, iconCx, iconCy, streamStart, streamLength, false, iconBitDepth);
-            return m_outcome;
+            return state().m_outcome;
         }
         const auto kind = static_cast<PictureResource>(std::get<std::int32_t>(ResSection));
         const auto picture = provider.picture ? provider.picture(ResIndex, kind) : nullptr;
         if (!picture) return refused(noSuchResource);
         LoadPicture_StdPicture(picture.get());
-        return m_outcome;
+        return state().m_outcome;
     });
 }
 

@@ -46,8 +46,8 @@ bool cPixSheet::CreateCheckerBoard(std::int32_t CheckerSize, std::int32_t FirstC
                 std::memcpy(row, image.rowFromTop(startsWithFirst ? 0 : size), image.stride);
             }
         }
-        m_AlphaImage = AlphaNone;
-        m_Format = imgCheckerBoard;
+        state().m_AlphaImage = AlphaNone;
+        state().m_Format = imgCheckerBoard;
         return done();
     });
 }

@@ -50,16 +50,16 @@ std::unique_ptr<cPixSheet> cPixSheet::CreateDropShadow(std::int32_t blurDepth, s
         const ConstPixelView picture = HostAccess::pixels(*this);
         if (!picture) return refused(noImage);
         const std::int32_t t2xBlur = 2 * std::clamp(blurDepth, 0, 10);
-        const std::int32_t width = longOrOverflow(std::int64_t{m_Width} + t2xBlur);
-        const std::int32_t height = longOrOverflow(std::int64_t{m_Height} + t2xBlur);
+        const std::int32_t width = longOrOverflow(std::int64_t{state().m_Width} + t2xBlur);
+        const std::int32_t height = longOrOverflow(std::int64_t{state().m_Height} + t2xBlur);
         auto shadowDIB = std::make_unique<cPixSheet>();
-        shadowDIB->m_limits = m_limits;
-        if (!shadowDIB->InitializeDIB(width, height)) return shadowDIB->m_outcome;
+        shadowDIB->state().m_limits = state().m_limits;
+        if (!shadowDIB->InitializeDIB(width, height)) return shadowDIB->state().m_outcome;
         castShadow(HostAccess::pixels(*shadowDIB), picture, shadesOf(Color));
         // Without a blur the silhouette has the picture's own alpha.
-        shadowDIB->m_AlphaImage = t2xBlur == 0 ? m_AlphaImage : AlphaComplex;
+        shadowDIB->state().m_AlphaImage = t2xBlur == 0 ? state().m_AlphaImage : AlphaComplex;
         // The shadow is drawn by the same means as its picture.
-        shadowDIB->m_StretchQuality = m_StretchQuality;
+        shadowDIB->state().m_StretchQuality = state().m_StretchQuality;
         HostAccess::drawLike(*shadowDIB, *this);
         result = std::move(shadowDIB);
         return done();

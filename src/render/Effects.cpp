@@ -71,11 +71,11 @@ bool cPixSheet::MakeTransparent(std::int32_t TransparentColor, bool Revert) noex
         const OpaquePixel opaque = {channels.b, channels.g, channels.r, 255};
         if (Revert) {
             replaceEverywhere(image, emptyPixel, opaque);
-            m_AlphaImage = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
+            state().m_AlphaImage = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
         } else if (replaceEverywhere(image, opaque, emptyPixel) != 0) {
             // AlphaSimple even where partial alpha is present: the key makes a mask, and nothing is scanned here.
-            m_AlphaImage = AlphaSimple;
-            if (m_Format == imgBitmap) m_Format = imgBmpPARGB;
+            state().m_AlphaImage = AlphaSimple;
+            if (state().m_Format == imgBitmap) state().m_Format = imgBmpPARGB;
         }
         return done();
     });

@@ -236,7 +236,7 @@ std::intptr_t cPixSheet::CreateRegion(std::int32_t RegionStyle, std::uint8_t Opa
         if (!image) return refused(noImage);
         if (RegionStyle < regionBounds || RegionStyle > regionShaped) return refused("no region has that style");
         // Alpha bytes that mean nothing may hold anything, as what GDI has drawn on.
-        const Shape shape(image, m_AlphaImage == AlphaNone ? std::uint8_t{0} : OpaquenessTolerance);
+        const Shape shape(image, state().m_AlphaImage == AlphaNone ? std::uint8_t{0} : OpaquenessTolerance);
         region = platform::ExtCreateRegion(RegionStyle == regionBounds     ? boundsOf(shape)
                                            : RegionStyle == regionEnclosed ? enclosed(shape)
                                                                            : shaped(shape));

@@ -65,12 +65,12 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
                     destinationDC, destX, destY, destWidth, destHeight, SrcX, SrcY, srcWidth, srcHeight, Opacity,
                     SetHalfTone, destHostDIB, grayScale, LightAdjustment, Angle, CenterOnDestXY);
     return attempt(call, [&] {
-        if (m_Handle == 0) return refused(noImage);
+        if (state().m_Handle == 0) return refused(noImage);
         if (Opacity < 1) return done(); // nothing to draw
         if (destinationDC == 0 && destHostDIB == nullptr) return refused("there is nothing to draw on");
-        if (destHostDIB != nullptr && destHostDIB->m_Handle == 0) return refused(noHostImage);
-        const Axis columns = inOrder(SrcX, srcWidth, destX, destWidth, m_Width, CenterOnDestXY);
-        const Axis rows = inOrder(SrcY, srcHeight, destY, destHeight, m_Height, CenterOnDestXY);
+        if (destHostDIB != nullptr && destHostDIB->state().m_Handle == 0) return refused(noHostImage);
+        const Axis columns = inOrder(SrcX, srcWidth, destX, destWidth, state().m_Width, CenterOnDestXY);
+        const Axis rows = inOrder(SrcY, srcHeight, destY, destHeight, state().m_Height, CenterOnDestXY);
         if (columns.size < 1 || rows.size < 1) return refused("the source rectangle has no pixels");
         const bool isAdjusted = LightAdjustment >= -100.0F && LightAdjustment <= 100.0F;
         DrawJob job = {
@@ -82,7 +82,7 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
                             rows.destFrom + rows.destSize},
             .mirrorsColumns = columns.isMirrored,
             .mirrorsRows = rows.isMirrored,
-            .HighQuality = m_StretchQuality,
+            .HighQuality = state().m_StretchQuality,
             .Angle = isRotating(Angle) ? Angle : 0.0F,
             .globalAlpha = globalAlphaOf(Opacity),
             .grayScale = grayScale,
@@ -91,34 +91,33 @@ bool cPixSheet::Render(std::intptr_t destinationDC, std::int32_t destX, std::int
             .SetHalfTone = SetHalfTone,
         };
         const HostRelease release(destHostDIB);
-        if (job.Angle != 0.0F) return pvRenderGDIplus(job) ? done() : spt_RotateImage(job);
+        if (job.Angle != 0.0F) return state().pvRenderGDIplus(job) ? done() : spt_RotateImage(job);
         // The lowest number, whose opposite 32 bits do not hold, is a size for rotated drawing alone.
         longOrOverflow(std::max(job.destination.width(), job.destination.height()));
-        if (pvCanUseAlphaBlend(job)) return pvAlphaBlend(job);
-        return pvRenderGDIplus(job) ? done() : spt_DrawInSoftware(job);
+        if (state().pvCanUseAlphaBlend(job)) return state().pvAlphaBlend(job);
+        return state().pvRenderGDIplus(job) ? done() : spt_DrawInSoftware(job);
     });
 }
 
-bool cPixSheet::pvCanUseAlphaBlend(const DrawJob& job) const noexcept {
-    if (m_KeepGDIplusActive || (isGDIplusEnabled() && m_GDItoken != 0)) return false;
-    if (!isAlphaBlendFriendly() || job.isMirroring() || job.grayScale != gsclNone) return false;
+bool SheetState::pvCanUseAlphaBlend(const DrawJob& job) const noexcept {
+    if (m_KeepGDIplusActive || (pvUsesGDIplus() && m_GDItoken != 0)) return false;
+    if ((m_osCAP & capUseAlphaBlend) == 0 || job.isMirroring() || job.grayScale != gsclNone) return false;
     if (job.LightAdjustment != 0.0F) return false;
     // The system refuses to draw a picture over itself.
-    if (job.destHostDIB == this) return false;
+    if (job.destHostDIB != nullptr && &HostAccess::state(*job.destHostDIB) == this) return false;
     return !job.isStretching() || !m_StretchQuality;
 }
 
-// False, with nothing drawn, also where GDI+ is not enabled.
-bool cPixSheet::pvRenderGDIplus(const DrawJob& job) {
+bool SheetState::pvRenderGDIplus(const DrawJob& job) {
     // GDI+ would read the pixels that it has just drawn.
     if (job.destHostDIB == nullptr && m_prevDCobject != 0 && platform::isSameObject(job.destinationDC, m_hDC))
         return false;
-    const auto cGDIp = HostAccess::GDIPlus(*this);
+    const auto cGDIp = pvGDIplus();
     if (m_KeepGDIplusActive) m_GDIplus = cGDIp;
     return cGDIp && spt_RenderGDIplus(job, *cGDIp);
 }
 
-Outcome cPixSheet::pvAlphaBlend(const DrawJob& job) {
+Outcome SheetState::pvAlphaBlend(const DrawJob& job) {
     // The image has to be in a device context of its own; what was made for that goes afterwards.
     const bool isTemporaryDC = m_hDC == 0;
     if (isTemporaryDC) m_hDC = platform::CreateCompatibleDC(platform::ScreenDC().get());
@@ -126,7 +125,7 @@ Outcome cPixSheet::pvAlphaBlend(const DrawJob& job) {
     bool isDrawn = false;
     if (m_prevDCobject != 0 || hOldImage != 0) {
         const platform::Handle destination =
-            job.destHostDIB != nullptr ? job.destHostDIB->pvLoadDIBinDC(true) : job.destinationDC;
+            job.destHostDIB != nullptr ? HostAccess::LoadDIBinDC(*job.destHostDIB, true) : job.destinationDC;
         const bool setsMode = job.SetHalfTone && (m_osCAP & capNtFamily) != 0;
         const auto lStretchMode = setsMode ? platform::SetStretchBltMode(destination, platform::StretchMode::halftone)
                                            : platform::StretchMode::none;
@@ -152,24 +151,24 @@ Outcome cPixSheet::pvAlphaBlend(const DrawJob& job) {
 bool cPixSheet::RenderDropShadow_JIT(std::intptr_t hDC, std::int32_t x, std::int32_t y, std::int32_t blurDepth,
                                      std::int32_t Color, std::int32_t Opacity, float LightAdjustment,
                                      cPixSheet* destHostDIB) noexcept {
-    const Limits limits = std::exchange(m_limits, {}); // what may be held may be drawn, and with it its shadow
+    const Limits limits = std::exchange(state().m_limits, {}); // what may be held may be drawn, and with it its shadow
     const auto shadow = CreateDropShadow(blurDepth, Color);
-    m_limits = limits;
+    state().m_limits = limits;
     if (!shadow) return false;
     shadow->Render(hDC, x, y, 0, 0, 0, 0, 0, 0, Opacity, true, true, destHostDIB, gsclNone, LightAdjustment);
-    return HostAccess::outcome(*this, std::move(shadow->m_outcome));
+    return HostAccess::outcome(*this, std::move(shadow->state().m_outcome));
 }
 
 std::int32_t cPixSheet::CreateGDIplusToken() noexcept {
     std::int32_t Token = 0;
     const bool isStarted = cGDIPlus::isGDIplusOk(&Token, true);
-    m_outcome = doneIf(isStarted, "GDI+ cannot be started");
+    state().m_outcome = doneIf(isStarted, "GDI+ cannot be started");
     return Token;
 }
 
 bool cPixSheet::DestroyGDIplusToken(std::int32_t Token) noexcept {
     const bool isEnded = cGDIPlus::InitializeGDIplus(Token, true);
-    m_outcome = doneIf(isEnded, "no such token of GDI+ is out");
+    state().m_outcome = doneIf(isEnded, "no such token of GDI+ is out");
     return isEnded;
 }
 

@@ -40,19 +40,19 @@ bool cPixSheet::Resize(std::int32_t newWidth, std::int32_t newHeight) noexcept {
     return attempt(Call(*this, "Resize", "newWidth, newHeight", newWidth, newHeight), [&] {
         const ConstPixelView image = HostAccess::pixels(*this);
         if (!image) return refused(noImage);
-        if (newWidth == 0) newWidth = m_Width;
-        if (newHeight == 0) newHeight = m_Height;
-        if (newWidth == m_Width && newHeight == m_Height) return done();
+        if (newWidth == 0) newWidth = state().m_Width;
+        if (newHeight == 0) newHeight = state().m_Height;
+        if (newWidth == state().m_Width && newHeight == state().m_Height) return done();
 
         // From here on the image is only read until its successor is complete.
         cPixSheet resized;
-        resized.m_isUnattended = m_isUnattended;
-        resized.m_limits = m_limits;
+        resized.state().m_isUnattended = state().m_isUnattended;
+        resized.state().m_limits = state().m_limits;
         if (!resized.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight))
-            return resized.m_outcome;
-        fillResized(HostAccess::pixels(resized), image, newWidth < 0, newHeight < 0, m_StretchQuality);
-        pvReplaceImage(resized,
-                       {movedPoint(m_hotspot.x, m_Width, newWidth), movedPoint(m_hotspot.y, m_Height, newHeight)});
+            return resized.state().m_outcome;
+        fillResized(HostAccess::pixels(resized), image, newWidth < 0, newHeight < 0, state().m_StretchQuality);
+        state().pvReplaceImage(resized.state(), {movedPoint(state().m_hotspot.x, state().m_Width, newWidth),
+                                                 movedPoint(state().m_hotspot.y, state().m_Height, newHeight)});
         return done();
     });
 }
@@ -65,31 +65,32 @@ bool cPixSheet::Resample(std::int32_t newWidth, std::int32_t newHeight, std::int
         if (!image) return refused(noImage);
         if (Filter < resampleAuto || Filter > resampleLanczos3) return refused("there is no such filter");
         cPixSheet& target = destHostDIB != nullptr ? *destHostDIB : *this;
-        if (newWidth == 0) newWidth = m_Width;
-        if (newHeight == 0) newHeight = m_Height;
-        if (newWidth == m_Width && newHeight == m_Height && &target == this) return done();
+        if (newWidth == 0) newWidth = state().m_Width;
+        if (newHeight == 0) newHeight = state().m_Height;
+        if (newWidth == state().m_Width && newHeight == state().m_Height && &target == this) return done();
 
         // Both are left as they are until their successor is complete.
         cPixSheet resampled;
-        resampled.m_isUnattended = m_isUnattended;
-        resampled.m_limits = target.m_limits;
+        resampled.state().m_isUnattended = state().m_isUnattended;
+        resampled.state().m_limits = target.state().m_limits;
         if (!resampled.InitializeDIB(longOrOverflow(std::abs(std::int64_t{newWidth})), newHeight))
-            return resampled.m_outcome;
+            return resampled.state().m_outcome;
         const auto filter = static_cast<eResampleFilters>(Filter);
         const PixelView pixels = HostAccess::pixels(resampled);
-        resample(pixels, image, {filter, filter, newWidth < 0, newHeight < 0, m_AlphaImage == AlphaNone});
-        const bool isSimple = m_AlphaImage == AlphaSimple && alphaTypeOf(pixels) != AlphaComplex;
-        const AlphaTypeEnum alpha = m_AlphaImage == AlphaSimple && !isSimple ? AlphaComplex : m_AlphaImage;
-        const CursorHotspot hotspot = {movedPoint(m_hotspot.x, m_Width, newWidth),
-                                       movedPoint(m_hotspot.y, m_Height, newHeight)};
+        resample(pixels, image, {filter, filter, newWidth < 0, newHeight < 0, state().m_AlphaImage == AlphaNone});
+        const bool isSimple = state().m_AlphaImage == AlphaSimple && alphaTypeOf(pixels) != AlphaComplex;
+        const AlphaTypeEnum alpha =
+            state().m_AlphaImage == AlphaSimple && !isSimple ? AlphaComplex : state().m_AlphaImage;
+        const CursorHotspot hotspot = {movedPoint(state().m_hotspot.x, state().m_Width, newWidth),
+                                       movedPoint(state().m_hotspot.y, state().m_Height, newHeight)};
         if (&target == this) {
-            pvReplaceImage(resampled, hotspot);
+            state().pvReplaceImage(resampled.state(), hotspot);
         } else {
-            resampled.m_Format = m_Format;
-            resampled.m_hotspot = hotspot;
+            resampled.state().m_Format = state().m_Format;
+            resampled.state().m_hotspot = hotspot;
             target.SwapDIBs(&resampled);
         }
-        target.m_AlphaImage = alpha;
+        target.state().m_AlphaImage = alpha;
         return done();
     });
 }
@@ -99,8 +100,8 @@ void cPixSheet::ScaleImage(std::int32_t destWidth, std::int32_t destHeight, std:
     const Call call(*this, "ScaleImage", "destWidth, destHeight, newWidth, newHeight, ScaleMode", destWidth, destHeight,
                     newWidth, newHeight, ScaleMode);
     attempt(call, [&] {
-        if (m_Handle == 0) return refused(noImage);
-        std::tie(newWidth, newHeight) = scaledSize(m_Width, m_Height, destWidth, destHeight, ScaleMode);
+        if (state().m_Handle == 0) return refused(noImage);
+        std::tie(newWidth, newHeight) = scaledSize(state().m_Width, state().m_Height, destWidth, destHeight, ScaleMode);
         return done();
     });
 }

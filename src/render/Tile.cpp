@@ -137,11 +137,12 @@ bool cPixSheet::TileImage(std::intptr_t destinationDC, std::int32_t destX, std::
         // is drawn on.
         if (destHostDIB == nullptr && rows % plane.rowsToRepeat() != 0) rows = area.height();
         job.drawFrom(image, image.rect()); // bands are drawn in the way of a single tile
-        const AlphaTypeEnum alpha = m_AlphaImage == AlphaNone && Gap > 0 ? AlphaSimple : m_AlphaImage; // gaps are clear
-        Band band(area.width(), rows, pvCanUseAlphaBlend(job) ? &alpha : nullptr);
+        const AlphaTypeEnum alpha =
+            state().m_AlphaImage == AlphaNone && Gap > 0 ? AlphaSimple : state().m_AlphaImage; // gaps are clear
+        Band band(area.width(), rows, state().pvCanUseAlphaBlend(job) ? &alpha : nullptr);
         const auto cGDIp = HostAccess::GDIPlus(*this);
         const auto draw = [&] {
-            if (band.isBitmap()) return band.bitmap().pvAlphaBlend(job);
+            if (band.isBitmap()) return band.bitmap().state().pvAlphaBlend(job);
             return cGDIp && spt_RenderGDIplus(job, *cGDIp) ? done() : spt_Win9xBlend(job);
         };
         for (std::int64_t y = area.top; y < area.bottom; y += rows) {

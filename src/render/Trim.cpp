@@ -56,15 +56,15 @@ bool cPixSheet::TrimImage(std::int32_t TrimOptions, bool ReportOnly, TrimRectang
         const TrimRectangle kept = {static_cast<std::int32_t>(bounds.left), static_cast<std::int32_t>(bounds.top),
                                     static_cast<std::int32_t>(bounds.width()),
                                     static_cast<std::int32_t>(bounds.height())};
-        if (!ReportOnly && (kept.Width != m_Width || kept.Height != m_Height)) {
+        if (!ReportOnly && (kept.Width != state().m_Width || kept.Height != state().m_Height)) {
             cPixSheet trimmed;
-            trimmed.m_isUnattended = m_isUnattended;
-            if (!trimmed.InitializeDIB(kept.Width, kept.Height)) return trimmed.m_outcome;
+            trimmed.state().m_isUnattended = state().m_isUnattended;
+            if (!trimmed.InitializeDIB(kept.Width, kept.Height)) return trimmed.state().m_outcome;
             const PixelView target = HostAccess::pixels(trimmed);
             const ConstPixelView source = image.part(bounds);
             for (std::size_t y = 0; y < target.height; ++y)
                 std::memcpy(target.row(y), source.row(y), target.stride);
-            pvReplaceImage(trimmed, {m_hotspot.x - kept.x, m_hotspot.y - kept.y});
+            state().pvReplaceImage(trimmed.state(), {state().m_hotspot.x - kept.x, state().m_hotspot.y - kept.y});
         }
         if (Kept != nullptr) *Kept = kept;
         return done();

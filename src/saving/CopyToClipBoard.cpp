@@ -32,7 +32,7 @@ bool cPixSheet::CopyToClipBoard() const noexcept {
     return attempt(Call(*this, "CopyToClipBoard"), [&] {
         const SourcePicture picture(*this);
         if (!picture.pixels) return refused(noImage);
-        auto blocks = blocksOf(picture, m_PNGprops);
+        auto blocks = blocksOf(picture, state().m_PNGprops);
         const platform::OpenClipboard clipboard;
         if (!clipboard.isOpen()) return refused(clipboardProblem(clipboard));
         return doneIf(clipboard.set(std::move(blocks)), "the clipboard does not take the picture");

@@ -132,22 +132,22 @@ bool cPixSheet::SaveToStream_TGA(ByteArray& outStream, bool Compress, bool Reduc
 
 bool cPixSheet::SaveToFile_PNG(const std::string& FileName, bool PromptOverWrite) const noexcept {
     return toFile(Call(*this, "SaveToFile_PNG", "FileName, PromptOverWrite", FileName, PromptOverWrite), *this,
-                  FileName, PromptOverWrite, &m_PNGprops);
+                  FileName, PromptOverWrite, &state().m_PNGprops);
 }
 
 bool cPixSheet::SaveToStream_PNG(ByteArray& outStream) const noexcept {
-    return toStream(Call(*this, "SaveToStream_PNG", "outStream", outStream), *this, outStream, &m_PNGprops);
+    return toStream(Call(*this, "SaveToStream_PNG", "outStream", outStream), *this, outStream, &state().m_PNGprops);
 }
 
 bool cPixSheet::PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword) noexcept {
     return attempt(Call(*this, "PngPropertySet", "Property, Value, Keyword", Property, Value, Keyword),
-                   [&] { return m_PNGprops.set(Property, Value, Keyword); });
+                   [&] { return state().m_PNGprops.set(Property, Value, Keyword); });
 }
 
 PngValue cPixSheet::PngPropertyGet(ePngProperties Property, const std::string& Keyword) const noexcept {
     PngValue value;
     attempt(Call(*this, "PngPropertyGet", "Property, Keyword", Property, Keyword), [&] {
-        value = m_PNGprops.get(Property, Keyword);
+        value = state().m_PNGprops.get(Property, Keyword);
         return done();
     });
     return value;

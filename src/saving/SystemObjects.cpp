@@ -38,7 +38,8 @@ std::intptr_t cPixSheet::CreateIcon(std::int32_t Width, std::int32_t Height) con
     platform::UniqueIcon icon;
     const bool isMade = attempt(Call(*this, "CreateIcon", "Width, Height", Width, Height), [&] {
         const SourcePicture picture(*this);
-        return picture.pixels ? cICOparser::CreateIcon(picture, {Width, Height}, {}, icon, m_limits) : refused(noImage);
+        return picture.pixels ? cICOparser::CreateIcon(picture, {Width, Height}, {}, icon, state().m_limits)
+                              : refused(noImage);
     });
     return isMade ? icon.release() : 0;
 }
@@ -50,7 +51,8 @@ std::intptr_t cPixSheet::CreateCursor(std::int32_t HotspotX, std::int32_t Hotspo
     const bool isMade = attempt(call, [&] {
         const SourcePicture picture(*this);
         if (!picture.pixels) return refused(noImage);
-        return cICOparser::CreateIcon(picture, {Width, Height}, CursorHotspot{HotspotX, HotspotY}, cursor, m_limits);
+        return cICOparser::CreateIcon(picture, {Width, Height}, CursorHotspot{HotspotX, HotspotY}, cursor,
+                                      state().m_limits);
     });
     return isMade ? cursor.release() : 0;
 }
@@ -64,7 +66,7 @@ std::unique_ptr<platform::StdPicture> cPixSheet::CreateStdPicture(std::int32_t S
         const bool isOpaque = picture.alpha == AlphaNone;
         if (Style == pictIcon || (Style == pictAuto && !isOpaque)) {
             platform::UniqueIcon icon;
-            Outcome outcome = cICOparser::CreateIcon(picture, {}, {}, icon, m_limits);
+            Outcome outcome = cICOparser::CreateIcon(picture, {}, {}, icon, state().m_limits);
             return outcome ? makePicture(std::move(icon), PictureType::icon, made) : outcome;
         }
         platform::UniqueBitmap bitmap;
@@ -77,7 +79,7 @@ std::unique_ptr<platform::StdPicture> cPixSheet::CreateStdPicture(std::int32_t S
 bool cPixSheet::UpdateLayeredWindow(std::intptr_t hWnd, std::int32_t x, std::int32_t y,
                                     std::int32_t Opacity) const noexcept {
     return attempt(Call(*this, "UpdateLayeredWindow", "hWnd, x, y, Opacity", hWnd, x, y, Opacity), [&] {
-        if (m_Handle == 0) return refused(noImage);
+        if (state().m_Handle == 0) return refused(noImage);
         if (!platform::canShowWindows()) return refused("there are no windows here");
         // A copy, because the image itself may be selected somewhere, and without alpha has any bytes for it.
         platform::UniqueBitmap bitmap;
@@ -86,8 +88,8 @@ bool cPixSheet::UpdateLayeredWindow(std::intptr_t hWnd, std::int32_t x, std::int
         if (!dc || platform::SelectObject(dc.get(), bitmap.get()) == 0) return refused(noDeviceContext);
         const auto position = [](std::int32_t at) { return at != keepPosition ? std::optional(at) : std::nullopt; };
         const auto alpha = static_cast<std::uint8_t>(std::clamp(Opacity, 0, 100) * 255 / 100);
-        const bool isShown =
-            platform::UpdateLayeredWindow(hWnd, {dc.get(), m_Width, m_Height, alpha, position(x), position(y)});
+        const bool isShown = platform::UpdateLayeredWindow(
+            hWnd, {dc.get(), state().m_Width, state().m_Height, alpha, position(x), position(y)});
         return doneIf(isShown, "the system does not show the picture in that window");
     });
 }

@@ -86,11 +86,11 @@ constexpr Reason nothingLeft = "nothing of the rectangle lies within the image";
 std::int32_t cPixSheet::GetPixel(std::int32_t x, std::int32_t y, std::int32_t* AlphaValue,
                                  bool asPreMultiplied) const noexcept {
     if (AlphaValue != nullptr) *AlphaValue = 0;
-    if (x < 0 || x >= m_Width || y < 0 || y >= m_Height) {
-        m_outcome.refuse(m_Handle == 0 ? noImage : outside);
+    if (x < 0 || x >= state().m_Width || y < 0 || y >= state().m_Height) {
+        state().m_outcome.refuse(state().m_Handle == 0 ? noImage : outside);
         return -1;
     }
-    m_outcome.succeed();
+    state().m_outcome.succeed();
     std::array<std::uint8_t, 4> pixel;
     const auto* const stored =
         HostAccess::pixelsForOne(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
@@ -103,12 +103,12 @@ std::int32_t cPixSheet::GetPixel(std::int32_t x, std::int32_t y, std::int32_t* A
 
 std::uint8_t* cPixSheet::SetPixel(std::int32_t x, std::int32_t y, std::int32_t Color, std::int32_t AlphaValue,
                                   bool isPreMultiplied) noexcept {
-    if (AlphaValue < 0 || AlphaValue > 255 || x < 0 || x >= m_Width || y < 0 || y >= m_Height) {
-        const bool isInside = x >= 0 && x < m_Width && y >= 0 && y < m_Height;
-        m_outcome.refuse(m_Handle == 0 ? noImage : isInside ? noSuchAlpha : outside);
+    if (AlphaValue < 0 || AlphaValue > 255 || x < 0 || x >= state().m_Width || y < 0 || y >= state().m_Height) {
+        const bool isInside = x >= 0 && x < state().m_Width && y >= 0 && y < state().m_Height;
+        state().m_outcome.refuse(state().m_Handle == 0 ? noImage : isInside ? noSuchAlpha : outside);
         return nullptr;
     }
-    m_outcome.succeed();
+    state().m_outcome.succeed();
     auto* const stored =
         HostAccess::pixelsForOne(*this).rowFromTop(static_cast<std::size_t>(y)) + std::ptrdiff_t{x} * 4;
     const ColorChannels channels = iparseColorChannels(Color);
@@ -122,7 +122,7 @@ std::uint8_t* cPixSheet::SetPixel(std::int32_t x, std::int32_t y, std::int32_t C
                                                static_cast<std::uint8_t>(AlphaValue)};
     std::memcpy(stored, pixel.data(), 4);
     if (AlphaValue != 255)
-        m_AlphaImage = AlphaComplex; // never AlphaSimple, whatever the value: nothing is scanned here
+        state().m_AlphaImage = AlphaComplex; // never AlphaSimple, whatever the value: nothing is scanned here
     return stored;
 }
 
@@ -132,7 +132,7 @@ bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAl
                     outStream, as2dArray, asWordAligned, asBottomUp, x, y, Width, Height);
     return attempt(call, [&] {
         const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
-        if (!part) return refused(m_Handle == 0 ? noImage : nothingLeft);
+        if (!part) return refused(state().m_Handle == 0 ? noImage : nothingLeft);
         const std::size_t width = part.width;
         const std::size_t height = part.height;
         const auto rowLength =
@@ -156,7 +156,7 @@ bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRforma
         outStream, as2dArray, asBGRformat, as32bpp, asWordAligned, asBottomUp, x, y, Width, Height, asPreMultiplied);
     return attempt(call, [&] {
         const ConstPixelView part = cutPart(HostAccess::pixels(*this), x, y, Width, Height);
-        if (!part) return refused(m_Handle == 0 ? noImage : nothingLeft);
+        if (!part) return refused(state().m_Handle == 0 ? noImage : nothingLeft);
         const std::size_t width = part.width;
         const std::size_t height = part.height;
         const BlockLayout layout{asBGRformat, as32bpp, asWordAligned, asBottomUp};
@@ -184,7 +184,7 @@ bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is3
     return attempt(call, [&] {
         const PixelView image = HostAccess::pixels(*this);
         const PixelView part = cutPart(image, dstX, dstY, dstWidth, dstHeight);
-        if (!part) return refused(m_Handle == 0 ? noImage : nothingLeft);
+        if (!part) return refused(state().m_Handle == 0 ? noImage : nothingLeft);
         const std::size_t width = part.width;
         const std::size_t height = part.height;
         const BlockLayout layout{isBGRformat, is32bpp, isWordAligned, isBottomUp};
@@ -192,16 +192,16 @@ bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is3
         const std::size_t rowLength = inStream.dimensions() == 2 ? inStream.bound(1).count : layout.rowLength(width);
         if (!holdsRows(inStream, rowLength, width * layout.pixelBytes(), height))
             return refused("the array is too short for the rectangle");
-        if (pvOverlapsStore(inStream)) {
+        if (state().pvOverlapsStore(inStream)) {
             SetDIBbits(ByteArray(inStream), isBGRformat, is32bpp, isWordAligned, isBottomUp, dstX, dstY, dstWidth,
                        dstHeight);
-            return m_outcome;
+            return state().m_outcome;
         }
         for (std::size_t row = 0; row < height; ++row) {
             copyPixelsIn(part.rowFromTop(row), inStream.data() + layout.rowIndex(row, height) * rowLength, width,
                          layout);
         }
-        m_AlphaImage = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
+        state().m_AlphaImage = iparseValidateAlphaChannel(image, true, imgNone).bIsAlpha;
         return done();
     });
 }

@@ -3,18 +3,15 @@
 #include "diagnostics/Outcome.h"
 #include "shared/Text.h"
 #include "shared/enumerations.h"
+#include "surface/Records.h"
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
-#include <variant>
 #include <vector>
 
 namespace pixkit {
-
-// The value of a property: nothing, a number, a date (days since 30 December 1899, of UTC) or a text in UTF-8.
-using PngValue = std::variant<std::monostate, std::int32_t, double, std::string>;
 
 using PngTime = CalendarTime;
 

@@ -2,6 +2,8 @@
 #pragma once
 #include "shared/enumerations.h"
 #include <cstdint>
+#include <string>
+#include <variant>
 
 namespace pixkit {
 
@@ -29,6 +31,9 @@ struct IconEntrySize {
 struct TrimRectangle {
     std::int32_t x = 0, y = 0, Width = 0, Height = 0;
 };
+
+// The value of a PNG property: nothing, a number, a date (days since 30 December 1899, of UTC) or a text in UTF-8.
+using PngValue = std::variant<std::monostate, std::int32_t, double, std::string>;
 
 } // namespace pixkit
 // SPDX-License-Identifier: MIT

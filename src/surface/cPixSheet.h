@@ -1,33 +1,24 @@
 // cPixSheet: one image, its pixel store, and everything that can be done to it.
 #pragma once
-#include "diagnostics/Outcome.h"
-#include "gdiplus/GdiplusUser.h"
 #include "shared/ByteArray.h"
 #include "shared/enumerations.h"
-#include "surface/Limits.h"
-#include "surface/PictureNotes.h"
-#include "surface/PngProperties.h"
 #include "surface/Records.h"
 #include <any>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <variant>
 #include <vector>
 
 namespace pixkit {
 
-class LoadRequest;
-struct DroppedFile; // platform/drops.h
-class cGDIPlus;
+struct DroppedFile;                                         // platform/drops.h
 using ResourceId = std::variant<std::int32_t, std::string>; // shared/resources.h
-struct DrawJob;
-struct ErrorReport;
+struct SheetState;                                          // surface/SheetState.h
 namespace platform {
 class StdPicture;
 struct StdFont; // platform/text.h
@@ -53,25 +44,25 @@ class cPixSheet {
     // --- what the instance holds (surface/Properties.cpp)
 
     // How much transparency the image has. Loaders set it; callers who edit bits through BitsPointer set it themselves.
-    AlphaTypeEnum Alpha() const noexcept { return m_AlphaImage; }
-    void Alpha(AlphaTypeEnum value) noexcept { m_AlphaImage = value; }
+    AlphaTypeEnum Alpha() const noexcept;
+    void Alpha(AlphaTypeEnum value) noexcept;
     // First byte of the pixels, null without an image.
-    std::uint8_t* BitsPointer() const noexcept { return m_Pointer; }
+    std::uint8_t* BitsPointer() const noexcept;
     // The DIB section, 0 without an image.
-    std::intptr_t Handle() const noexcept { return m_Handle; }
-    std::int32_t Width() const noexcept { return m_Width; }   // Columns of pixels, 0 without an image.
-    std::int32_t Height() const noexcept { return m_Height; } // Rows of pixels, 0 without an image.
+    std::intptr_t Handle() const noexcept;
+    std::int32_t Width() const noexcept;  // Columns of pixels, 0 without an image.
+    std::int32_t Height() const noexcept; // Rows of pixels, 0 without an image.
     // Bytes in a row: Width * 4.
     std::int32_t scanWidth() const noexcept;
     // Format the current image came from; imgError without an image, imgNone when it was made or erased here.
-    eImageFormat ImageType() const noexcept { return m_Format; }
+    eImageFormat ImageType() const noexcept;
 
     // Whether stretching interpolates. True at first only where GDI+ is usable.
-    bool HighQualityInterpolation() const noexcept { return m_StretchQuality; }
-    void HighQualityInterpolation(bool value) noexcept { m_StretchQuality = value; }
+    bool HighQualityInterpolation() const noexcept;
+    void HighQualityInterpolation(bool value) noexcept;
     // Whether the instance keeps its memory device context between uses. Turning it off frees the context, turning it
     // on creates one when there is an image.
-    bool ManageOwnDC() const noexcept { return m_ManageDC; }
+    bool ManageOwnDC() const noexcept;
     void ManageOwnDC(bool value) noexcept;
     // Whether the system's AlphaBlend is used. True is ignored on systems that have none.
     bool isAlphaBlendFriendly() const noexcept;
@@ -85,26 +76,26 @@ class cPixSheet {
     // Whether zlib can be borrowed on this machine now; tested at every read.
     bool isZlibEnabled() const noexcept;
     // A GDI+ start-up token of the caller's. With one, and GDI+ enabled, GDI+ draws also what AlphaBlend could.
-    std::int32_t gdiToken() const noexcept { return m_GDItoken; }
+    std::int32_t gdiToken() const noexcept;
     void gdiToken(std::int32_t value) noexcept;
     // Whether GDI+ draws also what AlphaBlend could, through a bridge that the instance keeps, and with it GDI+
     // started, until the image goes. True only sticks while isGDIplusEnabled is true. Otherwise, too, GDI+ is not
     // started anew for each call: it ends with the last instance for which it is enabled.
-    bool KeepGDIplusActive() const noexcept { return m_KeepGDIplusActive; }
+    bool KeepGDIplusActive() const noexcept;
     void KeepGDIplusActive(bool value) noexcept;
     // Any value of the caller's.
-    const std::any& Tag() const noexcept { return m_Tag; }
-    void Tag(std::any value) noexcept { m_Tag = std::move(value); }
+    const std::any& Tag() const noexcept;
+    void Tag(std::any value) noexcept;
     // Major, minor and revision of the component, such as "3.0.41"; empty when there is no memory for it.
     std::string Version() const noexcept;
     // Why the last load, save or other call of this instance failed: one sentence without a full stop, such as "the
     // file does not exist"; empty after success. Properties, read or set, leave it as it is. Valid until the next call.
-    std::string_view LastErrorText() const noexcept { return m_outcome.reason(); }
+    std::string_view LastErrorText() const noexcept;
     // Whether nobody is there to answer questions or to read messages: questions are then answered No, and nothing is
     // shown. False at first. Processes without a visible window station are unattended whatever this says, unless a
     // handler answers in a person's place (platform/interaction.h).
-    bool Unattended() const noexcept { return m_isUnattended; }
-    void Unattended(bool value) noexcept { m_isUnattended = value; }
+    bool Unattended() const noexcept;
+    void Unattended(bool value) noexcept;
     // The most pixels, Width * Height, that an image made or loaded from now on may have. 0, as at first, is no limit
     // but what an image holds at all (InitializeDIB). It is the instance's own: it holds for InitializeDIB, all loads,
     // copies of another size into this instance, Resize, Resample, CreateDropShadow, and sizes that are asked for of
@@ -112,8 +103,8 @@ class cPixSheet {
     // header, before it costs memory or time (TGA and icon files are read first); images of an icon file beyond it are
     // passed over, a JPEG whose size nothing tells is refused. What is held stays, and can be swapped, drawn and saved.
     // A double, as callers through COM have them and 32 bits would not reach. Values below 0 and NaN are ignored.
-    double MaxPixels() const noexcept { return m_limits.pixels; }
-    void MaxPixels(double value) noexcept { Limits::set(m_limits.pixels, value); }
+    double MaxPixels() const noexcept;
+    void MaxPixels(double value) noexcept;
     // The most bytes that a call may take for an image and for the work on it; 0, as at first, is no limit. It holds
     // where MaxPixels does, and is the instance's own likewise. Counted as if all of it were held at once:
     // - 4 bytes for each pixel of the image, of icons to be made of them all; of what is no load, that is all.
@@ -126,8 +117,8 @@ class cPixSheet {
     //   likewise.
     // - Icons and cursors by their handle: 4 bytes for each pixel of their bitmaps, and one for the mask.
     // Tables, single rows and what the system takes on its own account do not count: a mebibyte or two.
-    double MaxMemory() const noexcept { return m_limits.memory; }
-    void MaxMemory(double value) noexcept { Limits::set(m_limits.memory, value); }
+    double MaxMemory() const noexcept;
+    void MaxMemory(double value) noexcept;
 
     // What of the file the image has not, a sentence a line, each without a full stop; empty where nothing is missing:
     // "the file ends early", "2 further frames are left out" of an animation, and of 16 bits a channel, a gamma or
@@ -138,7 +129,7 @@ class cPixSheet {
     // says it) as it is, 2 mirrored left to right, 3 turned by 180 degrees, 4 mirrored top to bottom, 5 mirrored left
     // to right, then turned by 270 degrees clockwise, 6 turned by 90, 7 mirrored, then turned by 90, 8 turned by 270.
     // It comes and goes as LoadNotes does.
-    std::int32_t Orientation() const noexcept { return m_notes.orientation; }
+    std::int32_t Orientation() const noexcept;
 
     // --- lifecycle (surface/cPixSheet.cpp)
 
@@ -547,50 +538,11 @@ class cPixSheet {
 
   private:
     friend struct HostAccess; // readers, writers and renderers (surface/HostAccess.h)
-    // Adds the instance's variables (surface/describeInstance.cpp).
-    friend void describeInstance(const cPixSheet& sheet, ErrorReport& report);
 
-    void pvTakeImage(std::intptr_t handle, std::uint8_t* pointer, std::int32_t width, std::int32_t height,
-                     eImageFormat format, AlphaTypeEnum alpha, ByteArray&& cache, CursorHotspot hotspot) noexcept;
-    Outcome pvInitializeDIB(std::int32_t Width, std::int32_t Height) noexcept;
-    std::intptr_t pvLoadDIBinDC(bool bLoad) noexcept;
-    bool pvOverlapsStore(const ByteArray& array) const noexcept;
-    void pvForgetFile() noexcept;
-    void pvTakeNotes(const cPixSheet& source) noexcept;
-    void pvReplaceImage(cPixSheet& successor, CursorHotspot hotspot) noexcept;
-    Outcome pvCopyImage(cPixSheet& target, std::int32_t newWidth, std::int32_t newHeight,
-                        bool CopyOriginalFormat) const;
-    bool pvCanUseAlphaBlend(const DrawJob& job) const noexcept;
-    Outcome pvAlphaBlend(const DrawJob& job);
-    bool pvRenderGDIplus(const DrawJob& job);
-    void pvJoinGDIplus() noexcept;
-    Outcome spt_LoadPictureEx(LoadRequest& request, bool SaveFormat);
+    SheetState& state() noexcept; // what m_state holds
+    const SheetState& state() const noexcept;
 
-    // While GDI+ is enabled. Before the bridge, which goes first.
-    std::optional<GdiplusUser> m_GDIplusUser;
-    std::shared_ptr<cGDIPlus> m_GDIplus; // only with KeepGDIplusActive
-    std::any m_Tag;
-    bool m_StretchQuality = false;
-    bool m_ManageDC = false;
-    bool m_KeepGDIplusActive = false;
-    std::intptr_t m_Handle = 0;
-    std::uint8_t* m_Pointer = nullptr;
-    std::int32_t m_Height = 0;
-    std::int32_t m_Width = 0;
-    std::intptr_t m_hDC = 0;
-    std::intptr_t m_prevDCobject = 0; // what m_hDC held before the DIB; 0 = the DIB is not selected
-    std::int32_t m_GDItoken = 0;
-    ByteArray m_ImageByteCache;       // source bytes kept by a load with SaveFormat
-    std::uint32_t m_osCAP = 0;        // surface/Capabilities.h
-    eImageFormat m_Format = imgError; // a fresh instance says imgError; only an empty image says imgNone
-    AlphaTypeEnum m_AlphaImage = AlphaNone;
-    PngProperties m_PNGprops;
-    CursorHotspot m_hotspot; // of an image that was a cursor, which a cursor file gets again
-    PictureNotes m_notes;
-    mutable Outcome m_outcome; // of the last call
-    bool m_isUnattended = false;
-    Limits m_limits;
-    std::int32_t m_leastWidth = 0, m_leastHeight = 0; // HostAccess::leastSize
+    alignas(8) std::byte m_state[96 * sizeof(void*)]; // more than it takes: objects keep their size in later versions
 };
 
 } // namespace pixkit

@@ -2,6 +2,7 @@
 #pragma once
 #include "codecs/Reading.h"
 #include "codecs/Writing.h"
+#include "surface/PictureNotes.h"
 #include <cstdint>
 #include <span>
 

@@ -15,6 +15,7 @@
 
 namespace pixkit {
 
+struct ErrorReport;  // diagnostics/ErrorReport.h
 struct PictureFacts; // codecs/PictureFacts.h
 
 // One parser serves one load.
