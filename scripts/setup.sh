@@ -1,6 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Installs what the project's commands need on Debian 12; does nothing, quickly, when all of it is there.
+# Installs what the project's commands need on Debian 12; does nothing, quickly, when all of it is there. On systems
+# without dpkg it looks for the programs and libraries themselves, and names those that are missing.
 #
 #   setup.sh [demo|native|native32|text|windows|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
 #
@@ -46,13 +47,65 @@ for subset in "$@"; do
     wanted+=("${list[@]}")
 done
 
-# An installed package's status is "ii"; the list may hold names twice.
+# What of a package's is looked for where nothing knows packages: a command, a module of pkg-config, a header, a library
+# that is loaded at run time, a file.
+part_of() {
+    case $1 in
+    ninja-build) echo command ninja ;;
+    giflib-tools) echo command giftext ;;
+    libjpeg-turbo-progs) echo command djpeg ;;
+    imagemagick) echo command convert ;;
+    icoutils) echo command icotool ;;
+    netpbm) echo command pngtopam ;;
+    wine64) echo file /usr/lib/wine/wine64 ;;
+    xvfb) echo command Xvfb ;;
+    g++-mingw-w64-*-posix) echo command "$(cut -d- -f4 <<<"${1/x86-64/x86_64}")-w64-mingw32-g++" ;;
+    mingw-w64-tools) echo command x86_64-w64-mingw32-widl ;;
+    g++-multilib) echo file /usr/include/gnu/stubs-32.h ;;
+    lib32z1) echo file /usr/lib32/libz.so.1 ;;
+    googletest) echo module gtest ;;
+    fonts-wine) echo file /usr/share/wine/fonts/tahoma.ttf ;;
+    libcli11-dev) echo header CLI/CLI.hpp ;;
+    libstb-dev) echo header stb/stb_image.h ;;
+    libgif-dev) echo header gif_lib.h ;;
+    libyuv-dev) echo header libyuv.h ;;
+    zlib1g) echo library libz.so.1 ;;
+    libturbojpeg0) echo library libturbojpeg.so.0 ;;
+    libfreetype-dev) echo module freetype2 ;;
+    libjpeg62-turbo-dev) echo module libjpeg ;;
+    zlib1g-dev) echo module zlib ;;
+    libpixman-1-dev) echo module pixman-1 ;;
+    libunibreak-dev | libdeflate-dev | libisal-dev | libpng-dev) echo module "${1%-dev}" ;;
+    lib*-dev) basename "${1#lib}" -dev | sed 's/^/module /; s/2$//' ;;
+    *) echo command "$1" ;;
+    esac
+}
+is_there() {
+    case $1 in
+    command) command -v "$2" || command -v "$2-posix" ;;
+    module) pkg-config --exists "$2" ;;
+    header) "${CXX:-c++}" -E -x c++ - <<<"#include <$2>" ;;
+    library) find /lib /lib64 /usr/lib /usr/lib64 /usr/local/lib -name "$2*" | grep . ;;
+    file) [ -e "$2" ] ;;
+    esac >/dev/null 2>&1
+}
+
 missing=()
-for package in $(printf '%s\n' "${wanted[@]}" | sort -u); do
-    status=$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null || true)
-    [ "${status%% *}" = ii ] || missing+=("$package")
+for package in $(printf '%s\n' "${wanted[@]}" | sort -u); do # the list may hold names twice
+    if command -v dpkg-query >/dev/null; then
+        status=$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null || true)
+        [ "${status%% *}" = ii ] || missing+=("$package")
+    else
+        read -r kind name <<<"$(part_of "$package")"
+        is_there "$kind" "$name" || missing+=("$kind $name,")
+    fi
 done
 [ ${#missing[@]} -gt 0 ] || exit 0
+if ! command -v dpkg-query >/dev/null; then
+    names="${missing[*]}"
+    say "not found: ${names%,}. What has them is called differently on each system"
+    exit 1
+fi
 
 as_root=()
 if [ "$(id -u)" != 0 ]; then
