@@ -70,7 +70,7 @@ void withZlib(const Stream& stream, Bytes& output) {
         throw std::runtime_error("zlib did not inflate");
 }
 
-// The peers inflate what is behind the zlib header alone: the built-in inflater does not look at the Adler-32 either.
+// These peers inflate what is behind the zlib header alone: the built-in inflater does not look at the Adler-32 either.
 void withLibdeflate(const Stream& stream, Bytes& output) {
     static libdeflate_decompressor* const decompressor = libdeflate_alloc_decompressor();
     if (libdeflate_deflate_decompress(decompressor, stream.data.data() + 2, stream.data.size() - 2, output.data(),

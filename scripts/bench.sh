@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Runs the benchmarks side by side with their peers and prints medians and ratios; leaves the raw figures as JSON.
 # Usage: scripts/bench.sh [--quick] [FILTER]     FILTER: a regular expression over benchmark names, such as png/photo
-# Without a filter the tables of docs/performance.md are written anew.
+# Without --quick and a filter the tables of docs/performance.md are written anew.
 # Figures go to out/bench/. The machine should be otherwise idle; runs are interleaved and medians quoted all the same.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -29,6 +29,6 @@ for program in build/bench/bench/bench_*; do
 done
 [ ${#results[@]} -gt 0 ] || { echo "no benchmark's name matches '$filter'"; exit 1; }
 page=()
-if [ "$filter" = . ]; then page=(--page=docs/performance.md); fi
+if [ "$filter" = . ] && [ "$repetitions" = 9 ]; then page=(--page=docs/performance.md); fi
 python3 bench/report.py "${page[@]}" "${results[@]}"
 echo "raw figures: out/bench/*.json"

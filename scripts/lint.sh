@@ -61,7 +61,9 @@ cppcheck -j "$(nproc)" --quiet --std=c++20 --enable=warning,portability --error-
 
 # Headers that the C++ reference can be made of: no comment that Doxygen takes for something else.
 if command -v doxygen >/dev/null; then
-    scripts/reference.py --cxx "$(mktemp -d)" || { echo "lint: doxygen complains of a header"; failed=1; }
+    folder=$(mktemp -d)
+    scripts/reference.py --cxx "$folder" || { echo "lint: doxygen complains of a header"; failed=1; }
+    rm -r "$folder"
 fi
 
 # Every file says its licence, sources in a line of their own, and .reuse/dep5 for the rest.

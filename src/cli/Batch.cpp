@@ -8,7 +8,6 @@
 #include <map>
 #include <mutex>
 #include <ostream>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -28,7 +27,7 @@ class Batch {
             try {
                 while (helpers.size() + 1 < std::min<std::size_t>(threads, m_pieces))
                     helpers.emplace_back([this] { takePieces(); });
-            } catch (const std::system_error&) { // the system gives no more threads: fewer do the work
+            } catch (const std::exception&) { // no more threads, or no memory for them: fewer do the work
             }
             takePieces();
         }
@@ -118,11 +117,7 @@ bool Piece::confirm(const std::string& question) {
 }
 
 void runBatch(std::size_t pieces, unsigned threads, Console& console, const std::function<void(Piece&)>& work) {
-    Batch(pieces, console, work).run(threads);
-}
-
-unsigned availableProcessors() {
-    return std::max(std::thread::hardware_concurrency(), 1U);
+    Batch(pieces, console, work).run(threads != 0 ? threads : std::max(std::thread::hardware_concurrency(), 1U));
 }
 
 bool confirm(Console& console, const std::string& question) {

@@ -31,12 +31,9 @@ class Piece {
     Console m_console;
 };
 
-// Does the work for each index below `pieces`, in any order, by up to `threads` threads, this one among them. Ends with
-// the first exception that work throws.
+// Does the work for each index below `pieces`, in any order, by up to `threads` threads, this one among them; 0: as
+// many as there are processors for this program. Ends with the first exception that work throws.
 void runBatch(std::size_t pieces, unsigned threads, Console& console, const std::function<void(Piece&)>& work);
-
-// As many as there are processors for this program.
-unsigned availableProcessors();
 
 // Asks, and reads a line. False unless it begins with y or Y.
 bool confirm(Console& console, const std::string& question);

@@ -271,7 +271,6 @@ void fillWith(cPixSheet& sheet, const Colour& colour) {
     const std::uint8_t pixel[] = {premultiplied(16), premultiplied(8), premultiplied(0), colour.alpha};
     for (std::size_t i = 0; i < pixels.stride * pixels.height; ++i)
         pixels.bits[i] = pixel[i % 4];
-    classifyAlpha(sheet);
 }
 
 } // namespace pixkit::cli

@@ -23,7 +23,7 @@ std::int32_t parseColour(std::string_view text);
 // '#rrggbb' of a COLORREF.
 std::string formatColour(std::int32_t colour);
 
-// Gives every pixel the colour, and the picture's Alpha what that makes of it.
+// Gives every pixel the colour; Alpha stays.
 void fillWith(cPixSheet& sheet, const Colour& colour);
 
 } // namespace pixkit::cli

@@ -97,10 +97,6 @@ void makeCanvas(cPixSheet& sheet, const ComposeCanvas& canvas) {
     if (canvas.colour.alpha != 0) fillWith(sheet, canvas.colour);
 }
 
-} // namespace
-
-namespace {
-
 void composeOne(const ComposeRequest& request, const Target& target, Console& console, Result& result) {
     const Layers layers(request, console);
     cPixSheet sheet;
@@ -123,7 +119,7 @@ void composeOne(const ComposeRequest& request, const Target& target, Console& co
 
 int compose(const ComposeRequest& request, Console& console) {
     const Target target = targetOf(request.output, request.format);
-    checkSaving(request, target.format);
+    checkSaving(request, target.name, target.format);
     if (!request.canvas && std::ranges::all_of(request.layers, [](const ComposeLayer& layer) {
             return layer.scaling.dependsOnCanvas();
         })) {

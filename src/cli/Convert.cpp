@@ -48,9 +48,8 @@ class Conversion {
         cPixSheet sheet;
         const PictureSource source = openSource(input.name, piece.console().in);
         std::span<const EffectStep> steps = m_request.steps;
-        if (!load(sheet, source, m_request.loading, steps)) throw Failed(input.name, problemOf(sheet));
+        if (!load(sheet, source, m_request.loading, steps, result.before)) throw Failed(input.name, problemOf(sheet));
         warn(piece.console().err, input.name, sheet, m_request.loading);
-        if (steps.size() == m_request.steps.size()) result.before = {sheet.Width(), sheet.Height()};
         sheet.HighQualityInterpolation(true); // until --nearest says otherwise
         for (const EffectStep& step : steps) {
             if (!step.apply(sheet)) throw Failed(input.name, step.option + ": " + problemOf(sheet));
@@ -76,19 +75,16 @@ int convert(const ConvertRequest& request, Console& console) {
     const bool mayBeFile = names.size() == 1 && inputs.size() == 1 && inputs.front().name == names.front() &&
                            inputs.front().problem.empty();
     Destination destination(last, mayBeFile, inputs, request.format);
-    checkSaving(request, destination.format());
-    if (isStream(last) && request.reporting.isJson) {
-        throw UsageError("--json and the picture cannot both go to standard output");
-    }
+    checkSaving(request, last, destination.format());
+    const bool hasWork = std::ranges::any_of(inputs, [](const Input& input) { return input.problem.empty(); });
     try {
-        if (!request.isDryRun) destination.prepare();
+        if (hasWork && !request.isDryRun) destination.prepare();
     } catch (const Failed& failure) {
         console.err << "pixkit convert: " << failure.what() << '\n';
         return exitSomeFailed;
     }
     Conversion conversion(request, inputs, destination);
-    runBatch(inputs.size(), request.jobs == 0 ? availableProcessors() : request.jobs, console,
-             [&](Piece& piece) { conversion.convert(piece); });
+    runBatch(inputs.size(), request.jobs, console, [&](Piece& piece) { conversion.convert(piece); });
     endReports(request.reporting, inputs.size(), console);
     return conversion.hasFailed() ? exitSomeFailed : exitOk;
 }

@@ -99,10 +99,7 @@ EffectStep parsePad(const std::string& argument) {
 
 EffectStep parseFlatten(const std::string& argument) {
     const std::int32_t colour = parseColour(argument);
-    return {"", "Put on a colour", "Render(…)", colour, [colour](cPixSheet& sheet) {
-                flatten(sheet, colour);
-                return true;
-            }};
+    return {"", "Put on a colour", "Render(…)", colour, [colour](cPixSheet& sheet) { return flatten(sheet, colour); }};
 }
 
 EffectStep parseStrip(const std::string&) {

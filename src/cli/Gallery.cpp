@@ -168,8 +168,7 @@ int gallery(const GalleryRequest& request, Console& console) {
         refuseForeignPage(file, request, console);
         if (!request.isDryRun) prepareThumbnails(request.folder);
         GalleryWork work(request, inputs, page);
-        runBatch(inputs.size(), request.jobs == 0 ? availableProcessors() : request.jobs, console,
-                 [&](Piece& piece) { work.add(piece); });
+        runBatch(inputs.size(), request.jobs, console, [&](Piece& piece) { work.add(piece); });
         endReports(request.reporting, inputs.size(), console);
         hasFailed = work.hasFailed();
         if (request.isDryRun || page.isEmpty()) return hasFailed ? exitSomeFailed : exitOk;

@@ -12,11 +12,8 @@
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <iomanip>
-#include <memory>
 #include <optional>
-#include <span>
 #include <sstream>
-#include <stdexcept>
 #include <vector>
 
 namespace pixkit::cli {
@@ -271,7 +268,9 @@ int info(const InfoRequest& request, Console& console) {
         std::string problem = input.problem;
         std::optional<Facts> facts;
         try {
-            if (problem.empty()) facts = factsOf(openSource(input.name, console.in), request, problem);
+            forFile(input.name, [&] {
+                if (problem.empty()) facts = factsOf(openSource(input.name, console.in), request, problem);
+            });
         } catch (const Failed& failure) {
             problem = failure.reason();
         }

@@ -2,7 +2,9 @@
 #include "cli/Files.h"
 #include "cli/Streams.h"
 #include "cli/Text.h"
+#include "cli/UsageError.h"
 #include <algorithm>
+#include <set>
 #include <system_error>
 
 namespace pixkit::cli {
@@ -60,13 +62,21 @@ bool isFolder(const std::string& name) {
 
 std::vector<Input> findInputs(const std::vector<std::string>& names, bool recursive, const fs::path& except) {
     std::vector<Input> found;
+    std::set<std::string> streams;
     for (const std::string& name : names) {
-        if (isStream(name) || !isFolder(name)) {
+        std::error_code error;
+        if (isStream(name)) {
+            if (!streams.insert(isStandard(name) ? "-" : name).second)
+                throw UsageError("what comes through a pipe can be read once");
             found.push_back({name});
-        } else if (recursive) {
-            Walk(found, except).enter(toPath(name), {});
-        } else {
+        } else if (!isFolder(name)) {
+            found.push_back({name});
+        } else if (!recursive) {
             found.push_back({name, {}, "it is a folder; --recursive takes the pictures in it"});
+        } else if (!except.empty() && fs::equivalent(toPath(name), except, error)) {
+            found.push_back({name, {}, "it is the folder for the results, too"});
+        } else {
+            Walk(found, except).enter(toPath(name), {});
         }
     }
     return found;

@@ -14,7 +14,8 @@ struct Input {
 
 // Files as they are named. With `recursive`, a folder is those of its files, and of the folders in it, whose extension
 // is that of a format, in the order of their names; links to folders are not followed, and `except`, the folder for
-// results, is left out. Otherwise a folder is a problem.
+// results, is left out, and is a problem where it is named itself. Otherwise a folder is a problem. Throws UsageError
+// when a pipe is named twice.
 std::vector<Input> findInputs(const std::vector<std::string>& names, bool recursive,
                               const std::filesystem::path& except = {});
 

@@ -56,6 +56,7 @@ bool loadAsStored(cPixSheet& sheet, const PictureSource& source, const LoadingOp
 struct Shrinking {
     PictureSize whole, result;
     eResampleFilters filter;
+    bool isLaid; // the picture is to be turned by a quarter
 
     // Where each pixel is made of two of the loader's or more, in width and in height, it is hardly seen that those are
     // means already.
@@ -75,9 +76,9 @@ std::optional<Shrinking> shrinkingOf(const PictureSource& source, const Filtered
         if (!facts || facts->container != FileFormat::jpg) return {};
         const PictureSize whole{facts->width, facts->height};
         if (!orients || moveFor(facts->notes.orientation).degrees == nullptr)
-            return Shrinking{whole, resize.sizeFor(whole), resize.filter};
+            return Shrinking{whole, resize.sizeFor(whole), resize.filter, false};
         const PictureSize turned = resize.sizeFor({whole.height, whole.width});
-        return Shrinking{whole, {turned.height, turned.width}, resize.filter};
+        return Shrinking{whole, {turned.height, turned.width}, resize.filter, true};
     } catch (const std::runtime_error&) {
         return {}; // the load says why
     }
@@ -128,12 +129,19 @@ bool load(cPixSheet& sheet, const PictureSource& source, const LoadingOptions& o
 }
 
 bool load(cPixSheet& sheet, const PictureSource& source, const LoadingOptions& options,
-          std::span<const EffectStep>& steps) {
+          std::span<const EffectStep>& steps, PictureSize& whole) {
     // Steps that call nothing choose a filter.
     const auto first = std::ranges::find_if(steps, [](const EffectStep& step) { return !step.call.empty(); });
-    if (first == steps.end() || !first->filteredResize) return load(sheet, source, options);
-    const auto shrinking = shrinkingOf(source, *first->filteredResize, options.orients);
-    if (!shrinking) return load(sheet, source, options);
+    std::optional<Shrinking> shrinking;
+    if (first != steps.end() && first->filteredResize)
+        shrinking = shrinkingOf(source, *first->filteredResize, options.orients);
+    if (!shrinking) {
+        const bool isLoaded = load(sheet, source, options);
+        whole = {sheet.Width(), sheet.Height()};
+        return isLoaded;
+    }
+    whole = shrinking->whole;
+    if (shrinking->isLaid) std::swap(whole.width, whole.height);
     HostAccess::leastSize(sheet, shrinking->least());
     const bool isLoaded = loadAsStored(sheet, source, options);
     HostAccess::leastSize(sheet, {});

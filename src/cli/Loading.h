@@ -1,6 +1,7 @@
 // How a command loads its pictures.
 #pragma once
 #include "cli/IconChoice.h"
+#include "cli/Scaling.h"
 #include "cli/Streams.h"
 #include <iosfwd>
 #include <span>
@@ -31,9 +32,10 @@ struct EffectStep;
 
 // The same for a picture that is to go through `steps`; those that are done already are taken from them. Where a JPEG
 // file's picture is first made smaller by a filter, the system's loader may give it at a half, a quarter or an eighth
-// of its size, and the filter does the rest.
+// of its size, and the filter does the rest. `whole` is the size that the picture has in the file, as it is to be
+// shown.
 bool load(cPixSheet& sheet, const PictureSource& source, const LoadingOptions& options,
-          std::span<const EffectStep>& steps);
+          std::span<const EffectStep>& steps, PictureSize& whole);
 
 // Says what of the file the picture has not (cPixSheet::LoadNotes), a line each.
 void warn(std::ostream& err, const std::string& file, const cPixSheet& sheet, const LoadingOptions& options);

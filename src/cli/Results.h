@@ -3,7 +3,6 @@
 #include "cli/Console.h"
 #include "cli/Scaling.h"
 #include <cstdint>
-#include <optional>
 #include <string>
 
 namespace pixkit::cli {

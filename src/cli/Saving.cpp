@@ -1,4 +1,5 @@
 #include "cli/Saving.h"
+#include "cli/EffectParsing.h"
 #include "cli/Streams.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
@@ -37,9 +38,9 @@ std::vector<IconEntrySize> entriesFor(const cPixSheet& sheet, const SavingOption
 }
 
 // A clear picture is the background, too; but to BMP files, alpha that is 0 everywhere says nothing.
-void flattenIfClear(cPixSheet& sheet, std::int32_t background) {
+bool flattenIfClear(cPixSheet& sheet, std::int32_t background) {
     const SourcePicture picture(sheet);
-    if (picture.isToBeFlattened() && !iparseHasAlpha(picture.pixels)) flatten(sheet, background);
+    return !picture.isToBeFlattened() || iparseHasAlpha(picture.pixels) || flatten(sheet, background);
 }
 
 bool savedToFile(cPixSheet& sheet, const Target& target, const SavingOptions& options) {
@@ -71,7 +72,8 @@ bool savedToBytes(cPixSheet& sheet, ByteArray& bytes, FileFormat format, const S
     case FileFormat::gif:
         return sheet.SaveToStream_GIF(bytes, !options.gifWebSafe, options.gifTolerance.value_or(128));
     case FileFormat::jpg:
-        if (SourcePicture(sheet).isToBeFlattened()) flatten(sheet, background); // the writer puts it on black
+        // The writer would put it on black.
+        if (SourcePicture(sheet).isToBeFlattened() && !flatten(sheet, background)) return false;
         return sheet.SaveToStream_JPG(bytes, options.quality.value_or(70));
     case FileFormat::ico:
         return sheet.SaveToStream_ICO(bytes, {}, entriesFor(sheet, options)) != 0;
@@ -85,28 +87,24 @@ std::filesystem::file_time_type timeOf(const std::string& file, std::error_code&
     return std::filesystem::last_write_time(toPath(file), error);
 }
 
-// Folders are the saving member's to refuse.
-void askToReplace(const Target& target, const SavingOptions& options, const Confirm& confirm) {
-    std::error_code error;
-    if (options.replacing != Replacing::ask || !std::filesystem::exists(target.path(), error) ||
-        std::filesystem::is_directory(target.path(), error) ||
-        confirm(shown(target.name) + ": Overwrite existing file?"))
-        return;
-    throw Failed(target.name, "the file exists already and was kept; --overwrite replaces it");
-}
-
 } // namespace
 
-void flatten(cPixSheet& sheet, std::int32_t background) {
-    cPixSheet flat;
-    flat.MaxPixels(sheet.MaxPixels());
-    const SourcePicture picture(sheet);
-    if (!flat.InitializeDIB(sheet.Width(), sheet.Height())) return;
-    const PixelView pixels = HostAccess::pixels(flat);
-    iparseBlendImageToColor(picture.pixels, background, {pixels.bits, pixels.stride * pixels.height}, false);
-    flat.Alpha(AlphaNone);
-    HostAccess::takeNotes(flat, sheet);
-    sheet.SwapDIBs(&flat);
+// Folders are for what writes to refuse.
+void askToReplace(const std::string& file, const SavingOptions& options, const Confirm& confirm) {
+    std::error_code error;
+    if (options.replacing != Replacing::ask || !std::filesystem::exists(toPath(file), error) ||
+        std::filesystem::is_directory(toPath(file), error) || confirm(shown(file) + ": Overwrite existing file?"))
+        return;
+    throw Failed(file, "the file exists already and was kept; --overwrite replaces it");
+}
+
+bool flatten(cPixSheet& sheet, std::int32_t background) {
+    return redraw(sheet, {sheet.Width(), sheet.Height()}, [&](cPixSheet& flat) {
+        const PixelView pixels = HostAccess::pixels(flat);
+        iparseBlendImageToColor(SourcePicture(sheet).pixels, background, {pixels.bits, pixels.stride * pixels.height},
+                                false);
+        return true;
+    });
 }
 
 void forFile(const std::string& file, const std::function<void()>& work) {
@@ -153,7 +151,10 @@ std::string reasonToSkip(const Target& target, std::span<const std::string> inpu
     return isAsNew(target.name, inputs) ? "it is as new as its picture" : "";
 }
 
-void checkSaving(const SavingOptions& options, FileFormat format) {
+void checkSaving(const SavingOptions& options, const std::string& output, FileFormat format) {
+    if (options.reporting.isJson && isStandard(output)) {
+        throw UsageError("--json and the picture cannot both go to standard output");
+    }
     if (options.background && format != FileFormat::bmp && format != FileFormat::jpg) {
         throw UsageError("--background is for .bmp and .jpg files; the others keep transparency");
     }
@@ -185,11 +186,13 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
                  Console& console, Result& result) {
     result.after = {sheet.Width(), sheet.Height()};
     result.status = Result::Status::planned;
-    if (!target.isStream()) askToReplace(target, options, confirm);
+    if (!target.isStream()) askToReplace(target.name, options, confirm);
     if (options.isDryRun) return;
-    if (target.format == FileFormat::png && !setPngProperties(sheet, options))
-        throw Failed(target.name, problemOf(sheet));
-    if (target.format == FileFormat::bmp && !options.keepAlpha) flattenIfClear(sheet, options.background.value_or(0));
+    const bool isReady = target.format == FileFormat::png ? setPngProperties(sheet, options)
+                         : target.format == FileFormat::bmp
+                             ? options.keepAlpha || flattenIfClear(sheet, options.background.value_or(0))
+                             : true;
+    if (!isReady) throw Failed(target.name, problemOf(sheet));
     if (target.isStream()) {
         ByteArray bytes;
         if (!savedToBytes(sheet, bytes, target.format, options)) throw Failed(target.name, problemOf(sheet));
@@ -210,7 +213,10 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
 
 Draft::Draft(const std::string& name, const std::function<void(std::ostream& out)>& write)
     : m_name(name), m_fresh(toPath(name)) {
-    m_fresh += ".new";
+    std::error_code taken;
+    do
+        m_fresh += ".new";
+    while (std::filesystem::exists(m_fresh, taken));
     errno = 0;
     std::ofstream out(m_fresh, std::ios::binary);
     const bool isOpen = out.is_open();

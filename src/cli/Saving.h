@@ -38,8 +38,8 @@ bool succeeds(Result& result, const std::function<void()>& work);
 // Whether a result is there already, and as new as all that it is made of.
 bool isAsNew(const std::string& made, std::span<const std::string> inputs);
 
-// Whether the options suit the format that the result will have. Throws UsageError.
-void checkSaving(const SavingOptions& options, FileFormat format);
+// Whether the options suit the result. Throws UsageError.
+void checkSaving(const SavingOptions& options, const std::string& output, FileFormat format);
 
 // Why an existing file is to be kept without a question; empty otherwise.
 std::string reasonToSkip(const Target& target, std::span<const std::string> inputs, const SavingOptions& options);
@@ -47,8 +47,11 @@ std::string reasonToSkip(const Target& target, std::span<const std::string> inpu
 // Puts a question to a person; false where nobody answers.
 using Confirm = std::function<bool(const std::string& question)>;
 
-// Puts a picture onto a colour.
-void flatten(cPixSheet& sheet, std::int32_t background);
+// Asks before an existing file is replaced, if the options want a person to decide. Throws Failed when it is kept.
+void askToReplace(const std::string& file, const SavingOptions& options, const Confirm& confirm);
+
+// Puts a picture onto a colour. False when that fails; the instance says why.
+bool flatten(cPixSheet& sheet, std::int32_t background);
 
 // Saves in the target's format, and fills in what that gave. Says on `console` what is odd of the file. Throws Failed.
 void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,

@@ -10,7 +10,6 @@
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <cmath>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -64,8 +63,8 @@ class Sheet {
     }
 
     void draw(cPixSheet& sheet) {
-        const std::int64_t width = m_columns * std::int64_t{stepX()} + m_request.gap;
-        const std::int64_t height = m_rows * std::int64_t{stepY()} + m_request.gap;
+        const std::int64_t width = m_columns * stepX() + m_request.gap;
+        const std::int64_t height = m_rows * stepY() + m_request.gap;
         constexpr std::int64_t most = 0x7FFFFFFF; // which no picture has; the member says so
         if (!sheet.InitializeDIB(static_cast<std::int32_t>(std::min(width, most)),
                                  static_cast<std::int32_t>(std::min(height, most)))) {
@@ -107,15 +106,17 @@ class Sheet {
     std::size_t count() const noexcept { return m_sprites.size(); }
 
   private:
-    std::int32_t stepX() const { return m_cell.width + m_request.gap; }
-    std::int32_t stepY() const { return m_cell.height + m_request.gap + (m_request.hasLabels ? labelHeight : 0); }
+    std::int64_t stepX() const { return std::int64_t{m_cell.width} + m_request.gap; }
+    std::int64_t stepY() const {
+        return std::int64_t{m_cell.height} + m_request.gap + (m_request.hasLabels ? labelHeight : 0);
+    }
     // As the index, which lies beside it, names it.
     std::string imageName() const { return toUtf8(toPath(m_request.output).filename()); }
 
     void drawSprite(cPixSheet& sheet, Sprite& sprite, std::int32_t index) const {
         cPixSheet& picture = *sprite.picture;
-        const std::int32_t left = m_request.gap + index % m_columns * stepX();
-        const std::int32_t top = m_request.gap + index / m_columns * stepY();
+        const auto left = static_cast<std::int32_t>(m_request.gap + index % m_columns * stepX());
+        const auto top = static_cast<std::int32_t>(m_request.gap + index / m_columns * stepY());
         sprite.x = left + (m_cell.width - picture.Width()) / 2;
         sprite.y = top + (m_cell.height - picture.Height()) / 2;
         if (!drawOn(sheet, picture, sprite.x, sprite.y)) throw Failed(sprite.file, problemOf(picture));
@@ -160,7 +161,8 @@ Sprite loadSprite(const Input& input, const SheetRequest& request, Console& cons
     }
     std::span<const EffectStep> rest = steps;
     auto picture = std::make_unique<cPixSheet>();
-    if (!load(*picture, openSource(input.name, console.in), request.loading, rest))
+    PictureSize whole{};
+    if (!load(*picture, openSource(input.name, console.in), request.loading, rest, whole))
         throw Failed(input.name, problemOf(*picture));
     warn(console.err, input.name, *picture, request.loading);
     for (const EffectStep& step : rest)
@@ -169,10 +171,9 @@ Sprite loadSprite(const Input& input, const SheetRequest& request, Console& cons
 }
 
 // In the order of the inputs. What does not load is said, and left out.
-std::vector<Sprite> loadSprites(const SheetRequest& request, Console& console) {
-    const std::vector<Input> inputs = findInputs(request.pictures, request.recursive);
+std::vector<Sprite> loadSprites(const SheetRequest& request, const std::vector<Input>& inputs, Console& console) {
     std::vector<Sprite> sprites(inputs.size());
-    runBatch(inputs.size(), request.jobs == 0 ? availableProcessors() : request.jobs, console, [&](Piece& piece) {
+    runBatch(inputs.size(), request.jobs, console, [&](Piece& piece) {
         const Input& input = inputs[piece.index()];
         Result result{input.name, {}};
         if (!succeeds(result, [&] { sprites[piece.index()] = loadSprite(input, request, piece.console()); }))
@@ -188,6 +189,18 @@ bool isCss(const std::string& index) {
     return extension == ".css";
 }
 
+// Picture and index belong together: one that is kept keeps the other from being made.
+std::string reasonToKeep(const SheetRequest& request, const Target& target, const std::vector<Input>& inputs) {
+    std::vector<std::string> names;
+    for (const Input& input : inputs)
+        names.push_back(input.name);
+    std::string reason = reasonToSkip(target, names, request);
+    const bool keepsIndex = reason.empty() && !request.index.empty() && request.replacing == Replacing::never;
+    if (keepsIndex && !reasonToSkip({request.index, target.format}, names, request).empty())
+        reason = request.index + " exists already";
+    return reason;
+}
+
 // The index lies beside the picture before that is saved, so that neither is there without the other.
 void makeSheet(const SheetRequest& request, const Target& target, std::vector<Sprite> sprites, Console& console,
                Result& result) {
@@ -198,6 +211,8 @@ void makeSheet(const SheetRequest& request, const Target& target, std::vector<Sp
     sheet.draw(canvas);
     result.summary = std::to_string(canvas.Width()) + " x " + std::to_string(canvas.Height()) + ", " +
                      std::to_string(sheet.count()) + (sheet.count() == 1 ? " picture" : " pictures");
+    const auto ask = [&](const std::string& question) { return confirm(console, question); };
+    if (!request.index.empty()) askToReplace(request.index, request, ask);
     std::optional<Draft> index;
     if (!request.index.empty() && !request.isDryRun) {
         index.emplace(request.index, [&](std::ostream& out) {
@@ -208,7 +223,6 @@ void makeSheet(const SheetRequest& request, const Target& target, std::vector<Sp
             }
         });
     }
-    const auto ask = [&](const std::string& question) { return confirm(console, question); };
     savePicture(canvas, target, request, ask, console, result);
     if (index) index->takePlace();
 }
@@ -217,15 +231,19 @@ void makeSheet(const SheetRequest& request, const Target& target, std::vector<Sp
 
 int sheet(const SheetRequest& request, Console& console) {
     const Target target = targetOf(request.output, request.format);
-    checkSaving(request, target.format);
+    checkSaving(request, target.name, target.format);
     if (!request.index.empty()) isCss(request.index); // refuses what is neither
-    Result result{{}, target.name};
-    std::vector<Sprite> sprites = loadSprites(request, console);
-    const auto missing = std::erase_if(sprites, [](const Sprite& sprite) { return !sprite.picture; });
-    const bool isMade = succeeds(result, [&] { makeSheet(request, target, std::move(sprites), console, result); });
+    const std::vector<Input> inputs = findInputs(request.pictures, request.recursive);
+    Result result{{}, target.name, Result::Status::skipped, reasonToKeep(request, target, inputs)};
+    bool isWhole = true;
+    if (result.reason.empty()) {
+        std::vector<Sprite> sprites = loadSprites(request, inputs, console);
+        isWhole = std::erase_if(sprites, [](const Sprite& sprite) { return !sprite.picture; }) == 0;
+        isWhole &= succeeds(result, [&] { makeSheet(request, target, std::move(sprites), console, result); });
+    }
     report(result, request.reporting, "sheet", 0, console);
     endReports(request.reporting, 1, console);
-    return missing != 0 || !isMade ? exitSomeFailed : exitOk;
+    return isWhole ? exitOk : exitSomeFailed;
 }
 
 } // namespace pixkit::cli

@@ -2,8 +2,6 @@
 #include "cli/Saving.h"
 #include "cli/Text.h"
 #include "platform/console.h"
-#include <algorithm>
-#include <array>
 #include <fstream>
 #include <istream>
 #include <ostream>
@@ -12,11 +10,11 @@
 
 namespace pixkit::cli {
 
-namespace {
-
 bool isStandard(std::string_view name) {
     return name == "-" || name == "/dev/stdin" || name == "/dev/stdout";
 }
+
+namespace {
 
 std::vector<std::uint8_t> readAll(std::istream& in, const std::string& name) {
     constexpr std::size_t atOnce = std::size_t{1} << 16, most = 0x7FFFFFFF;

@@ -11,6 +11,8 @@ namespace pixkit::cli {
 // Whether a name means the standard stream, '-', or is one of those by which shells hand over pipes: /dev/stdin,
 // /dev/stdout, /dev/fd/N. Other pipes and devices are no files to the command: it could wait for them for ever.
 bool isStream(std::string_view name);
+// Of streams, those that the command itself was given.
+bool isStandard(std::string_view name);
 
 // What a picture is read from: a file, or all that came through a pipe.
 struct PictureSource {

@@ -3,7 +3,6 @@
 #include "cli/Streams.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
-#include <algorithm>
 
 namespace pixkit::cli {
 
@@ -66,8 +65,6 @@ Destination::Destination(const std::string& name, bool mayBeFile, const std::vec
     } else {
         targetOf(name, format);
     }
-    if (std::ranges::count(inputs, true, [](const Input& input) { return isStream(input.name); }) > 1)
-        throw UsageError("what comes through a pipe can be read once");
     for (const Input& input : inputs) {
         try {
             ++m_claimants[toLower(targetFor(input).name)];
@@ -89,7 +86,9 @@ void Destination::prepare() const {
 Target Destination::targetFor(const Input& input) const {
     if (!input.problem.empty()) throw Failed(input.name, input.problem);
     if (!m_isFolder) return targetOf(m_name, m_format);
-    fs::path target = toPath(m_name) / input.folder / (isStream(input.name) ? "stdin" : toPath(input.name).stem());
+    fs::path stem = isStandard(input.name) ? "stdin" : toPath(input.name).stem();
+    if (isStream(input.name) && !isStandard(input.name)) stem = "pipe-" + stem.string(); // of /dev/fd/N
+    fs::path target = toPath(m_name) / input.folder / stem;
     target += "." + m_format;
     return {toUtf8(target), formatOfWord(m_format)};
 }

@@ -36,8 +36,9 @@ class Destination {
     void prepare() const;
     // Throws Failed when the input is not to be had.
     Target targetFor(const Input& input) const;
-    // Called when there is a result: two inputs of one name must not end up in one file, nor names that Windows' file
-    // systems take for one. Makes the folder that the file is to lie in, if it is to be written. Throws Failed.
+    // Called when there is a result: two inputs of one name must not end up in one file, nor names that differ in
+    // the case of Latin letters alone, which Windows takes for one. Makes the folder that the file is to lie in, if it
+    // is to be written. Throws Failed.
     void claim(const Target& target, const Input& input, Piece& piece, bool isWritten);
 
   private:

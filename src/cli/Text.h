@@ -1,6 +1,5 @@
 // Text in and out of the command: file names, colours, quoting.
 #pragma once
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>

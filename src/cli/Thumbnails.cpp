@@ -158,7 +158,8 @@ GalleryPicture::Thumbnail GalleryPicture::makeThumbnail(Console& console) {
         std::vector<EffectStep> steps = {makeStep("--resize", side + "x" + side + ":down")};
         settleFilters(steps);
         std::span<const EffectStep> rest = steps; // the rest is done by encodeSmall
-        if (!load(sheet, m_source, m_request.loading, rest)) throw Failed(m_source.name, problemOf(sheet));
+        PictureSize whole{};
+        if (!load(sheet, m_source, m_request.loading, rest, whole)) throw Failed(m_source.name, problemOf(sheet));
         warn(console.err, m_source.name, sheet, m_request.loading);
     } else {
         loadWhole(sheet, console);

@@ -8,12 +8,12 @@ constexpr Topic table[] = {
     {"colours", "How colours are written",
      R"(COLOUR is any of
   orange, rebeccapurple     a name of CSS
-  #ff8000, #f80             red, green and blue in sixteen steps or 256
+  #ff8000, #f80             red, green and blue in 256 steps or sixteen
   #ff8000c0, #f80c          the same and alpha, where a colour may be translucent
   rgb(255,128,0)            the same in numbers up to 255 or in percentages
   rgba(255,128,0,0.75)      and alpha, up to 1 or in per cent
   transparent               nothing at all
-Translucent colours are for --pad, and for the canvas of compose. In most shells # and brackets need quotation
+Translucent colours are for --pad, and for the canvas of compose and sheet. In most shells # and brackets need quotation
 marks, as in "#ff8000"; names never do.
 )"},
     {"sizes", "How sizes are written",

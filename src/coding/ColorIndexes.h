@@ -26,10 +26,7 @@ class ColorIndexes {
         }
         return slot.index;
     }
-    bool has(std::uint32_t color) const noexcept {
-        const Slot& slot = m_slots[slotOf(color)];
-        return slot.isUsed;
-    }
+    bool has(std::uint32_t color) const noexcept { return m_slots[slotOf(color)].isUsed; }
     // Of a colour that was added.
     std::uint8_t indexOf(std::uint32_t color) const noexcept { return m_slots[slotOf(color)].index; }
     // The colour of each index.

@@ -2,6 +2,7 @@
 #pragma once
 #include <array>
 #include <cstddef>
+#include <span>
 
 namespace pixkit {
 
@@ -24,6 +25,11 @@ inline constexpr std::array<InterlacePass, 1> wholePicture = {{{0, 0, 1, 1}}};
 // PNG standard, 8.2
 inline constexpr std::array<InterlacePass, 7> adam7 = {
     {{0, 0, 8, 8}, {0, 4, 8, 8}, {4, 0, 8, 4}, {0, 2, 4, 4}, {2, 0, 4, 2}, {0, 1, 2, 2}, {1, 0, 2, 1}}};
+
+inline std::span<const InterlacePass> pngPasses(bool isInterlaced) noexcept {
+    if (isInterlaced) return adam7;
+    return wholePicture;
+}
 
 // GIF89a, appendix E
 inline constexpr std::array<InterlacePass, 4> gifPasses = {{{0, 0, 8, 1}, {4, 0, 8, 1}, {2, 0, 4, 1}, {1, 0, 2, 1}}};

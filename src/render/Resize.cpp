@@ -6,7 +6,6 @@
 #include "shared/ScaledSize.h"
 #include "shared/checked.h"
 #include "surface/attempt.h"
-#include <algorithm>
 #include <cstdlib>
 #include <tuple>
 

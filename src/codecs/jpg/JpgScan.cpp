@@ -59,9 +59,10 @@ class BitPacker {
     }
     // Fills the last byte with ones.
     void finish() noexcept {
+        if (m_count == 0) return;
         const unsigned padding = 8 - m_count;
         add((1U << padding) - 1, padding);
-        if (padding < 8) store();
+        store();
     }
 
   private:

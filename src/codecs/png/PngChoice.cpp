@@ -27,7 +27,8 @@ std::vector<ConstPixelView> piecesOf(ConstPixelView image, std::size_t parts) {
     for (std::size_t i = 0; i < count; ++i) {
         // As many places from side to side as there are pieces, again and again on the way up.
         const std::size_t across = image.width / columns;
-        const std::size_t x = across == 1 ? 0 : i % across * (image.width - columns) / (across - 1);
+        const std::uint64_t last = image.width - columns;
+        const auto x = across == 1 ? 0 : static_cast<std::size_t>(i % across * last / (across - 1));
         const auto y = static_cast<std::size_t>(std::uint64_t{image.height - rows} * (2 * i + 1) / (2 * count));
         pieces[i] = {image.row(y) + 4 * x, columns, rows, image.stride};
     }
@@ -84,8 +85,9 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
                     rows.insert(rows.end(), more.begin(), more.end());
             }
             // What all pixels would take; a picture has fewer than 2^29.
-            const std::uint64_t bytes = compressedSize(rows, forms[form], trialLevel) * pixels / tried;
-            trials.push_back({{form, filter, 0}, bytes + chunkBytes(forms[form])});
+            const std::uint64_t bytes =
+                compressedSize(rows, forms[form], trialLevel) * pixels / tried + chunkBytes(forms[form]);
+            trials.push_back({{form, filter, static_cast<std::size_t>(bytes + bytes / 32)}, bytes});
         }
     }
     std::ranges::stable_sort(trials, {}, &Trial::bytes);
@@ -97,10 +99,7 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
     while (left < std::min(trials.size(), most) && trials[left].bytes <= close)
         ++left;
     std::vector<PngChoice> choices(left);
-    std::ranges::transform(std::span(trials).first(left), choices.begin(), [](const Trial& trial) {
-        return PngChoice{trial.choice.form, trial.choice.filter,
-                         static_cast<std::size_t>(trial.bytes + trial.bytes / 32)};
-    });
+    std::ranges::transform(std::span(trials).first(left), choices.begin(), &Trial::choice);
     return choices;
 }
 

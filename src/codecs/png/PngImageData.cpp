@@ -61,8 +61,8 @@ std::span<const std::uint8_t> cPNGparser::ImageData::moreInput() noexcept {
         const std::size_t length = reader.bigEndian32(m_chunkAt).value_or(0);
         const auto type = reader.bigEndian32(m_chunkAt + 4);
         if (!type || type == pngChunkType("IEND")) return {};
-        const auto data = reader.slice(m_chunkAt + 8, length);
-        m_chunkAt += length + 12;
+        const auto data = reader.slice(m_chunkAt + pngChunkHead, length);
+        m_chunkAt += length + pngChunkOverhead;
         if (type == pngChunkType("IDAT") && length != 0 && data) return *data;
     }
 }

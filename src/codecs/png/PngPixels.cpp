@@ -2,7 +2,6 @@
 #include "codecs/png/cPNGparser.h"
 #include "kernels/kernels.h"
 #include <algorithm>
-#include <cstring>
 
 namespace pixkit {
 

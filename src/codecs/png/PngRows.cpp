@@ -11,7 +11,7 @@ PngRowMaker::PngRowMaker(ConstPixelView image, bool hasAlpha, const PngForm& for
                          bool isInterlaced)
     : m_image(image), m_hasAlpha(hasAlpha), m_form(form), m_filter(filter), m_step(form.filterStep()),
       m_scratch(image.width * 4), m_row(rowBytes(image.width)), m_above(m_row.size()),
-      m_passes(isInterlaced ? std::span<const InterlacePass>(adam7) : std::span<const InterlacePass>(wholePicture)) {
+      m_passes(pngPasses(isInterlaced)) {
     // Indexes of a palette are no quantities, and samples that share a byte do not line up with their neighbours.
     const bool isPlain = form.colorType == PngColorType::palette || form.bitDepth < 8;
     if (filter == filterDefault) m_filter = isPlain ? filterNone : filterAdaptive;

@@ -13,7 +13,6 @@
 #include "surface/HostAccess.h"
 #include <algorithm>
 #include <charconv>
-#include <limits>
 
 namespace pixkit {
 
@@ -141,9 +140,9 @@ bool cPNGparser::walkChunks(RunningEnd base, ChunksRead chunks) {
 
         Chunk chunk{ByteReader(*typeAndData).bigEndian32(0).value_or(0), 0, *typeAndData};
         // A CRC that the end of a stream cuts short is not there: 0, which is never checked.
-        if (bCRCchecks) chunk.storedCrc = reader.bigEndian32(position + 8 + *ChunkLen).value_or(0);
+        if (bCRCchecks) chunk.storedCrc = reader.bigEndian32(position + pngChunkHead + *ChunkLen).value_or(0);
         if (chunk.type == chunkType("IEND")) return true;
-        m_notes.take(chunk.type, *typeAndData, reader.bigEndian32(position + 8 + *ChunkLen).value_or(0));
+        m_notes.take(chunk.type, *typeAndData, reader.bigEndian32(position + pngChunkHead + *ChunkLen).value_or(0));
         const bool isRead = *ChunkLen != 0 && (chunks == ChunksRead::all || chunk.type != chunkType("IDAT"));
         if (isRead && zHandleChunk(chunk) == ChunkResult::error) return false;
         if (chunk.type == chunkType("IHDR") && chunks == ChunksRead::all && !isWithinLimits()) return false;

@@ -52,10 +52,7 @@ class cPNGparser {
     enum class ChunkResult : std::uint8_t { ok, error };
 
     // The orders of rows: that of an image that is not interlaced, or the passes.
-    std::span<const InterlacePass> m_MatrixDat() const noexcept {
-        if (m_Interlacing == 0) return wholePicture;
-        return adam7;
-    }
+    std::span<const InterlacePass> m_MatrixDat() const noexcept { return pngPasses(m_Interlacing != 0); }
 
     struct DepthInfo {
         std::size_t rawBitsPP;  // bits of a source pixel

@@ -1,6 +1,7 @@
 #include "coding/deflate/BlockCoder.h"
 #include "coding/deflate/HuffmanCode.h"
 #include <algorithm>
+#include <utility>
 
 namespace pixkit::deflate {
 

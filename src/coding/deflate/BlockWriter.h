@@ -3,7 +3,6 @@
 #include "coding/deflate/BlockCoder.h"
 #include "coding/deflate/Costs.h"
 #include "coding/deflate/Symbols.h"
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -24,8 +23,7 @@ class BlockWriter {
         ++m_segmentSymbols;
     }
     void match(std::size_t length, std::size_t distance) {
-        ++m_segment.literal[endOfBlock + 1 + lengthSymbolOf[length]];
-        ++m_segment.distance[distanceSymbolOf(distance)];
+        m_segment.addCopy(length, distance);
         ++m_segmentSymbols;
         m_sequences.push_back(
             {m_literals, static_cast<std::uint16_t>(length), static_cast<std::uint16_t>(distance - 1)});

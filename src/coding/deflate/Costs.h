@@ -15,6 +15,10 @@ struct Histogram {
     std::array<std::uint32_t, distanceSymbols> distance{};
 
     void add(const Histogram& other) noexcept;
+    void addCopy(std::size_t copied, std::size_t away) noexcept {
+        ++literal[endOfBlock + 1 + lengthSymbolOf[copied]];
+        ++distance[distanceSymbolOf(away)];
+    }
     // What a block of these symbols takes, estimated, in units of a costUnit-th of a bit: of thousands of symbols the
     // errors add up. Without the extra bits, which are the same however the symbols are put into blocks.
     std::uint64_t blockCost() const noexcept;

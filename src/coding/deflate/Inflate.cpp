@@ -22,7 +22,8 @@ constexpr std::size_t outputMargin = 2 * literalsPerRound + longestMatch + copyO
 static_assert(outputMargin <= Room::least);
 // The head of a block, its codes included, has fewer bytes than this: 316 lengths of 7 bits with 7 extra bits at most.
 constexpr std::size_t longestHead = 640;
-// Joining entries costs time once per block, so that it pays only with so much data (bytes) to come.
+// Joining entries costs time once per block, so that it pays only with so much data (bytes) to come, or
+// where pieces may follow, of which nobody knows how much they hold.
 constexpr std::size_t joiningPays = 8192;
 
 // Takes the extra bits of a length or distance, which stand behind its code, and drops both.

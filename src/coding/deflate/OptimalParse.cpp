@@ -98,10 +98,7 @@ class Stretch {
     Histogram chosen() const {
         Histogram symbols;
         walk([&](std::uint8_t byte) { ++symbols.literal[byte]; },
-             [&](std::size_t length, std::size_t distance) {
-                 ++symbols.literal[endOfBlock + 1 + lengthSymbolOf[length]];
-                 ++symbols.distance[distanceSymbolOf(distance)];
-             });
+             [&](std::size_t length, std::size_t distance) { symbols.addCopy(length, distance); });
         return symbols;
     }
 

@@ -2,8 +2,6 @@
 #pragma once
 #include "coding/deflate/BlockWriter.h"
 #include "coding/deflate/MatchFinder.h"
-#include <cstdint>
-#include <span>
 
 namespace pixkit::deflate {
 

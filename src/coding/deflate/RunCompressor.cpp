@@ -4,7 +4,6 @@
 #include "coding/deflate/ZlibHead.h"
 #include "kernels/kernels.h"
 #include <algorithm>
-#include <array>
 
 namespace pixkit::deflate {
 
@@ -82,8 +81,7 @@ void RunCompressor::addBlock(std::span<const std::uint8_t> piece, bool isLast) {
         auto literals = static_cast<std::uint32_t>(before);
         if (length == 0) return m_sequences.push_back({literals, 0, 0});
         eachCopy(length, [&](std::size_t part) {
-            ++symbols.literal[endOfBlock + 1 + lengthSymbolOf[part]];
-            ++symbols.distance[distanceSymbolOf(m_distance)];
+            symbols.addCopy(part, m_distance);
             m_sequences.push_back(
                 {literals, static_cast<std::uint16_t>(part), static_cast<std::uint16_t>(m_distance - 1)});
             literals = 0;

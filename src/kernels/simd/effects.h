@@ -16,11 +16,6 @@ void invert(std::uint8_t* pixels, std::size_t count) {
 }
 
 // --- grayscale
-// The bytes that the effects leave as they are: alpha, and all of a clear pixel.
-Vec keptBytes(Vec pixels) {
-    return bitOr(equal32(bitAnd(pixels, all32(alphaByte)), zeros()), all32(alphaByte));
-}
-
 void grayscale(std::uint8_t* pixels, std::size_t count, const GrayWeights& weights) {
     GrayMaker gray;
     if (gray.prepare(weights)) {
@@ -65,6 +60,11 @@ Vec blendedWords(Vec words, Vec keep, Vec added) {
     const Vec remainder = subtract16(multiplyLow16(mixed, alpha), multiplyLow16(estimate, all16(25500)));
     const Vec oneMore = greaterSigned16(bitXor(remainder, all16(0x8000)), all16((25500 - 1) ^ 0x8000));
     return subtract16(estimate, oneMore);
+}
+
+// The bytes that stay as they are: alpha, and all of a clear pixel.
+Vec keptBytes(Vec pixels) {
+    return bitOr(equal32(bitAnd(pixels, all32(alphaByte)), zeros()), all32(alphaByte));
 }
 
 void blendToColour(std::uint8_t* pixels, std::size_t count, const std::uint8_t* blendColour, std::uint32_t opacity) {
