@@ -219,16 +219,55 @@ void addHelp(CLI::App& app, std::string& topic) {
         ->type_name("");
 }
 
-std::vector<std::string_view> commandNames(const CLI::App& app) {
+// What the commands' lines are read into.
+struct Requests {
+    InfoRequest info;
+    ConvertRequest convert;
+    ComposeRequest compose;
+    SheetRequest sheet;
+    GalleryRequest gallery;
+    EffectsRequest effects;
+    std::string topic;
+};
+
+int runConvert(ConvertRequest& request, Console& console) {
+    applyFit(request.steps, request.fit);
+    settleFilters(request.steps);
+    return convert(request, console);
+}
+
+struct Command {
+    std::string_view name;
+    void (*add)(CLI::App& app, Requests& requests);
+    int (*run)(Requests& requests, Console& console); // null for help, which the parser itself is asked for
+};
+constexpr Command commands[] = {
+    {"info", [](CLI::App& app, Requests& all) { addInfo(app, all.info); },
+     [](Requests& all, Console& console) { return info(all.info, console); }},
+    {"convert", [](CLI::App& app, Requests& all) { addConvert(app, all.convert); },
+     [](Requests& all, Console& console) { return runConvert(all.convert, console); }},
+    {"compose", [](CLI::App& app, Requests& all) { addCompose(app, all.compose); },
+     [](Requests& all, Console& console) { return compose(all.compose, console); }},
+    {"sheet", [](CLI::App& app, Requests& all) { addSheet(app, all.sheet); },
+     [](Requests& all, Console& console) { return sheet(all.sheet, console); }},
+    {"gallery", [](CLI::App& app, Requests& all) { addGallery(app, all.gallery); },
+     [](Requests& all, Console& console) { return gallery(all.gallery, console); }},
+    {"effects", [](CLI::App& app, Requests& all) { addEffects(app, all.effects); },
+     [](Requests& all, Console& console) { return showEffects(all.effects, console); }},
+    {"help", [](CLI::App& app, Requests& all) { addHelp(app, all.topic); }, nullptr},
+};
+
+std::vector<std::string_view> commandNames() {
     std::vector<std::string_view> names;
-    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; }))
-        names.push_back(command->get_name());
+    for (const Command& command : commands)
+        names.push_back(command.name);
     return names;
 }
 
-bool isCommand(const CLI::App& app, std::string_view word) {
-    const auto names = commandNames(app);
-    return std::ranges::find(names, word) != names.end();
+// Null for other words.
+const Command* commandOf(std::string_view word) {
+    const auto found = std::ranges::find(commands, word, &Command::name);
+    return found == std::end(commands) ? nullptr : &*found;
 }
 
 // "a, b and c"
@@ -248,14 +287,14 @@ int help(const CLI::App& app, const std::string& name, std::ostream& out) {
     const auto topic = std::ranges::find(topics(), name, &Topic::name);
     if (name.empty()) {
         out << app.help() << '\n';
-    } else if (isCommand(app, name)) {
+    } else if (commandOf(name) != nullptr) {
         out << app.get_subcommand(name)->help() << '\n';
     } else if (topic != topics().end()) {
         out << topic->title << "\n\n" << topic->text;
     } else if (name == "man") {
         writeManual(out, app, cPixSheet().Version());
     } else if (!writeCompletions(out, app, name)) {
-        std::vector<std::string_view> known = commandNames(app);
+        std::vector<std::string_view> known = commandNames();
         for (const Topic& each : topics())
             known.push_back(each.name);
         throw UsageError("'" + name + "' is not a topic; " + suggestionOr(name, known));
@@ -263,15 +302,15 @@ int help(const CLI::App& app, const std::string& name, std::ostream& out) {
     return exitOk;
 }
 
+// All commands but one.
+void addOthers(CLI::App& app, Requests& requests, const Command* there) {
+    for (const Command& command : commands)
+        if (&command != there) command.add(app, requests);
+}
+
 int parseAndRun(std::vector<std::string>& arguments, Console& console, std::string& command) {
     CLI::App app("Load pictures, change them, save them.", "pixkit");
-    InfoRequest infoRequest;
-    ConvertRequest convertRequest;
-    ComposeRequest composeRequest;
-    EffectsRequest effectsRequest;
-    GalleryRequest galleryRequest;
-    SheetRequest sheetRequest;
-    std::string topic;
+    Requests requests;
     app.allow_windows_style_options(false); // a path may begin with a slash everywhere
     app.get_formatter()->column_width(34);
     app.require_subcommand(1);
@@ -280,40 +319,32 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
         "'pixkit help COMMAND' says more, with examples. This version reads PNG, GIF,\nJPEG, BMP, TGA, icons and "
         "cursors, and writes the same.\n"
         "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
-    addInfo(app, infoRequest);
-    addConvert(app, convertRequest);
-    addCompose(app, composeRequest);
-    addSheet(app, sheetRequest);
-    addGallery(app, galleryRequest);
-    addEffects(app, effectsRequest);
-    addHelp(app, topic);
+    const std::string first = arguments.empty() ? "" : arguments.front();
+    const Command* const chosen = commandOf(first);
+    if (!first.empty() && !first.starts_with('-') && chosen == nullptr)
+        throw UsageError("'" + first + "' is not a command; " + suggestionOr(first, commandNames()));
+    // Of a line that says which, the options of the others are left out, unless it needs explanations: their hundreds
+    // take longer than a small picture.
+    const bool isAlone = chosen != nullptr && chosen->run != nullptr;
+    if (isAlone) {
+        chosen->add(app, requests);
+    } else if (first != "--version") {
+        addOthers(app, requests, nullptr);
+    }
     if (arguments.empty()) {
         console.err << app.help() << '\n';
         return exitUsage;
     }
-    const std::string first = arguments.front();
-    const bool startsWithCommand = isCommand(app, first);
-    if (!first.starts_with('-') && !startsWithCommand) {
-        const auto known = commandNames(app);
-        throw UsageError("'" + first + "' is not a command; " + suggestionOr(first, known));
-    }
-    if (startsWithCommand) command = first;
+    if (chosen != nullptr) command = first;
     try {
         std::ranges::reverse(arguments); // the parser takes them from the end
         app.parse(arguments);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) return app.exit(error, console.out, console.err); // a question for help
-        throw UsageError(describeMistake(startsWithCommand ? *app.get_subcommand(first) : app, error));
+        if (isAlone) addOthers(app, requests, chosen);
+        throw UsageError(describeMistake(chosen != nullptr ? *app.get_subcommand(first) : app, error));
     }
-    if (app.got_subcommand("help")) return help(app, topic, console.out);
-    if (app.got_subcommand("info")) return info(infoRequest, console);
-    applyFit(convertRequest.steps, convertRequest.fit);
-    settleFilters(convertRequest.steps);
-    if (app.got_subcommand("convert")) return convert(convertRequest, console);
-    if (app.got_subcommand("compose")) return compose(composeRequest, console);
-    if (app.got_subcommand("sheet")) return sheet(sheetRequest, console);
-    if (app.got_subcommand("gallery")) return gallery(galleryRequest, console);
-    return showEffects(effectsRequest, console);
+    return isAlone ? chosen->run(requests, console) : help(app, requests.topic, console.out);
 }
 
 } // namespace
