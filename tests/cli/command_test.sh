@@ -70,6 +70,38 @@ if [ ${#command[@]} = 1 ]; then
     command=(find "$folder/ended" -name '~*')
     "${command[@]}" | grep . && echo "FAILED: a draft was left behind" && failed=$((failed + 1))
 
+    # Interrupted at a sure moment, while it waits for a pipe, a run leaves what it has done, and the next does the rest.
+    mkfifo "$folder/wait"
+    command=(bash -c 'timeout --preserve-status -s "$1" 1 "$0" convert "$2" - "$3" --to bmp --jobs 1 --no-overwrite <>"$4"
+        echo $? $(ls -A "$3")' "$pixkit")
+    check 0 '^130 alpha.bmp$' INT $alpha "$folder/interrupted" "$folder/wait"
+    check 0 '^143 alpha.bmp$' TERM $alpha "$folder/interrupted" "$folder/wait"
+    command=(bash -c '"$0" convert "$@" <tests/data/cli/opaque.png' "$pixkit")
+    check 0 "stdin.bmp" $alpha - "$folder/interrupted" --to bmp --no-overwrite
+    # Nobody reads any longer.
+    command=(bash -c '{ sleep 0.2; "$0" "$@"; echo $? >"$1.code"; } | :; cat "$1.code"' "$pixkit" info)
+    cp "$alpha" "$folder/unheard.png"
+    check 0 '^141$' "$folder/unheard.png"
+
+    # On a full disk files stay what they were, and nothing is left of new ones. Who may not mount one goes without.
+    mkdir "$folder/disk"
+    if mount -t tmpfs -o size=64k none "$folder/disk" 2>/dev/null; then
+        echo old >"$folder/disk/old.bmp"
+        command=("$pixkit")
+        for target in old.bmp new.bmp; do
+            check 1 "$target: the disk is full" convert samples/pictures/lantern.png "$folder/disk/$target" --overwrite
+        done
+        command=(bash -c 'ls -A "$1"; cat "$1/old.bmp"; umount "$1"' ls)
+        check 0 '^old$' "$folder/disk"
+        grep -c . "$folder/said" | grep -qx 2 || { echo "FAILED: something was left on a full disk"; failed=$((failed + 1)); }
+    fi
+
+    # What cannot be read, or is no file, and names that no terminal shows.
+    command=(timeout 10 "$pixkit")
+    check 1 "/dev/zero: the file cannot be opened" info /dev/zero
+    cp "$alpha" "$folder/"$'a\nb\xff.png'
+    check 0 '/a.x0ab' convert "$folder/"$'a\nb\xff.png' "$folder/"$'a\nb\xff.bmp'
+
     # A file stays whose it is, and private; a link stays a link; a folder that takes no file may hold one that can be
     # written. Root may do everything, so somebody else tries.
     chmod 755 "$folder" && cp "$alpha" "$pixkit" "$folder" && cd "$folder" || exit 2
