@@ -255,5 +255,10 @@ HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) no
     return E_OUTOFMEMORY;
 }
 
+bool becomeVariants(SAFEARRAY*& bytes) noexcept {
+    const OwnArray plain(bytes);
+    return SUCCEEDED(variantsFromArray(plain.get(), VT_UI1, &bytes));
+}
+
 } // namespace pixkit::com
 // SPDX-License-Identifier: MIT

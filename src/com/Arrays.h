@@ -67,6 +67,9 @@ bool replaceByStrings(SAFEARRAY** target, const std::vector<std::string>& texts)
 HRESULT arrayFromVariants(SAFEARRAY* variants, VARTYPE type, LCID locale, SAFEARRAY** result) noexcept;
 HRESULT variantsFromArray(SAFEARRAY* array, VARTYPE type, SAFEARRAY** result) noexcept;
 
+// The same in place of an array of bytes. False, and the array is gone, without memory.
+bool becomeVariants(SAFEARRAY*& bytes) noexcept;
+
 std::size_t elementCount(const SAFEARRAY* array) noexcept;
 // The elements of an array of plain numbers as bytes.
 std::vector<std::uint8_t> bytesOf(const SAFEARRAY* array);

@@ -83,5 +83,18 @@ bool collectIconSizes(SAFEARRAY* sizes, std::vector<IconEntrySize>& entries) {
     return true;
 }
 
+bool collectOptions(SAFEARRAY** options, std::vector<std::int32_t>& numbers) {
+    if (options == nullptr || *options == nullptr) return true;
+    VARIANT whole = {};
+    whole.vt = VT_ARRAY | VT_VARIANT;
+    whole.parray = *options;
+    if (!isSound(whole)) return false;
+    bool isEnd = false;
+    return SUCCEEDED(forElements(*options, [&](const VARIANT& element, std::size_t) {
+        if (isNone(plainValue(element).vt)) return isEnd = true, S_OK;
+        return !isEnd && addNumbers(element, numbers, 1) ? S_OK : DISP_E_TYPEMISMATCH;
+    }));
+}
+
 } // namespace pixkit::com
 // SPDX-License-Identifier: MIT

@@ -4,6 +4,7 @@
 #include "com/Arrays.h"
 #include "com/Automation.h"
 #include "com/FontArgument.h"
+#include "com/IconArguments.h"
 #include "com/LateCall.h"
 #include "com/LiveObject.h"
 #include "com/TypeInformation.h"
@@ -166,6 +167,26 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
         });
     }
 
+    STDMETHODIMP PixelAlpha(LONG x, LONG y, LONG* result) override {
+        return give(result, [&] { return m_sheet->PixelAlpha(x, y); });
+    }
+    STDMETHODIMP AlphaMask(VARIANT_BOOL as2dArray, VARIANT_BOOL asWordAligned, VARIANT_BOOL asBottomUp, LONG x, LONG y,
+                           LONG Width, LONG Height, VARIANT_BOOL asVariants, VARIANT* result) override {
+        return hand(result, isTrue(asVariants), [&](ByteArray& bytes) {
+            return m_sheet->GetAlphaMask(bytes, isTrue(as2dArray), isTrue(asWordAligned), isTrue(asBottomUp), x, y,
+                                         Width, Height);
+        });
+    }
+    STDMETHODIMP DIBbits(VARIANT_BOOL as2dArray, VARIANT_BOOL asBGRformat, VARIANT_BOOL as32bpp,
+                         VARIANT_BOOL asWordAligned, VARIANT_BOOL asBottomUp, LONG x, LONG y, LONG Width, LONG Height,
+                         VARIANT_BOOL asPreMultiplied, VARIANT_BOOL asVariants, VARIANT* result) override {
+        return hand(result, isTrue(asVariants), [&](ByteArray& bytes) {
+            return m_sheet->GetDIBbits(bytes, isTrue(as2dArray), isTrue(asBGRformat), isTrue(as32bpp),
+                                       isTrue(asWordAligned), isTrue(asBottomUp), x, y, Width, Height,
+                                       isTrue(asPreMultiplied));
+        });
+    }
+
     // --- loading
 
     STDMETHODIMP LoadPicture_File(BSTR FileName, LONG iconCx, LONG iconCy, VARIANT_BOOL SaveFormat, LONG iconBitDepth,
@@ -278,6 +299,14 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     STDMETHODIMP SaveToStream_PNG(SAFEARRAY** outStream, VARIANT_BOOL* result) override {
         return fill(outStream, Access::replace, result,
                     [&](ByteArray& bytes) { return m_sheet->SaveToStream_PNG(bytes); });
+    }
+    STDMETHODIMP StreamOf(::eStreamFormats Format, SAFEARRAY** Options, VARIANT* result) override {
+        return hand(result, false, [&](ByteArray& bytes) {
+            std::vector<std::int32_t> numbers;
+            if (!collectOptions(Options, numbers)) return refuse("an option is neither a number nor a Boolean");
+            bytes = m_sheet->StreamOf(Format, numbers);
+            return bytes.isAllocated();
+        });
     }
     STDMETHODIMP PngPropertyGet(::ePngProperties Property, BSTR Keyword, VARIANT* result) override;
     STDMETHODIMP PngPropertySet(::ePngProperties Property, VARIANT Value, BSTR Keyword, VARIANT_BOOL* result) override {
@@ -589,6 +618,27 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
                 if (!array.isUsable() || liesInImage(*stream)) return static_cast<Filled>(refuse(noRoomInArray));
                 const auto filled = body(array.bytes());
                 return array.store() ? filled : static_cast<Filled>(refuse(noMemory));
+            },
+            member);
+    }
+    // An array of bytes by value, for the languages whose variables a member cannot store in: Empty where `body` fails.
+    // What scripts can look into are arrays of VARIANT.
+    template <class Body>
+    HRESULT hand(VARIANT* result, bool asVariants, Body&& body,
+                 const Procedure& member = __builtin_FUNCTION()) noexcept {
+        if (result == nullptr) return E_POINTER;
+        *result = VARIANT{};
+        return run(
+            [&] {
+                SAFEARRAY* filled = nullptr;
+                CallersBytes array(&filled, Access::replace);
+                if (!body(array.bytes())) return;
+                if (!array.store() || (asVariants && !becomeVariants(filled))) {
+                    refuse(noMemory);
+                    return;
+                }
+                result->vt = static_cast<VARTYPE>(VT_ARRAY | (asVariants ? VT_VARIANT : VT_UI1));
+                result->parray = filled;
             },
             member);
     }

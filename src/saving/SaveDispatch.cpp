@@ -98,6 +98,21 @@ IconFile iconFileOf(std::string_view name) {
                                     : IconFile::asFirstSource;
 }
 
+struct StreamForm {
+    eStreamFormats format;
+    std::size_t mostOptions;
+};
+constexpr StreamForm streamForms[] = {{streamBitmap, 2}, {streamIcon, 3 * std::size_t{0xFFFF}},
+                                      {streamGIF, 2},    {streamPNG, 0},
+                                      {streamTGA, 3},    {streamJPG, 1}};
+
+std::vector<IconEntrySize> iconSizes(const std::vector<std::int32_t>& numbers) {
+    std::vector<IconEntrySize> sizes;
+    for (std::size_t i = 0; i + 2 < numbers.size(); i += 3)
+        sizes.push_back({numbers[i], numbers[i + 1], numbers[i + 2]});
+    return sizes;
+}
+
 } // namespace
 
 bool cPixSheet::SaveToFile_Bitmap(const std::string& FileName, bool KeepPreMultipliedPixels,
@@ -195,6 +210,42 @@ std::int32_t cPixSheet::SaveToStream_ICO(ByteArray& outStream, std::span<const c
     const Call call(*this, "SaveToStream_ICO", "outStream, Source, Sizes", outStream, Source, Sizes);
     return saveIcon(call, this, Source, Sizes, IconFile::asFirstSource,
                     [&](const auto& file) { return deliverToStream(outStream, file()); });
+}
+
+// Numbers stand for all kinds of options, true for any but 0, so that callers of every kind can list them.
+ByteArray cPixSheet::StreamOf(std::int32_t Format, const std::vector<std::int32_t>& Options) const noexcept {
+    ByteArray stream;
+    const auto option = [&](std::size_t place, std::int32_t otherwise) {
+        return place < Options.size() ? Options[place] : otherwise;
+    };
+    attempt(Call(*this, "StreamOf", "Format, count of Options", Format, Options.size()), [&] {
+        const auto* const form = std::ranges::find(streamForms, Format, &StreamForm::format);
+        if (form == std::end(streamForms)) return refused("no format that StreamOf makes");
+        if (Options.size() > form->mostOptions) return refused("more options than the format has");
+        switch (form->format) {
+        case streamBitmap:
+            SaveToStream_Bitmap(stream, option(0, 0) != 0, option(1, 0));
+            break;
+        case streamIcon:
+            if (Options.size() % 3 != 0) return refused("sizes of an icon are width, height and bit depth each");
+            SaveToStream_ICO(stream, {}, iconSizes(Options));
+            break;
+        case streamGIF:
+            SaveToStream_GIF(stream, option(0, 1) != 0, static_cast<std::uint8_t>(std::clamp(option(1, 128), 0, 255)));
+            break;
+        case streamPNG:
+            SaveToStream_PNG(stream);
+            break;
+        case streamTGA:
+            SaveToStream_TGA(stream, option(0, 0) != 0, option(1, 0) != 0, option(2, 0) != 0);
+            break;
+        case streamJPG:
+            SaveToStream_JPG(stream, option(0, 70));
+            break;
+        }
+        return state().m_outcome;
+    });
+    return stream;
 }
 
 } // namespace pixkit

@@ -91,6 +91,16 @@ enum ePictureStyles : std::int32_t {
     pictIcon = 3,          // only CreateStdPicture: an icon, which is drawn with its alpha
 };
 
+// The files that StreamOf makes; numbered as in eImageFormat, which has none for JPEG. Options, in order:
+enum eStreamFormats : std::int32_t {
+    streamBitmap = 1, // KeepPreMultipliedPixels, TransparentFillColor
+    streamIcon = 3,   // width, height and bit depth of each entry; none: the image's own size at 32 bits
+    streamGIF = 9,    // UseAdaptivePalette, OpaquenessTolerance
+    streamPNG = 10,   // none
+    streamTGA = 128,  // Compress, ReduceBitDepth, AllowPreMultipliedPixels
+    streamJPG = 129,  // Quality
+};
+
 // What of an image CreateRegion makes a region of.
 enum eRegionStyles : std::int32_t {
     regionBounds = 0,   // one rectangle around all of its shape

@@ -147,6 +147,18 @@ bool cPixSheet::GetAlphaMask(ByteArray& outStream, bool as2dArray, bool asWordAl
     });
 }
 
+std::int32_t cPixSheet::PixelAlpha(std::int32_t x, std::int32_t y) const noexcept {
+    std::int32_t alpha = 0;
+    return GetPixel(x, y, &alpha) == -1 ? -1 : alpha;
+}
+
+ByteArray cPixSheet::AlphaMask(bool as2dArray, bool asWordAligned, bool asBottomUp, std::int32_t x, std::int32_t y,
+                               std::int32_t Width, std::int32_t Height) const noexcept {
+    ByteArray mask;
+    GetAlphaMask(mask, as2dArray, asWordAligned, asBottomUp, x, y, Width, Height);
+    return mask;
+}
+
 bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRformat, bool as32bpp, bool asWordAligned,
                            bool asBottomUp, std::int32_t x, std::int32_t y, std::int32_t Width, std::int32_t Height,
                            bool asPreMultiplied) const noexcept {
@@ -173,6 +185,14 @@ bool cPixSheet::GetDIBbits(ByteArray& outStream, bool as2dArray, bool asBGRforma
         }
         return done();
     });
+}
+
+ByteArray cPixSheet::DIBbits(bool as2dArray, bool asBGRformat, bool as32bpp, bool asWordAligned, bool asBottomUp,
+                             std::int32_t x, std::int32_t y, std::int32_t Width, std::int32_t Height,
+                             bool asPreMultiplied) const noexcept {
+    ByteArray bits;
+    GetDIBbits(bits, as2dArray, asBGRformat, as32bpp, asWordAligned, asBottomUp, x, y, Width, Height, asPreMultiplied);
+    return bits;
 }
 
 bool cPixSheet::SetDIBbits(const ByteArray& inStream, bool isBGRformat, bool is32bpp, bool isWordAligned,

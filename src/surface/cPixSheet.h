@@ -182,6 +182,14 @@ class cPixSheet {
     bool GetDIBbits(ByteArray& outStream, bool as2dArray = true, bool asBGRformat = true, bool as32bpp = true,
                     bool asWordAligned = true, bool asBottomUp = true, std::int32_t x = 0, std::int32_t y = 0,
                     std::int32_t Width = 0, std::int32_t Height = 0, bool asPreMultiplied = true) const noexcept;
+    // By value what those three give by reference, with their arguments: a pixel's alpha, -1 outside the image; arrays,
+    // not allocated on failure.
+    std::int32_t PixelAlpha(std::int32_t x, std::int32_t y) const noexcept;
+    ByteArray AlphaMask(bool as2dArray = true, bool asWordAligned = true, bool asBottomUp = true, std::int32_t x = 0,
+                        std::int32_t y = 0, std::int32_t Width = 0, std::int32_t Height = 0) const noexcept;
+    ByteArray DIBbits(bool as2dArray = true, bool asBGRformat = true, bool as32bpp = true, bool asWordAligned = true,
+                      bool asBottomUp = true, std::int32_t x = 0, std::int32_t y = 0, std::int32_t Width = 0,
+                      std::int32_t Height = 0, bool asPreMultiplied = true) const noexcept;
     // Writes a rectangle in the layouts of GetDIBbits (3-byte pixels become opaque); then the whole image is classified
     // and brought into canonical form, and Alpha set. A two-dimensional array's rows are as long as its first
     // dimension, whatever isWordAligned says. False, and nothing changed, without an image or data, for negative
@@ -325,6 +333,12 @@ class cPixSheet {
     // The bytes of that file, in one dimension from 0. On failure outStream keeps what it held.
     std::int32_t SaveToStream_ICO(ByteArray& outStream, std::span<const cPixSheet* const> Source = {},
                                   std::span<const IconEntrySize> Sizes = {}) const noexcept;
+    // The bytes of the file that SaveToStream_... makes in a format of eStreamFormats, in one dimension from 0. Options
+    // are that member's behind outStream, in its order, true being any number but 0; those left out at the end have its
+    // defaults. Those of an icon, whose only source this image is, are width, height and bit depth of each entry. Not
+    // allocated where that member fails, for another Format, for more options than there are, and for a size of an
+    // icon that is not whole.
+    ByteArray StreamOf(std::int32_t Format, const std::vector<std::int32_t>& Options = {}) const noexcept;
 
     // Replaces what is on the clipboard by this image (saving/CopyToClipBoard.cpp): as PNG, as SaveToFile_PNG writes
     // it, as CF_DIBV5 with straight alpha, as CF_DIB flattened onto white, and in a format of this component's own, by

@@ -13,6 +13,11 @@ namespace pixkit::test {
 
 namespace {
 
+Value valueOf(const ByteArray& bytes) {
+    if (!bytes.isAllocated()) return {};
+    return Array{{bytes.data(), bytes.data() + bytes.size()}, bytes.lowerBound(), bytes.bound(2).count};
+}
+
 // An argument as whatever the parameter asks for, and what the member stored in it.
 class In {
   public:
@@ -22,7 +27,7 @@ class In {
     ~In() {
         if (!m_argument.isVariable) return;
         if (m_isNumber) m_argument.value = std::int64_t{m_number};
-        if (m_isArray) m_argument.value = stored();
+        if (m_isArray) m_argument.value = valueOf(m_array);
         if (!m_names.empty()) m_argument.value = std::vector<Value>(m_names.begin(), m_names.end());
         Array sizes{{}, 0, static_cast<std::uint32_t>(m_iconSizes.size()), true};
         for (const auto& [width, height, depth, isPng] : m_iconSizes)
@@ -63,6 +68,11 @@ class In {
     }
     operator std::vector<IconSourceSize>&() { return m_iconSizes; }
     operator std::vector<std::string>&() { return m_names; }
+    operator const std::vector<std::int32_t>&() {
+        for (const Value& one : list())
+            m_numbers.push_back(std::holds_alternative<bool>(one) ? std::get<bool>(one) : numberOf(one));
+        return m_numbers;
+    }
     operator std::span<const DroppedFile>() {
         for (const Value& file : list())
             if (const auto* name = std::get_if<std::string>(&file)) m_files.push_back({*name});
@@ -101,10 +111,6 @@ class In {
         const auto* const found = std::get_if<std::vector<Value>>(&value());
         return found != nullptr ? *found : std::vector<Value>{value()};
     }
-    Value stored() const {
-        if (!m_array.isAllocated()) return {};
-        return Array{{m_array.data(), m_array.data() + m_array.size()}, m_array.lowerBound(), m_array.bound(2).count};
-    }
 
     Argument& m_argument;
     bool m_isNumber = false, m_isArray = false;
@@ -113,6 +119,7 @@ class In {
     ByteArray m_array;
     std::vector<IconSourceSize> m_iconSizes;
     std::vector<std::string> m_names;
+    std::vector<std::int32_t> m_numbers;
     std::vector<DroppedFile> m_files;
     std::vector<const cPixSheet*> m_sheets;
     std::vector<IconEntrySize> m_entrySizes;
@@ -182,7 +189,7 @@ Member member(Call call) {
     X(Alpha) X(BitsPointer) X(Handle) X(Width) X(Height) X(scanWidth) X(ImageType) X(HighQualityInterpolation) \
     X(ManageOwnDC) X(isAlphaBlendFriendly) X(isGDIplusEnabled) X(isZlibEnabled) X(gdiToken) X(KeepGDIplusActive) \
     X(Version) X(LastErrorText) X(Unattended) X(InitializeDIB) X(DestroyDIB) X(EraseDIB) X(LoadDIBinDC) X(SwapDIBs) \
-    X(GetPixel) X(SetPixel) X(GetAlphaMask) X(GetDIBbits) X(SetDIBbits) \
+    X(GetPixel) X(SetPixel) X(GetAlphaMask) X(GetDIBbits) X(SetDIBbits) X(PixelAlpha) X(AlphaMask) X(DIBbits) X(StreamOf) \
     X(LoadPicture_File) X(LoadPicture_Stream) X(LoadPicture_ByHandle) X(LoadPicture_FromOrignalFormat) \
     X(GetOrginalFormat) X(SourceIconSizes) X(LoadPicture_ClipBoard) X(LoadPicture_DropedFiles) X(GetDroppedFileNames) \
     X(SaveToFile_Bitmap) X(SaveToStream_Bitmap) X(SaveToFile_TGA) X(SaveToStream_TGA) X(SaveToFile_JPG) \
