@@ -5,9 +5,11 @@
     reference.py [FOLDER]           writes the pages (build/reference): open index.html
     reference.py --check [FOLDER]   looks whether every member, argument and enumerator has a text, the examples and samples
                                     call what there is, and the links of the pages lead somewhere
+    reference.py --callers FILE     looks whether the check of callers finds what a file says (tests/data/callers)
     reference.py --cxx [FOLDER]     writes the C++ reference (build/reference/cxx), with Doxygen
     reference.py --vbscript FILE    writes a script that runs the examples
     reference.py --cpp FILE         writes a C++ program that runs the examples
+    reference.py --wrapper FILE     writes the header of the component for C++ programs
 
 What a member does in detail is the comment at its declaration in src/surface/cPixSheet.h; a helpstring in
 src/com/pixkit.idl says it in a line; docs/reference/ has what is left: arguments, failures, examples.
@@ -17,7 +19,7 @@ import re
 import sys
 import tempfile
 
-from reference_pages import cxx, examples, pages
+from reference_pages import callers, cxx, examples, pages, wrapper
 from reference_pages.interface import Interface
 from reference_pages.texts import argument_texts, read_header, read_subject
 
@@ -66,22 +68,46 @@ def missing_texts(reference):
     yield from (f"arguments.md: no member needs {name}" for name in reference.common.keys() - used)
 
 
-def wrong_examples(reference):
+def wrong_callers(reference):
+    """Examples, here and in README.md, and the samples in languages that callers.py knows."""
+    def check(where, language, code):
+        yield from (f"{where}: {complaint}" for complaint in
+                    callers.check(code, callers.LANGUAGES[language], reference.interface))
+
     for page in reference.pages.values():
         for example in page.examples:
             if example.language != "cpp":  # the compiler looks at those
-                yield from (f"{page.name}, {example.language}: {complaint}"
-                            for complaint in examples.check_code(examples.whole(example), reference.interface))
+                yield from check(f"{page.name}, {example.language}", example.language, examples.whole(example))
     for page in reference.languages.pages:
-        # A call of the component's from C++ has one argument more: where the result goes.
-        yield from (f"{page.name}: {complaint}" for example in page.examples if "component" not in page.name
-                    for complaint in examples.check_code(example.code, reference.interface))
-    for example in re.findall(r"^```vb\n(.*?)^```$", (ROOT / "README.md").read_text(encoding="utf-8"), re.MULTILINE | re.DOTALL):
-        yield from (f"README.md: {complaint}" for complaint in examples.check_code(example, reference.interface))
+        for example in page.examples:
+            # A call of the component's from C++ has one argument more: where the result goes.
+            if example.language in callers.LANGUAGES and "component" not in page.name:
+                yield from check(page.name, example.language, example.code)
+    for code in re.findall(r"^```vb\n(.*?)^```$", (ROOT / "README.md").read_text(encoding="utf-8"), re.MULTILINE | re.DOTALL):
+        yield from check("README.md", "vb", code)
+    checked = set()
     for path in sorted((ROOT / "samples").rglob("*")):
-        if path.suffix in (".vbs", ".bas", ".frm"):
-            yield from (f"{path.relative_to(ROOT)}: {complaint}" for complaint in
-                        examples.check_code(path.read_text(encoding="utf-8"), reference.interface))
+        if (language := callers.language_of(path)) and "node_modules" not in path.parts:
+            checked.add(language.name)
+            yield from check(path.relative_to(ROOT), language.name, path.read_text(encoding="utf-8"))
+    yield from (f"samples: none in {name}" for name in callers.LANGUAGES.keys() - checked - {"cpp"})
+
+
+def check_the_check(reference, path):
+    """Lines "language code ~ complaint" get exactly that complaint, or none."""
+    wrong = count = 0
+    for line in path.read_text(encoding="utf-8").splitlines():
+        if not line or line.startswith("#"):
+            continue
+        code, _, expected = line.rpartition(" ~")
+        name, code = code.split(maxsplit=1)
+        found = list(callers.check(code + "\n", callers.LANGUAGES[name], reference.interface))
+        count += 1
+        if found != [expected.strip()] * bool(expected.strip()):
+            wrong += 1
+            print(f"{name}: {code}: expected {expected.strip() or 'no complaint'}, found {'; '.join(found) or 'none'}")
+    print(f"reference: {count} callers, {wrong} judged wrongly")
+    return 1 if wrong or not count else 0
 
 
 def dead_links(folder):
@@ -95,7 +121,7 @@ def dead_links(folder):
 
 
 def check(reference, folder):
-    complaints = [*missing_texts(reference), *wrong_examples(reference)]
+    complaints = [*missing_texts(reference), *wrong_callers(reference)]
     if not complaints:
         pages.write(reference, folder)
         complaints = list(dead_links(folder))
@@ -107,6 +133,9 @@ def check(reference, folder):
 
 
 def main(arguments):
+    if arguments[:1] == ["--wrapper"]:  # of the interface alone, so that no text can keep it from being built
+        pathlib.Path(arguments[1]).write_text(wrapper.header(Interface(ROOT / "src" / "com" / "pixkit.idl")), encoding="utf-8")
+        return 0
     reference = Reference()
     match arguments:
         case ["--check"]:
@@ -114,6 +143,8 @@ def main(arguments):
                 return check(reference, pathlib.Path(folder))
         case ["--check", folder]:
             return check(reference, pathlib.Path(folder))
+        case ["--callers", file]:
+            return check_the_check(reference, pathlib.Path(file))
         case ["--cxx", *folder]:
             return cxx.write(ROOT, pathlib.Path(*folder[:1] or [ROOT / "build" / "reference" / "cxx"]))
         case ["--vbscript", file]:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The examples: their checks against the interface, the VBScript that follows from Basic, and what the tests run."""
+"""The examples: the VBScript that follows from Basic, and what the tests run."""
 import re
 
 # What the examples begin with where they do not make the object themselves.
@@ -40,64 +40,6 @@ def to_vbscript(code, numbers):
     used = sorted({name for line in lines for name in re.findall(r"\w+", without_strings(line)) if name in numbers})
     constants = [f"Const {', '.join(f'{name} = {numbers[name]}' for name in used)}"] if used else []
     return "\n".join(constants + lines)
-
-
-def arguments_of(line, start):
-    """How many arguments a call of Basic has whose name ends at `start`, and those that are named."""
-    rest = line[start:]
-    in_brackets = rest.startswith("(")
-    if not in_brackets:  # a statement; behind Else there may be more
-        rest = "(" + re.split(r"\bElse\b", rest)[0]
-    depth, count, text = 0, 1, ""
-    for character in rest[1:]:
-        depth += (character in "([") - (character in ")]")
-        if depth < 0:
-            break
-        count += character == "," and depth == 0
-        text += character
-    return (count if text.strip() else 0), re.findall(r"(\w+):=", text)
-
-
-def check_calls(line, receivers, interface):
-    """Complaints about the members that a line calls: those there are not, too many or too few arguments."""
-    for match in re.finditer(r"\b(\w+)\.(\w+)", line):
-        if match[1] not in receivers:
-            continue
-        member = interface.members.get(match[2])
-        if member is None:
-            yield f"{match[2]} is no member"
-            continue
-        before, behind = line[:match.start()], line[match.end():]
-        is_statement = not before.strip() or re.search(r"\b(Then|Else)\s*$", before)
-        if member.kind != "method" or not (behind.startswith("(") or is_statement):
-            continue
-        count, named = arguments_of(line, match.end())
-        needed = sum(not argument.optional for argument in member.arguments)
-        if count > len(member.arguments) and not any(argument.any_number for argument in member.arguments):
-            yield f"{member.name} takes {len(member.arguments)} arguments, not {count}"
-        if count < needed:
-            yield f"{member.name} needs {needed} arguments, not {count}"
-        for name in named:
-            if name not in {argument.name for argument in member.arguments}:
-                yield f"{member.name} has no argument {name}"
-
-
-PLAIN_TYPES = {"Long", "LongPtr", "Byte", "Boolean", "Single", "Double", "String", "Variant", "Object", "Integer", "DataObject"}
-ENUMERATOR = re.compile(
-    r"(?<![.\w])(?:(?:gscl|img|Alpha|png|filter|txt|pict|region|resample|trim|scale|Scale(?=To|Stretch))[A-Z]\w*|[A-Z]+_COLOR\w*)\b(?!:=)")
-
-
-def check_code(code, interface):
-    """Complaints about an example in Basic, VBScript or C#."""
-    receivers = {"sheet", *re.findall(r"\b(\w+) As (?:New )?(?:pixkit\.)?cPixSheet", code),
-                 *re.findall(r'Set (\w+) = CreateObject\("pixkit', code)}
-    defined = interface.numbers.keys() | set(re.findall(r"\b(\w+) = -?\d+(?=,|$)", code, re.MULTILINE))
-    for line in map(without_strings, code.splitlines()):
-        for kind in re.findall(r"\bAs (?:New )?([\w.]+)", line):
-            if kind not in interface.enumerations and kind not in CLASSES and kind not in PLAIN_TYPES:
-                yield f"{kind} is no type"
-        yield from (f"{name} is no enumerator" for name in ENUMERATOR.findall(line) if name not in defined)
-        yield from check_calls(line, receivers, interface)
 
 
 def vbscript_program(pages, numbers):

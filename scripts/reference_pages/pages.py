@@ -8,7 +8,8 @@ import re
 from reference_pages import examples
 
 HERE = pathlib.Path(__file__).parent
-LANGUAGES = {"vb": "Basic", "vbs": "VBScript", "cpp": "C++", "cs": "C#", "js": "JScript", "ps": "PowerShell", "py": "Python"}
+LANGUAGES = {"vb": "Basic", "vbs": "VBScript", "cpp": "C++", "cs": "C#", "js": "JScript", "ps": "PowerShell", "py": "Python",
+             "ahk": "AutoHotkey", "pas": "Pascal", "c": "C"}
 KEYWORDS = {
     "vb": r"\b(?:Dim|As|New|If|Then|Else|Not|Set|ByVal|True|False|Nothing|And|Or)\b",
     "cpp": r"\b(?:if|const|auto|int|return|true|false|nullptr)\b",
@@ -17,6 +18,9 @@ KEYWORDS = {
     "py": r"\b(?:from|import|print)\b",
     "cs": r"\b(?:if|ref|object|int|byte|string|dynamic|new|null|true|false)\b",
 }
+KEYWORDS["c"] = KEYWORDS["cpp"]
+KEYWORDS["ahk"] = r"\b(?:if|return)\b"
+KEYWORDS["pas"] = r"\b(?:begin|end|if|then|nil|True|False)\b"
 KEYWORDS["vbs"] = KEYWORDS["vb"].replace("Dim", "Dim|Const")
 # Words of the C++ header that callers of the component have under other names.
 WORDS = {"true": "True", "false": "False", "null": "Nothing", "Null": "Nothing"}
@@ -34,7 +38,7 @@ def write(reference, folder):
 
 def coloured(code, language):
     """Code with comments, strings and keywords marked."""
-    comment = {"vb": r"'[^\n]*", "vbs": r"'[^\n]*", "py": r"#[^\n]*", "ps": r"#[^\n]*"}.get(language, r"//[^\n]*")
+    comment = {"vb": r"'[^\n]*", "vbs": r"'[^\n]*", "py": r"#[^\n]*", "ps": r"#[^\n]*", "ahk": r";[^\n]*"}.get(language, r"//[^\n]*")
     tokens = re.compile(rf'(?P<s>"[^"\n]*")|(?P<c>{comment})|(?P<k>{KEYWORDS[language]})')
     parts, end = [], 0
     for match in tokens.finditer(code):
