@@ -35,6 +35,7 @@ client() {
 }
 script() { client "$1" cscript //nologo "${@:2}"; }
 is_bitmap() { [ "$(head -c 2 "$1")" = BM ] && [ "$(stat -c %s "$1")" -gt 1000 ]; }
+is_card() { [ "$(identify -format '%m %wx%h' "$1")" = "JPEG 240x240" ]; }
 
 # Only pixels of the lower right corner have changed, and some have.
 watermarked() {
@@ -63,6 +64,9 @@ nothing_left() {
 check "regsvr32" windows regsvr32 /s "$dll"
 check "C++ client" client 'early bound ok, late bound ok' \
     "$build/samples/cpp-client/cpp-client.exe" $pictures/landscape.png "$folder/client.bmp"
+check "C client" client '^saved, registered' "$build/samples/c-client/c-client.exe" $pictures/lantern.png "$folder/c.png"
+check "C++ wrapper" client '^saved' "$build/samples/cpp-wrapper/card.exe" $pictures/lantern.png "$folder/card.jpg"
+check "what it saved" is_card "$folder/card.jpg"
 check "effects.vbs" script '^saved .* from the copy' samples/vbscript/effects.vbs $pictures/landscape.png "$folder/vbs.bmp"
 check "what effects.vbs saved" is_bitmap "$folder/vbs.bmp"
 check "drawing.vbs" script '^saved ' samples/vbscript/drawing.vbs $pictures/lantern.png "$folder/drawing.bmp"
@@ -81,8 +85,12 @@ check "dropped.vbs" script '^2 dropped, all as expected' samples/vbscript/droppe
 check "what dropped.vbs saved" [ -s "$folder/lantern.png.dropped.png" ]
 check "dropped.js" script 'all as expected' samples/jscript/dropped.js "$folder/lantern.png"
 check "effects.js" script '^saved ' samples/jscript/effects.js $pictures/landscape.png "$folder/js.bmp"
+check "bytes.js" script '^all bytes as expected' samples/jscript/bytes.js $pictures/lantern.png
 check "examples of the reference" reference_examples
 check "regsvr32 /u" windows regsvr32 /s /u "$dll"
 check "nothing left in the registry" nothing_left
+check "C client, unregistered" client '^saved, without registration' "$build/samples/c-client/c-client.exe" \
+    $pictures/lantern.png "$folder/c-unregistered.png" "$(dirname "$dll")/pixkit.manifest"
+check "what it saved" cmp "$folder/c.png" "$folder/c-unregistered.png"
 echo "$passed passed, $failed failed"
 [ "$failed" = 0 ]
