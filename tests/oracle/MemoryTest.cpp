@@ -1,4 +1,4 @@
-// What a load takes beside pixels and input. Linux tells.
+// What loads and resampling take beside pixels and input. Linux tells.
 #include "support/Pictures.h"
 #include <malloc.h>
 
@@ -34,7 +34,7 @@ ByteArray bigPicture(AlphaTypeEnum alpha, bool isInterlaced) {
     return file;
 }
 
-class PngMemory : public testing::Test {
+class Memory : public testing::Test {
   protected:
     void SetUp() override {
         // Sanitizers keep books and freed blocks beside the program's own memory.
@@ -49,11 +49,21 @@ class PngMemory : public testing::Test {
         mallopt(M_MMAP_THRESHOLD, 1 << 17);
         malloc_trim(0);
     }
+
+    // The peak during the call, above what was held before.
+    template <class Call>
+    static std::int64_t takenBy(Call&& call) {
+        malloc_trim(0);
+        std::ofstream("/proc/self/clear_refs") << 5; // forgets the peak
+        const std::int64_t before = processStatus("VmRSS:");
+        EXPECT_TRUE(call());
+        return processStatus("VmHWM:") - before;
+    }
 };
 
 } // namespace
 
-TEST_F(PngMemory, ALoadTakesMuchMoreThanItsWindow) {
+TEST_F(Memory, ALoadTakesMuchMoreThanItsWindow) {
     const TemporaryFolder folder;
     for (const AlphaTypeEnum alpha : {AlphaNone, AlphaComplex}) {
         for (const bool isInterlaced : {false, true}) {
@@ -62,14 +72,27 @@ TEST_F(PngMemory, ALoadTakesMuchMoreThanItsWindow) {
             const std::string name = folder.name(u8"a.png");
             for (const bool fromFile : {false, true}) {
                 cPixSheet sheet;
-                malloc_trim(0);
-                std::ofstream("/proc/self/clear_refs") << 5; // forgets the peak
-                const std::int64_t before = processStatus("VmRSS:");
-                ASSERT_TRUE(fromFile ? sheet.LoadPicture_File(name) : sheet.LoadPicture_Stream(array));
-                const std::int64_t taken = processStatus("VmHWM:") - before;
+                const std::int64_t taken =
+                    takenBy([&] { return fromFile ? sheet.LoadPicture_File(name) : sheet.LoadPicture_Stream(array); });
                 const std::int64_t pixels = std::int64_t{sheet.scanWidth()} * sheet.Height();
                 const auto file = static_cast<std::int64_t>(array.size());
                 EXPECT_LE(taken - pixels - (fromFile ? file : 0), megabyte) << alpha << isInterlaced << fromFile;
+            }
+        }
+    }
+}
+
+TEST_F(Memory, ResamplingTakesMuchMoreThanItsResult) {
+    const std::int32_t sizes[][2] = {{1154, 866}, {256, 192}, {20, 15}, {3264, 100}, {3600, 2700}};
+    for (const AlphaTypeEnum alpha : {AlphaNone, AlphaComplex}) {
+        for (const eResampleFilters filter : {resampleArea, resampleTriangle, resampleMitchell, resampleLanczos3}) {
+            for (const auto& [width, height] : sizes) {
+                cPixSheet sheet;
+                draw(sheet, 3264, 2448, alpha, [](unsigned x, unsigned y) {
+                    return Pixel{static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(y), 9, 255};
+                });
+                const std::int64_t taken = takenBy([&] { return sheet.Resample(width, height, filter); });
+                EXPECT_LE(taken - std::int64_t{4} * width * height, megabyte) << alpha << ' ' << filter << ' ' << width;
             }
         }
     }
