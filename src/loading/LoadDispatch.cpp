@@ -181,6 +181,18 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
     });
 }
 
+bool cPixSheet::LoadPicture_Stream(std::span<const std::uint8_t> inStream, std::int32_t iconCx, std::int32_t iconCy,
+                                   std::int32_t streamStart, std::int32_t streamLength, bool SaveFormat,
+                                   std::int32_t iconBitDepth) noexcept {
+    if (!std::in_range<std::uint32_t>(inStream.size()))
+        return loadMember(Call(*this, "LoadPicture_Stream"), *this,
+                          [] { return refused("more bytes than an array can have"); });
+    // Nothing is written there: arrays do not tell bytes that may be written from others.
+    auto* const bytes = const_cast<std::uint8_t*>(inStream.data());
+    return LoadPicture_Stream(ByteArray::borrow(bytes, {0, static_cast<std::uint32_t>(inStream.size())}), iconCx,
+                              iconCy, streamStart, streamLength, SaveFormat, iconBitDepth);
+}
+
 bool cPixSheet::LoadPicture_FromOrignalFormat(std::int32_t iconCx, std::int32_t iconCy,
                                               std::int32_t iconBitDepth) noexcept {
     if (!state().m_ImageByteCache.isAllocated()) { // nothing to load, so nothing that would take the image's place

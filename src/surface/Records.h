@@ -32,6 +32,9 @@ struct TrimRectangle {
     std::int32_t x = 0, y = 0, Width = 0, Height = 0;
 };
 
+// How pixels lie in rows of bytes: four each, in this order.
+enum class RowFormat : std::uint8_t { straightRGBA, straightBGRA, premultipliedRGBA, premultipliedBGRA };
+
 // The value of a PNG property: nothing, a number, a date (days since 30 December 1899, of UTC) or a text in UTF-8.
 using PngValue = std::variant<std::monostate, std::int32_t, double, std::string>;
 

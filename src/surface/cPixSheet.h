@@ -198,6 +198,26 @@ class cPixSheet {
                     bool isBottomUp = true, std::int32_t dstX = 0, std::int32_t dstY = 0, std::int32_t dstWidth = 0,
                     std::int32_t dstHeight = 0) noexcept;
 
+    // --- rows from top to bottom (surface/Rows.cpp), for C++ programs
+
+    // The whole image as rows from top to bottom, Width * 4 bytes each without gaps, pixels as RowFormat says. Straight
+    // colours are the quotients colour * 255 / alpha rounded up: SetRows, which truncates, and every reader of files
+    // turn these, as those in PNG files, back into the stored ones, while GetPixel's may lose 1. Clear pixels are 0, 0,
+    // 0, 0. Where Alpha is AlphaNone every alpha is 255. Empty without an image, and without memory.
+    std::vector<std::uint8_t> GetRows(RowFormat Format = RowFormat::straightRGBA) const noexcept;
+    // The same into a caller's bytes: the top left pixel comes first, rows begin Stride bytes apart (0: Width * 4), and
+    // bytes between them stay as they are. False, and nothing written, without an image, for a Stride below Width * 4,
+    // and where there are too few bytes; the last row needs no gap behind it.
+    bool GetRows(std::span<std::uint8_t> rows, RowFormat Format = RowFormat::straightRGBA,
+                 std::size_t Stride = 0) const noexcept;
+    // Makes an image of such rows. As a load it first empties the instance; ImageType becomes imgNone, Alpha what the
+    // alpha bytes come to, clear throughout being AlphaSimple. Straight colours become colour * alpha / 255, truncated;
+    // premultiplied ones above their alpha are held at it. `rows` may lie in the pixels of the instance itself. False,
+    // and the instance empty, for a width or height below 1, a Stride below Width * 4, too few bytes, and where
+    // InitializeDIB is.
+    bool SetRows(std::span<const std::uint8_t> rows, std::int32_t Width, std::int32_t Height,
+                 RowFormat Format = RowFormat::straightRGBA, std::size_t Stride = 0) noexcept;
+
     // --- loading (loading/LoadDispatch.cpp); every load, refused ones included, first empties the instance, but for
     // LoadPicture_FromOrignalFormat where there is nothing to load
 
@@ -208,6 +228,10 @@ class cPixSheet {
     // Loads from a one-dimensional array, at least 20 bytes of it: `streamLength` bytes (0 = to the end) from index
     // `streamStart` (below the lower bound = from there). SaveFormat keeps the whole array.
     bool LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
+                            std::int32_t streamStart = 0, std::int32_t streamLength = 0, bool SaveFormat = false,
+                            std::int32_t iconBitDepth = 32) noexcept;
+    // The same from bytes of the program's, which stay as they are: sheet.LoadPicture_Stream(bytes).
+    bool LoadPicture_Stream(std::span<const std::uint8_t> inStream, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
                             std::int32_t streamStart = 0, std::int32_t streamLength = 0, bool SaveFormat = false,
                             std::int32_t iconBitDepth = 32) noexcept;
     // Loads a system picture (platform/pictures.h): the pixels of a bitmap or icon, or what a metafile draws at its
