@@ -1,10 +1,12 @@
-// Lifecycle: creation, destruction, selection into a device context, exchange.
+// Lifecycle: creation, moving, destruction, selection into a device context, exchange.
 #include "surface/cPixSheet.h"
 #include "platform/system.h"
 #include "surface/Capabilities.h"
 #include "surface/HostAccess.h"
 #include <cstring>
 #include <memory>
+#include <type_traits>
+#include <utility>
 
 namespace pixkit {
 
@@ -19,6 +21,21 @@ cPixSheet::cPixSheet() noexcept {
 cPixSheet::~cPixSheet() {
     state().pvDestroyDIB();
     std::destroy_at(&state());
+}
+
+cPixSheet::cPixSheet(cPixSheet&& other) noexcept : cPixSheet() {
+    swap(*this, other);
+}
+
+cPixSheet& cPixSheet::operator=(cPixSheet&& other) noexcept {
+    cPixSheet moved(std::move(other)); // which may be this one
+    swap(*this, moved);
+    return *this;
+}
+
+void swap(cPixSheet& first, cPixSheet& second) noexcept {
+    static_assert(std::is_nothrow_move_constructible_v<SheetState> && std::is_nothrow_move_assignable_v<SheetState>);
+    std::swap(HostAccess::state(first), HostAccess::state(second));
 }
 
 bool cPixSheet::InitializeDIB(std::int32_t Width, std::int32_t Height) noexcept {

@@ -40,6 +40,10 @@ class cPixSheet {
     ~cPixSheet();
     cPixSheet(const cPixSheet&) = delete;
     cPixSheet& operator=(const cPixSheet&) = delete;
+    // All goes along: the image with its handle, pixels and device context, what is said of its file, the kept
+    // original-format bytes, PNG properties, settings, limits, Tag. What was moved from is as a new instance.
+    cPixSheet(cPixSheet&& other) noexcept;
+    cPixSheet& operator=(cPixSheet&& other) noexcept;
 
     // --- what the instance holds (surface/Properties.cpp)
 
@@ -582,6 +586,9 @@ class cPixSheet {
 
     alignas(8) std::byte m_state[96 * sizeof(void*)]; // more than it takes: objects keep their size in later versions
 };
+
+// Exchanges all that moving takes along, which is more than SwapDIBs does.
+void swap(cPixSheet& first, cPixSheet& second) noexcept;
 
 } // namespace pixkit
 // SPDX-License-Identifier: MIT

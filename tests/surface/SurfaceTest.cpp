@@ -107,6 +107,57 @@ TEST(SwapDIBs, ExchangesLessOrMoreThanTheImagesOrLosesWhatIsSelected) {
     }
 }
 
+TEST(Moving, LeavesThingsBehindOrTakesWhatIsTheOthers) {
+    cPixSheet first;
+    Random(2).fill(first, 3, 2);
+    HostAccess::SetOriginalFormat(first, ByteArray({7, 8}));
+    HostAccess::notes(first).endsEarly = true;
+    first.Tag(1);
+    first.MaxPixels(6);
+    first.Unattended(true);
+    first.PngPropertySet(pngTitle, "a title");
+    const auto before = stateOf(first);
+    const auto context = first.LoadDIBinDC(true);
+    first.Resize(4, 4);
+    const std::string reason(first.LastErrorText());
+    const auto isAllThere = [&](cPixSheet& sheet) {
+        EXPECT_EQ(sheet.LastErrorText(), reason);
+        EXPECT_EQ(std::any_cast<int>(sheet.Tag()), 1);
+        EXPECT_EQ(sheet.MaxPixels(), 6);
+        EXPECT_TRUE(sheet.Unattended());
+        EXPECT_EQ(sheet.LoadNotes(), "the file ends early");
+        EXPECT_EQ(sheet.PngPropertyGet(pngTitle), PngValue("a title"));
+        EXPECT_TRUE(isSelected(sheet));
+        EXPECT_EQ(sheet.LoadDIBinDC(true), context);
+        EXPECT_EQ(stateOf(sheet), before);
+        sheet.Resize(4, 4);
+    };
+    const auto isAsNew = [](cPixSheet& sheet) {
+        EXPECT_EQ(sheet.Handle(), 0);
+        EXPECT_EQ(sheet.ImageType(), imgError);
+        EXPECT_FALSE(sheet.Tag().has_value());
+        EXPECT_EQ(sheet.MaxPixels(), 0);
+        EXPECT_EQ(sheet.isAlphaBlendFriendly(), cPixSheet().isAlphaBlendFriendly());
+        EXPECT_TRUE(sheet.InitializeDIB(9, 9));
+    };
+    cPixSheet second(std::move(first));
+    isAllThere(second);
+    isAsNew(first);
+    first = std::move(second);
+    isAllThere(first);
+    isAsNew(second);
+    cPixSheet& itself = first;
+    first = std::move(itself);
+    isAllThere(first);
+    swap(first, second);
+    isAllThere(second);
+    EXPECT_EQ(first.Width(), 9);
+    std::vector<cPixSheet> sheets(1);
+    sheets[0] = std::move(second);
+    sheets.resize(100);
+    isAllThere(sheets[0]);
+}
+
 TEST(CopyImageTo, MovesTheHostsContextOrLosesTheHotspotOrSettings) {
     Random random(3);
     cPixSheet source, target;
