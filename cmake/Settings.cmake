@@ -5,8 +5,11 @@ target_compile_features(pixkit-settings INTERFACE cxx_std_20)
 set(CMAKE_CXX_EXTENSIONS OFF)
 
 # Contraction off: floating-point rules give the same bytes on every processor and system.
-target_compile_options(pixkit-settings INTERFACE
-    -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off)
+target_compile_options(pixkit-settings INTERFACE -ffp-contract=off)
+# A project that has this one inside itself may have made errors of warnings, which new compilers have more of.
+if(PROJECT_IS_TOP_LEVEL)
+    target_compile_options(pixkit-settings INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+endif()
 
 if(WIN32)
     # Windows entry points that need a newer system than XP are not used.

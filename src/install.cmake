@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
-# `cmake --install` gives headers, library, command and a CMake package: find_package(pixkit), pixkit::pixkit.
+# `cmake --install` gives headers, library, command, a CMake package (find_package(pixkit), pixkit::pixkit) and a file for
+# pkg-config.
 include(CMakePackageConfigHelpers)
 set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/pixkit")
 
@@ -7,21 +8,39 @@ install(TARGETS pixkit EXPORT pixkit-targets
         RUNTIME COMPONENT runtime LIBRARY COMPONENT runtime NAMELINK_COMPONENT development ARCHIVE COMPONENT development)
 install(EXPORT pixkit-targets NAMESPACE pixkit:: DESTINATION "${package_dir}" COMPONENT development)
 write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake" COMPATIBILITY SameMajorVersion)
-# Whoever links the static library needs the libraries that draw text.
+# Whoever links the static library needs the libraries that draw text. Beside a shared one, pkg-config names them for
+# `--static` only.
 get_target_property(library_type pixkit TYPE)
+set(for pc_private)
 if(library_type STREQUAL "STATIC_LIBRARY")
     set(needed_packages ${text_packages})
+    set(for pc_public)
 endif()
+list(TRANSFORM system_libraries PREPEND "-l" OUTPUT_VARIABLE ${for}_libraries)
+string(REPLACE ";" " " ${for}_libraries "${${for}_libraries}")
+string(REPLACE ";" " " ${for}_packages "${text_packages}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" pixkit-config.cmake @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config.cmake" "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake"
         DESTINATION "${package_dir}" COMPONENT development)
+
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    set(package_prefix "${CMAKE_INSTALL_PREFIX}")
+    set(package_libdir "${CMAKE_INSTALL_LIBDIR}")
+else() # found from where the file lies, so that an installation may be moved
+    file(RELATIVE_PATH up "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+    string(REGEX REPLACE "/$" "" up "${up}")
+    set(package_prefix "\${pcfiledir}/${up}")
+    set(package_libdir "\${pcfiledir}/..")
+endif()
+configure_file("${PROJECT_SOURCE_DIR}/cmake/pixkit.pc.in" pixkit.pc @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/pixkit.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" COMPONENT development)
 
 # The headers that <pixkit/pixkit.h> includes. Installed, all of them lie below pixkit/ and say so to each other, so that
 # no other project's "shared/..." or "platform/..." is found in their place.
 foreach(header IN ITEMS ../include/pixkit/pixkit.h surface/cPixSheet.h surface/Records.h shared/ByteArray.h
         shared/enumerations.h shared/resources.h diagnostics/ErrorReport.h
-        platform/clipboard.h platform/drops.h platform/gdi.h platform/gdiplus.h platform/handle.h platform/icons.h
-        platform/interaction.h platform/pictures.h platform/text.h)
+        platform/api.h platform/clipboard.h platform/drops.h platform/gdi.h platform/gdiplus.h platform/handle.h platform/icons.h
+        platform/interaction.h platform/pictures.h platform/regions.h platform/text.h)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${header}")
     file(READ "${header}" text)
     string(REPLACE "#include \"" "#include \"pixkit/" text "${text}")

@@ -1,5 +1,6 @@
 // Who hears of failures that nobody expected, and what they are told.
 #pragma once
+#include "platform/api.h"
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -31,7 +32,7 @@ using ErrorReportHandler = std::function<void(const ErrorReport&)>;
 
 // Who hears of trapped run-time errors, in the whole process; an empty handler (the initial state) ends that. What the
 // handler throws is lost.
-void setErrorReportHandler(ErrorReportHandler handler);
+PIXKIT_API void setErrorReportHandler(ErrorReportHandler handler);
 
 // Shows a report to the person in front of the program, and returns when that has been read. False: it could not be
 // shown, so that the next like it may be.
@@ -42,11 +43,11 @@ using ErrorReportPresenter = std::function<bool(const ErrorReport&)>;
 //     setErrorReportPresenter(showErrorReport);
 // A presenter is called for one report at a time (meanwhile others only go to the handler), once for the same error at
 // the same place, for at most a hundred places, and never when nobody is there.
-void setErrorReportPresenter(ErrorReportPresenter presenter);
+PIXKIT_API void setErrorReportPresenter(ErrorReportPresenter presenter);
 
 // The component's dialog, "Application Error": the text to scroll and copy, modal to the host's windows. False, and
 // nothing shown, on systems without windows, in processes that nobody sees, and while a DLL is being loaded or freed.
-bool showErrorReport(const ErrorReport& report);
+PIXKIT_API bool showErrorReport(const ErrorReport& report);
 
 } // namespace pixkit
 // SPDX-License-Identifier: MIT

@@ -1,6 +1,7 @@
 // The clipboard: blocks of bytes under the names of their formats. On Windows it is the system's; elsewhere there is
 // only what the program itself provides.
 #pragma once
+#include "platform/api.h"
 #include "platform/drops.h"
 #include <cstdint>
 #include <functional>
@@ -44,7 +45,7 @@ struct ClipboardProvider {
 
 // Whose clipboard is used, for the whole process; an empty provider (the initial state) stands for the system's, which
 // is none on the portable side.
-void setClipboardProvider(ClipboardProvider provider);
+PIXKIT_API void setClipboardProvider(ClipboardProvider provider);
 
 // The files without names on the clipboard, which nobody in this process may have open. May throw what the provider
 // throws.

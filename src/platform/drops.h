@@ -1,5 +1,6 @@
 // Files that were dropped on a program or pasted into it.
 #pragma once
+#include "platform/api.h"
 #include "platform/handle.h"
 #include <cstddef>
 #include <cstdint>
@@ -24,7 +25,7 @@ namespace platform {
 
 // The files of a system's drop handle (HDROP, such as WM_DROPFILES brings), which stays the caller's. None for any
 // other number, a block that is damaged, and where the system has no such handles. May throw std::bad_alloc.
-std::vector<DroppedFile> filesOfDrop(Handle drop);
+PIXKIT_API std::vector<DroppedFile> filesOfDrop(Handle drop);
 
 } // namespace platform
 

@@ -2,6 +2,7 @@
 // portable side keeps memory bitmaps and memory device contexts in an object table of its own. On both a handle that is
 // zero, stale (already deleted) or of another kind makes the call fail with the stated value; nothing crashes.
 #pragma once
+#include "platform/api.h"
 #include "platform/handle.h"
 #include <array>
 #include <cstdint>
@@ -30,42 +31,42 @@ enum class ObjectType : std::uint32_t { none = 0, dc = 3, font = 6, bitmap = 7, 
 
 // The screen's device context (window 0), to be released with ReleaseDC. 0 on failure. On the portable side it stands
 // for a 32-bit screen that holds nothing: a bitmap cannot be selected into it.
-Handle GetDC(Handle window) noexcept;
-bool ReleaseDC(Handle window, Handle dc) noexcept;
+PIXKIT_API Handle GetDC(Handle window) noexcept;
+PIXKIT_API bool ReleaseDC(Handle window, Handle dc) noexcept;
 
 // A memory device context with a 1 x 1 stock bitmap selected. 0 on failure.
-Handle CreateCompatibleDC(Handle dc) noexcept;
-bool DeleteDC(Handle dc) noexcept;
+PIXKIT_API Handle CreateCompatibleDC(Handle dc) noexcept;
+PIXKIT_API bool DeleteDC(Handle dc) noexcept;
 
 // Selects a bitmap into a memory device context and returns the bitmap that was selected before; 0 when either handle
 // is not valid or the bitmap is selected into another device context.
-Handle SelectObject(Handle dc, Handle object) noexcept;
+PIXKIT_API Handle SelectObject(Handle dc, Handle object) noexcept;
 
 // Frees a bitmap, a font, a region (regions.h) or a memory device context (the system frees a memory DC through
 // DeleteObject too). A bitmap that is selected dies when it is deselected.
-bool DeleteObject(Handle object) noexcept;
+PIXKIT_API bool DeleteObject(Handle object) noexcept;
 using UniqueBitmap = UniqueHandle<DeleteObject>;
 
-ObjectType GetObjectType(Handle object) noexcept;
+PIXKIT_API ObjectType GetObjectType(Handle object) noexcept;
 
 // Whether two handles name one object. On Windows 32 of their bits count, and interfaces that pass only those leave
 // open whether zeros or the sign fill the rest.
-bool isSameObject(Handle first, Handle second) noexcept;
+PIXKIT_API bool isSameObject(Handle first, Handle second) noexcept;
 
 // The colours of a bitmap of 8 bits: bytes B, G, R, 0 in the memory of each entry (RGBQUAD).
 using ColorTable = std::array<std::uint32_t, 256>;
 
 // A bitmap of 24 or 32 bits, or of 8 with its colours, whose pixels the caller reaches through `bits` (rows padded to
 // four bytes, every byte 0 at first: fresh pages of the system). Returns 0, and null `bits`, on failure.
-Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits,
-                        const ColorTable* colors = nullptr) noexcept;
+PIXKIT_API Handle CreateDIBSection(Handle dc, const BitmapInfoHeader& header, void** bits,
+                                   const ColorTable* colors = nullptr) noexcept;
 
 // Copies `lines` rows from row `start` (counted in the order that header.biHeight asks for) of a bitmap into `bits` at
 // header's size, BI_RGB: 24 or 32 bits (alpha 0 where the bitmap has none), or from a bitmap of 8 bits its 8 bits and
 // `colors`. Rows are padded to four bytes. Returns the number of rows copied, 0 on failure. A bitmap may be
 // selected: the system says that it must not, and gives its pixels all the same.
-int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits, BitmapInfoHeader& header,
-              ColorTable* colors = nullptr) noexcept;
+PIXKIT_API int GetDIBits(Handle dc, Handle bitmap, std::uint32_t start, std::uint32_t lines, void* bits,
+                         BitmapInfoHeader& header, ColorTable* colors = nullptr) noexcept;
 
 // What GetObject tells of a bitmap (BITMAP).
 struct BitmapRecord {
@@ -74,7 +75,7 @@ struct BitmapRecord {
     std::uint16_t bmBitsPixel = 0;
 };
 // False for anything but a bitmap.
-bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept;
+PIXKIT_API bool GetObjectA(Handle bitmap, BitmapRecord& record) noexcept;
 
 // --- drawing. Coordinates count from the top left corner of what the device context draws on, and what lies outside of
 // it is left out; on Windows they are logical ones, with all that a mapping mode may do. Areas of 32-bit pixels keep
@@ -87,23 +88,24 @@ struct Rect {
 };
 enum class RegionKind : std::int32_t { error = 0, empty = 1, simple = 2, complex = 3 };
 // What drawing into a device context can reach, as the smallest rectangle around it.
-RegionKind GetClipBox(Handle dc, Rect& box) noexcept;
+PIXKIT_API RegionKind GetClipBox(Handle dc, Rect& box) noexcept;
 
 inline constexpr std::uint32_t rasterCopy = 0x00CC0020; // SRCCOPY, the one raster operation asked for
 // Copies a rectangle from one device context to another, or within one.
-bool BitBlt(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,
-            std::int32_t sourceX, std::int32_t sourceY, std::uint32_t rasterOperation) noexcept;
+PIXKIT_API bool BitBlt(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+                       Handle source, std::int32_t sourceX, std::int32_t sourceY,
+                       std::uint32_t rasterOperation) noexcept;
 
 // Draws a rectangle of a DIB of 24 or 32 bits whose rows `startScan` to `startScan + lines` are at `bits`. sourceY
 // counts upwards from the lower edge of the DIB. Returns the number of rows taken; 0 on failure, for an empty rectangle
 // and for one that lies beside the DIB.
-int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t width, std::uint32_t height,
-                      std::int32_t sourceX, std::int32_t sourceY, std::uint32_t startScan, std::uint32_t lines,
-                      const void* bits, const BitmapInfoHeader& header) noexcept;
+PIXKIT_API int SetDIBitsToDevice(Handle dc, std::int32_t x, std::int32_t y, std::uint32_t width, std::uint32_t height,
+                                 std::int32_t sourceX, std::int32_t sourceY, std::uint32_t startScan,
+                                 std::uint32_t lines, const void* bits, const BitmapInfoHeader& header) noexcept;
 
 enum class StretchMode : std::int32_t { none = 0, blackOnWhite = 1, whiteOnBlack = 2, colorOnColor = 3, halftone = 4 };
 // Returns the mode before; none on failure.
-StretchMode SetStretchBltMode(Handle dc, StretchMode mode) noexcept;
+PIXKIT_API StretchMode SetStretchBltMode(Handle dc, StretchMode mode) noexcept;
 
 // BLENDFUNCTION, field for field.
 struct BlendFunction {
@@ -115,12 +117,12 @@ struct BlendFunction {
 // Draws a rectangle over another, stretched to its size (nearest pixels, whatever the stretch mode). False, and nothing
 // drawn, for negative sizes, a rectangle that does not lie within the source, rectangles of one device context that
 // overlap, and alpha that is asked of a source without. Rounding is the system's own; the portable side truncates.
-bool AlphaBlend(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height, Handle source,
-                std::int32_t sourceX, std::int32_t sourceY, std::int32_t sourceWidth, std::int32_t sourceHeight,
-                BlendFunction blend) noexcept;
+PIXKIT_API bool AlphaBlend(Handle dc, std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
+                           Handle source, std::int32_t sourceX, std::int32_t sourceY, std::int32_t sourceWidth,
+                           std::int32_t sourceHeight, BlendFunction blend) noexcept;
 
 // Waits for drawing that the system may have put off: to be called before the bits of a bitmap are touched.
-void GdiFlush() noexcept;
+PIXKIT_API void GdiFlush() noexcept;
 
 // The screen's device context for the length of a scope.
 class ScreenDC {

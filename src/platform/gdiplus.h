@@ -1,6 +1,7 @@
 // GDI+: the flat API of the system's library as far as the bridge to it (gdiplus/) needs it, under the names that the
 // system gives its functions. Objects are the library's; whoever makes one disposes of it before the shutdown.
 #pragma once
+#include "platform/api.h"
 #include "platform/gdi.h"
 #include "platform/handle.h"
 #include <array>
@@ -105,7 +106,7 @@ void forgetGdiplusLibrary() noexcept;
 // provider, the initial state, leaves it to the system (it must not make images or ask for the library itself): on
 // Windows gdiplus.dll, on the portable side nothing.
 using GdiplusProvider = std::function<GdiplusApi()>;
-void setGdiplusProvider(GdiplusProvider provider);
+PIXKIT_API void setGdiplusProvider(GdiplusProvider provider);
 
 // The system's library, loaded anew; not complete where there is none.
 GdiplusApi systemGdiplus();

@@ -1,6 +1,7 @@
 // Icons and cursors as the system holds them, under the names of the Windows API. As with gdi.h, a handle that is zero,
 // stale or of another kind makes a call fail; to GetObjectType an icon is nothing.
 #pragma once
+#include "platform/api.h"
 #include "platform/handle.h"
 #include <cstdint>
 
@@ -17,16 +18,16 @@ struct IconInfo {
 };
 
 // Copies of an icon's bitmaps, which the caller frees with DeleteObject. False, and `info` as it was, on failure.
-bool GetIconInfo(Handle icon, IconInfo& info) noexcept;
+PIXKIT_API bool GetIconInfo(Handle icon, IconInfo& info) noexcept;
 
 // An icon of copies of the bitmaps, which must have a mask; 0 on failure.
-Handle CreateIconIndirect(const IconInfo& info) noexcept;
-bool DestroyIcon(Handle icon) noexcept;
+PIXKIT_API Handle CreateIconIndirect(const IconInfo& info) noexcept;
+PIXKIT_API bool DestroyIcon(Handle icon) noexcept;
 using UniqueIcon = UniqueHandle<DestroyIcon>;
 
 // A bitmap of 1 bit a pixel, black and white. `bits` are its rows, the top one first, each padded to two bytes. 0 on
 // failure.
-Handle CreateMonochromeBitmap(std::int32_t width, std::int32_t height, const std::uint8_t* bits) noexcept;
+PIXKIT_API Handle CreateMonochromeBitmap(std::int32_t width, std::int32_t height, const std::uint8_t* bits) noexcept;
 
 } // namespace pixkit::platform
 // SPDX-License-Identifier: MIT

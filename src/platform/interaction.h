@@ -1,5 +1,6 @@
 // What the component says to the person in front of it.
 #pragma once
+#include "platform/api.h"
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -22,7 +23,7 @@ using MessageBoxHandler = std::function<int(const std::string& text, const std::
 int MessageBoxW(const std::string& text, const std::string& caption, std::uint32_t style) noexcept;
 
 // Replaces the handler for the whole process; an empty one restores the platform's own behaviour.
-void setMessageBoxHandler(MessageBoxHandler handler);
+PIXKIT_API void setMessageBoxHandler(MessageBoxHandler handler);
 
 // Whether windows of this process are on a desktop that a person sees: services, and what they start, are not. Always
 // false on the portable side, which shows none.

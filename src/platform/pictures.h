@@ -1,6 +1,7 @@
 // System picture objects: bitmaps, icons and metafiles that the system itself decodes and draws, under the names of
 // OLE.
 #pragma once
+#include "platform/api.h"
 #include "platform/handle.h"
 #include <cstdint>
 #include <memory>
@@ -19,7 +20,7 @@ enum class PictureType : std::int16_t {
 };
 
 // A system picture object (the system's IPicture). What it holds stays valid as long as it lives.
-class StdPicture {
+class PIXKIT_API StdPicture {
   public:
     StdPicture() noexcept = default;
     StdPicture(const StdPicture&) = delete;
@@ -50,7 +51,8 @@ struct LeastSize {
 // project's own for GIF, and JPEG where canLoadJpeg says so. A GIF gives its first frame at the frame's own size; one
 // whose codes do not describe each pixel of it is damaged. With `least`, a JPEG may come at an eighth, a quarter or a
 // half of its size, rounded up, where neither side is below it: Windows gives all of it.
-std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes, LeastSize least = {}) noexcept;
+PIXKIT_API std::unique_ptr<StdPicture> OleLoadPicture(std::span<const std::uint8_t> bytes,
+                                                      LeastSize least = {}) noexcept;
 
 // Whether OleLoadPicture may know data that begins so. What the system's own loader knows is its affair: on Windows
 // always.
@@ -58,12 +60,12 @@ bool mayBePicture(std::span<const std::uint8_t> start) noexcept;
 
 // A picture around a bitmap or icon, which it frees at its end when `own` is true; on failure (null) the caller keeps
 // it. Null also for a handle that is not what `type` says, and for the types of metafiles.
-std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType type, bool own) noexcept;
+PIXKIT_API std::unique_ptr<StdPicture> OleCreatePictureIndirect(Handle image, PictureType type, bool own) noexcept;
 
 // Whether OleLoadPicture reads JPEG and metafiles here: Windows always does; the portable side needs libturbojpeg at
 // run time for the one and never reads the other.
-bool canLoadJpeg() noexcept;
-bool canLoadMetafiles() noexcept;
+PIXKIT_API bool canLoadJpeg() noexcept;
+PIXKIT_API bool canLoadMetafiles() noexcept;
 
 } // namespace pixkit::platform
 // SPDX-License-Identifier: MIT

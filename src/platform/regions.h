@@ -2,6 +2,7 @@
 // gdi.h: GetObjectType knows them, DeleteObject frees them, and a handle that is zero, stale or of another kind makes a
 // call fail.
 #pragma once
+#include "platform/api.h"
 #include "platform/gdi.h"
 #include <cstddef>
 #include <span>
@@ -14,17 +15,17 @@ using UniqueRegion = UniqueHandle<&DeleteObject>;
 // highest first, one beside or below the other: those of a band have one top and one bottom, and stand from the left
 // with gaps between them. Bands that touch differ in more than their rows. Of rectangles in another order it is not
 // said which region they give. The time grows as their number does. 0 on failure.
-Handle ExtCreateRegion(std::span<const Rect> rectangles) noexcept;
+PIXKIT_API Handle ExtCreateRegion(std::span<const Rect> rectangles) noexcept;
 
 // How many rectangles a region has; copies them, in that order, where `rectangles` has room for all. 0 also for what is
 // no region, and without memory to copy them.
-std::size_t GetRegionData(Handle region, std::span<Rect> rectangles = {}) noexcept;
+PIXKIT_API std::size_t GetRegionData(Handle region, std::span<Rect> rectangles = {}) noexcept;
 
 // The smallest rectangle around a region: `empty` and 0, 0, 0, 0, or `simple` for a region that is one rectangle. `box`
 // stays as it was on failure.
-RegionKind GetRgnBox(Handle region, Rect& box) noexcept;
+PIXKIT_API RegionKind GetRgnBox(Handle region, Rect& box) noexcept;
 
-bool PtInRegion(Handle region, std::int32_t x, std::int32_t y) noexcept;
+PIXKIT_API bool PtInRegion(Handle region, std::int32_t x, std::int32_t y) noexcept;
 
 } // namespace pixkit::platform
 // SPDX-License-Identifier: MIT

@@ -2,6 +2,7 @@
 // them (render/TextLayout.h); a side lays out and draws one line at a time, as its system does: bidirectional, with
 // ligatures where a script needs them, and with other fonts for characters that the font lacks.
 #pragma once
+#include "platform/api.h"
 #include "platform/gdi.h"
 #include "platform/handle.h"
 #include <cstdint>
@@ -22,7 +23,7 @@ struct FontRecord {
     std::uint8_t charSet = 1; // the system's number; 1: any. It only helps to choose a font.
 };
 // A font, which the caller frees with DeleteObject. A family that is not there is replaced by another. 0 on failure.
-Handle CreateFontIndirectW(const FontRecord& record) noexcept;
+PIXKIT_API Handle CreateFontIndirectW(const FontRecord& record) noexcept;
 
 // A font as a program's user chooses it (the system's StdFont, IFont).
 struct StdFont {
@@ -33,7 +34,7 @@ struct StdFont {
     std::int16_t Charset = 1;
 };
 // Its record: the em square's height, rounded to pixels.
-FontRecord recordOf(const StdFont& font);
+PIXKIT_API FontRecord recordOf(const StdFont& font);
 
 struct FontMetrics {
     std::int32_t ascent = 0, descent = 0; // pixels; a line's height is their sum. Glyphs may be cut off there.
@@ -100,9 +101,9 @@ class TextFont {
 // than 16,384 pixels, for which the system may find no memory.
 std::unique_ptr<TextFont> openFont(Handle font) noexcept;
 // Whether text can be drawn here: Windows always, the portable side when it was built with its libraries.
-bool canDrawText() noexcept;
+PIXKIT_API bool canDrawText() noexcept;
 // Whether the name of a FontRecord may be the path of a font file.
-bool takesFontFiles() noexcept;
+PIXKIT_API bool takesFontFiles() noexcept;
 
 } // namespace pixkit::platform
 // SPDX-License-Identifier: MIT

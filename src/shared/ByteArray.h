@@ -1,5 +1,6 @@
 // Byte arrays as callers pass them: one or two dimensions, any lower bound, owned or borrowed.
 #pragma once
+#include "platform/api.h"
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -9,7 +10,7 @@ namespace pixkit {
 
 // An array of bytes, unallocated (no dimensions) at first. With two dimensions the first index runs fastest: in a
 // picture it is the byte within the row, the second the row. Elements lie without gaps.
-class ByteArray {
+class PIXKIT_API ByteArray {
   public:
     struct Bound {
         std::int32_t lower = 0;

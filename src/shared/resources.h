@@ -1,5 +1,6 @@
 // Resources of the program that uses the library: where the system has none, the program provides them.
 #pragma once
+#include "platform/api.h"
 #include "platform/pictures.h"
 #include <cstdint>
 #include <functional>
@@ -25,7 +26,7 @@ struct ResourceProvider {
 };
 
 // Whom LoadPicture_Resource asks, for the whole process; an empty provider (the initial state) has nothing.
-void setResourceProvider(ResourceProvider provider);
+PIXKIT_API void setResourceProvider(ResourceProvider provider);
 // The provider in use, which may replace itself while it answers.
 ResourceProvider resourceProvider();
 

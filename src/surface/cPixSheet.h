@@ -1,5 +1,6 @@
 // cPixSheet: one image, its pixel store, and everything that can be done to it.
 #pragma once
+#include "platform/api.h"
 #include "shared/ByteArray.h"
 #include "shared/enumerations.h"
 #include "surface/Records.h"
@@ -34,7 +35,7 @@ struct StdFont; // platform/text.h
 //
 // Members are defined in the room of their subject: surface/ (properties, lifecycle, pixels), loading/, saving/,
 // render/ (all that draws or makes other sizes).
-class cPixSheet {
+class PIXKIT_API cPixSheet {
   public:
     cPixSheet() noexcept;
     ~cPixSheet();
@@ -588,7 +589,7 @@ class cPixSheet {
 };
 
 // Exchanges all that moving takes along, which is more than SwapDIBs does.
-void swap(cPixSheet& first, cPixSheet& second) noexcept;
+PIXKIT_API void swap(cPixSheet& first, cPixSheet& second) noexcept;
 
 } // namespace pixkit
 // SPDX-License-Identifier: MIT
