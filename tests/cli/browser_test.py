@@ -218,13 +218,13 @@ class Test:
                 const paint = performance.getEntriesByName('first-contentful-paint')[0];
                 return [paint ? paint.startTime : 0, performance.getEntriesByType('navigation')[0].loadEventEnd]"""))
         self.shoot("thousand")
-        first, whole = min(times, key=lambda pair: pair[1])
+        first, whole = min(times)
         size = page.stat().st_size
         largest = max(file.stat().st_size for file in (self.folder / "thousand/thumbnails").iterdir())
         print(f"1,000 pictures: made in {made:.1f} s, page {size:,} bytes, first paint {first:.0f} ms, loaded {whole:.0f} ms")
         self.check("a page of 1,000 pictures has at most 1 MB", size <= 1_000_000)
         self.check("a thumbnail has at most 30 kB", largest <= 30_000)
-        self.check("its first view takes at most a second", whole <= 1000)
+        self.check("its first view takes at most a second", 0 < first <= 1000)
         self.check("all are there", self.browser.do("return document.querySelectorAll('li img').length"), 1000)
 
     def end(self):

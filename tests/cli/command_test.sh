@@ -39,8 +39,23 @@ check 0 "größe & 東京 100%.bmp" convert "$name.png" "$name.bmp"
 check 0 '"name": "AlphaComplex"' info --json samples/pictures/lantern.png
 check 0 '\[2/2\] .*größe' effects "$alpha" "$name.png" -o "$folder/effects"
 
+# However many threads take part, and whichever pictures they meet at, the files are the same.
+threads_agree() {
+    local threads
+    for threads in 1 4; do
+        "${pixkit[@]}" convert samples/pictures "$name.png" "$@" "$folder/with$threads" --jobs $threads --quiet || return
+        "${pixkit[@]}" gallery samples/pictures "$@" -o "$folder/page$threads" --jobs $threads --quiet || return
+        "${pixkit[@]}" sheet samples/pictures "$@" -o "$folder/with$threads/sheet.png" --jobs $threads --cell 50x50 --quiet
+    done
+    diff -r "$folder/with1" "$folder/with4" && diff -r "$folder/page1" "$folder/page4" && echo same
+}
+pixkit=("${command[@]}") command=(threads_agree)
+check 0 '^same$' --recursive
+command=("${pixkit[@]}")
+
 # Only natively: Windows has no such terminals and pipes, and timeout needs a program of its own.
 if [ ${#command[@]} = 1 ]; then
+    unset pixkit
     pixkit=${command[0]}
     command=(timeout 10 "$pixkit")
     mkfifo "$folder/pipe.png"
