@@ -3,7 +3,7 @@
 # Installs what the project's commands need on Debian 12; does nothing, quickly, when all of it is there. On systems
 # without dpkg it looks for the programs and libraries themselves, and names those that are missing.
 #
-#   setup.sh [demo|native|native32|text|windows|clients|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
+#   setup.sh [demo|native|native32|text|windows|clients|release|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
 #
 #   demo      compiler, CMake, Ninja and the command's argument parser
 #   native    demo and text, and what the native tests need
@@ -12,6 +12,7 @@
 #   windows   the compilers for 32- and 64-bit Windows, a 64-bit Wine (the 32-bit one is scripts/wine.sh's affair), and
 #             an X server without a screen for the test of the viewer
 #   clients   for scripts/clients_test.sh: Free Pascal with its sources, npm
+#   release   what scripts/package.sh and scripts/release_test.sh need beside windows and text
 #   checks    clang-format, clang-tidy, cppcheck, doxygen and reuse
 #   browser   what the test of pages looks at them with
 #   bench     demo, and the libraries that scripts/bench.sh compares with
@@ -30,6 +31,7 @@ packages_of() {
     native32) echo "$build g++-multilib lib32z1 googletest" ;;
     windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 fonts-wine xvfb imagemagick python3" ;;
     clients) echo "fp-compiler fp-units-rtl fpc-source npm" ;;
+    release) echo "$build $text $(packages_of windows) git nsis file xz-utils unzip lintian faketime debootstrap python3" ;;
     checks) echo "clang-format clang-tidy cppcheck doxygen reuse" ;;
     browser) echo "chromium chromium-driver python3" ;;
     bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev pkg-config imagemagick valgrind python3" ;;
