@@ -217,7 +217,7 @@ TEST_F(Hostile, AnyNumberAndNoPointerOfAnEarlyBoundCallIsTakenOrRefused) {
         };
         for (std::size_t i = 0; i < count; ++i) {
             const bool isOptional = (function.lprgelemdescParam[i].paramdesc.wParamFlags & PARAMFLAG_FOPT) != 0 ||
-                                    names[i + 1] == L"Source" || names[i + 1] == L"Sizes";
+                                    names[i + 1] == L"Source" || names[i + 1] == L"Sizes" || names[i + 1] == L"Options";
             for (const LONG value : numbers)
                 EXPECT_EQ(call(i, value), typeOf(i).vt != VT_PTR || isOptional ? S_OK : E_POINTER)
                     << std::filesystem::path(names[0]) << i << ' ' << value;
