@@ -16,16 +16,16 @@ namespace pixkit::cli {
 
 class Batch {
   public:
-    Batch(std::size_t pieces, Console& console, const std::function<void(Piece&)>& work)
-        : m_pieces(pieces), m_console(console), m_work(work) {}
+    Batch(std::size_t pieces, unsigned jobs, Console& console, const std::function<void(Piece&)>& work)
+        : m_pieces(pieces), m_jobs(jobs), m_console(console), m_work(work) {}
 
     Console& console() noexcept { return m_console; }
 
-    void run(unsigned threads) {
+    void run(std::size_t threads) {
         {
             std::vector<std::jthread> helpers;
             try {
-                while (helpers.size() + 1 < std::min<std::size_t>(threads, m_pieces))
+                while (helpers.size() + 1 < std::min(threads, m_pieces))
                     helpers.emplace_back([this] { takePieces(); });
             } catch (const std::exception&) { // no more threads, or no memory for them: fewer do the work
             }
@@ -41,13 +41,33 @@ class Batch {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 
+    void leaveWork(bool& isAtWork) noexcept {
+        if (std::exchange(isAtWork, false)) --m_atWork;
+    }
+
   private:
-    // Pieces are taken in order, so that whoever waits for its turn waits for pieces that somebody is at.
+    // Waits until fewer pieces are worked on than may be. False when all have been taken. What waits does so for less
+    // time than a small picture takes.
+    bool beginWork() noexcept {
+        for (unsigned atWork = m_atWork; m_taken < m_pieces;) {
+            if (atWork < m_jobs && m_atWork.compare_exchange_weak(atWork, atWork + 1)) return true;
+            if (atWork < m_jobs) continue;
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+            atWork = m_atWork;
+        }
+        return false;
+    }
+
+    // Pieces are taken in order, by who may begin, so that whoever waits for its turn waits for pieces that somebody is
+    // at.
     void takePieces() noexcept {
-        for (std::size_t index = m_taken++; index < m_pieces; index = m_taken++) {
+        while (beginWork()) {
+            bool isAtWork = true;
+            const std::size_t index = m_taken++;
+            if (index >= m_pieces) return leaveWork(isAtWork);
             std::string out, err;
             try {
-                Piece piece(*this, index);
+                Piece piece(*this, index, isAtWork);
                 if (!m_hasFailed) m_work(piece);
                 out = std::move(piece.m_out).str();
                 err = std::move(piece.m_err).str();
@@ -56,6 +76,7 @@ class Batch {
                 if (!m_failure) m_failure = std::current_exception();
                 m_hasFailed = true;
             }
+            leaveWork(isAtWork);
             deliver(index, std::move(out), std::move(err));
         }
     }
@@ -93,20 +114,27 @@ class Batch {
     }
 
     const std::size_t m_pieces;
+    const unsigned m_jobs;
     Console& m_console;
     const std::function<void(Piece&)>& m_work;
     std::atomic<std::size_t> m_taken = 0, m_turn = 0; // the first piece that is not taken; not said
+    std::atomic<unsigned> m_atWork = 0;               // pieces
     std::atomic<bool> m_hasFailed = false;
     platform::Lock m_lock; // of all below
     std::map<std::size_t, std::pair<std::string, std::string>> m_kept;
     std::exception_ptr m_failure;
 };
 
-Piece::Piece(Batch& batch, std::size_t index)
-    : m_batch(batch), m_index(index), m_console{batch.console().in, m_out, m_err, batch.console().personAnswers} {}
+Piece::Piece(Batch& batch, std::size_t index, bool& isAtWork)
+    : m_batch(batch), m_index(index),
+      m_isAtWork(isAtWork), m_console{batch.console().in, m_out, m_err, batch.console().personAnswers} {}
 
 void Piece::awaitTurn() {
     m_batch.awaitTurn(m_index);
+}
+
+void Piece::letOthersWork() noexcept {
+    m_batch.leaveWork(m_isAtWork);
 }
 
 bool Piece::confirm(const std::string& question) {
@@ -116,8 +144,10 @@ bool Piece::confirm(const std::string& question) {
     return cli::confirm(console, question);
 }
 
-void runBatch(std::size_t pieces, unsigned threads, Console& console, const std::function<void(Piece&)>& work) {
-    Batch(pieces, console, work).run(threads != 0 ? threads : std::max(std::thread::hardware_concurrency(), 1U));
+void runBatch(std::size_t pieces, unsigned jobs, Console& console, const std::function<void(Piece&)>& work,
+              bool letsOthersWork) {
+    if (jobs == 0) jobs = std::max(std::thread::hardware_concurrency(), 1U);
+    Batch(pieces, jobs, console, work).run(letsOthersWork && jobs > 1 ? std::size_t{2} * jobs : jobs);
 }
 
 bool confirm(Console& console, const std::string& question) {

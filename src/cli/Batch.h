@@ -20,20 +20,25 @@ class Piece {
     void awaitTurn();
     // Asks the person at the terminal, in turn. False where nobody answers.
     bool confirm(const std::string& question);
+    // What is left of it is mostly waiting, such as for a disk: another piece may be begun meanwhile.
+    void letOthersWork() noexcept;
 
   private:
     friend class Batch;
-    Piece(Batch& batch, std::size_t index);
+    Piece(Batch& batch, std::size_t index, bool& isAtWork);
 
     Batch& m_batch;
     std::size_t m_index;
+    bool& m_isAtWork; // until others may be
     std::ostringstream m_out, m_err;
     Console m_console;
 };
 
-// Does the work for each index below `pieces`, in any order, by up to `threads` threads, this one among them; 0: as
-// many as there are processors for this program. Ends with the first exception that work throws.
-void runBatch(std::size_t pieces, unsigned threads, Console& console, const std::function<void(Piece&)>& work);
+// Does the work for each index below `pieces`, in any order, on up to `jobs` pieces at a time; 0: as many as there are
+// processors for this program. With `letsOthersWork` and more than one job, as many others may be waiting. Ends with
+// the first exception that work throws.
+void runBatch(std::size_t pieces, unsigned jobs, Console& console, const std::function<void(Piece&)>& work,
+              bool letsOthersWork = false);
 
 // Asks, and reads a line. False unless it begins with y or Y.
 bool confirm(Console& console, const std::string& question);

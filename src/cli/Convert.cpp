@@ -55,6 +55,7 @@ class Conversion {
             if (!step.apply(sheet)) throw Failed(input.name, step.option + ": " + problemOf(sheet));
         }
         m_destination.claim(target, input, piece, isWritten);
+        piece.letOthersWork(); // the disk takes its time for what is to stay there
         const auto confirm = [&](const std::string& question) { return piece.confirm(question); };
         savePicture(sheet, target, m_request, confirm, piece.console(), result);
     }
@@ -84,7 +85,8 @@ int convert(const ConvertRequest& request, Console& console) {
         return exitSomeFailed;
     }
     Conversion conversion(request, inputs, destination);
-    runBatch(inputs.size(), request.jobs, console, [&](Piece& piece) { conversion.convert(piece); });
+    runBatch(
+        inputs.size(), request.jobs, console, [&](Piece& piece) { conversion.convert(piece); }, true);
     endReports(request.reporting, inputs.size(), console);
     return conversion.hasFailed() ? exitSomeFailed : exitOk;
 }
