@@ -39,6 +39,20 @@ void compressRuns(PngRowMaker rows, const PngForm& form, Bytes& out) {
     }
 }
 
+// Rows of some drawings and soft shadows take less when only pixels are repeated, because then the codes of their
+// differences are worth more than the copies that a search finds.
+void compress(const Bytes& rows, const PngForm& form, int level, Bytes& out) {
+    const std::size_t before = out.size();
+    deflate::compressZlib(rows, level, out);
+    if (level < deflate::defaultLevel || deflate::runCompressedSize(rows, form.filterStep()) >= out.size() - before)
+        return;
+    Bytes runs;
+    deflate::RunCompressor(runs, form.filterStep()).add(rows, true);
+    if (runs.size() >= out.size() - before) return;
+    out.resize(before);
+    out.insert(out.end(), runs.begin(), runs.end());
+}
+
 Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, eFilterMethods filter, std::size_t expected,
                const PngProperties& props) {
     Bytes file;
@@ -55,8 +69,8 @@ Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, eFilter
     if (props.compressionLevel() == deflate::fastestLevel) {
         compressRuns(PngRowMaker(image, hasAlpha, form, filter, props.isInterlaced()), form, file);
     } else {
-        deflate::compressZlib(pngFilteredRows(image, hasAlpha, form, filter, props.isInterlaced()),
-                              props.compressionLevel(), file);
+        compress(pngFilteredRows(image, hasAlpha, form, filter, props.isInterlaced()), form, props.compressionLevel(),
+                 file);
     }
     out.end();
     out.begin("IEND");
