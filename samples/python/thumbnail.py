@@ -2,8 +2,6 @@
 """Makes a thumbnail of a picture, from bytes to bytes, with pywin32.
 
     python thumbnail.py PICTURE RESULT.png
-
-With comtypes the same calls do after sheet = comtypes.client.CreateObject("pixkit.cPixSheet", dynamic=True).
 """
 import pathlib
 import sys
