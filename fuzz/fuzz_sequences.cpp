@@ -123,6 +123,7 @@ struct Any {
     Stage& stage;
     operator std::int32_t() const { return stage.input.number(); }
     operator std::uint8_t() const { return stage.input.byte(); }
+    operator RowFormat() const { return static_cast<RowFormat>(stage.input.byte() % 4); }
     operator bool() const { return stage.input.byte() % 2 != 0; }
     operator float() const {
         const std::int32_t value = stage.input.number();
@@ -216,6 +217,10 @@ constexpr bool (*calls[])(Stage&, Any) = {
     },
     [](Stage& s, Any a) { return s.other->LoadPicture_StdPicture(s.sheet->CreateStdPicture(a, a).get()), true; },
     [](Stage& s, Any a) { return s.told(s.sheet->Resample(a, a, a, s.host())) || true; },
+    [](Stage& s, Any a) { return s.replaced(s.sheet->SetRows(s.bytes().bytes(), a, a, a)); },
+    [](Stage& s, Any a) { return s.replaced(s.sheet->SetRows(s.bytes().bytes(), a, a, a, std::uint8_t{a})); },
+    [](Stage& s, Any a) { return s.unchanged(!s.sheet->GetRows(a).empty()); },
+    [](Stage& s, Any) { return swap(*s.sheet, *s.other), true; },
 };
 
 // What an instance holds.

@@ -107,6 +107,24 @@ TEST_F(LoadDispatch, WhatAReaderRefusedIsNotShownByTheSystemsLoaderOrALackOfMemo
     EXPECT_FALSE(sheet.LoadPicture_Stream(good));
 }
 
+TEST_F(LoadDispatch, ASpanIsReadOtherwiseThanAnArray) {
+    const auto file = picture("png/interlaced-5x5.png");
+    auto behind = file;
+    behind.insert(behind.begin(), 9, 0);
+    cPixSheet other;
+    ByteArray kept;
+    ASSERT_TRUE(other.LoadPicture_Stream(ByteArray(file)));
+    ASSERT_TRUE(sheet.LoadPicture_Stream(std::span(behind), 0, 0, 9, 0, true));
+    EXPECT_EQ(pixelsOf(sheet), pixelsOf(other));
+    ASSERT_TRUE(sheet.GetOrginalFormat(kept));
+    EXPECT_TRUE(std::ranges::equal(kept.bytes(), behind));
+    EXPECT_FALSE(sheet.LoadPicture_Stream(std::span<const std::uint8_t>(sheet.BitsPointer(), 100)));
+    if constexpr (sizeof(std::size_t) > 4) { // nothing of it is looked at
+        EXPECT_FALSE(sheet.LoadPicture_Stream(std::span(file.data(), std::size_t{1} << 32 | file.size())));
+        EXPECT_EQ(sheet.LastErrorText(), "more bytes than an array can have");
+    }
+}
+
 TEST_F(LoadDispatch, AReaderNamesAnotherReasonThanItRefusesFor) {
     constexpr const char* noStore = "no memory for the pixels";
     constexpr auto store = platform::SeamCall::createDIBSection;

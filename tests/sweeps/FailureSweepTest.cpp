@@ -197,7 +197,15 @@ TEST_F(FailureSweep, AFailedDrawingLeavesHalfOfIt) {
     add("context", [](auto& s) { return s.sheet.LoadDIBinDC(true) != 0; });
     add("bits", [](auto& s) { return s.sheet.GetDIBbits(s.array); });
     add("mask", [](auto& s) { return s.sheet.GetAlphaMask(s.array, false, false); });
+    add("rows", [](auto& s) { return !s.sheet.GetRows().empty(); });
     const ByteArray bits(Bytes(120, 9));
+    operations.push_back({"set rows", [&](auto& s) { return s.sheet.SetRows(bits.bytes(), 5, 6); }, emptied});
+    operations.push_back({"own rows",
+                          [](auto& s) {
+                              const auto bytes = static_cast<std::size_t>(s.sheet.scanWidth()) * 2;
+                              return s.sheet.SetRows({s.sheet.BitsPointer(), bytes}, s.sheet.Width(), 2);
+                          },
+                          emptied});
     add("set bits", [&](auto& s) { return s.sheet.SetDIBbits(bits, true, true, false); });
     // A file natively: fontconfig, which finds fonts by their names, does not survive a want of memory itself.
     const platform::StdFont font{platform::takesFontFiles() ? "/usr/share/wine/fonts/tahoma.ttf" : "Tahoma", 7};
