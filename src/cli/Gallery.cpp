@@ -32,12 +32,12 @@ std::string nameOf(const std::string& file) {
 // The picture of that name in the folder of those before, or one of that name with another extension.
 fs::path pictureBefore(const std::string& before, const Input& input) {
     if (before.empty() || isStream(input.name)) return {};
-    const fs::path same = toPath(before) / input.folder / toPath(input.name).filename();
+    fs::path same = toPath(before) / input.folder / toPath(input.name).filename();
     std::error_code error;
     if (fs::is_regular_file(same, error)) return same;
     for (const Format& format : formats()) {
         for (const std::string_view extension : {format.extension, format.otherExtension}) {
-            const fs::path other = fs::path(same).replace_extension(toPath(extension));
+            fs::path other = fs::path(same).replace_extension(toPath(extension));
             if (!extension.empty() && fs::is_regular_file(other, error)) return other;
         }
     }

@@ -93,6 +93,8 @@ if [ ${#command[@]} = 1 ]; then
     check 0 '^143 alpha.bmp$' TERM $alpha "$folder/interrupted" "$folder/wait"
     command=(bash -c '"$0" convert "$@" <tests/data/cli/opaque.png' "$pixkit")
     check 0 "stdin.bmp" $alpha - "$folder/interrupted" --to bmp --no-overwrite
+    command=(bash -c 'timeout -s KILL 1 "$0" gallery "$1" - -o "$2" --jobs 1 <>"$3"; grep -c "</html>" "$2/index.html"' "$pixkit")
+    check 0 '^1$' $alpha "$folder/killed" "$folder/wait"
     # Nobody reads any longer.
     command=(bash -c '{ sleep 0.2; "$0" "$@"; echo $? >"$1.code"; } | :; cat "$1.code"' "$pixkit" info)
     cp "$alpha" "$folder/unheard.png"
