@@ -58,6 +58,18 @@ files_of() {
     if is_clone; then git ls-files -- "$1"; else find "$1" -type f; fi
 }
 
+# What is linked into the files for Windows wants its notices to go with it.
+third_parties() {
+    local package
+    echo "Into the files for Windows are linked: of the compiler, libgcc, libstdc++ and libssp, whose licence has an exception for"
+    echo "that (GPL 3 with the GCC Runtime Library Exception 3.1); mingw-w64's run-time library and winpthreads; into the command,"
+    echo "CLI11. Their notices, as Debian has them:"
+    for package in libcli11-dev mingw-w64-common; do
+        printf '\n\n--- %s\n\n' $package
+        cat /usr/share/doc/$package/copyright
+    done
+}
+
 # The tree that archive, installer and packages for Windows are made of.
 windows_tree() {
     local tree=build/packages/windows bits folder file
@@ -80,9 +92,10 @@ windows_tree() {
     done < <(files_of samples | grep -v '^samples/example\.cpp$')
     quiet "reference" python3 scripts/reference.py $tree/reference
     cp LICENSE $tree/LICENSE.txt
+    third_parties >$tree/THIRD-PARTY.txt
     python3 scripts/packaging/page.py docs/windows.md $tree/README.html
     cp packaging/windows/*.cmd $tree
-    sed -i 's/$/\r/' $tree/*.cmd $tree/LICENSE.txt
+    sed -i 's/$/\r/' $tree/*.cmd $tree/*.txt
 }
 
 make_windows() {
@@ -124,3 +137,11 @@ make_source() {
 for part in "${parts[@]}"; do
     "make_$part"
 done
+tree=build/packages/windows
+if [ -d $tree ]; then
+    quiet "manifests and NuGet package" python3 scripts/packaging/manifests.py "$version" "$output" $tree
+fi
+quiet "list of contents" python3 scripts/packaging/sbom.py "$version" "$output" $tree
+(cd "$output" && find . -type f -printf '%P\n' | sort | xargs sha256sum) >build/packages/sums
+mv build/packages/sums "$output/SHA256SUMS"
+say "done: $output"

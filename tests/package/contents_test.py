@@ -1,0 +1,179 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Looks at what scripts/package.sh made: each archive has what it should and nothing else, manifests name the files that there
+are, checksums and the list of contents (SPDX) are right.
+
+    contents_test.py PACKAGES
+"""
+import hashlib
+import io
+import json
+import pathlib
+import re
+import struct
+import subprocess
+import sys
+import tarfile
+import xml.etree.ElementTree as xml
+import zipfile
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+PACKAGES = pathlib.Path(sys.argv[1])
+VERSION = ".".join(re.findall(r"PIXKIT_VERSION_(?:MAJOR|MINOR|REVISION) (\d+)", (ROOT / "src/shared/version.h").read_text()))
+TRACKED = subprocess.run(["git", "ls-files"], cwd=ROOT, check=True, capture_output=True, text=True).stdout.split("\n")[:-1]
+ZIP = PACKAGES / f"pixkit-{VERSION}-windows.zip"
+complaints = []
+
+
+def expect(is_so, complaint):
+    if not is_so:
+        complaints.append(complaint)
+
+
+def same(what, found, wanted):
+    found, wanted = set(found), set(wanted)
+    expect(found == wanted, f"{what}: unexpected {sorted(found - wanted)}, missing {sorted(wanted - found)}")
+
+
+def windows():
+    with zipfile.ZipFile(ZIP) as archive:
+        entries = {entry.filename.split("/", 1)[1]: entry for entry in archive.infolist()}
+        contents = {name: archive.read(entry) for name, entry in entries.items()}
+    expect(all(name.startswith(f"pixkit-{VERSION}/") for name in archive.namelist()), "zip: files outside of the folder")
+    expect(list(entries) == sorted(entries), "zip: not in order")
+    expect(len({entry.date_time for entry in entries.values()}) == 1, "zip: several times")
+    wanted = [f"{bits}/pixkit.{kind}" for bits in ("x86", "x64") for kind in ("dll", "exe", "manifest", "tlb")]
+    wanted += ["README.html", "LICENSE.txt", "THIRD-PARTY.txt", "install-user.cmd", "uninstall-user.cmd", "include/pixkit_com.h",
+               "include/automation.h"]
+    wanted += [name for name in TRACKED if name.startswith("samples/") and name != "samples/example.cpp"]
+    same("zip", [name for name in entries if not name.startswith("reference/")], wanted)
+    members = re.findall(r"HRESULT (\w+)\(", (ROOT / "src/com/pixkit.idl").read_text(encoding="utf-8"))
+    same("zip, reference", [], {f"reference/{name}.html" for name in members} - entries.keys())
+    for bits, machine in (("x86", 0x14C), ("x64", 0x8664)):
+        for kind in ("dll", "exe"):
+            image = contents[f"{bits}/pixkit.{kind}"]
+            start = struct.unpack_from("<I", image, 0x3C)[0]
+            expect(struct.unpack_from("<HHII", image, start + 4)[::2] == (machine, 0), f"{bits}/pixkit.{kind}: machine or time")
+            expect(b"/usr/" not in image and str(ROOT).encode() not in image, f"{bits}/pixkit.{kind}: paths of this machine")
+        assembly = xml.fromstring(contents[f"{bits}/pixkit.manifest"])
+        expect({"x86": "x86", "x64": "amd64"}[bits] == assembly[0].get("processorArchitecture"), f"{bits}: manifest of the other one")
+        expect(f'version="{assembly[0].get("version")}"' in (ROOT / "docs/windows.md").read_text(), "docs/windows.md: other version")
+    for name in ("install-user.cmd", "uninstall-user.cmd"):
+        expect(contents[name].count(b"\n") == contents[name].count(b"\r\n") and contents[name].isascii(), f"{name}: line ends")
+    return contents
+
+
+def nuget(contents):
+    with zipfile.ZipFile(PACKAGES / f"pixkit.{VERSION}.nupkg") as archive:
+        parts = {name: archive.read(name) for name in archive.namelist()}
+    native = [f"{bits}/pixkit.{kind}" for bits in ("x86", "x64") for kind in ("dll", "manifest", "tlb")]
+    same("nupkg", parts, ["[Content_Types].xml", "_rels/.rels", "pixkit.nuspec", "build/native/pixkit.targets", "README.md",
+                          "LICENSE.txt", "THIRD-PARTY.txt", "build/native/include/pixkit_com.h", "build/native/include/automation.h",
+                          *(f"runtimes/win-{name.replace('/', '/native/')}" for name in native)])
+    for name in native:
+        expect(parts[f"runtimes/win-{name.replace('/', '/native/')}"] == contents[name], f"nupkg: another {name}")
+    for name in ("[Content_Types].xml", "_rels/.rels", "pixkit.nuspec", "build/native/pixkit.targets"):
+        xml.fromstring(parts[name])
+    kinds = {entry.get("Extension") for entry in xml.fromstring(parts["[Content_Types].xml"])}
+    expect(all(name.rsplit(".", 1)[1] in kinds for name in parts if name[0] != "["), "nupkg: a part without a type")
+
+
+def manifests():
+    files = {path.relative_to(PACKAGES).as_posix(): path.read_text(encoding="utf-8")
+             for folder in ("winget", "chocolatey") for path in (PACKAGES / folder).rglob("*.*")}
+    same("manifests", files, [name.removeprefix("packaging/") for name in TRACKED
+                              if name.startswith(("packaging/winget", "packaging/chocolatey"))])
+    for name, text in files.items():
+        expect(not re.search(r"@\w+@", text), f"{name}: not filled in")
+        expect(VERSION in text or name.endswith("uninstall.ps1"), f"{name}: not of this version")
+    setup = hashlib.sha256((PACKAGES / f"pixkit-{VERSION}-setup.exe").read_bytes()).hexdigest().upper()
+    for name in ("winget/pixkit.pixkit.installer.yaml", "chocolatey/tools/chocolateyinstall.ps1"):
+        expect(setup in files[name], f"{name}: another installer's checksum")
+    expect(xml.fromstring(files["chocolatey/pixkit.nuspec"])[0][1].text == VERSION, "chocolatey/pixkit.nuspec")
+
+
+DOCUMENTS = ["changelog.Debian.gz", "changelog.gz", "copyright"]
+DEBIAN = {
+    "pixkit": (r"^/usr/bin/pixkit$|^/usr/share/(man/man1/pixkit\.1\.gz|bash-completion/completions/pixkit|zsh/vendor-completions/_pixkit"
+               r"|fish/vendor_completions\.d/pixkit\.fish)$", 5),
+    "libpixkit3": (rf"^/usr/lib/[^/]*/libpixkit\.so\.3(\.{VERSION.split('.', 1)[1]})?$", 2),
+    "libpixkit-dev": (r"^/usr/include/pixkit/.*\.h$|^/usr/lib/[^/]*/(cmake/pixkit/[\w-]+\.cmake|libpixkit\.so|pkgconfig/pixkit\.pc)$", 12),
+}
+
+
+def debian():
+    for package, (pattern, least) in DEBIAN.items():
+        path = next(PACKAGES.glob(f"{package}_{VERSION}-1_*.deb"))
+        data = subprocess.run(["dpkg-deb", "--fsys-tarfile", path], check=True, capture_output=True).stdout
+        with tarfile.open(fileobj=io.BytesIO(data)) as files:
+            members = [member for member in files if not member.isdir()]
+        names = [member.name.removeprefix(".") for member in members]
+        documents = [f"/usr/share/doc/{package}/{name}" for name in DOCUMENTS]
+        same(package, [name for name in names if not re.search(pattern, name)], documents)
+        expect(len(names) - len(documents) >= least, f"{package}: few files: {names}")
+        expect({(member.uname, member.gname) for member in members} == {("root", "root")}, f"{package}: owners")
+        expect(len({member.mtime for member in members}) == 1, f"{package}: several times")
+        recommends = subprocess.run(["dpkg-deb", "-f", path, "Recommends"], check=True, capture_output=True, text=True).stdout
+        expect("dev" in package or "libturbojpeg0" in recommends, f"{package}: does not recommend what it borrows")
+    told = subprocess.run(["lintian", "--allow-root", "--fail-on", "error", *PACKAGES.glob("*.deb")], capture_output=True, text=True,
+                          check=False)
+    expect(told.returncode == 0, f"lintian: {told.stdout}{told.stderr}")
+
+
+def source():
+    with tarfile.open(PACKAGES / f"pixkit-{VERSION}.tar.xz") as archive:
+        members = [member for member in archive if not member.isdir()]
+    same("source archive", [member.name.split("/", 1)[1] for member in members], TRACKED)
+    expect({(member.uname, member.gname, member.mtime) for member in members} == {("root", "root", members[0].mtime)}, "source: owners")
+
+
+def spdx(contents):
+    document = json.loads((PACKAGES / f"pixkit-{VERSION}.spdx.json").read_text(encoding="utf-8"))
+    heads = {"spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT", "name": f"pixkit-{VERSION}"}
+    expect(heads.items() <= document.items(), "spdx: head")
+    expect(re.fullmatch(r"https?://[^#]+", document["documentNamespace"]), "spdx: namespace")
+    expect(re.fullmatch(r"\d{4}-\d\d-\d\dT\d\d:\d\d:\d\dZ", document["creationInfo"]["created"]), "spdx: time")
+    expect(all(re.match(r"(Tool|Organization|Person): ", one) for one in document["creationInfo"]["creators"]), "spdx: creators")
+    elements = document["packages"] + document["files"]
+    identifiers = [element["SPDXID"] for element in elements]
+    expect(len(set(identifiers)) == len(identifiers), "spdx: an identifier twice")
+    expect(all(re.fullmatch(r"SPDXRef-[A-Za-z0-9.-]+", name) for name in identifiers), "spdx: identifiers")
+    for relation in document["relationships"]:
+        expect({relation["spdxElementId"], relation["relatedSpdxElement"]} <= {*identifiers, "SPDXRef-DOCUMENT"}, f"spdx: {relation}")
+        expect(relation["relationshipType"] in {"DESCRIBES", "CONTAINS", "STATIC_LINK", "DYNAMIC_LINK"}, f"spdx: {relation}")
+    for package in document["packages"]:
+        expect({"name", "versionInfo", "downloadLocation", "filesAnalyzed", "licenseConcluded", "licenseDeclared", "copyrightText"} <=
+               package.keys() and package["versionInfo"] != "NOASSERTION", f"spdx: {package}")
+    inside = {f"{ZIP.name}/pixkit-{VERSION}/{name}": data for name, data in contents.items() if re.search(r"\.(dll|exe)$", name)}
+    named = {}
+    for file in document["files"]:
+        name = file["fileName"].removeprefix("./")
+        data = inside[name] if name in inside else (PACKAGES / name).read_bytes()
+        named[name] = file["SPDXID"]
+        sums = {one["algorithm"]: one["checksumValue"] for one in file["checksums"]}
+        expect(sums == {"SHA1": hashlib.sha1(data).hexdigest(), "SHA256": hashlib.sha256(data).hexdigest()}, f"spdx: {name}")
+    released = [path.relative_to(PACKAGES).as_posix() for path in PACKAGES.rglob("*") if path.is_file()]
+    same("spdx", named, [*inside, *(name for name in released if name != "SHA256SUMS" and not name.endswith(".spdx.json"))])
+    for name in inside:
+        linked = [relation["relatedSpdxElement"] for relation in document["relationships"]
+                  if relation["spdxElementId"] == named[name] and relation["relationshipType"] == "STATIC_LINK"]
+        expect(len(linked) == (6 if name.endswith("exe") else 5), f"spdx: what is in {name}: {linked}")
+
+
+def sums():
+    lines = [line.split("  ") for line in (PACKAGES / "SHA256SUMS").read_text().splitlines()]
+    same("SHA256SUMS", [name for _, name in lines],
+         [path.relative_to(PACKAGES).as_posix() for path in PACKAGES.rglob("*") if path.is_file() and path.name != "SHA256SUMS"])
+    for value, name in lines:
+        expect(hashlib.sha256((PACKAGES / name).read_bytes()).hexdigest() == value, f"SHA256SUMS: {name}")
+
+
+files = windows()
+nuget(files)
+manifests()
+debian()
+source()
+spdx(files)
+sums()
+print("\n".join(complaints) or "all packages hold what they should")
+sys.exit(bool(complaints))
