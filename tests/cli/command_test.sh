@@ -95,6 +95,10 @@ if [ ${#command[@]} = 1 ]; then
     check 0 "stdin.bmp" $alpha - "$folder/interrupted" --to bmp --no-overwrite
     command=(bash -c 'timeout -s KILL 1 "$0" gallery "$1" - -o "$2" --jobs 1 <>"$3"; grep -c "</html>" "$2/index.html"' "$pixkit")
     check 0 '^1$' $alpha "$folder/killed" "$folder/wait"
+    # Text is drawn by several threads at once, or refused where this build draws none.
+    command=("$pixkit")
+    "$pixkit" convert $alpha "$folder/text.bmp" --text A --quiet 2>/dev/null
+    check $? '' convert samples/pictures "$folder/texts" --recursive --text 'Hello:size=10%' --jobs 4
     # Nobody reads any longer.
     command=(bash -c '{ sleep 0.2; "$0" "$@"; echo $? >"$1.code"; } | :; cat "$1.code"' "$pixkit" info)
     cp "$alpha" "$folder/unheard.png"
