@@ -61,6 +61,8 @@ part_of() {
     imagemagick) echo command convert ;;
     icoutils) echo command icotool ;;
     netpbm) echo command pngtopam ;;
+    nsis) echo command makensis ;;
+    xz-utils) echo command xz ;;
     wine64) echo file /usr/lib/wine/wine64 ;;
     xvfb) echo command Xvfb ;;
     g++-mingw-w64-*-posix) echo command "$(cut -d- -f4 <<<"${1/x86-64/x86_64}")-w64-mingw32-g++" ;;
