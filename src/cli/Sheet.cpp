@@ -192,6 +192,7 @@ bool isCss(const std::string& index) {
 // Picture and index belong together: one that is kept keeps the other from being made.
 std::string reasonToKeep(const SheetRequest& request, const Target& target, const std::vector<Input>& inputs) {
     std::vector<std::string> names;
+    names.reserve(inputs.size());
     for (const Input& input : inputs)
         names.push_back(input.name);
     std::string reason = reasonToSkip(target, names, request);
