@@ -65,7 +65,8 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
                makeStep("--resize", "1x1:" + fit); // refuses what is none
                request.fit = fit;
            },
-           "How pictures fit a --resize to a size: in proportion, which is\nsize, the same but never enlarged, out of "
+           "For every --resize to a size, wherever it stands; once: in proportion, which is\nsize, the same but never "
+           "enlarged, out of "
            "proportion, or in\nproportion and covering it")
         ->type_name("size|down|stretch|fill")
         ->group(effectsGroup);
@@ -288,7 +289,7 @@ int help(const CLI::App& app, const std::string& name, std::ostream& out) {
     if (name.empty()) {
         out << app.help() << '\n';
     } else if (commandOf(name) != nullptr) {
-        out << app.get_subcommand(name)->help() << '\n';
+        out << app.get_subcommand(name)->help("pixkit") << '\n';
     } else if (topic != topics().end()) {
         out << topic->title << "\n\n" << topic->text;
     } else if (name == "man") {

@@ -82,6 +82,7 @@ int convert(const ConvertRequest& request, Console& console) {
         if (hasWork && !request.isDryRun) destination.prepare();
     } catch (const Failed& failure) {
         console.err << "pixkit convert: " << failure.what() << '\n';
+        endReports(request.reporting, 0, console);
         return exitSomeFailed;
     }
     Conversion conversion(request, inputs, destination);

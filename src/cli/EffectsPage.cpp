@@ -88,6 +88,8 @@ std::string anchor(std::size_t index) {
 
 void writeEffectsPage(std::ostream& html, const std::vector<EffectsPicture>& pictures, const std::string& version) {
     html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+         << effectsMark
+         << "\">\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>pixkit effects</title>\n"
             "<style>"
          << style << "</style>\n</head>\n<body>\n<header>\n<h1>pixkit effects</h1>\n"

@@ -32,6 +32,9 @@ struct EffectsPicture {
     std::vector<EffectsGroup> groups;
 };
 
+// What tells the page from others' in its first bytes.
+inline constexpr const char* effectsMark = "<meta name=\"generator\" content=\"pixkit effects";
+
 // One self-contained page: no scripts and nothing from elsewhere but the pictures beside it.
 void writeEffectsPage(std::ostream& html, const std::vector<EffectsPicture>& pictures, const std::string& version);
 

@@ -12,7 +12,6 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
 #include <mutex>
 #include <ostream>
 #include <set>
@@ -45,17 +44,17 @@ fs::path pictureBefore(const std::string& before, const Input& input) {
 }
 
 // The page, written whole again now and then while pictures come in, in any order: what interrupts the work leaves a
-// page of those that are done.
+// page of those that are done, or the one that was there before.
 class GrowingPage {
   public:
     GrowingPage(std::string file, GalleryHead head, std::size_t count)
-        : m_file(std::move(file)), m_head(std::move(head)), m_entries(count) {}
+        : m_file(std::move(file)), m_head(std::move(head)), m_wasThere(isFile(m_file)), m_entries(count) {}
 
     void put(std::size_t index, GalleryEntry entry) {
         const std::scoped_lock lock(m_lock);
         m_entries[index] = std::move(entry);
         const auto now = Clock::now();
-        if (now < m_next) return;
+        if (m_wasThere || now < m_next) return;
         try {
             write();
         } catch (const Failed&) { // the last time says so
@@ -77,6 +76,7 @@ class GrowingPage {
     using Clock = std::chrono::steady_clock;
     const std::string m_file;
     const GalleryHead m_head;
+    const bool m_wasThere;
     platform::Lock m_lock; // of all below
     std::vector<std::optional<GalleryEntry>> m_entries;
     Clock::time_point m_next; // the page is written again; at once at first
@@ -148,11 +148,7 @@ std::vector<Input> differentInputs(const GalleryRequest& request) {
 
 // A page that something else has made is nobody's to replace without a question.
 void refuseForeignPage(const std::string& page, const GalleryRequest& request, Console& console) {
-    if (!isFile(page) || request.replacing != Replacing::ask) return;
-    std::ifstream file(toPath(page), std::ios::binary);
-    std::string start(512, '\0');
-    file.read(start.data(), static_cast<std::streamsize>(start.size()));
-    if (start.find(galleryMark) != std::string::npos) return;
+    if (request.replacing != Replacing::ask || !isForeignPage(page, galleryMark)) return;
     if (confirm(console, shown(page) + ": Overwrite existing file?")) return;
     throw Failed(page, "something else than this command has made it, and it was kept; --overwrite replaces it");
 }

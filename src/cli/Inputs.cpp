@@ -76,7 +76,9 @@ std::vector<Input> findInputs(const std::vector<std::string>& names, bool recurs
         } else if (!except.empty() && fs::equivalent(toPath(name), except, error)) {
             found.push_back({name, {}, "it is the folder for the results, too"});
         } else {
+            const std::size_t before = found.size();
             Walk(found, except).enter(toPath(name), {});
+            if (found.size() == before) found.push_back({name, {}, "there is no picture in it"});
         }
     }
     return found;

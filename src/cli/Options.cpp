@@ -109,7 +109,7 @@ void addPngOptions(CLI::App& sub, SavingOptions& request) {
         ->group(saving);
     sub.add_option_function<std::string>(
            "--png-filter", [keep](const std::string& word) { keep(pngFilterMethod)(parseFilter(word)); },
-           "PNG: what suits the picture unless said otherwise")
+           "PNG: unless said otherwise what takes least where tried,\non parts of large pictures")
         ->type_name("none|sub|up|average|paeth|adaptive")
         ->group(saving);
     sub.add_flag_callback(
@@ -121,7 +121,7 @@ void addPngOptions(CLI::App& sub, SavingOptions& request) {
            [&request](const std::vector<std::string>& texts) {
                for (const std::string& text : texts) {
                    const std::size_t equals = text.find('=');
-                   if (equals == std::string::npos) {
+                   if (equals == std::string::npos || equals + 1 == text.size()) {
                        throw UsageError("--png-text takes KEYWORD=TEXT, not '" + text + "'");
                    }
                    request.pngTexts.emplace_back(text.substr(0, equals), text.substr(equals + 1));

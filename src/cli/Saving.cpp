@@ -1,5 +1,6 @@
 #include "cli/Saving.h"
 #include "cli/EffectParsing.h"
+#include "cli/Files.h"
 #include "cli/Streams.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
@@ -10,12 +11,12 @@
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
-#include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <new>
-#include <ostream>
+#include <sstream>
 #include <system_error>
+#include <utility>
 
 namespace pixkit::cli {
 
@@ -98,6 +99,14 @@ void askToReplace(const std::string& file, const SavingOptions& options, const C
     throw Failed(file, "the file exists already and was kept; --overwrite replaces it");
 }
 
+bool isForeignPage(const std::string& page, std::string_view mark) {
+    if (!isFile(page)) return false;
+    std::ifstream file(toPath(page), std::ios::binary);
+    std::string start(512, '\0');
+    file.read(start.data(), static_cast<std::streamsize>(start.size()));
+    return start.find(mark) == std::string::npos;
+}
+
 bool flatten(cPixSheet& sheet, std::int32_t background) {
     return redraw(sheet, {sheet.Width(), sheet.Height()}, [&](cPixSheet& flat) {
         const PixelView pixels = HostAccess::pixels(flat);
@@ -134,21 +143,17 @@ bool succeeds(Result& result, const std::function<void()>& work) {
     }
 }
 
-bool isAsNew(const std::string& made, std::span<const std::string> inputs) {
-    std::error_code error;
-    const auto time = timeOf(made, error);
-    return !error && std::ranges::all_of(inputs, [&](const std::string& input) {
-        const auto changed = timeOf(input, error);
-        return !error && changed <= time;
-    });
-}
-
 std::string reasonToSkip(const Target& target, std::span<const std::string> inputs, const SavingOptions& options) {
     std::error_code error;
     const bool mayKeep = options.replacing == Replacing::never || options.replacing == Replacing::older;
     if (!mayKeep || target.isStream() || !std::filesystem::is_regular_file(target.path(), error)) return {};
     if (options.replacing == Replacing::never) return "it exists already";
-    return isAsNew(target.name, inputs) ? "it is as new as its picture" : "";
+    const auto made = timeOf(target.name, error);
+    const bool isNew = !error && std::ranges::all_of(inputs, [&](const std::string& input) {
+        const auto changed = timeOf(input, error);
+        return !error && changed <= made;
+    });
+    return isNew ? "it is as new as its picture" : "";
 }
 
 void checkSaving(const SavingOptions& options, const std::string& output, FileFormat format) {
@@ -212,33 +217,19 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
 }
 
 Draft::Draft(const std::string& name, const std::function<void(std::ostream& out)>& write)
-    : m_name(name), m_fresh(toPath(name)) {
-    std::error_code taken;
-    do
-        m_fresh += ".new";
-    while (std::filesystem::exists(m_fresh, taken));
-    errno = 0;
-    std::ofstream out(m_fresh, std::ios::binary);
-    const bool isOpen = out.is_open();
-    if (isOpen) write(out);
-    out.close();
-    if (out) return;
-    const std::string why = errno != 0 ? ": " + std::generic_category().message(errno) : "";
+    : m_name(name), m_file(name, true) {
     std::error_code error;
-    if (isOpen) std::filesystem::remove(m_fresh, error);
-    throw Failed(name, "cannot be written" + why);
-}
-
-Draft::~Draft() {
-    std::error_code error;
-    if (!m_isInPlace) std::filesystem::remove(m_fresh, error);
+    if (std::filesystem::is_directory(toPath(name), error)) throw Failed(name, "it is a folder");
+    if (!m_file.outcome()) throw Failed(name, m_file.outcome().reason());
+    std::ostringstream text;
+    write(text);
+    m_text = std::move(text).str();
 }
 
 void Draft::takePlace() {
-    std::error_code error;
-    std::filesystem::rename(m_fresh, toPath(m_name), error);
-    if (error) throw Failed(m_name, "cannot be written: " + error.message());
-    m_isInPlace = true;
+    const std::span<const std::uint8_t> piece(reinterpret_cast<const std::uint8_t*>(m_text.data()), m_text.size());
+    const Outcome outcome = m_file.save({&piece, 1});
+    if (!outcome) throw Failed(m_name, outcome.reason());
 }
 
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write) {

@@ -3,6 +3,7 @@
 #include "cli/Commands.h"
 #include "cli/Targets.h"
 #include "cli/Text.h"
+#include "saving/OutputFile.h"
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -35,9 +36,6 @@ void forFile(const std::string& file, const std::function<void()>& work);
 // The same for a result, of its input or else its output. False, and the result says why, where it fails.
 bool succeeds(Result& result, const std::function<void()>& work);
 
-// Whether a result is there already, and as new as all that it is made of.
-bool isAsNew(const std::string& made, std::span<const std::string> inputs);
-
 // Whether the options suit the result. Throws UsageError.
 void checkSaving(const SavingOptions& options, const std::string& output, FileFormat format);
 
@@ -50,6 +48,9 @@ using Confirm = std::function<bool(const std::string& question)>;
 // Asks before an existing file is replaced, if the options want a person to decide. Throws Failed when it is kept.
 void askToReplace(const std::string& file, const SavingOptions& options, const Confirm& confirm);
 
+// Whether a page is there, and something else than what leaves that mark has made it.
+bool isForeignPage(const std::string& page, std::string_view mark);
+
 // Puts a picture onto a colour. False when that fails; the instance says why.
 bool flatten(cPixSheet& sheet, std::int32_t background);
 
@@ -57,21 +58,17 @@ bool flatten(cPixSheet& sheet, std::int32_t background);
 void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
                  Console& console, Result& result);
 
-// A new file beside the one whose place it is to take, which stays what it was until then.
+// A file that is not a picture, written as pictures are. What is in its place stays until then.
 class Draft {
   public:
-    // Throws Failed.
+    // Throws Failed where it is known already that it cannot be written.
     Draft(const std::string& name, const std::function<void(std::ostream& out)>& write);
-    ~Draft();
-    Draft(const Draft&) = delete;
-    Draft& operator=(const Draft&) = delete;
     // Throws Failed.
     void takePlace();
 
   private:
-    std::string m_name;
-    std::filesystem::path m_fresh;
-    bool m_isInPlace = false;
+    std::string m_name, m_text;
+    OutputFile m_file;
 };
 // Both at once.
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write);

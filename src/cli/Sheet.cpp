@@ -1,6 +1,7 @@
 // `pixkit sheet`: many pictures as one, in rows, and a file that says where each lies.
 #include "cli/Batch.h"
 #include "cli/EffectParsing.h"
+#include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/Saving.h"
 #include "cli/Streams.h"
@@ -110,8 +111,12 @@ class Sheet {
     std::int64_t stepY() const {
         return std::int64_t{m_cell.height} + m_request.gap + (m_request.hasLabels ? labelHeight : 0);
     }
-    // As the index, which lies beside it, names it.
-    std::string imageName() const { return toUtf8(toPath(m_request.output).filename()); }
+    // As the index names it.
+    std::string imageName() const {
+        const std::filesystem::path file = toPath(m_request.output), index = toPath(m_request.index);
+        return toUtf8(
+            std::filesystem::absolute(file).lexically_proximate(std::filesystem::absolute(index).parent_path()));
+    }
 
     void drawSprite(cPixSheet& sheet, Sprite& sprite, std::int32_t index) const {
         cPixSheet& picture = *sprite.picture;
@@ -189,17 +194,22 @@ bool isCss(const std::string& index) {
     return extension == ".css";
 }
 
-// Picture and index belong together: one that is kept keeps the other from being made.
+// Picture and index belong together: they are kept where both are there. Throws Failed where one is not to be replaced
+// and the other is not there.
 std::string reasonToKeep(const SheetRequest& request, const Target& target, const std::vector<Input>& inputs) {
     std::vector<std::string> names;
     names.reserve(inputs.size());
     for (const Input& input : inputs)
         names.push_back(input.name);
     std::string reason = reasonToSkip(target, names, request);
-    const bool keepsIndex = reason.empty() && !request.index.empty() && request.replacing == Replacing::never;
-    if (keepsIndex && !reasonToSkip({request.index, target.format}, names, request).empty())
-        reason = request.index + " exists already";
-    return reason;
+    if (request.index.empty() || target.isStream()) return reason;
+    const bool isThere = !reason.empty();
+    const bool hasIndex = isFile(request.index);
+    if (request.replacing == Replacing::never && isThere != hasIndex)
+        throw Failed(isThere ? target.name : request.index, "it exists already and was kept, but not " +
+                                                                (isThere ? request.index : target.name) +
+                                                                "; --overwrite makes both");
+    return hasIndex ? reason : "";
 }
 
 // The index lies beside the picture before that is saved, so that neither is there without the other.
@@ -235,9 +245,9 @@ int sheet(const SheetRequest& request, Console& console) {
     checkSaving(request, target.name, target.format);
     if (!request.index.empty()) isCss(request.index); // refuses what is neither
     const std::vector<Input> inputs = findInputs(request.pictures, request.recursive);
-    Result result{{}, target.name, Result::Status::skipped, reasonToKeep(request, target, inputs)};
-    bool isWhole = true;
-    if (result.reason.empty()) {
+    Result result{{}, target.name, Result::Status::skipped};
+    bool isWhole = succeeds(result, [&] { result.reason = reasonToKeep(request, target, inputs); });
+    if (isWhole && result.reason.empty()) {
         std::vector<Sprite> sprites = loadSprites(request, inputs, console);
         isWhole = std::erase_if(sprites, [](const Sprite& sprite) { return !sprite.picture; }) == 0;
         isWhole &= succeeds(result, [&] { makeSheet(request, target, std::move(sprites), console, result); });

@@ -232,6 +232,12 @@ int showEffects(const EffectsRequest& request, Console& console) {
     const std::string version = cPixSheet().Version();
     std::vector<EffectsPicture> pictures;
     std::set<std::string> folderNames = {"index.html"};
+    const fs::path page = folder / "index.html";
+    if (isForeignPage(toUtf8(page), effectsMark)) {
+        console.err << "pixkit effects: " << shown(toUtf8(page))
+                    << ": something else than this command has made it, and it was kept; name another folder with -o\n";
+        return exitSomeFailed;
+    }
     Progress progress(console, request.pictures.size());
     int exitCode = exitOk;
     const auto tell = [&](const std::string& file, const std::string& text) {
@@ -253,7 +259,6 @@ int showEffects(const EffectsRequest& request, Console& console) {
     }
     progress.clear();
     if (pictures.empty()) return exitCode;
-    const fs::path page = folder / "index.html";
     try {
         writeWhole(toUtf8(page), [&](std::ostream& html) { writeEffectsPage(html, pictures, version); });
     } catch (const Failed& failure) {

@@ -10,11 +10,17 @@
 
 namespace pixkit::cli {
 
-bool isStandard(std::string_view name) {
-    return name == "-" || name == "/dev/stdin" || name == "/dev/stdout";
-}
-
 namespace {
+
+// The N of /dev/fd/N, or nothing.
+std::string_view descriptorOf(std::string_view name) {
+    for (const std::string_view folder : {"/dev/fd/", "/proc/self/fd/"}) {
+        if (!name.starts_with(folder)) continue;
+        name.remove_prefix(folder.size());
+        return name.find_first_not_of("0123456789") == std::string_view::npos ? name : "";
+    }
+    return "";
+}
 
 std::vector<std::uint8_t> readAll(std::istream& in, const std::string& name) {
     constexpr std::size_t atOnce = std::size_t{1} << 16, most = 0x7FFFFFFF;
@@ -32,8 +38,13 @@ std::vector<std::uint8_t> readAll(std::istream& in, const std::string& name) {
 
 } // namespace
 
+bool isStandard(std::string_view name) {
+    const std::string_view descriptor = descriptorOf(name);
+    return name == "-" || name == "/dev/stdin" || name == "/dev/stdout" || descriptor == "0" || descriptor == "1";
+}
+
 bool isStream(std::string_view name) {
-    return isStandard(name) || name.starts_with("/dev/fd/") || name.starts_with("/proc/self/fd/");
+    return isStandard(name) || !descriptorOf(name).empty();
 }
 
 PictureSource openSource(const std::string& name, std::istream& standardInput) {
@@ -58,7 +69,8 @@ void writeStream(const std::string& name, const ByteArray& bytes, std::ostream& 
     if (isStandard(name)) {
         platform::useBytes(platform::StandardStream::output);
     } else {
-        pipe.open(toPath(name), std::ios::binary);
+        // A descriptor may be a file that the shell has opened to be continued.
+        pipe.open(toPath(name), std::ios::binary | std::ios::app);
     }
     std::ostream& out = isStandard(name) ? standardOutput : pipe;
     const auto all = bytes.bytes();

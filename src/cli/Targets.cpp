@@ -3,6 +3,7 @@
 #include "cli/Streams.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
+#include <ranges>
 
 namespace pixkit::cli {
 
@@ -18,6 +19,8 @@ bool isFolder(const std::string& name) {
 }
 
 FileFormat formatOfWord(const std::string& format) {
+    if (format.find_first_of("./\\") != std::string::npos)
+        throw UsageError("--to takes an extension without its dot, not " + format);
     const fs::path file = toPath("a." + format);
     if (const auto problem = formatProblem(file)) throw UsageError("--to: " + *problem);
     return formatOf(file).value();
@@ -59,6 +62,10 @@ Destination::Destination(const std::string& name, bool mayBeFile, const std::vec
     if (m_isFolder && fs::exists(toPath(name), error) && !isFolder(name)) {
         throw UsageError("several pictures need a folder for their results, and " + name + " is a file");
     }
+    if (m_isFolder && !isNamedAsFolder && formatOf(toPath(name))) {
+        throw UsageError("several pictures need a folder for their results, and " + name +
+                         " is called as a picture is; a folder would be " + name + "/");
+    }
     if (m_isFolder) {
         if (m_format.empty()) m_format = folderFormat;
         formatOfWord(m_format);
@@ -67,6 +74,7 @@ Destination::Destination(const std::string& name, bool mayBeFile, const std::vec
     }
     for (const Input& input : inputs) {
         try {
+            m_inputs.emplace(toLower(toUtf8(toPath(input.name).filename())), input.name);
             ++m_claimants[toLower(targetFor(input).name)];
         } catch (const std::exception&) { // said when its turn comes
         }
@@ -95,6 +103,12 @@ Target Destination::targetFor(const Input& input) const {
 
 // Those that nobody else wants need no turn. The others are looked at one after the other, by the order of the inputs.
 void Destination::claim(const Target& target, const Input& input, Piece& piece, bool isWritten) {
+    std::error_code error;
+    const auto [first, last] = m_inputs.equal_range(toLower(toUtf8(target.path().filename())));
+    for (const auto& [name, other] : std::ranges::subrange(first, last))
+        if (other != input.name && !fs::equivalent(toPath(other), toPath(input.name), error) &&
+            fs::equivalent(toPath(other), target.path(), error))
+            throw Failed(input.name, "its result would replace " + other + ", which is one of the pictures");
     const std::string key = toLower(target.name);
     if (m_claimants.at(key) > 1) {
         piece.awaitTurn();
@@ -103,7 +117,6 @@ void Destination::claim(const Target& target, const Input& input, Piece& piece, 
             throw Failed(input.name, "its result would replace that of " + entry->second + " in " + target.name);
     }
     if (!isWritten || !m_isFolder || input.folder.empty()) return;
-    std::error_code error;
     const fs::path folder = target.path().parent_path();
     fs::create_directories(folder, error);
     if (error) throw Failed(toUtf8(folder), "cannot be made: " + error.message());

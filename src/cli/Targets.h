@@ -46,7 +46,8 @@ class Destination {
     bool m_isFolder = false;
     std::string m_format;                           // extension without its dot
     std::map<std::string, std::size_t> m_claimants; // how many inputs may want the same target, by its lower-case name
-    std::map<std::string, std::string> m_claims;    // those that several want, to the input that has it
+    std::multimap<std::string, std::string> m_inputs; // by their lower-case names without folders
+    std::map<std::string, std::string> m_claims;      // those that several want, to the input that has it
 };
 
 } // namespace pixkit::cli

@@ -40,12 +40,20 @@ std::string toLower(std::string_view text) {
 
 std::string shown(std::string_view name) {
     std::string text;
-    for (const char c : name) {
-        if (isControl(c)) {
-            text += "\\x";
-            appendHexByte(text, static_cast<unsigned char>(c));
+    const auto append = [&](char c) {
+        text += "\\x";
+        appendHexByte(text, static_cast<unsigned char>(c));
+    };
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const bool isLate = name.substr(i).starts_with('\xC2') && i + 1 < name.size() &&
+                            static_cast<unsigned char>(name[i + 1]) < 0xA0; // U+0080 to U+009F
+        if (isLate) {
+            append(name[i]);
+            append(name[++i]);
+        } else if (isControl(name[i])) {
+            append(name[i]);
         } else {
-            text += c;
+            text += name[i];
         }
     }
     return text;

@@ -118,7 +118,17 @@ std::string GalleryPicture::inGallery(const std::string& file) const {
 }
 
 bool GalleryPicture::isKept(const std::string& file) const {
-    return m_request.replacing != Replacing::always && !m_source.bytes && isAsNew(inGallery(file), {&m_source.name, 1});
+    std::error_code error;
+    const auto made = fs::last_write_time(toPath(inGallery(file)), error);
+    return m_request.replacing != Replacing::always && !m_source.bytes && !error &&
+           made == fs::last_write_time(toPath(m_source.name), error) && !error;
+}
+
+// Pictures may get each other's names: what was made of one has its time, so that it is not taken for another's.
+void GalleryPicture::takeTimeOfPicture(const std::string& file) const {
+    std::error_code error;
+    const auto time = fs::last_write_time(toPath(m_source.name), error);
+    if (!m_source.bytes && !error) fs::last_write_time(toPath(inGallery(file)), time, error);
 }
 
 GalleryPicture::Thumbnail GalleryPicture::keptThumbnail() {
@@ -141,7 +151,9 @@ void GalleryPicture::loadWhole(cPixSheet& sheet, Console& console) {
     warn(console.err, m_source.name, sheet, m_request.loading);
     m_whole = {sheet.Width(), sheet.Height()};
     const std::string file = inGallery(m_converted);
-    if (!m_request.isDryRun && !sheet.SaveToFile_PNG(file, false)) throw Failed(file, problemOf(sheet));
+    if (m_request.isDryRun) return;
+    if (!sheet.SaveToFile_PNG(file, false)) throw Failed(file, problemOf(sheet));
+    takeTimeOfPicture(m_converted);
 }
 
 void GalleryPicture::convert(Console& console) {
@@ -174,6 +186,7 @@ GalleryPicture::Thumbnail GalleryPicture::makeThumbnail(Console& console) {
         writeWhole(inGallery(made.file), [&](std::ostream& out) {
             out.write(reinterpret_cast<const char*>(all.data()), static_cast<std::streamsize>(all.size()));
         });
+        takeTimeOfPicture(made.file);
     }
     return made;
 }

@@ -16,8 +16,8 @@ namespace pixkit::cli {
 void prepareThumbnails(const std::string& gallery);
 
 // A picture on its way into a gallery. Files are seen from the gallery's folder, and named after the picture's place
-// and the options that change what is made of it, so that the next run finds them. Those that are as new as the picture
-// are kept, unless everything is to be replaced.
+// and the options that change what is made of it, so that the next run finds them. Those that have the time of the
+// picture, which they are given, are kept, unless everything is to be replaced.
 class GalleryPicture {
   public:
     GalleryPicture(const PictureSource& source, const GalleryRequest& request);
@@ -41,6 +41,7 @@ class GalleryPicture {
   private:
     std::string inGallery(const std::string& file) const;
     bool isKept(const std::string& file) const;
+    void takeTimeOfPicture(const std::string& file) const;
     Thumbnail keptThumbnail();
     void loadWhole(cPixSheet& sheet, Console& console);
 

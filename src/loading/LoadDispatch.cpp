@@ -150,7 +150,7 @@ bool cPixSheet::LoadPicture_File(const std::string& FileName, std::int32_t iconC
         if (!file) return refused(openingProblem(FileName, useUnicode));
         const std::int64_t size = platform::GetFileSize(file.get());
         if (size < 0) return refused(fileReason("the file cannot be read"));
-        if (size <= largestRefusedFile) return refused("files of 56 bytes or less hold no picture");
+        if (size <= largestRefusedFile) return refused("files of 56 bytes or less are not read");
         LoadRequest request(file.get(), IconRequest(iconCx, iconCy, iconBitDepth));
         return spt_LoadPictureEx(*this, request, SaveFormat);
     });
@@ -174,7 +174,7 @@ bool cPixSheet::LoadPicture_Stream(const ByteArray& inStream, std::int32_t iconC
         const std::int64_t available = inStream.upperBound() - start + 1;
         const std::int64_t length = streamLength == 0 ? available : streamLength;
         if (length > available) return refused("the array ends before as many bytes");
-        if (length < smallestStream) return refused("less than 20 bytes hold no picture");
+        if (length < smallestStream) return refused("less than 20 bytes are not read");
         LoadRequest request(inStream, static_cast<std::size_t>(start - inStream.lowerBound()),
                             static_cast<std::size_t>(length), IconRequest(iconCx, iconCy, iconBitDepth));
         return spt_LoadPictureEx(*this, request, SaveFormat);

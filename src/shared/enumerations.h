@@ -135,7 +135,7 @@ enum ePngProperties : std::int32_t {
 
 // What is subtracted from the bytes of a PNG's rows before compression.
 enum eFilterMethods : std::int32_t {
-    filterDefault = 0, // the one that compresses best
+    filterDefault = 0, // the one that compresses best, of large pictures parts of them
     filterNone = 1,
     filterSub = 2,
     filterUp = 3,
