@@ -9,18 +9,20 @@
 #   source    the source archive, of the commit that is checked out
 #
 # Beside them lie SHA256SUMS and a list of what is inside (SPDX). Needs scripts/setup.sh release. The times of all files are
-# that of the commit, or SOURCE_DATE_EPOCH. PIXKIT_RELEASE_URL: the folder on the web that the manifests name.
+# that of the commit, or SOURCE_DATE_EPOCH. PIXKIT_RELEASE_URL: the folder on the web that the manifests name;
+# PIXKIT_MAINTAINER: "Name <address>" for Debian's packages. Without them both are examples that nobody can reach.
 # docs/releasing.md says what to do with the result.
 set -euo pipefail
 caller=$PWD
 cd "$(dirname "$0")/.."
+cd "$(pwd -P)" # as git names it
 
 output=$PWD/out/packages parts=()
 while [ $# -gt 0 ]; do
     case $1 in
     --output) output=$2; case $2 in /*) ;; *) output=$caller/$2 ;; esac; shift ;;
     windows | deb | source) parts+=("$1") ;;
-    *) sed -n '3,12p' "$0" >&2; exit 2 ;;
+    *) sed -n '3,13p' "$0" >&2; exit 2 ;;
     esac
     shift
 done
@@ -36,9 +38,15 @@ if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
 fi
 export SOURCE_DATE_EPOCH LC_ALL=C.UTF-8 TZ=UTC
 umask 022
+if [ -e .git ] && ! is_clone; then say "git does not take $PWD for a clone: whose is it?"; exit 1; fi
 . scripts/compiler_cache.sh
 if is_clone && [ -n "$(git status --porcelain)" ]; then say "warning: there are changes that are in no commit"; fi
 
+# What is deleted has been made here.
+if [ -e "$output" ] && [ -n "$(ls -A "$output")" ] && [ ! -e "$output/SHA256SUMS" ]; then
+    say "$output holds something else than an earlier release; name an empty folder"
+    exit 2
+fi
 rm -rf "$output" build/packages
 mkdir -p "$output" build/packages
 logs=build/packages/logs
@@ -51,7 +59,7 @@ quiet() {
     say "$name"
     "$@" >"$logs/${name//[^A-Za-z0-9]/-}.log" 2>&1 </dev/null || { tail -n 30 "$logs/${name//[^A-Za-z0-9]/-}.log" >&2; say "$name failed"; exit 1; }
 }
-build() { cmake --preset "$1" && cmake --build --preset "$1"; }
+build() { cmake --preset "$@" && cmake --build --preset "$1"; }
 
 # Only what git knows, where it is there: no editor's copies.
 files_of() {
@@ -63,8 +71,8 @@ third_parties() {
     local package
     echo "Into the files for Windows are linked: of the compiler, libgcc, libstdc++ and libssp, whose licence has an exception for"
     echo "that (GPL 3 with the GCC Runtime Library Exception 3.1); mingw-w64's run-time library and winpthreads; into the command,"
-    echo "CLI11. Their notices, as Debian has them:"
-    for package in libcli11-dev mingw-w64-common; do
+    echo "CLI11; into the installer, NSIS. Their notices, as Debian has them:"
+    for package in libcli11-dev mingw-w64-common nsis; do
         printf '\n\n--- %s\n\n' $package
         cat /usr/share/doc/$package/copyright
     done
@@ -95,7 +103,8 @@ windows_tree() {
     third_parties >$tree/THIRD-PARTY.txt
     python3 scripts/packaging/page.py docs/windows.md $tree/README.html
     cp packaging/windows/*.cmd $tree
-    sed -i 's/$/\r/' $tree/*.cmd $tree/*.txt
+    # Their editors take nothing else.
+    sed -i 's/$/\r/' $tree/*.cmd $tree/*.txt $tree/samples/vba/*.bas $tree/samples/vb-style/*.frm
 }
 
 make_windows() {
@@ -117,7 +126,7 @@ make_installer() {
 }
 
 make_deb() {
-    quiet "build for Debian" build package
+    quiet "build for Debian" build package ${PIXKIT_MAINTAINER:+"-DPIXKIT_MAINTAINER=$PIXKIT_MAINTAINER"}
     quiet "packages for Debian" cpack --config build/package/CPackConfig.cmake -B "$PWD/build/packages/deb"
     cp build/packages/deb/*.deb "$output"
 }
@@ -126,10 +135,10 @@ make_deb() {
 make_source() {
     local prefix=pixkit-$version
     if is_clone; then
-        git archive --format=tar --prefix="$prefix/" HEAD >build/packages/source.tar
+        git -c tar.umask=0022 archive --format=tar --prefix="$prefix/" HEAD >build/packages/source.tar
     else
         tar --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=root:0 --group=root:0 --mode=u=rwX,go=rX --format=ustar \
-            --exclude=./build --exclude=./out --exclude='__pycache__' --transform="s|^\.|$prefix|" -cf build/packages/source.tar .
+            --exclude=./.git --exclude=./build --exclude=./out --exclude='__pycache__' --transform="s|^\.|$prefix|" -cf build/packages/source.tar .
     fi
     xz -9e --threads=1 --stdout build/packages/source.tar >"$output/$prefix.tar.xz"
 }

@@ -75,8 +75,8 @@ apt-get purge -y pixkit libpixkit3
 files >after
 diff before after
 # Programs that are built with it run without the development files.
-apt-get install -y --no-install-recommends ./libpixkit-dev_*.deb ./libpixkit3_*.deb g++
-g++ -std=c++20 example.cpp -o example $(pkg-config --cflags --libs pixkit 2>/dev/null || echo -lpixkit)
+apt-get install -y --no-install-recommends ./libpixkit-dev_*.deb ./libpixkit3_*.deb g++ pkg-config
+g++ -std=c++20 example.cpp -o example $(pkg-config --cflags --libs pixkit)
 apt-get purge -y libpixkit-dev
 ./example
 apt-get purge -y libpixkit3

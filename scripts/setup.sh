@@ -3,7 +3,7 @@
 # Installs what the project's commands need on Debian 12; does nothing, quickly, when all of it is there. On systems
 # without dpkg it looks for the programs and libraries themselves, and names those that are missing.
 #
-#   setup.sh [demo|native|native32|text|windows|clients|release|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
+#   setup.sh [demo|native|native32|text|windows|clients|release|checks|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
 #
 #   demo      compiler, CMake, Ninja and the command's argument parser
 #   native    demo and text, and what the native tests need
@@ -37,7 +37,7 @@ packages_of() {
     bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;
     *)
-        sed -n '3,18p' "$0" >&2
+        sed -n '3,19p' "$0" >&2
         exit 2
         ;;
     esac

@@ -8,17 +8,17 @@ install(TARGETS pixkit EXPORT pixkit-targets
         RUNTIME COMPONENT runtime LIBRARY COMPONENT runtime NAMELINK_COMPONENT development ARCHIVE COMPONENT development)
 install(EXPORT pixkit-targets NAMESPACE pixkit:: DESTINATION "${package_dir}" COMPONENT development)
 write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake" COMPATIBILITY SameMajorVersion)
-# Whoever links the static library needs the libraries that draw text. Beside a shared one, pkg-config names them for
-# `--static` only.
+# Whoever links the static library needs the libraries that draw text. A shared one has them itself; were they named as
+# private ones, pkg-config would ask for their development files all the same.
 get_target_property(library_type pixkit TYPE)
-set(for pc_private)
+set(pc_libraries)
+set(pc_packages)
 if(library_type STREQUAL "STATIC_LIBRARY")
     set(needed_packages ${text_packages})
-    set(for pc_public)
+    list(TRANSFORM system_libraries PREPEND "-l" OUTPUT_VARIABLE pc_libraries)
+    string(REPLACE ";" " " pc_libraries "${pc_libraries}")
+    string(REPLACE ";" " " pc_packages "${text_packages}")
 endif()
-list(TRANSFORM system_libraries PREPEND "-l" OUTPUT_VARIABLE ${for}_libraries)
-string(REPLACE ";" " " ${for}_libraries "${${for}_libraries}")
-string(REPLACE ";" " " ${for}_packages "${text_packages}")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/pixkit-config.cmake" pixkit-config.cmake @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config.cmake" "${CMAKE_CURRENT_BINARY_DIR}/pixkit-config-version.cmake"
         DESTINATION "${package_dir}" COMPONENT development)

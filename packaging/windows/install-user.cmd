@@ -32,7 +32,7 @@ goto end
 
 :register
 "%~1" /s /n /i:user "%here%%~2\pixkit.dll"
-if errorlevel 1 goto refused
+if not %errorlevel%==0 goto refused
 echo pixkit is ready for %~3 programs.
 goto :eof
 :refused

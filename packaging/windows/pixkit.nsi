@@ -5,7 +5,7 @@
 ;   OUTPUT                the installer
 ;   TARGET                x86-unicode, which runs everywhere and installs both word sizes; amd64-unicode is for tests, on a
 ;                         Windows that runs no 32-bit programs
-; Exit codes: 0 done, 1 cancelled, 2 rights are missing, 3 a DLL could not be registered, 5 a program uses a DLL.
+; Exit codes: 0 done, 1 cancelled, 2 rights are missing, 3 a DLL could not be registered, 5 a program uses them.
 Unicode true
 Target ${TARGET}
 !include LogicLib.nsh
@@ -21,6 +21,8 @@ ManifestDPIAware true
 XPStyle on
 ; Files get the time at which they are installed, so that the installer has the same bytes whenever it is made.
 SetDateSave off
+; A file that cannot be written ends the installation, also a silent one, which would go on without it otherwise.
+AllowSkipFiles off
 SetCompressor /SOLID lzma
 ShowInstDetails nevershow
 ShowUninstDetails nevershow
@@ -47,11 +49,11 @@ Var Register32  ; the programs that register DLLs; empty where this Windows does
 Var Register64
 Var Scope       ; their options
 
-; All or nothing: a DLL that a program has loaded can be neither replaced nor deleted.
-!macro RefuseIfUsed bits
-    ${If} ${FileExists} "$INSTDIR\${bits}\pixkit.dll"
+; All or nothing: a program that runs, or a DLL that one has loaded, can be neither replaced nor deleted.
+!macro RefuseIfUsed file
+    ${If} ${FileExists} "$INSTDIR\${file}"
         ClearErrors
-        FileOpen $0 "$INSTDIR\${bits}\pixkit.dll" a
+        FileOpen $0 "$INSTDIR\${file}" a
         ${If} ${Errors}
             MessageBox MB_OK|MB_ICONEXCLAMATION "A program uses pixkit. Please end it, and try again." /SD IDOK
             SetErrorLevel 5
@@ -59,6 +61,13 @@ Var Scope       ; their options
         ${EndIf}
         FileClose $0
     ${EndIf}
+!macroend
+
+!macro RefuseIfAnyUsed
+    !insertmacro RefuseIfUsed x86\pixkit.dll
+    !insertmacro RefuseIfUsed x86\pixkit.exe
+    !insertmacro RefuseIfUsed x64\pixkit.dll
+    !insertmacro RefuseIfUsed x64\pixkit.exe
 !macroend
 
 !macro Common un
@@ -90,17 +99,20 @@ FunctionEnd
 
 Function ${un}Forget
     ${If} $Register32 != ""
-        ExecWait '"$Register32" /s /u $Scope "$INSTDIR\x86\pixkit.dll"' $0
+        ExecWait '"$Register32" /s /u $Scope "$INSTDIR\x86\pixkit.dll"' $1
     ${EndIf}
     ${If} $Register64 != ""
-        ExecWait '"$Register64" /s /u $Scope "$INSTDIR\x64\pixkit.dll"' $0
+        ExecWait '"$Register64" /s /u $Scope "$INSTDIR\x64\pixkit.dll"' $1
     ${EndIf}
 FunctionEnd
 
 Function ${un}RemoveFiles
     !insertmacro RemoveListedFiles
     Delete "$INSTDIR\uninstall.exe"
-    DeleteRegKey SHCTX "${UNINSTALL_KEY}"
+    ReadRegStr $1 SHCTX "${UNINSTALL_KEY}" InstallLocation
+    ${If} $1 == $INSTDIR
+        DeleteRegKey SHCTX "${UNINSTALL_KEY}"
+    ${EndIf}
     SetOutPath "$TEMP"
     RMDir "$INSTDIR" ; stays where somebody put something into it
 FunctionEnd
@@ -146,9 +158,24 @@ Function RegistrationFailed
     Quit
 FunctionEnd
 
+; What an earlier version has installed goes first, wherever that is: this one may have other files.
+Function RemoveEarlier
+    ReadRegStr $1 SHCTX "${UNINSTALL_KEY}" InstallLocation
+    ${If} $1 != ""
+    ${AndIf} ${FileExists} "$1\uninstall.exe"
+        ExecWait '"$1\uninstall.exe" /S _?=$1' $0 ; which waits, and cannot delete itself
+        ${If} $0 <> 0
+            SetErrorLevel $0
+            Quit
+        ${EndIf}
+        Delete "$1\uninstall.exe"
+        RMDir "$1"
+    ${EndIf}
+FunctionEnd
+
 Section
-    !insertmacro RefuseIfUsed x86
-    !insertmacro RefuseIfUsed x64
+    !insertmacro RefuseIfAnyUsed
+    Call RemoveEarlier
     !insertmacro InstallListedFiles
     WriteUninstaller "$INSTDIR\uninstall.exe"
     ${If} $Register32 != ""
@@ -192,8 +219,12 @@ Function un.onInit
 FunctionEnd
 
 Section Uninstall
-    !insertmacro RefuseIfUsed x86
-    !insertmacro RefuseIfUsed x64
-    Call un.Forget
+    !insertmacro RefuseIfAnyUsed
+    ; The class may be that of another copy, which has an entry then.
+    ReadRegStr $1 SHCTX "${UNINSTALL_KEY}" InstallLocation
+    ${If} $1 == ""
+    ${OrIf} $1 == $INSTDIR
+        Call un.Forget
+    ${EndIf}
     Call un.RemoveFiles
 SectionEnd

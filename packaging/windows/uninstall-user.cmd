@@ -29,7 +29,7 @@ goto end
 
 :forget
 "%~1" /s /u /n /i:user "%here%%~2\pixkit.dll"
-if errorlevel 1 goto refused
+if not %errorlevel%==0 goto refused
 echo pixkit is forgotten for %~3 programs.
 goto :eof
 :refused

@@ -2,8 +2,8 @@
 //
 //   Thumbnail.exe PICTURE RESULT.png
 //
-// The component is registered, or lies beside the program with its manifest, which app.manifest names: then nothing is
-// registered. Build with the word size of the component (Thumbnail.csproj).
+// The component lies beside the program with its manifest, which app.manifest names, so that nothing is registered. To use
+// the one that is registered, leave app.manifest out of Thumbnail.csproj. Build with the word size of the component (Thumbnail.csproj).
 using System;
 
 static class Program

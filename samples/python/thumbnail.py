@@ -13,7 +13,8 @@ resampleLanczos3 = 4
 
 
 def check(success, what, sheet):
-    if not success:
+    # With a wrapper class made of the type library, members that store in arguments return those, too.
+    if not (success[0] if isinstance(success, tuple) else success):
         sys.exit(f"{what}: {sheet.LastErrorText}")
 
 

@@ -65,6 +65,13 @@ class Document:
                           {"algorithm": "SHA256", "checksumValue": hashlib.sha256(contents).hexdigest()}]})
         return identifier
 
+    def describe_files(self, package):
+        """What a package that contains all files so far has to say of them (SPDX 2.3, 7.9)."""
+        sums = sorted(file["checksums"][0]["checksumValue"] for file in self.files)
+        self.packages[package] |= {
+            "filesAnalyzed": True, "licenseInfoFromFiles": ["MIT"],
+            "packageVerificationCode": {"packageVerificationCodeValue": hashlib.sha1("".join(sums).encode()).hexdigest()}}
+
     def text(self):
         # The same files have the same name for their document.
         name = uuid.uuid5(uuid.NAMESPACE_URL, json.dumps([file["checksums"] for file in self.files]))
@@ -87,6 +94,7 @@ def main():
             kind = "ARCHIVE" if path.suffix in {".zip", ".deb", ".xz", ".nupkg"} else "BINARY" if path.suffix == ".exe" else "TEXT"
             archives[path.name] = document.file(path.relative_to(packages).as_posix(), path.read_bytes(), kind)
             document.relate(own, "CONTAINS", archives[path.name])
+    document.describe_files(own)
     windows = f"pixkit-{version}-windows.zip"
     if windows in archives:
         for bits, cpu in (("x86", "i686"), ("x64", "x86-64")):
@@ -99,7 +107,9 @@ def main():
                         part = document.package(name, version_of(package.format(cpu=cpu)), licence)
                         document.relate(inside, "STATIC_LINK", part)
     for name, identifier in archives.items():
-        if name.startswith("libpixkit3_"):
+        if name.endswith("-setup.exe"):
+            document.relate(identifier, "STATIC_LINK", document.package("NSIS", version_of("nsis"), "Zlib"))
+        if name.startswith(("libpixkit3_", "pixkit_")):
             for package, part, licence in LINUX_PARTS:
                 document.relate(identifier, "DYNAMIC_LINK", document.package(part, version_of(package), licence))
         if name.startswith("pixkit_"):

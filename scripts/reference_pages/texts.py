@@ -34,6 +34,9 @@ def argument_texts(text):
     return {name: meaning for name, meaning in re.findall(r"^- `(\w+)`: (.*)$", text, re.MULTILINE)}
 
 
+FAILURE = re.compile(r"^Failure: (.+(?:\n(?!- `\w+`: |See: ).+)*)", re.MULTILINE)
+
+
 def read_subject(path):
     head, *sections = re.split(r"^## ", path.read_text(encoding="utf-8"), flags=re.MULTILINE)
     title, _, introduction = head.partition("\n")
@@ -46,9 +49,9 @@ def read_subject(path):
             page.examples.append(Example(language, set(flags), code.rstrip("\n")))
         prose = re.sub(r"^```.*?^```$", "", body, flags=re.MULTILINE | re.DOTALL)
         page.arguments = argument_texts(prose)
-        page.failure = "".join(re.findall(r"^Failure: (.*)$", prose, re.MULTILINE))
+        page.failure = " ".join("".join(FAILURE.findall(prose)).split())
         page.see = re.findall(r"\w+", "".join(re.findall(r"^See: (.*)$", prose, re.MULTILINE)))
-        page.notes = re.sub(r"^(- `\w+`: |Failure: |See: ).*$", "", prose, flags=re.MULTILINE).strip()
+        page.notes = re.sub(r"^(- `\w+`: |See: ).*$", "", FAILURE.sub("", prose), flags=re.MULTILINE).strip()
         subject.pages.append(page)
     return subject
 
@@ -79,6 +82,6 @@ def read_header(path):
                 if name:
                     entry = found.setdefault(name[1], ([], []))
                     entry[0].extend([] if entry[0] else comment)
-                    entry[1].append(re.sub(r"\s*(noexcept )?\{.*\}|\s*noexcept;?$", "", declaration.rstrip(";\n")))
+                    entry[1].append(re.sub(r"\s*(noexcept )?(?<=[)\w] )\{.*\}$|\s*noexcept;?$", "", declaration.rstrip(";\n")))
                 declaration, fresh = "", None
     return found

@@ -44,7 +44,7 @@ def windows():
     expect(len({entry.date_time for entry in entries.values()}) == 1, "zip: several times")
     wanted = [f"{bits}/pixkit.{kind}" for bits in ("x86", "x64") for kind in ("dll", "exe", "manifest", "tlb")]
     wanted += ["README.html", "LICENSE.txt", "THIRD-PARTY.txt", "install-user.cmd", "uninstall-user.cmd", "include/pixkit_com.h",
-               "include/automation.h"]
+               "include/pixkit_client.h", "include/automation.h"]
     wanted += [name for name in TRACKED if name.startswith("samples/") and name != "samples/example.cpp"]
     same("zip", [name for name in entries if not name.startswith("reference/")], wanted)
     members = re.findall(r"HRESULT (\w+)\(", (ROOT / "src/com/pixkit.idl").read_text(encoding="utf-8"))
@@ -68,7 +68,7 @@ def nuget(contents):
         parts = {name: archive.read(name) for name in archive.namelist()}
     native = [f"{bits}/pixkit.{kind}" for bits in ("x86", "x64") for kind in ("dll", "manifest", "tlb")]
     same("nupkg", parts, ["[Content_Types].xml", "_rels/.rels", "pixkit.nuspec", "build/native/pixkit.targets", "README.md",
-                          "LICENSE.txt", "THIRD-PARTY.txt", "build/native/include/pixkit_com.h", "build/native/include/automation.h",
+                          "LICENSE.txt", "THIRD-PARTY.txt", *(f"build/native/include/{name}.h" for name in ("pixkit_com", "pixkit_client", "automation")),
                           *(f"runtimes/win-{name.replace('/', '/native/')}" for name in native)])
     for name in native:
         expect(parts[f"runtimes/win-{name.replace('/', '/native/')}"] == contents[name], f"nupkg: another {name}")

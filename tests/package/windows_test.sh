@@ -129,6 +129,13 @@ for whom in user everybody; do
 done
 check "a folder with blanks" gives 0 windows "$installer" /S '/D=C:\My' 'folder\p' x
 check "gets the files" [ -s "$PIXKIT_WINE_PREFIX/drive_c/My folder/p x/x64/pixkit.dll" ]
+first="$PIXKIT_WINE_PREFIX/drive_c/My folder/p x"
+touch "$first/reference/old.html" # of an earlier version
+check "another folder" gives 0 windows "$installer" /S '/D=C:\Other'
+check "takes the place of the first" removed "$first/uninstall.exe"
+check "and a third the first's" gives 0 windows "$installer" /S '/D=C:\My' 'folder\p' x
+check "of which nothing stays" removed "$PIXKIT_WINE_PREFIX/drive_c/Other"
+rm -r "$first/reference/old.html"
 check "and loses them" gives 0 windows "$PIXKIT_WINE_PREFIX/drive_c/My folder/p x/uninstall.exe" /S
 check "all of them, with the folder" removed "$PIXKIT_WINE_PREFIX/drive_c/My folder/p x"
 rm "$work/alive"
