@@ -86,7 +86,8 @@ TEST_F(Memory, ResamplingTakesMuchMoreThanItsResult) {
     const std::int32_t sizes[][2] = {{1154, 866}, {256, 192}, {20, 15}, {3264, 100}, {3600, 2700}};
     for (const AlphaTypeEnum alpha : {AlphaNone, AlphaComplex}) {
         for (const eResampleFilters filter : {resampleArea, resampleTriangle, resampleMitchell, resampleLanczos3}) {
-            for (const auto& [width, height] : sizes) {
+            for (const auto& size : sizes) {
+                const std::int32_t width = size[0], height = size[1];
                 cPixSheet sheet;
                 draw(sheet, 3264, 2448, alpha, [](unsigned x, unsigned y) {
                     return Pixel{static_cast<std::uint8_t>(x), static_cast<std::uint8_t>(y), 9, 255};
