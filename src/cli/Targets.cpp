@@ -3,7 +3,6 @@
 #include "cli/Streams.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
-#include <ranges>
 
 namespace pixkit::cli {
 
@@ -104,11 +103,13 @@ Target Destination::targetFor(const Input& input) const {
 // Those that nobody else wants need no turn. The others are looked at one after the other, by the order of the inputs.
 void Destination::claim(const Target& target, const Input& input, Piece& piece, bool isWritten) {
     std::error_code error;
-    const auto [first, last] = m_inputs.equal_range(toLower(toUtf8(target.path().filename())));
-    for (const auto& [name, other] : std::ranges::subrange(first, last))
+    const std::string own = toLower(toUtf8(target.path().filename()));
+    for (auto each = m_inputs.lower_bound(own); each != m_inputs.end() && each->first == own; ++each) {
+        const std::string& other = each->second;
         if (other != input.name && !fs::equivalent(toPath(other), toPath(input.name), error) &&
             fs::equivalent(toPath(other), target.path(), error))
             throw Failed(input.name, "its result would replace " + other + ", which is one of the pictures");
+    }
     const std::string key = toLower(target.name);
     if (m_claimants.at(key) > 1) {
         piece.awaitTurn();
