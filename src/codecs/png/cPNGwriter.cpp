@@ -44,13 +44,16 @@ void compressRuns(PngRowMaker rows, const PngForm& form, Bytes& out) {
 void compress(const Bytes& rows, const PngForm& form, int level, Bytes& out) {
     const std::size_t before = out.size();
     deflate::compressZlib(rows, level, out);
-    if (level < deflate::defaultLevel || deflate::runCompressedSize(rows, form.filterStep()) >= out.size() - before)
-        return;
-    Bytes runs;
-    deflate::RunCompressor(runs, form.filterStep()).add(rows, true);
-    if (runs.size() >= out.size() - before) return;
+    if (level < deflate::defaultLevel) return;
+    const std::size_t size = out.size() - before;
+    // Noise, which nothing makes smaller, is not worth another try.
+    if (deflate::runCompressedSize(rows, form.filterStep()) + size / 1024 >= size) return;
+    // In the place of the first stream, and not beside it: one is held at a time.
     out.resize(before);
-    out.insert(out.end(), runs.begin(), runs.end());
+    deflate::RunCompressor(out, form.filterStep()).add(rows, true);
+    if (out.size() - before < size) return;
+    out.resize(before);
+    deflate::compressZlib(rows, level, out);
 }
 
 Bytes makeFile(ConstPixelView image, bool hasAlpha, const PngForm& form, eFilterMethods filter, std::size_t expected,
