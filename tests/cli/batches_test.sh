@@ -26,10 +26,10 @@ same() {
 # What stands between the N-th pair of fences.
 block() { awk -v n="$1" '/^```/ { inside = !inside; count += inside; next } inside && count == n' "$document"; }
 
-# The command, counting how often it writes; a machine that is reached without a network.
+# The command; a machine that is reached without a network, whose login sets SHELL as every one does.
 mkdir "$folder/bin" && cd "$folder" || exit 2
 printf '#!/bin/sh\nexec "%s" "$@"\n' "$command" >bin/pixkit
-printf '#!/bin/sh\nhost=$1\n[ "$2" = -- ] && shift\nshift\necho "$host" >>"%s/hosts"\nexec sh -c "$*"\n' "$folder" >bin/ssh
+printf '#!/bin/sh\nhost=$1\n[ "$2" = -- ] && shift\nshift\necho "$host" >>"%s/hosts"\nexport SHELL=/bin/sh\nexec sh -c "$*"\n' "$folder" >bin/ssh
 chmod +x bin/*
 export PATH=$folder/bin:$PATH PARALLEL_SSH=$folder/bin/ssh PARALLEL_HOME=$folder
 
