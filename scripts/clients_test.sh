@@ -14,18 +14,7 @@ picture=$PWD/samples/pictures/lantern.png
 node=$PWD/build/node
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-passed=0 failed=0
-
-check() {
-    local name=$1 output
-    shift
-    if output=$("$@" 2>&1); then
-        passed=$((passed + 1))
-    else
-        failed=$((failed + 1))
-        printf 'FAILED: %s\n%s\n' "$name" "$output"
-    fi
-}
+. tests/com/check.sh
 windows() { scripts/wine.sh run "$@"; }
 
 # The unit is made of the type library in the DLL, as a Delphi programmer would make it.

@@ -34,7 +34,7 @@ packages_of() {
     release) echo "$build $text $(packages_of windows) git nsis file xz-utils unzip lintian faketime debootstrap python3" ;;
     checks) echo "clang-format clang-tidy cppcheck doxygen reuse" ;;
     browser) echo "chromium chromium-driver python3" ;;
-    bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev pkg-config imagemagick valgrind python3" ;;
+    bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev libopencv-imgproc-dev libvips-dev pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;
     *)
         sed -n '3,19p' "$0" >&2

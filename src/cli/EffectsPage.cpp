@@ -1,5 +1,6 @@
 #include "cli/EffectsPage.h"
 #include "cli/Colour.h"
+#include "cli/PageStyle.h"
 #include "cli/Text.h"
 #include <algorithm>
 #include <ostream>
@@ -8,16 +9,7 @@ namespace pixkit::cli {
 
 namespace {
 
-constexpr const char* style = R"css(
-:root { color-scheme: light dark; --page: #f4f5f7; --card: #fff; --ink: #1d2127; --soft: #5d6672; --line: #dfe3e8;
-        --accent: #2457c5; --square-a: #fff; --square-b: #d5d8dd; }
-@media (prefers-color-scheme: dark) {
-  :root { --page: #14171b; --card: #1e2228; --ink: #e8eaee; --soft: #9aa4b1; --line: #2f353d; --accent: #8db4ff;
-          --square-a: #5b6067; --square-b: #44494f; }
-}
-* { box-sizing: border-box; }
-body { margin: 0; background: var(--page); color: var(--ink); font: 15px/1.45 system-ui, sans-serif; }
-body > header, main, footer { max-width: 1500px; margin: 0 auto; padding: 0 clamp(12px, 3vw, 32px); }
+constexpr const char* style = R"css(body > header, main, footer { max-width: 1500px; margin: 0 auto; padding: 0 clamp(12px, 3vw, 32px); }
 h1 { margin: 28px 0 4px; font-size: 28px; letter-spacing: -.01em; }
 h2 { margin: 0; font-size: 20px; }
 h3 { margin: 26px 0 10px; font-size: 12px; letter-spacing: .09em; text-transform: uppercase; color: var(--soft); }
@@ -92,7 +84,7 @@ void writeEffectsPage(std::ostream& html, const std::vector<EffectsPicture>& pic
          << "\">\n"
             "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>pixkit effects</title>\n"
             "<style>"
-         << style << "</style>\n</head>\n<body>\n<header>\n<h1>pixkit effects</h1>\n"
+         << pageStyle << style << "</style>\n</head>\n<body>\n<header>\n<h1>pixkit effects</h1>\n"
          << "<p class=\"soft\">Each picture was loaded, changed by the calls under it and saved as PNG. The "
             "checkerboard shows "
             "where a result is transparent.</p>\n<nav>\n";

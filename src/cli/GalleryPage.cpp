@@ -1,4 +1,5 @@
 #include "cli/GalleryPage.h"
+#include "cli/PageStyle.h"
 #include "cli/Text.h"
 #include <algorithm>
 #include <ostream>
@@ -7,16 +8,7 @@ namespace pixkit::cli {
 
 namespace {
 
-constexpr const char* style = R"css(
-:root { color-scheme: light dark; --page: #f4f5f7; --card: #fff; --ink: #1d2127; --soft: #5d6672; --line: #dfe3e8;
-        --accent: #2457c5; --square-a: #fff; --square-b: #d5d8dd; }
-@media (prefers-color-scheme: dark) {
-  :root { --page: #14171b; --card: #1e2228; --ink: #e8eaee; --soft: #9aa4b1; --line: #2f353d; --accent: #8db4ff;
-          --square-a: #5b6067; --square-b: #44494f; }
-}
-* { box-sizing: border-box; }
-body { margin: 0; background: var(--page); color: var(--ink); font: 15px/1.45 system-ui, sans-serif; }
-header, main, footer { max-width: 1800px; margin: 0 auto; padding: 0 clamp(10px, 3vw, 32px); }
+constexpr const char* style = R"css(header, main, footer { max-width: 1800px; margin: 0 auto; padding: 0 clamp(10px, 3vw, 32px); }
 h1 { margin: 24px 0 2px; font-size: 26px; letter-spacing: -.01em; overflow-wrap: anywhere; }
 h2 { margin: 26px 0 10px; font-size: 15px; color: var(--soft); overflow-wrap: anywhere; }
 p { margin: 0; }
@@ -84,7 +76,7 @@ void writeGalleryPage(std::ostream& html, const GalleryHead& head,
     html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
          << galleryMark << ' ' << htmlText(head.version)
          << "\">\n<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>"
-         << htmlText(head.title) << "</title>\n<link rel=\"icon\" href=\"data:,\">\n<style>" << style;
+         << htmlText(head.title) << "</title>\n<link rel=\"icon\" href=\"data:,\">\n<style>" << pageStyle << style;
     if (!head.orients) html << "img { image-orientation: none; }\n";
     html << "</style>\n</head>\n<body>\n<header>\n<h1>" << htmlText(head.title) << "</h1>\n<p class=\"soft\">" << count
          << (count == 1 ? " picture" : " pictures") << "</p>\n</header>\n<main>\n";

@@ -11,18 +11,7 @@ build=$(realpath "$1") runner=("$(realpath "$2")" "${@:3}")
 dll=$build/src/com/pixkit.dll pictures=samples/pictures
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-passed=0 failed=0
-
-check() {
-    local name=$1 output
-    shift
-    if output=$("$@" 2>&1); then
-        passed=$((passed + 1))
-    else
-        failed=$((failed + 1))
-        printf 'FAILED: %s\n%s\n' "$name" "$output"
-    fi
-}
+. tests/com/check.sh
 
 windows() { "${runner[@]}" "$@"; }
 
