@@ -111,8 +111,8 @@ TEST_F(Ledger, ACutPictureIsNotSurvived) {
         const Bytes bytes = readFile(data / name);
         const std::size_t step = bytes.size() / 30 + 1;
         for (std::size_t size = 20; size < bytes.size(); size += size < 1000 ? 1 : step) {
-            // A loader that is the system's own is slow to refuse: it sees one cut in 32.
-            if (platform::canLoadMetafiles() && size % 32 != 0) platform::armFault(platform::SeamCall::oleLoadPicture);
+            // A loader that is the system's own is slow to refuse: it sees one cut in 128.
+            if (platform::canLoadMetafiles() && size % 128 != 0) platform::armFault(platform::SeamCall::oleLoadPicture);
             loadExactly(std::span(bytes).first(size));
             platform::disarmFaults();
             if (HasFailure()) FAIL() << "cut to " << size;
