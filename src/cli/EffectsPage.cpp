@@ -9,7 +9,8 @@ namespace pixkit::cli {
 
 namespace {
 
-constexpr const char* style = R"css(body > header, main, footer { max-width: 1500px; margin: 0 auto; padding: 0 clamp(12px, 3vw, 32px); }
+constexpr const char* style = R"css(
+body > header, main, footer { max-width: 1500px; margin: 0 auto; padding: 0 clamp(12px, 3vw, 32px); }
 h1 { margin: 28px 0 4px; font-size: 28px; letter-spacing: -.01em; }
 h2 { margin: 0; font-size: 20px; }
 h3 { margin: 26px 0 10px; font-size: 12px; letter-spacing: .09em; text-transform: uppercase; color: var(--soft); }

@@ -8,7 +8,8 @@ namespace pixkit::cli {
 
 namespace {
 
-constexpr const char* style = R"css(header, main, footer { max-width: 1800px; margin: 0 auto; padding: 0 clamp(10px, 3vw, 32px); }
+constexpr const char* style = R"css(
+header, main, footer { max-width: 1800px; margin: 0 auto; padding: 0 clamp(10px, 3vw, 32px); }
 h1 { margin: 24px 0 2px; font-size: 26px; letter-spacing: -.01em; overflow-wrap: anywhere; }
 h2 { margin: 26px 0 10px; font-size: 15px; color: var(--soft); overflow-wrap: anywhere; }
 p { margin: 0; }
