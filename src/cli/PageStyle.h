@@ -12,8 +12,7 @@ inline constexpr const char* pageStyle = R"css(
           --square-a: #5b6067; --square-b: #44494f; }
 }
 * { box-sizing: border-box; }
-body { margin: 0; background: var(--page); color: var(--ink); font: 15px/1.45 system-ui, sans-serif; }
-)css";
+body { margin: 0; background: var(--page); color: var(--ink); font: 15px/1.45 system-ui, sans-serif; })css";
 
 } // namespace pixkit::cli
 // SPDX-License-Identifier: MIT
