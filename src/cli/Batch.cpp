@@ -45,6 +45,28 @@ class Batch {
         if (std::exchange(isAtWork, false)) --m_atWork;
     }
 
+    void progress(std::size_t index, const std::string& line) noexcept {
+        const std::scoped_lock lock(m_lock);
+        if (!m_console.personWatches || m_turn != index) return;
+        try {
+            rewrite('[' + std::to_string(index + 1) + '/' + std::to_string(m_pieces) + "] " + line);
+        } catch (const std::exception&) { // it is not worth the work
+        }
+    }
+
+    // At once, so that an interrupt leaves nothing unsaid that is done.
+    void say(const std::string& out, const std::string& err) noexcept {
+        try {
+            if (m_shownLength != 0) {
+                rewrite("");
+                m_console.err << '\r';
+            }
+            m_console.err << err << std::flush;
+            m_console.out << out << std::flush;
+        } catch (const std::exception&) { // streams of other programs may throw; the command's do not
+        }
+    }
+
   private:
     // Waits until fewer pieces are worked on than may be. False when all have been taken. What waits does so for less
     // time than a small picture takes.
@@ -104,13 +126,11 @@ class Batch {
         ++m_turn;
     }
 
-    // At once, so that an interrupt leaves nothing unsaid that is done.
-    void say(const std::string& out, const std::string& err) noexcept {
-        try {
-            m_console.err << err << std::flush;
-            m_console.out << out << std::flush;
-        } catch (const std::exception&) { // streams of other programs may throw; the command's do not
-        }
+    // In the place of the last such line. Spaces cover what that leaves: not every console knows how to erase.
+    void rewrite(const std::string& line) {
+        m_console.err << '\r' << line << std::string(std::max(m_shownLength, line.size()) - line.size(), ' ')
+                      << std::flush;
+        m_shownLength = line.size();
     }
 
     const std::size_t m_pieces;
@@ -123,6 +143,7 @@ class Batch {
     platform::Lock m_lock; // of all below
     std::map<std::size_t, std::pair<std::string, std::string>> m_kept;
     std::exception_ptr m_failure;
+    std::size_t m_shownLength = 0; // of the line that tells how far work has come
 };
 
 Piece::Piece(Batch& batch, std::size_t index, bool& isAtWork)
@@ -133,15 +154,18 @@ void Piece::awaitTurn() {
     m_batch.awaitTurn(m_index);
 }
 
+void Piece::progress(const std::string& line) noexcept {
+    m_batch.progress(m_index, line);
+}
+
 void Piece::letOthersWork() noexcept {
     m_batch.leaveWork(m_isAtWork);
 }
 
 bool Piece::confirm(const std::string& question) {
     awaitTurn();
-    Console& console = m_batch.console();
-    console.err << std::exchange(m_err, std::ostringstream()).str();
-    return cli::confirm(console, question);
+    m_batch.say("", std::exchange(m_err, std::ostringstream()).str());
+    return cli::confirm(m_batch.console(), question);
 }
 
 void runBatch(std::size_t pieces, unsigned jobs, Console& console, const std::function<void(Piece&)>& work,

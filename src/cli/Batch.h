@@ -20,6 +20,9 @@ class Piece {
     void awaitTurn();
     // Asks the person at the terminal, in turn. False where nobody answers.
     bool confirm(const std::string& question);
+    // How far it has come, for a person who watches: a line that goes when something is said. Of several pieces that
+    // are worked on, it is shown of the first.
+    void progress(const std::string& line) noexcept;
     // What is left of it is mostly waiting, such as for a disk: another piece may be begun meanwhile.
     void letOthersWork() noexcept;
 

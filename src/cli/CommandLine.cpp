@@ -122,21 +122,33 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
                 "  pixkit compose -o stack.tga back.png middle.png@8,8 front.png@16,16:50%");
 }
 
+// What the commands have that make pages of many pictures.
+template <class Request>
+void addPageOptions(CLI::App& sub, Request& request) {
+    addLoading(sub, request.loading);
+    addRecursive(sub, request.recursive);
+    addTurning(sub, request.loading);
+    addReporting(sub, request, request.loading);
+    sub.add_flag_callback(
+           "--overwrite", [&request] { request.replacing = Replacing::always; },
+           "Make all anew, and replace a page that something else has\nmade")
+        ->group("Saving");
+    addJobs(sub, request.jobs);
+}
+
 void addEffects(CLI::App& app, EffectsRequest& request) {
     CLI::App* const sub = app.add_subcommand("effects", "Show every effect on pictures in one HTML page");
     sub->add_option("PICTURE", request.pictures, "Pictures")->required()->type_name("");
     sub->add_option("-o,--output", request.folder, "Folder for the page and the results")
         ->type_name("FOLDER")
         ->capture_default_str();
-    addLoading(*sub, request.loading);
-    addTurning(*sub, request.loading);
-    sub->add_flag("-q,--quiet", request.loading.isQuiet, "Do not warn of what of a file is left out")
-        ->group("Messages");
-    sub->footer(
-        "There are about 40 results of each picture, saved as PNG: 2 MB for 240 x 300 pixels with alpha. Existing "
-        "files\nin the folder are replaced.\n\n"
-        "Example:\n"
-        "  pixkit effects samples/pictures/*.png -o out/effects");
+    addPageOptions(*sub, request);
+    sub->footer("There are about 40 results of each picture, in a folder of its own, saved as PNG: 2 MB for 240 x 300 "
+                "pixels with\n"
+                "alpha. Existing ones are replaced; a page that something else has made is kept unless --overwrite is "
+                "given.\n\n"
+                "Example:\n"
+                "  pixkit effects samples/pictures/*.png -o out/effects");
 }
 
 void addSheet(CLI::App& app, SheetRequest& request) {
@@ -191,15 +203,7 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
                     "Where pictures of the same names lie as they were before;\nthe page shows both")
         ->type_name("FOLDER")
         ->group(page);
-    addLoading(*sub, request.loading);
-    addRecursive(*sub, request.recursive);
-    addTurning(*sub, request.loading);
-    addReporting(*sub, request, request.loading);
-    sub->add_flag_callback(
-           "--overwrite", [&request] { request.replacing = Replacing::always; },
-           "Make all anew, and replace a page that something else has\nmade")
-        ->group("Saving");
-    addJobs(*sub, request.jobs);
+    addPageOptions(*sub, request);
     sub->footer(
         "The page links to the pictures where they are; those that browsers do not read (TGA, BMP, icons) lie beside\n"
         "it as PNG. Thumbnails that are as new as their pictures are kept, so that a run that was interrupted goes "

@@ -97,7 +97,8 @@ struct SheetRequest : SavingOptions {
 PictureSize parseCell(const std::string& text);
 int sheet(const SheetRequest& request, Console& console);
 
-struct GalleryRequest : SavingOptions { // of which messages, --dry-run and --overwrite are asked for
+// Of SavingOptions messages, --dry-run and --overwrite are asked for.
+struct GalleryRequest : SavingOptions {
     std::vector<std::string> pictures;
     std::string folder = "out/gallery";
     std::string before; // a folder of pictures as they were, or empty
@@ -108,10 +109,12 @@ struct GalleryRequest : SavingOptions { // of which messages, --dry-run and --ov
 };
 int gallery(const GalleryRequest& request, Console& console);
 
-struct EffectsRequest {
+struct EffectsRequest : SavingOptions { // as of GalleryRequest
     std::vector<std::string> pictures;
     std::string folder = "out/effects";
     LoadingOptions loading = {};
+    bool recursive = false;
+    unsigned jobs = 0; // as in ConvertRequest
 };
 int showEffects(const EffectsRequest& request, Console& console);
 

@@ -1,6 +1,7 @@
 #include "cli/EffectsPage.h"
 #include "cli/Colour.h"
 #include "cli/PageStyle.h"
+#include "cli/Scaling.h"
 #include "cli/Text.h"
 #include <algorithm>
 #include <ostream>
@@ -38,18 +39,22 @@ code { font: 11px/1.6 ui-monospace, monospace; overflow-wrap: anywhere; }
 footer { margin-top: 48px; padding-bottom: 40px; font-size: 13px; }
 )css";
 
-// Very small pictures are shown larger, pixel by pixel.
-std::int32_t magnification(const EffectsCard& card) {
-    const std::int32_t longest = std::max({card.width, card.height, 1});
-    return longest > 64 ? 1 : 128 / longest;
+// Very small pictures are shown larger, pixel by pixel, and tall ones as high as a screen shows; all of them is a click
+// away.
+PictureSize shownSize(const EffectsCard& card) {
+    constexpr std::int32_t highest = 480;
+    const std::int32_t longest = std::max({card.width, card.height, 1}), scale = longest > 64 ? 1 : 128 / longest;
+    if (card.height <= highest) return {card.width * scale, card.height * scale};
+    const std::int64_t width = std::int64_t{card.width} * highest / card.height;
+    return {std::max(static_cast<std::int32_t>(width), 1), highest};
 }
 
 void writeFrame(std::ostream& html, const EffectsPicture& picture, const EffectsCard& card) {
-    const std::int32_t scale = magnification(card);
-    html << "<div class=\"frame\"><a class=\"picture" << (scale > 1 ? " tiny" : "") << "\" href=\""
+    const PictureSize size = shownSize(card);
+    html << "<div class=\"frame\"><a class=\"picture" << (size.width > card.width ? " tiny" : "") << "\" href=\""
          << urlPath(card.file) << "\"><img src=\"" << urlPath(card.file) << "\" alt=\""
-         << htmlText(picture.name + ", " + card.title) << "\" width=\"" << card.width * scale << "\" height=\""
-         << card.height * scale << "\" loading=\"lazy\" decoding=\"async\"></a></div>\n";
+         << htmlText(picture.name + ", " + card.title) << "\" width=\"" << size.width << "\" height=\"" << size.height
+         << "\" loading=\"lazy\" decoding=\"async\"></a></div>\n";
 }
 
 void writeCaption(std::ostream& html, const EffectsCard& card) {
@@ -79,7 +84,8 @@ std::string anchor(std::size_t index) {
 
 } // namespace
 
-void writeEffectsPage(std::ostream& html, const std::vector<EffectsPicture>& pictures, const std::string& version) {
+void writeEffectsPage(std::ostream& html, std::span<const std::optional<EffectsPicture>> pictures,
+                      const std::string& version) {
     html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
          << effectsMark
          << "\">\n"
@@ -90,10 +96,11 @@ void writeEffectsPage(std::ostream& html, const std::vector<EffectsPicture>& pic
             "checkerboard shows "
             "where a result is transparent.</p>\n<nav>\n";
     for (std::size_t i = 0; i < pictures.size(); ++i)
-        html << "<a href=\"#" << anchor(i) << "\">" << htmlText(pictures[i].name) << "</a>\n";
+        if (pictures[i]) html << "<a href=\"#" << anchor(i) << "\">" << htmlText(pictures[i]->name) << "</a>\n";
     html << "</nav>\n</header>\n<main>\n";
     for (std::size_t i = 0; i < pictures.size(); ++i) {
-        const EffectsPicture& picture = pictures[i];
+        if (!pictures[i]) continue;
+        const EffectsPicture& picture = *pictures[i];
         html << "<section id=\"" << anchor(i) << "\">\n<h2>" << htmlText(picture.name) << "</h2>\n<p class=\"soft\">"
              << htmlText(picture.facts) << "</p>\n";
         writeCard(html, picture, picture.original, " class=\"original\"");

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <iosfwd>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,16 +28,18 @@ struct EffectsGroup {
 
 struct EffectsPicture {
     std::string name;
-    std::string facts; // size, type, alpha class, bytes
-    EffectsCard original;
-    std::vector<EffectsGroup> groups;
+    std::string facts = {}; // size, type, alpha class, bytes
+    EffectsCard original = {};
+    std::vector<EffectsGroup> groups = {};
 };
 
 // What tells the page from others' in its first bytes.
 inline constexpr const char* effectsMark = "<meta name=\"generator\" content=\"pixkit effects";
 
-// One self-contained page: no scripts and nothing from elsewhere but the pictures beside it.
-void writeEffectsPage(std::ostream& html, const std::vector<EffectsPicture>& pictures, const std::string& version);
+// One self-contained page: no scripts and nothing from elsewhere but the pictures beside it. Pictures that are missing
+// are left out: failed, or not done yet.
+void writeEffectsPage(std::ostream& html, std::span<const std::optional<EffectsPicture>> pictures,
+                      const std::string& version);
 
 } // namespace pixkit::cli
 // SPDX-License-Identifier: MIT

@@ -53,8 +53,16 @@ bool isFolder(const std::string& name) {
     try {
         std::error_code error;
         return fs::is_directory(toPath(name), error);
-    } catch (const std::exception&) { // the name is no text; a load says so
+    } catch (const std::system_error&) { // the name is no text; a load says so
         return false;
+    }
+}
+
+std::string normalName(const std::string& file) {
+    try {
+        return toUtf8(toPath(file).lexically_normal());
+    } catch (const std::system_error&) { // the name is no text; a load says so
+        return file;
     }
 }
 
@@ -82,6 +90,19 @@ std::vector<Input> findInputs(const std::vector<std::string>& names, bool recurs
         }
     }
     return found;
+}
+
+std::vector<Input> findDifferentInputs(const std::vector<std::string>& names, bool recursive, const fs::path& except) {
+    std::vector<Input> inputs = findInputs(names, recursive, except);
+    std::set<std::string> found;
+    std::erase_if(inputs, [&](const Input& input) { return !found.insert(normalName(input.name)).second; });
+    return inputs;
+}
+
+fs::path stemOf(const Input& input) {
+    if (isStandard(input.name)) return "stdin";
+    fs::path stem = toPath(input.name).stem();
+    return isStream(input.name) ? fs::path("pipe-" + stem.string()) : stem; // of /dev/fd/N
 }
 
 } // namespace pixkit::cli

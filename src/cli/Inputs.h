@@ -19,5 +19,12 @@ struct Input {
 std::vector<Input> findInputs(const std::vector<std::string>& names, bool recursive,
                               const std::filesystem::path& except = {});
 
+// The same, but a file that is named twice is there once.
+std::vector<Input> findDifferentInputs(const std::vector<std::string>& names, bool recursive,
+                                       const std::filesystem::path& except);
+
+// What results of it are called: its name without the extension, and of pipes stdin or pipe-N.
+std::filesystem::path stemOf(const Input& input);
+
 } // namespace pixkit::cli
 // SPDX-License-Identifier: MIT

@@ -1,20 +1,16 @@
 // `pixkit effects`: every effect on every picture, and a page that shows them side by side.
-#include "cli/Commands.h"
 #include "cli/EffectsPage.h"
-#include "cli/Files.h"
+#include "cli/GrowingPage.h"
 #include "cli/Names.h"
-#include "cli/Progress.h"
-#include "cli/Saving.h"
 #include "cli/Text.h"
 #include "shared/AlphaType.h"
 #include "surface/HostAccess.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <filesystem>
-#include <functional>
 #include <ostream>
 #include <set>
-#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace pixkit::cli {
@@ -22,11 +18,6 @@ namespace pixkit::cli {
 namespace fs = std::filesystem;
 
 namespace {
-
-class EffectsError : public std::runtime_error {
-  public:
-    using std::runtime_error::runtime_error;
-};
 
 struct Effect {
     const char* group;
@@ -124,149 +115,159 @@ std::vector<Effect> effectsFor(cPixSheet& picture) {
     return effects;
 }
 
-// Saves one picture's results into a folder of their own.
-class PictureFolder {
+// One picture, and the folder of its own for what is made of it.
+class PictureEffects {
   public:
-    PictureFolder(const fs::path& page, const fs::path& name) : m_page(page), m_name(name) {
+    PictureEffects(const EffectsRequest& request, const Input& input, const fs::path& folder, Piece& piece)
+        : m_request(request), m_input(input), m_folder(folder), m_piece(piece) {
+        cPixSheet& sheet = m_sheet;
+        const PictureSource source = openSource(input.name, piece.console().in);
+        if (!load(sheet, source, request.loading)) throw Failed(input.name, problemOf(sheet));
+        warn(piece.console().err, input.name, sheet, request.loading);
+        if (request.isDryRun) return;
         std::error_code error;
-        fs::create_directories(page / name, error);
-        if (error) throw EffectsError("cannot make its folder: " + error.message());
+        fs::create_directories(toPath(request.folder) / folder, error);
+        if (error) throw Failed(toUtf8(toPath(request.folder) / folder), "cannot be made: " + error.message());
     }
 
-    EffectsCard save(const cPixSheet& sheet, const std::string& name) const {
+    EffectsPicture make(Result& result) {
+        result.after = {m_sheet.Width(), m_sheet.Height()};
+        const std::string name = isStream(m_input.name) ? m_input.name : toUtf8(toPath(m_input.name).filename());
+        EffectsPicture picture{.name = toUtf8(m_input.folder / toPath(name)), .facts = facts()};
+        picture.original = save(m_sheet, "00-original");
+        picture.original.title = "As loaded";
+        const std::vector<Effect> effects = effectsFor(m_sheet);
+        for (std::size_t number = 1; number <= effects.size(); ++number) {
+            m_piece.progress(shown(m_input.name) + ": " + std::to_string(number) + " of " +
+                             std::to_string(effects.size()));
+            const Effect& effect = effects[number - 1];
+            auto card = makeCard(effect, std::to_string(100 + number).substr(1));
+            if (!card) continue;
+            if (picture.groups.empty() || picture.groups.back().title != effect.group)
+                picture.groups.push_back({effect.group, {}});
+            picture.groups.back().cards.push_back(std::move(*card));
+        }
+        result.bytes = m_bytes;
+        result.summary = std::to_string(m_count) + " results";
+        return picture;
+    }
+
+  private:
+    std::string facts() const {
+        std::error_code none; // a pipe, or the file is deleted under our hands
+        const std::uintmax_t bytes = fs::file_size(toPath(m_input.name), none);
+        return std::to_string(m_sheet.Width()) + " × " + std::to_string(m_sheet.Height()) + " pixels · " +
+               imageTypeName(m_sheet.ImageType()).word + " · alpha: " + alphaName(m_sheet.Alpha()).word +
+               (none ? "" : " · " + std::to_string(bytes) + " bytes");
+    }
+
+    EffectsCard save(const cPixSheet& sheet, const std::string& name) {
         EffectsCard card;
         card.alpha = alphaName(alphaTypeOf(HostAccess::pixels(sheet))).word; // of what is saved
         card.width = sheet.Width();
         card.height = sheet.Height();
-        const fs::path relative = m_name / toPath(name + ".png");
-        const std::string file = toUtf8(m_page / relative);
-        if (!sheet.SaveToFile_PNG(file, false)) throw EffectsError(file + ": " + std::string(sheet.LastErrorText()));
+        const fs::path relative = m_folder / toPath(name + ".png");
         card.file = toUtf8(relative);
+        ++m_count;
+        if (m_request.isDryRun) return card;
+        const std::string file = toUtf8(toPath(m_request.folder) / relative);
+        if (!sheet.SaveToFile_PNG(file, false)) throw Failed(file, sheet.LastErrorText());
+        std::error_code gone;
+        const std::uintmax_t bytes = fs::file_size(toPath(file), gone);
+        m_bytes += gone ? 0 : bytes;
         return card;
     }
 
-  private:
-    fs::path m_page;
-    fs::path m_name;
+    // Nothing, and a note, where the result exceeds the limit.
+    std::optional<EffectsCard> makeCard(const Effect& effect, const std::string& number) {
+        cPixSheet copy;
+        copy.MaxPixels(m_sheet.MaxPixels());
+        m_sheet.CopyImageTo(copy);
+        copy.HighQualityInterpolation(true);
+        std::string fileName = number;
+        std::string options;
+        for (const EffectStep& step : effect.steps) {
+            if (!step.apply(copy)) {
+                const std::string problem = step.option + ": " + problemOf(copy);
+                if (!isBeyondLimits(HostAccess::outcome(copy))) throw Failed(m_input.name, problem);
+                if (!m_request.reporting.isQuiet)
+                    m_piece.console().err << "pixkit effects: " << shown(m_input.name) << ": left out: " << problem
+                                          << '\n';
+                return {};
+            }
+            options += (options.empty() ? "" : " ") + step.option;
+            fileName += step.option.substr(1, step.option.find(' ') - 1);
+        }
+        EffectsCard card = save(copy, fileName);
+        card.title = effect.title != nullptr ? effect.title : effect.steps.front().title;
+        card.option = options;
+        for (const EffectStep& step : effect.steps) {
+            card.calls.push_back(step.call);
+            if (step.colour) card.colours.push_back(*step.colour);
+        }
+        return card;
+    }
+
+    const EffectsRequest& m_request;
+    const Input& m_input;
+    const fs::path& m_folder; // below that of the page
+    Piece& m_piece;
+    cPixSheet m_sheet;
+    std::size_t m_count = 0; // of files
+    std::uintmax_t m_bytes = 0;
 };
 
-// Says of a picture what is missing on the page.
-using Note = std::function<void(const std::string& text)>;
-
-// Nothing, and a note, where the result exceeds the limit.
-std::optional<EffectsCard> makeCard(cPixSheet& picture, const Effect& effect, const std::string& number,
-                                    PictureFolder& folder, const Note& note) {
-    cPixSheet copy;
-    copy.MaxPixels(picture.MaxPixels());
-    picture.CopyImageTo(copy);
-    copy.HighQualityInterpolation(true);
-    std::string fileName = number;
-    std::string options;
-    for (const EffectStep& step : effect.steps) {
-        if (!step.apply(copy)) {
-            const std::string problem = step.option + ": " + problemOf(copy);
-            if (!isBeyondLimits(HostAccess::outcome(copy))) throw EffectsError(problem);
-            note("left out: " + problem);
-            return {};
+// For each picture its own name where that is still free; where Windows takes two names for one, the second is not.
+std::vector<fs::path> folderNames(const std::vector<Input>& inputs) {
+    std::set<std::string> taken = {"index.html"};
+    std::vector<fs::path> folders;
+    for (const Input& input : inputs) {
+        std::string stem;
+        try {
+            stem = toUtf8(stemOf(input));
+        } catch (const std::system_error&) { // the name is no text; a load says so
         }
-        options += (options.empty() ? "" : " ") + step.option;
-        fileName += step.option.substr(1, step.option.find(' ') - 1);
+        // A picture "...png" must not write into the folder above.
+        if (stem.empty() || stem == "." || stem == "..") stem = "picture";
+        const std::string first = toUtf8(input.folder / toPath(stem));
+        std::string name = first;
+        for (int copy = 2; !taken.insert(toLower(name)).second; ++copy)
+            name = first + "-" + std::to_string(copy);
+        folders.push_back(toPath(name));
     }
-    EffectsCard card = folder.save(copy, fileName);
-    card.title = effect.title != nullptr ? effect.title : effect.steps.front().title;
-    card.option = options;
-    for (const EffectStep& step : effect.steps) {
-        card.calls.push_back(step.call);
-        if (step.colour) card.colours.push_back(*step.colour);
-    }
-    return card;
+    return folders;
 }
 
-EffectsPicture makePicture(const std::string& file, const LoadingOptions& loading, const fs::path& page,
-                           const fs::path& folderName, Progress& progress, const Note& note, std::ostream& err) {
-    cPixSheet sheet;
-    if (!load(sheet, file, loading)) throw EffectsError(problemOf(sheet));
-    if (!loading.isQuiet && !sheet.LoadNotes().empty()) {
-        progress.clear();
-        warn(err, file, sheet, loading);
-    }
-    PictureFolder folder(page, folderName);
-    EffectsPicture picture;
-    picture.name = toUtf8(toPath(file).filename());
-    std::error_code gone; // the file may be deleted under our hands
-    const std::uintmax_t bytes = fs::file_size(toPath(file), gone);
-    picture.facts = std::to_string(sheet.Width()) + " × " + std::to_string(sheet.Height()) + " pixels · " +
-                    imageTypeName(sheet.ImageType()).word + " · alpha: " + alphaName(sheet.Alpha()).word + " · " +
-                    std::to_string(gone ? 0 : bytes) + " bytes";
-    picture.original = folder.save(sheet, "00-original");
-    picture.original.title = "As loaded";
-    std::size_t number = 0;
-    const std::vector<Effect> effects = effectsFor(sheet);
-    for (const Effect& effect : effects) {
-        progress.part(number, effects.size());
-        const std::string digits = std::to_string(100 + ++number).substr(1);
-        auto card = makeCard(sheet, effect, digits, folder, note);
-        if (!card) continue;
-        if (picture.groups.empty() || picture.groups.back().title != effect.group) {
-            picture.groups.push_back({effect.group, {}});
-        }
-        picture.groups.back().cards.push_back(std::move(*card));
-    }
-    return picture;
-}
+class PageOfEffects : public GrowingPage {
+  public:
+    PageOfEffects(const EffectsRequest& request, const std::vector<Input>& inputs)
+        : GrowingPage("effects", request.folder, effectsMark, request), m_request(request),
+          m_folders(folderNames(inputs)), m_pictures(inputs.size()) {}
 
-// The picture's own name where that is still free. A picture "...png" must not write into the folder above.
-fs::path freeFolderName(const std::string& file, std::set<std::string>& taken) {
-    std::string stem = toUtf8(toPath(file).stem());
-    if (stem == "." || stem == "..") stem = "picture";
-    std::string name = stem;
-    for (int copy = 2; !taken.insert(toLower(name)).second; ++copy)
-        name = stem + "-" + std::to_string(copy);
-    return toPath(name);
-}
+  private:
+    void prepare() override {} // a page of nothing needs no folder
+
+    void add(const Input& input, Piece& piece, Result& result) override {
+        const fs::path& folder = m_folders[piece.index()];
+        EffectsPicture picture = PictureEffects(m_request, input, folder, piece).make(result);
+        result.output = toUtf8(toPath(m_request.folder) / folder);
+        result.status = m_request.isDryRun ? Result::Status::planned : Result::Status::done;
+        if (!m_request.isDryRun) put([&] { m_pictures[piece.index()] = std::move(picture); });
+    }
+
+    void write(std::ostream& html) const override { writeEffectsPage(html, m_pictures, m_version); }
+
+    const EffectsRequest& m_request;
+    const std::string m_version = cPixSheet().Version();
+    const std::vector<fs::path> m_folders; // as the inputs
+    std::vector<std::optional<EffectsPicture>> m_pictures;
+};
 
 } // namespace
 
 int showEffects(const EffectsRequest& request, Console& console) {
-    const fs::path folder = toPath(request.folder);
-    const std::string version = cPixSheet().Version();
-    std::vector<EffectsPicture> pictures;
-    std::set<std::string> folderNames = {"index.html"};
-    const fs::path page = folder / "index.html";
-    if (isForeignPage(toUtf8(page), effectsMark)) {
-        console.err << "pixkit effects: " << shown(toUtf8(page))
-                    << ": something else than this command has made it, and it was kept; name another folder with -o\n";
-        return exitSomeFailed;
-    }
-    Progress progress(console, request.pictures.size());
-    int exitCode = exitOk;
-    const auto tell = [&](const std::string& file, const std::string& text) {
-        progress.clear();
-        console.err << "pixkit effects: " << shown(file) << ": " << text << '\n';
-    };
-    for (const std::string& file : request.pictures) {
-        try {
-            progress.nextItem(file);
-            const auto note = [&](const std::string& text) { tell(file, text); };
-            forFile(file, [&] {
-                pictures.push_back(makePicture(file, request.loading, folder, freeFolderName(file, folderNames),
-                                               progress, note, console.err));
-            });
-        } catch (const Failed& failure) {
-            tell(file, failure.reason());
-            exitCode = exitSomeFailed;
-        }
-    }
-    progress.clear();
-    if (pictures.empty()) return exitCode;
-    try {
-        writeWhole(toUtf8(page), [&](std::ostream& html) { writeEffectsPage(html, pictures, version); });
-    } catch (const Failed& failure) {
-        console.err << "pixkit effects: " << failure.what() << '\n';
-        return exitSomeFailed;
-    }
-    console.out << "Look at " << shown(toUtf8(fs::absolute(page))) << '\n';
-    return exitCode;
+    const std::vector<Input> inputs = findDifferentInputs(request.pictures, request.recursive, toPath(request.folder));
+    return PageOfEffects(request, inputs).make(inputs, request.jobs, console);
 }
 
 } // namespace pixkit::cli

@@ -93,9 +93,7 @@ void Destination::prepare() const {
 Target Destination::targetFor(const Input& input) const {
     if (!input.problem.empty()) throw Failed(input.name, input.problem);
     if (!m_isFolder) return targetOf(m_name, m_format);
-    fs::path stem = isStandard(input.name) ? "stdin" : toPath(input.name).stem();
-    if (isStream(input.name) && !isStandard(input.name)) stem = "pipe-" + stem.string(); // of /dev/fd/N
-    fs::path target = toPath(m_name) / input.folder / stem;
+    fs::path target = toPath(m_name) / input.folder / stemOf(input);
     target += "." + m_format;
     return {toUtf8(target), formatOfWord(m_format)};
 }

@@ -19,7 +19,11 @@ class Command : public testing::Test {
     int showEffects() {
         const auto picture = [](const char* name) { return cli::toUtf8(sourceFolder() / "tests/data/cli" / name); };
         cli::Console console{m_in, m_out, m_err, false, false};
-        return cli::showEffects({{picture("alpha.png"), picture("opaque.png")}, m_folder.name(u8"page")}, console);
+        cli::EffectsRequest request;
+        request.pictures = {picture("alpha.png"), picture("opaque.png")};
+        request.folder = m_folder.name(u8"page");
+        request.jobs = 1;
+        return cli::showEffects(request, console);
     }
 
     TemporaryFolder m_folder;

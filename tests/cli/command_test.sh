@@ -37,7 +37,7 @@ check 2 "Subcommands"
 check 1 "gone.png: the file does not exist" info gone.png "$alpha"
 check 0 "größe & 東京 100%.bmp" convert "$name.png" "$name.bmp"
 check 0 '"name": "AlphaComplex"' info --json samples/pictures/lantern.png
-check 0 '\[2/2\] .*größe' effects "$alpha" "$name.png" -o "$folder/effects"
+check 0 'größe.* results$' effects "$alpha" "$name.png" -o "$folder/effects"
 
 # However many threads take part, and whichever pictures they meet at, the files are the same.
 threads_agree() {
