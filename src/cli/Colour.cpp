@@ -236,14 +236,15 @@ std::optional<Colour> readColour(std::string_view text) {
 
 Colour parseAnyColour(std::string_view text) {
     if (const auto colour = readColour(text)) return *colour;
-    std::vector<std::string_view> known;
-    for (const NamedColour& each : namedColours)
-        known.push_back(each.name);
-    const std::string suggestion = suggestionFor(toLower(text), known);
+    const std::string suggestion = suggestionFor(toLower(text), colourNames());
     throw UsageError("'" + std::string(text) + "' is not a colour; " +
                      (suggestion.empty()
                           ? "write a name, such as orange, or its parts, such as #ff8000 or rgb(255,128,0)"
                           : suggestion));
+}
+
+std::vector<std::string_view> colourNames() {
+    return wordsOf(namedColours, &NamedColour::name);
 }
 
 std::int32_t parseColour(std::string_view text) {

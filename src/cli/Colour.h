@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace pixkit {
 class cPixSheet;
@@ -22,6 +23,9 @@ Colour parseAnyColour(std::string_view text);
 std::int32_t parseColour(std::string_view text);
 // '#rrggbb' of a COLORREF.
 std::string formatColour(std::int32_t colour);
+
+// The names of CSS.
+std::vector<std::string_view> colourNames();
 
 // Gives every pixel the colour; Alpha stays.
 void fillWith(cPixSheet& sheet, const Colour& colour);

@@ -52,9 +52,7 @@ void applyFit(std::vector<EffectStep>& steps, const std::string& fit) {
 
 void addConvert(CLI::App& app, ConvertRequest& request) {
     CLI::App* const sub = app.add_subcommand("convert", "Apply effects to pictures and save the results");
-    sub->add_option("PATH", request.paths, "Pictures and, last, the file or folder for the results")
-        ->required()
-        ->type_name("");
+    sub->add_option("PATH", request.paths, "Pictures and, last, the file or folder for the results")->type_name("");
     for (const EffectOption& effect : effectOptions())
         addEffect(*sub, effect, request.steps);
     addLoading(*sub, request.loading);
@@ -62,7 +60,7 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
     sub->add_option_function<std::string>(
            "--fit",
            [&](const std::string& fit) {
-               makeStep("--resize", "1x1:" + fit); // refuses what is none
+               checkFit(fit);
                request.fit = fit;
            },
            "For every --resize to a size, wherever it stands; once: in proportion, which is\nsize, the same but never "
@@ -262,30 +260,10 @@ constexpr Command commands[] = {
     {"help", [](CLI::App& app, Requests& all) { addHelp(app, all.topic); }, nullptr},
 };
 
-std::vector<std::string_view> commandNames() {
-    std::vector<std::string_view> names;
-    for (const Command& command : commands)
-        names.push_back(command.name);
-    return names;
-}
-
 // Null for other words.
 const Command* commandOf(std::string_view word) {
     const auto found = std::ranges::find(commands, word, &Command::name);
     return found == std::end(commands) ? nullptr : &*found;
-}
-
-// "a, b and c"
-std::string listed(std::span<const std::string_view> words) {
-    std::string text;
-    for (std::size_t i = 0; i < words.size(); ++i)
-        text.append(i == 0 ? "" : i + 1 == words.size() ? " and " : ", ").append(words[i]);
-    return text;
-}
-
-std::string suggestionOr(std::string_view word, std::span<const std::string_view> known) {
-    const std::string suggestion = suggestionFor(word, known);
-    return suggestion.empty() ? "known are " + listed(known) : suggestion;
 }
 
 int help(const CLI::App& app, const std::string& name, std::ostream& out) {
@@ -299,10 +277,8 @@ int help(const CLI::App& app, const std::string& name, std::ostream& out) {
     } else if (name == "man") {
         writeManual(out, app, cPixSheet().Version());
     } else if (!writeCompletions(out, app, name)) {
-        std::vector<std::string_view> known = commandNames();
-        for (const Topic& each : topics())
-            known.push_back(each.name);
-        throw UsageError("'" + name + "' is not a topic; " + suggestionOr(name, known));
+        const std::vector<std::string> known = helpTopics(app);
+        throw unknownWord(name, "a topic", std::vector<std::string_view>(known.begin(), known.end()));
     }
     return exitOk;
 }
@@ -327,7 +303,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     const std::string first = arguments.empty() ? "" : arguments.front();
     const Command* const chosen = commandOf(first);
     if (!first.empty() && !first.starts_with('-') && chosen == nullptr)
-        throw UsageError("'" + first + "' is not a command; " + suggestionOr(first, commandNames()));
+        throw unknownWord(first, "a command", wordsOf(commands, &Command::name));
     // Of a line that says which, the options of the others are left out, unless it needs explanations: their hundreds
     // take longer than a small picture.
     const bool isAlone = chosen != nullptr && chosen->run != nullptr;

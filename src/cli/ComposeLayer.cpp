@@ -1,7 +1,7 @@
 #include "cli/ComposeLayer.h"
 #include "cli/EffectParsing.h"
 #include "cli/Files.h"
-#include "cli/UsageError.h"
+#include "cli/Mistakes.h"
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -106,9 +106,12 @@ void explainRest(const std::string& name) {
         if (name[sign] == '@') {
             parsePlace(part);
         } else if (!PartReader(layer).read(part)) {
-            throw UsageError("'" + part +
-                             "' is neither an opacity, such as 60%, nor a size, such as 640x480, 640x, x480, 20%x, "
-                             "scale=50%, fit, down, stretch or fill");
+            constexpr std::string_view known[] = {"fit", "down", "stretch", "fill", "scale=50%", "opacity=50%"};
+            const std::string suggestion = suggestionFor(part, known);
+            throw UsageError("'" + part + "' is neither an opacity, such as 60%, nor a size" +
+                             (suggestion.empty()
+                                  ? ", such as 640x480, 640x, x480, 20%x, scale=50%, fit, down, stretch or fill"
+                                  : "; " + suggestion));
         }
         sign = next;
     }

@@ -73,8 +73,10 @@ int convert(const ConvertRequest& request, Console& console) {
     const std::string& last = request.paths.back();
     const std::vector<std::string> names(request.paths.begin(), request.paths.end() - 1);
     const std::vector<Input> inputs = findInputs(names, request.recursive, isStream(last) ? "" : toPath(last));
-    const bool mayBeFile = names.size() == 1 && inputs.size() == 1 && inputs.front().name == names.front() &&
-                           inputs.front().problem.empty();
+    // Of one that cannot be had that is said, whatever the result is called.
+    const bool mayBeFile = names.size() == 1 && inputs.size() == 1 &&
+                           (inputs.front().problem.empty() ? inputs.front().name == names.front()
+                                                           : formatOf(toPath(last)) || isStream(last));
     Destination destination(last, mayBeFile, inputs, request.format);
     checkSaving(request, last, destination.format());
     const bool hasWork = std::ranges::any_of(inputs, [](const Input& input) { return input.problem.empty(); });

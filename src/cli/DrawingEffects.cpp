@@ -1,6 +1,6 @@
 // Effects that give the picture another size, or draw it onto a fresh image that takes its place.
 #include "cli/EffectParsing.h"
-#include "cli/UsageError.h"
+#include "cli/Mistakes.h"
 #include "shared/AlphaType.h"
 #include "shared/ScaledSize.h"
 #include "surface/HostAccess.h"
@@ -94,8 +94,7 @@ constexpr std::array<ResizeFilter, 7> resizeFilters = {{{"auto", "", resampleAut
 const ResizeFilter& resizeFilter(const std::string& word) {
     const auto found = std::ranges::find_if(resizeFilters, [&](const ResizeFilter& one) { return word == one.word; });
     if (found != resizeFilters.end()) return *found;
-    throw UsageError("'" + word +
-                     "' is not a filter; known are auto, area, triangle, mitchell, lanczos, bilinear and nearest");
+    throw unknownWord(word, "a filter", wordsOf(resizeFilters, &ResizeFilter::word));
 }
 
 bool resizeTo(cPixSheet& sheet, PictureSize size, const ResizeFilter& by) {
@@ -150,9 +149,7 @@ constexpr std::array<Fit, 4> fits = {
 
 const Fit& parseFit(const std::string& word) {
     const auto found = std::ranges::find_if(fits, [&](const Fit& fit) { return word == fit.word; });
-    if (found == fits.end()) {
-        throw UsageError("'" + word + "' is not a way to fit; known are size, down, stretch and fill");
-    }
+    if (found == fits.end()) throw unknownWord(word, "a way to fit", wordsOf(fits, &Fit::word));
     return *found;
 }
 
@@ -177,7 +174,7 @@ std::optional<PictureSize> readBox(std::string_view text) {
 }
 
 EffectStep resizeBy(const std::string& argument, const ResizeFilter& by) {
-    if (argument.ends_with('%')) return resizeByPercent(argument, by);
+    if (argument.ends_with('%') && argument.find(':') == std::string::npos) return resizeByPercent(argument, by);
     std::string text = argument;
     const Fit* fit = &fits.front();
     const std::size_t colon = text.find(':');
@@ -191,6 +188,9 @@ EffectStep resizeBy(const std::string& argument, const ResizeFilter& by) {
         text.pop_back();
     }
     const auto box = readBox(text);
+    if (!box && text.ends_with('%')) {
+        throw UsageError("'" + argument + "' is in proportion in any case; write " + text + ", without a way to fit");
+    }
     if (!box) {
         throw UsageError("'" + text +
                          "' is not a size; write it as WxH, Wx, xH or a percentage, such as 640x480, 640x "
@@ -210,6 +210,14 @@ EffectStep resizeBy(const std::string& argument, const ResizeFilter& by) {
 }
 
 } // namespace
+
+void checkFit(const std::string& word) {
+    try {
+        parseFit(word);
+    } catch (const UsageError& error) {
+        throw UsageError(std::string("--fit: ") + error.what());
+    }
+}
 
 EffectStep parseResize(const std::string& argument) {
     return resizeBy(argument, resizeFilters.front());

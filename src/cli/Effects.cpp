@@ -1,5 +1,6 @@
 #include "cli/Effects.h"
 #include "cli/EffectParsing.h"
+#include "cli/Mistakes.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include "surface/cPixSheet.h"
@@ -42,10 +43,7 @@ EffectStep parseGrayscale(const std::string& argument) {
                 {},
                 [value = formula.value](cPixSheet& sheet) { return sheet.MakeGrayScale(value); }};
     }
-    std::string known;
-    for (const Formula& formula : formulas)
-        known += std::string(known.empty() ? "" : ", ") + formula.word;
-    throw UsageError("'" + argument + "' is not a grayscale formula; known are " + known);
+    throw unknownWord(word, "a grayscale formula", wordsOf(formulas, &Formula::word));
 }
 
 EffectStep parseInvert(const std::string&) {

@@ -50,6 +50,9 @@ const EffectOption& effectOption(std::string_view name);
 // Steps that resize do it by the filter that the steps before them name: called once all are there.
 void settleFilters(std::vector<EffectStep>& steps);
 
+// Throws UsageError when that is not a way in which --resize fits pictures into a box, such as "down".
+void checkFit(const std::string& word);
+
 // A step from an entry of the table and its argument, empty for an option without one. Throws UsageError.
 EffectStep makeStep(const EffectOption& option, const std::string& argument);
 // The same by the option's name, which must be one of the table's.

@@ -1,4 +1,5 @@
 #include "cli/Files.h"
+#include "cli/Mistakes.h"
 #include "cli/Text.h"
 
 namespace pixkit::cli {
@@ -28,11 +29,12 @@ std::optional<FileFormat> formatOf(const fs::path& file) {
 }
 
 std::optional<std::string> formatProblem(const fs::path& target) {
-    const std::string written = "; this version writes .bmp, .tga, .png, .gif, .jpg, .ico and .cur";
+    const std::string written = "this version writes .bmp, .tga, .png, .gif, .jpg, .ico and .cur";
     const std::string extension = extensionOf(target);
     if (formatOf(target)) return {};
-    if (extension.empty()) return "has no extension, which would say the format" + written;
-    return "the extension '" + extension + "' is not known" + written;
+    if (extension.empty()) return "has no extension, which would say the format; " + written;
+    const std::string suggestion = suggestionFor(extension, wordsOf(formats(), &Format::extension));
+    return "the extension '" + extension + "' is not known; " + (suggestion.empty() ? written : suggestion);
 }
 
 } // namespace pixkit::cli

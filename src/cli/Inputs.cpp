@@ -73,7 +73,9 @@ std::vector<Input> findInputs(const std::vector<std::string>& names, bool recurs
     std::set<std::string> streams;
     for (const std::string& name : names) {
         std::error_code error;
-        if (isStream(name)) {
+        if (name.empty()) {
+            found.push_back({"''", {}, "a picture's name is empty, as of a variable that is not set"});
+        } else if (isStream(name)) {
             if (!streams.insert(isStandard(name) ? "-" : name).second)
                 throw UsageError("what comes through a pipe can be read once");
             found.push_back({name});

@@ -1,4 +1,5 @@
 #include "cli/Manual.h"
+#include "cli/Colour.h"
 #include "cli/Topics.h"
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -114,19 +115,41 @@ std::string joined(const std::vector<std::string>& words) {
     return CLI::detail::join(words, " ");
 }
 
+bool isColour(const CLI::Option& option) {
+    return argumentOf(option).starts_with("COLOUR");
+}
+
+std::string colours() {
+    std::string names = "transparent";
+    for (const std::string_view name : colourNames())
+        names.append(" ").append(name);
+    return names;
+}
+
+bool isHelp(const CLI::App& command) {
+    return command.get_name() == "help";
+}
+
 void writeBash(std::ostream& out, const CLI::App& app) {
     std::vector<std::string> commands;
+    // "--to=p" comes as three words.
     out << "_pixkit() {\n    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} options= words=\n"
-           "    case ${COMP_WORDS[1]} in\n";
+           "    [ \"$before\" != = ] || before=${COMP_WORDS[COMP_CWORD-2]}\n    [ \"$word\" != = ] || word=\n"
+           "    local colours='"
+        << colours() << "'\n    case ${COMP_WORDS[1]} in\n";
     for (const CLI::App* command : commandsOf(app)) {
         commands.push_back(command->get_name());
         std::vector<std::string> names;
-        out << "    " << command->get_name() << ")\n        case $before in\n";
+        out << "    " << command->get_name() << ")\n";
+        if (isHelp(*command)) out << "        [ \"$COMP_CWORD\" != 2 ] || words='" << joined(helpTopics(app)) << "'\n";
+        out << "        case $before in\n";
         for (const CLI::Option* option : optionsOf(*command)) {
             const std::vector<std::string> own = namesOf(*option), choices = choicesOf(*option);
             names.insert(names.end(), own.begin(), own.end());
-            if (!choices.empty())
-                out << "        " << CLI::detail::join(own, "|") << ") words='" << joined(choices) << "' ;;\n";
+            if (choices.empty() && !isColour(*option)) continue;
+            out << "        " << CLI::detail::join(own, "|")
+                << ") words=" << (isColour(*option) ? "$colours" : std::string("'").append(joined(choices)).append("'"))
+                << " ;;\n";
         }
         out << "        esac\n        options='" << joined(names) << "' ;;\n";
     }
@@ -134,7 +157,7 @@ void writeBash(std::ostream& out, const CLI::App& app) {
            "    if [ \"$COMP_CWORD\" = 1 ]; then\n        words='"
         << joined(commands)
         << " --help --version'\n"
-           "    elif [ -z \"$words\" ] && [ \"${word#-}\" != \"$word\" ]; then\n        words=$options\n    fi\n"
+           "    elif [ \"${word#-}\" != \"$word\" ]; then\n        words=$options\n    fi\n"
            "    COMPREPLY=()\n    if [ -n \"$words\" ]; then\n"
            "        mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$word\")\n    fi\n}\n"
            "complete -o bashdefault -o default -F _pixkit pixkit\n";
@@ -154,8 +177,15 @@ std::string zshText(const std::string& text) {
     return result;
 }
 
+std::string zshAction(const CLI::Option& option) {
+    const std::vector<std::string> choices = choicesOf(option);
+    if (!choices.empty()) return std::string("(").append(joined(choices)).append(")");
+    return isColour(option) ? "_pixkit_colours" : argumentOf(option) == "FOLDER" ? "_files -/" : "_files";
+}
+
 void writeZsh(std::ostream& out, const CLI::App& app) {
-    out << "#compdef pixkit\n_pixkit() {\n    local -a commands=(\n";
+    out << "#compdef pixkit\n_pixkit_colours() {\n    compadd \"$@\" -- " << colours()
+        << "\n}\n_pixkit() {\n    local -a commands=(\n";
     for (const CLI::App* command : commandsOf(app))
         out << "        '" << command->get_name() << ':' << zshText(command->get_description()) << "'\n";
     out << "    )\n    if (( CURRENT == 2 )); then\n        _describe command commands\n        return\n    fi\n"
@@ -164,39 +194,49 @@ void writeZsh(std::ostream& out, const CLI::App& app) {
         out << "    " << command->get_name() << ")\n        _arguments -S \\\n";
         for (const CLI::Option* option : optionsOf(*command)) {
             const std::string argument = argumentOf(*option);
-            const std::vector<std::string> choices = choicesOf(*option);
             for (const std::string& name : namesOf(*option)) {
                 out << "            '*" << name << '[' << zshText(option->get_description()) << ']';
                 if (!argument.empty() && !argument.starts_with('['))
-                    out << ':' << zshText(argument) << ':'
-                        << (choices.empty() ? std::string("_files")
-                                            : std::string("(").append(joined(choices)).append(")"));
+                    out << ':' << zshText(argument) << ':' << zshAction(*option);
                 out << "' \\\n";
             }
         }
-        out << "            '*:file:_files' ;;\n";
+        out << (isHelp(*command)
+                    ? std::string("            ':topic:(").append(joined(helpTopics(app))).append(")' ;;\n")
+                    : "            '*:file:_files' ;;\n");
     }
     out << "    esac\n}\n_pixkit \"$@\"\n";
+}
+
+// What fish is told of an option's values.
+std::string fishValues(const CLI::Option& option) {
+    const std::vector<std::string> choices = choicesOf(option);
+    const std::string argument = argumentOf(option);
+    if (!choices.empty()) return std::string(" -x -a '").append(joined(choices)).append("'");
+    if (isColour(option)) return " -x -a '(__pixkit_colours)'";
+    if (argument == "FOLDER") return " -x -a '(__fish_complete_directories)'";
+    return argument.empty() || argument.starts_with('[') ? "" : " -r";
 }
 
 void writeFish(std::ostream& out, const CLI::App& app) {
     const auto quoted = [](const std::string& text) {
         return std::string("'").append(replaced(replaced(oneLine(text), '\\', "\\\\"), '\'', "\\'")).append("'");
     };
+    out << "function __pixkit_colours\n    string split ' ' '" << colours() << "'\nend\n";
     for (const CLI::App* command : commandsOf(app)) {
+        const std::string condition =
+            std::string(" -n '__fish_seen_subcommand_from ").append(command->get_name()).append("'");
         out << "complete -c pixkit -n __fish_use_subcommand -f -a " << command->get_name() << " -d "
             << quoted(command->get_description()) << '\n';
+        if (isHelp(*command))
+            out << "complete -c pixkit" << condition << " -f -a " << quoted(joined(helpTopics(app))) << '\n';
         for (const CLI::Option* option : optionsOf(*command)) {
-            out << "complete -c pixkit -n '__fish_seen_subcommand_from " << command->get_name() << "'";
+            out << "complete -c pixkit" << condition;
             for (const std::string& name : option->get_snames())
                 out << " -s " << name;
             for (const std::string& name : option->get_lnames())
                 out << " -l " << name;
-            const std::vector<std::string> choices = choicesOf(*option);
-            const std::string argument = argumentOf(*option);
-            if (!argument.empty() && !argument.starts_with('[')) out << (choices.empty() ? " -r" : " -x");
-            if (!choices.empty()) out << " -a " << quoted(joined(choices));
-            out << " -d " << quoted(option->get_description()) << '\n';
+            out << fishValues(*option) << " -d " << quoted(option->get_description()) << '\n';
         }
     }
 }
@@ -216,6 +256,16 @@ void writeManual(std::ostream& out, const CLI::App& app, std::string_view versio
         out << ".SH " << roff(topic.title) << '\n';
         writeVerbatim(out, topic.text);
     }
+}
+
+std::vector<std::string> helpTopics(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : commandsOf(app))
+        names.push_back(command->get_name());
+    for (const Topic& topic : topics())
+        names.emplace_back(topic.name);
+    names.insert(names.end(), {"man", "bash", "zsh", "fish"});
+    return names;
 }
 
 bool writeCompletions(std::ostream& out, const CLI::App& app, std::string_view shell) {

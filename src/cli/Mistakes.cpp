@@ -10,25 +10,37 @@ namespace pixkit::cli {
 
 namespace {
 
-// How many letters are to be put in, left out or replaced to come from one word to the other.
+// How many letters are to be put in, left out, replaced or exchanged with the next to come from one word to the other.
 std::size_t distanceBetween(std::string_view from, std::string_view to) {
-    std::vector<std::size_t> row(to.size() + 1); // from the beginning of `from` so far, to each beginning of `to`
+    // From the beginning of `from` so far, and before its last letters, to each beginning of `to`.
+    std::vector<std::size_t> row(to.size() + 1), before(row), beforeThat(row);
     std::iota(row.begin(), row.end(), std::size_t{0});
     for (std::size_t i = 0; i < from.size(); ++i) {
-        std::size_t diagonal = row[0];
+        beforeThat.swap(before);
+        before.swap(row);
         row[0] = i + 1;
         for (std::size_t j = 0; j < to.size(); ++j) {
-            const std::size_t replaced = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
+            row[j + 1] = std::min({before[j] + (from[i] == to[j] ? 0 : 1), before[j + 1] + 1, row[j] + 1});
+            const bool isExchanged = i > 0 && j > 0 && from[i] == to[j - 1] && from[i - 1] == to[j];
+            if (isExchanged) row[j + 1] = std::min(row[j + 1], beforeThat[j - 1] + 1);
         }
     }
     return row.back();
 }
 
+// "a, b and c"
+std::string listed(std::span<const std::string_view> words) {
+    std::string text;
+    for (std::size_t i = 0; i < words.size(); ++i)
+        text.append(i == 0 ? "" : i + 1 == words.size() ? " and " : ", ").append(words[i]);
+    return text;
+}
+
 } // namespace
 
 std::string suggestionFor(std::string_view word, std::span<const std::string_view> known) {
+    const auto longer = std::ranges::find_if(known, [&](std::string_view each) { return each.starts_with(word); });
+    if (word.size() > 2 && longer != known.end()) return "did you mean " + std::string(*longer) + "?";
     constexpr std::size_t farthest = 3; // of them two letters may be wrong, but not three
     std::string_view nearest;
     std::size_t least = std::min(farthest, word.size()); // nor all
@@ -39,6 +51,15 @@ std::string suggestionFor(std::string_view word, std::span<const std::string_vie
         nearest = each;
     }
     return nearest.empty() ? "" : "did you mean " + std::string(nearest) + "?";
+}
+
+std::string suggestionOr(std::string_view word, std::span<const std::string_view> known) {
+    const std::string suggestion = suggestionFor(word, known);
+    return suggestion.empty() ? "known are " + listed(known) : suggestion;
+}
+
+UsageError unknownWord(std::string_view word, std::string_view what, std::span<const std::string_view> known) {
+    return UsageError("'" + std::string(word) + "' is not " + std::string(what) + "; " + suggestionOr(word, known));
 }
 
 namespace {

@@ -1,8 +1,11 @@
 // Command lines that the parser of options refuses, in words like those for all other mistakes.
 #pragma once
+#include "cli/UsageError.h"
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -11,8 +14,22 @@ class ParseError;
 
 namespace pixkit::cli {
 
-// 'did you mean ...?' for the one of the known words that is nearest, if one is near; else empty.
+// 'did you mean ...?' for a known word that begins with it, or else the one that is nearest, if one is near; else
+// empty.
 std::string suggestionFor(std::string_view word, std::span<const std::string_view> known);
+// The same, or else which are known.
+std::string suggestionOr(std::string_view word, std::span<const std::string_view> known);
+// Of a word that is not `what`, such as "a filter".
+UsageError unknownWord(std::string_view word, std::string_view what, std::span<const std::string_view> known);
+
+// What the entries of a table are called.
+template <class Table, class Name>
+std::vector<std::string_view> wordsOf(const Table& table, Name name) {
+    std::vector<std::string_view> words;
+    for (const auto& entry : table)
+        words.emplace_back(std::invoke(name, entry));
+    return words;
+}
 
 // What is wrong with a line of that command, which the parser has refused, in one sentence without a full stop.
 std::string describeMistake(const CLI::App& command, const CLI::ParseError& error);

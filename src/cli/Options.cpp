@@ -1,4 +1,5 @@
 #include "cli/Options.h"
+#include "cli/Mistakes.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
 #include <CLI/CLI.hpp>
@@ -91,9 +92,8 @@ namespace {
 std::int32_t parseFilter(const std::string& word) {
     constexpr std::array<std::string_view, 6> words = {"none", "sub", "up", "average", "paeth", "adaptive"};
     const auto found = std::ranges::find(words, toLower(word));
-    if (found == words.end()) {
-        throw UsageError("--png-filter takes none, sub, up, average, paeth or adaptive, not '" + word + "'");
-    }
+    if (found == words.end())
+        throw UsageError(std::string("--png-filter: ") + unknownWord(word, "a filter", words).what());
     return filterNone + static_cast<std::int32_t>(found - words.begin());
 }
 
@@ -122,12 +122,13 @@ void addPngOptions(CLI::App& sub, SavingOptions& request) {
                for (const std::string& text : texts) {
                    const std::size_t equals = text.find('=');
                    if (equals == std::string::npos || equals + 1 == text.size()) {
-                       throw UsageError("--png-text takes KEYWORD=TEXT, not '" + text + "'");
+                       throw UsageError("--png-text takes KEYWORD=TEXT, such as \"Title=Invoice 12\", not '" + text +
+                                        "'");
                    }
                    request.pngTexts.emplace_back(text.substr(0, equals), text.substr(equals + 1));
                }
            },
-           "PNG: a text, such as Title=... or Author=...; may be\nrepeated")
+           "PNG: a text under a keyword, such as \"Title=Invoice 12\";\nmay be repeated")
         ->type_name("KEYWORD=TEXT")
         ->allow_extra_args(false)
         ->group(saving);

@@ -1,6 +1,6 @@
 #include "cli/Place.h"
 #include "cli/EffectParsing.h"
-#include "cli/UsageError.h"
+#include "cli/Mistakes.h"
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -98,6 +98,14 @@ std::optional<Place> readPlace(std::string_view text) {
 
 Place parsePlace(std::string_view text) {
     if (const auto place = readPlace(text)) return *place;
+    const std::vector<std::string_view> known = wordsOf(anchors, &Anchor::word);
+    for (std::size_t begin = 0; begin < text.size();) { // of each word between what is no letter
+        const std::size_t end = std::min(text.find_first_of(",+-", begin), text.size());
+        const std::string word = toLower(text.substr(begin, end - begin));
+        const std::string suggestion = std::ranges::count(known, word) == 0 ? suggestionFor(word, known) : "";
+        if (!suggestion.empty()) throw UsageError("'" + std::string(text) + "' is not a place; " + suggestion);
+        begin = end + 1;
+    }
     throw UsageError("'" + std::string(text) +
                      "' is not a place; write X,Y, such as 20,30 or right-10,bottom-10 or 50%,top, or one word of "
                      "center, left, right, top and bottom");

@@ -1,8 +1,8 @@
 #include "cli/Targets.h"
+#include "cli/Mistakes.h"
 #include "cli/Saving.h"
 #include "cli/Streams.h"
 #include "cli/Text.h"
-#include "cli/UsageError.h"
 
 namespace pixkit::cli {
 
@@ -20,9 +20,10 @@ bool isFolder(const std::string& name) {
 FileFormat formatOfWord(const std::string& format) {
     if (format.find_first_of("./\\") != std::string::npos)
         throw UsageError("--to takes an extension without its dot, not " + format);
-    const fs::path file = toPath("a." + format);
-    if (const auto problem = formatProblem(file)) throw UsageError("--to: " + *problem);
-    return formatOf(file).value();
+    const auto wanted = formatOf(toPath("a." + format));
+    constexpr std::string_view known[] = {"bmp", "tga", "png", "gif", "jpg", "ico", "cur"};
+    if (!wanted) throw UsageError(std::string("--to: ") + unknownWord(format, "a format", known).what());
+    return *wanted;
 }
 
 } // namespace
@@ -36,9 +37,12 @@ fs::path Target::path() const {
 }
 
 Target targetOf(const std::string& name, const std::string& format) {
+    if (name.empty()) throw UsageError("the name for the result is empty; name a file, a folder, or - for a pipe");
     const bool isStreamed = isStream(name);
     if (format.empty()) {
-        if (isStreamed) throw UsageError(name + ": a pipe has no extension; --to says the format, as in --to png");
+        if (isStreamed)
+            throw UsageError("what goes to " + name +
+                             " has no extension that says its format; name it, as in --to png");
         if (const auto problem = formatProblem(toPath(name))) throw UsageError(name + ": " + *problem);
         return {name, formatOf(toPath(name)).value()};
     }
@@ -54,6 +58,7 @@ Target targetOf(const std::string& name, const std::string& format) {
 Destination::Destination(const std::string& name, bool mayBeFile, const std::vector<Input>& inputs,
                          const std::string& format)
     : m_name(name), m_format(format) {
+    if (name.empty()) targetOf(name, format); // refuses it
     const bool isNamedAsFolder = !isStream(name) && (isFolder(name) || !toPath(name).has_filename());
     m_isFolder = !mayBeFile || isNamedAsFolder;
     if (m_isFolder && isStream(name)) throw UsageError("several pictures need a folder for their results");

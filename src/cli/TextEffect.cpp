@@ -1,8 +1,8 @@
 // Text on a picture: TEXT[:PART]..., where the parts, in any order, say how it looks and where it goes.
 #include "cli/EffectParsing.h"
 #include "cli/Files.h"
+#include "cli/Mistakes.h"
 #include "cli/Place.h"
-#include "cli/UsageError.h"
 #include "platform/text.h"
 #include "surface/cPixSheet.h"
 #include <algorithm>
@@ -51,7 +51,8 @@ std::int32_t parseAlignment(const std::string& text) {
     if (text == "left") return txtLeft;
     if (text == "center" || text == "centre") return txtCenter;
     if (text == "right") return txtRight;
-    throw UsageError("'" + text + "' is not a way to align lines; known are left, center and right");
+    constexpr std::string_view known[] = {"left", "center", "right"};
+    throw unknownWord(text, "a way to align lines", known);
 }
 
 // A family, or the path of a font file, which the system knows by its slash.
@@ -92,9 +93,14 @@ void readPart(TextPicture& picture, const std::string& part) {
     } else if (key == "align") {
         picture.alignment = parseAlignment(value);
     } else {
-        throw UsageError("'" + part +
-                         "' is no part of a text; known are font=, size=, color=, at=, opacity=, angle=, width=, "
-                         "align=, bold and italic, and a colon in the text itself is written \\:");
+        constexpr std::string_view known[] = {
+            "font=", "size=", "color=", "at=", "opacity=", "angle=", "width=", "align=", "bold", "italic"};
+        const std::string word = equals < part.size() ? key + "=" : key;
+        const std::string suggestion = suggestionFor(word, known);
+        throw UsageError("'" + part + "' is no part of a text; " +
+                         (suggestion.empty()
+                              ? suggestionOr(word, known) + ", and a colon in the text itself is written \\:"
+                              : suggestion));
     }
 }
 

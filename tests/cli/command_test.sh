@@ -72,8 +72,10 @@ if [ ${#command[@]} = 1 ]; then
 
     # What is made of the options is what the programs that read it take.
     "$pixkit" help bash >"$folder/completions" && "$pixkit" help man >"$folder/pixkit.1"
-    command=(bash -c '. "$0"; COMP_WORDS=(pixkit convert --fit d); COMP_CWORD=3; _pixkit; echo "${COMPREPLY[@]}"' "$folder/completions")
-    check 0 '^down$'
+    command=(bash -c '. "$0"; COMP_WORDS=(pixkit "$@"); COMP_CWORD=$#; _pixkit; echo "${COMPREPLY[@]}"' "$folder/completions")
+    check 0 '^down$' convert --fit d
+    check 0 '^rebeccapurple red$' convert --flatten = re
+    check 0 '^exit-codes$' help ex
     ! command -v groff >/dev/null || {
         command=(bash -c '[ -z "$(groff -man -ww -z "$0" 2>&1)" ] && echo well' "$folder/pixkit.1")
         check 0 '^well$'
