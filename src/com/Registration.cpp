@@ -113,11 +113,48 @@ void removeTree(HKEY classes, const std::wstring& name, LSTATUS& status) {
     if (removed != ERROR_FILE_NOT_FOUND && status == ERROR_SUCCESS) status = removed;
 }
 
-LSTATUS removeAll(HKEY classes) {
+// What a file is known by on its machine, under whatever name: short ones, links and drives may lead to it.
+struct FileIdentity {
+    explicit FileIdentity(const std::wstring& path) {
+        const HANDLE file = ::CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                          nullptr, OPEN_EXISTING, 0, nullptr);
+        if (file == INVALID_HANDLE_VALUE) return;
+        isKnown = ::GetFileInformationByHandle(file, &facts) != FALSE;
+        ::CloseHandle(file);
+    }
+    bool operator==(const FileIdentity& other) const {
+        return isKnown && other.isKnown && facts.dwVolumeSerialNumber == other.facts.dwVolumeSerialNumber &&
+               facts.nFileIndexHigh == other.facts.nFileIndexHigh && facts.nFileIndexLow == other.facts.nFileIndexLow;
+    }
+
+    BY_HANDLE_FILE_INFORMATION facts{};
+    bool isKnown = false;
+};
+
+// Whether a key's own value is the path of a file, and not of the DLL at `path`. A file that is not there may be on a
+// drive that this user does not see.
+bool namesAnother(HKEY classes, const std::wstring& key, const std::wstring& path) {
+    DWORD size = 0;
+    if (::SHGetValueW(classes, key.c_str(), nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS) return false;
+    std::wstring found(size / sizeof(wchar_t) + 1, L'\0');
+    size = static_cast<DWORD>(found.size() * sizeof(wchar_t));
+    if (::SHGetValueW(classes, key.c_str(), nullptr, nullptr, found.data(), &size) != ERROR_SUCCESS) return true;
+    found.resize(::lstrlenW(found.c_str()));
+    return !found.empty() && ::lstrcmpiW(found.c_str(), path.c_str()) != 0 &&
+           !(FileIdentity(found) == FileIdentity(path));
+}
+
+// Removes what the DLL at `path` has registered; without a path, whoever it was that did.
+LSTATUS removeEntries(HKEY classes, const std::wstring& path) {
+    const std::wstring thisLibrary = versionKey() + L"\\0\\" + thisSystem;
+    const auto isOfAnother = [&](const std::wstring& key) { return !path.empty() && namesAnother(classes, key, path); };
+    // The class is what programs ask for: the rest belongs to the copy that has it.
+    if (isOfAnother(classKey() + L"\\InprocServer32")) return ERROR_SUCCESS;
     LSTATUS status = ERROR_SUCCESS;
     removeTree(classes, classKey(), status);
+    if (isOfAnother(thisLibrary)) return status; // a type library that was registered alone, with the interface
     removeTree(classes, interfaceKey(), status);
-    removeTree(classes, versionKey() + L"\\0\\" + thisSystem, status);
+    removeTree(classes, thisLibrary, status);
     if (exists(classes, versionKey() + L"\\0\\" + otherSystem)) return status;
     removeTree(classes, versionKey(), status);
     removeTree(classes, programId, status);
@@ -136,16 +173,18 @@ HRESULT registerServer(Scope scope) noexcept try {
         if (status == ERROR_SUCCESS) status = write(classes.get(), value);
     }
     // All or nothing, also where an earlier registration was being replaced: half of each would be neither.
-    if (status != ERROR_SUCCESS && classes.get() != nullptr) removeAll(classes.get());
+    if (status != ERROR_SUCCESS && classes.get() != nullptr) removeEntries(classes.get(), {});
     return HRESULT_FROM_WIN32(static_cast<DWORD>(status));
 } catch (...) {
     return E_OUTOFMEMORY;
 }
 
 HRESULT unregisterServer(Scope scope) noexcept try {
+    const std::wstring path = modulePath();
+    if (path.empty()) return E_OUTOFMEMORY;
     Key classes;
     LSTATUS status = openClasses(scope, classes);
-    if (status == ERROR_SUCCESS) status = removeAll(classes.get());
+    if (status == ERROR_SUCCESS) status = removeEntries(classes.get(), path);
     if (scope == Scope::user) { // a fresh profile had none of these before
         for (const wchar_t* const parent : {L"CLSID", L"Interface", L"TypeLib"})
             ::SHDeleteEmptyKeyW(classes.get(), parent);

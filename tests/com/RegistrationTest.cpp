@@ -132,6 +132,43 @@ TEST_F(Registration, RemovingOneWordSizeKeepsWhatTheOtherNeeds) {
     EXPECT_EQ(registered(HKEY_CURRENT_USER).size(), 0u);
 }
 
+// The uninstaller of one copy runs after another was registered.
+TEST_F(Registration, RemovesWhatNamesItAndNothingOfAnotherCopy) {
+    const std::wstring own = (programFolder() / "pixkit.dll").wstring();
+    const std::filesystem::path copy = std::filesystem::temp_directory_path() / "pixkit-copy.dll";
+    std::filesystem::copy_file(own, copy, std::filesystem::copy_options::overwrite_existing);
+    std::wstring loud = own;
+    ::CharUpperW(loud.data());
+    wchar_t brief[MAX_PATH];
+    ASSERT_NE(::GetShortPathNameW(own.c_str(), brief, MAX_PATH), 0u);
+    const std::wstring server32 = L"CLSID\\" + classId + L"\\InprocServer32";
+    const std::wstring library =
+        L"TypeLib\\" + libraryId + (sizeof(void*) == 8 ? L"\\3.0\\0\\win64" : L"\\3.0\\0\\win32");
+    const struct {
+        const wchar_t* what;
+        std::wstring key, path;
+        bool allStays, keyStays;
+    } cases[] = {{L"a path in capitals", server32, loud, false, false},
+                 {L"its short name", server32, brief, false, false},
+                 {L"no path", server32, L"", false, false},
+                 {L"another copy", server32, copy.wstring(), true, true},
+                 {L"a file that is not there", server32, L"X:\\new\\pixkit.dll", true, true},
+                 {L"a type library by itself", library, copy.wstring(), false, true}};
+    for (const auto& each : cases) {
+        SCOPED_TRACE(std::filesystem::path(each.what));
+        ASSERT_EQ(install(TRUE, L"user"), S_OK);
+        const std::wstring key = L"Software\\Classes\\" + each.key;
+        ::RegSetValueW(HKEY_CURRENT_USER, key.c_str(), REG_SZ, each.path.c_str(), 0);
+        const auto before = registered(HKEY_CURRENT_USER);
+        EXPECT_EQ(install(FALSE, L"user"), S_OK);
+        const auto after = registered(HKEY_CURRENT_USER);
+        EXPECT_EQ(after == before, each.allStays);
+        EXPECT_EQ(after.contains(key), each.keyStays);
+    }
+    ASSERT_EQ(install(TRUE, L"user"), S_OK); // which takes it over
+    std::filesystem::remove(copy);
+}
+
 TEST_F(Registration, TheShippedManifestServesWithoutAnyRegistration) {
     ASSERT_NE(createByName(), S_OK) << "registered already";
     ACTCTXW context{};
