@@ -239,6 +239,23 @@ class PIXKIT_API cPixSheet {
     bool LoadPicture_Stream(std::span<const std::uint8_t> inStream, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
                             std::int32_t streamStart = 0, std::int32_t streamLength = 0, bool SaveFormat = false,
                             std::int32_t iconBitDepth = 32) noexcept;
+    // And where bytes are kept as std::byte or char: vectors, arrays, std::string, std::string_view. A text between
+    // quotes is meant as a file's name, and refused by the compiler; of an array of char, std::span says that bytes are
+    // meant.
+    bool LoadPicture_Stream(std::span<const std::byte> inStream, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
+                            std::int32_t streamStart = 0, std::int32_t streamLength = 0, bool SaveFormat = false,
+                            std::int32_t iconBitDepth = 32) noexcept {
+        return LoadPicture_Stream(std::span(reinterpret_cast<const std::uint8_t*>(inStream.data()), inStream.size()),
+                                  iconCx, iconCy, streamStart, streamLength, SaveFormat, iconBitDepth);
+    }
+    bool LoadPicture_Stream(std::span<const char> inStream, std::int32_t iconCx = 32, std::int32_t iconCy = 32,
+                            std::int32_t streamStart = 0, std::int32_t streamLength = 0, bool SaveFormat = false,
+                            std::int32_t iconBitDepth = 32) noexcept {
+        return LoadPicture_Stream(std::as_bytes(inStream), iconCx, iconCy, streamStart, streamLength, SaveFormat,
+                                  iconBitDepth);
+    }
+    template <std::size_t Count>
+    bool LoadPicture_Stream(const char (&text)[Count], auto...) = delete;
     // Loads a system picture (platform/pictures.h): the pixels of a bitmap or icon, or what a metafile draws at its
     // natural size; null only empties the instance.
     bool LoadPicture_StdPicture(const platform::StdPicture* Picture) noexcept;

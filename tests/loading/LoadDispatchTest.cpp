@@ -118,6 +118,10 @@ TEST_F(LoadDispatch, ASpanIsReadOtherwiseThanAnArray) {
     EXPECT_EQ(pixelsOf(sheet), pixelsOf(other));
     ASSERT_TRUE(sheet.GetOrginalFormat(kept));
     EXPECT_TRUE(std::ranges::equal(kept.bytes(), behind));
+    EXPECT_TRUE(sheet.LoadPicture_Stream(std::string(file.begin(), file.end())));
+    EXPECT_TRUE(sheet.LoadPicture_Stream(std::vector<char>(file.begin(), file.end()), 0, 0));
+    EXPECT_TRUE(sheet.LoadPicture_Stream(std::as_bytes(std::span(behind)), 0, 0, 9));
+    static_assert(!requires { sheet.LoadPicture_Stream("the name of a file.png"); });
     EXPECT_FALSE(sheet.LoadPicture_Stream(std::span<const std::uint8_t>(sheet.BitsPointer(), 100)));
     if constexpr (sizeof(std::size_t) > 4) { // nothing of it is looked at
         EXPECT_FALSE(sheet.LoadPicture_Stream(std::span(file.data(), std::size_t{1} << sizeof(std::size_t) * 4)));
