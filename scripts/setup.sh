@@ -3,7 +3,7 @@
 # Installs what the project's commands need on Debian 12; does nothing, quickly, when all of it is there. On systems
 # without dpkg it looks for the programs and libraries themselves, and names those that are missing.
 #
-#   setup.sh [demo|native|native32|text|windows|clients|release|checks|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
+#   setup.sh [demo|native|native32|text|windows|clients|packages|release|checks|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
 #
 #   demo      compiler, CMake, Ninja and the command's argument parser
 #   native    demo and text, and what the native tests need
@@ -12,7 +12,8 @@
 #   windows   the compilers for 32- and 64-bit Windows, a 64-bit Wine (the 32-bit one is scripts/wine.sh's affair), and
 #             an X server without a screen for the test of the viewer
 #   clients   for scripts/clients_test.sh: Free Pascal with its sources, npm
-#   release   what scripts/package.sh and scripts/release_test.sh need beside windows and text
+#   packages  what scripts/package.sh needs beside windows and text
+#   release   windows, text and packages, and what scripts/release_test.sh needs
 #   checks    clang-format, clang-tidy, cppcheck, doxygen and reuse
 #   browser   what the test of pages looks at them with
 #   bench     demo, and the libraries that scripts/bench.sh compares with
@@ -31,19 +32,20 @@ packages_of() {
     native32) echo "$build g++-multilib lib32z1 googletest" ;;
     windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 fonts-wine xvfb imagemagick python3" ;;
     clients) echo "fp-compiler fp-units-rtl fpc-source npm" ;;
-    release) echo "$build $text $(packages_of windows) git nsis file xz-utils unzip lintian faketime debootstrap python3" ;;
+    packages) echo "git nsis file xz-utils dpkg-dev python3" ;;
+    release) echo "$text $(packages_of windows) $(packages_of packages) unzip lintian faketime debootstrap" ;;
     checks) echo "clang-format clang-tidy cppcheck doxygen reuse" ;;
     browser) echo "chromium chromium-driver python3" ;;
     bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev libopencv-imgproc-dev libvips-dev pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;
     *)
-        sed -n '3,19p' "$0" >&2
+        sed -n '3,20p' "$0" >&2
         exit 2
         ;;
     esac
 }
 
-[ $# -gt 0 ] || set -- native native32 windows checks
+[ $# -gt 0 ] || set -- native native32 windows packages checks
 wanted=()
 for subset in "$@"; do
     packages=$(packages_of "$subset")
@@ -65,6 +67,11 @@ part_of() {
     xz-utils) echo command xz ;;
     wine64) echo file /usr/lib/wine/wine64 ;;
     xvfb) echo command Xvfb ;;
+    fp-compiler | fp-units-rtl) echo command fpc ;; # which elsewhere come together
+    libopencv-imgproc-dev) echo file /usr/include/opencv4/opencv2/imgproc.hpp ;;
+    fpc-source) echo file /usr/share/fpcsrc ;;
+    chromium-driver) echo command chromedriver ;;
+    dpkg-dev) echo command dpkg-shlibdeps ;;
     g++-mingw-w64-*-posix) echo command "$(cut -d- -f4 <<<"${1/x86-64/x86_64}")-w64-mingw32-g++" ;;
     mingw-w64-tools) echo command x86_64-w64-mingw32-widl ;;
     g++-multilib) echo file /usr/include/gnu/stubs-32.h ;;
