@@ -19,6 +19,7 @@ set(CPACK_COMPONENTS_ALL command runtime development)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 # What Debian wants beside the files that are installed, and the times of all.
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/DebianFiles.cmake")
+set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/DebianScripts.cmake")
 set(CPACK_PIXKIT_SOURCE_DIR "${PROJECT_SOURCE_DIR}")
 
 set(same_version "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
@@ -34,8 +35,9 @@ set(CPACK_DEBIAN_COMMAND_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_COMMAND_PACKAGE_RECOMMENDS "${borrowed}")
 set(CPACK_DEBIAN_COMMAND_DESCRIPTION "command that converts, changes and composes pictures with alpha
 pixkit reads PNG, BMP, TGA, GIF, icons, cursors and JPEG files, and writes
-them: converted, resized, turned, with effects, shadows and text, put together on
-a canvas or as contact sheets and sprites, one or folders of them at a time.")
+them: converted, resized, turned, with effects, shadows and text, put
+together on a canvas or as contact sheets and sprites, one or folders of
+them at a time.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libpixkit${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "${borrowed}")
@@ -43,8 +45,8 @@ file(WRITE "${PROJECT_BINARY_DIR}/debian/triggers" "activate-noawait ldconfig\n"
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/debian/triggers")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "library that loads, changes, draws and saves pictures with alpha
 pixkit is one C++ class for pictures inside other programs: PNG, BMP, TGA,
-GIF, icons, cursors and JPEG; effects, resampling, shadows, text and blending with
-the same bytes on every machine.")
+GIF, icons, cursors and JPEG; effects, resampling, shadows, text and
+blending with the same bytes on every machine.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libpixkit-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libpixkit${PROJECT_VERSION_MAJOR} ${same_version}")

@@ -220,11 +220,6 @@ FunctionEnd
 
 Section Uninstall
     !insertmacro RefuseIfAnyUsed
-    ; The class may be that of another copy, which has an entry then.
-    ReadRegStr $1 SHCTX "${UNINSTALL_KEY}" InstallLocation
-    ${If} $1 == ""
-    ${OrIf} $1 == $INSTDIR
-        Call un.Forget
-    ${EndIf}
+    Call un.Forget ; the DLLs leave the entries of another copy alone
     Call un.RemoveFiles
 SectionEnd

@@ -5,6 +5,7 @@ rem program uses it any longer.
 rem
 rem   uninstall-user.cmd [/s]   /s: does not wait for a key at the end
 rem
+rem What another copy of pixkit has registered stays: where this folder was moved, run install-user.cmd first.
 rem Exit code: 0 done, also where nothing was registered; 1 one of the DLLs could not be; 2 files are missing.
 setlocal DisableDelayedExpansion
 set "here=%~dp0"
