@@ -38,7 +38,7 @@ def nuget(values, tree):
                        b'Target="/pixkit.nuspec" Id="manifest"/></Relationships>\n',
         "pixkit.nuspec": filled(TEMPLATES / "nuget" / "pixkit.nuspec", values),
         "build/native/pixkit.targets": filled(TEMPLATES / "nuget" / "pixkit.targets", values),
-        "README.md": (TEMPLATES.parent / "docs" / "windows.md").read_bytes(),
+        "README.md": filled(TEMPLATES / "nuget" / "README.md", values),
         "LICENSE.txt": (tree / "LICENSE.txt").read_bytes(),
         "THIRD-PARTY.txt": (tree / "THIRD-PARTY.txt").read_bytes(),
     }
@@ -55,6 +55,7 @@ def main():
     setup = (packages / f"pixkit-{version}-setup.exe").read_bytes()
     values = {
         "VERSION": version,
+        "FOUR_PARTS": "{}.{}.0.{}".format(*version.split(".")),  # as manifests have it
         "URL": os.environ.get("PIXKIT_RELEASE_URL", "https://example.org/pixkit"),
         "SETUP_SHA256": hashlib.sha256(setup).hexdigest().upper(),
         "DATE": time.strftime("%Y-%m-%d", time.gmtime(int(os.environ["SOURCE_DATE_EPOCH"]))),
