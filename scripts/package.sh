@@ -2,11 +2,13 @@
 # SPDX-License-Identifier: MIT
 # Makes all files of a release: the same sources give the same bytes, whenever and wherever that is done.
 #
-#   package.sh [--output FOLDER] [PART...]    into out/packages; parts: windows, deb, source; without one: all
+#   package.sh [--built] [--output FOLDER] [PART...]    into out/packages; parts: windows, deb, source; without one: all
 #
 #   windows   the archive, the installer, and packages for NuGet, Chocolatey and winget
 #   deb       the command, the library and its development files for Debian
 #   source    the source archive, of the commit that is checked out
+#
+# --built takes what scripts/test.sh has built, as it is, so that packages can be looked at in seconds; for users it is not.
 #
 # Beside them lie SHA256SUMS and a list of what is inside (SPDX). Needs scripts/setup.sh release. The times of all files are
 # that of the commit, or SOURCE_DATE_EPOCH. PIXKIT_RELEASE_URL: the folder on the web that the manifests name;
@@ -17,12 +19,13 @@ caller=$PWD
 cd "$(dirname "$0")/.."
 cd "$(pwd -P)" # as git names it
 
-output=$PWD/out/packages parts=()
+output=$PWD/out/packages parts=() built=
 while [ $# -gt 0 ]; do
     case $1 in
     --output) output=$2; case $2 in /*) ;; *) output=$caller/$2 ;; esac; shift ;;
+    --built) built=yes ;;
     windows | deb | source) parts+=("$1") ;;
-    *) sed -n '3,13p' "$0" >&2; exit 2 ;;
+    *) sed -n '3,15p' "$0" >&2; exit 2 ;;
     esac
     shift
 done
@@ -60,6 +63,8 @@ quiet() {
     "$@" >"$logs/${name//[^A-Za-z0-9]/-}.log" 2>&1 </dev/null || { tail -n 30 "$logs/${name//[^A-Za-z0-9]/-}.log" >&2; say "$name failed"; exit 1; }
 }
 build() { cmake --preset "$@" && cmake --build --preset "$1"; }
+# The folder of a build: the packages' own, or that of the tests.
+folder_of() { case $built$1 in yespackage) echo build/release-shared ;; yes*) echo "build/${1#package-}" ;; *) echo "build/$1" ;; esac }
 
 # Only what git knows, where it is there: no editor's copies.
 files_of() {
@@ -82,10 +87,10 @@ third_parties() {
 windows_tree() {
     local tree=build/packages/windows bits folder file
     for bits in 32 64; do
-        quiet "build for $bits-bit Windows" build package-win$bits
+        [ -n "$built" ] || quiet "build for $bits-bit Windows" build package-win$bits
         folder=$tree/$([ $bits = 32 ] && echo x86 || echo x64)
         for component in component command; do
-            quiet "install for $bits-bit Windows, $component" cmake --install build/package-win$bits --component $component \
+            quiet "install for $bits-bit Windows, $component" cmake --install "$(folder_of package-win$bits)" --component $component \
                 --prefix "$PWD/build/packages/win$bits"
         done
         mkdir -p "$folder"
@@ -113,7 +118,7 @@ make_windows() {
         "pixkit-$version"
     make_installer x86-unicode "$output/pixkit-$version-setup.exe"
     # The same as a 64-bit program, which tests/package/windows_test.sh tries where no 32-bit programs run.
-    make_installer amd64-unicode "$PWD/build/packages/setup-for-tests.exe"
+    [ -n "$built" ] || make_installer amd64-unicode "$PWD/build/packages/setup-for-tests.exe"
 }
 
 # An installer says nothing of the archive's scripts: it does itself what they are for.
@@ -126,8 +131,8 @@ make_installer() {
 }
 
 make_deb() {
-    quiet "build for Debian" build package ${PIXKIT_MAINTAINER:+"-DPIXKIT_MAINTAINER=$PIXKIT_MAINTAINER"}
-    quiet "packages for Debian" cpack --config build/package/CPackConfig.cmake -B "$PWD/build/packages/deb"
+    [ -n "$built" ] || quiet "build for Debian" build package ${PIXKIT_MAINTAINER:+"-DPIXKIT_MAINTAINER=$PIXKIT_MAINTAINER"}
+    quiet "packages for Debian" cpack --config "$(folder_of package)/CPackConfig.cmake" -B "$PWD/build/packages/deb"
     cp build/packages/deb/*.deb "$output"
 }
 

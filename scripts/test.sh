@@ -47,6 +47,9 @@ tests() {
     [ -s "$logs/$1.xml" ] || echo "$1: tests without results" >>"$logs/failed-steps"
 }
 
+# What would otherwise only be noticed at the next release.
+packages() { scripts/package.sh --built --output build/test-packages && tests/package/contents_test.py build/test-packages --built; }
+
 if [ "${1:-}" = --native ]; then
     build release && tests release
 else
@@ -58,5 +61,6 @@ else
     step "set-up: Wine" scripts/wine.sh setup
     build win32 && tests win32
     build win64 && tests win64
+    if git rev-parse HEAD >/dev/null 2>&1; then step "packages: made of these builds" packages; fi
 fi
 python3 scripts/count_tests.py "$logs"

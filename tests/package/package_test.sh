@@ -33,10 +33,10 @@ cmake --install "$1" --prefix "$folder/static"
 use static
 diff <(awk '/^```cpp/ { inside = 1; next } /^```/ { inside = 0 } inside' README.md) <(grep -v SPDX- samples/example.cpp)
 
-# The same objects, so that a compiler cache has them all.
+# The same objects, so that a compiler cache has them all. scripts/package.sh --built makes Debian's packages of these.
 shared=$(dirname "$1")/$(basename "$1")-shared
 cmake -G Ninja -S . -B "$shared" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=ON -DPIXKIT_TESTS=OFF \
-    -DPIXKIT_COMMAND=OFF -DCMAKE_COMPILE_WARNING_AS_ERROR=ON -DCMAKE_CXX_COMPILER="$compiler"
+    -DCMAKE_COMPILE_WARNING_AS_ERROR=ON -DCMAKE_CXX_COMPILER="$compiler"
 cmake --build "$shared"
 cmake --install "$shared" --prefix "$folder/shared"
 use shared

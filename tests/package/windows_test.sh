@@ -75,6 +75,25 @@ sed -n '/^<?xml/,/^<\/assembly>/p' docs/windows.md | sed "s/\"x86\"/\"$processor
 check "without registration" creates "$work/free/client.exe"
 check "which leaves no trace" nothing_registered
 
+# The samples of the archive, built where they lie.
+builds_samples() {
+    cmake -G Ninja -S "$tree/samples" -B "$work/samples" -DPIXKIT_WINDOWS_ARCH=$arch -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" &&
+        cmake --build "$work/samples" &&
+        windows "$work/samples/c-client/c-client.exe" "$tree/samples/pictures/lantern.png" "$work/c.png" "$work/samples/viewer/pixkit.manifest" &&
+        [ -s "$work/c.png" ]
+}
+check "its samples are built" builds_samples
+# The library is in no package for Windows, but others link what `cmake --install` gives.
+links_library() {
+    local flags
+    cmake --install build/package-win$bits --component development --prefix "$work/library" &&
+        flags=$(PKG_CONFIG_LIBDIR=$work/library/lib/pkgconfig pkg-config --cflags --libs pixkit) &&
+        read -ra flags <<<"$flags" &&
+        "$arch-w64-mingw32-g++-posix" -std=c++20 -static samples/example.cpp -o "$work/example.exe" "${flags[@]}" &&
+        (cd "$work" && "$wine" $run example.exe </dev/null) && [ -s "$work/example.bmp" ]
+}
+check "a program is linked with the library" links_library
+
 script() { (cd "$tree" && "$wine" $run cmd /c "$1" /s </dev/null); }
 windows "$client" join || exit 1
 check "install-user.cmd" gives 0 script install-user.cmd
