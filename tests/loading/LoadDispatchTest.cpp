@@ -107,6 +107,11 @@ TEST_F(LoadDispatch, WhatAReaderRefusedIsNotShownByTheSystemsLoaderOrALackOfMemo
     EXPECT_FALSE(sheet.LoadPicture_Stream(good));
 }
 
+template <class Bytes>
+concept Loads = requires(cPixSheet sheet, Bytes& bytes) {
+    sheet.LoadPicture_Stream(bytes);
+};
+
 TEST_F(LoadDispatch, ASpanIsReadOtherwiseThanAnArray) {
     const auto file = picture("png/interlaced-5x5.png");
     auto behind = file;
@@ -121,7 +126,7 @@ TEST_F(LoadDispatch, ASpanIsReadOtherwiseThanAnArray) {
     EXPECT_TRUE(sheet.LoadPicture_Stream(std::string(file.begin(), file.end())));
     EXPECT_TRUE(sheet.LoadPicture_Stream(std::vector<char>(file.begin(), file.end()), 0, 0));
     EXPECT_TRUE(sheet.LoadPicture_Stream(std::as_bytes(std::span(behind)), 0, 0, 9));
-    static_assert(!requires { sheet.LoadPicture_Stream("the name of a file.png"); });
+    static_assert(Loads<const std::string> && !Loads<const char[23]>, "the name of a file is none of bytes");
     EXPECT_FALSE(sheet.LoadPicture_Stream(std::span<const std::uint8_t>(sheet.BitsPointer(), 100)));
     if constexpr (sizeof(std::size_t) > 4) { // nothing of it is looked at
         EXPECT_FALSE(sheet.LoadPicture_Stream(std::span(file.data(), std::size_t{1} << sizeof(std::size_t) * 4)));
