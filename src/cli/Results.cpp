@@ -20,7 +20,8 @@ void writeJson(std::ostream& out, const Result& result) {
     if (!result.output.empty()) out << "\"output\": " << jsonString(result.output) << ", ";
     out << "\"status\": \"" << word(result.status) << '"';
     if (!result.reason.empty()) {
-        const bool isElsewhere = !result.failedAt.empty() && result.failedAt != result.input;
+        const std::string& own = result.input.empty() ? result.output : result.input;
+        const bool isElsewhere = !result.failedAt.empty() && result.failedAt != own;
         out << ", \"reason\": " << jsonString((isElsewhere ? result.failedAt + ": " : "") + result.reason);
     }
     if (result.after.width != 0)
@@ -39,7 +40,9 @@ void writeLine(std::ostream& out, const Result& result, const Reporting& reporti
     if (!result.summary.empty()) out << ": " << result.summary;
     if (result.status == Status::skipped) out << ": skipped, " << result.reason;
     if (result.status == Status::planned) out << " (not written)";
-    if (reporting.isVerbose && result.after.width != 0) {
+    if (reporting.isVerbose && !result.summary.empty()) {
+        if (result.status == Status::done) out << ", " << result.bytes << " bytes";
+    } else if (reporting.isVerbose && result.after.width != 0) {
         out << ": ";
         if (result.before.width != 0) writeSize(out, result.before);
         if (result.before.width != 0) out << " -> ";

@@ -23,7 +23,7 @@ struct Result {
     std::string failedAt = {}; // the file, or part of a picture, that it failed at
     PictureSize before = {}, after = {};
     std::uintmax_t bytes = 0; // of the file that was written
-    std::string summary = {}; // instead of "input -> output", which a result of many inputs says
+    std::string summary = {}; // of what is more than one picture made of one
 };
 
 // Failures go to `err`, everything else to `out`, but to `err` where that carries the picture itself. `command` and

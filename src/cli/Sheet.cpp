@@ -175,14 +175,16 @@ Sprite loadSprite(const Input& input, const SheetRequest& request, Console& cons
     return {input.name, std::move(picture)};
 }
 
-// In the order of the inputs. What does not load is said, and left out.
-std::vector<Sprite> loadSprites(const SheetRequest& request, const std::vector<Input>& inputs, Console& console) {
+// In the order of the inputs. What does not load is left out, and is a result of its own.
+std::vector<Sprite> loadSprites(const SheetRequest& request, const std::vector<Input>& inputs, Console& console,
+                                std::size_t& results) {
     std::vector<Sprite> sprites(inputs.size());
     runBatch(inputs.size(), request.jobs, console, [&](Piece& piece) {
         const Input& input = inputs[piece.index()];
         Result result{input.name, {}};
-        if (!succeeds(result, [&] { sprites[piece.index()] = loadSprite(input, request, piece.console()); }))
-            report(result, {}, "sheet", piece.index(), piece.console());
+        if (succeeds(result, [&] { sprites[piece.index()] = loadSprite(input, request, piece.console()); })) return;
+        piece.awaitTurn();
+        report(result, request.reporting, "sheet", results++, piece.console());
     });
     return sprites;
 }
@@ -247,12 +249,13 @@ int sheet(const SheetRequest& request, Console& console) {
     const std::vector<Input> inputs = findInputs(request.pictures, request.recursive);
     Result result{{}, target.name, Result::Status::skipped};
     bool isWhole = succeeds(result, [&] { result.reason = reasonToKeep(request, target, inputs); });
+    std::size_t results = 0;
     if (isWhole && result.reason.empty()) {
-        std::vector<Sprite> sprites = loadSprites(request, inputs, console);
+        std::vector<Sprite> sprites = loadSprites(request, inputs, console, results);
         isWhole = std::erase_if(sprites, [](const Sprite& sprite) { return !sprite.picture; }) == 0;
         isWhole &= succeeds(result, [&] { makeSheet(request, target, std::move(sprites), console, result); });
     }
-    report(result, request.reporting, "sheet", 0, console);
+    report(result, request.reporting, "sheet", results, console);
     endReports(request.reporting, 1, console);
     return isWhole ? exitOk : exitSomeFailed;
 }
