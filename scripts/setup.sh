@@ -3,11 +3,12 @@
 # Installs what the project's commands need on Debian 12; does nothing, quickly, when all of it is there. On systems
 # without dpkg it looks for the programs and libraries themselves, and names those that are missing.
 #
-#   setup.sh [demo|native|native32|text|windows|clients|packages|release|checks|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
+#   setup.sh [demo|native|native32|arm64|text|windows|clients|packages|release|checks|browser|bench|fuzz...]   without arguments: everything that scripts/test.sh needs
 #
 #   demo      compiler, CMake, Ninja and the command's argument parser
 #   native    demo and text, and what the native tests need
 #   native32  for native programs of 32 bits: their C++ library, and zlib, which tests borrow
+#   arm64     for programs of 64-bit ARM Linux: their compiler, and QEMU, which runs them
 #   text      the libraries that draw text natively
 #   windows   the compilers for 32- and 64-bit Windows, a 64-bit Wine (the 32-bit one is scripts/wine.sh's affair), and
 #             an X server without a screen for the test of the viewer
@@ -30,6 +31,7 @@ packages_of() {
     text) echo "$text" ;;
     native) echo "$build $text fonts-wine googletest parallel libpng-dev libjpeg62-turbo-dev libgif-dev giflib-tools libjpeg-turbo-progs libstb-dev zlib1g-dev imagemagick icoutils netpbm pngcheck python3" ;;
     native32) echo "$build g++-multilib lib32z1 googletest" ;;
+    arm64) echo "$build g++-aarch64-linux-gnu qemu-user googletest python3" ;;
     windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 fonts-wine xvfb imagemagick python3" ;;
     clients) echo "fp-compiler fp-units-rtl fpc-source npm" ;;
     packages) echo "git nsis file xz-utils dpkg-dev python3" ;;
@@ -39,7 +41,7 @@ packages_of() {
     bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev libopencv-imgproc-dev libvips-dev pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;
     *)
-        sed -n '3,20p' "$0" >&2
+        sed -n '3,21p' "$0" >&2
         exit 2
         ;;
     esac
@@ -74,6 +76,8 @@ part_of() {
     dpkg-dev) echo command dpkg-shlibdeps ;;
     g++-mingw-w64-*-posix) echo command "$(cut -d- -f4 <<<"${1/x86-64/x86_64}")-w64-mingw32-g++" ;;
     mingw-w64-tools) echo command x86_64-w64-mingw32-widl ;;
+    g++-aarch64-linux-gnu) echo command aarch64-linux-gnu-g++ ;;
+    qemu-user) echo command qemu-aarch64 ;;
     g++-multilib) echo file /usr/include/gnu/stubs-32.h ;;
     lib32z1) echo file /usr/lib32/libz.so.1 ;;
     googletest) echo module gtest ;;

@@ -27,9 +27,10 @@ Bytes codesOf(const Bytes& indexes, unsigned depth) {
 Bytes someIndexes(std::mt19937& random, unsigned depth, std::size_t count) {
     Bytes indexes;
     const std::size_t longestRun = random() % 3 == 0 ? 200'000 : 1 + random() % 5;
-    while (indexes.size() < count)
-        indexes.resize(std::min(count, indexes.size() + 1 + random() % longestRun),
-                       static_cast<std::uint8_t>(random() % (1U << depth)));
+    while (indexes.size() < count) {
+        const auto index = static_cast<std::uint8_t>(random() % (1U << depth)); // before the length, on every machine
+        indexes.resize(std::min(count, indexes.size() + 1 + random() % longestRun), index);
+    }
     return indexes;
 }
 
