@@ -26,10 +26,12 @@ same() {
 # What stands between the N-th pair of fences.
 block() { awk -v n="$1" '/^```/ { inside = !inside; count += inside; next } inside && count == n' "$document"; }
 
-# The command; a machine that is reached without a network, whose login sets SHELL as every one does.
-mkdir "$folder/bin" && cd "$folder" || exit 2
+# The command; machines that are reached without a network, each with a folder of its own to log in to, and where SHELL is
+# set, as everywhere.
+mkdir "$folder"/{bin,alpha,beta} && cd "$folder" || exit 2
 printf '#!/bin/sh\nexec "%s" "$@"\n' "$command" >bin/pixkit
-printf '#!/bin/sh\nhost=$1\n[ "$2" = -- ] && shift\nshift\necho "$host" >>"%s/hosts"\nexport SHELL=/bin/sh\nexec sh -c "$*"\n' "$folder" >bin/ssh
+printf '#!/bin/sh\nhost=$1\n[ "$2" = -- ] && shift\nshift\necho "$host" >>"%s/hosts"
+export SHELL=/bin/sh HOME="%s/$host"\ncd && exec sh -c "$*"\n' "$folder" "$folder" >bin/ssh
 chmod +x bin/*
 export PATH=$folder/bin:$PATH PARALLEL_SSH=$folder/bin/ssh PARALLEL_HOME=$folder
 
@@ -41,11 +43,11 @@ printf '%0100d' 0 >photos/broken.jpg
 find photos -name '*.jpg' | sort >list.txt
 
 run_block() {
-    rm -f hosts jobs.log
+    rm -f hosts
     block "$1" >line.sh
     SLURM_ARRAY_TASK_COUNT=4 SLURM_ARRAY_TASK_ID=${2:-} bash -o pipefail line.sh >said 2>complaints
 }
-count() { find small -name '*.jpg' | wc -l; }
+count() { find small -name '*.jpg' -printf x | wc -c; }
 
 run_block 1
 same "parallel: runs with a failure" $? 1
@@ -58,14 +60,31 @@ same "parallel again: what is missing" "$(grep -vc skipped said)" 1
 same "parallel again: results" "$(count)" 59
 
 rm -r small
+mv "photos/it's \$HOME & 7.jpg" photos/$'7\nlines.jpg'
+run_block 2
+same "names with line ends: results" "$? $(count)" "1 59"
+same "names with line ends: that one" "$(echo small/7*lines.jpg)" $'small/7\nlines.jpg'
+mv photos/$'7\nlines.jpg' "photos/it's \$HOME & 7.jpg"
+
+# One picture a run: eight of them are enough.
+rm -r small jobs.log
+mv photos all && mkdir photos small && cp all/*1[0-6].jpg all/broken.jpg photos
+run_block 3
+same "files sent: one fails" "$? $(count)" "1 7"
+same "files sent: machines" "$(sort -u hosts | xargs)" "alpha beta"
+same "files sent: what stays there" "$(find alpha beta -name '*.jpg' | wc -l)" 0
+run_block 3
+same "files sent again: what is missing" "$? $(grep -c . said) $(grep -c 'photos/broken.jpg' complaints)" "1 0 1"
+
+rm -r small photos && mv all photos
 for task in 0 1 2 3; do
-    run_block 2 "$task"
+    run_block 4 "$task"
     echo "$?"
 done | sort | xargs >codes
 same "tasks: one fails" "$(cat codes)" "0 0 0 123"
 same "tasks: results" "$(count)" 59
 cp picture.jpg photos/broken.jpg
-for task in 0 1 2 3; do run_block 2 "$task" && grep -v skipped said; done >again
+for task in 0 1 2 3; do run_block 4 "$task" && grep -v skipped said; done >again
 same "tasks again: what is missing" "$(cat again)" "photos/broken.jpg -> small/broken.jpg"
 
 echo "$passed passed, $failed failed"
