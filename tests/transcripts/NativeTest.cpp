@@ -233,8 +233,14 @@ const std::map<std::string, Member> members = {
 class NativeEngine final : public Engine {
   public:
     std::vector<std::string> names() const override {
-        if (!platform::canLoadJpeg()) return {"native"};
-        return {"jpeg", std::filesystem::path::preferred_separator == '/' ? "turbojpeg" : "OLE", "native"};
+        std::vector<std::string> names;
+        if (cPixSheet().isZlibEnabled()) names.emplace_back("zlib");
+        if (platform::canLoadJpeg()) {
+            names.emplace_back("jpeg");
+            names.emplace_back(std::filesystem::path::preferred_separator == '/' ? "turbojpeg" : "OLE");
+        }
+        names.emplace_back("native");
+        return names;
     }
     Object create() override { return std::make_shared<cPixSheet>(); }
     Value call(const Object& object, const std::string& name, std::vector<Argument>& arguments, bool) override {
