@@ -1,7 +1,7 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
 # Fails when a unit of vector kernels gives the linker anything but its one way in. The linker keeps a single copy of an
-# inline function or template for the whole program; one that was compiled for AVX2 or AVX-512 would end the program on
+# inline function or template for the whole program; one that was compiled for AVX2, say, would end the program on
 # processors without it. So such functions must not be there at all.
 #
 #   simd_symbols.sh BUILD-FOLDER

@@ -2,6 +2,9 @@
 
 #include <cstdlib>
 #include <cstring>
+#if defined(PIXKIT_ARM64) && defined(__linux__)
+#include <sys/auxv.h>
+#endif
 
 namespace pixkit::kernels {
 
@@ -31,6 +34,14 @@ CpuFeatures detectedFeatures() noexcept {
         __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi") &&
         __builtin_cpu_supports("avx512vnni"))
         found |= cpuAvx512;
+#endif
+#ifdef PIXKIT_ARM64
+    found |= cpuNeon;
+#if defined(__ARM_FEATURE_CRC32)
+    found |= cpuNeonCrc;
+#elif defined(__linux__)
+    if ((getauxval(AT_HWCAP) & HWCAP_CRC32) != 0) found |= cpuNeonCrc;
+#endif
 #endif
     return found;
 }

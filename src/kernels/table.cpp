@@ -14,6 +14,8 @@ struct Unit {
 // A later unit takes precedence over an earlier one; an entry that it has no kernel for keeps the earlier one.
 #ifdef PIXKIT_X86
 constexpr Unit units[] = {{cpuSse2, useSse2}, {cpuSse2 | cpuAvx2, useAvx2}, {cpuSse2 | cpuAvx2 | cpuAvx512, useAvx512}};
+#elif defined(PIXKIT_ARM64)
+constexpr Unit units[] = {{cpuNeon, useNeon}, {cpuNeonCrc, useNeonCrc}};
 #else
 constexpr Unit units[] = {{0, [](Table&) noexcept {}}};
 #endif

@@ -11,47 +11,14 @@
 #pragma once
 #include "kernels/simd/x86_128.h"
 
+#include "kernels/simd/vec_128.h"
+
 namespace pixkit::kernels {
 namespace {
 
-using Vec = Vec128;
-using HalfVec = Vec128; // the first eight bytes
 using VecFloat = __m128;
 
-constexpr std::size_t vecBytes = sizeof(Vec);
-
-// --- memory, at any alignment
-inline Vec load(const std::uint8_t* p) {
-    return load128(p);
-}
-inline void store(std::uint8_t* p, Vec v) {
-    store128(p, v);
-}
-inline HalfVec loadHalf(const std::uint8_t* p) {
-    return load64(p);
-}
-inline HalfVec load64InHalf(const std::uint8_t* p) {
-    return load64(p);
-}
-// Two vectors in the order in which interleaving two others gave them.
-inline void storeInterleaved(std::uint8_t* p, Vec low, Vec high) {
-    store(p, low);
-    store(p + vecBytes, high);
-}
-
 // --- constants
-inline Vec zeros() {
-    return zeros128();
-}
-inline Vec all8(unsigned value) {
-    return all8In128(value);
-}
-inline Vec all16(unsigned value) {
-    return all16In128(value);
-}
-inline Vec all32(unsigned value) {
-    return all32In128(value);
-}
 inline Vec all64(std::uint64_t value) {
     return _mm_set1_epi64x(static_cast<long long>(value));
 }
@@ -60,21 +27,6 @@ inline Vec all64(std::uint64_t value) {
 inline Vec keptConstant(Vec constant) {
     asm("" : "+x"(constant));
     return constant;
-}
-
-// --- parts of 16 bytes
-inline Vec repeatedParts(Vec128 part) {
-    return part;
-}
-template <int index>
-inline Vec128 partOf(Vec v) {
-    static_assert(index == 0);
-    return v;
-}
-// The vector whose part i is partAt(i).
-template <class PartAt>
-inline Vec fromParts(PartAt partAt) {
-    return partAt(0);
 }
 
 // --- bits
@@ -100,30 +52,9 @@ inline Vec multiplyLow32(Vec a, Vec b) {
     return interleaveLow32(_mm_shuffle_epi32(even, _MM_SHUFFLE(0, 0, 2, 0)),
                            _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
 }
-// Each 32-bit lane plus all before it.
-inline Vec runningSums32(Vec v) {
-    v = add32(v, shiftBytesUp<4>(v));
-    return add32(v, shiftBytesUp<8>(v));
-}
-
 // --- lanes
-inline Vec widenUnsigned8(HalfVec v) {
-    return widenLow8(v);
-}
 inline Vec widenSigned16(HalfVec v) {
     return shiftRightSigned32<16>(interleaveLow16(v, v));
-}
-// A lane of each part in all lanes of that part.
-template <int lane>
-inline Vec repeatedInParts32(Vec v) {
-    return repeated32<lane>(v);
-}
-// Puts in order what packing two vectors, and then two such results, has given.
-inline Vec packedInOrder(Vec v) {
-    return v;
-}
-inline Vec packedTwiceInOrder(Vec v) {
-    return v;
 }
 // Of every four lanes first those with an even number.
 inline Vec evenFirst32(Vec v) {
@@ -140,9 +71,6 @@ inline Vec fractionsInWords(Vec lanes) {
 }
 inline Vec reversed32(Vec v) {
     return _mm_shuffle_epi32(v, _MM_SHUFFLE(0, 1, 2, 3));
-}
-inline Vec lastInAll32(Vec v) {
-    return repeated32<3>(v);
 }
 // `upper` moved up by so many bytes, with the last ones of `lower` in front.
 template <int bytes>

@@ -8,5 +8,8 @@ void useSse2(Table& table) noexcept;
 void useAvx2(Table& table) noexcept;
 void useAvx512(Table& table) noexcept;
 
+void useNeon(Table& table) noexcept;
+void useNeonCrc(Table& table) noexcept;
+
 } // namespace pixkit::kernels
 // SPDX-License-Identifier: MIT
