@@ -1,11 +1,13 @@
 #include "cli/Batch.h"
 #include "platform/Lock.h"
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <exception>
 #include <istream>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <ostream>
 #include <thread>
@@ -21,16 +23,18 @@ class Batch {
 
     Console& console() noexcept { return m_console; }
 
-    void run(std::size_t threads) {
+    void run() {
         {
             std::vector<std::jthread> helpers;
             try {
-                while (helpers.size() + 1 < std::min(threads, m_pieces))
+                while (helpers.size() + 1 < std::min<std::size_t>(m_jobs, m_pieces))
                     helpers.emplace_back([this] { takePieces(); });
             } catch (const std::exception&) { // no more threads, or no memory for them: fewer do the work
             }
             takePieces();
         }
+        for (Carrier& carrier : m_carriers)
+            if (carrier.thread.joinable()) carrier.thread.join();
         if (m_failure) std::rethrow_exception(m_failure);
     }
 
@@ -39,10 +43,6 @@ class Batch {
     void awaitTurn(std::size_t index) noexcept {
         while (m_turn != index)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-
-    void leaveWork(bool& isAtWork) noexcept {
-        if (std::exchange(isAtWork, false)) --m_atWork;
     }
 
     void progress(std::size_t index, const std::string& line) noexcept {
@@ -68,39 +68,67 @@ class Batch {
     }
 
   private:
-    // Waits until fewer pieces are worked on than may be. False when all have been taken. What waits does so for less
-    // time than a small picture takes.
-    bool beginWork() noexcept {
-        for (unsigned atWork = m_atWork; m_taken < m_pieces;) {
-            if (atWork < m_jobs && m_atWork.compare_exchange_weak(atWork, atWork + 1)) return true;
-            if (atWork < m_jobs) continue;
-            std::this_thread::sleep_for(std::chrono::microseconds(200));
-            atWork = m_atWork;
+    // A thread that does what a piece has left. They are as many as make a disk do several files at once, and end soon,
+    // so that nobody has to wake them.
+    struct Carrier {
+        std::atomic<bool> isFree = true;
+        std::thread thread; // that has ended, or is about to, if the carrier is free
+    };
+
+    // Pieces are taken in order, so that whoever waits for its turn waits for pieces that somebody is at.
+    void takePieces() noexcept {
+        for (std::size_t index = m_taken++; index < m_pieces; index = m_taken++) {
+            std::shared_ptr<Piece> piece;
+            try {
+                piece.reset(new Piece(*this, index));
+                if (!m_hasFailed) m_work(*piece);
+            } catch (...) {
+                fail();
+            }
+            if (!piece || !piece->m_rest || !isCarried(piece)) finish(index, piece.get());
         }
-        return false;
     }
 
-    // Pieces are taken in order, by who may begin, so that whoever waits for its turn waits for pieces that somebody is
-    // at.
-    void takePieces() noexcept {
-        while (beginWork()) {
-            bool isAtWork = true;
-            const std::size_t index = m_taken++;
-            if (index >= m_pieces) return leaveWork(isAtWork);
-            std::string out, err;
-            try {
-                Piece piece(*this, index, isAtWork);
-                if (!m_hasFailed) m_work(piece);
-                out = std::move(piece.m_out).str();
-                err = std::move(piece.m_err).str();
-            } catch (...) {
-                const std::scoped_lock lock(m_lock);
-                if (!m_failure) m_failure = std::current_exception();
-                m_hasFailed = true;
-            }
-            leaveWork(isAtWork);
-            deliver(index, std::move(out), std::move(err));
+    // Whether a carrier does it: not with one job, of which people expect one thing after the other.
+    bool isCarried(const std::shared_ptr<Piece>& piece) noexcept {
+        constexpr std::size_t mostBytes = std::size_t{32} << 20;
+        if (m_jobs == 1 || m_bytesCarried > mostBytes) return false;
+        const std::scoped_lock lock(m_carrierLock); // a thread may end before it is where it is to be kept
+        const auto free = std::ranges::find_if(m_carriers, [](Carrier& each) { return each.isFree.exchange(false); });
+        if (free == m_carriers.end()) return false;
+        m_bytesCarried += piece->m_bytesHeld;
+        try {
+            if (free->thread.joinable()) free->thread.join();
+            free->thread = std::thread([this, piece, &carrier = *free] {
+                finish(piece->m_index, piece.get());
+                m_bytesCarried -= piece->m_bytesHeld;
+                carrier.isFree = true;
+            });
+            return true;
+        } catch (const std::exception&) { // no more threads, or no memory for them
+            m_bytesCarried -= piece->m_bytesHeld;
+            free->isFree = true;
+            return false;
         }
+    }
+
+    void finish(std::size_t index, Piece* piece) noexcept {
+        std::string out, err;
+        try {
+            if (piece != nullptr && piece->m_rest) piece->m_rest(*piece);
+            if (piece != nullptr) out = std::move(piece->m_out).str();
+            if (piece != nullptr) err = std::move(piece->m_err).str();
+        } catch (...) {
+            fail();
+        }
+        deliver(index, std::move(out), std::move(err));
+    }
+
+    // By the exception that is being handled.
+    void fail() noexcept {
+        const std::scoped_lock lock(m_lock);
+        if (!m_failure) m_failure = std::current_exception();
+        m_hasFailed = true;
     }
 
     // Kept until it is this piece's turn. Where there is no memory to keep it, the thread waits instead.
@@ -138,7 +166,9 @@ class Batch {
     Console& m_console;
     const std::function<void(Piece&)>& m_work;
     std::atomic<std::size_t> m_taken = 0, m_turn = 0; // the first piece that is not taken; not said
-    std::atomic<unsigned> m_atWork = 0;               // pieces
+    platform::Lock m_carrierLock;
+    std::array<Carrier, 16> m_carriers;
+    std::atomic<std::size_t> m_bytesCarried = 0;
     std::atomic<bool> m_hasFailed = false;
     platform::Lock m_lock; // of all below
     std::map<std::size_t, std::pair<std::string, std::string>> m_kept;
@@ -146,9 +176,8 @@ class Batch {
     std::size_t m_shownLength = 0; // of the line that tells how far work has come
 };
 
-Piece::Piece(Batch& batch, std::size_t index, bool& isAtWork)
-    : m_batch(batch), m_index(index),
-      m_isAtWork(isAtWork), m_console{batch.console().in, m_out, m_err, batch.console().personAnswers} {}
+Piece::Piece(Batch& batch, std::size_t index)
+    : m_batch(batch), m_index(index), m_console{batch.console().in, m_out, m_err, batch.console().personAnswers} {}
 
 void Piece::awaitTurn() {
     m_batch.awaitTurn(m_index);
@@ -158,8 +187,9 @@ void Piece::progress(const std::string& line) noexcept {
     m_batch.progress(m_index, line);
 }
 
-void Piece::letOthersWork() noexcept {
-    m_batch.leaveWork(m_isAtWork);
+void Piece::leave(std::size_t bytesHeld, std::function<void(Piece& piece)> rest) {
+    m_bytesHeld = bytesHeld;
+    m_rest = std::move(rest);
 }
 
 bool Piece::confirm(const std::string& question) {
@@ -168,10 +198,9 @@ bool Piece::confirm(const std::string& question) {
     return cli::confirm(m_batch.console(), question);
 }
 
-void runBatch(std::size_t pieces, unsigned jobs, Console& console, const std::function<void(Piece&)>& work,
-              bool letsOthersWork) {
+void runBatch(std::size_t pieces, unsigned jobs, Console& console, const std::function<void(Piece&)>& work) {
     if (jobs == 0) jobs = std::max(std::thread::hardware_concurrency(), 1U);
-    Batch(pieces, jobs, console, work).run(letsOthersWork && jobs > 1 ? std::size_t{2} * jobs : jobs);
+    Batch(pieces, jobs, console, work).run();
 }
 
 bool confirm(Console& console, const std::string& question) {

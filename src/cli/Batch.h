@@ -23,25 +23,26 @@ class Piece {
     // How far it has come, for a person who watches: a line that goes when something is said. Of several pieces that
     // are worked on, it is shown of the first.
     void progress(const std::string& line) noexcept;
-    // What is left of it is mostly waiting, such as for a disk: another piece may be begun meanwhile.
-    void letOthersWork() noexcept;
+    // What is left to be done of it, which is mostly waiting, such as for a disk: other pieces are worked on meanwhile,
+    // up to some, and as long as what they hold in memory is not much.
+    void leave(std::size_t bytesHeld, std::function<void(Piece& piece)> rest);
 
   private:
     friend class Batch;
-    Piece(Batch& batch, std::size_t index, bool& isAtWork);
+    Piece(Batch& batch, std::size_t index);
 
     Batch& m_batch;
     std::size_t m_index;
-    bool& m_isAtWork; // until others may be
+    std::size_t m_bytesHeld = 0; // by the rest
+    std::function<void(Piece& piece)> m_rest;
     std::ostringstream m_out, m_err;
     Console m_console;
 };
 
 // Does the work for each index below `pieces`, in any order, on up to `jobs` pieces at a time; 0: as many as there are
-// processors for this program. With `letsOthersWork` and more than one job, as many others may be waiting. Ends with
-// the first exception that work throws.
-void runBatch(std::size_t pieces, unsigned jobs, Console& console, const std::function<void(Piece&)>& work,
-              bool letsOthersWork = false);
+// processors for this program. With more than one job, what pieces leave is done beside them. Ends with the first
+// exception that work throws.
+void runBatch(std::size_t pieces, unsigned jobs, Console& console, const std::function<void(Piece&)>& work);
 
 // Asks, and reads a line. False unless it begins with y or Y.
 bool confirm(Console& console, const std::string& question);

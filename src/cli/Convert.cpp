@@ -10,6 +10,7 @@
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <ostream>
 #include <span>
 
@@ -23,19 +24,34 @@ class Conversion {
     Conversion(const ConvertRequest& request, const std::vector<Input>& inputs, Destination& destination)
         : m_request(request), m_inputs(inputs), m_destination(destination) {}
 
-    // An input that fails does not end the others, whatever is wrong with it.
+    // An input that fails does not end the others, whatever is wrong with it. The disk takes its time for what is to
+    // stay there.
     void convert(Piece& piece) {
         const Input& input = m_inputs[piece.index()];
-        Result result{input.name, {}};
-        if (!succeeds(result, [&] { convertOne(input, piece, result); })) m_hasFailed = true;
-        report(result, m_request.reporting, "convert", piece.index(), piece.console());
+        const auto work = std::make_shared<Work>(Work{{input.name, {}}});
+        const bool isWell = succeeds(work->result, [&] { work->bytes = convertOne(input, piece, work->result); });
+        if (!isWell || !work->bytes) return end(piece, work->result, isWell);
+        piece.leave(work->bytes->size(), [this, work](Piece& left) {
+            const auto finish = [&] { finishPicture(std::move(*work->bytes), left.console(), work->result); };
+            end(left, work->result, succeeds(work->result, finish));
+        });
     }
 
     bool hasFailed() const noexcept { return m_hasFailed; }
 
   private:
+    struct Work {
+        Result result;
+        std::optional<ByteArray> bytes = {}; // of a file that is still to be written
+    };
+
+    void end(Piece& piece, const Result& result, bool isWell) {
+        if (!isWell) m_hasFailed = true;
+        report(result, m_request.reporting, "convert", piece.index(), piece.console());
+    }
+
     // The result's name is claimed when there is a result: what is no picture takes it from nobody.
-    void convertOne(const Input& input, Piece& piece, Result& result) {
+    std::optional<ByteArray> convertOne(const Input& input, Piece& piece, Result& result) {
         const Target target = m_destination.targetFor(input);
         result.output = target.name;
         const bool isWritten = !m_request.isDryRun;
@@ -43,7 +59,7 @@ class Conversion {
         if (!result.reason.empty()) {
             m_destination.claim(target, input, piece, false);
             result.status = Result::Status::skipped;
-            return;
+            return {};
         }
         cPixSheet sheet;
         const PictureSource source = openSource(input.name, piece.console().in);
@@ -55,9 +71,8 @@ class Conversion {
             if (!step.apply(sheet)) throw Failed(input.name, step.option + ": " + problemOf(sheet));
         }
         m_destination.claim(target, input, piece, isWritten);
-        piece.letOthersWork(); // the disk takes its time for what is to stay there
         const auto confirm = [&](const std::string& question) { return piece.confirm(question); };
-        savePicture(sheet, target, m_request, confirm, piece.console(), result);
+        return preparePicture(sheet, target, m_request, confirm, piece.console(), result);
     }
 
     const ConvertRequest& m_request;
@@ -88,8 +103,7 @@ int convert(const ConvertRequest& request, Console& console) {
         return exitSomeFailed;
     }
     Conversion conversion(request, inputs, destination);
-    runBatch(
-        inputs.size(), request.jobs, console, [&](Piece& piece) { conversion.convert(piece); }, true);
+    runBatch(inputs.size(), request.jobs, console, [&](Piece& piece) { conversion.convert(piece); });
     endReports(request.reporting, inputs.size(), console);
     return conversion.hasFailed() ? exitSomeFailed : exitOk;
 }

@@ -187,53 +187,100 @@ void checkSaving(const SavingOptions& options, const std::string& output, FileFo
     }
 }
 
-void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
-                 Console& console, Result& result) {
+namespace {
+
+// Asks, and says by the result that it is planned. False for a dry run.
+bool isToBeSaved(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
+                 Result& result) {
     result.after = {sheet.Width(), sheet.Height()};
     result.status = Result::Status::planned;
     if (!target.isStream()) askToReplace(target.name, options, confirm);
-    if (options.isDryRun) return;
+    if (options.isDryRun) return false;
     const bool isReady = target.format == FileFormat::png ? setPngProperties(sheet, options)
                          : target.format == FileFormat::bmp
                              ? options.keepAlpha || flattenIfClear(sheet, options.background.value_or(0))
                              : true;
     if (!isReady) throw Failed(target.name, problemOf(sheet));
-    if (target.isStream()) {
-        ByteArray bytes;
-        if (!savedToBytes(sheet, bytes, target.format, options)) throw Failed(target.name, problemOf(sheet));
-        writeStream(target.name, bytes, console.out);
-        result.bytes = bytes.size();
-    } else {
-        if (!savedToFile(sheet, target, options)) throw Failed(target.name, problemOf(sheet));
-        std::error_code gone;
-        const std::uintmax_t size = std::filesystem::file_size(target.path(), gone);
-        result.bytes = gone ? 0 : size;
-        if (!gone && size <= largestRefusedFile) {
-            console.err << "pixkit: " << shown(target.name) << ": saved, but pixkit does not read files of "
-                        << largestRefusedFile << " bytes or less\n";
-        }
-    }
-    result.status = Result::Status::done;
+    return true;
 }
 
-Draft::Draft(const std::string& name, const std::function<void(std::ostream& out)>& write)
-    : m_name(name), m_file(name, true) {
+// Of a file that is there.
+void noteSaved(const std::string& name, std::uintmax_t size, Console& console, Result& result) {
+    result.bytes = size;
+    result.status = Result::Status::done;
+    if (size <= largestRefusedFile) {
+        console.err << "pixkit: " << shown(name) << ": saved, but pixkit does not read files of " << largestRefusedFile
+                    << " bytes or less\n";
+    }
+}
+
+ByteArray bytesOf(cPixSheet& sheet, const Target& target, const SavingOptions& options) {
+    ByteArray bytes;
+    if (!savedToBytes(sheet, bytes, target.format, options)) throw Failed(target.name, problemOf(sheet));
+    return bytes;
+}
+
+} // namespace
+
+void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
+                 Console& console, Result& result) {
+    if (!isToBeSaved(sheet, target, options, confirm, result)) return;
+    if (target.isStream()) {
+        const ByteArray bytes = bytesOf(sheet, target, options);
+        writeStream(target.name, bytes, console.out);
+        result.bytes = bytes.size();
+        result.status = Result::Status::done;
+        return;
+    }
+    if (!savedToFile(sheet, target, options)) throw Failed(target.name, problemOf(sheet));
+    std::error_code gone;
+    const std::uintmax_t size = std::filesystem::file_size(target.path(), gone);
+    noteSaved(target.name, gone ? 0 : size, console, result);
+}
+
+std::optional<ByteArray> preparePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options,
+                                        const Confirm& confirm, Console& console, Result& result) {
+    constexpr std::int64_t mostPixels = 4'000'000; // more are worth more than the wait for a disk, and too much to keep
+    // An icon's file tells by its name whether it is a cursor.
+    if (target.isStream() || target.format == FileFormat::ico ||
+        std::int64_t{sheet.Width()} * sheet.Height() > mostPixels) {
+        savePicture(sheet, target, options, confirm, console, result);
+        return {};
+    }
+    if (!isToBeSaved(sheet, target, options, confirm, result)) return {};
+    return bytesOf(sheet, target, options);
+}
+
+void finishPicture(ByteArray&& bytes, Console& console, Result& result) {
+    const std::size_t size = bytes.size();
+    Draft(result.output, [&] { return std::move(bytes); }).takePlace();
+    noteSaved(result.output, size, console, result);
+}
+
+Draft::Draft(const std::string& name, const std::function<ByteArray()>& make) : m_name(name), m_file(name, true) {
     std::error_code error;
     if (std::filesystem::is_directory(toPath(name), error)) throw Failed(name, "it is a folder");
     if (!m_file.outcome()) throw Failed(name, m_file.outcome().reason());
-    std::ostringstream text;
-    write(text);
-    m_text = std::move(text).str();
+    m_bytes = make();
 }
 
 void Draft::takePlace() {
-    const std::span<const std::uint8_t> piece(reinterpret_cast<const std::uint8_t*>(m_text.data()), m_text.size());
+    const std::span<const std::uint8_t> piece = std::as_const(m_bytes).bytes();
     const Outcome outcome = m_file.save({&piece, 1});
     if (!outcome) throw Failed(m_name, outcome.reason());
 }
 
+std::unique_ptr<Draft> draftOf(const std::string& name, const std::function<void(std::ostream& out)>& write) {
+    return std::make_unique<Draft>(name, [&] {
+        std::ostringstream out;
+        write(out);
+        const std::string text = std::move(out).str();
+        return ByteArray(std::vector<std::uint8_t>(text.begin(), text.end()));
+    });
+}
+
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write) {
-    Draft(name, write).takePlace();
+    draftOf(name, write)->takePlace();
 }
 
 } // namespace pixkit::cli

@@ -4,10 +4,13 @@
 #include "cli/Targets.h"
 #include "cli/Text.h"
 #include "saving/OutputFile.h"
+#include "shared/ByteArray.h"
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <iosfwd>
+#include <memory>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -54,22 +57,32 @@ bool isForeignPage(const std::string& page, std::string_view mark);
 // Puts a picture onto a colour. False when that fails; the instance says why.
 bool flatten(cPixSheet& sheet, std::int32_t background);
 
-// Saves in the target's format, and fills in what that gave. Says on `console` what is odd of the file. Throws Failed.
-void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
-                 Console& console, Result& result);
-
-// A file that is not a picture, written as pictures are. What is in its place stays until then.
+// What is to be a file. What is in its place stays until then.
 class Draft {
   public:
-    // Throws Failed where it is known already that it cannot be written.
-    Draft(const std::string& name, const std::function<void(std::ostream& out)>& write);
+    // `make` gives what it is to hold. Throws Failed, before `make` is called where it is known already that the file
+    // cannot be written.
+    Draft(const std::string& name, const std::function<ByteArray()>& make);
     // Throws Failed.
     void takePlace();
 
   private:
-    std::string m_name, m_text;
+    std::string m_name;
     OutputFile m_file;
+    ByteArray m_bytes;
 };
+// The same of text.
+std::unique_ptr<Draft> draftOf(const std::string& name, const std::function<void(std::ostream& out)>& write);
+
+// Saves in the target's format, and fills in what that gave. Says on `console` what is odd of the file. Throws Failed.
+void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options, const Confirm& confirm,
+                 Console& console, Result& result);
+// The same, but of a small picture only the bytes of the file are made, for which the picture is no longer needed: what
+// is left to do is finishPicture. Nothing where all is done.
+std::optional<ByteArray> preparePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options,
+                                        const Confirm& confirm, Console& console, Result& result);
+void finishPicture(ByteArray&& bytes, Console& console, Result& result);
+
 // Both at once.
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write);
 

@@ -226,9 +226,9 @@ void makeSheet(const SheetRequest& request, const Target& target, std::vector<Sp
                      std::to_string(sheet.count()) + (sheet.count() == 1 ? " picture" : " pictures");
     const auto ask = [&](const std::string& question) { return confirm(console, question); };
     if (!request.index.empty()) askToReplace(request.index, request, ask);
-    std::optional<Draft> index;
+    std::unique_ptr<Draft> index;
     if (!request.index.empty() && !request.isDryRun) {
-        index.emplace(request.index, [&](std::ostream& out) {
+        index = draftOf(request.index, [&](std::ostream& out) {
             if (isCss(request.index)) {
                 sheet.writeCss(out);
             } else {
