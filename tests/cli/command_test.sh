@@ -150,7 +150,7 @@ if [ ${#command[@]} = 1 ]; then
         command=(head -c 3 "$folder/a.bmp")
         check 0 "^$([ $answer = no ] && echo old || echo BMN)"
     done
-else
+elif [[ ${command[-1]} = *.exe ]]; then
     # The command finds the files that fit a pattern itself: none of them is an option.
     mkdir "$folder/patterns" && cp "$alpha" "$folder/patterns/-x.png" && cd "$folder/patterns" || exit 2
     check 0 '[.].-x.png$' info '*.png'
