@@ -1,7 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
 # Builds the project and runs all its tests: natively at each level of the kernels, under sanitizers in both word sizes,
-# and the same sources as Windows programs of both word sizes under Wine. Installs what it needs (scripts/setup.sh, scripts/wine.sh).
+# and the same sources as Windows programs of both word sizes under Wine; makes packages of that and looks into them. Installs
+# what it needs (scripts/setup.sh, scripts/wine.sh).
 #
 #   test.sh            everything
 #   test.sh --native   only the native tests, with the compiler and libraries that are there
@@ -14,7 +15,7 @@ cd "$(dirname "$0")/.." || exit 1
 case ${1:-} in
 '' | --native) ;;
 *)
-    sed -n '3,7p' "$0"
+    sed -n '3,8p' "$0"
     exit 2
     ;;
 esac
