@@ -19,11 +19,12 @@ caller=$PWD
 cd "$(dirname "$0")/.."
 cd "$(pwd -P)" # as git names it
 
+# What is only looked at is packed quickly: `built` has xz's option for that.
 output=$PWD/out/packages parts=() built=
 while [ $# -gt 0 ]; do
     case $1 in
     --output) output=$2; case $2 in /*) ;; *) output=$caller/$2 ;; esac; shift ;;
-    --built) built=yes ;;
+    --built) built=-1 ;;
     windows | deb | source) parts+=("$1") ;;
     *) sed -n '3,15p' "$0" >&2; exit 2 ;;
     esac
@@ -64,7 +65,7 @@ quiet() {
 }
 build() { cmake --preset "$@" && cmake --build --preset "$1"; }
 # The folder of a build: the packages' own, or that of the tests.
-folder_of() { case $built$1 in yespackage) echo build/release-shared ;; yes*) echo "build/${1#package-}" ;; *) echo "build/$1" ;; esac }
+folder_of() { case $built$1 in -1package) echo build/release-shared ;; -1*) echo "build/${1#package-}" ;; *) echo "build/$1" ;; esac }
 
 # Only what git knows, where it is there: no editor's copies.
 files_of() {
@@ -127,7 +128,7 @@ make_installer() {
     rm -rf $tree && cp -r build/packages/windows $tree && rm $tree/*.cmd
     python3 scripts/packaging/nsis_files.py $tree $tree.nsh
     quiet "installer, $1" makensis -V3 -DTARGET="$1" -DVERSION="$version" -DFOUR_PARTS="${version%.*}.0.${version##*.}" -DTREE="$PWD/$tree" \
-        -DFILES="$PWD/$tree.nsh" -DOUTPUT="$2" packaging/windows/pixkit.nsi
+        -DFILES="$PWD/$tree.nsh" -DOUTPUT="$2" ${built:+-X"SetCompressor /FINAL zlib"} packaging/windows/pixkit.nsi
 }
 
 make_deb() {
@@ -145,7 +146,7 @@ make_source() {
         tar --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=root:0 --group=root:0 --mode=u=rwX,go=rX --format=ustar \
             --exclude=./.git --exclude=./build --exclude=./out --exclude='__pycache__' --transform="s|^\.|$prefix|" -cf build/packages/source.tar .
     fi
-    xz -9e --threads=1 --stdout build/packages/source.tar >"$output/$prefix.tar.xz"
+    xz ${built:--9e} --threads=1 --stdout build/packages/source.tar >"$output/$prefix.tar.xz"
 }
 
 for part in "${parts[@]}"; do
