@@ -75,9 +75,10 @@ sed -n '/^<?xml/,/^<\/assembly>/p' docs/windows.md | sed "s/\"x86\"/\"$processor
 check "without registration" creates "$work/free/client.exe"
 check "which leaves no trace" nothing_registered
 
-# The samples of the archive, built where they lie.
+# The samples of the archive, where the compiler of resources gets along with the folder's name.
 builds_samples() {
-    cmake -G Ninja -S "$tree/samples" -B "$work/samples" -DPIXKIT_WINDOWS_ARCH=$arch -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" &&
+    mkdir "$work/plain" && cp -r "$tree"/{include,samples,$folder} "$work/plain" &&
+        cmake -G Ninja -S "$work/plain/samples" -B "$work/samples" -DPIXKIT_WINDOWS_ARCH=$arch -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" &&
         cmake --build "$work/samples" &&
         windows "$work/samples/c-client/c-client.exe" "$tree/samples/pictures/lantern.png" "$work/c.png" "$work/samples/viewer/pixkit.manifest" &&
         [ -s "$work/c.png" ]
