@@ -4,13 +4,15 @@
 # busy, most memory, and how near the results are to the same filter without a shortcut; then how long the command takes to
 # start. docs/batches.md says what came of it.
 #
-#   batches.sh COMMAND [FILES [ROUNDS]]   such as build/release/src/cli/pixkit 10000 3; 400 files and 3 rounds unless said otherwise
+#   batches.sh COMMAND [FILES [ROUNDS [MANY]]]   such as build/release/src/cli/pixkit 400 5 10000
+#
+# All programs work on FILES pictures in each of the ROUNDS (400 and 3 unless said otherwise), then the command alone on MANY.
 #
 # Needs imagemagick, libvips-tools and python3, and the pictures of scripts/corpus.sh in corpus/. The machine should be idle;
 # rounds are interleaved and medians quoted all the same.
 set -euo pipefail
-[ $# -gt 0 ] || { sed -n '3,10p' "$0"; exit 2; }
-command=$(realpath "$1") files=${2:-400} rounds=${3:-3}
+[ $# -gt 0 ] || { sed -n '3,12p' "$0"; exit 2; }
+command=$(realpath "$1") files=${2:-400} rounds=${3:-3} many=${4:-0}
 cd "$(dirname "$0")/.."
 corpus=${PIXKIT_CORPUS:-corpus/pictures}
 [ -d "$corpus" ] || scripts/corpus.sh corpus
@@ -25,17 +27,17 @@ convert "$corpus/photo_rgb.png" -crop 256x180 +repage -depth 8 "PNG24:$work/part
 for kind in jpg png; do
     mkdir "$work/$kind"
     parts=("$work"/parts/*."$kind")
-    for ((i = 0; i < files; ++i)); do
+    for ((i = 0; i < files || i < many; ++i)); do
         ln "${parts[i % ${#parts[@]}]}" "$work/$kind/$(printf %05d "$i").$kind"
     done
     echo "$kind: $files files of $(($(du -bc "${parts[@]}" | tail -n 1 | cut -f 1) / ${#parts[@]} / 1000)) kB on average"
 done
 
-PIXKIT=$command WORK=$work ROUNDS=$rounds FILES=$files python3 - <<'PYTHON'
+PIXKIT=$command WORK=$work ROUNDS=$rounds FILES=$files MANY=$many python3 - <<'PYTHON'
 import glob, os, resource, shutil, statistics, subprocess, time
 
 PIXKIT, WORK = os.environ["PIXKIT"], os.environ["WORK"]
-ROUNDS, FILES = int(os.environ["ROUNDS"]), int(os.environ["FILES"])
+ROUNDS, FILES, MANY = (int(os.environ[name]) for name in ("ROUNDS", "FILES", "MANY"))
 SIZE, QUALITY = "192x192", "80"  # PNG: our level 1 gives smaller files than the others' usual ones
 
 
@@ -85,7 +87,8 @@ def mean_size(name):
 
 
 for kind in ("jpg", "png"):
-    files = sorted(glob.glob(f"{WORK}/{kind}/*"))
+    every = sorted(glob.glob(f"{WORK}/{kind}/*"))
+    files = every[:FILES]
     found = {name: [] for name in lines(kind, files)}
     for _ in range(ROUNDS):
         for name, line in lines(kind, files).items():
@@ -99,6 +102,10 @@ for kind in ("jpg", "png"):
               f"{busy:4.2f} busy  {memory:6.0f} MB  {decibels(name, kind):5.1f} dB  {mean_size(name):7.0f} bytes")
     fresh("pixkit")
     print(f"{kind} pixkit, the first 100 files: {run(lines(kind, files[:100])['pixkit'])[2]:.0f} MB")
+    if MANY:
+        fresh("pixkit")
+        wall, busy, memory, _ = run(lines(kind, every[:MANY])["pixkit"])
+        print(f"{kind} pixkit, {MANY} files: {wall:.1f} s, {busy:.2f} busy, {memory:.0f} MB")
 
 small = f"{WORK}/small.png"
 subprocess.run(["convert", "-size", "16x16", "gradient:red-blue", f"PNG24:{small}"], check=True)

@@ -269,7 +269,7 @@ const Command* commandOf(std::string_view word) {
 int help(const CLI::App& app, const std::string& name, std::ostream& out) {
     const auto topic = std::ranges::find(topics(), name, &Topic::name);
     if (name.empty()) {
-        out << app.help() << '\n';
+        out << app.get_formatter()->make_help(&app, app.get_name(), CLI::AppFormatMode::Normal) << '\n';
     } else if (commandOf(name) != nullptr) {
         out << app.get_subcommand(name)->help("pixkit") << '\n';
     } else if (topic != topics().end()) {
@@ -302,8 +302,12 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
         "Exit codes: 0 done, 1 some input failed (the others are done), 2 the command line makes no sense.");
     const std::string first = arguments.empty() ? "" : arguments.front();
     const Command* const chosen = commandOf(first);
-    if (!first.empty() && !first.starts_with('-') && chosen == nullptr)
+    if (!first.empty() && !first.starts_with('-') && chosen == nullptr) {
+        constexpr std::string_view options[] = {"--help", "--version"};
+        const std::string suggestion = suggestionFor(first, options);
+        if (!suggestion.empty()) throw UsageError("'" + first + "' is not a command; " + suggestion);
         throw unknownWord(first, "a command", wordsOf(commands, &Command::name));
+    }
     // Of a line that says which, the options of the others are left out, unless it needs explanations: their hundreds
     // take longer than a small picture.
     const bool isAlone = chosen != nullptr && chosen->run != nullptr;

@@ -1,4 +1,6 @@
 #include "cli/Mistakes.h"
+#include "cli/Files.h"
+#include "cli/Text.h"
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <numeric>
@@ -83,7 +85,9 @@ std::string describeUnknown(const CLI::App& command, const std::string& word) {
                    (parent != nullptr ? ", not of " + command.get_name() : ", which has to stand before it");
         }
     }
-    return "'" + word + "' is not an option of " + command.get_name() + (suggestion.empty() ? "" : "; ") + suggestion;
+    const std::string text = "'" + word + "' is not an option of " + command.get_name();
+    if (isFile(word)) return text + "; the file of that name is ./" + word;
+    return text + (suggestion.empty() ? "" : "; ") + suggestion;
 }
 
 // What the parser says of each, and what a person is told instead; * is what stands in between.
@@ -120,11 +124,15 @@ std::optional<std::string> describeValue(const std::string& text) {
 std::string describeMistake(const CLI::App& command, const CLI::ParseError& error) {
     std::string text = error.what();
     const bool hasNoCommand = command.get_parent() == nullptr;
-    if (hasNoCommand || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+    if (hasNoCommand || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr ||
+        dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
         const std::vector<std::string> rest = command.remaining();
         if (!rest.empty()) return describeUnknown(command, rest.front().substr(0, rest.front().find('=')));
     }
     if (const auto value = describeValue(text)) return *value;
+    constexpr std::string_view required = " is required";
+    if (!text.starts_with('-') && text.ends_with(required))
+        return "name at least one " + toLower(text.substr(0, text.size() - required.size()));
     for (const Wording& wording : wordings) {
         const std::size_t at = text.find(wording.between);
         if (at == std::string::npos || !text.ends_with(wording.end)) continue;
