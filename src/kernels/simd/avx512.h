@@ -308,8 +308,10 @@ inline bool anyNoneSet32(Vec a, Vec mask) {
     return _mm512_testn_epi32_mask(a, mask) != 0;
 }
 using LaneMask = __mmask64;
-inline LaneMask keptMask(LaneMask mask) { // as keptConstant
+inline LaneMask keptMask(LaneMask mask) {      // as keptConstant
+#if defined(__x86_64__) || !defined(__clang__) // which ends in a fault of its own where 64 bits take two registers
     asm("" : "+k"(mask));
+#endif
     return mask;
 }
 // The pixels with the highest byte of each lane in their colours, the bytes of the mask.
