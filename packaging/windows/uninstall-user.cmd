@@ -5,7 +5,7 @@ rem program uses it any longer.
 rem
 rem   uninstall-user.cmd [/s]   /s: does not wait for a key at the end
 rem
-rem What another copy of pixkit has registered stays: where this folder was moved, run install-user.cmd first.
+rem What another copy of pixkit has registered stays.
 rem Exit code: 0 done, also where nothing was registered; 1 one of the DLLs could not be; 2 files are missing.
 setlocal DisableDelayedExpansion
 set "here=%~dp0"
@@ -31,7 +31,7 @@ goto end
 :forget
 "%~1" /s /u /n /i:user "%here%%~2\pixkit.dll"
 if not %errorlevel%==0 goto refused
-echo pixkit is forgotten for %~3 programs.
+echo This copy of pixkit is forgotten for %~3 programs.
 goto :eof
 :refused
 echo pixkit could not be removed for %~3 programs (regsvr32 gave %errorlevel%).

@@ -119,20 +119,32 @@ struct FileIdentity {
         const HANDLE file = ::CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                           nullptr, OPEN_EXISTING, 0, nullptr);
         if (file == INVALID_HANDLE_VALUE) return;
-        isKnown = ::GetFileInformationByHandle(file, &facts) != FALSE;
+        isKnown =
+            ::GetFileInformationByHandle(file, &facts) != FALSE && (facts.nFileIndexHigh | facts.nFileIndexLow) != 0;
         ::CloseHandle(file);
     }
     bool operator==(const FileIdentity& other) const {
+        // Some systems number files beyond these 64 bits: then the rest tells two copies apart that came one after the
+        // other.
         return isKnown && other.isKnown && facts.dwVolumeSerialNumber == other.facts.dwVolumeSerialNumber &&
-               facts.nFileIndexHigh == other.facts.nFileIndexHigh && facts.nFileIndexLow == other.facts.nFileIndexLow;
+               facts.nFileIndexHigh == other.facts.nFileIndexHigh && facts.nFileIndexLow == other.facts.nFileIndexLow &&
+               facts.nFileSizeLow == other.facts.nFileSizeLow &&
+               ::CompareFileTime(&facts.ftLastWriteTime, &other.facts.ftLastWriteTime) == 0;
     }
 
     BY_HANDLE_FILE_INFORMATION facts{};
     bool isKnown = false;
 };
 
-// Whether a key's own value is the path of a file, and not of the DLL at `path`. A file that is not there may be on a
-// drive that this user does not see.
+// Whether nothing is at a path, though its drive is there, and not one that comes and goes.
+bool isGone(const std::wstring& path) {
+    if (::GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) return false;
+    const DWORD error = ::GetLastError();
+    return (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND) && path.size() > 2 && path[1] == L':' &&
+           ::GetDriveTypeW((path.substr(0, 2) + L'\\').c_str()) == DRIVE_FIXED;
+}
+
+// Whether a key's own value is the path of a file, and not of the DLL at `path`, which may have been moved.
 bool namesAnother(HKEY classes, const std::wstring& key, const std::wstring& path) {
     DWORD size = 0;
     if (::SHGetValueW(classes, key.c_str(), nullptr, nullptr, nullptr, &size) != ERROR_SUCCESS) return false;
@@ -140,8 +152,8 @@ bool namesAnother(HKEY classes, const std::wstring& key, const std::wstring& pat
     size = static_cast<DWORD>(found.size() * sizeof(wchar_t));
     if (::SHGetValueW(classes, key.c_str(), nullptr, nullptr, found.data(), &size) != ERROR_SUCCESS) return true;
     found.resize(::lstrlenW(found.c_str()));
-    return !found.empty() && ::lstrcmpiW(found.c_str(), path.c_str()) != 0 &&
-           !(FileIdentity(found) == FileIdentity(path));
+    return !found.empty() && ::_wcsicmp(found.c_str(), path.c_str()) != 0 &&
+           !(FileIdentity(found) == FileIdentity(path)) && !isGone(found);
 }
 
 // Removes what the DLL at `path` has registered; without a path, whoever it was that did.
@@ -152,12 +164,13 @@ LSTATUS removeEntries(HKEY classes, const std::wstring& path) {
     if (isOfAnother(classKey() + L"\\InprocServer32")) return ERROR_SUCCESS;
     LSTATUS status = ERROR_SUCCESS;
     removeTree(classes, classKey(), status);
+    const bool hasOther = exists(classes, versionKey() + L"\\0\\" + otherSystem);
+    if (!hasOther) removeTree(classes, programId, status);
     if (isOfAnother(thisLibrary)) return status; // a type library that was registered alone, with the interface
     removeTree(classes, interfaceKey(), status);
     removeTree(classes, thisLibrary, status);
-    if (exists(classes, versionKey() + L"\\0\\" + otherSystem)) return status;
+    if (hasOther) return status;
     removeTree(classes, versionKey(), status);
-    removeTree(classes, programId, status);
     ::SHDeleteEmptyKeyW(classes, libraryKey().c_str()); // unless another version of the library is there
     return status;
 }

@@ -46,6 +46,7 @@ std::map<std::wstring, std::wstring> registered(HKEY root) {
 class Registration : public testing::Test {
   protected:
     ~Registration() override {
+        install(TRUE, L"user"); // takes over what a test may have left as another copy's
         install(FALSE, L"user");
         server.plain("DllUnregisterServer");
     }
@@ -152,7 +153,8 @@ TEST_F(Registration, RemovesWhatNamesItAndNothingOfAnotherCopy) {
                  {L"its short name", server32, brief, false, false},
                  {L"no path", server32, L"", false, false},
                  {L"another copy", server32, copy.wstring(), true, true},
-                 {L"a file that is not there", server32, L"X:\\new\\pixkit.dll", true, true},
+                 {L"a drive that is not there", server32, L"X:\\new\\pixkit.dll", true, true},
+                 {L"a file that is gone", server32, copy.wstring() + L".old", false, false},
                  {L"a type library by itself", library, copy.wstring(), false, true}};
     for (const auto& each : cases) {
         SCOPED_TRACE(std::filesystem::path(each.what));
