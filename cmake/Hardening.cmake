@@ -25,12 +25,8 @@ else()
     target_compile_options(pixkit-settings INTERFACE -fstack-protector-strong -fstack-clash-protection)
     target_link_options(pixkit-settings INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack)
     if(NOT PIXKIT_SANITIZE)
-        # Needs optimised code; sanitizers watch the same calls themselves. GCC before 12 knows no level 3.
-        set(fortify 3)
-        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 12)
-            set(fortify 2)
-        endif()
+        # Needs optimised code; sanitizers watch the same calls themselves.
         target_compile_options(pixkit-settings INTERFACE
-            "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=${fortify}>")
+            "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
     endif()
 endif()

@@ -8,7 +8,8 @@
 #   demo      compiler, CMake, Ninja and the command's argument parser
 #   native    demo and text, and what the native tests need
 #   native32  for native programs of 32 bits: their C++ library, and zlib, which tests borrow
-#   arm64     for programs of 64-bit ARM Linux: their compiler, and QEMU, which runs them
+#   arm64     for programs of 64-bit ARM Linux: their compiler, and QEMU, which runs them. Debian has this compiler in
+#             place of native32's, and the other way round: each takes the place of the other
 #   text      the libraries that draw text natively
 #   windows   the compilers for 32- and 64-bit Windows, a 64-bit Wine (the 32-bit one is scripts/wine.sh's affair), and
 #             an X server without a screen for the test of the viewer
@@ -38,10 +39,10 @@ packages_of() {
     release) echo "$text $(packages_of windows) $(packages_of packages) unzip lintian faketime debootstrap" ;;
     checks) echo "clang-format clang-tidy cppcheck doxygen reuse" ;;
     browser) echo "chromium chromium-driver python3" ;;
-    bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev libopencv-imgproc-dev libvips-dev pkg-config imagemagick valgrind python3" ;;
+    bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev libopencv-imgproc-dev libvips-dev libvips-tools pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;
     *)
-        sed -n '3,21p' "$0" >&2
+        sed -n '3,22p' "$0" >&2
         exit 2
         ;;
     esac
@@ -137,6 +138,8 @@ trap 'rm -f "$log"' EXIT
 apt=("${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -y -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300)
 # An index that could not be fetched need not be one that is needed: only a failing installation is a failure.
 "${apt[@]}" update >"$log" 2>&1 </dev/null || say "warning: apt-get update did not succeed completely"
+removed=$("${apt[@]}" -s install --no-install-recommends "${missing[@]}" 2>/dev/null </dev/null | awk '/^Remv/ { print $2 }' | xargs)
+[ -z "$removed" ] || say "in place of $removed"
 if ! "${apt[@]}" install --no-install-recommends "${missing[@]}" >>"$log" 2>&1 </dev/null; then
     tail -n 30 "$log" >&2
     say "the installation failed"

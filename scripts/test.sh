@@ -49,7 +49,7 @@ tests() {
 }
 
 # What would otherwise only be noticed at the next release.
-packages() { scripts/package.sh --built --output build/test-packages && tests/package/contents_test.py build/test-packages --built; }
+packages() { rm -rf build/test-packages && scripts/package.sh --built --output build/test-packages && tests/package/contents_test.py build/test-packages --built; }
 
 if [ "${1:-}" = --native ]; then
     build release && tests release
@@ -62,6 +62,10 @@ else
     step "set-up: Wine" scripts/wine.sh setup
     build win32 && tests win32
     build win64 && tests win64
-    if git rev-parse HEAD >/dev/null 2>&1; then step "packages: made of these builds" packages; fi
+    if git rev-parse HEAD >/dev/null 2>&1; then
+        step "packages: made of these builds" packages
+    else
+        echo "packages: left out, git knows no commit of this folder"
+    fi
 fi
 python3 scripts/count_tests.py "$logs"

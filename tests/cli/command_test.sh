@@ -102,7 +102,7 @@ if [ ${#command[@]} = 1 ]; then
     "$pixkit" convert $alpha "$folder/text.bmp" --text A --quiet 2>/dev/null
     check $? '' convert samples/pictures "$folder/texts" --recursive --text 'Hello:size=10%' --jobs 4
     # Nobody reads any longer.
-    command=(bash -c '{ sleep 0.2; "$0" "$@"; echo $? >"$1.code"; } | :; cat "$1.code"' "$pixkit" info)
+    command=(bash -c '{ sleep 0.2; "$0" "$@"; echo $? >"$2.code"; } | :; cat "$2.code"' "$pixkit" info)
     cp "$alpha" "$folder/unheard.png"
     check 0 '^141$' "$folder/unheard.png"
 

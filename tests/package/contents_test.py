@@ -108,7 +108,10 @@ DEBIAN = {
 
 def debian():
     for package, (pattern, least) in DEBIAN.items():
-        path = next(PACKAGES.glob(f"{package}_{VERSION}-1_*.deb"))
+        path = next(PACKAGES.glob(f"{package}_{VERSION}-1_*.deb"), None)
+        if path is None:
+            expect(False, f"no {package}_{VERSION}-1_*.deb")
+            continue
         data = subprocess.run(["dpkg-deb", "--fsys-tarfile", path], check=True, capture_output=True).stdout
         with tarfile.open(fileobj=io.BytesIO(data)) as files:
             members = [member for member in files if not member.isdir()]

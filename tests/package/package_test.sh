@@ -35,7 +35,7 @@ diff <(awk '/^```cpp/ { inside = 1; next } /^```/ { inside = 0 } inside' README.
 
 # The same objects, so that a compiler cache has them all. scripts/package.sh --built makes Debian's packages of these.
 shared=$(dirname "$1")/$(basename "$1")-shared
-cmake -G Ninja -S . -B "$shared" -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=ON -DPIXKIT_TESTS=OFF \
+cmake -G Ninja -S . -B "$shared" -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=ON -DPIXKIT_TESTS=OFF -DPIXKIT_COMMAND=ON \
     -DCMAKE_COMPILE_WARNING_AS_ERROR=ON -DCMAKE_CXX_COMPILER="$compiler"
 cmake --build "$shared"
 cmake --install "$shared" --prefix "$folder/shared"
