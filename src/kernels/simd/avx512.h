@@ -309,7 +309,7 @@ inline bool anyNoneSet32(Vec a, Vec mask) {
 }
 using LaneMask = __mmask64;
 inline LaneMask keptMask(LaneMask mask) {      // as keptConstant
-#if defined(__x86_64__) || !defined(__clang__) // which ends in a fault of its own where 64 bits take two registers
+#if defined(__x86_64__) || !defined(__clang__) // clang 14 crashes where a mask of 64 bits takes two registers
     asm("" : "+k"(mask));
 #endif
     return mask;

@@ -52,6 +52,7 @@ inline Vec multiplyLow32(Vec a, Vec b) {
     return interleaveLow32(_mm_shuffle_epi32(even, _MM_SHUFFLE(0, 0, 2, 0)),
                            _mm_shuffle_epi32(odd, _MM_SHUFFLE(0, 0, 2, 0)));
 }
+
 // --- lanes
 inline Vec widenSigned16(HalfVec v) {
     return shiftRightSigned32<16>(interleaveLow16(v, v));
