@@ -59,7 +59,7 @@ void readLines(const platform::StdPicture& picture, PixelView host, std::size_t 
 // The picture has 8 bits: its numbers are looked up in what `pixelsOf` makes of its colours.
 template <class PixelsOf>
 void convertNumbers(const platform::StdPicture& picture, PixelView host, PixelsOf&& pixelsOf) {
-    constexpr std::size_t bytesAtOnce = 16 * 1024; // stay in the cache
+    constexpr std::size_t bytesAtOnce = 16 * 1024;                               // stay in the cache
     const auto stride = static_cast<std::size_t>(paddedRowBytes(host.width, 8)); // never 0, which analyzers do not see
     const std::size_t linesAtOnce =
         std::clamp<std::size_t>(bytesAtOnce / std::max<std::size_t>(stride, 1), 1, host.height);
