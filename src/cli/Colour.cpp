@@ -236,11 +236,9 @@ std::optional<Colour> readColour(std::string_view text) {
 
 Colour parseAnyColour(std::string_view text) {
     if (const auto colour = readColour(text)) return *colour;
-    const std::string suggestion = suggestionFor(toLower(text), colourNames());
     throw UsageError("'" + std::string(text) + "' is not a colour; " +
-                     (suggestion.empty()
-                          ? "write a name, such as orange, or its parts, such as #ff8000 or rgb(255,128,0)"
-                          : suggestion));
+                     suggestionOr(text, colourNames(),
+                                  "write a name, such as orange, or its parts, such as #ff8000 or rgb(255,128,0)"));
 }
 
 std::vector<std::string_view> colourNames() {

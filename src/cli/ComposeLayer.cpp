@@ -107,11 +107,10 @@ void explainRest(const std::string& name) {
             parsePlace(part);
         } else if (!PartReader(layer).read(part)) {
             constexpr std::string_view known[] = {"fit", "down", "stretch", "fill", "scale=50%", "opacity=50%"};
-            const std::string suggestion = suggestionFor(part, known);
-            throw UsageError("'" + part + "' is neither an opacity, such as 60%, nor a size" +
-                             (suggestion.empty()
-                                  ? ", such as 640x480, 640x, x480, 20%x, scale=50%, fit, down, stretch or fill"
-                                  : "; " + suggestion));
+            throw UsageError("'" + part + "' is neither an opacity nor a size; " +
+                             suggestionOr(part, known,
+                                          "write one as 60%, the other as 640x480, 640x, x480, 20%x, scale=50%, fit, "
+                                          "down, stretch or fill"));
         }
         sign = next;
     }

@@ -188,7 +188,8 @@ EffectStep resizeBy(const std::string& argument, const ResizeFilter& by) {
         text.pop_back();
     }
     const auto box = readBox(text);
-    if (!box && text.ends_with('%')) {
+    double percent = 0;
+    if (!box && text.ends_with('%') && parseEntirely(std::string_view(text).substr(0, text.size() - 1), percent)) {
         throw UsageError("'" + argument + "' is in proportion in any case; write " + text + ", without a way to fit");
     }
     if (!box) {

@@ -43,7 +43,7 @@ EffectStep parseGrayscale(const std::string& argument) {
                 {},
                 [value = formula.value](cPixSheet& sheet) { return sheet.MakeGrayScale(value); }};
     }
-    throw unknownWord(word, "a grayscale formula", wordsOf(formulas, &Formula::word));
+    throw unknownWord(argument, "a grayscale formula", wordsOf(formulas, &Formula::word));
 }
 
 EffectStep parseInvert(const std::string&) {

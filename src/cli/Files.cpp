@@ -1,6 +1,8 @@
 #include "cli/Files.h"
 #include "cli/Mistakes.h"
 #include "cli/Text.h"
+#include <system_error>
+#include <vector>
 
 namespace pixkit::cli {
 
@@ -19,6 +21,15 @@ bool isFile(std::string_view name) {
     return fs::is_regular_file(toPath(name), error);
 }
 
+bool isFolder(std::string_view name) {
+    try {
+        std::error_code error;
+        return fs::is_directory(toPath(name), error);
+    } catch (const std::system_error&) { // the name is no text; who opens it says so
+        return false;
+    }
+}
+
 std::optional<FileFormat> formatOf(const fs::path& file) {
     const std::string extension = extensionOf(file);
     for (const Format& format : formats()) {
@@ -29,12 +40,15 @@ std::optional<FileFormat> formatOf(const fs::path& file) {
 }
 
 std::optional<std::string> formatProblem(const fs::path& target) {
-    const std::string written = "this version writes .bmp, .tga, .png, .gif, .jpg, .ico and .cur";
+    std::vector<std::string> extensions;
+    for (const std::string_view word : formatWords)
+        extensions.push_back(std::string(".").append(word));
+    const std::vector<std::string_view> known(extensions.begin(), extensions.end());
+    const std::string written = "this version writes " + listed(known);
     const std::string extension = extensionOf(target);
     if (formatOf(target)) return {};
     if (extension.empty()) return "has no extension, which would say the format; " + written;
-    const std::string suggestion = suggestionFor(extension, wordsOf(formats(), &Format::extension));
-    return "the extension '" + extension + "' is not known; " + (suggestion.empty() ? written : suggestion);
+    return "the extension '" + extension + "' is not known; " + written + orSuggestion(extension, known);
 }
 
 } // namespace pixkit::cli

@@ -49,15 +49,6 @@ class Walk {
     const fs::path& m_except;
 };
 
-bool isFolder(const std::string& name) {
-    try {
-        std::error_code error;
-        return fs::is_directory(toPath(name), error);
-    } catch (const std::system_error&) { // the name is no text; a load says so
-        return false;
-    }
-}
-
 std::string normalName(const std::string& file) {
     try {
         return toUtf8(toPath(file).lexically_normal());

@@ -30,34 +30,60 @@ std::size_t distanceBetween(std::string_view from, std::string_view to) {
     return row.back();
 }
 
-// "a, b and c"
-std::string listed(std::span<const std::string_view> words) {
-    std::string text;
-    for (std::size_t i = 0; i < words.size(); ++i)
-        text.append(i == 0 ? "" : i + 1 == words.size() ? " and " : ", ").append(words[i]);
-    return text;
+// The dot of an extension and the dashes of an option are none.
+std::string_view lettersOf(std::string_view word) {
+    return word.substr(std::min(word.find_first_not_of(".-"), word.size()));
+}
+
+// Of every three letters one may be wrong, of all of them two; but not the first of a short word: .tif is no .gif.
+bool isNear(std::string_view word, std::string_view known, std::size_t distance) {
+    constexpr std::size_t farthest = 2, shortLength = 3;
+    const std::string_view letters = lettersOf(word), knownLetters = lettersOf(known);
+    const std::size_t longest = std::max(letters.size(), knownLetters.size());
+    return distance <= std::min(farthest, longest / 3) && distance < letters.size() &&
+           (longest > shortLength || letters.front() == knownLetters.front());
 }
 
 } // namespace
 
-std::string suggestionFor(std::string_view word, std::span<const std::string_view> known) {
+std::string joined(std::span<const std::string_view> words, std::string_view between, std::string_view last) {
+    std::string text;
+    for (std::size_t i = 0; i < words.size(); ++i)
+        text.append(i == 0 ? "" : i + 1 == words.size() ? last : between).append(words[i]);
+    return text;
+}
+
+std::string listed(std::span<const std::string_view> words) {
+    return joined(words, ", ", " and ");
+}
+
+std::string suggestionFor(std::string_view written, std::span<const std::string_view> known) {
+    const std::string word = toLower(written);
     const auto longer = std::ranges::find_if(known, [&](std::string_view each) { return each.starts_with(word); });
     if (word.size() > 2 && longer != known.end()) return "did you mean " + std::string(*longer) + "?";
-    constexpr std::size_t farthest = 3; // of them two letters may be wrong, but not three
     std::string_view nearest;
-    std::size_t least = std::min(farthest, word.size()); // nor all
+    std::size_t least = word.size();
     for (const std::string_view each : known) {
         const std::size_t distance = distanceBetween(word, each);
-        if (distance >= least) continue;
+        if (distance >= least || !isNear(word, each, distance)) continue;
         least = distance;
         nearest = each;
     }
     return nearest.empty() ? "" : "did you mean " + std::string(nearest) + "?";
 }
 
-std::string suggestionOr(std::string_view word, std::span<const std::string_view> known) {
+std::string orSuggestion(std::string_view word, std::span<const std::string_view> known) {
     const std::string suggestion = suggestionFor(word, known);
-    return suggestion.empty() ? "known are " + listed(known) : suggestion;
+    return suggestion.empty() ? "" : "; " + suggestion;
+}
+
+std::string suggestionOr(std::string_view word, std::span<const std::string_view> known, std::string_view otherwise) {
+    const std::string suggestion = suggestionFor(word, known);
+    return suggestion.empty() ? std::string(otherwise) : suggestion;
+}
+
+std::string suggestionOr(std::string_view word, std::span<const std::string_view> known) {
+    return suggestionOr(word, known, "known are " + listed(known));
 }
 
 UsageError unknownWord(std::string_view word, std::string_view what, std::span<const std::string_view> known) {
@@ -75,6 +101,8 @@ std::vector<std::string> optionNames(const CLI::App& command) {
 }
 
 std::string describeUnknown(const CLI::App& command, const std::string& word) {
+    if (command.get_name() == "help" && !word.starts_with('-'))
+        return "help takes one word, not '" + word + "' as well";
     const std::vector<std::string> names = optionNames(command);
     const std::string suggestion = suggestionFor(word, std::vector<std::string_view>(names.begin(), names.end()));
     const CLI::App* const parent = command.get_parent();

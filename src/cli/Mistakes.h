@@ -14,10 +14,18 @@ class ParseError;
 
 namespace pixkit::cli {
 
+// The words, with `between` between them, and `last` before the last.
+std::string joined(std::span<const std::string_view> words, std::string_view between, std::string_view last);
+// "a, b and c"
+std::string listed(std::span<const std::string_view> words);
+
 // 'did you mean ...?' for a known word that begins with it, or else the one that is nearest, if one is near; else
-// empty.
+// empty. Known words are in lower case; how `word` is written does not matter.
 std::string suggestionFor(std::string_view word, std::span<const std::string_view> known);
-// The same, or else which are known.
+// The same behind a semicolon, or nothing.
+std::string orSuggestion(std::string_view word, std::span<const std::string_view> known);
+// The suggestion, or else `otherwise`, or which are known.
+std::string suggestionOr(std::string_view word, std::span<const std::string_view> known, std::string_view otherwise);
 std::string suggestionOr(std::string_view word, std::span<const std::string_view> known);
 // Of a word that is not `what`, such as "a filter".
 UsageError unknownWord(std::string_view word, std::string_view what, std::span<const std::string_view> known);

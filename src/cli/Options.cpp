@@ -1,4 +1,5 @@
 #include "cli/Options.h"
+#include "cli/Files.h"
 #include "cli/Mistakes.h"
 #include "cli/Text.h"
 #include "cli/UsageError.h"
@@ -200,7 +201,7 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
                    "The format where no extension says it: of results in a\nfolder, png unless said otherwise, and of "
                    "what goes\n"
                    "through pipes")
-        ->type_name("bmp|tga|png|gif|jpg|ico|cur")
+        ->type_name(joined(formatWords, "|", "|"))
         ->group(saving);
 }
 

@@ -12,17 +12,14 @@ namespace {
 
 constexpr const char* folderFormat = "png"; // unless --to says otherwise
 
-bool isFolder(const std::string& name) {
-    std::error_code error;
-    return fs::is_directory(toPath(name), error);
-}
-
 FileFormat formatOfWord(const std::string& format) {
     if (format.find_first_of("./\\") != std::string::npos)
         throw UsageError("--to takes an extension without its dot, not " + format);
     const auto wanted = formatOf(toPath("a." + format));
-    constexpr std::string_view known[] = {"bmp", "tga", "png", "gif", "jpg", "ico", "cur"};
-    if (!wanted) throw UsageError(std::string("--to: ") + unknownWord(format, "a format", known).what());
+    if (!wanted) {
+        throw UsageError("--to: '" + format + "' is not a format; known are " + listed(formatWords) +
+                         orSuggestion(format, formatWords));
+    }
     return *wanted;
 }
 

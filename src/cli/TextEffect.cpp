@@ -96,11 +96,8 @@ void readPart(TextPicture& picture, const std::string& part) {
         constexpr std::string_view known[] = {
             "font=", "size=", "color=", "at=", "opacity=", "angle=", "width=", "align=", "bold", "italic"};
         const std::string word = equals < part.size() ? key + "=" : key;
-        const std::string suggestion = suggestionFor(word, known);
-        throw UsageError("'" + part + "' is no part of a text; " +
-                         (suggestion.empty()
-                              ? suggestionOr(word, known) + ", and a colon in the text itself is written \\:"
-                              : suggestion));
+        throw UsageError("'" + part + "' is no part of a text (a colon in the text itself is written \\:); " +
+                         suggestionOr(word, known));
     }
 }
 

@@ -49,7 +49,7 @@ In the text \n begins a line, \: is a colon and \\ a backslash.
 )"},
     {"layers", "What compose draws",
      R"(FILE[@PLACE][:PART]..., where PART is any of
-  60%                       the opacity, 1 to 100 %
+  60%, opacity=60%          the opacity, 1 to 100 %
   640x480, 640x, x480       a box that the picture is brought into, in proportion
   20%x, x10%, 50%x50%       the same in parts of the canvas
   scale=50%                 a part of the picture's own size
