@@ -260,7 +260,7 @@ int info(const InfoRequest& request, Console& console) {
     int exitCode = exitOk;
     bool first = true;
     const auto fail = [&](const std::string& file, const std::string& problem) {
-        console.err << "pixkit info: " << shown(file) << ": " << problem << '\n';
+        console.err << "pixkit info: " << shownName(file) << ": " << problem << '\n';
         exitCode = exitSomeFailed;
     };
     if (request.json) console.out << '[';

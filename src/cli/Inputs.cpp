@@ -65,7 +65,7 @@ std::vector<Input> findInputs(const std::vector<std::string>& names, bool recurs
     for (const std::string& name : names) {
         std::error_code error;
         if (name.empty()) {
-            found.push_back({"''", {}, "a picture's name is empty, as of a variable that is not set"});
+            found.push_back({name, {}, "a picture's name is empty, as of a variable that is not set"});
         } else if (isStream(name)) {
             if (!streams.insert(isStandard(name) ? "-" : name).second)
                 throw UsageError("what comes through a pipe can be read once");
@@ -88,7 +88,10 @@ std::vector<Input> findInputs(const std::vector<std::string>& names, bool recurs
 std::vector<Input> findDifferentInputs(const std::vector<std::string>& names, bool recursive, const fs::path& except) {
     std::vector<Input> inputs = findInputs(names, recursive, except);
     std::set<std::string> found;
-    std::erase_if(inputs, [&](const Input& input) { return !found.insert(normalName(input.name)).second; });
+    // Streams are there once already; the file ./- would have the name of one.
+    std::erase_if(inputs, [&](const Input& input) {
+        return !isStream(input.name) && !found.insert(normalName(input.name)).second;
+    });
     return inputs;
 }
 

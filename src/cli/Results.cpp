@@ -16,7 +16,8 @@ const char* word(Status status) {
 
 void writeJson(std::ostream& out, const Result& result) {
     out << '{';
-    if (!result.input.empty()) out << "\"input\": " << jsonString(result.input) << ", ";
+    // An input may have an empty name, and then no output.
+    if (!result.input.empty() || result.output.empty()) out << "\"input\": " << jsonString(result.input) << ", ";
     if (!result.output.empty()) out << "\"output\": " << jsonString(result.output) << ", ";
     out << "\"status\": \"" << word(result.status) << '"';
     if (!result.reason.empty()) {
@@ -58,7 +59,8 @@ void report(const Result& result, const Reporting& reporting, const char* comman
             Console& console) {
     const bool isFailed = result.status == Status::failed;
     if (isFailed) {
-        console.err << "pixkit " << command << ": " << shown(result.failedAt) << ": " << shown(result.reason) << '\n';
+        console.err << "pixkit " << command << ": " << shownName(result.failedAt) << ": " << shown(result.reason)
+                    << '\n';
     }
     if (reporting.isJson) {
         console.out << (index == 0 ? "[\n  " : ",\n  ");

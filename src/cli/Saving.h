@@ -26,7 +26,7 @@ namespace pixkit::cli {
 class Failed : public std::runtime_error {
   public:
     Failed(const std::string& file, std::string_view reason)
-        : std::runtime_error(shown(file) + ": " + shown(reason)), m_file(file), m_reason(reason) {}
+        : std::runtime_error(shownName(file) + ": " + shown(reason)), m_file(file), m_reason(reason) {}
     const std::string& file() const noexcept { return m_file; }
     const std::string& reason() const noexcept { return m_reason; }
 

@@ -59,6 +59,10 @@ std::string shown(std::string_view name) {
     return text;
 }
 
+std::string shownName(std::string_view file) {
+    return file.empty() ? "''" : shown(file);
+}
+
 std::string jsonString(std::string_view text) {
     std::string quoted = "\"";
     while (!text.empty()) {

@@ -15,6 +15,8 @@ std::string toLower(std::string_view text);
 
 // A name as a person reads it: control characters, which could steer a terminal or break a line, become \xHH.
 std::string shown(std::string_view name);
+// The same of a file; an empty name is ''.
+std::string shownName(std::string_view file);
 // `text` between quotation marks, as JSON has it. A byte that is no UTF-8 becomes the lone surrogate U+DC00 + byte, as
 // several languages name such files, so that the name can be had back.
 std::string jsonString(std::string_view text);
