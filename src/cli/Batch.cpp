@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <ostream>
 #include <thread>
 #include <utility>
@@ -116,8 +117,11 @@ class Batch {
         std::string out, err;
         try {
             if (piece != nullptr && piece->m_rest) piece->m_rest(*piece);
-            if (piece != nullptr) out = std::move(piece->m_out).str();
-            if (piece != nullptr) err = std::move(piece->m_err).str();
+        } catch (...) {
+            fail();
+        }
+        try {
+            if (piece != nullptr) takeSaid(*piece, out, err);
         } catch (...) {
             fail();
         }
@@ -127,6 +131,14 @@ class Batch {
     // By the exception that is being handled.
     void fail() noexcept {
         const std::scoped_lock lock(m_lock);
+    // What there is of it; where memory ended in the middle, that is a failure, of which streams keep the exception.
+    static void takeSaid(Piece& piece, std::string& out, std::string& err) {
+        const bool isWhole = piece.m_out && piece.m_err;
+        out = std::move(piece.m_out).str();
+        err = std::move(piece.m_err).str();
+        if (!isWhole) throw std::bad_alloc();
+    }
+
         if (!m_failure) m_failure = std::current_exception();
         m_hasFailed = true;
     }

@@ -11,8 +11,10 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
+#include <new>
 #include <ostream>
 #include <span>
+#include <utility>
 
 namespace pixkit::cli {
 
@@ -28,21 +30,34 @@ class Conversion {
     // stay there.
     void convert(Piece& piece) {
         const Input& input = m_inputs[piece.index()];
-        const auto work = std::make_shared<Work>(Work{{input.name, {}}});
-        const bool isWell = succeeds(work->result, [&] { work->bytes = convertOne(input, piece, work->result); });
-        if (!isWell || !work->bytes) return end(piece, work->result, isWell);
-        piece.leave(work->bytes->size(), [this, work](Piece& left) {
-            const auto finish = [&] { finishPicture(std::move(*work->bytes), left.console(), work->result); };
-            end(left, work->result, succeeds(work->result, finish));
+        Result result{input.name, {}};
+        std::shared_ptr<Work> work;
+        const bool isWell = succeeds(result, [&] {
+            auto bytes = convertOne(input, piece, result);
+            if (bytes) work = std::make_shared<Work>(result, std::move(*bytes));
         });
+        if (!isWell || !work) return end(piece, result, isWell);
+        const auto finish = [this, work](Piece& left) {
+            const bool isThere = succeeds(work->result, [&] {
+                finishPicture(std::move(work->bytes), left.console(), work->result);
+            });
+            end(left, work->result, isThere);
+        };
+        try {
+            piece.leave(work->bytes.size(), finish);
+        } catch (const std::bad_alloc&) { // there is no memory to keep it for later
+            finish(piece);
+        }
     }
 
     bool hasFailed() const noexcept { return m_hasFailed; }
 
   private:
+    // What is left to do of a picture.
     struct Work {
+        Work(const Result& what, ByteArray&& file) : result(what), bytes(std::move(file)) {}
         Result result;
-        std::optional<ByteArray> bytes = {}; // of a file that is still to be written
+        ByteArray bytes; // of the file that is still to be written
     };
 
     void end(Piece& piece, const Result& result, bool isWell) {

@@ -22,7 +22,7 @@ void GrowingPage::refuseForeign(Console& console) const {
 }
 
 void GrowingPage::writeFile() const {
-    writeWhole(m_file, [&](std::ostream& html) { write(html); });
+    forFile(m_file, [&] { writeWhole(m_file, [&](std::ostream& html) { write(html); }); });
 }
 
 void GrowingPage::put(const std::function<void()>& enter) {
@@ -52,17 +52,23 @@ int GrowingPage::make(const std::vector<Input>& inputs, unsigned jobs, Console& 
         if (!isDone) hasFailed = true;
         report(result, m_options.reporting, m_command, piece.index(), piece.console());
     };
-    try {
+    const auto hasDone = [&](const std::function<void()>& part) {
+        try {
+            part();
+            return true;
+        } catch (const Failed& failure) {
+            console.err << "pixkit " << m_command << ": " << failure.what() << '\n';
+            return false;
+        }
+    };
+    const bool isReady = hasDone([&] {
         refuseForeign(console);
         if (!m_options.isDryRun) prepare();
-        runBatch(inputs.size(), jobs, console, work);
-        endReports(m_options.reporting, inputs.size(), console);
-        if (m_isEmpty) return hasFailed ? exitSomeFailed : exitOk;
-        writeFile();
-    } catch (const Failed& failure) {
-        console.err << "pixkit " << m_command << ": " << failure.what() << '\n';
-        return exitSomeFailed;
-    }
+    });
+    if (isReady) runBatch(inputs.size(), jobs, console, work);
+    endReports(m_options.reporting, isReady ? inputs.size() : 0, console);
+    if (isReady && m_isEmpty) return hasFailed ? exitSomeFailed : exitOk;
+    if (!isReady || !hasDone([&] { writeFile(); })) return exitSomeFailed;
     if (!m_options.reporting.isQuiet && !m_options.reporting.isJson)
         console.out << "Look at " << shown(toUtf8(fs::absolute(toPath(m_file)))) << '\n';
     return hasFailed ? exitSomeFailed : exitOk;

@@ -277,6 +277,7 @@ std::unique_ptr<Draft> draftOf(const std::string& name, const std::function<void
         const std::string text = std::move(out).str();
         return ByteArray(std::vector<std::uint8_t>(text.begin(), text.end()));
     });
+        if (!out) throw std::bad_alloc(); // streams take exceptions for themselves, and this one fails by no other
 }
 
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write) {
