@@ -39,7 +39,7 @@ class Conversion {
         if (!isWell || !work) return end(piece, result, isWell);
         const auto finish = [this, work](Piece& left) {
             const bool isThere = succeeds(work->result, [&] {
-                finishPicture(std::move(work->bytes), left.console(), work->result);
+                finishPicture(std::move(work->bytes), m_request.reporting, left.console(), work->result);
             });
             end(left, work->result, isThere);
         };

@@ -205,12 +205,13 @@ bool isToBeSaved(cPixSheet& sheet, const Target& target, const SavingOptions& op
 }
 
 // Of a file that is there.
-void noteSaved(const std::string& name, std::uintmax_t size, Console& console, Result& result) {
+void noteSaved(const std::string& name, std::uintmax_t size, const Reporting& reporting, Console& console,
+               Result& result) {
     result.bytes = size;
     result.status = Result::Status::done;
-    if (size <= largestRefusedFile) {
-        console.err << "pixkit: " << shown(name) << ": saved, but pixkit does not read files of " << largestRefusedFile
-                    << " bytes or less\n";
+    if (size <= largestRefusedFile && !reporting.isQuiet) {
+        console.err << "pixkit: warning: " << shown(name) << ": saved, but pixkit does not read files of "
+                    << largestRefusedFile << " bytes or less\n";
     }
 }
 
@@ -235,7 +236,7 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
     if (!savedToFile(sheet, target, options)) throw Failed(target.name, problemOf(sheet));
     std::error_code gone;
     const std::uintmax_t size = std::filesystem::file_size(target.path(), gone);
-    noteSaved(target.name, gone ? 0 : size, console, result);
+    noteSaved(target.name, gone ? 0 : size, options.reporting, console, result);
 }
 
 std::optional<ByteArray> preparePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options,
@@ -251,10 +252,10 @@ std::optional<ByteArray> preparePicture(cPixSheet& sheet, const Target& target, 
     return bytesOf(sheet, target, options);
 }
 
-void finishPicture(ByteArray&& bytes, Console& console, Result& result) {
+void finishPicture(ByteArray&& bytes, const Reporting& reporting, Console& console, Result& result) {
     const std::size_t size = bytes.size();
     Draft(result.output, [&] { return std::move(bytes); }).takePlace();
-    noteSaved(result.output, size, console, result);
+    noteSaved(result.output, size, reporting, console, result);
 }
 
 Draft::Draft(const std::string& name, const std::function<ByteArray()>& make) : m_name(name), m_file(name, true) {
@@ -276,8 +277,8 @@ std::unique_ptr<Draft> draftOf(const std::string& name, const std::function<void
         write(out);
         const std::string text = std::move(out).str();
         return ByteArray(std::vector<std::uint8_t>(text.begin(), text.end()));
-    });
         if (!out) throw std::bad_alloc(); // streams take exceptions for themselves, and this one fails by no other
+    });
 }
 
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write) {

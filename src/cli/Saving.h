@@ -81,7 +81,7 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
 // is left to do is finishPicture. Nothing where all is done.
 std::optional<ByteArray> preparePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options,
                                         const Confirm& confirm, Console& console, Result& result);
-void finishPicture(ByteArray&& bytes, Console& console, Result& result);
+void finishPicture(ByteArray&& bytes, const Reporting& reporting, Console& console, Result& result);
 
 // Both at once.
 void writeWhole(const std::string& name, const std::function<void(std::ostream& out)>& write);
