@@ -58,7 +58,7 @@ class Batch {
     // At once, so that an interrupt leaves nothing unsaid that is done.
     void say(const std::string& out, const std::string& err) noexcept {
         try {
-            if (m_shownLength != 0) {
+            if (m_shownColumns != 0) {
                 rewrite("");
                 m_console.err << '\r';
             }
@@ -166,11 +166,24 @@ class Batch {
         ++m_turn;
     }
 
-    // In the place of the last such line. Spaces cover what that leaves: not every console knows how to erase.
+    // In the place of the last such line, and within one row of the screen, which a line that is longer would fill.
+    // Spaces cover what the last one leaves: not every console knows how to erase.
     void rewrite(const std::string& line) {
-        m_console.err << '\r' << line << std::string(std::max(m_shownLength, line.size()) - line.size(), ' ')
+        constexpr std::size_t most = 79;
+        std::size_t end = 0, columns = 0;
+        for (; end < line.size() && columns + columnsOf(line[end]) <= most; ++end)
+            columns += columnsOf(line[end]);
+        m_console.err << '\r' << line.substr(0, end) << std::string(std::max(m_shownColumns, columns) - columns, ' ')
                       << std::flush;
-        m_shownLength = line.size();
+        m_shownColumns = columns;
+    }
+
+    // How many columns the character takes whose UTF-8 begins with that byte, at most: those of two columns have three
+    // bytes or more. None for the bytes behind the first.
+    static std::size_t columnsOf(char first) noexcept {
+        const auto byte = static_cast<unsigned char>(first);
+        const bool isBehind = (byte & 0xC0) == 0x80;
+        return isBehind ? 0 : byte < 0xE0 ? 1 : 2;
     }
 
     const std::size_t m_pieces;
@@ -185,7 +198,7 @@ class Batch {
     platform::Lock m_lock; // of all below
     std::map<std::size_t, std::pair<std::string, std::string>> m_kept;
     std::exception_ptr m_failure;
-    std::size_t m_shownLength = 0; // of the line that tells how far work has come
+    std::size_t m_shownColumns = 0; // of the line that tells how far work has come
 };
 
 Piece::Piece(Batch& batch, std::size_t index)

@@ -138,8 +138,8 @@ class PictureEffects {
         picture.original.title = "As loaded";
         const std::vector<Effect> effects = effectsFor(m_sheet);
         for (std::size_t number = 1; number <= effects.size(); ++number) {
-            m_piece.progress(shown(m_input.name) + ": " + std::to_string(number) + " of " +
-                             std::to_string(effects.size()));
+            if (!m_request.reporting.isQuiet)
+                m_piece.progress(std::to_string(number) + " of " + std::to_string(effects.size()) + ": " + shown(name));
             const Effect& effect = effects[number - 1];
             auto card = makeCard(effect, std::to_string(100 + number).substr(1));
             if (!card) continue;
@@ -154,11 +154,12 @@ class PictureEffects {
 
   private:
     std::string facts() const {
-        std::error_code none; // a pipe, or the file is deleted under our hands
-        const std::uintmax_t bytes = fs::file_size(toPath(m_input.name), none);
+        const bool isPiped = isStream(m_input.name);
+        std::error_code none; // the file is deleted under our hands
+        const std::uintmax_t bytes = isPiped ? 0 : fs::file_size(toPath(m_input.name), none);
         return std::to_string(m_sheet.Width()) + " × " + std::to_string(m_sheet.Height()) + " pixels · " +
                imageTypeName(m_sheet.ImageType()).word + " · alpha: " + alphaName(m_sheet.Alpha()).word +
-               (none ? "" : " · " + std::to_string(bytes) + " bytes");
+               (isPiped || none ? "" : " · " + std::to_string(bytes) + " bytes");
     }
 
     EffectsCard save(const cPixSheet& sheet, const std::string& name) {
