@@ -39,8 +39,10 @@ class Batch {
         if (m_failure) std::rethrow_exception(m_failure);
     }
 
-    // Seldom: to ask a person, and where memory ends. So nothing that wakes threads is kept, which on some systems
-    // stays behind when the last of them is gone.
+    // For questions to a person, names that several results would have, pictures that a sheet has to do without, and
+    // where there is no memory to keep what is said. The thread sleeps and looks again: to be woken it would need
+    // std::atomic's wait, for which the library of the Windows toolchain has a mutex and a condition variable whose
+    // memory it never gives back.
     void awaitTurn(std::size_t index) noexcept {
         while (m_turn != index)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -90,10 +92,11 @@ class Batch {
         }
     }
 
-    // Whether a carrier does it: not with one job, of which people expect one thing after the other.
+    // Whether a carrier does it: not with one job, of which people expect one thing after the other, nor for one piece,
+    // beside which there is nothing to do.
     bool isCarried(const std::shared_ptr<Piece>& piece) noexcept {
         constexpr std::size_t mostBytes = std::size_t{32} << 20;
-        if (m_jobs == 1 || m_bytesCarried > mostBytes) return false;
+        if (m_jobs == 1 || m_pieces == 1 || m_bytesCarried > mostBytes) return false;
         const std::scoped_lock lock(m_carrierLock); // a thread may end before it is where it is to be kept
         const auto free = std::ranges::find_if(m_carriers, [](Carrier& each) { return each.isFree.exchange(false); });
         if (free == m_carriers.end()) return false;
@@ -128,9 +131,6 @@ class Batch {
         deliver(index, std::move(out), std::move(err));
     }
 
-    // By the exception that is being handled.
-    void fail() noexcept {
-        const std::scoped_lock lock(m_lock);
     // What there is of it; where memory ended in the middle, that is a failure, of which streams keep the exception.
     static void takeSaid(Piece& piece, std::string& out, std::string& err) {
         const bool isWhole = piece.m_out && piece.m_err;
@@ -139,6 +139,9 @@ class Batch {
         if (!isWhole) throw std::bad_alloc();
     }
 
+    // By the exception that is being handled.
+    void fail() noexcept {
+        const std::scoped_lock lock(m_lock);
         if (!m_failure) m_failure = std::current_exception();
         m_hasFailed = true;
     }

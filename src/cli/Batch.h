@@ -23,8 +23,9 @@ class Piece {
     // How far it has come, for a person who watches: a line that goes when something is said. Of several pieces that
     // are worked on, it is shown of the first.
     void progress(const std::string& line) noexcept;
-    // What is left to be done of it, which is mostly waiting, such as for a disk: other pieces are worked on meanwhile,
-    // up to some, and as long as what they hold in memory is not much.
+    // What is left to be done of it, which is mostly waiting, such as for a disk: other pieces are worked on meanwhile.
+    // Up to sixteen such rests are done at a time, which keeps a disk busy, and none begins beside others while these
+    // hold more than 32 MB of memory; whoever finds no place does the rest itself. So it is with one job or one piece.
     void leave(std::size_t bytesHeld, std::function<void(Piece& piece)> rest);
 
   private:

@@ -23,7 +23,9 @@ struct Result {
     std::string failedAt = {}; // the file, or part of a picture, that it failed at
     PictureSize before = {}, after = {};
     std::uintmax_t bytes = 0; // of the file that was written
-    std::string summary = {}; // of what is more than one picture made of one
+    // Said in place of the sizes where a result is not one picture of one picture: of compose and sheet what was put
+    // together ("640 x 480, 3 layers"), of effects how many files there are ("41 results"). Else empty.
+    std::string summary = {};
 };
 
 // Failures go to `err`, everything else to `out`, but to `err` where that carries the picture itself. `command` and

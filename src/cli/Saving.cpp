@@ -241,7 +241,9 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
 
 std::optional<ByteArray> preparePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options,
                                         const Confirm& confirm, Console& console, Result& result) {
-    constexpr std::int64_t mostPixels = 4'000'000; // more are worth more than the wait for a disk, and too much to keep
+    // Of larger pictures encoding takes most of the time and the disk little, and their files (more than 16 MB as .bmp
+    // with alpha) would be much to keep of several at a time.
+    constexpr std::int64_t mostPixels = 4'000'000;
     // An icon's file tells by its name whether it is a cursor.
     if (target.isStream() || target.format == FileFormat::ico ||
         std::int64_t{sheet.Width()} * sheet.Height() > mostPixels) {
@@ -275,9 +277,9 @@ std::unique_ptr<Draft> draftOf(const std::string& name, const std::function<void
     return std::make_unique<Draft>(name, [&] {
         std::ostringstream out;
         write(out);
+        if (!out) throw std::bad_alloc(); // streams take exceptions for themselves, and this one fails by no other
         const std::string text = std::move(out).str();
         return ByteArray(std::vector<std::uint8_t>(text.begin(), text.end()));
-        if (!out) throw std::bad_alloc(); // streams take exceptions for themselves, and this one fails by no other
     });
 }
 
