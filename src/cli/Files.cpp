@@ -41,6 +41,7 @@ std::optional<FileFormat> formatOf(const fs::path& file) {
 
 std::optional<std::string> formatProblem(const fs::path& target) {
     std::vector<std::string> extensions;
+    extensions.reserve(formatWords.size());
     for (const std::string_view word : formatWords)
         extensions.push_back(std::string(".").append(word));
     const std::vector<std::string_view> known(extensions.begin(), extensions.end());

@@ -20,8 +20,8 @@ std::string joined(std::span<const std::string_view> words, std::string_view bet
 std::string listed(std::span<const std::string_view> words);
 
 // 'did you mean ...?' for a known word that begins with it, or else the one that is nearest, if one is near; else
-// empty. Known words are in lower case; how `word` is written does not matter.
-std::string suggestionFor(std::string_view word, std::span<const std::string_view> known);
+// empty. Known words are in lower case; `written` may be in any.
+std::string suggestionFor(std::string_view written, std::span<const std::string_view> known);
 // The same behind a semicolon, or nothing.
 std::string orSuggestion(std::string_view word, std::span<const std::string_view> known);
 // The suggestion, or else `otherwise`, or which are known.
