@@ -34,6 +34,7 @@ UsageError unknownWord(std::string_view word, std::string_view what, std::span<c
 template <class Table, class Name>
 std::vector<std::string_view> wordsOf(const Table& table, Name name) {
     std::vector<std::string_view> words;
+    words.reserve(std::size(table));
     for (const auto& entry : table)
         words.emplace_back(std::invoke(name, entry));
     return words;
