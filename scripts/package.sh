@@ -19,12 +19,11 @@ caller=$PWD
 cd "$(dirname "$0")/.."
 cd "$(pwd -P)" # as git names it
 
-# What is only looked at is packed quickly: `built` has xz's option for that.
-output=$PWD/out/packages parts=() built=
+output=$PWD/out/packages parts=() built= xz_level=-9e
 while [ $# -gt 0 ]; do
     case $1 in
     --output) output=$2; case $2 in /*) ;; *) output=$caller/$2 ;; esac; shift ;;
-    --built) built=-1 ;;
+    --built) built=yes xz_level=-1 ;; # what is only looked at is packed quickly
     windows | deb | source) parts+=("$1") ;;
     *) sed -n '3,15p' "$0" >&2; exit 2 ;;
     esac
@@ -65,7 +64,10 @@ quiet() {
 }
 build() { cmake --preset "$@" && cmake --build --preset "$1"; }
 # The folder of a build: the packages' own, or that of the tests.
-folder_of() { case $built$1 in -1package) echo build/release-shared ;; -1*) echo "build/${1#package-}" ;; *) echo "build/$1" ;; esac }
+folder_of() {
+    [ -n "$built" ] || { echo "build/$1"; return; }
+    case $1 in package) echo build/release-shared ;; *) echo "build/${1#package-}" ;; esac
+}
 
 # Only what git knows, where it is there: no editor's copies.
 files_of() {
@@ -146,7 +148,7 @@ make_source() {
         tar --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=root:0 --group=root:0 --mode=u=rwX,go=rX --format=ustar \
             --exclude=./.git --exclude=./build --exclude=./out --exclude='__pycache__' --transform="s|^\.|$prefix|" -cf build/packages/source.tar .
     fi
-    xz ${built:--9e} --threads=1 --stdout build/packages/source.tar >"$output/$prefix.tar.xz"
+    xz $xz_level --threads=1 --stdout build/packages/source.tar >"$output/$prefix.tar.xz"
 }
 
 for part in "${parts[@]}"; do

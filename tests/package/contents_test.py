@@ -22,7 +22,13 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
 PACKAGES = pathlib.Path(sys.argv[1])
 BUILT = sys.argv[2:] == ["--built"]
 VERSION = ".".join(re.findall(r"PIXKIT_VERSION_(?:MAJOR|MINOR|REVISION) (\d+)", (ROOT / "src/shared/version.h").read_text()))
-TRACKED = subprocess.run(["git", "ls-files"], cwd=ROOT, check=True, capture_output=True, text=True).stdout.split("\n")[:-1]
+
+
+def git(*arguments):
+    return subprocess.run(["git", *arguments], cwd=ROOT, check=True, capture_output=True, text=True).stdout.split("\n")[:-1]
+
+
+TRACKED = git("ls-files")
 ZIP = PACKAGES / f"pixkit-{VERSION}-windows.zip"
 complaints = []
 
@@ -137,7 +143,7 @@ def debian():
 def source():
     with tarfile.open(PACKAGES / f"pixkit-{VERSION}.tar.xz") as archive:
         members = [member for member in archive if not member.isdir()]
-    same("source archive", [member.name.split("/", 1)[1] for member in members], TRACKED)
+    same("source archive", [member.name.split("/", 1)[1] for member in members], git("ls-tree", "-r", "--name-only", "HEAD"))
     expect({(member.uname, member.gname, member.mtime) for member in members} == {("root", "root", members[0].mtime)}, "source: owners")
 
 
