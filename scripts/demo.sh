@@ -30,7 +30,7 @@ scripts/setup.sh demo
 
 . scripts/compiler_cache.sh
 # A folder of its own: the tests, and what they need, stay out of it.
-cmake --preset release -B build/demo -DPIXKIT_TESTS=OFF >/dev/null
+cmake --preset install -B build/demo >/dev/null
 cmake --build build/demo --target pixkit-command
 
 build/demo/src/cli/pixkit effects "${pictures[@]}" -o out/gallery
