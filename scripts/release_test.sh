@@ -41,7 +41,8 @@ fresh_root() {
         suite=$(. /etc/os-release && echo "$VERSION_CODENAME")
         mirror=$(apt-get indextargets --format '$(CODENAME) $(COMPONENT) $(REPO_URI)' 'Created-By: Packages' |
             awk -v suite="$suite" '$1 == suite && $2 == "main" { print $3; exit }')
-        debootstrap --variant=minbase "$suite" "$work/first" "${mirror:-http://deb.debian.org/debian}" &&
+        [ -n "$mirror" ] || { echo "apt has no list of $suite's packages, and so no mirror: apt-get update"; return 1; }
+        debootstrap --variant=minbase "$suite" "$work/first" "$mirror" &&
             tar -C "$work/first" --one-file-system -cf "$kept.new" . && mv "$kept.new" "$kept" && rm -rf "$work/first" || return 1
     fi
     mkdir "$root" && tar -C "$root" -xf "$kept" && cp /etc/resolv.conf "$root/etc/resolv.conf"

@@ -48,8 +48,9 @@ private_apt() {
     suite=$(. /etc/os-release && echo "${VERSION_CODENAME:-bookworm}")
     mirror=$(apt-get indextargets --format '$(CODENAME) $(COMPONENT) $(REPO_URI)' 'Created-By: Packages' 2>>"$LOG" |
         awk -v suite="$suite" '$1 == suite && $2 == "main" { print $3; exit }')
+    [ -n "$mirror" ] || { say "apt has no list of $suite's packages, and so no mirror: apt-get update"; return 1; }
     mkdir -p "$apt"/{lists/partial,archives/partial,tools} && : >"$apt/status" || return 1
-    echo "deb [arch=i386,amd64] ${mirror:-http://deb.debian.org/debian} $suite main" >"$apt/sources.list"
+    echo "deb [arch=i386,amd64] $mirror $suite main" >"$apt/sources.list"
     cat >"$apt/conf" <<CONF
 #clear APT::Update::Post-Invoke; #clear APT::Update::Post-Invoke-Success;
 #clear DPkg::Post-Invoke; #clear DPkg::Pre-Install-Pkgs;
