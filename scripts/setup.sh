@@ -93,6 +93,7 @@ part_of() {
     libjpeg62-turbo-dev) echo module libjpeg ;;
     zlib1g-dev) echo module zlib ;;
     libpixman-1-dev) echo module pixman-1 ;;
+    libvips-tools) echo command vips ;;
     libunibreak-dev | libdeflate-dev | libisal-dev | libpng-dev) echo module "${1%-dev}" ;;
     lib*-dev) basename "${1#lib}" -dev | sed 's/^/module /; s/2$//' ;;
     *) echo command "$1" ;;
@@ -114,6 +115,7 @@ for package in $(printf '%s\n' "${wanted[@]}" | sort -u); do # the list may hold
         status=$(dpkg-query -W -f '${db:Status-Abbrev}' "$package" 2>/dev/null || true)
         [ "${status%% *}" = ii ] || missing+=("$package")
     else
+        [ "$package" != ccache ] || continue # builds are slower without it, and else as they are
         read -r kind name <<<"$(part_of "$package")"
         is_there "$kind" "$name" || missing+=("$kind $name,")
     fi
