@@ -45,12 +45,12 @@ file(WRITE "${PROJECT_BINARY_DIR}/debian/triggers" "activate-noawait ldconfig\n"
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/debian/triggers")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "library that loads, changes, draws and saves pictures with alpha
 pixkit is one C++ class for pictures inside other programs: PNG, BMP, TGA,
-GIF, icons, cursors and JPEG; effects, resampling, shadows, text and
-blending with the same bytes on every machine.")
+GIF, icons, cursors and JPEG; effects, resampling, shadows and blending
+with the same bytes on every machine, and text with the system's fonts.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libpixkit-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libpixkit${PROJECT_VERSION_MAJOR} ${same_version}")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "headers of the pixkit library
-What programs that use the library pixkit are built with: its headers and
-a CMake package, find_package(pixkit).")
+What programs that use the library pixkit are built with: its headers, a
+CMake package, find_package(pixkit), and a page on using them.")
 include(CPack)
