@@ -1,10 +1,10 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Builds the project and runs all its tests: natively at each level of the kernels, under sanitizers in both word sizes,
-# and the same sources as Windows programs of both word sizes under Wine; makes packages of that and looks into them. Installs
-# what it needs (scripts/setup.sh, scripts/wine.sh).
+# Builds the project and tests it: natively at each level of the kernels, under sanitizers in both word sizes, and the same
+# sources as Windows programs of both word sizes under Wine; makes packages of that and looks into them. Installs what it
+# needs (scripts/setup.sh, scripts/wine.sh). CONTRIBUTING.md lists the tests that are apart.
 #
-#   test.sh            everything
+#   test.sh            all of that
 #   test.sh --native   only the native tests, with the compiler and libraries that are there
 #
 # One kind of tests alone: ctest --preset native, oracle, sanitizers, sanitizers-32, windows, com, windows-64, com-64.
