@@ -1,6 +1,7 @@
 // The dialog that tells a person of an unexpected error, shown by the DLL and read by another thread.
 #include "ImageFile.h"
 #include "Server.h"
+#include "shared/version.h"
 #include <atomic>
 #include <fstream>
 #include <functional>
@@ -153,7 +154,7 @@ TEST_F(ErrorReports, DoNotSayWhatFailedOrAreShownAgainOrInsideOfEachOther) {
     for (const wchar_t* const part :
          {L"Error: std::bad_alloc\r\nModule: render/Effects.cpp\r\nProcedure: MirrorImage\r\nLine: ",
           L"Parameters:\r\n  MirrorAxisX = True\r\n  MirrorAxisY = False\r\n", L"  Width = 30000\r\n  Height = 2\r\n",
-          L"Versions:\r\n  pixkit 3.0.41 (", L"  Windows "})
+          L"Versions:\r\n  pixkit " PIXKIT_FULL_VERSION " (", L"  Windows "})
         EXPECT_NE(person.report.find(part), std::wstring::npos)
             << std::filesystem::path(part) << " is not in " << std::filesystem::path(person.report);
     EXPECT_EQ(copied, person.report);

@@ -1,5 +1,6 @@
 // How the component gets known to a machine, and forgotten again.
 #include "Server.h"
+#include "shared/version.h"
 #include <map>
 #include <string>
 
@@ -62,7 +63,7 @@ class Registration : public testing::Test {
         if (FAILED(status)) return status;
         Variant version;
         EXPECT_EQ(call(created.get(), L"Version", {}, &version), S_OK);
-        EXPECT_STREQ(version.bstrVal, L"3.0.41");
+        EXPECT_STREQ(version.bstrVal, L"" PIXKIT_FULL_VERSION);
         return S_OK;
     }
 

@@ -28,6 +28,7 @@ def git(*arguments):
     return subprocess.run(["git", *arguments], cwd=ROOT, check=True, capture_output=True, text=True).stdout.split("\n")[:-1]
 
 
+FOUR_PARTS = "{}.{}.0.{}".format(*VERSION.split("."))  # as manifests have it
 TRACKED = git("ls-files")
 ZIP = PACKAGES / f"pixkit-{VERSION}-windows.zip"
 complaints = []
@@ -65,10 +66,18 @@ def windows():
             expect(BUILT or not any(path in image for path in (b"/usr/", b"../src/", str(ROOT).encode())), f"{bits}/pixkit.{kind}: paths")
         assembly = xml.fromstring(contents[f"{bits}/pixkit.manifest"])
         expect({"x86": "x86", "x64": "amd64"}[bits] == assembly[0].get("processorArchitecture"), f"{bits}: manifest of the other one")
-        expect(f'version="{assembly[0].get("version")}"' in (ROOT / "docs/windows.md").read_text(), "docs/windows.md: other version")
+        expect(assembly[0].get("version") == FOUR_PARTS, f"{bits}: manifest of another version")
     for name in ("install-user.cmd", "uninstall-user.cmd"):
         expect(contents[name].count(b"\n") == contents[name].count(b"\r\n") and contents[name].isascii(), f"{name}: line ends")
     return contents
+
+
+def versions():
+    """What documents and samples ask for in manifests is this version: Windows gives no other. 1.0.0.0 is their own."""
+    for name in TRACKED:
+        if name.startswith(("docs/", "samples/")) and not name.endswith(".png"):
+            others = set(re.findall(r"\b\d+\.\d+\.0\.\d+\b", (ROOT / name).read_text(encoding="utf-8"))) - {FOUR_PARTS, "1.0.0.0"}
+            expect(not others, f"{name}: other versions: {others}")
 
 
 def nuget(contents):
@@ -189,6 +198,7 @@ def sums():
 
 
 files = windows()
+versions()
 nuget(files)
 manifests()
 debian()
