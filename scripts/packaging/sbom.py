@@ -23,8 +23,12 @@ WINDOWS_PARTS = [
     ("gcc-mingw-w64-{cpu}-posix-runtime", "libssp", GCC, "dll exe"),
     ("mingw-w64-{cpu}-dev", "winpthreads", "MIT AND BSD-3-Clause", "dll exe"),
     ("mingw-w64-{cpu}-dev", "mingw-w64-runtime", "ZPL-2.1", "dll exe"),
-    ("libcli11-dev", "CLI11", "BSD-3-Clause", "exe"),
+    ("libcli11-dev", "CLI11", "BSD-3-Clause", "exe deb"),
 ]
+# The installer's own code, and what it decompresses with.
+NSIS = ("nsis", "NSIS", "Zlib AND CPL-1.0 WITH LZMA-exception", "setup")
+# What of these is in files of such names.
+HOLDERS = {"-windows.zip": "dll exe", "-setup.exe": "dll exe setup", ".nupkg": "dll", "pixkit.dll": "dll", "pixkit.exe": "exe"}
 LINUX_PARTS = [
     ("libfreetype6", "FreeType", "FTL OR GPL-2.0-or-later"),
     ("libfontconfig1", "fontconfig", "HPND-sell-variant"),
@@ -37,6 +41,16 @@ LINUX_PARTS = [
 def version_of(package):
     told = subprocess.run(["dpkg-query", "-W", "-f", "${Version}", package], capture_output=True, text=True, check=False)
     return told.stdout or "NOASSERTION"
+
+
+def parts_in(name):
+    """Other people's work that a file of the release, or in its archive, has inside itself."""
+    kinds = "deb" if name.startswith("pixkit_") else next((kinds for end, kinds in HOLDERS.items() if name.endswith(end)), "")
+    return [part for part in (*WINDOWS_PARTS, NSIS) if set(kinds.split()) & set(part[3].split())]
+
+
+def licences_in(name):
+    return list(dict.fromkeys(["MIT", *(licence for part in parts_in(name) for licence in part[2].split(" AND "))]))
 
 
 class Document:
@@ -58,9 +72,10 @@ class Document:
 
     def file(self, name, contents, kind):
         identifier = f"SPDXRef-File-{len(self.files) + 1}"
+        licences = licences_in(name)
         self.files.append({
-            "SPDXID": identifier, "fileName": f"./{name}", "fileTypes": [kind], "licenseConcluded": "MIT",
-            "licenseInfoInFiles": ["MIT"], "copyrightText": "2026 the pixkit authors",
+            "SPDXID": identifier, "fileName": f"./{name}", "fileTypes": [kind], "licenseConcluded": " AND ".join(licences),
+            "licenseInfoInFiles": licences, "copyrightText": "2026 the pixkit authors" if licences == ["MIT"] else "NOASSERTION",
             "checksums": [{"algorithm": "SHA1", "checksumValue": hashlib.sha1(contents).hexdigest()},
                           {"algorithm": "SHA256", "checksumValue": hashlib.sha256(contents).hexdigest()}]})
         return identifier
@@ -68,8 +83,9 @@ class Document:
     def describe_files(self, package):
         """What a package that contains all files so far has to say of them (SPDX 2.3, 7.9)."""
         sums = sorted(file["checksums"][0]["checksumValue"] for file in self.files)
+        licences = sorted({licence for file in self.files for licence in file["licenseInfoInFiles"]})
         self.packages[package] |= {
-            "filesAnalyzed": True, "licenseInfoFromFiles": ["MIT"],
+            "filesAnalyzed": True, "licenseConcluded": " AND ".join(licences), "licenseInfoFromFiles": licences,
             "packageVerificationCode": {"packageVerificationCodeValue": hashlib.sha1("".join(sums).encode()).hexdigest()}}
 
     def text(self):
@@ -102,19 +118,16 @@ def main():
                 contents = (pathlib.Path(sys.argv[3]) / bits / f"pixkit.{kind}").read_bytes()
                 inside = document.file(f"{windows}/pixkit-{version}/{bits}/pixkit.{kind}", contents, "BINARY")
                 document.relate(archives[windows], "CONTAINS", inside)
-                for package, name, licence, where in WINDOWS_PARTS:
-                    if kind in where:
-                        part = document.package(name, version_of(package.format(cpu=cpu)), licence)
-                        document.relate(inside, "STATIC_LINK", part)
+                for package, name, licence, _ in parts_in(f"pixkit.{kind}"):
+                    part = document.package(name, version_of(package.format(cpu=cpu)), licence)
+                    document.relate(inside, "STATIC_LINK", part)
     for name, identifier in archives.items():
-        if name.endswith("-setup.exe"):
-            document.relate(identifier, "STATIC_LINK", document.package("NSIS", version_of("nsis"), "Zlib"))
+        for part in parts_in(name):
+            if part == NSIS or name.startswith("pixkit_"):  # for the others the programs in the archive say it
+                document.relate(identifier, "STATIC_LINK", document.package(part[1], version_of(part[0]), part[2]))
         if name.startswith(("libpixkit3_", "pixkit_")):
             for package, part, licence in LINUX_PARTS:
                 document.relate(identifier, "DYNAMIC_LINK", document.package(part, version_of(package), licence))
-        if name.startswith("pixkit_"):
-            part = document.package("CLI11", version_of("libcli11-dev"), "BSD-3-Clause")
-            document.relate(identifier, "STATIC_LINK", part)
     (packages / f"pixkit-{version}.spdx.json").write_text(document.text(), encoding="utf-8")
 
 

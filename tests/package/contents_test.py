@@ -183,10 +183,19 @@ def spdx(contents):
         expect(sums == {"SHA1": hashlib.sha1(data).hexdigest(), "SHA256": hashlib.sha256(data).hexdigest()}, f"spdx: {name}")
     released = [path.relative_to(PACKAGES).as_posix() for path in PACKAGES.rglob("*") if path.is_file()]
     same("spdx", named, [*inside, *(name for name in released if name != "SHA256SUMS" and not name.endswith(".spdx.json"))])
-    for name in inside:
+    packages = {package["SPDXID"]: package for package in document["packages"]}
+    concluded = {file["SPDXID"]: set(file["licenseConcluded"].split(" AND ")) for file in document["files"]}
+    for name, identifier in named.items():
         linked = [relation["relatedSpdxElement"] for relation in document["relationships"]
-                  if relation["spdxElementId"] == named[name] and relation["relationshipType"] == "STATIC_LINK"]
-        expect(len(linked) == (6 if name.endswith("exe") else 5), f"spdx: what is in {name}: {linked}")
+                  if relation["spdxElementId"] == identifier and relation["relationshipType"] == "STATIC_LINK"]
+        least = 6 if name in inside and name.endswith("exe") else 5 if name in inside else 1 if re.match(r".*-setup|pixkit_", name) else 0
+        expect(len(linked) == least, f"spdx: what is in {name}: {linked}")
+        # Whoever has the file has what is linked into it, and what is linked into what it contains.
+        licences = {licence for one in linked for licence in packages[one]["licenseConcluded"].split(" AND ")}
+        expect(licences | {"MIT"} <= concluded[identifier], f"spdx: licences of {name}: {concluded[identifier]}")
+    for end in ("-windows.zip", "-setup.exe", ".nupkg"):
+        name = next(name for name in named if name.endswith(end))
+        expect(concluded[named[f"{ZIP.name}/pixkit-{VERSION}/x64/pixkit.dll"]] <= concluded[named[name]], f"spdx: licences of {name}")
 
 
 def sums():
