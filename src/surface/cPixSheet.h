@@ -149,14 +149,14 @@ class PIXKIT_API cPixSheet {
     // True: selects the image into a memory device context of the instance and returns that; repeated calls are
     // harmless. False: deselects it, frees the context unless ManageOwnDC, returns 0. 0 also without an image.
     std::intptr_t LoadDIBinDC(bool bLoad) noexcept;
-    // Exchanges the images of two instances without copying pixels; each keeps its own settings. Null does nothing.
+    // Exchanges the images of two instances without copying pixels; each keeps its own settings. No effect with null.
     void SwapDIBs(cPixSheet* SwapFromDIB) noexcept;
 
     // --- copies (render/Copy.cpp)
 
     // Copies the image, its Alpha, ImageType and gdiToken into another instance, which is resized when it needs to be.
     // 0 for a size means this image's. With CopyOriginalFormat the original-format bytes go along. Does nothing without
-    // an image or when the target is this instance. A null pointer receives a new instance, which also takes over
+    // an image or when the target is this instance. Where it is null it receives a new one, which also takes over
     // isGDIplusEnabled, HighQualityInterpolation, Unattended, MaxPixels and MaxMemory. A copy at another size is drawn
     // as Render does without AlphaBlend; should there be no memory for that, the target is left an empty (fully
     // transparent) image of the new size.
@@ -339,7 +339,7 @@ class PIXKIT_API cPixSheet {
     // of UTC. An empty value or text takes a property back, the file's too. False, and nothing changed, for a keyword
     // or value that PNG does not allow, and for a property that does not exist.
     bool PngPropertySet(ePngProperties Property, const PngValue& Value, const std::string& Keyword = {}) noexcept;
-    // The value as it was set or loaded, pngLastModified as a double. Nothing (std::monostate) for what was not, except
+    // The value as it was set or loaded, pngLastModified as a double. Empty (std::monostate) for what was not, except
     // that level, filter and interlacing then give what is in force (6, filterDefault, 0).
     PngValue PngPropertyGet(ePngProperties Property, const std::string& Keyword = {}) const noexcept;
 
