@@ -7,8 +7,9 @@
                                     call what there is, and the links of the pages lead somewhere
     reference.py --callers FILE     looks whether the check of callers finds what a file says (tests/data/callers)
     reference.py --cxx [FOLDER]     writes the C++ reference (build/reference/cxx), with Doxygen
-    reference.py --vbscript FILE    writes a script that runs the examples
+    reference.py --vbscript FILE    writes a script that runs the examples; --jscript FILE likewise
     reference.py --cpp FILE         writes a C++ program that runs the examples
+    reference.py --component FOLDER writes the programs in C and C++ that run the examples of how the component is called
     reference.py --wrapper FILE     writes the header of the component for C++ programs
 
 What a member does in detail is the comment at its declaration in src/surface/cPixSheet.h; a helpstring in
@@ -37,6 +38,7 @@ class Reference:
         self.subjects = [read_subject(path) for path in sorted(folder.glob("[0-9]*.md"))]
         self.languages = read_subject(folder / "languages.md")
         self.pages = {page.name: page for subject in self.subjects for page in subject.pages}
+        self.all_pages = [*self.pages.values(), *self.languages.pages]
 
     def meaning(self, page, argument):
         return page.arguments.get(argument.name) or self.common.get(argument.name, "")
@@ -54,10 +56,12 @@ def missing_texts(reference):
     used = set()
     for name in sorted(interface.members.keys() & reference.pages.keys()):
         page, names = reference.pages[name], [argument.name for argument in interface.members[name].arguments]
+        # Where results come back in arguments, languages differ in how they get there.
+        wanted = ["vb", "cpp"] + ["cs", "py"] * any(argument.is_result for argument in interface.members[name].arguments)
         used.update(argument for argument in names if argument not in page.arguments)
         yield from (f"{name}: no text for {a.name}" for a in interface.members[name].arguments if not reference.meaning(page, a))
         yield from (f"{name}: there is no argument {argument}" for argument in page.arguments if argument not in names)
-        yield from (f"{name}: no example in {language}" for language in ("vb", "cpp")
+        yield from (f"{name}: no example in {language}" for language in wanted
                     if language not in {example.language for example in page.examples})
         yield from (f"{name}: see {other}, which there is not" for other in page.see
                     if other not in interface.members and other not in interface.enumerations)
@@ -74,15 +78,10 @@ def wrong_callers(reference):
         yield from (f"{where}: {complaint}" for complaint in
                     callers.check(code, callers.LANGUAGES[language], reference.interface))
 
-    for page in reference.pages.values():
+    for page in reference.all_pages:
         for example in page.examples:
-            if example.language != "cpp":  # the compiler looks at those
+            if example.language not in ("c", "cpp"):  # compilers look at those
                 yield from check(f"{page.name}, {example.language}", example.language, examples.whole(example))
-    for page in reference.languages.pages:
-        for example in page.examples:
-            # A call of the component's from C++ has one argument more: where the result goes.
-            if example.language in callers.LANGUAGES and "component" not in page.name:
-                yield from check(page.name, example.language, example.code)
     for code in re.findall(r"^```vb\n(.*?)^```$", (ROOT / "README.md").read_text(encoding="utf-8"), re.MULTILINE | re.DOTALL):
         yield from check("README.md", "vb", code)
     checked = set()
@@ -90,7 +89,7 @@ def wrong_callers(reference):
         if (language := callers.language_of(path)) and "node_modules" not in path.parts:
             checked.add(language.name)
             yield from check(path.relative_to(ROOT), language.name, path.read_text(encoding="utf-8"))
-    yield from (f"samples: none in {name}" for name in callers.LANGUAGES.keys() - checked - {"cpp"})
+    yield from (f"samples: none in {name}" for name in callers.LANGUAGES.keys() - checked)
 
 
 def check_the_check(reference, path):
@@ -148,9 +147,14 @@ def main(arguments):
         case ["--cxx", *folder]:
             return cxx.write(ROOT, pathlib.Path(*folder[:1] or [ROOT / "build" / "reference" / "cxx"]))
         case ["--vbscript", file]:
-            pathlib.Path(file).write_text(examples.vbscript_program(reference.pages.values(), reference.interface.numbers))
+            pathlib.Path(file).write_text(examples.vbscript_program(reference.all_pages, reference.interface.numbers))
+        case ["--jscript", file]:
+            pathlib.Path(file).write_text(examples.jscript_program(reference.languages.pages))
         case ["--cpp", file]:
-            pathlib.Path(file).write_text(examples.cpp_program(reference.pages.values()))
+            pathlib.Path(file).write_text(examples.cpp_program(reference.all_pages))
+        case ["--component", folder]:
+            for name, text in examples.component_programs(reference.languages.pages).items():
+                (pathlib.Path(folder) / name).write_text(text)
         case [] | [_] if not arguments or not arguments[0].startswith("-"):
             folder = pathlib.Path(arguments[0]) if arguments else ROOT / "build" / "reference"
             pages.write(reference, folder)

@@ -19,7 +19,7 @@ class Language:
     knows_enumerators: bool = False  # from the type library
     needs_brackets: bool = True  # a method without them is none
     has_references: bool = True  # members can store something in variables
-    calls_properties: bool = False
+    declares: str = ""  # where the variable NAME is made
 
 
 _SLASHES = r"//[^\n]*|/\*.*?\*/"
@@ -34,13 +34,14 @@ LANGUAGES = {language.name: language for language in (
              _C_STRING, has_references=False),
     Language("ps", (".ps1",), r"#[^\n]*", (r"\$(\w+) = New-Object -ComObject pixkit",), r'"[^"\n]*"|\'[^\'\n]*\'', true=r"\$true",
              false=r"\$false", sigil="$"),
-    Language("cs", (".cs",), _SLASHES, (r"\bdynamic (\w+)",), r'\$?' + _C_STRING, named=r"(\w+):\s*"),
+    Language("cs", (".cs",), _SLASHES, (r"\bdynamic (\w+)\b(?![^\n]*StdFont)",), r'\$?' + _C_STRING, named=r"(\w+):\s*",
+             declares=r"(?:[\w\]>] +|, *)NAME *=(?!=)"),
     Language("py", (".py",), r"#[^\n]*", (r'\b(\w+) = Dispatch\("pixkit',), r'f?"""(?:.*?)"""|f?' + _C_STRING, named=r"(\w+)=(?!=)",
-             true="True", false="False", has_references=False),
+             true="True", false="False", has_references=False,
+             declares=r"^[\w, ]*\bNAME\b[\w, ]*=(?!=)|\bfor\b.*\bNAME\b.*\bin\b|\bas NAME:"),
     Language("ahk", (".ahk",), r"(?:^|\s);[^\n]*", (r'\b(\w+) := ComObject\("pixkit',), has_references=False),
     Language("pas", (".pas",), r"//[^\n]*|\{.*?\}", (r"\b(\w+) := CreateOleObject\('pixkit", r"\b(\w+)(?:, \w+)*: _cPixSheet"),
              r"'(?:''|[^'\n])*'", named=r"(\w+)\s*:=\s*", true="True", false="False", knows_enumerators=True, needs_brackets=False),
-    Language("cpp", (), _SLASHES, (r"\bcPixSheet (\w+)",), _C_STRING, knows_enumerators=True, calls_properties=True),
 )}
 
 PLAIN_TYPES = {"Long", "LongPtr", "Byte", "Boolean", "Single", "Double", "String", "Variant", "Object", "Integer", "DataObject"}
@@ -107,7 +108,7 @@ def wrong_type(member, argument, text, language, interface):
             yield f"{member.name}: {name} is no value of {argument.type}"
 
 
-def check_arguments(member, given, language, interface):
+def check_arguments(member, given, code, language, interface):
     most = None if any(a.any_number for a in member.arguments) else len(member.arguments)
     needed = sum(not argument.optional for argument in member.arguments)
     if most is not None and len(given) > most:
@@ -126,8 +127,12 @@ def check_arguments(member, given, language, interface):
         yield from wrong_type(member, argument, text, language, interface)
     if not language.has_references:
         yield from (f"{member.name} stores its result in {argument.name}, which does not reach the caller"
-                    for argument in member.arguments if argument.comes_back and not argument.optional
-                    and argument.type in ("Byte()", "Long()", "String()", "Long", "Boolean") and argument.name != "inStream")
+                    for argument in member.arguments if argument.is_result)
+    if language.declares:
+        texts = [re.sub(f"^{language.named}", "", text).removeprefix("ref ") for text in given]
+        yield from (f"{member.name}: nothing declares {text}" for text in texts
+                    if re.fullmatch(r"[a-z]\w*", text) and text not in ("true", "false", "null")
+                    and not ENUMERATOR.fullmatch(text) and not re.search(language.declares.replace("NAME", text), code, re.MULTILINE))
 
 
 def check_use(member, code, begin, end, language, interface):
@@ -139,7 +144,7 @@ def check_use(member, code, begin, end, language, interface):
             yield f"{member.name} is a {member.kind}, to which nothing can be assigned"
         return
     if member.kind != "method":
-        if code[end:end + 1] == "(" and not language.calls_properties:
+        if code[end:end + 1] == "(":
             yield f"{member.name} is a property, which is not called"
         return
     if not is_statement and not language.needs_brackets and code[end:end + 1] != "(":
@@ -149,7 +154,7 @@ def check_use(member, code, begin, end, language, interface):
     if given is None:
         yield f"{member.name} is a method: it is called with brackets"
         return
-    yield from check_arguments(member, given, language, interface)
+    yield from check_arguments(member, given, code, language, interface)
 
 
 def check_constants(code, language, interface):
@@ -177,6 +182,11 @@ def check(code, language, interface):
         for name in re.findall(rf"\b(?:{'|'.join(receivers)})\.(?:get|set)\('(\w+)'", code):
             if name not in interface.members or interface.members[name].kind == "method":
                 yield f"{name} is no property"
+    if language.name == "py":
+        try:
+            compile(code, "a caller", "exec")
+        except SyntaxError as error:
+            yield f"line {error.lineno} is no Python"
     code = cleaned(code, language)
     if language.name == "vb":
         for kind in re.findall(r"\bAs (?:New )?([\w.]+)", code):

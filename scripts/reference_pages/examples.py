@@ -8,14 +8,16 @@ PREAMBLES = {
     "cpp": 'pixkit::cPixSheet sheet;\nsheet.LoadPicture_File("picture.png");\n',
     "cs": 'dynamic sheet = Activator.CreateInstance(Type.GetTypeFromProgID("pixkit.cPixSheet"));\n'
           'sheet.LoadPicture_File("picture.png");\n',
+    "py": 'from win32com.client import Dispatch\nsheet = Dispatch("pixkit.cPixSheet")\nsheet.LoadPicture_File("picture.png")\n',
 }
-MADE_HERE = {"vb": "sheet As New", "cpp": "cPixSheet sheet", "cs": "dynamic sheet"}
+MADE_HERE = {"vb": "sheet As New", "cpp": "cPixSheet sheet", "cs": "dynamic sheet", "py": "sheet = Dispatch"}
 CLASSES = {"cPixSheet": "pixkit.cPixSheet", "pixkit.cPixSheet": "pixkit.cPixSheet", "StdFont": "StdFont"}
 
 
 def whole(example):
     """The example with what it begins with."""
-    return ("" if MADE_HERE[example.language] in example.code else PREAMBLES[example.language]) + example.code
+    made_here = MADE_HERE.get(example.language, "")
+    return ("" if made_here in example.code else PREAMBLES[example.language]) + example.code
 
 
 def without_strings(line):
@@ -47,9 +49,10 @@ def vbscript_program(pages, numbers):
     parts, count = ["' Runs the examples of the reference.\n"], 0
     for page in pages:
         for example in page.examples:
-            if example.language != "vb" or "noscript" in example.flags:
+            if example.language not in ("vb", "vbs") or "noscript" in example.flags:
                 continue
-            body = "\n".join("    " + line for line in to_vbscript(whole(example), numbers).splitlines())
+            code = to_vbscript(whole(example), numbers) if example.language == "vb" else example.code
+            body = "\n".join("    " + line for line in code.splitlines())
             check = "" if "failing" in example.flags else f'\n    If sheet.LastErrorText <> "" Then Fail "{page.name}: " & sheet.LastErrorText'
             parts.append(f'Example_{page.name}\nSub Example_{page.name}()\n{body}{check}\nEnd Sub\n')
             count += 1
@@ -58,23 +61,56 @@ def vbscript_program(pages, numbers):
     return "\n".join(parts)
 
 
+def jscript_program(pages):
+    """What runs the examples in JScript under Windows' script host."""
+    codes = [example.code for page in pages for example in page.examples if example.language == "js" and not example.flags]
+    return "\n".join(["// Runs the examples of the reference.", *codes, f'WScript.Echo("all {len(codes)} examples ran");', ""])
+
+
+def component_programs(pages):
+    """For each example that calls the component from C or C++ a program by the name of its file."""
+    return {f"{'-'.join([example.language, *sorted(example.flags)])}.{example.language}": _COMPONENT.format(code=example.code)
+            for page in pages for example in page.examples if example.flags & {"interface", "wrapper"}}
+
+
 def cpp_program(pages):
     """A program that runs each example in a function of its own; its exit code says whether all did what they should."""
     functions, calls = [], []
     for page in pages:
         for example in page.examples:
-            if example.language != "cpp":
+            if example.language != "cpp" or example.flags & {"interface", "wrapper"}:
                 continue
+            name = re.sub(r"\W+", "_", page.name)
             body = "\n".join("    " + line for line in whole(example).splitlines())
             check = f'    return succeeded(sheet, "{page.name}");'
             if "failing" in example.flags:
                 check = "    return true;"
             elif "text" in example.flags:
                 check = check.replace("return", "return !pixkit::platform::canDrawText() ||")
-            functions.append(f"bool example_{page.name}() {{\n{body}\n{check}\n}}\n")
-            calls.append(f"    isGood = example_{page.name}() && isGood;")
+            functions.append(f"bool example_{name}() {{\n{body}\n{check}\n}}\n")
+            calls.append(f"    isGood = example_{name}() && isGood;")
     return _CPP.format(functions="\n".join(functions), calls="\n".join(calls))
 
+
+_COMPONENT = """/* An example of the reference, made by scripts/reference.py. */
+#define INITGUID
+#ifdef __cplusplus
+#include "pixkit_client.h"
+#include <cstdio>
+#else
+#include "pixkit_com.h"
+#include <stdio.h>
+#endif
+
+int main(void) {{
+    CoInitialize(NULL);
+    {{
+{code}
+    }}
+    CoUninitialize();
+    return 0;
+}}
+"""
 
 _CPP = """// The examples of the reference, made by scripts/reference.py.
 #include <any>

@@ -22,6 +22,12 @@ class Argument:
     comes_back: bool  # whether the member may store something in it
     any_number: bool = False  # the last argument of a member that takes any number of them
 
+    @property
+    def is_result(self):
+        """Whether callers call the member for what it stores in this, a number or an array."""
+        plain = self.type in ("Byte()", "Long()", "String()", "Long", "Boolean")
+        return self.comes_back and not self.optional and plain and self.name != "inStream"
+
 
 @dataclasses.dataclass
 class Member:

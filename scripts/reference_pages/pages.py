@@ -15,15 +15,13 @@ KEYWORDS = {
     "cpp": r"\b(?:if|const|auto|int|return|true|false|nullptr)\b",
     "js": r"\b(?:var|new)\b",
     "ps": r"\[ref\]",
-    "py": r"\b(?:from|import|print)\b",
+    "py": r"\b(?:from|import|for|in|if|is|not|with|as|None|True|False)\b",
     "cs": r"\b(?:if|ref|object|int|byte|string|dynamic|new|null|true|false)\b",
 }
 KEYWORDS["c"] = KEYWORDS["cpp"]
 KEYWORDS["ahk"] = r"\b(?:if|return)\b"
 KEYWORDS["pas"] = r"\b(?:begin|end|if|then|nil|True|False)\b"
 KEYWORDS["vbs"] = KEYWORDS["vb"].replace("Dim", "Dim|Const")
-# Words of the C++ header that callers of the component have under other names.
-WORDS = {"true": "True", "false": "False", "null": "Nothing", "Null": "Nothing"}
 
 
 def write(reference, folder):
@@ -106,7 +104,10 @@ class Writer:
         text = re.sub(r"\s*\((?:(?:codecs|platform|shared|loading|saving|docs|render)/|std::)[^()]*\)", "", text)
         text = re.sub(r";\s+shared/\w+\.h\s+has\s+the\s+formulas", "", text)
         text = re.sub(r"(?<!\w)\*(?=\w)", "", text)
-        text = re.sub(r"\b(?:true|false|null|Null)\b", lambda match: WORDS[match[0]], text)
+        # Words of the header that callers of the component have under other names: null is no object, or no address.
+        nothing = "0" if self.interface.members[own].result == "LongPtr" else "Nothing"
+        words = {"true": "True", "false": "False", "null": nothing, "Null": nothing}
+        text = re.sub(r"\b(?:true|false|null|Null)\b", lambda match: words[match[0]], text)
         blocks = [""]  # each a paragraph or a point
         for line in text.splitlines():
             if line.startswith("- ") or not line or (blocks[-1].startswith("- ") and not line.startswith(" ")):
@@ -237,10 +238,15 @@ class Writer:
         if page.notes:
             parts.append(f"<p>{self.inline(' '.join(page.notes.split()), name)}</p>")
         parts.append(self.prose(comment, name))
-        stored = [argument.name for argument in member.arguments if "receives" in self.reference.meaning(page, argument)]
+        stored = [argument for argument in member.arguments if "receives" in self.reference.meaning(page, argument)]
         if stored:
-            names = " and ".join(filter(None, [", ".join(f"<code>{n}</code>" for n in stored[:-1]), f"<code>{stored[-1]}</code>"]))
-            parts.append(f'<p class="note">What comes back in {names} does not reach JScript, which passes variables by value.</p>')
+            *first, last = [f"<code>{argument.name}</code>" for argument in stored]
+            names = " and ".join(filter(None, [", ".join(first), last]))
+            notes = [f"JScript, AutoHotkey and Python pass variables by value: what comes back in {names} does not reach theirs."]
+            if any(argument.type.endswith("()") for argument in stored):
+                notes.append("A variable that holds nothing yet receives an array of Variants: in C# <code>object[]</code>, "
+                             "of two dimensions <code>object[,]</code>.")
+            parts.append(f'<p class="note">{" ".join(notes)}</p>')
         parts += ["<h2>Examples</h2>", self.examples(page), "<h2>C++ declaration</h2>"]
         parts += [f"<pre><code>{coloured(declaration + ';', 'cpp')}</code></pre>" for declaration in declarations]
         if page.see:
