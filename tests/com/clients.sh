@@ -38,9 +38,12 @@ watermarked() {
 # The examples of the reference, in a folder with what they load.
 reference_examples() {
     cp $pictures/lantern.png "$folder/picture.png" && cp tests/data/pictures/ico/alpha-complex-straight.ico "$folder/icon.ico" &&
-        python3 scripts/reference.py --vbscript "$folder/examples.vbs" || return 1
-    (cd "$folder" && script '^all .* examples ran' examples.vbs)
+        python3 scripts/reference.py --vbscript "$folder/examples.vbs" &&
+        python3 scripts/reference.py --jscript "$folder/examples.js" || return 1
+    (cd "$folder" && script '^all .* examples ran' examples.vbs && script '^all .* examples ran' examples.js)
 }
+# Those of how the component is called: a pixel of the picture is the same from everywhere.
+language_example() { (cd "$folder" && client '^red 242, alpha 252' "$build/tests/com/example-$1.exe"); }
 
 # Whatever registration may have left: every value names the component or its path.
 nothing_left() {
@@ -76,6 +79,9 @@ check "dropped.js" script 'all as expected' samples/jscript/dropped.js "$folder/
 check "effects.js" script '^saved ' samples/jscript/effects.js $pictures/landscape.png "$folder/js.bmp"
 check "bytes.js" script '^all bytes as expected' samples/jscript/bytes.js $pictures/lantern.png
 check "examples of the reference" reference_examples
+for language in c-interface cpp-interface cpp-wrapper; do
+    check "example of the reference, $language" language_example $language
+done
 check "regsvr32 /u" windows regsvr32 /s /u "$dll"
 check "nothing left in the registry" nothing_left
 check "C client, unregistered" client '^saved, without registration' "$build/samples/c-client/c-client.exe" \
