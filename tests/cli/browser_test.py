@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Looks at the pages of `pixkit gallery` and `pixkit effects` in a real browser: Chromium, by its WebDriver.
+"""Looks at the pages of `pixkit gallery`, `pixkit effects` and the reference in a real browser: Chromium, by its WebDriver.
 
   browser_test.py COMMAND [FOLDER]   such as build/release/src/cli/pixkit; FOLDER gets screenshots, for people to look at
 
@@ -129,7 +129,25 @@ class Test:
         browser.open(effects / "index.html")
         self.check_widths_and_colours("effects")
         self.check("the page of effects complains of nothing", browser.complaints(), [])
+        self.look_at_reference()
         self.measure()
+
+    def look_at_reference(self):
+        folder, browser = self.folder / "reference", self.browser
+        subprocess.run([sys.executable, ROOT / "scripts/reference.py", folder], check=True, stdout=subprocess.DEVNULL)
+        where = lambda: browser.call("/url").rpartition("/")[2]
+        found = "return [...document.querySelectorAll('#found a')].map(link => link.firstChild.data)"
+        browser.open(folder / "index.html")
+        browser.press("/", *"trim")
+        self.check("what begins with the word comes before what has it inside", browser.do(found)[:2], ["TrimImage", "trimLeft"])
+        browser.press("Enter")
+        self.check("a member's name leads to its page", where(), "TrimImage.html")
+        self.check_widths_and_colours("reference")
+        browser.press("/", *"imgTGA", "Enter")
+        self.check("an enumerator's name leads to its line", where(), "eImageFormat.html#imgTGA")
+        browser.press("/", *"no such word")
+        self.check("what there is not, is not found", browser.do(found), [])
+        self.check("the reference complains of nothing", browser.complaints(), [])
 
     def check_keys(self, count):
         state = """const viewer = document.querySelector('#viewer'), pair = viewer.querySelector('.pair');
