@@ -5,7 +5,8 @@
 ;   OUTPUT                the installer
 ;   TARGET                x86-unicode, which runs everywhere and installs both word sizes; amd64-unicode is for tests, on a
 ;                         Windows that runs no 32-bit programs
-; Exit codes: 0 done, 1 cancelled, 2 rights are missing, 3 a DLL could not be registered, 5 a program uses them.
+; Exit codes: 0 done, 1 cancelled, 2 rights are missing or a file cannot be written, 3 a DLL could not be registered, 5 a program
+; uses them.
 Unicode true
 Target ${TARGET}
 !include LogicLib.nsh
@@ -43,6 +44,7 @@ UninstPage uninstConfirm
 UninstPage instfiles
 
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\pixkit"
+!define SHORTCUT "$SMPROGRAMS\pixkit reference.lnk"
 
 Var ForAll      ; 1: for all users
 Var Register32  ; the programs that register DLLs; empty where this Windows does not run such programs
@@ -112,6 +114,7 @@ Function ${un}RemoveFiles
     ReadRegStr $1 SHCTX "${UNINSTALL_KEY}" InstallLocation
     ${If} $1 == $INSTDIR
         DeleteRegKey SHCTX "${UNINSTALL_KEY}"
+        Delete "${SHORTCUT}"
     ${EndIf}
     SetOutPath "$TEMP"
     RMDir "$INSTDIR" ; stays where somebody put something into it
@@ -190,6 +193,8 @@ Section
             Call RegistrationFailed
         ${EndIf}
     ${EndIf}
+    SetOutPath "$INSTDIR"
+    CreateShortcut "${SHORTCUT}" "$INSTDIR\reference\index.html"
     WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayName "pixkit"
     WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayVersion "${VERSION}"
     WriteRegStr SHCTX "${UNINSTALL_KEY}" Publisher "the pixkit authors"
