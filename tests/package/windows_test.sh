@@ -16,6 +16,8 @@ case $bits in
 esac
 work=$(mktemp -d)
 export PIXKIT_WINE_PREFIX=$work/wine
+# Wine would put shortcuts into the menus of this machine, too.
+export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
 trap 'scripts/wine.sh stop${bits#32} 2>/dev/null; rm -rf "$work"' EXIT
 passed=0 failed=0
 
@@ -64,6 +66,18 @@ nothing_registered() {
 }
 files_of_drive() { find "$PIXKIT_WINE_PREFIX/drive_c" -not -path '*/Temp/*' | sort; }
 
+is_small() { [ "$(identify -format '%m %wx%h' "$1")" = "$2 64x80" ]; }
+command_works() {
+    rm -f "$work/small.jpg"
+    windows "$1/pixkit.exe" convert samples/pictures/lantern.png "$work/small.jpg" --resize 64x80 && is_small "$work/small.jpg" JPEG
+}
+# The README's first script; it says something only where it fails.
+readme_script() {
+    mkdir "$work/script" && cp samples/pictures/lantern.png "$work/script/photo.png" || return 1
+    awk '/^```vb/ { inside = 1; next } /^```/ && inside { exit } inside' README.md | sed 's/320/80/g' >"$work/script/small.vbs"
+    ! (cd "$work/script" && "$wine" $run cscript //nologo small.vbs </dev/null) | grep . && is_small "$work/script/small.png" PNG
+}
+
 # What keeps Wine running from here on, so that nothing else starts it.
 windows "$client" hold kernel32.dll "$work/alive" >/dev/null 2>&1 &
 within_time [ -e "$work/alive" ] || exit 1
@@ -72,6 +86,7 @@ check "nobody has registered it yet" fails
 # Beside a program whose manifest names it. The component's own manifest says which version that is.
 mkdir "$work/free" && cp "$client" "$tree/$folder"/pixkit.{dll,manifest} "$work/free"
 sed -n '/^<?xml/,/^<\/assembly>/p' docs/windows.md | sed "s/\"x86\"/\"$processor\"/" >"$work/free/client.exe.manifest"
+check "the command" command_works "$tree/$folder"
 check "without registration" creates "$work/free/client.exe"
 check "which leaves no trace" nothing_registered
 
@@ -99,6 +114,7 @@ script() { (cd "$tree" && "$wine" $run cmd /c "$1" /s </dev/null); }
 windows "$client" join || exit 1
 check "install-user.cmd" gives 0 script install-user.cmd
 check "which registers for the user" creates
+check "the README's script" readme_script
 check "install-user.cmd again" gives 0 script install-user.cmd
 check "uninstall-user.cmd" gives 0 script uninstall-user.cmd
 check "which takes it away" fails
@@ -124,6 +140,9 @@ for whom in user everybody; do
     check "installer, for $whom" gives 0 windows "$installer" "${options[@]}"
     check "which puts files there" cmp "$tree/README.html" "$target/README.html"
     check "and registers" creates
+    check "and the command works" command_works "$target/$folder"
+    mapfile -t shortcuts < <(find "$PIXKIT_WINE_PREFIX/drive_c" -name 'pixkit reference.lnk')
+    check "and the reference is in the Start menu" grep -aq 'pixkit.reference.index.html' <(tr -d '\0' <"${shortcuts[0]}")
     check "and is among the installed programs" windows reg query "$root\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\pixkit" /v DisplayVersion
     check "installer again, for $whom" gives 0 windows "$installer" "${options[@]}"
     windows "$client" hold "$target/$folder/pixkit.dll" "$work/held" &
@@ -147,6 +166,8 @@ for whom in user everybody; do
     check "nothing is left in the registry" nothing_registered
     check "nor on the drive" diff <(echo "$before") <(files_of_drive)
 done
+mkdir -p "$PIXKIT_WINE_PREFIX/drive_c/taken/x86/pixkit.tlb"
+check "where a file cannot be written" gives 2 windows "$installer" /S '/D=C:\taken'
 check "a folder with blanks" gives 0 windows "$installer" /S '/D=C:\My' 'folder\p' x
 check "gets the files" [ -s "$PIXKIT_WINE_PREFIX/drive_c/My folder/p x/x64/pixkit.dll" ]
 first="$PIXKIT_WINE_PREFIX/drive_c/My folder/p x"
