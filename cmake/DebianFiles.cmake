@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 # Run by CPack when the files of each package lie in a folder of their own, before they are packed: adds changelog and copyright
-# in Debian's form, packs the manual page, puts completions where Debian looks, and gives all files one time, so that the
+# in Debian's form, the page on C++ programs, packs the manual page, puts completions where Debian looks, and gives all files one time, so that the
 # same sources give the same packages (SOURCE_DATE_EPOCH).
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 string(TIMESTAMP year "%Y" UTC)
@@ -20,6 +20,9 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     file(COPY_FILE "${CPACK_PIXKIT_SOURCE_DIR}/CHANGELOG.md" "${documents}/changelog")
     file(GLOB packed "${share}/man/man*/*.1" "${documents}/changelog*")
     run(gzip -9n ${packed})
+    if(component STREQUAL "development")
+        run(python3 "${CPACK_PIXKIT_SOURCE_DIR}/scripts/packaging/page.py" "${CPACK_PIXKIT_SOURCE_DIR}/docs/cpp.md" "${documents}/cpp.html")
+    endif()
     if(EXISTS "${share}/zsh/site-functions")
         file(RENAME "${share}/zsh/site-functions" "${share}/zsh/vendor-completions")
     endif()

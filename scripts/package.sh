@@ -110,6 +110,8 @@ windows_tree() {
     cp LICENSE $tree/LICENSE.txt
     third_parties >$tree/THIRD-PARTY.txt
     python3 scripts/packaging/page.py docs/windows.md $tree/README.html
+    python3 scripts/packaging/page.py docs/command.md $tree/command.html
+    python3 scripts/packaging/page.py docs/cpp.md $tree/cpp.html
     cp packaging/windows/*.cmd $tree
     # Their editors take nothing else.
     sed -i 's/$/\r/' $tree/*.cmd $tree/*.txt $tree/samples/vba/*.bas $tree/samples/vb-style/*.frm

@@ -52,7 +52,7 @@ def windows():
     expect(list(entries) == sorted(entries), "zip: not in order")
     expect(len({entry.date_time for entry in entries.values()}) == 1, "zip: several times")
     wanted = [f"{bits}/pixkit.{kind}" for bits in ("x86", "x64") for kind in ("dll", "exe", "manifest", "tlb")]
-    wanted += ["README.html", "LICENSE.txt", "THIRD-PARTY.txt", "install-user.cmd", "uninstall-user.cmd", "include/pixkit_com.h",
+    wanted += ["README.html", "command.html", "cpp.html", "LICENSE.txt", "THIRD-PARTY.txt", "install-user.cmd", "uninstall-user.cmd", "include/pixkit_com.h",
                "include/pixkit_client.h", "include/automation.h"]
     wanted += [name for name in TRACKED if name.startswith("samples/") and name != "samples/example.cpp"]
     same("zip", [name for name in entries if not name.startswith("reference/")], wanted)
@@ -131,7 +131,7 @@ def debian():
         with tarfile.open(fileobj=io.BytesIO(data)) as files:
             members = [member for member in files if not member.isdir()]
         names = [member.name.removeprefix(".") for member in members]
-        documents = [f"/usr/share/doc/{package}/{name}" for name in DOCUMENTS]
+        documents = [f"/usr/share/doc/{package}/{name}" for name in (*DOCUMENTS, *(["cpp.html"] if "dev" in package else []))]
         same(package, [name for name in names if not re.search(pattern, name)], documents)
         expect(len(names) - len(documents) >= least, f"{package}: few files: {names}")
         expect({(member.uname, member.gname) for member in members} == {("root", "root")}, f"{package}: owners")
