@@ -1,5 +1,6 @@
 #include "shared/FilterAxis.h"
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <numbers>
@@ -15,23 +16,34 @@ double mitchell(double x) {
     return x < 2 ? (((-7.0 / 3 * x + 12) * x - 20) * x + 32.0 / 3) / 6 : 0;
 }
 
-// The sine between 0 and pi, to 14 digits. Libraries of C differ in the last digit of theirs, and pictures must not.
-double sineUpToPi(double x) {
-    x = std::min(x, std::numbers::pi - x);
-    const double square = x * x;
-    double sum = 0;
+// Several numbers at a time, as each step of a sine waits for a division, and those of others need not wait with it.
+using Numbers = std::array<double, 8>;
+
+// The sines between 0 and pi, to 14 digits. Libraries of C differ in the last digit of theirs, and pictures must not.
+Numbers sinesUpToPi(Numbers x) {
+    Numbers squares, sums{};
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        x[i] = std::min(x[i], std::numbers::pi - x[i]);
+        squares[i] = x[i] * x[i];
+    }
     for (int n = 20; n > 0; n -= 2)
-        sum = (1 - sum) * square / (n * (n + 1));
-    return x * (1 - sum);
+        for (std::size_t i = 0; i < x.size(); ++i)
+            sums[i] = (1 - sums[i]) * squares[i] / (n * (n + 1));
+    for (std::size_t i = 0; i < x.size(); ++i)
+        x[i] *= 1 - sums[i];
+    return x;
 }
 
 // With y = pi x / 3 and s = sin(y): sinc(x / 3) is s / y, and sinc(x) is sin(3 y) / (3 y) = (3 s - 4 s^3) / (3 y).
-double lanczos3(double x) {
-    if (x >= 3) return 0;
-    if (x == 0) return 1;
-    const double y = std::numbers::pi / 3 * x;
-    const double sine = sineUpToPi(y);
-    return sine * sine * (3 - 4 * sine * sine) / (3 * y * y);
+void lanczos3(std::span<double> x) {
+    Numbers y{};
+    for (std::size_t i = 0; i < x.size(); ++i)
+        y[i] = std::numbers::pi / 3 * x[i];
+    const Numbers sines = sinesUpToPi(y);
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        const double weight = sines[i] * sines[i] * (3 - 4 * sines[i] * sines[i]) / (3 * y[i] * y[i]);
+        x[i] = x[i] >= 3 ? 0 : x[i] == 0 ? 1 : weight;
+    }
 }
 
 } // namespace
@@ -73,60 +85,100 @@ FilterAxis::FilterAxis(std::size_t from, std::size_t to, eResampleFilters filter
     // No weight is twice the mean of one result's pixels or more, not even at the ends.
     for (double largest = m_scale; m_bits < mostBits && largest >= 2; largest /= 2)
         ++m_bits;
-    m_exact.resize(m_mostTaps);
-    m_weights.resize(m_mostTaps);
+    m_exact.resize(std::min(m_mostTaps, mostAtOnce));
+    m_weights.resize(m_exact.size());
 }
 
-double FilterAxis::weightAt(double distance) const noexcept {
-    distance = std::abs(distance);
+void FilterAxis::weighDistances(std::span<double> distances) const noexcept {
     switch (m_filter) {
     case resampleTriangle:
-        return std::max(0.0, 1 - distance / m_scale);
+        for (double& each : distances)
+            each = std::max(0.0, 1 - each / m_scale);
+        break;
     case resampleMitchell:
-        return mitchell(distance / m_scale);
+        for (double& each : distances)
+            each = mitchell(each / m_scale);
+        break;
     case resampleLanczos3:
-        return lanczos3(distance / m_scale);
+        for (double& each : distances)
+            each /= m_scale;
+        for (; !distances.empty(); distances = distances.subspan(std::min(distances.size(), Numbers().size())))
+            lanczos3(distances.first(std::min(distances.size(), Numbers().size())));
+        break;
     default:
-        return std::clamp(m_radius - distance, 0.0, std::min(2 * m_radius - 1, 1.0));
+        for (double& each : distances)
+            each = std::clamp(m_radius - each, 0.0, std::min(2 * m_radius - 1, 1.0));
     }
+}
+
+std::span<const double> FilterAxis::exactFrom(std::size_t tap) {
+    const auto exact = std::span(m_exact).first(std::min(m_taps.count - tap, m_exact.size()));
+    if (m_exactFrom == tap) return exact;
+    m_exactFrom = tap;
+    for (double& each : exact)
+        each = std::abs(static_cast<double>(m_taps.first + tap++) + 0.5 - m_centre);
+    weighDistances(exact);
+    return exact;
+}
+
+int FilterAxis::rounded(double exact) const noexcept {
+    return static_cast<int>(std::floor(exact / m_sum * (1 << m_bits) + 0.5));
 }
 
 FilterAxis::Taps FilterAxis::weigh(std::size_t i) {
-    const double one = 1 << m_bits;
-    if (m_from == m_to) {
-        m_weights[0] = static_cast<std::int16_t>(one);
-        return {i, 1};
-    }
-    const double centre = m_begin + (2 * static_cast<double>(i) + 1) * m_length / (2 * static_cast<double>(m_to));
+    if (m_from == m_to) return m_taps = {i, 1};
+    m_centre = m_begin + (2 * static_cast<double>(i) + 1) * m_length / (2 * static_cast<double>(m_to));
     const double most = static_cast<double>(m_from - 1);
-    const auto first = static_cast<std::size_t>(std::clamp(std::ceil(centre - m_radius - 0.5), 0.0, most));
-    const auto last = static_cast<std::size_t>(std::clamp(std::floor(centre + m_radius - 0.5), 0.0, most));
-    const std::size_t count = std::min(last - first + 1, m_mostTaps);
-    double sum = 0;
-    for (std::size_t tap = 0; tap < count; ++tap)
-        sum += m_exact[tap] = weightAt(static_cast<double>(first + tap) + 0.5 - centre);
-    int rest = 1 << m_bits;
-    for (std::size_t tap = 0; tap < count; ++tap) {
-        m_weights[tap] = static_cast<std::int16_t>(std::floor(m_exact[tap] / sum * one + 0.5));
-        rest -= m_weights[tap];
-    }
+    const auto first = static_cast<std::size_t>(std::clamp(std::ceil(m_centre - m_radius - 0.5), 0.0, most));
+    const auto last = static_cast<std::size_t>(std::clamp(std::floor(m_centre + m_radius - 0.5), 0.0, most));
+    m_taps = {first, std::min(last - first + 1, m_mostTaps)};
+    m_exactFrom = m_taps.count; // none yet
+    m_sum = 0;
+    for (std::size_t tap = 0; tap < m_taps.count; tap += mostAtOnce)
+        for (const double weight : exactFrom(tap))
+            m_sum += weight;
     // What rounding has left over, or taken too much, goes to the weight that feels it least.
-    std::int16_t& largest =
-        *std::max_element(m_weights.begin(), m_weights.begin() + static_cast<std::ptrdiff_t>(count));
-    if (std::abs(rest) <= largest / 2) {
-        largest = static_cast<std::int16_t>(largest + rest);
-        return {first, count};
+    const int one = 1 << m_bits;
+    int rest = one;
+    m_largestWeight = 0;
+    for (std::size_t tap = 0; tap < m_taps.count && m_sum < 4.0 * one; tap += mostAtOnce) { // or all become nothing
+        std::size_t place = tap;
+        for (const double exact : exactFrom(tap)) {
+            const int weight = rounded(exact);
+            rest -= weight;
+            if (weight > m_largestWeight) {
+                m_largestWeight = weight;
+                m_largest = place;
+            }
+            ++place;
+        }
     }
     // Where hundreds of thousands of pixels make one, each weight is next to nothing: their sums are rounded.
-    double exact = 0;
-    int given = 0;
-    for (std::size_t tap = 0; tap < count; ++tap) {
-        exact += m_exact[tap];
-        const int upTo = static_cast<int>(std::floor(exact / sum * one + 0.5));
-        m_weights[tap] = static_cast<std::int16_t>(upTo - given);
-        given = upTo;
+    m_sumsAreRounded = std::abs(rest) > m_largestWeight / 2;
+    m_largestWeight += rest;
+    return m_taps;
+}
+
+std::span<const std::int16_t> FilterAxis::weightsFrom(std::size_t tap) {
+    if (m_from == m_to) {
+        m_weights[0] = static_cast<std::int16_t>(1 << m_bits);
+        return m_weights;
     }
-    return {first, count};
+    const std::span<const double> exact = exactFrom(tap);
+    if (m_sumsAreRounded) {
+        if (tap == 0) m_exactUpTo = m_givenUpTo = 0;
+        for (std::size_t k = 0; k < exact.size(); ++k) {
+            m_exactUpTo += exact[k];
+            const int upTo = rounded(m_exactUpTo);
+            m_weights[k] = static_cast<std::int16_t>(upTo - m_givenUpTo);
+            m_givenUpTo = upTo;
+        }
+    } else {
+        std::ranges::transform(exact, m_weights.begin(),
+                               [&](double weight) { return static_cast<std::int16_t>(rounded(weight)); });
+        if (m_largest - tap < exact.size()) m_weights[m_largest - tap] = static_cast<std::int16_t>(m_largestWeight);
+    }
+    return std::span(m_weights).first(exact.size());
 }
 
 } // namespace pixkit

@@ -3,6 +3,7 @@
 #include "shared/enumerations.h"
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace pixkit {
@@ -43,13 +44,22 @@ class FilterAxis {
     struct Taps {
         std::size_t first, count; // source pixels, at least one
     };
-    // The weights of pixel i of the result. They fit 16 bits, and with any bytes their sums fit 31. Valid until the
-    // next call.
+    // Of pixel i of the result.
     Taps weigh(std::size_t i);
-    const std::vector<std::int16_t>& weights() const noexcept { return m_weights; }
+    // So many weights are held at a time, or hundreds of megabytes would be taken where millions of pixels make one.
+    // No picture has enough pixels for more along both its axes.
+    static constexpr std::size_t mostAtOnce = 32768;
+    // The weights of the pixel that was weighed last, from the one of its source pixel `tap` on: a multiple of
+    // mostAtOnce, each once, in their order. They fit 16 bits, and with any bytes their sums fit 31. Valid until the
+    // next call.
+    std::span<const std::int16_t> weightsFrom(std::size_t tap);
 
   private:
-    double weightAt(double distance) const noexcept;
+    // What distances from the centre weigh, in their place.
+    void weighDistances(std::span<double> distances) const noexcept;
+    // Exact weights, not yet divided by their sum, from a tap on.
+    std::span<const double> exactFrom(std::size_t tap);
+    int rounded(double exact) const noexcept;
 
     std::size_t m_from, m_to;
     double m_begin = 0, m_length; // what the result is made of
@@ -57,8 +67,17 @@ class FilterAxis {
     double m_scale, m_radius; // the latter in source pixels
     unsigned m_bits;
     std::size_t m_mostTaps;
+    // Of the pixel that was weighed last.
+    Taps m_taps{};
+    double m_centre = 0, m_sum = 0;
+    std::size_t m_largest = 0; // which rounded weight is the largest, the first of several
+    int m_largestWeight = 0;   // and what it is, with what rounding has left over
+    bool m_sumsAreRounded = false;
+    std::size_t m_exactFrom = 0; // the tap that the exact weights begin with, of those that were worked out last
     std::vector<double> m_exact;
     std::vector<std::int16_t> m_weights;
+    double m_exactUpTo = 0; // where sums are rounded: of all weights so far
+    int m_givenUpTo = 0;
 };
 
 } // namespace pixkit

@@ -85,6 +85,12 @@ TEST_F(Sizes, MoreMemoryIsTakenThanIsInUse) {
         EXPECT_TRUE(sheet.Resample(width, 1));
         EXPECT_LT(resampling.largest(), enough / 2) << width;
     }
+    for (const std::int32_t width : {1, 1 << 20}) {
+        ASSERT_TRUE(sheet.InitializeDIB(width, (1 << 20) / width));
+        const AllocationWatch resampling;
+        EXPECT_TRUE(sheet.Resample(1, 1));
+        EXPECT_LT(resampling.largest(), enough / 2) << width << " columns to one pixel";
+    }
     if (platform::canLoadMetafiles()) return; // the system's loader decides what it looks at
     const TemporaryFolder folder;
     writeFile(folder.path(u8"none.bin"), Bytes(100, 'x'));
