@@ -146,6 +146,13 @@ def colliding(width, height):
                b"".join(bytes([i, i, i, 0]) for i in range(256)))
 
 
+def meeting(width, height):
+    """256 colours that a multiplication by the golden ratio leads to one place, then the last alone, from either end on."""
+    colors = [color for color in range(1 << 20) if color * 0x9E3779B1 >> 22 & 1023 == 7][:256]
+    all_of_them = bytes(range(256)) + b"\xff" * (width - 256)
+    return bmp(width, height, 8, 0, all_of_them + b"\xff" * (width * (height - 2)) + all_of_them, b"".join(struct.pack("<I", color) for color in colors))
+
+
 def half_clear(width, height):
     return bmp(width, height, 32, 0, (bytes(4) + b"\0\0\0\xff") * (width * height // 2))
 
@@ -176,7 +183,7 @@ def convert(ending, *options):
 LOAD = convert(".bmp", "--filter", "nearest", "--resize", "1x1")
 
 
-# By the first column of the table: what makes the file, its size there and here, the command.
+# By the first column of the table: what makes the file, its size there and here (a number is both sides), the command.
 ROWS = {
     "PNG of 16 bits a channel, one row of data": (png_of_a_row, LARGEST_PNG, SIDE, LOAD),
     "PNG of 16 bits a channel, all rows": (png_whole, LARGEST_PNG, SIDE, LOAD),
@@ -192,11 +199,16 @@ ROWS = {
     "no picture, of 2 GiB": (nothing, (1, 1), 1, LOAD),
     "saved as GIF: pixels whose strings collide": (colliding, (8192, 8192), 2 * SIDE, convert(".gif")),
     "saved as GIF: every other pixel clear": (half_clear, (8192, 8192), SIDE, convert(".gif")),
+    "saved as GIF: 256 colours that collide": (meeting, (8192, 8192), SIDE, convert(".gif")),
+    "saved as PNG: 256 colours that collide": (meeting, (8192, 8192), SIDE, convert(".png")),
     "saved as PNG: noise": (noise, (4096, 4096), 2 * SIDE, convert(".png")),
     "saved as PNG: near repeats": (near_repeats, (4096, 4096), SIDE, convert(".png")),
     "the same at level 9": (near_repeats, (4096, 4096), SIDE, convert(".png", "--png-level", "9")),
     "saved as an icon: noise": (noise, (8192, 8192), SIDE, convert(".ico")),
     "drawn at 101 %": (plain, (16000, 16000), SIDE, convert(".bmp", "--resize", "101%")),
+    "one column drawn as one pixel": (plain, (1, 67108863), (1, SIDE * SIDE), convert(".bmp", "--resize", "1x1")),
+    "one row drawn as one pixel": (plain, (67108863, 1), (SIDE * SIDE, 1), convert(".bmp", "--resize", "1x1")),
+    "one row drawn as ten pixels": (plain, (67108863, 1), (SIDE * SIDE, 1), convert(".bmp", "--resize", "10x1")),
     "all effects on a plain bitmap": (plain, (1024, 1024), SIDE // 2, ("effects", "--limit", "none", "FILE", "-o", "FILE.effects")),
 }
 
@@ -260,8 +272,9 @@ class Measure:
 
 def check(name, stated, measure):
     make, _, side, arguments = ROWS[name]
-    pixels = side * side
-    write(measure.path, make, side, side)
+    width, height = side if isinstance(side, tuple) else (side, side)
+    pixels = width * height
+    write(measure.path, make, width, height)
     for tries in (1, 2, 5):
         loaded, taken, work, _, memory = measure.of(arguments, pixels, tries)
         if stated[0] == "refused":
