@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
             const std::uint8_t* const pixel = picture->pixelFromTop(i);
             picture->rgb.insert(picture->rgb.end(), {pixel[2], pixel[1], pixel[0]});
         }
-        for (const int quality : {70, 95}) {
+        for (const int quality : {70, 90, 95}) {
             const auto add = [&](const char* who, auto write) {
                 addWriting(
                     "jpg-write/" + picture->name + "-" + std::to_string(quality) + "/" + who, *picture,

@@ -3,7 +3,8 @@
 """Prints one table per subject from Google Benchmark JSON files.
 
 Benchmarks are named SUBJECT/CASE/WHO. Rows are cases; each who has the median of its rate (Mpixel/s, or MB/s where bytes
-are counted), and the first column's rate divided by each other one's: above 1 means that the component is faster. Writers
+are counted), and the component's rate in that row divided by each other one's: above 1 means that the component is faster.
+Calls that are timed alone (the counter "ns") stand as they are. Writers
 that tell the size of what they wrote, and how near it is (PSNR), have these in a second line. Where
 memcpy of the same bytes was timed in the same runs (the counter "memcpy Mpixel/s"), it has a column of its own, and each
 other rate stands as a share of it.
@@ -16,7 +17,7 @@ import pathlib
 import statistics
 import sys
 
-RATES = (("Mpixel/s", 1.0, "Mpixel/s"), ("bytes_per_second", 1e-6, "MB/s"))
+RATES = (("Mpixel/s", 1.0, "Mpixel/s"), ("bytes_per_second", 1e-6, "MB/s"), ("ns", 1.0, "ns"))
 
 
 def rates_by_case(paths):
@@ -47,26 +48,28 @@ def rates_by_case(paths):
 def table(subject, unit, cases, written):
     """A title and rows of cells, the first of which is the heading."""
     whos = sorted({who for case in cases.values() for who in case}, key=lambda who: (not who.startswith("pixkit"), who))
-    first = max((who for who in whos if who.startswith("pixkit")), key=len, default=whos[0])
-    whos.remove(first)
-    whos.insert(0, first)
     against_memcpy = "memcpy" in whos
-    in_brackets = "the share of memcpy's" if against_memcpy else f"{first} divided by it"
+    title = f"{subject}: median {unit}"
+    if unit != "ns":
+        title += "; in brackets " + ("the share of memcpy's" if against_memcpy else f"{whos[0]} divided by it")
     rows = [["", *whos]]
     for case, by_who in cases.items():
         rates = {who: statistics.median(by_who[who]) for who in whos if who in by_who}
+        first = next((who for who in whos if who in rates and who.startswith("pixkit")), None)
         cells = [case]
         for who in whos:
             ratio = None
-            if who in rates and against_memcpy and who != "memcpy":
+            if who not in rates or unit == "ns":
+                pass
+            elif against_memcpy and who != "memcpy":
                 ratio = rates[who] / rates["memcpy"]
-            elif who in rates and not against_memcpy and who != first and first in rates:
+            elif first not in (None, who) and not against_memcpy:
                 ratio = rates[first] / rates[who]
             cells.append((f"{rates[who]:.1f}" if who in rates else "-") + (f" ({ratio:.2f})" if ratio else ""))
         rows.append(cells)
         if any((subject, case, who) in written for who in whos):
             rows.append(["", *(written.get((subject, case, who), "") for who in whos)])
-    return f"{subject}: median {unit}; in brackets {in_brackets}", rows
+    return title, rows
 
 
 def as_text(title, rows):
