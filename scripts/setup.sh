@@ -39,7 +39,7 @@ packages_of() {
     release) echo "$text $(packages_of windows) $(packages_of packages) unzip lintian faketime debootstrap" ;;
     checks) echo "clang-format clang-tidy cppcheck doxygen reuse" ;;
     browser) echo "chromium chromium-driver python3" ;;
-    bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev libopencv-imgproc-dev libvips-dev libvips-tools pkg-config imagemagick valgrind python3" ;;
+    bench) echo "$build libbenchmark-dev libpng-dev libjpeg62-turbo-dev libgif-dev libimagequant-dev libspng-dev libstb-dev zlib1g-dev libdeflate-dev libisal-dev libpixman-1-dev libcairo2-dev libyuv-dev libopencv-imgproc-dev libvips-dev libvips-tools pkg-config imagemagick valgrind python3" ;;
     fuzz) echo "$build clang zlib1g-dev libpng-dev libjpeg62-turbo-dev libgif-dev" ;;
     *)
         sed -n '3,22p' "$0" >&2
