@@ -1,5 +1,7 @@
 // Drawing one picture over an opaque one: Render onto a host beside pixman and cairo, and beside the limit that memory
-// sets, a loop that reads both pictures and writes one. Then what gray and lightness cost.
+// sets, a loop that reads both pictures and writes one; and the kernel alone, for what Render adds to it. Then what
+// gray and lightness cost.
+#include "kernels/kernels.h"
 #include "program.h"
 #include "surface/cPixSheet.h"
 #include <cairo.h>
@@ -74,6 +76,20 @@ void own(benchmark::State& state, const Case& what) {
     });
 }
 
+void kernelAlone(benchmark::State& state, const Case& what) {
+    Pictures pictures(what);
+    const auto& kernel = pixkit::kernels::table();
+    std::uint8_t* const to = pictures.host.BitsPointer();
+    const std::uint8_t* const from = pictures.source.BitsPointer();
+    const auto globalAlpha = static_cast<std::uint8_t>(what.Opacity * 255 / 100);
+    measure(state, pictures, [&] {
+        if (globalAlpha == 255)
+            kernel.blendOver(to, from, pictures.bytes() / 4);
+        else
+            kernel.blendScaled(to, from, pictures.bytes() / 4, globalAlpha);
+    });
+}
+
 void withPixman(benchmark::State& state, const Case& what) {
     Pictures pictures(what);
     const auto image = [](cPixSheet& sheet) {
@@ -139,6 +155,7 @@ int main(int argc, char** argv) {
                 const std::string name = "blend-at-" + std::to_string(opacity) + "/" + size.name +
                                          (isDrawing ? "-drawing/" : "-translucent/");
                 add(name + "pixkit", own, what);
+                add(name + "kernel", kernelAlone, what);
                 add(name + "pixman", withPixman, what);
                 add(name + "cairo", withCairo, what);
                 add(name + "triad", triad, what);
