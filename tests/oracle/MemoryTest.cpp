@@ -18,6 +18,9 @@ std::int64_t processStatus(const std::string& field) {
 }
 
 constexpr std::int64_t megabyte = 1 << 20;
+// A window and a few rows; code that is run for the first time, and what the system counts late, are up to half as
+// much.
+constexpr std::int64_t mostOfALoad = (256 + 128) << 10;
 
 // Noise, not compressed.
 ByteArray bigPicture(AlphaTypeEnum alpha, bool isInterlaced) {
@@ -76,7 +79,7 @@ TEST_F(Memory, ALoadTakesMuchMoreThanItsWindow) {
                     takenBy([&] { return fromFile ? sheet.LoadPicture_File(name) : sheet.LoadPicture_Stream(array); });
                 const std::int64_t pixels = std::int64_t{sheet.scanWidth()} * sheet.Height();
                 const auto file = static_cast<std::int64_t>(array.size());
-                EXPECT_LE(taken - pixels - (fromFile ? file : 0), megabyte) << alpha << isInterlaced << fromFile;
+                EXPECT_LE(taken - pixels - (fromFile ? file : 0), mostOfALoad) << alpha << isInterlaced << fromFile;
             }
         }
     }
