@@ -2,6 +2,7 @@
 // question.
 #include "platform/gdi.h"
 #include "platform/pictures.h"
+#include "support/AllocationFault.h"
 #include "support/QuietLoads.h"
 
 using namespace pixkit;
@@ -84,6 +85,38 @@ TEST_F(SystemPicture, AJpegThatLiesTakesMemoryOrTime) {
         EXPECT_EQ(sheet.LastErrorText(), "JPEG: its size or its scans are out of proportion to its bytes");
         EXPECT_TRUE(platform::faultDue(platform::SeamCall::createDIBSection)) << row.what;
     }
+}
+
+// Pixels of full inks are what is there before. Those of a file without its end have been decoded nevertheless.
+TEST_F(SystemPicture, AJpegOfInksIsDecodedTwiceOrRefusedForItsColors) {
+    if (!platform::canLoadJpeg() || platform::canLoadMetafiles())
+        GTEST_SKIP() << "the system's loader has its own ways";
+    Bytes data{0xFF, 0xD8};
+    const auto segment = [&](std::uint8_t marker, const Bytes& content) {
+        data.insert(data.end(), {0xFF, marker, 0, static_cast<std::uint8_t>(content.size() + 2)});
+        data.insert(data.end(), content.begin(), content.end());
+    };
+    Bytes steps(65, 16), ofFirst(19), ofOthers(18);
+    steps[0] = ofFirst[0] = 0;
+    ofFirst[1] = ofFirst[2] = ofOthers[1] = 1; // a code of one bit, in the first table one of two as well
+    ofFirst[18] = 8;
+    ofOthers[0] = 0x10;
+    segment(0xDB, steps);
+    segment(0xC0, {8, 0, 16, 0, 16, 4, 1, 0x11, 0, 2, 0x11, 0, 3, 0x11, 0, 4, 0x11, 0});
+    segment(0xC4, ofFirst);
+    segment(0xC4, ofOthers);
+    segment(0xDA, {4, 1, 0, 2, 0, 3, 0, 4, 0, 0, 63, 0});
+    data.insert(data.end(), {0x9F, 0xD3, 0xFA, 0x7F, 0x4F, 0xE0, 0x00, 0x00, 0x0F, 0xFF, 0xD9});
+    cPixSheet sheet;
+    const AllocationWatch whole;
+    ASSERT_TRUE(load(sheet, data));
+    const long oneTime = whole.count();
+    EXPECT_EQ(pixelsOf(sheet), std::vector<Pixel>(256, Pixel{255, 255, 255, 255}));
+    data.resize(data.size() - 2);
+    const AllocationWatch early;
+    ASSERT_TRUE(load(sheet, data));
+    EXPECT_LT(early.count(), oneTime * 5 / 4);
+    EXPECT_EQ(pixelsOf(sheet), std::vector<Pixel>(256, Pixel{255, 255, 255, 255}));
 }
 
 TEST_F(SystemPicture, AMetafileIsNotDrawnAsItIs) {

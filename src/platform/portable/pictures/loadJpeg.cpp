@@ -6,6 +6,7 @@
 #include "platform/portable/pictures/BitmapPicture.h"
 #include "platform/portable/pictures/loaders.h"
 #include <algorithm>
+#include <vector>
 
 namespace pixkit::platform {
 
@@ -28,29 +29,26 @@ class TurboJpeg {
     explicit operator bool() const noexcept { return m_found == 4; }
 
     // To the picture's size, or an eighth, a quarter or a half of it, rounded up, of which the library makes its scale.
-    // Rows bottom-up, 4 bytes a pixel, all 0 before. True also where the data was damaged or ended early, as long as
-    // the decoder went through to the last row.
+    // Rows bottom-up, 4 bytes a pixel. True also where the data was damaged or ended early, as long as the decoder went
+    // through to the last row.
     bool decompress(Bytes bytes, std::uint8_t* pixels, int width, int height, PixelFormat format) const {
-        const Outcome outcome = decompressOnce(bytes, pixels, width, height, format);
-        if (outcome != Outcome::warned) return outcome == Outcome::done;
         // After a warning the library calls its giving up a warning too. The row decoded last, which lies first, shows
-        // whether it did: then it keeps what was there.
+        // whether it did: then it keeps what was there. That is no opaque pixel, or inks as no picture has them by
+        // chance, so that none is decoded once more.
         const std::span lastRow(pixels, static_cast<std::size_t>(width) * 4);
-        const auto keeps = [&](std::uint8_t value) {
-            return std::ranges::all_of(lastRow, [value](std::uint8_t byte) { return byte == value; });
+        const auto unlikely = [state = 1U]() mutable {
+            return static_cast<std::uint8_t>((state *= 0x9E3779B1U) >> 24);
         };
-        if (!keeps(0)) return true;
-        if (format == formatBgra) return false;        // it would be opaque
-        std::ranges::fill(lastRow, std::uint8_t{255}); // full inks: decoded or not, only another try tells
-        decompressOnce(bytes, pixels, width, height, format);
-        return !keeps(255);
+        if (format == formatCmyk) std::ranges::generate(lastRow, unlikely);
+        const std::vector<std::uint8_t> before(lastRow.begin(), lastRow.end());
+        const Outcome outcome = decode(bytes, pixels, width, height, format);
+        return outcome == Outcome::done || (outcome == Outcome::warned && !std::ranges::equal(lastRow, before));
     }
 
   private:
     enum class Outcome { done, warned, failed };
 
-    Outcome decompressOnce(Bytes bytes, std::uint8_t* pixels, int width, int height,
-                           PixelFormat format) const noexcept {
+    Outcome decode(Bytes bytes, std::uint8_t* pixels, int width, int height, PixelFormat format) const noexcept {
         constexpr int bottomUp = 2, accurateTransform = 4096, limitScans = 32768;
         constexpr int warning = 0;
         void* const decoder = m_initDecompress();
