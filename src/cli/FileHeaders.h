@@ -25,7 +25,23 @@ class FileHeaders final : public HeaderSource {
     std::uint64_t size() const override { return m_size; }
     std::vector<std::uint8_t> read(std::uint64_t position, std::size_t count) override {
         if (position >= m_size) return {};
-        std::vector<std::uint8_t> bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, m_size - position)));
+        count = static_cast<std::size_t>(std::min<std::uint64_t>(count, m_size - position));
+        if (count > pieceBytes) return fromFile(position, count);
+        if (position < m_start || position + count > m_start + m_piece.size()) {
+            m_piece = fromFile(position, static_cast<std::size_t>(std::min(pieceBytes, m_size - position)));
+            m_start = position;
+        }
+        const auto begin = m_piece.begin() + static_cast<std::ptrdiff_t>(position - m_start);
+        return {begin, begin + static_cast<std::ptrdiff_t>(count)};
+    }
+
+  private:
+    // Little is taken from a piece that was read at once, or files of many tiny parts would be read and sought in twice
+    // for each of them.
+    static constexpr std::uint64_t pieceBytes = 8192;
+
+    std::vector<std::uint8_t> fromFile(std::uint64_t position, std::size_t count) {
+        std::vector<std::uint8_t> bytes(count);
         m_file.clear();
         m_file.seekg(static_cast<std::streamoff>(position));
         m_file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
@@ -33,9 +49,10 @@ class FileHeaders final : public HeaderSource {
         return bytes;
     }
 
-  private:
     std::ifstream m_file;
-    std::uintmax_t m_size = 0;
+    std::uint64_t m_size = 0;
+    std::vector<std::uint8_t> m_piece;
+    std::uint64_t m_start = 0; // of the piece
 };
 
 // All of what came through a pipe.

@@ -18,8 +18,8 @@ struct Resampling {
 // (FilterAxis.h says what each pixel is made of), in whole numbers that are the same in every build: sums along rows
 // are rounded to nearest with six bits of a fraction, less from 64 rows to a pixel on, the sums of those to bytes, all
 // halves up. That is within 1 of the exact convolution. Colours are held at their alpha, which filters with negative
-// lobes may pass. Takes less than a mebibyte besides, and
-// less than two where a pixel is made of 30,000 rows or columns and more. Throws std::bad_alloc.
+// lobes may pass. Takes less than a mebibyte besides, and less than two where a pixel is made of 30,000 rows or columns
+// and more. Throws std::bad_alloc.
 void resample(PixelView target, ConstPixelView source, const Resampling& how);
 
 } // namespace pixkit
