@@ -2,6 +2,8 @@
 // no proportion to what is asked for. Small pictures all of them.
 #include "codecs/ico/IcoScale.h"
 #include "coding/CheckedSize.h"
+#include "coding/RowBytes.h"
+#include "coding/deflate/BlockCoder.h"
 #include "platform/gdi.h"
 #include "platform/icons.h"
 #include "platform/pictures.h"
@@ -36,6 +38,15 @@ TEST_F(Sizes, WrapRoundInsteadOfBeingRefused) {
         if (!row.isHeld) {
             EXPECT_THROW(row.size.inMemory(), std::bad_alloc) << &row - rows;
         }
+    }
+    EXPECT_EQ(packedRowBytes(1U << 27, 32), 1U << 29) << "of 2^32 bits";
+    Bytes out;
+    const AllocationWatch storing;
+    try {
+        const AllocationFault fault(0, -1);
+        deflate::BlockCoder(out).store({out.data(), 1U << 29}, true); // of 2^32 bits, which are not looked at
+    } catch (const std::bad_alloc&) {
+        EXPECT_GT(storing.largest(), 1U << 29);
     }
     EXPECT_EQ(platform::CreateMonochromeBitmap(1 << 30, 1 << 30, nullptr), 0);
     if (sizeof(void*) == 4) { // what 64 bits have room for
