@@ -44,11 +44,13 @@ def bmp_codes(width, height):
     return bmp(width, height, 8, 1, b"\xff\1" * (width * height // 255 + 1), bytes(8))
 
 
-def png(width, height, data):
-    def chunk(name, content):  # a checksum of 0 is not checked
-        return struct.pack(">I", len(content)) + name + content + bytes(4)
-    header = struct.pack(">IIBBBBB", width, height, 16, 6, 0, 0, 0)
-    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunk(b"IDAT", data) + chunk(b"IEND", b"")
+def chunk(name, content):  # a checksum of 0 is not checked
+    return struct.pack(">I", len(content)) + name + content + bytes(4)
+
+
+def png(width, height, data, interlacing=0, chunks=b""):
+    header = struct.pack(">IIBBBBB", width, height, 16, 6, 0, 0, interlacing)
+    return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) + chunks + chunk(b"IDAT", data) + chunk(b"IEND", b"")
 
 
 def deflated(count, end):
@@ -59,8 +61,12 @@ def deflated(count, end):
     return b"".join(parts) + packer.flush(zlib.Z_SYNC_FLUSH) + end
 
 
+def row(width):
+    return zlib.compress(bytes(width * 8 + 1))
+
+
 def png_of_a_row(width, height):
-    return png(width, height, zlib.compress(bytes(width * 8 + 1)))
+    return png(width, height, row(width))
 
 
 def png_damaged(width, height):
@@ -71,13 +77,43 @@ def png_whole(width, height):
     return png(width, height, deflated(height * (width * 8 + 1), b"\1\0\0\xff\xff") + zlib.adler32(b"").to_bytes(4, "big"))
 
 
+def png_interlaced(width, height):
+    """Of more bytes than the passes have."""
+    return png(width, height, deflated(height * (width * 8 + 2), b"\1\0\0\xff\xff"), 1)
+
+
+def png_of_chunks(width, height):
+    """Half as many as there are pixels, by turns unknown ones and parts of the data, all of them empty."""
+    return png(width, height, row(width), 0, (chunk(b"teSt", b"") + chunk(b"IDAT", b"")) * (width * height // 4))
+
+
+def png_of_stored_blocks(width, height):
+    """Empty ones, 2 bytes a pixel."""
+    return png(width, height, b"\x78\1" + b"\0\0\0\xff\xff" * (width * height * 2 // 5) + row(width)[2:])
+
+
+def png_of_codes(width, height):
+    """Blocks that bring codes of their own, of which the one that ends the block comes alone; a byte for two pixels."""
+    lengths = [0, 0, 1, 2] + [0] * 13 + [2]  # of the codes for 18, many zeros: 0; for 0 and 1: 10 and 11
+    block = [(4, 3), (0, 5), (0, 5), (14, 4)] + [(length, 3) for length in lengths]
+    block += [(0, 1), (127, 7), (0, 1), (107, 7), (3, 2), (1, 2), (0, 1)]  # 256 zeros, 1, 0; the end
+    whole = sum_of_bits(block * 8)[:-1]
+    return png(width, height, b"\x78\1" + whole * (width * height // 2 // len(whole)) + row(width)[2:])
+
+
+def gif_of_extensions(width, height):
+    """As many as another picture has pixels."""
+    return (b"GIF89a" + struct.pack("<HHBBB", 1, 1, 0x80, 0, 0) + bytes(6) + b"\x21\xfe\0" * (width * height) +
+            struct.pack("<BHHHHBB", 0x2C, 0, 0, 1, 1, 0, 2) + b"\2\x44\1\0;")
+
+
 def icon(width, height):
     image, count = png_damaged(width, height), 65535
     entry = struct.pack("<BBBBHHII", 0, 0, 0, 0, 1, 32, len(image), 6 + 16 * count)
     return struct.pack("<HHH", 0, 1, count) + entry * count + image
 
 
-def gif(width, height):
+def gif(width, height, flags=0, extension=b""):
     """One string of zeros that grows until the table is full, then the longest again and again."""
     codes, done, length, after = [(4, 3), (0, 3)], 1, 1, 6
     while done < width * height:
@@ -88,8 +124,13 @@ def gif(width, height):
         done += length
     whole = sum_of_bits(codes)
     blocks = b"".join(bytes([len(whole[i:i + 255])]) + whole[i:i + 255] for i in range(0, len(whole), 255))
-    return (struct.pack("<6sHHBBB", b"GIF89a", width, height, 0x81, 0, 0) + bytes(12) +
-            struct.pack("<BHHHHBB", 0x2C, 0, 0, width, height, 0, 2) + blocks + b"\0;")
+    return (struct.pack("<6sHHBBB", b"GIF89a", width, height, 0x81, 0, 0) + bytes(12) + extension +
+            struct.pack("<BHHHHBB", 0x2C, 0, 0, width, height, flags, 2) + blocks + b"\0;")
+
+
+def gif_interlaced(width, height):
+    """And transparent, all of it."""
+    return gif(width, height, 0x40, b"\x21\xf9\4\1\0\0\0\0")
 
 
 def sum_of_bits(codes):
@@ -130,6 +171,16 @@ def jpeg(width, height, scans=24, marker=0xC2, padding=1024):
 
 def jpeg_arithmetic(width, height):
     return jpeg(width, height, 400, 0xCA, 16384)
+
+
+def jpeg_of_inks(width, height):
+    """Nothing but four full inks, and no end."""
+    blocks = width // 8 * (height // 8)
+    components = b"".join(bytes([i, 0x11, 0]) for i in range(1, 5))
+    return (b"\xff\xd8" + segment(0xDB, b"\0" + b"\x10" * 64) +
+            segment(0xC0, struct.pack(">BHHB", 8, height, width, 4) + components) +
+            segment(0xC4, b"\0\1\1" + bytes(15) + b"\x08") + segment(0xC4, b"\x10\1" + bytes(16)) +
+            segment(0xDA, b"\4\1\0\2\0\3\0\4\0\0\x3f\0") + b"\x9f\xd3\xfa\x7f\x4f\xe0" + bytes(blocks - 2) + b"\x0f")
 
 
 def colliding(width, height):
@@ -188,13 +239,21 @@ ROWS = {
     "PNG of 16 bits a channel, one row of data": (png_of_a_row, LARGEST_PNG, SIDE, LOAD),
     "PNG of 16 bits a channel, all rows": (png_whole, LARGEST_PNG, SIDE, LOAD),
     "the same, damaged at the end": (png_damaged, LARGEST_PNG, SIDE, LOAD),
+    "PNG of 16 bits a channel, all rows, interlaced": (png_interlaced, LARGEST_PNG, SIDE, LOAD),
+    "PNG of empty chunks, one for two pixels": (png_of_chunks, LARGEST_PNG, SIDE // 2, LOAD),
+    "the same, told by its headers": (png_of_chunks, (SIDE, SIDE), SIDE // 2, ("info", "FILE")),
+    "PNG of empty stored blocks, 0.4 a pixel": (png_of_stored_blocks, LARGEST_PNG, SIDE, LOAD),
+    "PNG of new codes for nothing, a byte for two pixels": (png_of_codes, LARGEST_PNG, SIDE, LOAD),
     "icon of 65,535 entries that all are the damaged PNG": (icon, LARGEST_PNG, 2 * SIDE, LOAD),
     "GIF, the longest strings": (gif, LARGEST, SIDE, LOAD),
+    "the same, interlaced and transparent": (gif_interlaced, LARGEST, SIDE, LOAD),
+    "GIF of one pixel, and that many empty extensions": (gif_of_extensions, LARGEST_PNG, SIDE, LOAD),
     "BMP of 1 bit, half of it there": (bmp_1_bit, LARGEST, SIDE, LOAD),
     "BMP, run-length codes": (bmp_codes, LARGEST, SIDE, LOAD),
     "TGA, run-length packets, right to left": (tga, LARGEST, SIDE, LOAD),
     "JPEG, progressive, as many empty scans as its bytes pay for": (jpeg, (65500, 8192), SIDE, LOAD),
     "the same, decoded at an eighth for a smaller picture": (jpeg, (65500, 8192), SIDE, convert(".bmp", "--resize", "1x1")),
+    "JPEG of inks, without its end": (jpeg_of_inks, (8192, 8192), SIDE, LOAD),
     "JPEG, arithmetic coded, hundreds of scans": (jpeg_arithmetic, (8192, 8192), 4 * SIDE, LOAD),
     "no picture, of 2 GiB": (nothing, (1, 1), 1, LOAD),
     "saved as GIF: pixels whose strings collide": (colliding, (8192, 8192), 2 * SIDE, convert(".gif")),
