@@ -53,8 +53,11 @@ bool cPixSheet::LoadPicture_DropedFiles(std::span<const DroppedFile> Data, std::
                     FileIndex, iconCx, iconCy, SaveFormat, iconBitDepth);
     const auto load = [&](const DroppedFile* file) {
         if (!file->contents) return LoadPicture_File(file->name, iconCx, iconCy, SaveFormat, iconBitDepth);
+        Limits& limits = state().m_limits;
         // A file whose source fails is one that does not load: the next one may.
-        const ByteArray bytes(guarded(call, std::vector<std::uint8_t>(), file->contents));
+        const ByteArray bytes(
+            guarded(call, std::vector<std::uint8_t>(), [&] { return file->contents(limits.bytesToAskFor()); }));
+        const Limits::Holding holding(limits, static_cast<double>(bytes.size()));
         return LoadPicture_Stream(bytes, iconCx, iconCy, 0, 0, SaveFormat, iconBitDepth);
     };
     return loadMember(call, *this, [&] {

@@ -14,8 +14,9 @@ namespace pixkit {
 struct DroppedFile {
     std::string name = {}; // UTF-8; empty where there is none
     // The bytes of a file that is not to be opened by its name; empty for all others. Called each time the file is to
-    // be loaded, on the thread that loads. May throw: then, as with no bytes, there is nothing to load.
-    std::function<std::vector<std::uint8_t>()> contents = {};
+    // be loaded, on the thread that loads, and no more than `most` of them are of use: a limit on memory lies below.
+    // May throw: then, as with no bytes, there is nothing to load.
+    std::function<std::vector<std::uint8_t>(std::uint64_t most)> contents = {};
 };
 
 // No more files of one drop are looked at, whatever it claims to hold.

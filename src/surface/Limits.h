@@ -1,6 +1,7 @@
 // What an instance refuses for its size, from the headers, before memory or time is spent on it.
 #pragma once
 #include "diagnostics/Outcome.h"
+#include <cstdint>
 
 namespace pixkit {
 
@@ -35,6 +36,11 @@ struct Limits {
         if (pixels != 0 && count > pixels) return beyondMaxPixels;
         if (memory != 0 && held + 4 * count + besides > memory) return beyondMaxMemory;
         return {};
+    }
+    // For how many bytes something is asked that may have any number of them: one too many tells that there are more.
+    std::uint64_t bytesToAskFor() const noexcept {
+        constexpr double most = 1ULL << 62;
+        return memory == 0 || memory >= most ? UINT64_MAX : static_cast<std::uint64_t>(memory) + 1;
     }
     // Numbers below 0, and what is none, say nothing that a limit could be.
     static void set(double& limit, double value) noexcept {

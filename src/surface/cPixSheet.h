@@ -113,8 +113,9 @@ class PIXKIT_API cPixSheet {
     // The most bytes that a call may take for an image and for the work on it; 0, as at first, is no limit. It holds
     // where MaxPixels does, and is the instance's own likewise. Counted as if all of it were held at once:
     // - 4 bytes for each pixel of the image, of icons to be made of them all; of what is no load, that is all.
-    // - The bytes of a file that is loaded, and with SaveFormat those of an array, but not the PNG that is kept of what
-    //   GDI+ reads. Bytes that callers, resources, the clipboard hand over are theirs.
+    // - The bytes of a file that is loaded, also of a dropped or pasted one that is contents only, and with SaveFormat
+    //   those of an array, but not the PNG that is kept of what GDI+ reads. Bytes that callers, resources, the
+    //   clipboard hand over are theirs.
     // - PNG: the filtered rows, but at most 192 KiB, or two rows and 96 KiB where that is more. BMP: two rows. Icons: a
     //   byte for each pixel.
     // - What comes through the system's loader (GIF, JPEG) or GDI+: 4 bytes for each pixel of its picture; of a GIF its

@@ -176,7 +176,7 @@ TEST_F(Drops, ObjectsOfHostsAreAskedInEveryForm) {
 
 namespace {
 
-// Contents without names: a picture in memory, in a stream, in a stream that lies, and one that only fails.
+// Contents without names: a picture in memory, in a stream, one that only fails, and a long stream of unknown length.
 class Mail final : public IDataObject {
   public:
     STDMETHODIMP QueryInterface(REFIID id, void** result) override {
@@ -186,10 +186,14 @@ class Mail final : public IDataObject {
     STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
     STDMETHODIMP_(ULONG) Release() override { return --references; }
     STDMETHODIMP GetData(FORMATETC* asked, STGMEDIUM* medium) override {
-        const auto bytes = readFile(sprite());
+        if (asked->lindex >= 0 && whenAsked && !std::exchange(m_isBusy, true)) {
+            whenAsked();
+            m_isBusy = false;
+        }
+        auto bytes = readFile(sprite());
         medium->tymed = TYMED_HGLOBAL;
         if (asked->cfFormat == ::RegisterClipboardFormatW(CFSTR_FILEDESCRIPTORW)) {
-            std::vector<std::uint8_t> block(4 + 4 * sizeof(FILEDESCRIPTORW));
+            std::vector<std::uint8_t> block(4 + 5 * sizeof(FILEDESCRIPTORW));
             block[0] = 0xFF; // more than there are
             auto* const first = reinterpret_cast<FILEDESCRIPTORW*>(block.data() + 4);
             first[0].dwFlags = FD_ATTRIBUTES;
@@ -201,10 +205,12 @@ class Mail final : public IDataObject {
         }
         if (asked->cfFormat != ::RegisterClipboardFormatW(CFSTR_FILECONTENTS) || asked->lindex == 3)
             return DV_E_FORMATETC;
+        if (asked->lindex == 4) bytes.resize(1 << 20);
         medium->hGlobal = memoryOf(bytes.data(), bytes.size());
-        if (asked->lindex != 2 || (asked->tymed & TYMED_ISTREAM) == 0) return S_OK;
+        if (asked->lindex % 2 != 0 || (asked->tymed & TYMED_ISTREAM) == 0) return S_OK;
         medium->tymed = TYMED_ISTREAM;
         ::CreateStreamOnHGlobal(medium->hGlobal, TRUE, &medium->pstm);
+        stream.hold(medium->pstm);
         return medium->pstm->Seek({}, STREAM_SEEK_END, nullptr); // where whoever wrote it left it
     }
     STDMETHODIMP GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
@@ -220,6 +226,11 @@ class Mail final : public IDataObject {
     STDMETHODIMP DUnadvise(DWORD) override { return E_NOTIMPL; }
     STDMETHODIMP EnumDAdvise(IEnumSTATDATA**) override { return E_NOTIMPL; }
     ULONG references = 1;
+    ComPtr<IStream> stream;          // the last
+    std::function<void()> whenAsked; // for contents, and not by this very function
+
+  private:
+    bool m_isBusy = false;
 };
 
 } // namespace
@@ -228,11 +239,19 @@ TEST_F(Drops, DataObjectsGiveNamesOrContents) {
     Mail mail;
     const VARIANT drop = object(&mail, VT_UNKNOWN);
     EXPECT_EQ(names(drop), L"0:");
-    const bool expected[] = {true, true, true, false, false};
-    for (LONG index = 0; index < 5; ++index) {
+    const bool expected[] = {true, true, true, false, true, false};
+    for (LONG index = 0; index < 6; ++index) {
         EXPECT_EQ(loads(drop, index), expected[index]) << index;
         EXPECT_EQ(width(), expected[index] ? 24 : 0) << index;
     }
+    constexpr ULONG limit = 100'000;
+    sheet->put_MaxMemory(limit);
+    EXPECT_FALSE(loads(drop, 4));
+    ULARGE_INTEGER read{};
+    EXPECT_EQ(mail.stream->Seek({}, STREAM_SEEK_CUR, &read), S_OK);
+    EXPECT_EQ(read.QuadPart, limit + 1) << "more than tells that it is too much";
+    EXPECT_TRUE(loads(drop, 2));
+    sheet->put_MaxMemory(0);
     EXPECT_EQ(mail.references, 1U);
 
     ComPtr<IShellFolder> folder;
@@ -245,6 +264,31 @@ TEST_F(Drops, DataObjectsGiveNamesOrContents) {
     EXPECT_EQ(names(object(shell.get(), VT_UNKNOWN)), L"1:" + sprite() + L'|');
     EXPECT_TRUE(loads(object(shell.get(), VT_UNKNOWN)));
     ::CoTaskMemFree(path);
+}
+
+// Whose code runs in the middle of the load.
+TEST_F(Drops, ADataObjectSpoilsTheLoadThatAsksIt) {
+    Mail mail;
+    const VARIANT drop = object(&mail, VT_UNKNOWN);
+    ComPtr<_cPixSheet> other;
+    _cPixSheet* last = *other.put() = server.create();
+    const std::function<void()> acts[] = {
+        [&] { sheet->DestroyDIB(); },      [&] { EXPECT_TRUE(makeImage(300, 200)); }, [&] { sheet->SwapDIBs(&last); },
+        [&] { EXPECT_TRUE(loads(drop)); }, [&] { EXPECT_FALSE(loads(drop, 3)); },
+    };
+    for (const auto& act : acts) {
+        mail.whenAsked = act;
+        ASSERT_TRUE(makeImage(1, 1));
+        EXPECT_TRUE(loads(drop, 2)) << &act - acts;
+        EXPECT_EQ(width(), 24) << &act - acts;
+    }
+    VARIANT given = drop;
+    VARIANT_BOOL isLoaded = VARIANT_FALSE;
+    other.detach();
+    mail.whenAsked = [&] { EXPECT_GT(last->Release(), 0U) << "destroyed under its member"; };
+    last->LoadPicture_DropedFiles(&given, 2, 32, 32, VARIANT_FALSE, 32, &isLoaded);
+    EXPECT_EQ(isLoaded, VARIANT_TRUE);
+    EXPECT_EQ(mail.references, 1U);
 }
 
 TEST_F(Drops, AnArrayThatCannotTakeTheNamesIsNoReason) {

@@ -4,6 +4,7 @@
 #include "support/MemoryClipboard.h"
 #include "support/QuietLoads.h"
 #include "support/SourceFolder.h"
+#include <cmath>
 #include <stdexcept>
 
 using namespace pixkit;
@@ -16,16 +17,16 @@ using DroppedFiles = QuietLoads;
 const Bytes tgaOfOne{0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1, 0, 24, 0, 1, 2, 3};
 
 DroppedFile holding(const Bytes& bytes) {
-    return {"", [bytes] { return bytes; }};
+    return {"", [bytes](std::uint64_t) { return bytes; }};
 }
 
 } // namespace
 
 TEST_F(DroppedFiles, ContentsAreNotLoadedOrASourceThatFailsEndsTheSearch) {
-    const std::vector<DroppedFile> files = {{"", [] { return throw std::runtime_error("gone"), Bytes(); }},
+    const std::vector<DroppedFile> files = {{"", [](auto) { return throw std::runtime_error("gone"), Bytes(); }},
                                             holding({1, 2, 3}),
                                             {"no such file.png"},
-                                            {"named.tga", [] { return tgaOfOne; }}};
+                                            {"named.tga", [](auto) { return tgaOfOne; }}};
     expectedReports = {"LoadPicture_DropedFiles", "LoadPicture_DropedFiles"};
     cPixSheet sheet;
     EXPECT_TRUE(sheet.LoadPicture_DropedFiles(files, 0, 32, 32, true));
@@ -40,6 +41,27 @@ TEST_F(DroppedFiles, ContentsAreNotLoadedOrASourceThatFailsEndsTheSearch) {
     std::vector<std::string> names;
     EXPECT_EQ(sheet.GetDroppedFileNames(files, names), 2);
     EXPECT_EQ(names, (std::vector<std::string>{"no such file.png", "named.tga"}));
+}
+
+TEST_F(DroppedFiles, ContentsAreNotCountedAsAFilesOrReadBeyondTheLimit) {
+    std::uint64_t asked = 0;
+    const std::vector<DroppedFile> files = {{"", [&](std::uint64_t most) {
+                                                 asked = most;
+                                                 return tgaOfOne;
+                                             }}};
+    const double pixels = 4;
+    const auto size = static_cast<double>(tgaOfOne.size());
+    cPixSheet sheet;
+    for (const double limit : {0.0, size + pixels, HUGE_VAL}) {
+        sheet.MaxMemory(limit);
+        EXPECT_TRUE(sheet.LoadPicture_DropedFiles(files)) << limit;
+    }
+    for (const double limit : {size + pixels - 1, size - 1}) {
+        sheet.MaxMemory(limit);
+        EXPECT_FALSE(sheet.LoadPicture_DropedFiles(files)) << limit;
+        EXPECT_EQ(sheet.LastErrorText(), "more memory than MaxMemory allows");
+    }
+    EXPECT_EQ(asked, tgaOfOne.size()) << "one too many, which tells that there are more";
 }
 
 TEST_F(DroppedFiles, TheFilesOfTheClipboardAreOthers) {

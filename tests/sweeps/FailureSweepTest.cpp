@@ -243,7 +243,7 @@ TEST_F(FailureSweep, AFailedLoadLeavesHalfAPicture) {
                          },
                          [&](auto&, auto&) { return Bytes(png); }});
     const ResourceId number(7), section("S");
-    const std::vector<DroppedFile> files = {{"no such file.png"}, {"", [&] { return Bytes(png); }}, {file}};
+    const std::vector<DroppedFile> files = {{"no such file.png"}, {"", [&](auto) { return Bytes(png); }}, {file}};
     Bytes names(20);
     names[0] = 20;
     names.insert(names.end(), file.begin(), file.end());

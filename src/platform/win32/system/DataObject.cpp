@@ -52,6 +52,8 @@ std::vector<std::uint8_t> bytesOf(IStream& stream, std::uint64_t most) {
         const std::size_t done = bytes.size();
         const auto wanted = static_cast<ULONG>(std::min<std::uint64_t>(most - done, bytesAtOnce));
         ULONG count = 0;
+        if (bytes.capacity() < done + wanted) // never more than twice `most` while it grows
+            bytes.reserve(static_cast<std::size_t>(std::min<std::uint64_t>(most, 2 * done + wanted)));
         bytes.resize(done + wanted);
         if (FAILED(stream.Read(bytes.data() + done, wanted, &count)) || count > wanted) return {};
         bytes.resize(done + count);
@@ -60,10 +62,10 @@ std::vector<std::uint8_t> bytesOf(IStream& stream, std::uint64_t most) {
     return bytes;
 }
 
-std::vector<std::uint8_t> contentsOf(IDataObject& object, const VirtualFile& file) {
+std::vector<std::uint8_t> contentsOf(IDataObject& object, const VirtualFile& file, std::uint64_t wanted) {
     const UINT format = ::RegisterClipboardFormatW(CFSTR_FILECONTENTS);
     const Medium medium(object, format, static_cast<LONG>(file.index), TYMED_HGLOBAL | TYMED_ISTREAM);
-    const std::uint64_t most = std::min(file.size.value_or(mostBytes), mostBytes);
+    const std::uint64_t most = std::min({file.size.value_or(mostBytes), mostBytes, wanted});
     if (medium.stream() != nullptr) return bytesOf(*medium.stream(), most);
     const GlobalBlock block(medium.memory());
     const auto bytes = block.bytes().first(std::min<std::size_t>(block.bytes().size(), static_cast<std::size_t>(most)));
@@ -86,7 +88,7 @@ std::vector<DroppedFile> filesOf(IDataObject* object) {
         const Medium medium(*object, format, -1, TYMED_HGLOBAL);
         const GlobalBlock block(medium.memory());
         for (const VirtualFile& file : virtualFilesOf(block.bytes(), isWide ? wideDescription : narrowDescription))
-            files.push_back({{}, [held, file] { return contentsOf(*held, file); }});
+            files.push_back({{}, [held, file](std::uint64_t most) { return contentsOf(*held, file, most); }});
         if (!files.empty()) break;
     }
     return files;
