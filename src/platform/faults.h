@@ -30,6 +30,7 @@ enum class SeamCall : std::uint8_t {
     setDIBitsToDevice,
     alphaBlend,
     extCreateRegion,
+    getRegionData,
     combineRgn,          // on Windows alone
     updateLayeredWindow, // the same
     gdiFlush,            // cannot fail: a plan that is gone tells that it was called
@@ -62,6 +63,7 @@ enum class SeamCall : std::uint8_t {
     setClipboardData,
     globalAlloc,
     globalLock,
+    createStream,
     oleGetClipboard,
     createFont,
     openFont,

@@ -1,6 +1,7 @@
 // GDI+ in the component, with the library that the system has, or without one.
 #include "platform/gdiplus.h"
 #include "Server.h"
+#include "platform/faults.h"
 #include "support/Pictures.h"
 
 namespace pixkit::test {
@@ -28,6 +29,30 @@ TEST_F(GdiplusComTest, KeepsTheLibraryOrGoesWithoutEndingATokensGdiplus) {
     sheet.reset();
     EXPECT_TRUE(server.canUnload());
     EXPECT_EQ(::GetModuleHandleW(L"gdiplus.dll"), nullptr) << "not given back";
+}
+
+// What it lacks the component's own readers and writers do without.
+TEST_F(GdiplusComTest, AStreamThatCannotBeMadeCostsTheFile) {
+    platform::setGdiplusProvider({}); // the system's own
+    const std::size_t handles = platform::openHandles();
+    for (const auto failing : {platform::SeamCall::globalAlloc, platform::SeamCall::globalLock,
+                               platform::SeamCall::createStream, platform::SeamCall::gdiplus}) {
+        for (const int after : {0, 1, 2}) {
+            const platform::ScopedFault fault(failing, after);
+            cPixSheet picture, again;
+            ByteArray png, jpg;
+            test::draw(picture, 4, 4, AlphaNone, [](unsigned x, unsigned y) {
+                return Pixel{static_cast<std::uint8_t>(60 * x), static_cast<std::uint8_t>(60 * y), 99, 255};
+            });
+            picture.isGDIplusEnabled(true);
+            EXPECT_TRUE(picture.SaveToStream_PNG(png) && picture.SaveToStream_JPG(jpg));
+            EXPECT_TRUE(again.LoadPicture_Stream(png, 32, 32, 0, 0, true));
+            EXPECT_EQ(pixelsOf(again), pixelsOf(picture));
+            again.LoadPicture_Stream(jpg); // for which there is the system's loader alone
+        }
+        EXPECT_TRUE(platform::callsMade(failing) > 0 || !hasGdiplus()) << "not asked";
+    }
+    EXPECT_EQ(platform::openHandles(), handles);
 }
 
 // By GDI+ or without, onto hosts and device contexts, and nothing beside it.

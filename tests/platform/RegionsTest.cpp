@@ -1,5 +1,6 @@
 #include "platform/regions.h"
 #include "platform/Bitmaps.h"
+#include "platform/faults.h"
 #include <algorithm>
 #include <gtest/gtest.h>
 
@@ -53,8 +54,14 @@ TEST(Regions, OtherHandlesAreTakenForRegions) {
         EXPECT_EQ(GetRegionData(handle, {&box, 1}), 0u);
         EXPECT_FALSE(PtInRegion(handle, 1, 1) || (handle != bitmap.get() && DeleteObject(handle)));
     }
-    const Rect one{0, 0, 1, 1};
+    const Rect one{0, 0, 1, 1}, other{1, 2, 3, 4};
     const UniqueRegion region(ExtCreateRegion({&one, 1}));
+    for (const int after : {0, 1}) {
+        const ScopedFault fault(SeamCall::getRegionData, after);
+        Rect place = other;
+        const bool isGiven = GetRegionData(region.get(), {&place, 1}) != 0;
+        EXPECT_EQ(place, isGiven ? one : other) << after;
+    }
     BitmapRecord record;
     EXPECT_FALSE(GetObjectA(region.get(), record) || DeleteDC(region.get()));
     EXPECT_EQ(GetObjectType(region.get()), ObjectType::region);

@@ -380,6 +380,27 @@ TEST_F(FailureSweep, AFailedSaveCostsTheArrayOrTheOldFile) {
         };
         Sweep{prepare, save, check}.run({1});
     }
+
+    // Under two names it is written over where it is: before anything is written there, it is the old one.
+    const auto other = folder.path(u8"other.bin");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_write);
+    std::filesystem::create_hard_link(path, other);
+    long written = 0;
+    const auto prepareTwo = [&] {
+        writeFile(path, old);
+        written = platform::callsMade(platform::SeamCall::writeFile);
+    };
+    prepareTwo();
+    ASSERT_TRUE(members[2]());
+    const Bytes good = readFile(path);
+    const auto check = [&](bool isSaved, bool) {
+        const Bytes now = readFile(path);
+        const bool isWritten = platform::callsMade(platform::SeamCall::writeFile) != written;
+        EXPECT_TRUE(isSaved ? now == good : now == old || isWritten);
+        EXPECT_TRUE(readFile(other) == now) << "two files now";
+        EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.path(u8"")), {}), 2) << "left behind";
+    };
+    Sweep{prepareTwo, members[2], check}.run({1});
 }
 
 TEST_F(FailureSweep, AFailedHandingOutLeavesObjectsBehind) {
@@ -394,7 +415,9 @@ TEST_F(FailureSweep, AFailedHandingOutLeavesObjectsBehind) {
     for (const std::int32_t style : {regionBounds, regionEnclosed, regionShaped})
         operations.push_back({"region " + std::to_string(style), [=](Scene& s) {
                                   const platform::UniqueRegion region(s.sheet.CreateRegion(style));
-                                  if (region) s.said = std::to_string(platform::GetRegionData(region.get()));
+                                  platform::Rect box;
+                                  if (platform::GetRgnBox(region.get(), box) != platform::RegionKind::error)
+                                      s.said = std::to_string(box.right) + " " + std::to_string(box.bottom);
                                   return static_cast<bool>(region);
                               }});
     sweep(operations);

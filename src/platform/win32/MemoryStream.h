@@ -1,5 +1,6 @@
 // Bytes as the system's streams.
 #pragma once
+#include "platform/faults.h"
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -32,15 +33,23 @@ class Reference {
     Interface* m_object = nullptr;
 };
 
+// A stream on a block of memory, which it owns from then on, or on an empty one of its own for null. Null on failure,
+// and the block is still the caller's.
+inline Reference<IStream> streamOn(HGLOBAL memory) noexcept {
+    Reference<IStream> stream;
+    if (faultDue(SeamCall::createStream) || ::CreateStreamOnHGlobal(memory, TRUE, stream.receive()) != S_OK) return {};
+    return stream;
+}
+
 // A stream over a copy of the bytes, which it owns.
 inline Reference<IStream> streamOver(std::span<const std::uint8_t> bytes) noexcept {
-    const HGLOBAL memory = ::GlobalAlloc(GMEM_MOVEABLE, bytes.size());
+    const HGLOBAL memory = faultDue(SeamCall::globalAlloc) ? nullptr : ::GlobalAlloc(GMEM_MOVEABLE, bytes.size());
     if (memory == nullptr) return {};
-    Reference<IStream> stream;
-    if (void* const copy = ::GlobalLock(memory)) {
+    void* const copy = faultDue(SeamCall::globalLock) ? nullptr : ::GlobalLock(memory);
+    if (copy != nullptr) {
         std::memcpy(copy, bytes.data(), bytes.size());
         ::GlobalUnlock(memory);
-        if (::CreateStreamOnHGlobal(memory, TRUE, stream.receive()) == S_OK) return stream;
+        if (Reference<IStream> stream = streamOn(memory)) return stream;
     }
     ::GlobalFree(memory);
     return {};

@@ -22,7 +22,7 @@ Handle ExtCreateRegion(std::span<const Rect> rectangles) noexcept {
 
 std::size_t GetRegionData(Handle region, std::span<Rect> rectangles) noexcept {
     const ObjectRef object = findObject(region, ObjectType::region);
-    if (!object) return 0;
+    if (!object || faultDue(SeamCall::getRegionData)) return 0;
     if (rectangles.size() >= object->rectangles.size())
         std::copy(object->rectangles.begin(), object->rectangles.end(), rectangles.begin());
     return object->rectangles.size();

@@ -62,13 +62,15 @@ Handle ExtCreateRegion(std::span<const Rect> rectangles) noexcept {
 }
 
 std::size_t GetRegionData(Handle region, std::span<Rect> rectangles) noexcept {
-    const DWORD bytes = ::GetRegionData(native(region), 0, nullptr);
+    const DWORD bytes = faultDue(SeamCall::getRegionData) ? 0 : ::GetRegionData(native(region), 0, nullptr);
     if (bytes < sizeof(RGNDATAHEADER)) return 0;
     const std::size_t count = (bytes - sizeof(RGNDATAHEADER)) / sizeof(Rect);
     if (count == 0 || rectangles.size() < count) return count;
     try {
         std::vector<Rect> data(count + 2); // two in the place of the header
-        if (::GetRegionData(native(region), bytes, reinterpret_cast<RGNDATA*>(data.data())) == 0) return 0;
+        if (faultDue(SeamCall::getRegionData) ||
+            ::GetRegionData(native(region), bytes, reinterpret_cast<RGNDATA*>(data.data())) == 0)
+            return 0;
         std::copy(data.begin() + 2, data.end(), rectangles.begin());
         return count;
     } catch (const std::bad_alloc&) {

@@ -182,7 +182,8 @@ bool readWhole(IStream& stream, std::vector<std::uint8_t>& bytes) {
     STATSTG statistics{};
     if (::GetHGlobalFromStream(&stream, &memory) != S_OK || stream.Stat(&statistics, STATFLAG_NONAME) != S_OK)
         return false;
-    const auto* const first = static_cast<const std::uint8_t*>(::GlobalLock(memory));
+    const auto* const first =
+        static_cast<const std::uint8_t*>(faultDue(SeamCall::globalLock) ? nullptr : ::GlobalLock(memory));
     if (first == nullptr) return false;
     try {
         bytes.assign(first, first + statistics.cbSize.QuadPart);
@@ -196,10 +197,9 @@ bool readWhole(IStream& stream, std::vector<std::uint8_t>& bytes) {
 
 GpStatus save(const Library& library, GpImage* image, const GpEncoding& encoding, std::vector<std::uint8_t>& bytes) {
     CLSID encoder;
-    Reference<IStream> stream;
-    if (!findEncoder(library, encoding.mimeType, encoder) ||
-        ::CreateStreamOnHGlobal(nullptr, TRUE, stream.receive()) != S_OK)
-        return GpStatus::GenericError;
+    if (!findEncoder(library, encoding.mimeType, encoder)) return GpStatus::GenericError;
+    const Reference<IStream> stream = streamOn(nullptr);
+    if (!stream) return GpStatus::GenericError;
     ULONG quality = static_cast<ULONG>(encoding.quality);
     gp::EncoderParameters parameters{};
     parameters.Count = 1;
