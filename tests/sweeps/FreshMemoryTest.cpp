@@ -1,7 +1,10 @@
 // What memory holds before anybody has written to it shows nowhere: everything is done twice, with other bytes in new
 // memory, and gives the same.
 #include "platform/pictures.h"
+#include "platform/regions.h"
+#include "platform/text.h"
 #include "support/AllocationFault.h"
+#include "support/MemoryClipboard.h"
 #include "support/Pictures.h"
 
 using namespace pixkit;
@@ -47,6 +50,27 @@ Bytes everythingOf(const ByteArray& file) {
     addPixels(host);
     sheet.CopyImageTo(host, 19, 7);
     addPixels(host);
+    // What is handed to the system and taken back, and what is drawn there.
+    const auto text = [&](std::string_view value) { all.insert(all.end(), value.begin(), value.end()); };
+    for (const std::int32_t style : {pictPremultiplied, pictFlat, pictIcon}) {
+        const auto made = sheet.CreateStdPicture(style);
+        host.LoadPicture_StdPicture(made.get());
+        addPixels(host);
+    }
+    for (const std::int32_t style : {regionEnclosed, regionShaped}) {
+        const platform::UniqueRegion region(sheet.CreateRegion(style));
+        std::vector<platform::Rect> rectangles(platform::GetRegionData(region.get()));
+        platform::GetRegionData(region.get(), rectangles);
+        for (const platform::Rect& one : rectangles)
+            text(std::to_string(one.left) + ' ' + std::to_string(one.top) + ' ' + std::to_string(one.right) + ' ');
+    }
+    MemoryClipboard clipboard;
+    all.push_back(sheet.CopyToClipBoard());
+    for (const auto& block : clipboard.blocks)
+        all.insert(all.end(), block.bytes.begin(), block.bytes.end());
+    all.push_back(host.LoadPicture_ClipBoard());
+    addPixels(host);
+    text(sheet.LoadNotes());
     if (sheet.Resize(-11, 23)) addPixels(sheet);
     if (sheet.Resample(17, -9)) addPixels(sheet);
     if (sheet.TrimImage()) addPixels(sheet);
@@ -54,6 +78,23 @@ Bytes everythingOf(const ByteArray& file) {
 }
 
 } // namespace
+
+TEST(FreshMemory, ReachesAText) {
+    if (!platform::canDrawText()) GTEST_SKIP() << "no text here";
+    const auto drawn = [](std::uint8_t filler) {
+        fillAllocations(filler);
+        cPixSheet sheet;
+        sheet.InitializeDIB(60, 40);
+        const platform::StdFont font{"Tahoma", 12};
+        std::int32_t width = 0, height = 0;
+        for (const float angle : {0.0F, 20.0F})
+            EXPECT_TRUE(sheet.DrawText_stdFont(0, font, "A w\u05D0rd\nand more of them", 0, 0, 50, 0, 255, 80,
+                                               txtCenter | txtEllipsis, angle == 0, angle));
+        EXPECT_TRUE(sheet.MeasureText_stdFont(font, "A word", width, height));
+        return std::tuple(pixelsOf(sheet), width, height);
+    };
+    EXPECT_TRUE(drawn(0x55) == drawn(0xAA));
+}
 
 TEST(FreshMemory, ReachesAPictureAFileOrAnArray) {
 #ifdef __SANITIZE_ADDRESS__
