@@ -197,10 +197,10 @@ bool CallersBytes::store() noexcept {
     return replace(m_target, filled);
 }
 
-bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_t fast, std::uint32_t slow) noexcept {
+bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_t fast, std::uint32_t slow) {
     if (*target != nullptr && (!isReplaceable(*target) || !hasElements(*target, VT_I4))) return false;
     SAFEARRAY* const filled = created(VT_I4, 2, {0, fast}, {0, slow});
-    if (filled == nullptr) return false;
+    if (filled == nullptr) throw std::bad_alloc();
     std::memcpy(filled->pvData, values, std::size_t{fast} * slow * sizeof *values);
     return replace(target, filled);
 }
@@ -208,11 +208,11 @@ bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_
 bool replaceByStrings(SAFEARRAY** target, const std::vector<std::string>& texts) {
     if (*target != nullptr && (!isReplaceable(*target) || !hasElements(*target, VT_BSTR))) return false;
     OwnArray filled(::SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(texts.size())));
-    if (!filled) return false;
+    if (!filled) throw std::bad_alloc();
     auto* element = static_cast<BSTR*>(filled->pvData);
     for (const std::string& text : texts) {
         *element = toBstr(text);
-        if (*element++ == nullptr) return false; // to callers it would be an empty string
+        if (*element++ == nullptr) return false; // an empty string, it would be to callers
     }
     return replace(target, filled.release());
 }

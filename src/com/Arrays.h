@@ -54,12 +54,11 @@ class CallersBytes final : private ByteArray::Memory {
 };
 
 // Replaces a caller's array by one of 32-bit numbers with two dimensions from 0, `fast` numbers in each of `slow` rows;
-// `values` holds them row by row. False, and the array as it was, for other elements, a locked or fixed array, or
-// without memory.
-bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_t fast, std::uint32_t slow) noexcept;
+// `values` holds them row by row. False, and the array as it was, for other elements and a locked or fixed array. May
+// throw std::bad_alloc, which leaves the array as it was too.
+bool replaceByLongs(SAFEARRAY** target, const std::int32_t* values, std::uint32_t fast, std::uint32_t slow);
 
-// Replaces a caller's array by one of strings, from 0. False, and the array as it was, in the same cases. May throw
-// std::bad_alloc, which leaves the array as it was too.
+// Replaces a caller's array by one of strings, from 0, likewise.
 bool replaceByStrings(SAFEARRAY** target, const std::vector<std::string>& texts);
 
 // The same array with elements of another type: what scripts can index are arrays of VARIANT. The caller owns the

@@ -1,5 +1,6 @@
 #include "com/Automation.h"
 #include "platform/win32/system/names.h"
+#include <new>
 
 namespace pixkit::com {
 
@@ -39,7 +40,9 @@ std::string nameToUtf8(const wchar_t* name) {
 BSTR toBstr(const std::string& utf8) {
     std::wstring wide;
     if (!platform::toUtf16(utf8, wide)) return nullptr;
-    return ::SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+    const BSTR text = ::SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
+    if (text == nullptr) throw std::bad_alloc(); // an empty string, it would be to callers
+    return text;
 }
 
 } // namespace pixkit::com

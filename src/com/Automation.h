@@ -84,7 +84,7 @@ std::string allToUtf8(BSTR text);
 // The same of the name of a file, which is refused, not changed, where it is not UTF-16.
 std::string nameToUtf8(const wchar_t* name);
 
-// Null for what is not UTF-8, and without memory for it. May throw std::bad_alloc.
+// Null for what is not UTF-8. May throw std::bad_alloc.
 BSTR toBstr(const std::string& utf8);
 
 } // namespace pixkit::com

@@ -122,10 +122,7 @@ class Hostile : public ComTest {
         return name == L"hFont" ? reinterpret_cast<LONG_PTR>(::GetStockObject(SYSTEM_FONT)) : handle;
     }
     void freeResult(MEMBERID id, LONG_PTR handle) {
-        VARIANT_BOOL done = VARIANT_FALSE;
-        if (id == 416 || id == 417) ::DestroyIcon(reinterpret_cast<HICON>(handle));
-        if (id == 418 || id == 516) ::DeleteObject(reinterpret_cast<HGDIOBJ>(handle));
-        if (id == 508) sheet->DestroyGDIplusToken(static_cast<LONG>(handle), &done);
+        ComTest::freeResult(id, handle);
         sheet->put_Unattended(VARIANT_TRUE);
     }
 

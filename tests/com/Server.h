@@ -83,6 +83,13 @@ class ComTest : public testing::Test {
         sheet->get_Width(&value);
         return value;
     }
+    // Of a member that gives a handle.
+    void freeResult(MEMBERID id, LONG_PTR handle) {
+        VARIANT_BOOL done = VARIANT_FALSE;
+        if (id == 416 || id == 417) ::DestroyIcon(reinterpret_cast<HICON>(handle));
+        if (id == 418 || id == 516) ::DeleteObject(reinterpret_cast<HGDIOBJ>(handle));
+        if (id == 508) sheet->DestroyGDIplusToken(static_cast<LONG>(handle), &done);
+    }
     // Every member as the table has it: its description, its name and those of its parameters.
     template <class Use>
     void eachMember(Use&& use) {
