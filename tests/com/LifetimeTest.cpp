@@ -5,6 +5,7 @@
 #include "platform/faults.h"
 #include <algorithm>
 #include <fstream>
+#include <ocidl.h>
 #include <psapi.h>
 
 namespace pixkit::test {
@@ -45,6 +46,29 @@ TEST(Unloading, EveryReferenceAndLockCountsUntilItIsGivenBack) {
     EXPECT_FALSE(server.canUnload());
     factory.reset();
     EXPECT_TRUE(server.canUnload());
+}
+
+// What describes an object is the system's: programs may keep it beyond the DLL.
+TEST(Unloading, DescriptionsHoldTheDllOrGoWithIt) {
+    ComPtr<ITypeInfo> interfaceInfo, classInfo;
+    {
+        const Server server;
+        ComPtr<_cPixSheet> sheet;
+        ComPtr<IProvideClassInfo> provider;
+        *sheet.put() = server.create();
+        ASSERT_EQ(sheet->QueryInterface(IID_IProvideClassInfo, provider.putVoid()), S_OK);
+        ASSERT_EQ(sheet->GetTypeInfo(0, LOCALE_USER_DEFAULT, interfaceInfo.put()), S_OK);
+        ASSERT_EQ(provider->GetClassInfo(classInfo.put()), S_OK);
+    }
+    EXPECT_EQ(::GetModuleHandleW(L"pixkit.dll"), nullptr) << "still there";
+    auto* name = const_cast<wchar_t*>(L"Render");
+    MEMBERID id = 0;
+    TYPEATTR* attributes = nullptr;
+    EXPECT_EQ(interfaceInfo->GetIDsOfNames(&name, 1, &id), S_OK);
+    EXPECT_EQ(id, 506);
+    ASSERT_EQ(classInfo->GetTypeAttr(&attributes), S_OK);
+    EXPECT_EQ(attributes->guid, CLSID_cPixSheet);
+    classInfo->ReleaseTypeAttr(attributes);
 }
 
 // An object in Tag that asks its holder for something while both are going.

@@ -90,6 +90,35 @@ TEST_F(OddCalls, EveryFormOfByteArrayLoadsTheSamePicture) {
     EXPECT_EQ(std::memcmp(bytes.array->pvData, png.data(), png.size()), 0);
 }
 
+// What scripts can index; programs in other languages that pass an empty variable get the same.
+TEST_F(OddCalls, AnEmptyVariableReceivesAnArrayOfOtherThingsThanVariants) {
+    const OwnArray icon(VT_UI1, picture("ico/two-1-bit-icon.ico"));
+    const VARIANT none = missing();
+    VARIANT name = text(L"a.png");
+    ASSERT_TRUE(isTrue(sheet.get(), L"LoadPicture_Stream",
+                       {arrayValue(VT_UI1, icon.array), none, none, none, none, number(-1)}));
+    const struct {
+        const wchar_t* member;
+        UINT dimensions;
+        VARTYPE element;
+    } rows[] = {
+        {L"GetDIBbits", 2, VT_UI1},       {L"GetAlphaMask", 2, VT_UI1},   {L"GetOrginalFormat", 1, VT_UI1},
+        {L"SaveToStream_PNG", 1, VT_UI1}, {L"SourceIconSizes", 2, VT_I4}, {L"GetDroppedFileNames", 1, VT_BSTR},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::filesystem::path(row.member));
+        Variant result;
+        std::vector<VARIANT> given = {variable(result)};
+        if (row.element == VT_BSTR) given.insert(given.begin(), variable(name));
+        EXPECT_EQ(call(sheet.get(), row.member, given), S_OK);
+        ASSERT_EQ(result.vt, VT_ARRAY | VT_VARIANT);
+        VARTYPE type = VT_EMPTY;
+        EXPECT_EQ(::SafeArrayGetVartype(result.parray, &type), S_OK);
+        EXPECT_EQ(std::pair(type, result.parray->cDims), (std::pair<VARTYPE, USHORT>(VT_VARIANT, row.dimensions)));
+        EXPECT_EQ(static_cast<const VARIANT*>(result.parray->pvData)->vt, row.element);
+    }
+}
+
 TEST_F(OddCalls, ArraysThatAreUnfitOrPassedByValueAreReplacedUnderTheCaller) {
     const struct {
         VARTYPE type;
