@@ -61,6 +61,7 @@ else
     build native32 && tests sanitizers-32
     step "set-up: Wine" scripts/wine.sh setup
     build win32 && tests win32
+    step "checks: clang-tidy for Windows" scripts/lint.sh --windows build/win32
     build win64 && tests win64
     if git rev-parse HEAD >/dev/null 2>&1; then
         step "packages: made of these builds" packages

@@ -543,6 +543,7 @@ class PixSheetObject final : public _cPixSheet, public IProvideClassInfo, public
     static bool isTrue(VARIANT_BOOL value) noexcept { return value != VARIANT_FALSE; }
 
     static void convert(bool from, VARIANT_BOOL* to) noexcept { *to = from ? VARIANT_TRUE : VARIANT_FALSE; }
+    // NOLINTNEXTLINE(readability-non-const-parameter): the other one would be taken
     static void convert(std::uint8_t* from, LONG_PTR* to) noexcept { *to = reinterpret_cast<LONG_PTR>(from); }
     template <class From, class To>
     static void convert(From from, To* to) noexcept {

@@ -4,7 +4,7 @@
 
 namespace __gnu_cxx {
 
-void __verbose_terminate_handler() {
+void __verbose_terminate_handler() { // NOLINT(clang-diagnostic-reserved-identifier)
     std::abort();
 }
 

@@ -7,9 +7,10 @@
 #include <memory>
 #include <string_view>
 #include <windows.h>
-// What follows takes these two from the global namespace.
+// What follows takes these two from the global namespace. NOLINTBEGIN(misc-unused-using-decls)
 using std::max;
 using std::min;
+// NOLINTEND(misc-unused-using-decls)
 #include <gdiplus.h>
 
 namespace pixkit::platform {
@@ -19,6 +20,7 @@ namespace {
 namespace gp = Gdiplus;
 namespace flat = Gdiplus::DllExports;
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses)
 #define PIXKIT_BORROW(name) const decltype(&flat::name) name = find<decltype(&flat::name)>(#name)
 
 // The library, and what it exports; shared by all that is made of them, the last of which frees it.

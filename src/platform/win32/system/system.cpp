@@ -42,7 +42,7 @@ bool isUnderLoaderLock() noexcept {
     const std::byte* const block = getBlock != nullptr ? getBlock() : nullptr;
     if (block == nullptr) return false;
     const CRITICAL_SECTION* lock = nullptr;
-    std::memcpy(&lock, block + place, sizeof lock);
+    std::memcpy(&lock, block + place, sizeof(void*));
     return lock != nullptr && reinterpret_cast<ULONG_PTR>(lock->OwningThread) == ::GetCurrentThreadId();
 }
 

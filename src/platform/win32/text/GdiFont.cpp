@@ -113,7 +113,7 @@ bool GdiFont::select(HFONT font) noexcept {
     if (::GetTextMetricsW(dc(), &metrics) == FALSE || metrics.tmHeight > longestSide ||
         metrics.tmMaxCharWidth > longestSide)
         return false;
-    ::SetTextAlign(dc(), TA_BASELINE | TA_LEFT | TA_NOUPDATECP);
+    ::SetTextAlign(dc(), TA_BASELINE | TA_LEFT);
     ::SetBkMode(dc(), TRANSPARENT);
     ::SetTextColor(dc(), RGB(255, 255, 255));
     m_metrics = {.ascent = metrics.tmAscent,
