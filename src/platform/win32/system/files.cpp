@@ -2,6 +2,7 @@
 #include "platform/faults.h"
 #include "platform/win32/system/names.h"
 #include <new>
+#include <optional>
 #include <windows.h>
 
 namespace pixkit::platform {
@@ -260,7 +261,10 @@ bool hasSeveralNames(const wchar_t* name) noexcept {
 
 Handle CreateDraftW(const std::string& draft, const std::string& target) noexcept {
     if (isFaulty(SeamCall::createDraft)) return invalidHandle;
-    if (withWideName(target, false, &hasSeveralNames)) return failed(ERROR_TOO_MANY_LINKS, invalidHandle);
+    const auto areSeveral = withWideName(target, std::optional<bool>(),
+                                         [](const wchar_t* wide) { return std::optional(hasSeveralNames(wide)); });
+    if (!areSeveral) return invalidHandle; // nobody can tell: a draft would part them
+    if (*areSeveral) return failed(ERROR_TOO_MANY_LINKS, invalidHandle);
     return withWideName(draft, invalidHandle, [](const wchar_t* wide) {
         // Nobody else can open it before it is complete.
         const HANDLE file =
