@@ -73,9 +73,11 @@ Destination::Destination(const std::string& name, bool mayBeFile, const std::vec
     } else {
         targetOf(name, format);
     }
+    const bool isThere = !isStream(name) && fs::exists(toPath(name), error);
     for (const Input& input : inputs) {
         try {
-            m_inputs.emplace(toLower(toUtf8(toPath(input.name).filename())), input.name);
+            const auto identity = isThere && !isStream(input.name) ? platform::identityOf(input.name) : std::nullopt;
+            if (identity) m_inputs.emplace(*identity, input.name);
             ++m_claimants[toLower(targetFor(input).name)];
         } catch (const std::exception&) { // said when its turn comes
         }
@@ -100,16 +102,23 @@ Target Destination::targetFor(const Input& input) const {
     return {toUtf8(target), formatOfWord(m_format)};
 }
 
+// By what the file is, not by its name, so that many inputs of one name cost no more than others. What was an input may
+// have been replaced since, by its own result.
+void Destination::refuseInput(const Target& target, const Input& input) const {
+    const auto identity = m_inputs.empty() ? std::nullopt : platform::identityOf(target.name);
+    const auto other = identity ? m_inputs.find(*identity) : m_inputs.end();
+    std::error_code error;
+    if (other == m_inputs.end() || other->second == input.name ||
+        fs::equivalent(toPath(input.name), target.path(), error) ||
+        !fs::equivalent(toPath(other->second), target.path(), error))
+        return;
+    throw Failed(input.name, "its result would replace " + other->second + ", which is one of the pictures");
+}
+
 // Those that nobody else wants need no turn. The others are looked at one after the other, by the order of the inputs.
 void Destination::claim(const Target& target, const Input& input, Piece& piece, bool isWritten) {
     std::error_code error;
-    const std::string own = toLower(toUtf8(target.path().filename()));
-    for (auto each = m_inputs.lower_bound(own); each != m_inputs.end() && each->first == own; ++each) {
-        const std::string& other = each->second;
-        if (other != input.name && !fs::equivalent(toPath(other), toPath(input.name), error) &&
-            fs::equivalent(toPath(other), target.path(), error))
-            throw Failed(input.name, "its result would replace " + other + ", which is one of the pictures");
-    }
+    refuseInput(target, input);
     const std::string key = toLower(target.name);
     if (m_claimants.at(key) > 1) {
         piece.awaitTurn();

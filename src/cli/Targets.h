@@ -4,6 +4,7 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
+#include "platform/files.h"
 #include <filesystem>
 #include <map>
 #include <string>
@@ -42,12 +43,14 @@ class Destination {
     void claim(const Target& target, const Input& input, Piece& piece, bool isWritten);
 
   private:
+    void refuseInput(const Target& target, const Input& input) const;
+
     std::string m_name;
     bool m_isFolder = false;
     std::string m_format;                           // extension without its dot
     std::map<std::string, std::size_t> m_claimants; // how many inputs may want the same target, by its lower-case name
-    std::multimap<std::string, std::string> m_inputs; // by their lower-case names without folders
-    std::map<std::string, std::string> m_claims;      // those that several want, to the input that has it
+    std::map<platform::FileIdentity, std::string> m_inputs; // files that results could replace
+    std::map<std::string, std::string> m_claims;            // those that several want, to the input that has it
 };
 
 } // namespace pixkit::cli

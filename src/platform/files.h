@@ -3,8 +3,10 @@
 // and are the same as ...W on the portable side.
 #pragma once
 #include "platform/handle.h"
+#include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace pixkit::platform {
@@ -66,6 +68,14 @@ bool SetFileAttributesA(const std::string& name, std::uint32_t attributes) noexc
 // A directory is not deleted: false.
 bool DeleteFileW(const std::string& name) noexcept;
 bool DeleteFileA(const std::string& name) noexcept;
+
+// What tells a file, under all its names, from the others that are there.
+struct FileIdentity {
+    std::uint64_t device, number;
+    auto operator<=>(const FileIdentity&) const = default;
+};
+// Nothing where no file of that name is there, or its system does not say.
+std::optional<FileIdentity> identityOf(const std::string& name) noexcept;
 
 // --- Files that are written to take the place of others
 
