@@ -55,11 +55,11 @@ class Gallery : public GrowingPage {
                            .thumbnail = thumbnail.file,
                            .thumbnailSize = thumbnail.size};
         const fs::path before = pictureBefore(m_request.before, input);
-        if (!before.empty()) {
-            const PictureSource earlier(toUtf8(before));
-            GalleryPicture earlierPicture(earlier, m_request);
-            earlierPicture.convert(piece.console());
-            entry.before = earlierPicture.link();
+        std::optional<Failed> problem; // of the picture before, without which this one is shown all the same
+        try {
+            if (!before.empty()) entry.before = linkBefore(toUtf8(before), piece.console());
+        } catch (const Failed& failure) {
+            problem = failure;
         }
         result.output = toUtf8(toPath(m_request.folder) / toPath(thumbnail.file));
         result.after = thumbnail.size;
@@ -68,6 +68,18 @@ class Gallery : public GrowingPage {
         if (thumbnail.isOld) result.status = Result::Status::skipped;
         if (thumbnail.isOld) result.reason = "it is as new as its picture";
         if (!m_request.isDryRun) put([&] { m_entries[piece.index()] = std::move(entry); });
+        if (problem) throw *problem;
+    }
+
+    std::string linkBefore(const std::string& file, Console& console) const {
+        std::string link;
+        forFile(file, [&] {
+            const PictureSource source(file);
+            GalleryPicture picture(source, m_request);
+            picture.convert(console);
+            link = picture.link();
+        });
+        return link;
     }
 
     void write(std::ostream& html) const override { writeGalleryPage(html, m_head, m_entries); }
