@@ -11,6 +11,7 @@
 #include <mutex>
 #include <new>
 #include <ostream>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -57,9 +58,12 @@ class Batch {
         }
     }
 
-    // At once, so that an interrupt leaves nothing unsaid that is done.
-    void say(const std::string& out, const std::string& err) noexcept {
+    // At once, so that an interrupt leaves nothing unsaid that is done. Where work failed before the first result of an
+    // array was said, there is none that the comma before the next would divide it from.
+    void say(std::string_view out, const std::string& err) noexcept {
         try {
+            if (!m_hasSaid && out.starts_with(",\n")) out.remove_prefix(1);
+            if (!out.empty()) m_hasSaid = true;
             if (m_shownColumns != 0) {
                 rewrite("");
                 m_console.err << '\r';
@@ -86,7 +90,7 @@ class Batch {
                 piece.reset(new Piece(*this, index));
                 if (!m_hasFailed) m_work(*piece);
             } catch (...) {
-                fail();
+                fail(piece.get());
             }
             if (!piece || !piece->m_rest || !isCarried(piece)) finish(index, piece.get());
         }
@@ -121,27 +125,28 @@ class Batch {
         try {
             if (piece != nullptr && piece->m_rest) piece->m_rest(*piece);
         } catch (...) {
-            fail();
+            fail(piece);
         }
         try {
             if (piece != nullptr) takeSaid(*piece, out, err);
         } catch (...) {
-            fail();
+            fail(piece);
         }
         deliver(index, std::move(out), std::move(err));
     }
 
-    // What there is of it; where memory ended in the middle, that is a failure, of which streams keep the exception.
+    // Of results what is whole, since programs read them, and of complaints what there is; where memory ended in the
+    // middle, that is a failure, of which streams keep the exception.
     static void takeSaid(Piece& piece, std::string& out, std::string& err) {
-        const bool isWhole = piece.m_out && piece.m_err;
-        out = std::move(piece.m_out).str();
+        if (piece.m_out && !piece.m_hasFailed) out = std::move(piece.m_out).str();
         err = std::move(piece.m_err).str();
-        if (!isWhole) throw std::bad_alloc();
+        if (!piece.m_out || !piece.m_err) throw std::bad_alloc();
     }
 
     // By the exception that is being handled.
-    void fail() noexcept {
+    void fail(Piece* piece) noexcept {
         const std::scoped_lock lock(m_lock);
+        if (piece != nullptr) piece->m_hasFailed = true;
         if (!m_failure) m_failure = std::current_exception();
         m_hasFailed = true;
     }
@@ -201,6 +206,7 @@ class Batch {
     platform::Lock m_lock; // of all below
     std::map<std::size_t, std::pair<std::string, std::string>> m_kept;
     std::exception_ptr m_failure;
+    bool m_hasSaid = false;         // anything on standard output
     std::size_t m_shownColumns = 0; // of the line that tells how far work has come
 };
 

@@ -36,6 +36,7 @@ class Piece {
     std::size_t m_index;
     std::size_t m_bytesHeld = 0; // by the rest
     std::function<void(Piece& piece)> m_rest;
+    bool m_hasFailed = false; // by an exception
     std::ostringstream m_out, m_err;
     Console m_console;
 };

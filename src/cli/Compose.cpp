@@ -128,12 +128,13 @@ int compose(const ComposeRequest& request, Console& console) {
     std::vector<std::string> files;
     for (const ComposeLayer& layer : request.layers)
         files.push_back(layer.file);
+    refuseTwice(files);
+    const ReportArray reports(request.reporting, 1, console);
     Result result{{}, target.name};
     result.reason = reasonToSkip(target, files, request);
     result.status = Result::Status::skipped;
     if (result.reason.empty()) succeeds(result, [&] { composeOne(request, target, console, result); });
     report(result, request.reporting, "compose", 0, console);
-    endReports(request.reporting, 1, console);
     return result.status == Result::Status::failed ? exitSomeFailed : exitOk;
 }
 

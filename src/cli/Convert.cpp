@@ -114,12 +114,12 @@ int convert(const ConvertRequest& request, Console& console) {
         if (hasWork && !request.isDryRun) destination.prepare();
     } catch (const Failed& failure) {
         console.err << "pixkit convert: " << failure.what() << '\n';
-        endReports(request.reporting, 0, console);
+        const ReportArray nothing(request.reporting, 0, console);
         return exitSomeFailed;
     }
     Conversion conversion(request, inputs, destination);
+    const ReportArray reports(request.reporting, inputs.size(), console);
     runBatch(inputs.size(), request.jobs, console, [&](Piece& piece) { conversion.convert(piece); });
-    endReports(request.reporting, inputs.size(), console);
     return conversion.hasFailed() ? exitSomeFailed : exitOk;
 }
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
 #include <span>
 #include <stdexcept>
 #include <vector>
@@ -76,6 +77,16 @@ inline std::unique_ptr<HeaderSource> headersOf(const PictureSource& source) {
     if (source.bytes) return std::make_unique<StreamHeaders>(source.bytes->bytes());
     if (!isFile(source.name)) return nullptr;
     return std::make_unique<FileHeaders>(toPath(source.name));
+}
+
+// What they tell; nothing where they tell nothing or cannot be read, of which a load says why.
+inline std::optional<PictureFacts> factsOf(const PictureSource& source) {
+    try {
+        const auto headers = headersOf(source);
+        return headers ? readPictureFacts(*headers) : std::nullopt;
+    } catch (const std::exception&) {
+        return {};
+    }
 }
 
 } // namespace pixkit::cli

@@ -65,8 +65,10 @@ int GrowingPage::make(const std::vector<Input>& inputs, unsigned jobs, Console& 
         refuseForeign(console);
         if (!m_options.isDryRun) prepare();
     });
-    if (isReady) runBatch(inputs.size(), jobs, console, work);
-    endReports(m_options.reporting, isReady ? inputs.size() : 0, console);
+    {
+        const ReportArray reports(m_options.reporting, isReady ? inputs.size() : 0, console);
+        if (isReady) runBatch(inputs.size(), jobs, console, work);
+    }
     if (isReady && m_isEmpty) return hasFailed ? exitSomeFailed : exitOk;
     if (!isReady || !hasDone([&] { writeFile(); })) return exitSomeFailed;
     if (!m_options.reporting.isQuiet && !m_options.reporting.isJson)

@@ -12,6 +12,7 @@
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <iomanip>
+#include <new>
 #include <optional>
 #include <sstream>
 #include <vector>
@@ -108,18 +109,14 @@ void printSaid(std::ostream& out, const PictureFacts& said) {
     }
 }
 
-// A JPEG is a bitmap to the component, but not to people.
-const char* typeWord(const Facts& facts) {
-    const bool isJpeg = facts.said && facts.said->container == FileFormat::jpg;
-    return isJpeg ? "JPEG" : imageTypeName(facts.type).word;
-}
-
 void printLine(std::ostream& out, const Facts& facts) {
     std::optional<std::string> rectangles;
     if (facts.rectangles) rectangles = std::to_string(*facts.rectangles);
+    const bool isJpeg = facts.said && facts.said->container == FileFormat::jpg;
     printRow(out, std::to_string(facts.width) + " x " + std::to_string(facts.height),
              facts.alpha ? withNumber(alphaName(*facts.alpha).word, *facts.alpha) : "by its pixels",
-             withNumber(typeWord(facts), facts.type), bytesText(facts.bytes), rectangles, shown(facts.file));
+             withNumber(typeWord(facts.type, isJpeg), facts.type), bytesText(facts.bytes), rectangles,
+             shown(facts.file));
     printImages(out, facts.images);
     if (facts.said) printSaid(out, *facts.said);
 }
@@ -254,6 +251,18 @@ std::optional<Facts> factsOf(const PictureSource& file, const InfoRequest& reque
     return facts;
 }
 
+void print(std::ostream& out, const Facts& facts, const InfoRequest& request, bool isFirst) {
+    if (request.json) {
+        out << (isFirst ? "\n  " : ",\n  ");
+        printJson(out, facts);
+        return;
+    }
+    std::optional<std::string> heading;
+    if (request.region) heading = "rectangles";
+    if (isFirst) printRow(out, "size", "alpha", "type", "bytes", heading, "file");
+    printLine(out, facts);
+}
+
 } // namespace
 
 int info(const InfoRequest& request, Console& console) {
@@ -263,31 +272,27 @@ int info(const InfoRequest& request, Console& console) {
         console.err << "pixkit info: " << shownName(file) << ": " << problem << '\n';
         exitCode = exitSomeFailed;
     };
+    const std::vector<Input> inputs = findInputs(request.files, request.recursive);
     if (request.json) console.out << '[';
-    for (const Input& input : findInputs(request.files, request.recursive)) {
+    for (const Input& input : inputs) {
         std::string problem = input.problem;
-        std::optional<Facts> facts;
+        std::ostringstream text;
         try {
             forFile(input.name, [&] {
-                if (problem.empty()) facts = factsOf(openSource(input.name, console.in), request, problem);
+                const auto facts =
+                    problem.empty() ? factsOf(openSource(input.name, console.in), request, problem) : std::nullopt;
+                if (facts) print(text, *facts, request, first);
+                if (!text) throw std::bad_alloc(); // streams take exceptions for themselves
             });
         } catch (const Failed& failure) {
             problem = failure.reason();
         }
-        if (!facts) {
-            fail(input.name, problem);
-            continue;
-        }
-        if (request.json) {
-            console.out << (first ? "\n  " : ",\n  ");
-            printJson(console.out, *facts);
+        if (problem.empty() && !text.view().empty()) {
+            console.out << text.view();
+            first = false;
         } else {
-            std::optional<std::string> heading;
-            if (request.region) heading = "rectangles";
-            if (first) printRow(console.out, "size", "alpha", "type", "bytes", heading, "file");
-            printLine(console.out, *facts);
+            fail(input.name, problem);
         }
-        first = false;
     }
     if (request.json) console.out << (first ? "]\n" : "\n]\n");
     return exitCode;

@@ -2,7 +2,7 @@
 #include "cli/Files.h"
 #include "cli/Streams.h"
 #include "cli/Text.h"
-#include "cli/UsageError.h"
+#include "saving/OutputFile.h"
 #include <algorithm>
 #include <set>
 #include <system_error>
@@ -13,9 +13,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// What pictures in folders are known by; others, which may be anything, are loaded where they are named.
+// What pictures in folders are known by; others, which may be anything, are loaded where they are named. What a run
+// that was killed has left behind is none.
 bool hasPictureName(const fs::path& file) {
-    return formatOf(file).has_value();
+    return formatOf(file).has_value() && !isDraftName(toUtf8(file.filename()));
 }
 
 class Walk {
@@ -40,7 +41,7 @@ class Walk {
         std::error_code error;
         if (entry.is_directory(error)) {
             if (!entry.is_symlink(error)) enter(entry.path(), below / entry.path().filename());
-        } else if (entry.is_regular_file(error) && hasPictureName(entry.path())) {
+        } else if (hasPictureName(entry.path())) { // of what is no file, the load says so
             m_found.push_back({toUtf8(entry.path()), below});
         }
     }
@@ -60,17 +61,13 @@ std::string normalName(const std::string& file) {
 } // namespace
 
 std::vector<Input> findInputs(const std::vector<std::string>& names, bool recursive, const fs::path& except) {
+    refuseTwice(names);
     std::vector<Input> found;
-    std::set<std::string> streams;
     for (const std::string& name : names) {
         std::error_code error;
         if (name.empty()) {
             found.push_back({name, {}, "a picture's name is empty, as of a variable that is not set"});
-        } else if (isStream(name)) {
-            if (!streams.insert(isStandard(name) ? "-" : name).second)
-                throw UsageError("what comes through a pipe can be read once");
-            found.push_back({name});
-        } else if (!isFolder(name)) {
+        } else if (isStream(name) || !isFolder(name)) {
             found.push_back({name});
         } else if (!recursive) {
             found.push_back({name, {}, "it is a folder; --recursive takes the pictures in it"});

@@ -55,6 +55,10 @@ Name imageTypeName(eImageFormat type) {
     return {"unknown", "unknown"};
 }
 
+const char* typeWord(eImageFormat type, bool isJpeg) {
+    return isJpeg ? "JPEG" : imageTypeName(type).word;
+}
+
 const char* containerName(FileFormat format) {
     constexpr const char* names[] = {"BMP", "TGA", "PNG", "JPEG", "GIF", "icon"};
     return names[static_cast<std::size_t>(format)];
@@ -72,6 +76,13 @@ std::string bytesText(std::uintmax_t bytes) {
     std::ostringstream text;
     text << std::fixed << std::setprecision(number < 9.995 ? 2 : number < 99.95 ? 1 : 0) << number << units[unit];
     return std::move(text).str();
+}
+
+std::string bytesWithUnit(std::uintmax_t bytes) {
+    constexpr const char* noBreak = "\u00A0";
+    std::string text = bytesText(bytes);
+    const std::size_t space = text.find(' ');
+    return space == std::string::npos ? text.append(noBreak).append("bytes") : text.replace(space, 1, noBreak);
 }
 
 } // namespace pixkit::cli

@@ -1,6 +1,7 @@
 #include "cli/Results.h"
 #include "cli/Streams.h"
 #include "cli/Text.h"
+#include <exception>
 #include <ostream>
 
 namespace pixkit::cli {
@@ -63,7 +64,7 @@ void report(const Result& result, const Reporting& reporting, const char* comman
                     << '\n';
     }
     if (reporting.isJson) {
-        console.out << (index == 0 ? "[\n  " : ",\n  ");
+        console.out << (index == 0 ? "\n  " : ",\n  ");
         writeJson(console.out, result);
     } else if (!isFailed && !reporting.isQuiet) {
         const bool carriesPicture = isStream(result.output);
@@ -72,8 +73,16 @@ void report(const Result& result, const Reporting& reporting, const char* comman
     }
 }
 
-void endReports(const Reporting& reporting, std::size_t count, Console& console) {
-    if (reporting.isJson) console.out << (count == 0 ? "[]\n" : "\n]\n");
+ReportArray::ReportArray(const Reporting& reporting, std::size_t count, Console& console)
+    : m_reporting(reporting), m_count(count), m_console(console) {
+    if (reporting.isJson) console.out << '[';
+}
+
+ReportArray::~ReportArray() {
+    try {
+        if (m_reporting.isJson) m_console.out << (m_count == 0 ? "]\n" : "\n]\n");
+    } catch (const std::exception&) { // streams of other programs may throw; the command's do not
+    }
 }
 
 } // namespace pixkit::cli

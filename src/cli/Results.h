@@ -31,8 +31,19 @@ struct Result {
 // Failures go to `err`, everything else to `out`, but to `err` where that carries the picture itself. `command` and
 // `index` are those of the result.
 void report(const Result& result, const Reporting& reporting, const char* command, std::size_t index, Console& console);
-// What ends the array, if it is one.
-void endReports(const Reporting& reporting, std::size_t count, Console& console);
+// The array around results, where they are said as JSON: it ends however the work does.
+class ReportArray {
+  public:
+    ReportArray(const Reporting& reporting, std::size_t count, Console& console);
+    ~ReportArray();
+    ReportArray(const ReportArray&) = delete;
+    ReportArray& operator=(const ReportArray&) = delete;
+
+  private:
+    const Reporting& m_reporting;
+    const std::size_t m_count;
+    Console& m_console;
+};
 
 } // namespace pixkit::cli
 // SPDX-License-Identifier: MIT

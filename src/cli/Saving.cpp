@@ -116,18 +116,20 @@ bool flatten(cPixSheet& sheet, std::int32_t background) {
     });
 }
 
+const char* reasonOf(const std::exception& error) noexcept {
+    // A length error: more elements than there are addresses, on 32 bits.
+    const bool isMemory = dynamic_cast<const std::bad_alloc*>(&error) != nullptr ||
+                          dynamic_cast<const std::length_error*>(&error) != nullptr;
+    return isMemory ? "not enough memory" : error.what();
+}
+
 void forFile(const std::string& file, const std::function<void()>& work) {
-    constexpr const char* notEnoughMemory = "not enough memory";
     try {
         work();
     } catch (const Failed&) {
         throw;
-    } catch (const std::bad_alloc&) {
-        throw Failed(file, notEnoughMemory);
-    } catch (const std::length_error&) { // more elements than there are addresses, on 32 bits
-        throw Failed(file, notEnoughMemory);
     } catch (const std::exception& error) {
-        throw Failed(file, error.what());
+        throw Failed(file, reasonOf(error));
     }
 }
 

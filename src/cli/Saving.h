@@ -34,6 +34,8 @@ class Failed : public std::runtime_error {
     std::string m_file, m_reason;
 };
 
+// What to tell a person of an exception.
+const char* reasonOf(const std::exception& error) noexcept;
 // Does work for a file, which is Failed's if the work throws something else. Throws Failed.
 void forFile(const std::string& file, const std::function<void()>& work);
 // The same for a result, of its input or else its output. False, and the result says why, where it fails.

@@ -247,6 +247,7 @@ int sheet(const SheetRequest& request, Console& console) {
     checkSaving(request, target.name, target.format);
     if (!request.index.empty()) isCss(request.index); // refuses what is neither
     const std::vector<Input> inputs = findInputs(request.pictures, request.recursive);
+    const ReportArray reports(request.reporting, 1, console);
     Result result{{}, target.name, Result::Status::skipped};
     bool isWhole = succeeds(result, [&] { result.reason = reasonToKeep(request, target, inputs); });
     std::size_t results = 0;
@@ -256,7 +257,6 @@ int sheet(const SheetRequest& request, Console& console) {
         isWhole &= succeeds(result, [&] { makeSheet(request, target, std::move(sprites), console, result); });
     }
     report(result, request.reporting, "sheet", results, console);
-    endReports(request.reporting, 1, console);
     return isWhole ? exitOk : exitSomeFailed;
 }
 

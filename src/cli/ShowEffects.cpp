@@ -1,5 +1,6 @@
 // `pixkit effects`: every effect on every picture, and a page that shows them side by side.
 #include "cli/EffectsPage.h"
+#include "cli/FileHeaders.h"
 #include "cli/GrowingPage.h"
 #include "cli/Names.h"
 #include "cli/Text.h"
@@ -8,6 +9,7 @@
 #include "surface/cPixSheet.h"
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <ostream>
 #include <set>
 #include <system_error>
@@ -115,25 +117,75 @@ std::vector<Effect> effectsFor(cPixSheet& picture) {
     return effects;
 }
 
+// Which folder each picture gets: its own name where that is still free; where Windows takes two names for one, the
+// second is not.
+class FolderNames {
+  public:
+    explicit FolderNames(const std::vector<Input>& inputs) {
+        for (const Input& input : inputs)
+            ++m_wanted[toLower(nameFor(input))];
+    }
+
+    // Called when there is a picture: what is none takes no name. Those whose names nobody else could get need no turn.
+    fs::path take(const Input& input, Piece& piece) {
+        const std::string first = nameFor(input);
+        if (!isDisputed(toLower(first))) return toPath(first);
+        piece.awaitTurn();
+        std::string name = first;
+        for (int copy = 2; !m_taken.insert(toLower(name)).second; ++copy)
+            name = first + "-" + std::to_string(copy);
+        return toPath(name);
+    }
+
+  private:
+    static std::string nameFor(const Input& input) {
+        std::string stem;
+        try {
+            stem = toUtf8(stemOf(input));
+        } catch (const std::system_error&) { // the name is no text; a load says so
+        }
+        // A picture "...png" must not write into the folder above.
+        if (stem.empty() || stem == "." || stem == "..") stem = "picture";
+        return toUtf8(input.folder / toPath(stem));
+    }
+
+    // Whether several want the name, or one of those may have to take it with its number.
+    bool isDisputed(const std::string& name) const {
+        const auto wanted = m_wanted.find(name);
+        if (wanted == m_wanted.end()) return false;
+        if (wanted->second > 1) return true;
+        const std::size_t hyphen = name.find_last_not_of("0123456789");
+        return hyphen + 1 < name.size() && hyphen != std::string::npos && name[hyphen] == '-' &&
+               isDisputed(name.substr(0, hyphen));
+    }
+
+    static constexpr const char* page = "index.html";
+    std::map<std::string, int> m_wanted = {{page, 1}};
+    std::set<std::string> m_taken = {page};
+};
+
 // One picture, and the folder of its own for what is made of it.
 class PictureEffects {
   public:
-    PictureEffects(const EffectsRequest& request, const Input& input, const fs::path& folder, Piece& piece)
-        : m_request(request), m_input(input), m_folder(folder), m_piece(piece) {
+    PictureEffects(const EffectsRequest& request, const Input& input, FolderNames& folders, Piece& piece)
+        : m_request(request), m_input(input), m_piece(piece) {
         cPixSheet& sheet = m_sheet;
         const PictureSource source = openSource(input.name, piece.console().in);
         if (!load(sheet, source, request.loading)) throw Failed(input.name, problemOf(sheet));
         warn(piece.console().err, input.name, sheet, request.loading);
+        m_facts = factsFor(source);
+        m_folder = folders.take(input, piece);
         if (request.isDryRun) return;
         std::error_code error;
-        fs::create_directories(toPath(request.folder) / folder, error);
-        if (error) throw Failed(toUtf8(toPath(request.folder) / folder), "cannot be made: " + error.message());
+        const fs::path folder = toPath(request.folder) / m_folder;
+        fs::create_directories(folder, error);
+        if (error) throw Failed(toUtf8(folder), "cannot be made: " + error.message());
     }
 
     EffectsPicture make(Result& result) {
         result.after = {m_sheet.Width(), m_sheet.Height()};
         const std::string name = isStream(m_input.name) ? m_input.name : toUtf8(toPath(m_input.name).filename());
-        EffectsPicture picture{.name = toUtf8(m_input.folder / toPath(name)), .facts = facts()};
+        EffectsPicture picture{.name = toUtf8(m_input.folder / toPath(name)), .facts = m_facts};
         picture.original = save(m_sheet, "00-original");
         picture.original.title = "As loaded";
         const std::vector<Effect> effects = effectsFor(m_sheet);
@@ -147,19 +199,20 @@ class PictureEffects {
                 picture.groups.push_back({effect.group, {}});
             picture.groups.back().cards.push_back(std::move(*card));
         }
+        result.output = toUtf8(toPath(m_request.folder) / m_folder);
         result.bytes = m_bytes;
         result.summary = std::to_string(m_count) + " results";
         return picture;
     }
 
   private:
-    std::string facts() const {
-        const bool isPiped = isStream(m_input.name);
+    std::string factsFor(const PictureSource& source) const {
         std::error_code none; // the file is deleted under our hands
-        const std::uintmax_t bytes = isPiped ? 0 : fs::file_size(toPath(m_input.name), none);
+        const std::uintmax_t bytes = source.bytes ? source.bytes->size() : fs::file_size(toPath(source.name), none);
+        const auto said = factsOf(source);
         return std::to_string(m_sheet.Width()) + " × " + std::to_string(m_sheet.Height()) + " pixels · " +
-               imageTypeName(m_sheet.ImageType()).word + " · alpha: " + alphaName(m_sheet.Alpha()).word +
-               (isPiped || none ? "" : " · " + std::to_string(bytes) + " bytes");
+               typeWord(m_sheet.ImageType(), said && said->container == FileFormat::jpg) +
+               " · alpha: " + alphaName(m_sheet.Alpha()).word + (none ? "" : " · " + bytesWithUnit(bytes));
     }
 
     EffectsCard save(const cPixSheet& sheet, const std::string& name) {
@@ -211,47 +264,25 @@ class PictureEffects {
 
     const EffectsRequest& m_request;
     const Input& m_input;
-    const fs::path& m_folder; // below that of the page
     Piece& m_piece;
     cPixSheet m_sheet;
+    std::string m_facts;
+    fs::path m_folder;       // below that of the page
     std::size_t m_count = 0; // of files
     std::uintmax_t m_bytes = 0;
 };
 
-// For each picture its own name where that is still free; where Windows takes two names for one, the second is not.
-std::vector<fs::path> folderNames(const std::vector<Input>& inputs) {
-    std::set<std::string> taken = {"index.html"};
-    std::vector<fs::path> folders;
-    for (const Input& input : inputs) {
-        std::string stem;
-        try {
-            stem = toUtf8(stemOf(input));
-        } catch (const std::system_error&) { // the name is no text; a load says so
-        }
-        // A picture "...png" must not write into the folder above.
-        if (stem.empty() || stem == "." || stem == "..") stem = "picture";
-        const std::string first = toUtf8(input.folder / toPath(stem));
-        std::string name = first;
-        for (int copy = 2; !taken.insert(toLower(name)).second; ++copy)
-            name = first + "-" + std::to_string(copy);
-        folders.push_back(toPath(name));
-    }
-    return folders;
-}
-
 class PageOfEffects : public GrowingPage {
   public:
     PageOfEffects(const EffectsRequest& request, const std::vector<Input>& inputs)
-        : GrowingPage("effects", request.folder, effectsMark, request), m_request(request),
-          m_folders(folderNames(inputs)), m_pictures(inputs.size()) {}
+        : GrowingPage("effects", request.folder, effectsMark, request), m_request(request), m_folders(inputs),
+          m_pictures(inputs.size()) {}
 
   private:
     void prepare() override {} // a page of nothing needs no folder
 
     void add(const Input& input, Piece& piece, Result& result) override {
-        const fs::path& folder = m_folders[piece.index()];
-        EffectsPicture picture = PictureEffects(m_request, input, folder, piece).make(result);
-        result.output = toUtf8(toPath(m_request.folder) / folder);
+        EffectsPicture picture = PictureEffects(m_request, input, m_folders, piece).make(result);
         result.status = m_request.isDryRun ? Result::Status::planned : Result::Status::done;
         if (!m_request.isDryRun) put([&] { m_pictures[piece.index()] = std::move(picture); });
     }
@@ -260,7 +291,7 @@ class PageOfEffects : public GrowingPage {
 
     const EffectsRequest& m_request;
     const std::string m_version = cPixSheet().Version();
-    const std::vector<fs::path> m_folders; // as the inputs
+    FolderNames m_folders;
     std::vector<std::optional<EffectsPicture>> m_pictures;
 };
 

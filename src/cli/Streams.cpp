@@ -1,10 +1,12 @@
 #include "cli/Streams.h"
 #include "cli/Saving.h"
 #include "cli/Text.h"
+#include "cli/UsageError.h"
 #include "platform/console.h"
 #include <fstream>
 #include <istream>
 #include <ostream>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -45,6 +47,13 @@ bool isStandard(std::string_view name) {
 
 bool isStream(std::string_view name) {
     return isStandard(name) || !descriptorOf(name).empty();
+}
+
+void refuseTwice(const std::vector<std::string>& names) {
+    std::set<std::string_view> streams; // by their descriptors
+    for (const std::string_view name : names)
+        if (isStream(name) && !streams.insert(isStandard(name) ? "-" : descriptorOf(name)).second)
+            throw UsageError("what comes through a pipe can be read once");
 }
 
 PictureSource openSource(const std::string& name, std::istream& standardInput) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace pixkit::cli {
 
@@ -13,6 +14,9 @@ namespace pixkit::cli {
 bool isStream(std::string_view name);
 // Of streams, those that the command itself was given.
 bool isStandard(std::string_view name);
+
+// Throws UsageError when two of the names mean one stream.
+void refuseTwice(const std::vector<std::string>& names);
 
 // What a picture is read from: a file, or all that came through a pipe.
 struct PictureSource {

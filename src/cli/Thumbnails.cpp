@@ -41,15 +41,6 @@ std::string checksumOf(const std::string& text) {
     return digits;
 }
 
-std::optional<PictureFacts> factsOf(const PictureSource& source) {
-    try {
-        const auto headers = headersOf(source);
-        return headers ? readPictureFacts(*headers) : std::nullopt;
-    } catch (const std::exception&) { // a load says what is wrong
-        return {};
-    }
-}
-
 bool isForBrowsers(FileFormat format) {
     return format == FileFormat::png || format == FileFormat::jpg || format == FileFormat::gif;
 }
@@ -193,15 +184,8 @@ GalleryPicture::Thumbnail GalleryPicture::makeThumbnail(Console& console) {
 
 std::string GalleryPicture::facts() const {
     constexpr const char* noBreak = "\u00A0";
-    std::string bytes = bytesText(m_bytes);
-    const std::size_t space = bytes.find(' ');
-    if (space != std::string::npos) {
-        bytes.replace(space, 1, noBreak);
-    } else {
-        bytes.append(noBreak).append("bytes");
-    }
     return std::to_string(m_whole.width) + noBreak + "×" + noBreak + std::to_string(m_whole.height) + " · " + m_format +
-           " · " + bytes;
+           " · " + bytesWithUnit(m_bytes);
 }
 
 } // namespace pixkit::cli

@@ -11,16 +11,18 @@ namespace {
 constexpr Reason cannotBeReplaced = "the file cannot be replaced";
 constexpr Reason notAllWritten = "not all of the file could be written";
 
+constexpr std::string_view draftStart = "~pixkit", draftLetters = "0123456789abcdefghijklmnopqrstuv";
+constexpr std::size_t draftLength = 8; // of the letters behind the start
+
 // In the target's folder, with its extension. Nobody can guess it, so nobody can have it waiting. Empty on failure.
 std::string draftName(const std::string& target) {
     constexpr std::size_t longestExtension = 8;
-    constexpr char letters[] = "0123456789abcdefghijklmnopqrstuv";
-    std::uint8_t random[8];
+    std::uint8_t random[draftLength];
     if (!platform::RtlGenRandom(random, sizeof random)) return {};
     const std::size_t folder = platform::folderLength(target);
-    std::string name = target.substr(0, folder) + "~pixkit";
+    std::string name = target.substr(0, folder).append(draftStart);
     for (const std::uint8_t value : random)
-        name += letters[value & 31];
+        name += draftLetters[value & 31];
     const std::size_t dot = target.rfind('.');
     const bool hasExtension = dot != std::string::npos && dot >= folder && target.size() - dot <= longestExtension;
     return hasExtension ? name + target.substr(dot) : name;
@@ -37,6 +39,13 @@ Reason folderProblem(const std::string& target, bool useUnicode) {
 }
 
 } // namespace
+
+bool isDraftName(std::string_view file) noexcept {
+    if (!file.starts_with(draftStart)) return false;
+    file.remove_prefix(draftStart.size());
+    const std::size_t length = std::min(file.find_first_not_of(draftLetters), file.size());
+    return length == draftLength && (length == file.size() || file[length] == '.');
+}
 
 OutputFile::OutputFile(const std::string& target, bool useUnicode)
     : m_target(iparseFinalFileName(target, useUnicode)), m_useUnicode(useUnicode) {

@@ -5,8 +5,12 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace pixkit {
+
+// Whether a file, named without its folder, is called as drafts are: it was left behind.
+bool isDraftName(std::string_view file) noexcept;
 
 // A draft in the folder of the target, which takes the target's place when it is complete; a link is written through.
 // Its name begins with "~pixkit" and has the target's extension, should a crash leave it behind on a file system where

@@ -5,6 +5,7 @@
 #include "support/AllocationFault.h"
 #include "support/Pictures.h"
 #include "support/SourceFolder.h"
+#include <algorithm>
 #include <cmath>
 #include <regex>
 #include <set>
@@ -95,6 +96,35 @@ TEST_F(Command, APictureWithoutMemoryDoesNotEndThePageOfEffects) {
         EXPECT_TRUE(!happened || exitCode == cli::exitSomeFailed);
     }
     EXPECT_TRUE(std::filesystem::exists(m_folder.path(u8"page/opaque/00-original.png")));
+}
+
+// Wherever memory ends, programs read a whole array, and people words.
+TEST_F(Command, JsonIsCutWhereMemoryEnds) {
+    const auto picture = [](const char* name) { return cli::toUtf8(sourceFolder() / "tests/data/cli" / name); };
+    for (const bool isInfo : {true, false}) {
+        std::vector<std::string> line{"info", "--json", picture("alpha.png"), picture("opaque.png")};
+        if (!isInfo) {
+            line.insert(line.end(), {m_folder.name(u8"to/"), "--dry-run", "--jobs", "1"});
+            line.front() = "convert";
+        }
+        bool hasHappened = true;
+        for (long after = 0; hasHappened; after += 7) {
+            std::ostringstream out(std::string(5000, ' ')), err; // such that the stream itself needs no memory
+            cli::Console console{m_in, out, err, false, false};
+            std::vector<std::string> words = line;
+            {
+                const AllocationFault fault(after);
+                cli::run(std::move(words), console);
+                hasHappened = fault.hasHappened();
+            }
+            std::string said = out.str();
+            said.erase(said.find_last_not_of(' ') + 1);
+            EXPECT_TRUE(said.empty() || (said.starts_with('[') && said.ends_with("]\n"))) << said;
+            EXPECT_EQ(std::ranges::count(said, '{'), std::ranges::count(said, '}')) << said;
+            EXPECT_FALSE(said.starts_with("[,")) << said;
+            EXPECT_EQ(err.str().find("bad_alloc"), std::string::npos);
+        }
+    }
 }
 
 // A picture that is mirrored twice is the same, and has to be there as a whole.
