@@ -236,6 +236,8 @@ std::optional<Colour> readColour(std::string_view text) {
 
 Colour parseAnyColour(std::string_view text) {
     if (const auto colour = readColour(text)) return *colour;
+    if (readDigits(text))
+        throw UsageError("'" + std::string(text) + "' is not a colour; did you mean #" + std::string(text) + "?");
     throw UsageError("'" + std::string(text) + "' is not a colour; " +
                      suggestionOr(text, colourNames(),
                                   "write a name, such as orange, or its parts, such as #ff8000 or rgb(255,128,0)"));

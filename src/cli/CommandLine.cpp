@@ -3,6 +3,7 @@
 #include "cli/Manual.h"
 #include "cli/Mistakes.h"
 #include "cli/Options.h"
+#include "cli/Saving.h"
 #include "cli/Text.h"
 #include "cli/Topics.h"
 #include "cli/UsageError.h"
@@ -64,10 +65,9 @@ void addConvert(CLI::App& app, ConvertRequest& request) {
                request.fit = fit;
            },
            "For every --resize to a size, wherever it stands; once: in proportion, which is\nsize, the same but never "
-           "enlarged, out of "
-           "proportion, or in\nproportion and covering it")
+           "enlarged, out of proportion, or in\nproportion and covering it")
         ->type_name("size|down|stretch|fill")
-        ->group(effectsGroup);
+        ->group("How --resize fits");
     addSaving(*sub, request);
     addRecursive(*sub, request.recursive);
     addReporting(*sub, request, request.loading);
@@ -120,6 +120,17 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
                 "  pixkit compose -o stack.tga back.png middle.png@8,8 front.png@16,16:50%");
 }
 
+// Of a file or folder. One without a name is that of a variable which is not set, and no option that is not given.
+CLI::Option* addName(CLI::App& sub, const char* option, std::string& name, const char* type, const char* help) {
+    const auto take = [&sub, &name, option](const std::string& given) {
+        if (given.empty())
+            throw UsageError(sub.get_option(option)->get_name() +
+                             ": the name is empty, as of a variable that is not set");
+        name = given;
+    };
+    return sub.add_option_function<std::string>(option, take, help)->type_name(type)->default_str(name);
+}
+
 // What the commands have that make pages of many pictures.
 template <class Request>
 void addPageOptions(CLI::App& sub, Request& request) {
@@ -137,9 +148,7 @@ void addPageOptions(CLI::App& sub, Request& request) {
 void addEffects(CLI::App& app, EffectsRequest& request) {
     CLI::App* const sub = app.add_subcommand("effects", "Show every effect on pictures in one HTML page");
     sub->add_option("PICTURE", request.pictures, "Pictures")->required()->type_name("");
-    sub->add_option("-o,--output", request.folder, "Folder for the page and the results")
-        ->type_name("FOLDER")
-        ->capture_default_str();
+    addName(*sub, "-o,--output", request.folder, "FOLDER", "Folder for the page and the results");
     addPageOptions(*sub, request);
     sub->footer("There are about 40 results of each picture, in a folder of its own, saved as PNG: 2 MB for 240 x 300 "
                 "pixels with\n"
@@ -175,8 +184,7 @@ void addSheet(CLI::App& app, SheetRequest& request) {
            "What lies behind them; transparent unless said otherwise")
         ->type_name("COLOUR")
         ->group(layout);
-    sub->add_option("--index", request.index, "Where each lies, in a file: .json, or .css with a class for\neach")
-        ->type_name("FILE")
+    addName(*sub, "--index", request.index, "FILE", "Where each lies, in a file: .json, or .css with a class for\neach")
         ->group(layout);
     addLoading(*sub, request.loading);
     addRecursive(*sub, request.recursive);
@@ -193,13 +201,10 @@ void addGallery(CLI::App& app, GalleryRequest& request) {
     CLI::App* const sub = app.add_subcommand("gallery", "Make an HTML page that shows pictures");
     const char* const page = "Page";
     sub->add_option("PICTURE", request.pictures, "Pictures")->required()->type_name("");
-    sub->add_option("-o,--output", request.folder, "Folder for the page and the thumbnails")
-        ->type_name("FOLDER")
-        ->capture_default_str();
+    addName(*sub, "-o,--output", request.folder, "FOLDER", "Folder for the page and the thumbnails");
     sub->add_option("--title", request.title, "What the page is called")->type_name("TEXT")->group(page);
-    sub->add_option("--before", request.before,
-                    "Where pictures of the same names lie as they were before;\nthe page shows both")
-        ->type_name("FOLDER")
+    addName(*sub, "--before", request.before, "FOLDER",
+            "Where pictures of the same names lie as they were before;\nthe page shows both")
         ->group(page);
     addPageOptions(*sub, request);
     sub->footer(
@@ -345,7 +350,7 @@ int run(std::vector<std::string> arguments, Console& console) {
                     << "--help' says more.\n";
         return exitUsage;
     } catch (const std::exception& error) {
-        console.err << "pixkit: " << error.what() << '\n';
+        console.err << "pixkit: " << reasonOf(error) << '\n';
         return exitSomeFailed;
     }
 }

@@ -156,12 +156,14 @@ constexpr std::array<EffectOption, 22> table = {{
 
 namespace {
 
-// An argument as a person types it: in quotation marks where a shell would read something else.
+// An argument as a person types it: in quotation marks where a shell would read something else. Those that cmd.exe
+// knows, too, are taken wherever no shell reads anything between them.
 std::string shellWord(const std::string& argument) {
     const bool isPlain = !argument.starts_with('#') && std::ranges::all_of(argument, [](char c) {
         return std::string_view(" \t\n\"'\\$&|;<>()*?[]{}~!`").find(c) == std::string_view::npos;
     });
     if (isPlain) return argument;
+    if (argument.find_first_of("$`\\\"%!") == std::string::npos) return '"' + argument + '"';
     std::string word = "'";
     for (const char c : argument)
         word += c == '\'' ? "'\\''" : std::string(1, c);
