@@ -5,8 +5,8 @@
     count_tests.py LOG-FOLDER
 
 A test of CTest counts as what its program says: the tests of a GoogleTest program, whose results lie in
-build/*/results/NAME.json, the "N passed, N failed" that a script ends with, or else one. Each line of the log folder's
-failed-steps is one failure more.
+build/*/results/NAME.json, the "N passed, N failed" (and ", N skipped") that a script ends with, or else one. Each line of
+the log folder's failed-steps is one failure more.
 """
 import json
 import pathlib
@@ -20,7 +20,10 @@ def results_of(case, folder):
     succeeded = case.get("status") == "run"
     own = folder / "results" / f"{case.get('name')}.json"
     output = case.findtext("system-out") or ""
-    said = re.findall(r"^(\d+) passed, (\d+) failed\s*$", output, re.MULTILINE)
+    said = re.findall(r"^(\d+) passed, (\d+) failed(?:, (\d+) skipped)?\s*$", output, re.MULTILINE)
+    left_out = case.find("skipped")
+    if left_out is not None and left_out.get("message", "").startswith("SKIP_RETURN_CODE"):
+        return 0, 0, 1
     passed, failed, skipped = int(succeeded), 0, 0
     if own.exists():
         tests = [test for suite in json.loads(own.read_text())["testsuites"] for test in suite["testsuite"]]
@@ -28,7 +31,7 @@ def results_of(case, folder):
         failed = sum("failures" in test for test in tests)
         passed = sum(test["result"] == "COMPLETED" for test in tests) - failed
     elif said:
-        passed, failed = map(int, said[-1])
+        passed, failed, skipped = (int(number or 0) for number in said[-1])
     # A program that failed although none of its tests did, or that ran none at all.
     if failed == 0 and (not succeeded or passed == 0):
         failed = 1

@@ -30,7 +30,7 @@ packages_of() {
     case $1 in
     demo) echo "$build" ;;
     text) echo "$text" ;;
-    native) echo "$build $text fonts-wine googletest parallel rsync libpng-dev libjpeg62-turbo-dev libgif-dev giflib-tools libjpeg-turbo-progs libstb-dev zlib1g-dev imagemagick icoutils netpbm pngcheck python3" ;;
+    native) echo "$build $text fonts-wine googletest parallel rsync zsh fish libpng-dev libjpeg62-turbo-dev libgif-dev giflib-tools libjpeg-turbo-progs libstb-dev zlib1g-dev imagemagick icoutils netpbm pngcheck python3" ;;
     native32) echo "$build g++-multilib lib32z1 googletest" ;;
     arm64) echo "$build g++-aarch64-linux-gnu qemu-user googletest python3" ;;
     windows) echo "$build g++-mingw-w64-i686-posix g++-mingw-w64-x86-64-posix mingw-w64-tools wine64 fonts-wine xvfb imagemagick python3" ;;

@@ -5,8 +5,13 @@
 #
 #   batches_test.sh COMMAND   such as build/release/src/cli/pixkit
 #
-# The last line is "N passed, N failed".
+# The last line is "N passed, N failed". Ends with 77 where GNU parallel or rsync is not here; another program has the name of
+# the first, too.
 set -uo pipefail
+if ! parallel --version 2>/dev/null | grep -q '^GNU' || ! command -v rsync >/dev/null; then
+    echo "skipped: scripts/setup.sh native installs GNU parallel and rsync"
+    exit 77
+fi
 command=$(realpath "${1:?the command}")
 cd "$(dirname "$0")/../.." || exit 2
 document=$PWD/docs/batches.md samples=$PWD/samples/pictures

@@ -4,7 +4,7 @@
 
   browser_test.py COMMAND [FOLDER]   such as build/release/src/cli/pixkit; FOLDER gets screenshots, for people to look at
 
-The last line is "N passed, N failed".
+The last line is "N passed, N failed". Ends with 77 where there is no Chromium.
 """
 import base64
 import json
@@ -236,7 +236,7 @@ class Test:
                 const paint = performance.getEntriesByName('first-contentful-paint')[0];
                 return [paint ? paint.startTime : 0, performance.getEntriesByType('navigation')[0].loadEventEnd]"""))
         self.shoot("thousand")
-        first, whole = min(times)
+        first, whole = sorted(times)[1]  # of three
         size = page.stat().st_size
         largest = max(file.stat().st_size for file in (self.folder / "thousand/thumbnails").iterdir())
         print(f"1,000 pictures: made in {made:.1f} s, page {size:,} bytes, first paint {first:.0f} ms, loaded {whole:.0f} ms")
@@ -256,6 +256,9 @@ def main():
     if len(sys.argv) < 2:
         print(__doc__.strip(), file=sys.stderr)
         return 2
+    if not shutil.which("chromium") or not shutil.which("chromedriver"):
+        print("skipped: scripts/setup.sh browser installs Chromium and its WebDriver")
+        return 77
     screenshots = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else None
     test = Test(str(pathlib.Path(sys.argv[1]).resolve()), screenshots)
     try:

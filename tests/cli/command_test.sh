@@ -4,7 +4,7 @@
 #
 #   command_test.sh COMMAND [ARGUMENT...]   such as build/release/src/cli/pixkit, or scripts/wine.sh run .../pixkit.exe
 #
-# The last line is "N passed, N failed".
+# The last line is "N passed, N failed" (and ", N skipped").
 set -uo pipefail
 [ $# -gt 0 ] || { sed -n '3,7p' "$0"; exit 2; }
 command=("$@")
@@ -12,7 +12,18 @@ cd "$(dirname "$0")/../.." || exit 2
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-alpha=tests/data/cli/alpha.png passed=0 failed=0
+alpha=tests/data/cli/alpha.png passed=0 failed=0 skipped=0
+
+fail() {
+    failed=$((failed + 1))
+    echo "FAILED: $1"
+}
+
+# What cannot be tried here.
+skip() {
+    skipped=$((skipped + 1))
+    echo "skipped: $1"
+}
 
 # A line of the command, its exit code, and a pattern that a line of what it says fits.
 check() {
@@ -20,7 +31,7 @@ check() {
     shift 2
     "${command[@]}" "$@" >"$folder/said" 2>&1 </dev/null
     status=$?
-    if [ "$status" = "$expected" ] && tr -d '\r' <"$folder/said" | grep -qE "$pattern"; then
+    if [ "$status" = "$expected" ] && tr -d '\r' <"$folder/said" | grep -E "$pattern" >/dev/null; then
         passed=$((passed + 1))
     else
         failed=$((failed + 1))
@@ -76,16 +87,48 @@ if [ ${#command[@]} = 1 ]; then
     check 0 '^down$' convert --fit d
     check 0 '^rebeccapurple red$' convert --flatten = re
     check 0 '^exit-codes$' help ex
-    ! command -v groff >/dev/null || {
-        command=(bash -c '[ -z "$(groff -man -ww -z "$0" 2>&1)" ] && echo well' "$folder/pixkit.1")
-        check 0 '^well$'
+    readers() {
+        case $1 in
+        groff) [ -z "$(groff -man -ww -z "$folder/pixkit.1" 2>&1)" ] ;;
+        *) "$pixkit" help "$1" >"$folder/completions.$1" && "$1" -n "$folder/completions.$1" ;;
+        esac && echo well
     }
+    command=(readers)
+    for reader in groff zsh fish; do
+        if command -v $reader >/dev/null; then check 0 '^well$' $reader; else skip "there is no $reader"; fi
+    done
+
+    # Examples, and options as a page shows them, need no quotation marks that cmd.exe does not know.
+    examples() {
+        local each
+        for each in info convert compose sheet gallery effects; do "$pixkit" help $each; done | grep '^  pixkit '
+        grep -h '^pixkit ' README.md docs/*.md
+        grep -oh '<code class="soft">[^<]*' "$folder/effects/index.html"
+    }
+    quoting() { examples | awk '/\047/ { print; ++wrong } END { print (NR > 100 ? wrong + 0 : "too few") }'; }
+    command=(quoting)
+    check 0 '^0$'
+
+    # Pictures of one name cost no more than others, however many, and whether or not their results are there.
+    mkdir -p "$folder"/many/{d{1..3000},out} && cp "$alpha" "$folder/many/a.png" && cp "$alpha" "$folder/many/out/a.png"
+    command=(bash -c 'cd "$1" && shift && timeout 10 "$0" "$@"' "$(realpath "$pixkit")" "$folder/many")
+    check 1 '^d1/../a.png -> out/a.png: skipped' convert d{1..3000}/../a.png out --skip-newer
+
+    # What a folder has of pictures' names is told of, even if it is no file.
+    mkdir "$folder/odd" && ln -s nowhere "$folder/odd/link.png" && mkfifo "$folder/odd/pipe.png"
+    command=(timeout 10 "$pixkit")
+    check 1 'link.png: the file does not exist' info -r "$folder/odd"
+    check 1 'pipe.png: the file cannot be opened' info -r "$folder/odd"
+    check 1 'pipe.png: the file cannot be opened' convert -r "$folder/odd" "$folder/odd-pictures"
+    check 1 'pipe.png: the file cannot be opened' sheet -r "$folder/odd" -o "$folder/odd.png"
+    check 1 'pipe.png: the file cannot be opened' gallery -r "$folder/odd" -o "$folder/odd-page"
+    check 1 'pipe.png: the file cannot be opened' effects -r "$folder/odd" -o "$folder/odd-page"
 
     # A signal in the middle of writing: the one for files that grow too large comes at a sure moment.
     mkdir "$folder/ended"
     (ulimit -c 0 -f 8; "$pixkit" convert samples/pictures/lantern.png "$folder/ended/out.bmp"; :) &>/dev/null
     command=(find "$folder/ended" -name '~*')
-    "${command[@]}" | grep . && echo "FAILED: a draft was left behind" && failed=$((failed + 1))
+    "${command[@]}" | grep . && fail "a draft was left behind"
 
     # Interrupted at a sure moment, while it waits for a pipe, a run leaves what it has done, and the next does the rest.
     mkfifo "$folder/wait"
@@ -109,14 +152,34 @@ if [ ${#command[@]} = 1 ]; then
     # On a full disk files stay what they were, and nothing is left of new ones. Who may not mount one goes without.
     mkdir "$folder/disk"
     if mount -t tmpfs -o size=64k none "$folder/disk" 2>/dev/null; then
-        echo old >"$folder/disk/old.bmp"
+        cd "$folder/disk" || exit 2
+        samples=$OLDPWD/samples/pictures
+        pixkit=$(cd "$OLDPWD" && realpath "$pixkit")
+        echo old >old.bmp
         command=("$pixkit")
         for target in old.bmp new.bmp; do
-            check 1 "$target: the disk is full" convert samples/pictures/lantern.png "$folder/disk/$target" --overwrite
+            check 1 "$target: the disk is full" convert "$samples/lantern.png" $target --overwrite
         done
-        command=(bash -c 'ls -A "$1"; cat "$1/old.bmp"; umount "$1"' ls)
-        check 0 '^old$' "$folder/disk"
-        grep -c . "$folder/said" | grep -qx 2 || { echo "FAILED: something was left on a full disk"; failed=$((failed + 1)); }
+        check 1 "sheet.bmp: the disk is full" sheet -o sheet.bmp --index sheet.json "$samples/lantern.png"
+        command=(bash -c '"$0" "$@"; echo $? $(find page -name "~*" -o -size 0 -type f)' "$pixkit")
+        check 0 "png: the disk is full" effects -o page "$samples/lantern.png"
+        grep -qx 1 "$folder/said" || fail "something was left of effects on a full disk"
+        rm -r page
+        check 0 ": the disk is full" gallery -o page "$samples" -r --overwrite
+        grep -qx 1 "$folder/said" || fail "something was left of a gallery on a full disk"
+        rm -r page
+        # By those that bring results to the disk beside the work.
+        told='import json, sys; told = json.load(sys.stdin); print(len({each["status"] for each in told}), *told, sep="\n")'
+        command=(bash -c '"$0" convert "$1" out -r --jobs 4 --to bmp --json 2>/dev/null | python3 -c "$2"; find out -type f | wc -l' "$pixkit")
+        check 0 "'failed', 'reason': '.*: the disk is full'" "$samples" "$told"
+        [ "$(grep -c "'done'" "$folder/said")" = "$(tail -n 1 "$folder/said")" ] || fail "not all that is told is on a full disk"
+        rm -r out
+        command=(bash -c 'ls -A; cat old.bmp' ls)
+        check 0 '^old$'
+        grep -c . "$folder/said" | grep -qx 2 || fail "something was left on a full disk"
+        cd "$OLDPWD" && umount "$folder/disk"
+    else
+        skip "no disk can be mounted that gets full"
     fi
 
     # What cannot be read, or is no file, and names that no terminal shows.
@@ -130,11 +193,14 @@ if [ ${#command[@]} = 1 ]; then
     chmod 755 "$folder" && cp "$alpha" "$pixkit" "$folder" && cd "$folder" || exit 2
     mkdir closed && touch closed/a.bmp private.bmp real.bmp && ln -s real.bmp link.bmp
     chmod 555 closed && chmod 666 closed/a.bmp && chmod 600 private.bmp && chmod 444 real.bmp
+    mkdir shut && cp alpha.png secret.png && chmod 000 shut secret.png
     command=(./pixkit)
     check 0 "link.bmp" convert alpha.png link.bmp --overwrite
     [ "$(id -u)" != 0 ] || { chown nobody private.bmp && command=(setpriv --reuid=nobody --clear-groups ./pixkit); }
     check 0 "a.bmp" convert alpha.png closed/a.bmp --overwrite
     check 1 "b.bmp: the folder takes no new file" convert alpha.png closed/b.bmp
+    check 1 "^pixkit info: secret.png: the system denies access" info alpha.png secret.png
+    check 1 "^pixkit convert: shut: the folder cannot be read: Permission denied" convert -r shut alpha.png .
     [ "$(id -u)" != 0 ] || command=(./pixkit)
     owner=$(stat -c %U private.bmp)
     check 0 "private.bmp" convert alpha.png private.bmp --overwrite
@@ -142,7 +208,7 @@ if [ ${#command[@]} = 1 ]; then
     check 0 "^private.bmp 600 $owner" private.bmp
     check 0 "^real.bmp 444 .* regular file" real.bmp
     check 0 "^link.bmp .* symbolic link" link.bmp
-    chmod 755 closed && cd "$OLDPWD" || exit 2
+    chmod 755 closed shut && cd "$OLDPWD" || exit 2
 
     for answer in no yes; do
         echo old >"$folder/a.bmp"
@@ -157,5 +223,5 @@ elif [[ ${command[-1]} = *.exe ]]; then
     cd "$OLDPWD" || exit 2
 fi
 
-echo "$passed passed, $failed failed"
+echo "$passed passed, $failed failed$([ $skipped = 0 ] || echo ", $skipped skipped")"
 [ "$failed" = 0 ]
