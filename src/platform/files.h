@@ -3,7 +3,6 @@
 // and are the same as ...W on the portable side.
 #pragma once
 #include "platform/handle.h"
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -72,7 +71,9 @@ bool DeleteFileA(const std::string& name) noexcept;
 // What tells a file, under all its names, from the others that are there.
 struct FileIdentity {
     std::uint64_t device, number;
-    auto operator<=>(const FileIdentity&) const = default;
+    bool operator<(const FileIdentity& other) const noexcept {
+        return device != other.device ? device < other.device : number < other.number;
+    }
 };
 // Nothing where no file of that name is there, or its system does not say.
 std::optional<FileIdentity> identityOf(const std::string& name) noexcept;
