@@ -122,10 +122,10 @@ void addCompose(CLI::App& app, ComposeRequest& request) {
 
 // Of a file or folder. One without a name is that of a variable which is not set, and no option that is not given.
 CLI::Option* addName(CLI::App& sub, const char* option, std::string& name, const char* type, const char* help) {
-    const auto take = [&sub, &name, option](const std::string& given) {
+    const std::string_view longName = std::string_view(option).substr(std::string_view(option).find("--"));
+    const auto take = [&name, longName](const std::string& given) {
         if (given.empty())
-            throw UsageError(sub.get_option(option)->get_name() +
-                             ": the name is empty, as of a variable that is not set");
+            throw UsageError(std::string(longName) + ": the name is empty, as of a variable that is not set");
         name = given;
     };
     return sub.add_option_function<std::string>(option, take, help)->type_name(type)->default_str(name);
