@@ -106,7 +106,8 @@ Target Destination::targetFor(const Input& input) const {
 // have been replaced since, by its own result.
 void Destination::refuseInput(const Target& target, const Input& input) const {
     const auto identity = m_inputs.empty() ? std::nullopt : platform::identityOf(target.name);
-    const auto other = identity ? m_inputs.find(*identity) : m_inputs.end();
+    if (!identity) return;
+    const auto other = m_inputs.find(*identity);
     std::error_code error;
     if (other == m_inputs.end() || other->second == input.name ||
         fs::equivalent(toPath(input.name), target.path(), error) ||
