@@ -152,6 +152,7 @@ class Test:
     def check_keys(self, count):
         state = """const viewer = document.querySelector('#viewer'), pair = viewer.querySelector('.pair');
             await document.querySelector('#picture').decode().catch(() => 0);
+            await new Promise(requestAnimationFrame); // a dialog tells in a turn of its own that it is closed
             return [viewer.open, document.querySelector('.bar b').textContent, pair.clientWidth, pair.className,
                 document.querySelector('#picture').style.clipPath != '', document.activeElement.href]"""
         look = lambda: self.browser.do(state)
