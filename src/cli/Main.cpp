@@ -5,6 +5,7 @@
 
 int main(int argc, char** argv) {
     using namespace pixkit;
+    platform::occupyStandardStreams();
     const platform::Utf8Console utf8Console;
     platform::setGdiplusProvider([] { return platform::GdiplusApi(); }); // none: the same bytes on every system
     cli::Console console{std::cin, std::cout, std::cerr, platform::isTerminal(platform::StandardStream::input),

@@ -16,6 +16,11 @@ enum class StandardStream : std::uint8_t { input = 0, output = 1, error = 2 };
 // Whether a person is at the other end, not a file or a pipe.
 bool isTerminal(StandardStream stream) noexcept;
 
+// Takes the places of standard streams that the program was started without: a file would get them, and whatever is
+// said would be written into it. Reading from and writing to them fails, as without. To be called before anything is
+// opened; nothing to do on Windows, where the language's own streams keep their places.
+void occupyStandardStreams() noexcept;
+
 // From now on a standard stream carries bytes as they are, not lines; nothing to do on the portable side.
 void useBytes(StandardStream stream) noexcept;
 

@@ -81,6 +81,12 @@ if [ ${#command[@]} = 1 ]; then
     command=(bash -c '"$0" convert samples/pictures/*.png "$1" --to bmp --quiet | :; ls "$1"' "$pixkit")
     check 0 "lantern.bmp" "$folder/unread"
 
+    # What has no standard streams gets no file in their place.
+    command=(bash -c '"$0" sheet "$1" -o - --to png --index "$2" >&-; code=$?; ls "$2" 2>&1; exit $code' "$pixkit")
+    check 1 "index.json': No such file" $alpha "$folder/index.json"
+    command=(bash -c '"$0" "$@" <&-' "$pixkit")
+    check 1 "nothing came through the pipe" convert - "$folder/nothing.png"
+
     # What is made of the options is what the programs that read it take.
     "$pixkit" help bash >"$folder/completions" && "$pixkit" help man >"$folder/pixkit.1"
     command=(bash -c '. "$0"; COMP_WORDS=(pixkit "$@"); COMP_CWORD=$#; _pixkit; echo "${COMPREPLY[@]}"' "$folder/completions")

@@ -1,4 +1,5 @@
 #include "platform/console.h"
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace pixkit::platform {
@@ -10,6 +11,13 @@ std::vector<std::string> commandLineArguments(int argc, const char* const* argv)
 
 bool isTerminal(StandardStream stream) noexcept {
     return isatty(static_cast<int>(stream)) != 0;
+}
+
+void occupyStandardStreams() noexcept {
+    // Each gets the lowest number that is free. A folder is there on every system, and by its path alone it can be
+    // neither read nor written.
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream)
+        if (fcntl(stream, F_GETFD) < 0) open("/", O_PATH);
 }
 
 void useBytes(StandardStream /*stream*/) noexcept {}

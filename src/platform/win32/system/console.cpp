@@ -58,6 +58,8 @@ bool isTerminal(StandardStream stream) noexcept {
     return GetConsoleMode(GetStdHandle(names[static_cast<int>(stream)]), &mode) != FALSE;
 }
 
+void occupyStandardStreams() noexcept {}
+
 void useBytes(StandardStream stream) noexcept {
     _setmode(static_cast<int>(stream), _O_BINARY);
 }
