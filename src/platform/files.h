@@ -81,7 +81,8 @@ std::optional<FileIdentity> identityOf(const std::string& name) noexcept;
 // --- Files that are written to take the place of others
 
 // The file that a symbolic link leads to, through any number of links, whether it is there or not; of what is no link
-// the name itself. Empty on failure: links in a circle, or one that the system does not follow.
+// the name itself. Empty on failure: links in a circle, or one that the system does not follow, or, on the portable
+// side, a stranger's in a folder that all may write to.
 std::string GetFinalPathNameW(const std::string& name) noexcept;
 std::string GetFinalPathNameA(const std::string& name) noexcept;
 

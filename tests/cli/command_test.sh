@@ -214,6 +214,35 @@ if [ ${#command[@]} = 1 ]; then
     check 0 "^private.bmp 600 $owner" private.bmp
     check 0 "^real.bmp 444 .* regular file" real.bmp
     check 0 "^link.bmp .* symbolic link" link.bmp
+    # Its attributes and access list stay, too, where the file system has them.
+    attributes='import os, struct, sys
+acl = struct.pack("<I" + "HHI" * 5, 2, 1, 6, 2**32 - 1, 2, 4, 1234, 4, 4, 2**32 - 1, 16, 4, 2**32 - 1, 32, 0, 2**32 - 1)
+wanted = {"user.note": b"of mine", "system.posix_acl_access": acl}
+for name, value in wanted.items() if sys.argv[1:] else ():
+    try: os.setxattr("private.bmp", name, value)
+    except OSError: print("without")
+print(*sorted(name for name in wanted if name in os.listxattr("private.bmp") and os.getxattr("private.bmp", name) == wanted[name]))'
+    before=$(python3 -c "$attributes" set)
+    command=(./pixkit)
+    check 0 "private.bmp" convert alpha.png private.bmp --overwrite
+    command=(python3 -c "$attributes")
+    check 0 "^${before##*$'\n'}\$"
+    # In a folder that all may write to only one's own links, and those of the folder's owner, lead anywhere.
+    if [ "$(id -u)" = 0 ]; then
+        mkdir -m 1777 shared && echo kept >victim.bmp && ln -s ../victim.bmp shared/a.bmp && ln -s ../none.bmp shared/b.bmp
+        chown -h nobody shared/?.bmp && ln -s ../real.bmp shared/own.bmp
+        command=(./pixkit)
+        check 1 "a.bmp: the system denies access to it" convert alpha.png shared/a.bmp --overwrite
+        check 1 "b.bmp: the system denies access to it" convert alpha.png shared/b.bmp --overwrite
+        check 0 "own.bmp" convert alpha.png shared/own.bmp --overwrite
+        command=(bash -c 'cat victim.bmp; ls none.bmp 2>&1')
+        check 2 '^kept$'
+    fi
+    # No library is taken from where the pictures lie.
+    cp "$OLDPWD/samples/pictures/landscape.png" . && ./pixkit convert landscape.png a.jpg --quiet
+    echo nothing | tee libturbojpeg.so.0 libz.so.1 >libstdc++.so.6
+    command=(./pixkit)
+    check 0 "a.jpg -> " convert a.jpg a.bmp --overwrite
     chmod 755 closed shut && cd "$OLDPWD" || exit 2
 
     for answer in no yes; do

@@ -1,6 +1,7 @@
 #include "platform/portable/system/FileStanding.h"
 #include "platform/files.h"
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
@@ -12,6 +13,32 @@
 namespace pixkit::platform {
 
 namespace {
+
+// What is open by its name alone, to be looked at; its contents stay closed. -1 where it cannot be.
+class Place {
+  public:
+    explicit Place(int descriptor) noexcept : m_descriptor(descriptor) {}
+    ~Place() {
+        const int reason = errno;
+        if (m_descriptor >= 0) close(m_descriptor);
+        errno = reason;
+    }
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+    int get() const noexcept { return m_descriptor; }
+
+  private:
+    const int m_descriptor;
+};
+
+// In a folder that all may write to, and nobody may remove others' files from, a stranger can put a link where
+// somebody is going to write, who then replaces whatever file it leads to. Links of the caller and of the folder's
+// owner lead nobody astray. Kernels may have this rule too (fs.protected_symlinks), but keep it only when they follow a
+// link themselves.
+bool mayFollow(const struct stat& link, const struct stat& folder) noexcept {
+    constexpr mode_t shared = S_ISVTX | S_IWOTH;
+    return (folder.st_mode & shared) != shared || link.st_uid == geteuid() || link.st_uid == folder.st_uid;
+}
 
 constexpr const char* accessList = "system.posix_acl_access";
 
@@ -59,17 +86,42 @@ bool takeOver(int descriptor, const std::string& name, const struct stat& old) {
     return ((made.st_mode ^ old.st_mode) & permissions) == 0 || fchmod(descriptor, old.st_mode & permissions) == 0;
 }
 
+std::optional<std::string> textOfLink(const std::string& name) {
+    struct stat folder {
+    }, link{};
+    const auto refusedFor = [](int reason) {
+        errno = reason;
+        return std::nullopt;
+    };
+    // One link in one folder is looked at, judged and read, whatever takes its name meanwhile.
+    const Place in(open(folderOf(name).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    if (in.get() < 0) return {};
+    const Place at(openat(in.get(), name.c_str() + folderLength(name), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    if (at.get() < 0 || fstat(in.get(), &folder) != 0 || fstat(at.get(), &link) != 0) return {};
+    if (!S_ISLNK(link.st_mode)) return refusedFor(EINVAL);
+    if (!mayFollow(link, folder)) return refusedFor(EACCES);
+    std::string text(PATH_MAX, '\0');
+    const ssize_t length = readlinkat(at.get(), "", text.data(), text.size());
+    if (length < 0) return {};
+    if (length == PATH_MAX) return refusedFor(ENAMETOOLONG);
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
 NameOfOpen nameOfOpen(int descriptor) noexcept {
     NameOfOpen name{};
     std::snprintf(name.text, sizeof name.text, "/proc/self/fd/%d", descriptor);
     return name;
 }
 
-void synchroniseFolderOf(const std::string& name) noexcept {
+std::string folderOf(const std::string& name) {
     const std::size_t length = folderLength(name);
+    return length == 0 ? std::string(".") : name.substr(0, length);
+}
+
+void synchroniseFolderOf(const std::string& name) noexcept {
     try {
-        const std::string folder = length == 0 ? std::string(".") : name.substr(0, length);
-        const int descriptor = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const int descriptor = open(folderOf(name).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (descriptor < 0) return;
         fsync(descriptor);
         close(descriptor);

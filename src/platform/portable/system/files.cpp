@@ -5,11 +5,11 @@
 #include "platform/portable/system/FileStanding.h"
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstdio>
 #include <fcntl.h>
 #include <memory>
 #include <new>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -231,24 +231,22 @@ std::string GetFinalPathNameW(const std::string& name) noexcept {
     }, found{};
     if (!isName(name)) return {};
     if (faultDue(SeamCall::getFinalPathName)) return failed(FileError::other, std::string());
-    // Whether the link may be followed is the kernel's to say: in folders that all may write to it does not follow
-    // those of strangers. One that leads nowhere yet may.
+    // What the kernel itself does not follow fails here; a link that leads nowhere yet may be followed.
     const bool isThere = stat(name.c_str(), &meant) == 0;
     if (!isThere && errno != ENOENT) return failed(std::string());
     try {
-        std::string path = name, target(PATH_MAX, '\0');
+        std::string path = name;
         for (int links = 0; links < mostLinks; ++links) {
-            const ssize_t length = readlink(path.c_str(), target.data(), target.size());
-            if (length >= static_cast<ssize_t>(target.size())) return failed(FileError::badName, std::string());
-            if (length < 0) {
+            const std::optional<std::string> next = textOfLink(path);
+            if (!next) {
+                if (errno != EINVAL && errno != ENOENT) return failed(std::string());
                 if (!isThere) return path;
                 const bool isSame =
                     lstat(path.c_str(), &found) == 0 && found.st_dev == meant.st_dev && found.st_ino == meant.st_ino;
                 return isSame ? path : failed(FileError::other, std::string());
             }
-            const std::string next = target.substr(0, static_cast<std::size_t>(length));
-            path.resize(next.starts_with('/') ? 0 : folderLength(path));
-            path += next;
+            path.resize(next->starts_with('/') ? 0 : folderLength(path));
+            path += *next;
         }
         return failed(FileError::circle, std::string());
     } catch (const std::bad_alloc&) {
@@ -262,7 +260,7 @@ namespace {
 // where the file system has none, or names cannot be given.
 int openUnnamed(const std::string& folder, mode_t mode) noexcept {
     if (faultDue(SeamCall::vanishingDraft)) return -1;
-    const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, mode);
+    const int descriptor = open(folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, mode);
     if (descriptor < 0 || access(nameOfOpen(descriptor).text, F_OK) == 0) return descriptor;
     close(descriptor);
     return -1;
@@ -281,7 +279,7 @@ Handle CreateDraftW(const std::string& draft, const std::string& target) noexcep
     if (isReplacing && !isReplaceable(old)) return failed(FileError::irreplaceable, invalidHandle);
     const mode_t mode = isReplacing ? nobodyElses : asNewFiles;
     try {
-        int descriptor = openUnnamed(draft.substr(0, folderLength(draft)), mode);
+        int descriptor = openUnnamed(folderOf(draft), mode);
         const bool isUnnamed = descriptor >= 0;
         if (!isUnnamed) descriptor = open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
         if (descriptor < 0) return failed(invalidHandle);
