@@ -180,10 +180,19 @@ if [ ${#command[@]} = 1 ]; then
         check 0 "'failed', 'reason': '.*: the disk is full'" "$samples" "$told"
         [ "$(grep -c "'done'" "$folder/said")" = "$(tail -n 1 "$folder/said")" ] || fail "not all that is told is on a full disk"
         rm -r out
-        command=(bash -c 'ls -A; cat old.bmp' ls)
+        cd "$OLDPWD" || exit 2
+        "$pixkit" gallery $alpha -o "$folder/disk/page" --quiet && cp "$folder/disk/page/index.html" "$folder/before.html"
+        cat /dev/zero >"$folder/disk/page/rest" 2>/dev/null
+        command=("$pixkit")
+        check 1 "index.html: the disk is full" gallery $alpha -o "$folder/disk/page" --title Other
+        command=(bash -c 'cmp "$@" && echo same' cmp)
+        check 0 same "$folder/before.html" "$folder/disk/page/index.html"
+        rm -r "$folder/disk/page" && mount -o remount,ro "$folder/disk"
+        command=("$pixkit")
+        check 1 "old.bmp: the file system is read-only" convert $alpha "$folder/disk/old.bmp" --overwrite
+        command=(bash -c '(cd "$0" && ls -A && cat old.bmp) && umount "$0"' "$folder/disk")
         check 0 '^old$'
         grep -c . "$folder/said" | grep -qx 2 || fail "something was left on a full disk"
-        cd "$OLDPWD" && umount "$folder/disk"
     else
         skip "no disk can be mounted that gets full"
     fi
@@ -191,6 +200,9 @@ if [ ${#command[@]} = 1 ]; then
     # What cannot be read, or is no file, and names that no terminal shows.
     command=(timeout 10 "$pixkit")
     check 1 "/dev/zero: the file cannot be opened" info /dev/zero
+    command=(bash -c 'exec 3>&-; ulimit -n 4 && "$0" "$@"' "$pixkit")
+    check 1 "index.json: too many files are open" sheet $alpha -o "$folder/many.png" --index "$folder/index.json" --jobs 1
+    command=(timeout 10 "$pixkit")
     cp "$alpha" "$folder/"$'a\nb\xff.png'
     check 0 '/a.x0ab' convert "$folder/"$'a\nb\xff.png' "$folder/"$'a\nb\xff.bmp'
 

@@ -1,5 +1,7 @@
 #include "platform/files.h"
+#include "platform/faults.h"
 #include "support/Pictures.h"
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -94,6 +96,39 @@ TEST(PlatformFiles, ReplacingLosesAFileOrAnAttribute) {
     EXPECT_EQ(from.substr(0, folderLength(from)) + "from", from);
     EXPECT_EQ(folderLength("from"), 0U);
     EXPECT_EQ(contentOf(make(from, "x")), "x") << "what was there is still there";
+}
+
+TEST(PlatformFiles, ADraftGoesWhereALinkOfItsNameLeads) {
+    const TemporaryFolder folder;
+    const std::string other = make(folder.name(u8"other")), link = folder.name(u8"link"), to = folder.name(u8"to");
+    for (const char* const end : {"other", "nowhere"}) {
+        std::error_code noLinks;
+        std::filesystem::create_symlink(end, folder.path(u8"link"), noLinks);
+        if (noLinks) GTEST_SKIP() << "no links can be made here";
+        for (const int vanishing : {0, -1}) {
+            armFault(SeamCall::vanishingDraft, 0, vanishing);
+            const UniqueFile draft(CreateDraftW(link, to));
+            EXPECT_FALSE(draft && KeepDraft(draft.get(), link));
+            disarmFaults();
+        }
+        EXPECT_EQ(contentOf(other), "content");
+        EXPECT_FALSE(std::filesystem::exists(folder.path(u8"nowhere")));
+        EXPECT_TRUE(std::filesystem::remove(folder.path(u8"link")));
+    }
+}
+
+TEST(PlatformFiles, AnEndedProcessLeavesItsDraft) {
+    // Where the process begins anew to be ended, it finds the folder by this name alone.
+    const auto folder = std::filesystem::temp_directory_path() / "pixkit.ended";
+    std::filesystem::create_directories(folder);
+    const auto write = [&] {
+        const Handle draft = CreateDraftW((folder / "draft").string(), (folder / "target").string());
+        std::uint32_t done = 0;
+        std::_Exit(WriteFile(draft, "bytes", 5, done) && done == 5 ? 7 : 8);
+    };
+    EXPECT_EXIT(write(), testing::ExitedWithCode(7), "");
+    EXPECT_TRUE(std::filesystem::is_empty(folder));
+    std::filesystem::remove_all(folder);
 }
 
 TEST(PlatformFiles, ReadingMovesOnAndStopsAtTheEnd) {
