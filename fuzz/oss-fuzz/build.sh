@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Builds the fuzz targets as services that fuzz want them: compilers, options and engine come from the environment, what
 # runs goes to $OUT, with seeds and a dictionary for each target. Nothing else than the C++ library is linked: peers that
-# give verdicts of their own are left to scripts/fuzz.sh.
+# give verdicts of their own are left to scripts/fuzz.sh. For the memory sanitizer nothing is left out, other than there: the
+# service brings a C++ library that was built with it.
 # The service runs a copy of this file, which lies beside the project.
 [ -d "${SRC:-}/pixkit" ] && cd "$SRC/pixkit" || cd "$(dirname "$(readlink -f "$0")")/../.."
 
