@@ -88,8 +88,9 @@ std::string GetFinalPathNameA(const std::string& name) noexcept;
 
 // Creates a file of a new name for writing, which is to take the place of `target` in the same folder. invalidHandle on
 // failure, and where the target cannot be replaced without losing what it is: it has several names (hard links), or, on
-// the portable side, an owner or extended attributes that the draft cannot have. There the draft is nobody else's from
-// its first byte: it has the target's owner, mode, access list and attributes. Without a target it is as any new file.
+// the portable side, an owner or extended attributes that the draft cannot have. The draft is nobody else's from its
+// first byte: it has the target's access list, on the portable side its owner, mode and attributes too. Without a
+// target it is as any new file.
 //
 // Until KeepDraft a draft goes with its handle and with the process, however that ends, where the file system can do
 // so; elsewhere it has to be deleted.

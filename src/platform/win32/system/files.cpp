@@ -2,7 +2,7 @@
 #include "platform/faults.h"
 #include "platform/win32/system/names.h"
 #include <new>
-#include <optional>
+#include <vector>
 #include <windows.h>
 
 namespace pixkit::platform {
@@ -257,20 +257,43 @@ bool hasSeveralNames(const wchar_t* name) noexcept {
            information.nNumberOfLinks > 1;
 }
 
+// The access list of a file, for one that is to take its place: nothing of what is not there, or where lists are not
+// kept. False when there is one that may not be read.
+bool readAccessList(const wchar_t* name, std::vector<std::uint8_t>& descriptor) {
+    DWORD size = 0;
+    while (::GetFileSecurityW(name, DACL_SECURITY_INFORMATION, descriptor.data(), size, &size) == FALSE) {
+        if (::GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
+            descriptor.clear();
+            return ::GetLastError() != ERROR_ACCESS_DENIED;
+        }
+        descriptor.resize(size);
+    }
+    return true;
+}
+
+HANDLE createDraft(const wchar_t* draft, const wchar_t* target) {
+    std::vector<std::uint8_t> descriptor;
+    if (hasSeveralNames(target)) return failed(ERROR_TOO_MANY_LINKS, INVALID_HANDLE_VALUE);
+    if (!readAccessList(target, descriptor)) return INVALID_HANDLE_VALUE;
+    SECURITY_ATTRIBUTES security{sizeof security, descriptor.data(), FALSE};
+    // Exactly this list: what files of the folder get besides may allow more.
+    if (!descriptor.empty())
+        reinterpret_cast<SECURITY_DESCRIPTOR_RELATIVE*>(descriptor.data())->Control |= SE_DACL_PROTECTED;
+    // Nobody else can open it before it is complete.
+    const HANDLE file = ::CreateFileW(draft, GENERIC_WRITE | DELETE, 0, descriptor.empty() ? nullptr : &security,
+                                      CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file != INVALID_HANDLE_VALUE && !faultDue(SeamCall::vanishingDraft)) setVanishing(file, true);
+    return file;
+}
+
 } // namespace
 
 Handle CreateDraftW(const std::string& draft, const std::string& target) noexcept {
     if (isFaulty(SeamCall::createDraft)) return invalidHandle;
-    const auto areSeveral = withWideName(target, std::optional<bool>(),
-                                         [](const wchar_t* wide) { return std::optional(hasSeveralNames(wide)); });
-    if (!areSeveral) return invalidHandle; // nobody can tell: a draft would part them
-    if (*areSeveral) return failed(ERROR_TOO_MANY_LINKS, invalidHandle);
-    return withWideName(draft, invalidHandle, [](const wchar_t* wide) {
-        // Nobody else can open it before it is complete.
-        const HANDLE file =
-            ::CreateFileW(wide, GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-        if (file != INVALID_HANDLE_VALUE && !faultDue(SeamCall::vanishingDraft)) setVanishing(file, true);
-        return reinterpret_cast<Handle>(file);
+    return withWideName(draft, invalidHandle, [&](const wchar_t* wideDraft) {
+        return withWideName(target, invalidHandle, [&](const wchar_t* wideTarget) {
+            return reinterpret_cast<Handle>(createDraft(wideDraft, wideTarget));
+        });
     });
 }
 
