@@ -139,6 +139,45 @@ TEST(Surroundings, WithoutAnyZlibPicturesStillLoad) {
     EXPECT_TRUE(loadPng(sheet.get()));
 }
 
+// As systems that know nothing of searches that leave folders out.
+HMODULE WINAPI loadAsBefore(const wchar_t* name, HANDLE reserved, DWORD flags) {
+    constexpr DWORD searches = 0x1F00;
+    if ((flags & searches) == 0) return ::LoadLibraryExW(name, reserved, flags);
+    ::SetLastError(ERROR_INVALID_PARAMETER);
+    return nullptr;
+}
+
+TEST(Surroundings, APlantedLibraryTakesTheSystemsPlace) {
+    const auto elsewhere = programFolder() / "zlib-planted";
+    std::vector<std::filesystem::path> planted;
+    for (const auto& folder : {programFolder(), elsewhere})
+        for (const char* name : {"gdiplus.dll", "usp10.dll"})
+            planted.push_back(folder / name);
+    const CurrentFolder current(elsewhere);
+    bool isEnabled[3]; // the last with nothing planted
+    for (int round = 0; round < 3; ++round) {
+        for (const auto& library : planted)
+            EXPECT_TRUE(round < 2 ? ::CopyFileW(L"zlib.dll", library.c_str(), FALSE) : ::DeleteFileW(library.c_str()));
+        const Server server;
+        const ImageFile image(server.module());
+        const int replaced =
+            round == 1 ? image.replaceImport("LoadLibraryExW", reinterpret_cast<void*>(&loadAsBefore)) : 1;
+        EXPECT_EQ(replaced, 1);
+        ComPtr<_cPixSheet> sheet;
+        *sheet.put() = server.create();
+        isEnabled[round] = isTrue(sheet.get(), L"isGDIplusEnabled");
+        LONG width = 0, height = 0;
+        VARIANT_BOOL isMeasured = VARIANT_FALSE;
+        const auto font = reinterpret_cast<LONG_PTR>(::GetStockObject(DEFAULT_GUI_FONT));
+        sheet->MeasureText_hFont(font, text(L"Words").bstrVal, &width, &height, 0, VARIANT_FALSE, ::txtLeft,
+                                 &isMeasured);
+        EXPECT_EQ(isMeasured, VARIANT_TRUE);
+        for (const auto& library : planted)
+            EXPECT_EQ(::GetModuleHandleW(library.c_str()), nullptr) << library << " in round " << round;
+    }
+    EXPECT_TRUE(isEnabled[0] == isEnabled[2] && isEnabled[1] == isEnabled[2]);
+}
+
 // The members of a host's global object.
 HRESULT loadPicture(const DISPPARAMS& arguments, VARIANT& result) {
     EXPECT_EQ(arguments.rgvarg[1].lVal, 101);
