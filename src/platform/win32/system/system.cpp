@@ -1,7 +1,6 @@
 #include "platform/system.h"
 #include "platform/faults.h"
 #include <cstddef>
-#include <cstring>
 #include <windows.h>
 
 // RtlGenRandom, as advapi32 exports it.
@@ -41,8 +40,7 @@ bool isUnderLoaderLock() noexcept {
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"ntdll.dll"), "RtlGetCurrentPeb")));
     const std::byte* const block = getBlock != nullptr ? getBlock() : nullptr;
     if (block == nullptr) return false;
-    const CRITICAL_SECTION* lock = nullptr;
-    std::memcpy(&lock, block + place, sizeof(void*));
+    const auto* const lock = *static_cast<const CRITICAL_SECTION* const*>(static_cast<const void*>(block + place));
     return lock != nullptr && reinterpret_cast<ULONG_PTR>(lock->OwningThread) == ::GetCurrentThreadId();
 }
 
