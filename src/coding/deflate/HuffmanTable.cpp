@@ -35,7 +35,7 @@ constexpr auto distanceMeanings = []() {
 constexpr auto codeLengthMeanings = []() {
     std::array<Entry, codeLengthSymbols> meanings{};
     for (unsigned symbol = 0; symbol < codeLengthSymbols; ++symbol)
-        meanings[symbol] = meaning(symbol, 0);
+        meanings[symbol] = meaning(symbol, repeatExtraBits(symbol));
     return meanings;
 }();
 

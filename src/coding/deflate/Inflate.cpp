@@ -26,7 +26,10 @@ constexpr std::size_t longestHead = 640;
 // where pieces may follow, of which nobody knows how much they hold.
 constexpr std::size_t joiningPays = 8192;
 
-// Takes the extra bits of a length or distance, which stand behind its code, and drops both.
+// A code of the code length alphabet and the bits behind it have this many at most.
+constexpr unsigned longestLengthCode = codeLengthTableBits + repeatExtraBits(manyZeros);
+
+// Takes the extra bits of a symbol, which stand behind its code, and drops both.
 inline std::size_t takeExtra(BitReader& reader, Entry entry) noexcept {
     const BitReader::Word bits = reader.peek() & ((BitReader::Word{1} << dropBits(entry)) - 1);
     reader.drop(entry);
@@ -261,24 +264,26 @@ Step Inflater::readCodes() noexcept {
     return Step::goOn;
 }
 
+// The lengths have to be 0 before.
 Step Inflater::readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengths, unsigned count) noexcept {
+    BitReader reader = m_reader; // lengths that are stored could change the member for all the compiler knows
     for (unsigned have = 0; have < count;) {
-        Entry entry;
-        const Step step = decodeEntry(table, entry);
-        if (step != Step::goOn) return step;
+        if (reader.count() < longestLengthCode) reader.refill();
+        const Entry entry = table.entries[reader.peek() & CodeLengthTable::mask];
+        if (reader.count() < dropBits(entry)) return Step::inputEnded;
         const unsigned symbol = baseOf(entry);
         if (symbol < repeatLast) {
             lengths[have++] = static_cast<std::uint8_t>(symbol);
+            reader.drop(entry);
             continue;
         }
-        unsigned repeat;
-        if (!m_reader.take(repeatExtraBits(symbol), repeat)) return Step::inputEnded;
-        repeat += fewestRepeats(symbol);
+        const unsigned repeat = fewestRepeats(symbol) + static_cast<unsigned>(takeExtra(reader, entry));
         if (symbol == repeatLast && have == 0) return Step::damaged;
         if (repeat > count - have) return Step::damaged;
-        std::memset(lengths + have, symbol == repeatLast ? lengths[have - 1] : 0, repeat);
+        if (symbol == repeatLast) std::fill_n(lengths + have, repeat, lengths[have - 1]);
         have += repeat;
     }
+    m_reader = reader;
     return Step::goOn;
 }
 
