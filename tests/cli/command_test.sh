@@ -200,8 +200,12 @@ if [ ${#command[@]} = 1 ]; then
     # What cannot be read, or is no file, and names that no terminal shows.
     command=(timeout 10 "$pixkit")
     check 1 "/dev/zero: the file cannot be opened" info /dev/zero
-    command=(bash -c 'exec 3>&-; ulimit -n 4 && "$0" "$@"' "$pixkit")
-    check 1 "index.json: too many files are open" sheet $alpha -o "$folder/many.png" --index "$folder/index.json" --jobs 1
+    if grep -qa __ubsan_ "$pixkit"; then
+        skip "the sanitizers open pipes of their own, for which there must be room"
+    else
+        command=(bash -c 'exec 3>&-; ulimit -n 4 && "$0" "$@"' "$pixkit")
+        check 1 "index.json: too many files are open" sheet $alpha -o "$folder/many.png" --index "$folder/index.json" --jobs 1
+    fi
     command=(timeout 10 "$pixkit")
     cp "$alpha" "$folder/"$'a\nb\xff.png'
     check 0 '/a.x0ab' convert "$folder/"$'a\nb\xff.png' "$folder/"$'a\nb\xff.bmp'
