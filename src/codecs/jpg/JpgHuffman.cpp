@@ -1,5 +1,6 @@
 #include "codecs/jpg/JpgHuffman.h"
 #include <algorithm>
+#include <utility>
 
 namespace pixkit {
 
@@ -61,7 +62,7 @@ JpgHuffmanTable JpgHuffmanTable::make(std::span<const std::uint32_t, 256> freque
     for (std::size_t i = 0; i < frequencies.size(); ++i) {
         if (frequencies[i] > 0) occurring.push_back({frequencies[i], static_cast<std::uint8_t>(i)});
     }
-    std::ranges::stable_sort(occurring, std::ranges::less(), &Symbol::frequency);
+    std::ranges::sort(occurring, {}, [](const Symbol& symbol) { return std::pair(symbol.frequency, symbol.value); });
 
     JpgHuffmanTable table;
     if (occurring.empty()) return table;

@@ -87,10 +87,11 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
             // What all pixels would take; a picture has fewer than 2^29.
             const std::uint64_t bytes =
                 compressedSize(rows, forms[form], trialLevel) * pixels / tried + chunkBytes(forms[form]);
-            trials.push_back({{form, filter, static_cast<std::size_t>(bytes + bytes / 32)}, bytes});
+            // By their bytes; of equal ones the first stays in front.
+            trials.insert(std::ranges::upper_bound(trials, bytes, {}, &Trial::bytes),
+                          {{form, filter, static_cast<std::size_t>(bytes + bytes / 32)}, bytes});
         }
     }
-    std::ranges::stable_sort(trials, {}, &Trial::bytes);
     // The level itself may put those into another order that are close together.
     const bool isSmall = tried == pixels;
     const std::uint64_t close = trials.front().bytes + trials.front().bytes / (isSmall ? 32 : 128) + 24;
