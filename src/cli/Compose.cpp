@@ -129,7 +129,7 @@ int compose(const ComposeRequest& request, Console& console) {
     for (const ComposeLayer& layer : request.layers)
         files.push_back(layer.file);
     refuseTwice(files);
-    const ReportArray reports(request.reporting, 1, console);
+    const ReportArray reports(request.reporting.isJson, true, console);
     Result result{{}, target.name};
     result.reason = reasonToSkip(target, files, request);
     result.status = Result::Status::skipped;

@@ -114,11 +114,11 @@ int convert(const ConvertRequest& request, Console& console) {
         if (hasWork && !request.isDryRun) destination.prepare();
     } catch (const Failed& failure) {
         console.err << "pixkit convert: " << failure.what() << '\n';
-        const ReportArray nothing(request.reporting, 0, console);
+        const ReportArray nothing(request.reporting.isJson, false, console);
         return exitSomeFailed;
     }
     Conversion conversion(request, inputs, destination);
-    const ReportArray reports(request.reporting, inputs.size(), console);
+    const ReportArray reports(request.reporting.isJson, !inputs.empty(), console);
     runBatch(inputs.size(), request.jobs, console, [&](Piece& piece) { conversion.convert(piece); });
     return conversion.hasFailed() ? exitSomeFailed : exitOk;
 }

@@ -66,7 +66,7 @@ int GrowingPage::make(const std::vector<Input>& inputs, unsigned jobs, Console& 
         if (!m_options.isDryRun) prepare();
     });
     {
-        const ReportArray reports(m_options.reporting, isReady ? inputs.size() : 0, console);
+        const ReportArray reports(m_options.reporting.isJson, isReady && !inputs.empty(), console);
         if (isReady) runBatch(inputs.size(), jobs, console, work);
     }
     if (isReady && m_isEmpty) return hasFailed ? exitSomeFailed : exitOk;

@@ -4,6 +4,7 @@
 #include "cli/Files.h"
 #include "cli/Inputs.h"
 #include "cli/Names.h"
+#include "cli/Results.h"
 #include "cli/Saving.h"
 #include "cli/Streams.h"
 #include "cli/Text.h"
@@ -267,13 +268,12 @@ void print(std::ostream& out, const Facts& facts, const InfoRequest& request, bo
 
 int info(const InfoRequest& request, Console& console) {
     int exitCode = exitOk;
-    bool first = true;
     const auto fail = [&](const std::string& file, const std::string& problem) {
         console.err << "pixkit info: " << shownName(file) << ": " << problem << '\n';
         exitCode = exitSomeFailed;
     };
     const std::vector<Input> inputs = findInputs(request.files, request.recursive);
-    if (request.json) console.out << '[';
+    ReportArray reports(request.json, false, console);
     for (const Input& input : inputs) {
         std::string problem = input.problem;
         std::ostringstream text;
@@ -281,7 +281,7 @@ int info(const InfoRequest& request, Console& console) {
             forFile(input.name, [&] {
                 const auto facts =
                     problem.empty() ? factsOf(openSource(input.name, console.in), request, problem) : std::nullopt;
-                if (facts) print(text, *facts, request, first);
+                if (facts) print(text, *facts, request, !reports.hasResults());
                 if (!text) throw std::bad_alloc(); // streams take exceptions for themselves
             });
         } catch (const Failed& failure) {
@@ -289,12 +289,11 @@ int info(const InfoRequest& request, Console& console) {
         }
         if (problem.empty() && !text.view().empty()) {
             console.out << text.view();
-            first = false;
+            reports.noteResult();
         } else {
             fail(input.name, problem);
         }
     }
-    if (request.json) console.out << (first ? "]\n" : "\n]\n");
     return exitCode;
 }
 

@@ -73,14 +73,14 @@ void report(const Result& result, const Reporting& reporting, const char* comman
     }
 }
 
-ReportArray::ReportArray(const Reporting& reporting, std::size_t count, Console& console)
-    : m_reporting(reporting), m_count(count), m_console(console) {
-    if (reporting.isJson) console.out << '[';
+ReportArray::ReportArray(bool isJson, bool hasResults, Console& console)
+    : m_isJson(isJson), m_hasResults(hasResults), m_console(console) {
+    if (isJson) console.out << '[';
 }
 
 ReportArray::~ReportArray() {
     try {
-        if (m_reporting.isJson) m_console.out << (m_count == 0 ? "]\n" : "\n]\n");
+        if (m_isJson) m_console.out << (m_hasResults ? "\n]\n" : "]\n");
     } catch (const std::exception&) { // streams of other programs may throw; the command's do not
     }
 }

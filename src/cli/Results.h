@@ -34,14 +34,17 @@ void report(const Result& result, const Reporting& reporting, const char* comman
 // The array around results, where they are said as JSON: it ends however the work does.
 class ReportArray {
   public:
-    ReportArray(const Reporting& reporting, std::size_t count, Console& console);
+    ReportArray(bool isJson, bool hasResults, Console& console);
     ~ReportArray();
     ReportArray(const ReportArray&) = delete;
     ReportArray& operator=(const ReportArray&) = delete;
 
+    bool hasResults() const noexcept { return m_hasResults; }
+    void noteResult() noexcept { m_hasResults = true; }
+
   private:
-    const Reporting& m_reporting;
-    const std::size_t m_count;
+    const bool m_isJson;
+    bool m_hasResults;
     Console& m_console;
 };
 

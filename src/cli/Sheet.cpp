@@ -247,7 +247,7 @@ int sheet(const SheetRequest& request, Console& console) {
     checkSaving(request, target.name, target.format);
     if (!request.index.empty()) isCss(request.index); // refuses what is neither
     const std::vector<Input> inputs = findInputs(request.pictures, request.recursive);
-    const ReportArray reports(request.reporting, 1, console);
+    const ReportArray reports(request.reporting.isJson, true, console);
     Result result{{}, target.name, Result::Status::skipped};
     bool isWhole = succeeds(result, [&] { result.reason = reasonToKeep(request, target, inputs); });
     std::size_t results = 0;
