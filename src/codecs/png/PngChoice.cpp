@@ -4,6 +4,7 @@
 #include "coding/deflate/RunCompressor.h"
 #include <algorithm>
 #include <span>
+#include <utility>
 
 namespace pixkit {
 
@@ -71,6 +72,7 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
     struct Trial {
         PngChoice choice;
         std::uint64_t bytes;
+        std::size_t place;
     };
     std::vector<Trial> trials;
     std::vector<std::uint8_t> rows;
@@ -87,11 +89,10 @@ std::vector<PngChoice> pngChoices(ConstPixelView image, bool hasAlpha, const std
             // What all pixels would take; a picture has fewer than 2^29.
             const std::uint64_t bytes =
                 compressedSize(rows, forms[form], trialLevel) * pixels / tried + chunkBytes(forms[form]);
-            // By their bytes; of equal ones the first stays in front.
-            trials.insert(std::ranges::upper_bound(trials, bytes, {}, &Trial::bytes),
-                          {{form, filter, static_cast<std::size_t>(bytes + bytes / 32)}, bytes});
+            trials.push_back({{form, filter, static_cast<std::size_t>(bytes + bytes / 32)}, bytes, trials.size()});
         }
     }
+    std::ranges::sort(trials, {}, [](const Trial& trial) { return std::pair(trial.bytes, trial.place); });
     // The level itself may put those into another order that are close together.
     const bool isSmall = tried == pixels;
     const std::uint64_t close = trials.front().bytes + trials.front().bytes / (isSmall ? 32 : 128) + 24;
