@@ -9,14 +9,18 @@ constexpr std::size_t mostSteps = 8; // one palette in fifty has a colour so far
 
 } // namespace
 
+std::size_t ColorIndexes::slotOf(std::uint32_t color) const noexcept {
+    std::size_t slot = homeOf(color);
+    for (std::size_t step = 0; step < mostSteps; ++step, slot = (slot + 1) % slots)
+        if (!m_slots[slot].isUsed || m_slots[slot].color == color) return slot;
+    return slots;
+}
+
 // No slot is ever emptied: a colour for which there was no room in its place or the next ones is in none of them later,
 // either. It is among the far ones, of which pictures that are made for that have many: they are sorted.
 std::optional<std::uint8_t> ColorIndexes::findFromHome(std::uint32_t color) const noexcept {
-    std::size_t slot = homeOf(color);
-    for (std::size_t step = 0; step < mostSteps; ++step, slot = (slot + 1) % slots) {
-        if (!m_slots[slot].isUsed) return {};
-        if (m_slots[slot].color == color) return m_slots[slot].index;
-    }
+    const std::size_t slot = slotOf(color);
+    if (slot < slots) return m_slots[slot].isUsed ? std::optional(m_slots[slot].index) : std::nullopt;
     const std::size_t place = findFar(color);
     if (place == m_farCount || m_colors[m_far[place]] != color) return {};
     return m_far[place];
@@ -31,9 +35,8 @@ std::size_t ColorIndexes::findFar(std::uint32_t color) const noexcept {
 void ColorIndexes::put(std::uint32_t color) noexcept {
     const auto index = static_cast<std::uint8_t>(m_count);
     m_colors[m_count++] = color;
-    std::size_t slot = homeOf(color);
-    for (std::size_t step = 0; step < mostSteps; ++step, slot = (slot + 1) % slots) {
-        if (m_slots[slot].isUsed) continue;
+    const std::size_t slot = slotOf(color);
+    if (slot < slots) {
         m_slots[slot] = {color, true, index};
         return;
     }

@@ -50,6 +50,8 @@ class ColorIndexes {
     // Of its place and the next ones, and of the far ones. Not inline: most colours are in their places, and the code
     // that finds them there is quicker without this one in it.
     std::optional<std::uint8_t> findFromHome(std::uint32_t color) const noexcept;
+    // The slot where a colour is, or has to go; `slots` where it is among the far ones, or has to go there.
+    std::size_t slotOf(std::uint32_t color) const noexcept;
     // Where a colour is among the far ones, or has to go.
     std::size_t findFar(std::uint32_t color) const noexcept;
     void put(std::uint32_t color) noexcept;

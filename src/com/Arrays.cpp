@@ -212,7 +212,7 @@ bool replaceByStrings(SAFEARRAY** target, const std::vector<std::string>& texts)
     auto* element = static_cast<BSTR*>(filled->pvData);
     for (const std::string& text : texts) {
         *element = toBstr(text);
-        if (*element++ == nullptr) return false; // an empty string, it would be to callers
+        if (*element++ == nullptr) return false; // to callers it would be an empty string
     }
     return replace(target, filled.release());
 }

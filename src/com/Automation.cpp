@@ -41,7 +41,7 @@ BSTR toBstr(const std::string& utf8) {
     std::wstring wide;
     if (!platform::toUtf16(utf8, wide)) return nullptr;
     const BSTR text = ::SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
-    if (text == nullptr) throw std::bad_alloc(); // an empty string, it would be to callers
+    if (text == nullptr) throw std::bad_alloc(); // to callers it would be an empty string
     return text;
 }
 

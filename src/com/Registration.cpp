@@ -1,6 +1,7 @@
 #include "com/Registration.h"
 #include "com/module.h"
 #include "pixkit_com.h"
+#include "platform/win32/system/FileFacts.h"
 #include <olectl.h>
 #include <shlwapi.h>
 #include <string>
@@ -113,28 +114,16 @@ void removeTree(HKEY classes, const std::wstring& name, LSTATUS& status) {
     if (removed != ERROR_FILE_NOT_FOUND && status == ERROR_SUCCESS) status = removed;
 }
 
-// What a file is known by on its machine, under whatever name: short ones, links and drives may lead to it.
-struct FileIdentity {
-    explicit FileIdentity(const std::wstring& path) {
-        const HANDLE file = ::CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                          nullptr, OPEN_EXISTING, 0, nullptr);
-        if (file == INVALID_HANDLE_VALUE) return;
-        isKnown =
-            ::GetFileInformationByHandle(file, &facts) != FALSE && (facts.nFileIndexHigh | facts.nFileIndexLow) != 0;
-        ::CloseHandle(file);
-    }
-    bool operator==(const FileIdentity& other) const {
-        // Some systems number files beyond these 64 bits: then the rest tells two copies apart that came one after the
-        // other.
-        return isKnown && other.isKnown && facts.dwVolumeSerialNumber == other.facts.dwVolumeSerialNumber &&
-               facts.nFileIndexHigh == other.facts.nFileIndexHigh && facts.nFileIndexLow == other.facts.nFileIndexLow &&
-               facts.nFileSizeLow == other.facts.nFileSizeLow &&
-               ::CompareFileTime(&facts.ftLastWriteTime, &other.facts.ftLastWriteTime) == 0;
-    }
-
-    BY_HANDLE_FILE_INFORMATION facts{};
-    bool isKnown = false;
-};
+// Whether two paths lead to one file of the machine: short names, links and drives may do so.
+bool areOneFile(const std::wstring& path, const std::wstring& other) {
+    const auto one = platform::factsOfFile(path.c_str()), two = platform::factsOfFile(other.c_str());
+    if (!one || !two || (one->nFileIndexHigh | one->nFileIndexLow) == 0) return false;
+    // Some systems number files beyond these 64 bits: then the rest tells two copies apart that came one after the
+    // other.
+    return one->dwVolumeSerialNumber == two->dwVolumeSerialNumber && one->nFileIndexHigh == two->nFileIndexHigh &&
+           one->nFileIndexLow == two->nFileIndexLow && one->nFileSizeLow == two->nFileSizeLow &&
+           ::CompareFileTime(&one->ftLastWriteTime, &two->ftLastWriteTime) == 0;
+}
 
 // Whether nothing is at a path, though its drive is there, and not one that comes and goes.
 bool isGone(const std::wstring& path) {
@@ -152,8 +141,7 @@ bool namesAnother(HKEY classes, const std::wstring& key, const std::wstring& pat
     size = static_cast<DWORD>(found.size() * sizeof(wchar_t));
     if (::SHGetValueW(classes, key.c_str(), nullptr, nullptr, found.data(), &size) != ERROR_SUCCESS) return true;
     found.resize(::lstrlenW(found.c_str()));
-    return !found.empty() && ::_wcsicmp(found.c_str(), path.c_str()) != 0 &&
-           !(FileIdentity(found) == FileIdentity(path)) && !isGone(found);
+    return !found.empty() && ::_wcsicmp(found.c_str(), path.c_str()) != 0 && !areOneFile(found, path) && !isGone(found);
 }
 
 // Removes what the DLL at `path` has registered; without a path, whoever it was that did.

@@ -256,10 +256,17 @@ print(*sorted(name for name in wanted if name in os.listxattr("private.bmp") and
     fi
     # No library is taken from where the pictures lie. Builds for another word size may have none that reads JPEG.
     cp "$OLDPWD/samples/pictures/landscape.png" a.png && ./pixkit convert a.png a.jpg --quiet
-    ./pixkit convert a.jpg a.bmp --quiet 2>said && rm a.png
+    ./pixkit convert a.jpg a.bmp --quiet 2>jpeg.txt
+    reads_jpeg=$?
     echo nothing | tee libturbojpeg.so.0 libz.so.1 >libstdc++.so.6
     command=(./pixkit)
-    check 0 "a.... -> a.bmp" convert "$(ls a.png 2>/dev/null || echo a.jpg)" a.bmp --overwrite
+    check 0 "a.png -> a.bmp" convert a.png a.bmp --overwrite
+    if [ $reads_jpeg = 0 ]; then
+        check 0 "a.jpg -> a.bmp" convert a.jpg a.bmp --overwrite
+    else
+        grep -q "libturbojpeg.so.0 cannot be loaded" jpeg.txt || fail "a.jpg: $(cat jpeg.txt)"
+        skip "no libturbojpeg for this word size"
+    fi
     chmod 755 closed shut && cd "$OLDPWD" || exit 2
 
     for answer in no yes; do

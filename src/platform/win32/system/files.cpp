@@ -1,5 +1,6 @@
 #include "platform/files.h"
 #include "platform/faults.h"
+#include "platform/win32/system/FileFacts.h"
 #include "platform/win32/system/names.h"
 #include <new>
 #include <vector>
@@ -250,21 +251,19 @@ bool setVanishing(HANDLE file, bool isVanishing) noexcept {
 
 // What is not there, or cannot be looked at, has one name.
 bool hasSeveralNames(const wchar_t* name) noexcept {
-    const UniqueFile file(reinterpret_cast<Handle>(
-        ::CreateFileW(name, 0, shareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr)));
-    BY_HANDLE_FILE_INFORMATION information{};
-    return file && ::GetFileInformationByHandle(native(file.get()), &information) != FALSE &&
-           information.nNumberOfLinks > 1;
+    const auto facts = factsOfFile(name);
+    return facts && facts->nNumberOfLinks > 1;
 }
 
 // The access list of a file, for one that is to take its place: nothing of what is not there, or where lists are not
-// kept. False when there is one that may not be read.
+// kept. False when there is one that may not be read, or no memory for it: the draft would be more public.
 bool readAccessList(const wchar_t* name, std::vector<std::uint8_t>& descriptor) {
     DWORD size = 0;
     while (::GetFileSecurityW(name, DACL_SECURITY_INFORMATION, descriptor.data(), size, &size) == FALSE) {
         if (::GetLastError() != ERROR_INSUFFICIENT_BUFFER) {
+            const FileError error = GetLastError();
             descriptor.clear();
-            return ::GetLastError() != ERROR_ACCESS_DENIED;
+            return error != FileError::denied && error != FileError::noMemory;
         }
         descriptor.resize(size);
     }
