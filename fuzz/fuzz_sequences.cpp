@@ -134,7 +134,7 @@ struct Any {
 bool Stage::loadFile(const Any& a) {
     const ByteArray made = bytes();
     const Bytes copy(made.bytes().begin(), made.bytes().end());
-    const auto contents = [copy] { return copy.empty() ? throw 1 : copy; };
+    const auto contents = [copy](std::uint64_t) { return copy.empty() ? throw 1 : copy; };
     clipboard.contents = {{name()}, {"", contents}, {name()}};
     const std::int32_t index = input.byte() % 5;
     if (a) return sheet->LoadPicture_DropedFiles(clipboard.contents, index, a, a, a, a);

@@ -1,8 +1,8 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Checks the layout of every C++ file with clang-format, which rooms include which, says how much of the code is tests,
-# and looks for faults: in all of src with cppcheck, and in the files of a build with clang-tidy and, through it,
-# clang's static analyzer.
+# Checks the layout of every C++ file with clang-format, which rooms include which, and that the fuzz targets compile;
+# says how much of the code is tests; and looks for faults: in all of src with cppcheck, and in the files of a build with
+# clang-tidy and, through it, clang's static analyzer.
 #
 #   lint.sh BUILD-FOLDER          clang-tidy looks at what differs from the branch's origin (all in CI)
 #   lint.sh --all BUILD-FOLDER    at every file
@@ -71,6 +71,12 @@ if command -v doxygen >/dev/null; then
     scripts/reference.py --cxx "$folder" || { echo "lint: doxygen complains of a header"; failed=1; }
     rm -r "$folder"
 fi
+
+# Only clang builds the fuzz targets, and the tests do not.
+for target in fuzz/fuzz_*.cpp; do
+    g++ -std=c++20 -fsyntax-only -Wall -Wextra -Wno-unknown-pragmas -DPIXKIT_FUZZ_PEERS '-D__has_feature(x)=0' \
+        -Isrc -Iinclude -Itests "$target" || { echo "lint: $target is no program"; failed=1; }
+done
 
 # Every file says its licence, sources in a line of their own, and .reuse/dep5 for the rest.
 if git grep -L SPDX-License-Identifier -- '*.cpp' '*.h' '*.sh' '*.py' | grep .; then
