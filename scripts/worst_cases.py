@@ -201,7 +201,8 @@ def meeting(width, height):
     """256 colours that a multiplication by the golden ratio leads to one place, then the last alone, from either end on."""
     colors = [color for color in range(1 << 20) if color * 0x9E3779B1 >> 22 & 1023 == 7][:256]
     all_of_them = bytes(range(256)) + b"\xff" * (width - 256)
-    return bmp(width, height, 8, 0, all_of_them + b"\xff" * (width * (height - 2)) + all_of_them, b"".join(struct.pack("<I", color) for color in colors))
+    return bmp(width, height, 8, 0, all_of_them + b"\xff" * (width * (height - 2)) + all_of_them,
+               b"".join(struct.pack("<I", color) for color in colors))
 
 
 def half_clear(width, height):
