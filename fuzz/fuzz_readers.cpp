@@ -9,10 +9,33 @@
 
 namespace {
 
-// How a load asks for an image of an icon.
+// How a load asks for an image of an icon, and how many pixels it allows.
 struct Wish {
     std::int32_t size, depth;
+    double most;
 };
+
+std::optional<PictureFacts> factsOf(std::span<const std::uint8_t> file) {
+    struct Headers : HeaderSource {
+        explicit Headers(std::span<const std::uint8_t> all) : bytes(all) {}
+        std::uint64_t size() const override { return bytes.size(); }
+        Bytes read(std::uint64_t position, std::size_t count) override {
+            const auto rest = bytes.subspan(static_cast<std::size_t>(std::min<std::uint64_t>(position, bytes.size())));
+            const auto part = rest.first(std::min(count, rest.size()));
+            return {part.begin(), part.end()};
+        }
+        std::span<const std::uint8_t> bytes;
+    } headers(file);
+    return readPictureFacts(headers);
+}
+
+// Files of some sizes are read without a limit, but where the picture is large and an image can hold it: rows of one
+// pixel take the most time.
+double limitOf(std::span<const std::uint8_t> file, const std::optional<PictureFacts>& facts) {
+    constexpr double large = 1 << 20, largest = 1 << 30;
+    const double pixels = facts ? double(facts->width) * facts->height : large;
+    return file.size() % 16 != 0 || (pixels >= large && pixels < largest) ? mostPixels : 0;
+}
 
 bool isAmong(const cPixSheet& sheet, std::initializer_list<eImageFormat> types) {
     return std::ranges::count(types, sheet.ImageType()) != 0;
@@ -40,6 +63,7 @@ void requireSameElsewhere(const cPixSheet& sheet, const ByteArray& file, Wish wi
     append(larger, file.bytes());
     append(larger, odd.noise(odd.below(40)));
     cPixSheet other;
+    other.MaxPixels(wish.most);
     const auto length = static_cast<std::int32_t>(file.size());
     require(load(other, ByteArray(larger, lower), wish.size, wish.depth, lower + before, length) ==
             (sheet.Handle() != 0));
@@ -51,18 +75,7 @@ void requireSameElsewhere(const cPixSheet& sheet, const ByteArray& file, Wish wi
 }
 
 // What headers tell of a file, of which only pixels can be damaged, is what a load finds.
-void requireSameFacts(const cPixSheet& sheet, const ByteArray& file) {
-    struct Headers : HeaderSource {
-        explicit Headers(std::span<const std::uint8_t> all) : bytes(all) {}
-        std::uint64_t size() const override { return bytes.size(); }
-        Bytes read(std::uint64_t position, std::size_t count) override {
-            const auto rest = bytes.subspan(static_cast<std::size_t>(std::min<std::uint64_t>(position, bytes.size())));
-            const auto part = rest.first(std::min(count, rest.size()));
-            return {part.begin(), part.end()};
-        }
-        std::span<const std::uint8_t> bytes;
-    } headers(file.bytes());
-    const auto facts = readPictureFacts(headers);
+void requireSameFacts(const cPixSheet& sheet, const std::optional<PictureFacts>& facts) {
     if (!facts || sheet.Handle() == 0 || sheet.ImageType() != facts->type) return;
     require(facts->width == sheet.Width() && facts->height == sheet.Height());
     require(!facts->isCertain || facts->alpha == sheet.Alpha());
@@ -105,16 +118,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t byte
     if (bytes == 0) return -1;
     constexpr std::int32_t sizes[] = {32, 0, 1, 16, 200, -1, 0x7FFFFFFF}, depths[] = {32, 0, 1, 8, 33, -5};
     Dice odd(crc32(0, {data, bytes}));
-    const Wish wish{odd.oneOf(sizes), odd.oneOf(depths)};
     const std::span codes(data + 1, bytes - 1);
     require(lzwDescribes(codes, data[0] % 13, bytes * 2) == bool(LzwIndexes(codes, data[0] % 13, bytes * 2)));
     const ByteArray file(Bytes(data, data + bytes));
+    const auto facts = factsOf(file.bytes());
+    const Wish wish{odd.oneOf(sizes), odd.oneOf(depths), limitOf(file.bytes(), facts)};
     cPixSheet sheet, again;
+    sheet.MaxPixels(wish.most);
+    again.MaxPixels(wish.most);
     const bool loaded = load(sheet, file, wish.size, wish.depth);
     require(load(again, file, wish.size, wish.depth) == loaded && again.ImageType() == sheet.ImageType());
     requireSame(sheet, again);
     requireSameElsewhere(sheet, file, wish, odd);
-    requireSameFacts(sheet, file);
+    requireSameFacts(sheet, facts);
     if (!loaded) return 0;
     requirePixels(sheet, file.bytes());
     requireIconSizes(sheet);

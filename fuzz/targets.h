@@ -43,13 +43,11 @@ inline void requireSound(const cPixSheet& sheet) {
     static_cast<void>(last);
 }
 
-// Larger pictures only cost time; but files of some sizes are read without a limit, too.
-constexpr double mostPixels = 1 << 18;
+constexpr double mostPixels = 1 << 18; // larger pictures only cost time
 
 // A whole image, or none, nothing left behind, and a reason.
 inline bool load(cPixSheet& sheet, const ByteArray& file, std::int32_t icon = 32, std::int32_t depth = 32,
                  std::int32_t start = 0, std::int32_t length = 0) {
-    sheet.MaxPixels((length > 0 ? static_cast<std::size_t>(length) : file.size()) % 16 == 0 ? 0 : mostPixels);
     const bool loaded = sheet.LoadPicture_Stream(file, icon, icon, start, length, true, depth);
     ByteArray kept;
     require(loaded == sheet.LastErrorText().empty() && loaded == (sheet.Handle() != 0));
