@@ -206,12 +206,12 @@ bool isToBeSaved(cPixSheet& sheet, const Target& target, const SavingOptions& op
     return true;
 }
 
-// Of a file that is there.
-void noteSaved(const std::string& name, std::uintmax_t size, const Reporting& reporting, Console& console,
-               Result& result) {
-    result.bytes = size;
+// Of a file whose size is known, unless somebody took it away at once.
+void noteSaved(const std::string& name, std::optional<std::uintmax_t> size, const Reporting& reporting,
+               Console& console, Result& result) {
+    result.bytes = size.value_or(0);
     result.status = Result::Status::done;
-    if (size <= largestRefusedFile && !reporting.isQuiet) {
+    if (size && *size <= largestRefusedFile && !reporting.isQuiet) {
         console.err << "pixkit: warning: " << shown(name) << ": saved, but pixkit does not read files of "
                     << largestRefusedFile << " bytes or less\n";
     }
@@ -238,7 +238,7 @@ void savePicture(cPixSheet& sheet, const Target& target, const SavingOptions& op
     if (!savedToFile(sheet, target, options)) throw Failed(target.name, problemOf(sheet));
     std::error_code gone;
     const std::uintmax_t size = std::filesystem::file_size(target.path(), gone);
-    noteSaved(target.name, gone ? 0 : size, options.reporting, console, result);
+    noteSaved(target.name, gone ? std::nullopt : std::optional(size), options.reporting, console, result);
 }
 
 std::optional<ByteArray> preparePicture(cPixSheet& sheet, const Target& target, const SavingOptions& options,
