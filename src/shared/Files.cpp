@@ -68,7 +68,8 @@ bool iparseIsDirectory(const std::string& FileName, bool useUnicode) noexcept {
 
 bool iparseDeleteFile(const std::string& FileName, bool useUnicode) noexcept {
     const NamedFiles& system = files(useUnicode);
-    return system.setAttributes(FileName, fileAttributeNormal) && system.remove(FileName);
+    const bool isNormal = system.setAttributes(FileName, fileAttributeNormal); // who may not, may delete all the same
+    return system.remove(FileName) && isNormal;
 }
 
 bool iparseReplaceFile(const std::string& FileName, const std::string& ReplacedName, bool useUnicode) noexcept {

@@ -255,6 +255,13 @@ bool hasSeveralNames(const wchar_t* name) noexcept {
     return facts && facts->nNumberOfLinks > 1;
 }
 
+// Whether nobody has the file open who would keep it. Some systems leave a file of their own behind when they find that
+// out in the middle of ReplaceFile.
+bool mayGo(const wchar_t* name) noexcept {
+    return static_cast<bool>(UniqueFile(reinterpret_cast<Handle>(
+        ::CreateFileW(name, DELETE, shareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr))));
+}
+
 // The access list of a file, for one that is to take its place: nothing of what is not there, or where lists are not
 // kept. False when there is one that may not be read, or no memory for it: the draft would be more public.
 bool readAccessList(const wchar_t* name, std::vector<std::uint8_t>& descriptor) {
@@ -273,6 +280,8 @@ bool readAccessList(const wchar_t* name, std::vector<std::uint8_t>& descriptor) 
 HANDLE createDraft(const wchar_t* draft, const wchar_t* target) {
     std::vector<std::uint8_t> descriptor;
     if (hasSeveralNames(target)) return failed(ERROR_TOO_MANY_LINKS, INVALID_HANDLE_VALUE);
+    // With this list nobody could take the draft away either.
+    if (!mayGo(target) && ::GetLastError() == ERROR_ACCESS_DENIED) return INVALID_HANDLE_VALUE;
     if (!readAccessList(target, descriptor)) return INVALID_HANDLE_VALUE;
     SECURITY_ATTRIBUTES security{sizeof security, descriptor.data(), FALSE};
     // Exactly this list: what files of the folder get besides may allow more.
@@ -338,13 +347,6 @@ std::wstring fullName(const wchar_t* name) {
     std::wstring full(::GetFullPathNameW(name, 0, nullptr, nullptr), L'\0');
     full.resize(::GetFullPathNameW(name, static_cast<DWORD>(full.size()), full.data(), nullptr));
     return full;
-}
-
-// Whether nobody has the file open who would keep it. Some systems leave a file of their own behind when they find that
-// out in the middle of ReplaceFile.
-bool mayGo(const wchar_t* name) noexcept {
-    return static_cast<bool>(UniqueFile(reinterpret_cast<Handle>(
-        ::CreateFileW(name, DELETE, shareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr))));
 }
 
 // ReplaceFile, or a mere move where there is nobody to replace, and where the file system has no such thing.
