@@ -92,6 +92,20 @@ std::vector<Input> findDifferentInputs(const std::vector<std::string>& names, bo
     return inputs;
 }
 
+void InputFiles::add(const Input& input) {
+    const auto identity = isStream(input.name) ? std::nullopt : platform::identityOf(input.name);
+    if (identity) m_names.emplace(*identity, input.name);
+}
+
+const std::string* InputFiles::replacedBy(const std::string& result) const {
+    const auto identity = m_names.empty() ? std::nullopt : platform::identityOf(result);
+    const auto input = identity ? m_names.find(*identity) : m_names.end();
+    // What was an input may have been replaced since, by its own result.
+    std::error_code error;
+    const bool isInput = input != m_names.end() && fs::equivalent(toPath(input->second), toPath(result), error);
+    return isInput ? &input->second : nullptr;
+}
+
 fs::path stemOf(const Input& input) {
     if (isStandard(input.name)) return "stdin";
     fs::path stem = toPath(input.name).stem();

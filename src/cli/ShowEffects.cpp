@@ -144,8 +144,10 @@ class FolderNames {
             stem = toUtf8(stemOf(input));
         } catch (const std::system_error&) { // the name is no text; a load says so
         }
-        // A picture "...png" must not write into the folder above.
-        if (stem.empty() || stem == "." || stem == "..") stem = "picture";
+        // Windows drops dots and spaces at the end of a name; and a picture "...png" must not write into the folder
+        // above.
+        stem.resize(stem.find_last_not_of(". ") + 1);
+        if (stem.empty()) stem = "picture";
         return toUtf8(input.folder / toPath(stem));
     }
 
@@ -167,8 +169,9 @@ class FolderNames {
 // One picture, and the folder of its own for what is made of it.
 class PictureEffects {
   public:
-    PictureEffects(const EffectsRequest& request, const Input& input, FolderNames& folders, Piece& piece)
-        : m_request(request), m_input(input), m_piece(piece) {
+    PictureEffects(const EffectsRequest& request, const Input& input, const InputFiles& inputs, FolderNames& folders,
+                   Piece& piece)
+        : m_request(request), m_input(input), m_inputs(inputs), m_piece(piece) {
         cPixSheet& sheet = m_sheet;
         const PictureSource source = openSource(input.name, piece.console().in);
         if (!load(sheet, source, request.loading)) throw Failed(input.name, problemOf(sheet));
@@ -223,8 +226,10 @@ class PictureEffects {
         const fs::path relative = m_folder / toPath(name + ".png");
         card.file = toUtf8(relative);
         ++m_count;
-        if (m_request.isDryRun) return card;
         const std::string file = toUtf8(toPath(m_request.folder) / relative);
+        if (const std::string* const input = m_inputs.replacedBy(file))
+            throw Failed(m_input.name, "a result would replace " + *input + ", which is one of the pictures");
+        if (m_request.isDryRun) return card;
         if (!sheet.SaveToFile_PNG(file, false)) throw Failed(file, sheet.LastErrorText());
         std::error_code gone;
         const std::uintmax_t bytes = fs::file_size(toPath(file), gone);
@@ -264,6 +269,7 @@ class PictureEffects {
 
     const EffectsRequest& m_request;
     const Input& m_input;
+    const InputFiles& m_inputs;
     Piece& m_piece;
     cPixSheet m_sheet;
     std::string m_facts;
@@ -276,13 +282,16 @@ class PageOfEffects : public GrowingPage {
   public:
     PageOfEffects(const EffectsRequest& request, const std::vector<Input>& inputs)
         : GrowingPage("effects", request.folder, effectsMark, request), m_request(request), m_folders(inputs),
-          m_pictures(inputs.size()) {}
+          m_pictures(inputs.size()) {
+        for (const Input& input : inputs)
+            m_inputs.add(input);
+    }
 
   private:
     void prepare() override {} // a page of nothing needs no folder
 
     void add(const Input& input, Piece& piece, Result& result) override {
-        EffectsPicture picture = PictureEffects(m_request, input, m_folders, piece).make(result);
+        EffectsPicture picture = PictureEffects(m_request, input, m_inputs, m_folders, piece).make(result);
         result.status = m_request.isDryRun ? Result::Status::planned : Result::Status::done;
         if (!m_request.isDryRun) put([&] { m_pictures[piece.index()] = std::move(picture); });
     }
@@ -291,6 +300,7 @@ class PageOfEffects : public GrowingPage {
 
     const EffectsRequest& m_request;
     const std::string m_version = cPixSheet().Version();
+    InputFiles m_inputs;
     FolderNames m_folders;
     std::vector<std::optional<EffectsPicture>> m_pictures;
 };

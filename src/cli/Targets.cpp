@@ -76,10 +76,11 @@ Destination::Destination(const std::string& name, bool mayBeFile, const std::vec
     const bool isThere = !isStream(name) && fs::exists(toPath(name), error);
     for (const Input& input : inputs) {
         try {
-            const auto identity = isThere && !isStream(input.name) ? platform::identityOf(input.name) : std::nullopt;
-            if (identity) m_inputs.emplace(*identity, input.name);
+            if (isThere) m_inputs.add(input);
             ++m_claimants[toLower(targetFor(input).name)];
-        } catch (const std::exception&) { // said when its turn comes
+            // What input and system say against it is said when its turn comes.
+        } catch (const Failed&) {
+        } catch (const std::system_error&) {
         }
     }
 }
@@ -102,18 +103,11 @@ Target Destination::targetFor(const Input& input) const {
     return {toUtf8(target), formatOfWord(m_format)};
 }
 
-// By what the file is, not by its name, so that many inputs of one name cost no more than others. What was an input may
-// have been replaced since, by its own result.
 void Destination::refuseInput(const Target& target, const Input& input) const {
-    const auto identity = m_inputs.empty() ? std::nullopt : platform::identityOf(target.name);
-    if (!identity) return;
-    const auto other = m_inputs.find(*identity);
+    const std::string* const other = m_inputs.replacedBy(target.name);
     std::error_code error;
-    if (other == m_inputs.end() || other->second == input.name ||
-        fs::equivalent(toPath(input.name), target.path(), error) ||
-        !fs::equivalent(toPath(other->second), target.path(), error))
-        return;
-    throw Failed(input.name, "its result would replace " + other->second + ", which is one of the pictures");
+    if (other == nullptr || *other == input.name || fs::equivalent(toPath(input.name), target.path(), error)) return;
+    throw Failed(input.name, "its result would replace " + *other + ", which is one of the pictures");
 }
 
 // Those that nobody else wants need no turn. The others are looked at one after the other, by the order of the inputs.

@@ -4,7 +4,6 @@
 #include "cli/Commands.h"
 #include "cli/Files.h"
 #include "cli/Inputs.h"
-#include "platform/files.h"
 #include <filesystem>
 #include <map>
 #include <string>
@@ -49,8 +48,8 @@ class Destination {
     bool m_isFolder = false;
     std::string m_format;                           // extension without its dot
     std::map<std::string, std::size_t> m_claimants; // how many inputs may want the same target, by its lower-case name
-    std::map<platform::FileIdentity, std::string> m_inputs; // files that results could replace
-    std::map<std::string, std::string> m_claims;            // those that several want, to the input that has it
+    InputFiles m_inputs;                            // where results could replace some
+    std::map<std::string, std::string> m_claims;    // those that several want, to the input that has it
 };
 
 } // namespace pixkit::cli

@@ -75,8 +75,8 @@ struct FileIdentity {
         return device != other.device ? device < other.device : number < other.number;
     }
 };
-// Nothing where no file of that name is there, or its system does not say.
-std::optional<FileIdentity> identityOf(const std::string& name) noexcept;
+// Nothing where no file of that name is there, or its system does not say. May throw std::bad_alloc.
+std::optional<FileIdentity> identityOf(const std::string& name);
 
 // --- Files that are written to take the place of others
 

@@ -98,12 +98,15 @@ TEST_F(Command, APictureWithoutMemoryDoesNotEndThePageOfEffects) {
     EXPECT_TRUE(std::filesystem::exists(m_folder.path(u8"page/opaque/00-original.png")));
 }
 
-// Wherever memory ends, programs read a whole array, and people words.
+// Wherever memory ends, programs read a whole array, people words, and no result replaces another.
 TEST_F(Command, JsonIsCutWhereMemoryEnds) {
     const auto picture = [](const char* name) { return cli::toUtf8(sourceFolder() / "tests/data/cli" / name); };
+    const std::string twin = m_folder.name(u8"alpha.png");
+    std::filesystem::copy_file(cli::toPath(picture("opaque.png")), cli::toPath(twin));
     for (const bool isInfo : {true, false}) {
         std::vector<std::string> line{"info", "--json", picture("alpha.png"), picture("opaque.png")};
         if (!isInfo) {
+            line.back() = twin;
             line.insert(line.end(), {m_folder.name(u8"to/"), "--dry-run", "--jobs", "1"});
             line.front() = "convert";
         }
@@ -122,6 +125,7 @@ TEST_F(Command, JsonIsCutWhereMemoryEnds) {
             EXPECT_TRUE(said.empty() || (said.starts_with('[') && said.ends_with("]\n"))) << said;
             EXPECT_EQ(std::ranges::count(said, '{'), std::ranges::count(said, '}')) << said;
             EXPECT_FALSE(said.starts_with("[,")) << said;
+            EXPECT_EQ(said.find("planned"), said.rfind("planned")) << said;
             EXPECT_EQ(err.str().find("bad_alloc"), std::string::npos);
         }
     }

@@ -3,7 +3,7 @@
 
 namespace pixkit::platform {
 
-std::optional<FileIdentity> identityOf(const std::string& name) noexcept {
+std::optional<FileIdentity> identityOf(const std::string& name) {
     struct stat found {};
     if (stat(name.c_str(), &found) != 0) return {};
     return FileIdentity{static_cast<std::uint64_t>(found.st_dev), static_cast<std::uint64_t>(found.st_ino)};
