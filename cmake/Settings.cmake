@@ -32,6 +32,16 @@ endif()
 
 include("${CMAKE_CURRENT_LIST_DIR}/Hardening.cmake")
 
+# Has a target's sources find these headers compiled, where that is wanted.
+function(pixkit_precompile target)
+    if(PIXKIT_PRECOMPILED)
+        target_precompile_headers(${target} PRIVATE ${ARGN})
+        # The first is for compiler caches; the others find faults in precompiled strings that are none.
+        target_compile_options(${target} PRIVATE
+            "$<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fpch-preprocess;-Wno-error=array-bounds;-Wno-error=stringop-overflow>")
+    endif()
+endfunction()
+
 if(PIXKIT_SANITIZE)
     target_compile_options(pixkit-settings INTERFACE
         -fsanitize=${PIXKIT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

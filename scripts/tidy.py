@@ -52,7 +52,9 @@ def commands_of(build):
         keep, words = list(target_of(compiler)), iter(words[1:])
         for word in words:
             if word in ("-isystem", "-include"):
-                keep += [word, next(words)]
+                name = next(words)
+                if not name.endswith("cmake_pch.hxx"):  # compiled by another compiler, and hides what is not included
+                    keep += [word, name]
             elif word.startswith(("-I", "-D", "-U", "-std", "-m")) and not word.startswith("-mincoming"):  # GCC's alone
                 keep.append(word)
         commands[entry["file"]] = tuple(keep)

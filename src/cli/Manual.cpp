@@ -131,14 +131,14 @@ bool isHelp(const CLI::App& command) {
 }
 
 void writeBash(std::ostream& out, const CLI::App& app) {
-    std::vector<std::string> commands;
+    std::vector<std::string> commandNames;
     // "--to=p" comes as three words.
     out << "_pixkit() {\n    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]} options= words=\n"
            "    [ \"$before\" != = ] || before=${COMP_WORDS[COMP_CWORD-2]}\n    [ \"$word\" != = ] || word=\n"
            "    local colours='"
         << colours() << "'\n    case ${COMP_WORDS[1]} in\n";
     for (const CLI::App* command : commandsOf(app)) {
-        commands.push_back(command->get_name());
+        commandNames.push_back(command->get_name());
         std::vector<std::string> names;
         out << "    " << command->get_name() << ")\n";
         if (isHelp(*command)) out << "        [ \"$COMP_CWORD\" != 2 ] || words='" << joined(helpTopics(app)) << "'\n";
@@ -155,7 +155,7 @@ void writeBash(std::ostream& out, const CLI::App& app) {
     }
     out << "    esac\n"
            "    if [ \"$COMP_CWORD\" = 1 ]; then\n        words='"
-        << joined(commands)
+        << joined(commandNames)
         << " --help --version'\n"
            "    elif [ \"${word#-}\" != \"$word\" ]; then\n        words=$options\n    fi\n"
            "    COMPREPLY=()\n    if [ -n \"$words\" ]; then\n"
