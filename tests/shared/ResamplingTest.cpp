@@ -70,10 +70,13 @@ void expectExact(const Picture& source, const Picture& target, eResampleFilters 
     for (std::size_t y = 0; y < target.view.height; ++y) {
         for (std::size_t x = 0; x < target.view.width; ++x) {
             double sums[4] = {};
-            for (std::size_t j = 0; j < source.view.height; ++j)
-                for (std::size_t i = 0; along[y][j] != 0 && i < source.view.width; ++i)
-                    for (std::size_t channel = 0; channel < 4; ++channel)
-                        sums[channel] += along[y][j] * across[x][i] * source.view.row(j)[4 * i + channel];
+            for (std::size_t j = 0; j < source.view.height; ++j) {
+                for (std::size_t i = 0; along[y][j] != 0 && i < source.view.width; ++i) {
+                    const double weight = along[y][j] * across[x][i];
+                    for (std::size_t channel = 0; weight != 0 && channel < 4; ++channel)
+                        sums[channel] += weight * source.view.row(j)[4 * i + channel];
+                }
+            }
             const double alpha = std::clamp(sums[3], 0.0, 255.0);
             const std::uint8_t* const pixel = target.view.row(y) + 4 * x;
             for (std::size_t channel = 0; channel < 4; ++channel) {
