@@ -98,7 +98,9 @@ source_build() {
 }
 
 reproducible() {
-    git clone -q . "$work/another/folder" && cd "$work/another/folder" || return 1
+    local commit
+    commit=$(git rev-parse HEAD) && git clone -q "$(git rev-parse --git-common-dir)" "$work/another/folder" || return 1
+    cd "$work/another/folder" && git checkout -q --detach "$commit" || return 1
     CCACHE_DISABLE=1 faketime '+40 days' scripts/package.sh --output "$work/again" || return 1
     diff -r "$made" "$work/again"
 }
