@@ -99,11 +99,12 @@ void InputFiles::add(const Input& input) {
 
 const std::string* InputFiles::replacedBy(const std::string& result) const {
     const auto identity = m_names.empty() ? std::nullopt : platform::identityOf(result);
-    const auto input = identity ? m_names.find(*identity) : m_names.end();
+    if (!identity) return nullptr;
+    const auto input = m_names.find(*identity);
+    if (input == m_names.end()) return nullptr;
     // What was an input may have been replaced since, by its own result.
     std::error_code error;
-    const bool isInput = input != m_names.end() && fs::equivalent(toPath(input->second), toPath(result), error);
-    return isInput ? &input->second : nullptr;
+    return fs::equivalent(toPath(input->second), toPath(result), error) ? &input->second : nullptr;
 }
 
 fs::path stemOf(const Input& input) {
