@@ -33,8 +33,7 @@ class AllocationWatch {
 // Blocks taken and not given back yet.
 std::ptrdiff_t liveAllocations() noexcept;
 
-// What new memory holds from now on, in the first and the last megabyte of each block. Before that, both ends of a
-// block hold another byte: never what chance brings, often 0.
+// What new memory holds from now on, up to a megabyte of each block. It is never what chance brings, often 0.
 void fillAllocations(std::uint8_t byte) noexcept;
 
 } // namespace pixkit::test
