@@ -255,8 +255,8 @@ bool hasSeveralNames(const wchar_t* name) noexcept {
     return facts && facts->nNumberOfLinks > 1;
 }
 
-// Whether nobody has the file open who would keep it. Some systems leave a file of their own behind when they find that
-// out in the middle of ReplaceFile.
+// Whether the file may be taken away: access lists allow it, and nobody has it open who would keep it. Some systems
+// leave a file of their own behind when they find that out in the middle of ReplaceFile.
 bool mayGo(const wchar_t* name) noexcept {
     return static_cast<bool>(UniqueFile(reinterpret_cast<Handle>(
         ::CreateFileW(name, DELETE, shareAll, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr))));
