@@ -4,6 +4,7 @@
 // Unless a kernel says otherwise, source and destination either are the same row or do not overlap, rows need no
 // alignment, a count of 0 is allowed, and nothing outside the stated bytes is read or written.
 #pragma once
+#include "kernels/code_entry.h"
 #include "kernels/cpu.h"
 
 #include <cstddef>
@@ -247,6 +248,13 @@ struct Table {
     std::uint32_t (*adler32)(std::uint32_t sum, const std::uint8_t* bytes, std::size_t count);
     // CRC-32 (PNG standard, annex D) of what `crc` stands for, 0 for nothing, and then these bytes.
     std::uint32_t (*crc32)(std::uint32_t crc, const std::uint8_t* bytes, std::size_t count);
+
+    // --- Huffman codes
+    // Makes of a decoding table, whose index has `indexBits` bits, one of 2^joinedBits entries: where a literal is
+    // followed by what is not special, and the codes of both fit into the index, one entry for both, which puts out the
+    // literal first. Elsewhere the entry stays. indexBits is 3 at least, joinedBits as much or one more; codes have 1 to
+    // indexBits bits.
+    void (*joinCodes)(CodeEntry* joined, unsigned joinedBits, const CodeEntry* entries, unsigned indexBits);
 
     // --- PNG samples to premultiplied B, G, R, A. Rows do not overlap. Partial alpha premultiplies truncated, alpha 0
     // gives 0, 0, 0, 0. 16-bit samples are big-endian and only their high byte counts.

@@ -184,6 +184,28 @@ TEST_P(KernelLevel, PaethPredictsWronglyForSomeTriple) {
     }
 }
 
+// Tables as no code would give them: any meaning and length, special entries and copies among literals.
+TEST_P(KernelLevel, JoinsSomeCodesThatDoNotFitOrAreNoLiterals) {
+    Numbers numbers(5);
+    for (int round = 0; round < 200; ++round) {
+        const unsigned indexBits = 3 + numbers.below(9);
+        std::vector<CodeEntry> entries(std::size_t{1} << indexBits);
+        for (CodeEntry& entry : entries) {
+            const CodeEntry bits = 1 + numbers.below(indexBits), kind = numbers.below(4);
+            const CodeEntry flags = kind == 0 ? specialFlag : kind == 1 ? 0 : literalFlag | oneLiteral;
+            const CodeEntry meaning = kind == 1 ? numbers.next() & 0xFF000000 : numbers.byte() * 0x01010000U;
+            entry = meaning | flags | bits << 8 | bits;
+        }
+        for (const unsigned joinedBits : {indexBits, indexBits + 1}) {
+            std::vector<CodeEntry> expected(std::size_t{1} << joinedBits);
+            reference.joinCodes(expected.data(), joinedBits, entries.data(), indexBits);
+            CodeEntry* const joined = m_dst.atEnd(std::vector<CodeEntry>(expected.size()));
+            m_table.joinCodes(joined, joinedBits, m_src.atEnd(entries), indexBits);
+            ASSERT_TRUE(std::equal(expected.begin(), expected.end(), joined)) << indexBits << " to " << joinedBits;
+        }
+    }
+}
+
 // One number for what all kernels give over a long random run: the same on every processor, compiler and system.
 TEST_P(KernelLevel, DiffersBetweenBuildsOrProcessors) {
     Row all;

@@ -1,7 +1,7 @@
 #include "coding/deflate/HuffmanTable.h"
 #include "coding/deflate/Symbols.h"
+#include "kernels/kernels.h"
 #include <array>
-#include <bit>
 #include <cstring>
 
 namespace pixkit::deflate {
@@ -56,6 +56,7 @@ struct SortedCode {
         used = count - perLength[0];
         perLength[0] = 0;
         unsigned first[longestCode + 1];
+        first[0] = used; // symbols without a code stand behind the others: no branch tells them apart
         for (unsigned bits = 1, sum = 0; bits <= longestCode; ++bits) {
             first[bits] = sum;
             sum += perLength[bits];
@@ -64,15 +65,30 @@ struct SortedCode {
             if (perLength[bits] != 0) longest = bits;
         }
         for (unsigned symbol = 0; symbol < count; ++symbol)
-            if (lengths[symbol] != 0) symbols[first[lengths[symbol]]++] = static_cast<std::uint16_t>(symbol);
+            symbols[first[lengths[symbol]]++] = static_cast<std::uint16_t>(symbol);
     }
 };
 
-// The code after `code`, both with their first bit lowest as they come in the stream. Not for the last code.
-unsigned nextReversed(unsigned code, unsigned bits) noexcept {
-    const unsigned highestZero = std::bit_floor(~code & ((1u << bits) - 1));
-    return (code & (highestZero - 1)) | highestZero;
-}
+// The codes in their order, each with its first bit lowest as it comes in the stream.
+class ReversedCodes {
+  public:
+    unsigned next(unsigned bits) noexcept {
+        const unsigned code = m_code;
+        m_code += 1u << (16 - bits);
+        return unsigned{reversedBytes[code & 0xff]} << 8 | reversedBytes[code >> 8];
+    }
+
+  private:
+    static constexpr auto reversedBytes = []() {
+        std::array<std::uint8_t, 256> reversed{};
+        for (unsigned byte = 0; byte < 256; ++byte)
+            for (unsigned bit = 0; bit < 8; ++bit)
+                reversed[byte] |= static_cast<std::uint8_t>((byte >> bit & 1) << (7 - bit));
+        return reversed;
+    }();
+
+    unsigned m_code = 0; // its first bit is the highest of 16, behind it there are zeros
+};
 
 // Makes a table of 2^from entries one of 2^to, which finds the same.
 void widen(Entry* table, unsigned from, unsigned to) noexcept {
@@ -83,16 +99,13 @@ void widen(Entry* table, unsigned from, unsigned to) noexcept {
 // Fills a table whose index has `tableBits` bits from a complete code of more than one symbol.
 void fill(Entry* table, unsigned tableBits, SortedCode& code, const Entry* meanings) noexcept {
     const std::uint16_t* symbol = code.symbols;
-    const std::uint16_t* const lastSymbol = code.symbols + code.used - 1;
-    unsigned reversed = 0;
+    ReversedCodes codes;
 
     // Short codes: while codes are `bits` long only 2^bits entries differ, so the table grows by doubling.
     const unsigned shortBits = code.longest < tableBits ? code.longest : tableBits;
     for (unsigned bits = 1; bits <= shortBits; ++bits) {
-        for (unsigned n = code.perLength[bits]; n != 0; --n, ++symbol) {
-            table[reversed] = withCodeBits(meanings[*symbol], bits);
-            if (symbol != lastSymbol) reversed = nextReversed(reversed, bits);
-        }
+        for (unsigned n = code.perLength[bits]; n != 0; --n, ++symbol)
+            table[codes.next(bits)] = withCodeBits(meanings[*symbol], bits);
         if (bits < tableBits) widen(table, bits, bits + 1);
     }
     widen(table, shortBits + 1, tableBits);
@@ -105,6 +118,7 @@ void fill(Entry* table, unsigned tableBits, SortedCode& code, const Entry* meani
     bool open = false;
     for (unsigned bits = tableBits + 1, prefix = 0; bits <= code.longest; ++bits) {
         for (; code.perLength[bits] != 0; --code.perLength[bits], ++symbol) {
+            const unsigned reversed = codes.next(bits);
             if (!open || (reversed & indexMask) != prefix) {
                 open = true;
                 prefix = reversed & indexMask;
@@ -120,7 +134,6 @@ void fill(Entry* table, unsigned tableBits, SortedCode& code, const Entry* meani
             const Entry entry = withCodeBits(meanings[*symbol], bits - tableBits);
             for (unsigned i = reversed >> tableBits; i < 1u << rest; i += 1u << (bits - tableBits))
                 table[begin + i] = entry;
-            if (symbol != lastSymbol) reversed = nextReversed(reversed, bits);
         }
     }
 }
@@ -132,10 +145,24 @@ void fillTwo(Entry* table, unsigned tableBits, Entry zero, Entry one) noexcept {
     widen(table, 1, tableBits);
 }
 
+// The wider index pays where of all pairs of a literal and what follows one in sixteen fits into it and into no shorter
+// one (measured on pictures). Codes of n bits are taken to come once in 2^n.
+unsigned widthForJoining(const SortedCode& code, const std::uint8_t* lengths, unsigned symbols) noexcept {
+    unsigned literals[longestCode + 1];
+    std::memcpy(literals, code.perLength, sizeof literals);
+    for (unsigned symbol = endOfBlock; symbol < symbols; ++symbol)
+        --literals[lengths[symbol]];
+    unsigned gained = 0;
+    for (unsigned bits = 1; bits < widestJoinedBits; ++bits)
+        gained += literals[bits] * code.perLength[widestJoinedBits - bits];
+    return gained >= 1u << (widestJoinedBits - 4) ? widestJoinedBits : literalTableBits;
+}
+
 } // namespace
 
 bool build(LiteralTable& table, const std::uint8_t* lengths, unsigned symbols) noexcept {
     SortedCode code(lengths, symbols);
+    table.joinedBits = widthForJoining(code, lengths, symbols);
     if (code.unassigned == 0) {
         fill(table.entries, literalTableBits, code, literalMeanings.data());
         return true;
@@ -169,22 +196,7 @@ bool build(CodeLengthTable& table, const std::uint8_t* lengths) noexcept {
 }
 
 void joinEntries(Entry* joined, const LiteralTable& table) noexcept {
-    std::memcpy(joined, table.entries, (LiteralTable::mask + 1) * sizeof(Entry));
-    // Each code stands at the index that is nothing but the code, and above it, where anything follows. What follows is
-    // found in the table as far as it lies within the index.
-    for (unsigned code = 0; code < 1u << (literalTableBits - 1); ++code) {
-        const Entry first = table.entries[code];
-        const unsigned bits = codeBits(first);
-        if (!isLiteral(first) || code >> bits != 0) continue;
-        const Entry added = (first & 0x00ff0000) + oneLiteral + bits * 0x101;
-        // Wherever the code of what follows fits; special entries seem longer than any.
-        const Entry longest = (literalTableBits - bits) << 8 | 0xff;
-        for (unsigned next = 0; next < 1u << (literalTableBits - bits); ++next) {
-            const Entry second = table.entries[next];
-            const Entry both = (second & 0xff00ffff) + added;
-            joined[code | next << bits] = (second & (specialFlag | 0xfff)) <= longest ? both : first;
-        }
-    }
+    kernels::table().joinCodes(joined, table.joinedBits, table.entries, literalTableBits);
 }
 
 } // namespace pixkit::deflate

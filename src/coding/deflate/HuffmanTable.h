@@ -16,18 +16,18 @@
 //
 // Before long blocks entries are joined where the codes of both fit into the index: two literals, or a literal and the
 // copy behind it. That halves the look-ups, and what processors have to guess: whether a literal or a copy comes next.
+// The index of joined entries has one bit more where enough of them are gained by it.
 #pragma once
 #include "coding/deflate/Symbols.h"
+#include "kernels/code_entry.h"
 #include <cstddef>
 #include <cstdint>
 
 namespace pixkit::deflate {
 
-using Entry = std::uint32_t;
+using Entry = kernels::CodeEntry;
+using kernels::codeBits, kernels::isLiteral, kernels::literalFlag, kernels::oneLiteral, kernels::specialFlag;
 
-inline constexpr Entry oneLiteral = 1u << 12; // counts them
-inline constexpr Entry literalFlag = 1u << 14;
-inline constexpr Entry specialFlag = 1u << 15;
 // Kinds of special entries: a link to a subtable, the end of the block, a code that stands for nothing.
 inline constexpr Entry specialKind = specialFlag | 3u << 12;
 inline constexpr Entry linkEntry = specialFlag;
@@ -36,9 +36,6 @@ inline constexpr Entry invalidEntry = specialFlag | 2u << 12;
 
 constexpr unsigned dropBits(Entry entry) noexcept {
     return entry & 0xff;
-}
-constexpr unsigned codeBits(Entry entry) noexcept {
-    return (entry >> 8) & 15;
 }
 constexpr unsigned baseOf(Entry entry) noexcept {
     return entry >> 16;
@@ -49,9 +46,6 @@ constexpr unsigned literalsIn(Entry entry) noexcept {
 constexpr unsigned lengthOf(Entry entry) noexcept {
     return (entry >> 24) + shortestMatch;
 }
-constexpr bool isLiteral(Entry entry) noexcept {
-    return (entry & literalFlag) != 0;
-}
 constexpr bool isSpecial(Entry entry) noexcept {
     return (entry & specialFlag) != 0;
 }
@@ -61,6 +55,7 @@ constexpr bool isLink(Entry entry) noexcept {
 
 // The width of each table's index, and the entries that the worst set of codes then needs, subtables included.
 inline constexpr unsigned literalTableBits = 11, distanceTableBits = 8, codeLengthTableBits = 7;
+inline constexpr unsigned widestJoinedBits = literalTableBits + 1;
 inline constexpr std::size_t literalTableEntries = 2342, distanceTableEntries = 402;
 
 template <unsigned Bits, std::size_t Entries>
@@ -69,7 +64,9 @@ struct HuffmanTable {
 
     Entry entries[Entries];
 };
-using LiteralTable = HuffmanTable<literalTableBits, literalTableEntries>;
+struct LiteralTable : HuffmanTable<literalTableBits, literalTableEntries> {
+    unsigned joinedBits; // the width that pays for joined entries: as wide as this table, or widestJoinedBits
+};
 using DistanceTable = HuffmanTable<distanceTableBits, distanceTableEntries>;
 using CodeLengthTable = HuffmanTable<codeLengthTableBits, std::size_t{1} << codeLengthTableBits>;
 
@@ -81,7 +78,7 @@ bool build(LiteralTable& table, const std::uint8_t* lengths, unsigned symbols) n
 bool build(DistanceTable& table, const std::uint8_t* lengths, unsigned symbols) noexcept;
 bool build(CodeLengthTable& table, const std::uint8_t* lengths) noexcept;
 
-// A table of LiteralTable's width, subtables left out, whose entries are joined.
+// A table of 2^table.joinedBits entries, joined ones where there are such; subtables are left out.
 void joinEntries(Entry* joined, const LiteralTable& table) noexcept;
 
 } // namespace pixkit::deflate

@@ -8,6 +8,13 @@
 #include <algorithm>
 #include <cstring>
 
+// Shifts that take any register for their count.
+#ifdef PIXKIT_X86
+#define PIXKIT_WITH_BMI2 [[gnu::target("bmi2")]]
+#else
+#define PIXKIT_WITH_BMI2
+#endif
+
 namespace pixkit::deflate {
 namespace {
 
@@ -15,7 +22,9 @@ constexpr bool narrow = BitReader::wordBits < 64;
 // Literals (or pairs of them) that the fast loop decodes between two refills. In a wide word, after all but one of them
 // and a length with its extra bits (20 bits), the index of a distance must still be there.
 constexpr unsigned literalsPerRound = narrow ? 1 : 3;
-static_assert(narrow || (literalsPerRound - 1) * literalTableBits + 20 + distanceTableBits <= BitReader::refilled);
+static_assert(narrow || (literalsPerRound - 1) * widestJoinedBits + 20 + distanceTableBits <= BitReader::refilled);
+// In a narrow one there must be one literal more, and behind it an index.
+static_assert(2 * widestJoinedBits <= BitReader::refilled);
 // What decodeFast's rounds need: one refills three times at most, and puts out its literals and one match.
 constexpr std::size_t inputMargin = 4 * sizeof(BitReader::Word);
 constexpr std::size_t outputMargin = 2 * literalsPerRound + longestMatch + copyOverrun;
@@ -24,7 +33,7 @@ static_assert(outputMargin <= Room::least);
 constexpr std::size_t longestHead = 640;
 // Joining entries costs time once per block, so that it pays only with so much data (bytes) to come, or
 // where pieces may follow, of which nobody knows how much they hold.
-constexpr std::size_t joiningPays = 8192;
+constexpr std::size_t joiningPays = 2048;
 
 // A code of the code length alphabet and the bits behind it have this many at most.
 constexpr unsigned longestLengthCode = codeLengthTableBits + repeatExtraBits(manyZeros);
@@ -102,10 +111,13 @@ class Inflater {
     Step readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengths, unsigned count) noexcept;
     Step useFixedCodes() noexcept;
     Step compressedBlock() noexcept;
-    [[gnu::always_inline]] inline Step decodeRounds() noexcept;
-    // Apart from the rest, so that the compiler gives its loop all registers.
-    [[gnu::noinline]] Step decodeFast() noexcept;
-    Step decodeFaster() noexcept;
+    template <unsigned indexBits>
+    [[gnu::always_inline]] inline Step decodeRounds(const Entry* entries) noexcept;
+    // Apart from the rest, and each width for itself, so that the compiler gives the loop all registers.
+    template <unsigned indexBits>
+    [[gnu::noinline]] Step decodeFast(const Entry* entries) noexcept;
+    template <unsigned indexBits>
+    PIXKIT_WITH_BMI2 [[gnu::noinline]] Step decodeFaster(const Entry* entries) noexcept; // by up to a tenth
     Step decodeSymbol() noexcept;
     template <typename Table>
     Step decodeEntry(const Table& table, Entry& entry) noexcept;
@@ -125,7 +137,7 @@ class Inflater {
     bool m_codesAreFixed = false; // the tables hold the fixed codes
     bool m_areJoined = false;     // m_joined is used instead of m_literals, but for long codes
     LiteralTable m_literals;
-    Entry m_joined[LiteralTable::mask + 1];
+    Entry m_joined[std::size_t{1} << widestJoinedBits];
     DistanceTable m_distances;
     // What is left of a piece, and behind it the beginning of those that follow.
     std::uint8_t m_seam[1024];
@@ -289,34 +301,44 @@ Step Inflater::readCodeLengths(const CodeLengthTable& table, std::uint8_t* lengt
 
 Step Inflater::compressedBlock() noexcept {
     const bool hasBmi2 = (kernels::features() & kernels::cpuAvx2) != 0; // which came with it
+    const bool isWide = m_areJoined && m_literals.joinedBits == widestJoinedBits;
+    const Entry* const entries = m_areJoined ? m_joined : m_literals.entries;
+    const auto decodeFar = [&]() {
+        if (isWide) return hasBmi2 ? decodeFaster<widestJoinedBits>(entries) : decodeFast<widestJoinedBits>(entries);
+        return hasBmi2 ? decodeFaster<literalTableBits>(entries) : decodeFast<literalTableBits>(entries);
+    };
     while (true) {
         provideInput(inputMargin);
         provideRoom(outputMargin);
         const bool isFar = m_reader.bytesLeft() >= inputMargin && room() >= outputMargin;
-        const Step step = !isFar ? decodeSymbol() : hasBmi2 ? decodeFaster() : decodeFast();
+        const Step step = isFar ? decodeFar() : decodeSymbol();
         if (step != Step::goOn) return step;
     }
 }
 
 // Decodes while a round can neither run out of data nor out of room, which is so for the first one; goOn means that the
 // margins are used up.
-Step Inflater::decodeRounds() noexcept {
+template <unsigned indexBits>
+Step Inflater::decodeRounds(const Entry* const entries) noexcept {
     // Copies, because a byte stored through `out` could change the members for all the compiler knows.
     BitReader reader = m_reader;
     std::uint8_t* out = m_out;
     const std::uint8_t* const begin = m_room.begin;
     const std::uint8_t* const lastStart = m_room.end - outputMargin;
-    const Entry* const entries = m_areJoined ? m_joined : m_literals.entries;
+    std::size_t mask = (std::size_t{1} << indexBits) - 1;
+    // Where look-ups are what the loop waits for, the mask stays in a register: processors that do not rename moves
+    // would wait for the one that goes before an operation with a constant, too.
+    if constexpr (indexBits == widestJoinedBits && !narrow) asm("" : "+r"(mask));
 
     // Wherever enough bits are left, a look-up comes before the refill: it need not wait for it.
     reader.refillFast();
-    Entry entry = entries[reader.peek() & LiteralTable::mask];
+    Entry entry = entries[reader.peek() & mask];
     do {
         unsigned literals = literalsPerRound;
         for (; literals != 0 && isLiteral(entry); --literals) {
             putLiterals(out, entry);
             reader.drop(entry);
-            entry = entries[reader.peek() & LiteralTable::mask];
+            entry = entries[reader.peek() & mask];
         }
         if (literals == 0) {
             reader.refillFast();
@@ -328,7 +350,7 @@ Step Inflater::decodeRounds() noexcept {
                 putLiterals(out, entry);
                 reader.drop(entry);
                 reader.refillFast();
-                entry = entries[reader.peek() & LiteralTable::mask];
+                entry = entries[reader.peek() & mask];
                 continue;
             }
             if (isSpecial(entry)) {
@@ -347,7 +369,7 @@ Step Inflater::decodeRounds() noexcept {
         }
 
         if constexpr (narrow) reader.refillFast();
-        entry = entries[reader.peek() & LiteralTable::mask];
+        entry = entries[reader.peek() & mask];
         if constexpr (!narrow) reader.refillFast();
         copyWide(out, distance, length);
         out += length;
@@ -358,16 +380,14 @@ Step Inflater::decodeRounds() noexcept {
     return Step::goOn;
 }
 
-Step Inflater::decodeFast() noexcept {
-    return decodeRounds();
+template <unsigned indexBits>
+Step Inflater::decodeFast(const Entry* entries) noexcept {
+    return decodeRounds<indexBits>(entries);
 }
 
-// The same for processors whose shifts take any register for their count: up to a tenth faster.
-#ifdef PIXKIT_X86
-[[gnu::noinline, gnu::target("bmi2")]]
-#endif
-Step Inflater::decodeFaster() noexcept {
-    return decodeRounds();
+template <unsigned indexBits>
+Step Inflater::decodeFaster(const Entry* entries) noexcept {
+    return decodeRounds<indexBits>(entries);
 }
 
 // Finds the entry of the next code; goOn when the code is there as a whole. Drops the code, not its extra bits.

@@ -1,5 +1,5 @@
-// The built-in DEFLATE decoder (RFC 1951) with the zlib wrapper (RFC 1950). Of the component it needs what the
-// processor can (kernels/cpu.h) alone.
+// The built-in DEFLATE decoder (RFC 1951) with the zlib wrapper (RFC 1950). Of the component it needs
+// the kernels alone.
 #pragma once
 #include <cstddef>
 #include <cstdint>

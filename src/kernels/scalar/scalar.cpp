@@ -2,6 +2,7 @@
 #include "kernels/scalar/alpha.h"
 #include "kernels/scalar/blend.h"
 #include "kernels/scalar/checksums.h"
+#include "kernels/scalar/codes.h"
 #include "kernels/scalar/convolve.h"
 #include "kernels/scalar/effects.h"
 #include "kernels/scalar/filter.h"
@@ -63,6 +64,7 @@ constinit const Table reference = {
     .filterSums = filterSums,
     .adler32 = adler32,
     .crc32 = crc32,
+    .joinCodes = joinCodes,
     .fromRgb8 = fromRgb8,
     .fromRgba8 = fromRgba8,
     .fromGrayAlpha8 = fromGrayAlpha8,
