@@ -50,6 +50,35 @@ TEST(Lzw, IndexesComeBackChanged) {
     EXPECT_EQ(test::checksum(all), "9ef6a84d0bd7c251") << "other bytes than other builds write";
 }
 
+// Pairs of indexes that a multiplication by the golden ratio leads to one sixteenth of a table, more of them than have
+// room there; behind pictures of another kind, before them, and alone.
+TEST(Lzw, StringsThatMeetInOnePlaceComeBackChanged) {
+    std::mt19937 random(6);
+    Bytes meeting = {0};
+    std::vector<bool> isThere(65536);
+    while (meeting.size() < 8000) {
+        const unsigned last = meeting.back() * 256U;
+        unsigned index = 0;
+        while (index < 255 && (((last + index) * 0x9E3779B1U >> 28) != 0 || isThere[last + index]))
+            ++index;
+        isThere[last + index] = true;
+        meeting.push_back(static_cast<std::uint8_t>(index));
+    }
+    Bytes all;
+    for (const std::size_t before : {0U, 9000U, 30'000U}) {
+        Bytes indexes = someIndexes(random, 8, before);
+        for (int i = 0; i < 4; ++i)
+            indexes.insert(indexes.end(), meeting.begin(), meeting.end());
+        const Bytes after = someIndexes(random, 8, 20'000);
+        indexes.insert(indexes.end(), after.begin(), after.end());
+        const Bytes codes = codesOf(indexes, 8);
+        const LzwIndexes decoded(codes, 8, indexes.size());
+        ASSERT_TRUE(decoded && std::equal(indexes.begin(), indexes.end(), decoded.data())) << before;
+        all.insert(all.end(), codes.begin(), codes.end());
+    }
+    EXPECT_EQ(test::checksum(all), "fc575ddfe7918c07") << "other bytes than other builds write";
+}
+
 TEST(Lzw, DamagedCodesAreCountedOtherwiseThanTheyAreDecoded) {
     std::mt19937 random(8);
     int whole = 0;
