@@ -6,8 +6,8 @@
 namespace pixkit::kernels {
 
 // Bits 0..7 count the bits that it takes, 8..11 those of its code alone (never 0), 12..13 the literals that it puts
-// out. A literal stands in bits 16..23 and in bits 24..31; where other bytes of 16..23 are 0, another one can be put
-// there.
+// out. A literal stands in bits 16..23 and in bits 24..31; bits 16..23 of a copy are 0, so that a literal before it can
+// be put there.
 using CodeEntry = std::uint32_t;
 
 inline constexpr CodeEntry oneLiteral = 1u << 12;  // counts them

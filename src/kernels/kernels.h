@@ -253,7 +253,7 @@ struct Table {
     // Makes of a decoding table, whose index has `indexBits` bits, one of 2^joinedBits entries: where a literal is
     // followed by what is not special, and the codes of both fit into the index, one entry for both, which puts out the
     // literal first. Elsewhere the entry stays. indexBits is 3 at least, joinedBits as much or one more; codes have 1
-    // to indexBits bits.
+    // to indexBits bits. The tables do not overlap.
     void (*joinCodes)(CodeEntry* joined, unsigned joinedBits, const CodeEntry* entries, unsigned indexBits);
 
     // --- PNG samples to premultiplied B, G, R, A. Rows do not overlap. Partial alpha premultiplies truncated, alpha 0
