@@ -109,8 +109,8 @@ class PretendedVersion {
     PretendedVersion& operator=(const PretendedVersion&) = delete;
 };
 
-// How many handles of the portable side are open, of every kind, for tests that look for leaks. Windows keeps its own
-// books: always 0 there.
+// How many handles are open, for tests that look for leaks: of the portable side those of every kind, on Windows GDI
+// objects, icons and those of the kernel.
 std::size_t openHandles() noexcept;
 
 } // namespace pixkit::platform

@@ -21,8 +21,6 @@ void pixkit::kernels::useAvx512(Table& table) noexcept {
     useShadow(table);
     table.copyPremultiplying = copyPremultiplying;
     table.premultiply = premultiply;
-    table.unpremultiply = unpremultiply;
-    table.straighten = straighten;
     table.grayscale = grayscale;
     table.blendToColour = blendToColour;
     table.sumAlongRow = sumAlongRow;
@@ -36,7 +34,6 @@ void pixkit::kernels::useAvx512(Table& table) noexcept {
     table.fromIndex8 = fromIndex8ByShuffles;
     table.fromRgba8 = fromRgba8;
     table.fromRgba16 = fromRgba16;
-    table.fromGrayAlpha16 = fromGrayAlpha16;
     table.toYCbCr = toYCbCr;
     table.halveSamples = halveSamples;
 }

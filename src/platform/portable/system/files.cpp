@@ -114,7 +114,11 @@ int openFile(const std::string& name, FileUse use) noexcept {
     int how = O_RDONLY;
     if (use == FileUse::createAlways) how = O_WRONLY | O_CREAT | O_TRUNC;
     if (use == FileUse::overwrite) how = O_WRONLY | O_NOFOLLOW;
-    return open(name.c_str(), how | O_CLOEXEC | O_NONBLOCK, 0666);
+    int descriptor;
+    do { // a slow file system may be interrupted
+        descriptor = open(name.c_str(), how | O_CLOEXEC | O_NONBLOCK, 0666);
+    } while (descriptor < 0 && errno == EINTR);
+    return descriptor;
 }
 
 // Moves bytes by `transfer` until all are moved, the file ends or an error comes up (false).
