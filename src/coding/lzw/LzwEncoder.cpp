@@ -95,7 +95,7 @@ class Compressor {
   private:
     // A stretch of indexes as codes.
     struct Stretch {
-        std::uint16_t codes[mostCodes + 2];
+        std::uint16_t codes[mostCodes + 2] = {};
         std::size_t count = 0;
         std::size_t end = 0; // behind its last index
     };
