@@ -151,8 +151,9 @@ std::string reasonToSkip(const Target& target, std::span<const std::string> inpu
     if (!mayKeep || target.isStream() || !std::filesystem::is_regular_file(target.path(), error)) return {};
     if (options.replacing == Replacing::never) return "it exists already";
     const auto made = timeOf(target.name, error);
+    // What comes through a pipe has no age.
     const bool isNew = !error && std::ranges::all_of(inputs, [&](const std::string& input) {
-        const auto changed = timeOf(input, error);
+        const auto changed = isStream(input) ? std::filesystem::file_time_type::max() : timeOf(input, error);
         return !error && changed <= made;
     });
     return isNew ? "it is as new as its picture" : "";
