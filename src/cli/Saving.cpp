@@ -93,6 +93,8 @@ std::filesystem::file_time_type timeOf(const std::string& file, std::error_code&
 // Folders are for what writes to refuse.
 void askToReplace(const std::string& file, const SavingOptions& options, const Confirm& confirm) {
     std::error_code error;
+    if (std::filesystem::is_other(toPath(file), error))
+        throw Failed(file, "it is no file but a pipe or a device; '-' with --to, and a redirection, write to those");
     if (options.replacing != Replacing::ask || !std::filesystem::exists(toPath(file), error) ||
         std::filesystem::is_directory(toPath(file), error) || confirm(shown(file) + ": Overwrite existing file?"))
         return;

@@ -71,6 +71,8 @@ if [ ${#command[@]} = 1 ]; then
     command=(timeout 10 "$pixkit")
     mkfifo "$folder/pipe.png"
     check 1 "pipe.png: the file cannot be opened" convert "$folder/pipe.png" "$folder/pipe.bmp"
+    check 1 "pipe.png: it is no file but a pipe" convert $alpha "$folder/pipe.png"
+    check 1 "null: it is no file but a pipe or a device" convert $alpha /dev/null --to png --overwrite
 
     # Pipes carry every format as files do, and what nobody can write is a failure.
     command=(bash -c 'set -o pipefail; "$0" "$@" <tests/data/cli/alpha.png | "$0" info - <(cat tests/data/cli/opaque.png)' "$pixkit")
