@@ -237,7 +237,7 @@ class PictureEffects {
         return card;
     }
 
-    // Nothing, and a note, where the result exceeds the limit.
+    // Nothing, and a note, where the result exceeds the limit, or what an image can hold.
     std::optional<EffectsCard> makeCard(const Effect& effect, const std::string& number) {
         cPixSheet copy;
         copy.MaxPixels(m_sheet.MaxPixels());
@@ -248,7 +248,9 @@ class PictureEffects {
         for (const EffectStep& step : effect.steps) {
             if (!step.apply(copy)) {
                 const std::string problem = step.option + ": " + problemOf(copy);
-                if (!isBeyondLimits(HostAccess::outcome(copy))) throw Failed(m_input.name, problem);
+                const Outcome& outcome = HostAccess::outcome(copy);
+                if (!isBeyondLimits(outcome) && outcome.reason() != beyondAnyImage.text())
+                    throw Failed(m_input.name, problem);
                 if (!m_request.reporting.isQuiet)
                     m_piece.console().err << "pixkit effects: " << shown(m_input.name) << ": left out: " << problem
                                           << '\n';

@@ -5,6 +5,7 @@
 
 namespace pixkit {
 
+inline constexpr Reason beyondAnyImage = "more pixels than an image can hold";
 inline constexpr Reason beyondMaxPixels = "more pixels than MaxPixels allows";
 inline constexpr Reason beyondMaxMemory = "more memory than MaxMemory allows";
 

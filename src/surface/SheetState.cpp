@@ -18,7 +18,7 @@ Outcome SheetState::pvInitializeDIB(std::int32_t Width, std::int32_t Height) noe
     const auto height = toLong(rows);
     const auto pixels = height ? checkedMultiply(Width, *height) : std::nullopt;
     const auto sizeImage = pixels ? checkedMultiply(*pixels, 4) : std::nullopt;
-    if (!sizeImage) return refused("more pixels than an image can hold");
+    if (!sizeImage) return refused(beyondAnyImage);
     if (const Reason limit = m_limits.problem(Width, *height)) return refused(limit);
 
     platform::BitmapInfoHeader header;
