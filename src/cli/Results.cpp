@@ -1,4 +1,5 @@
 #include "cli/Results.h"
+#include "cli/Names.h"
 #include "cli/Streams.h"
 #include "cli/Text.h"
 #include <exception>
@@ -36,6 +37,11 @@ void writeSize(std::ostream& out, PictureSize size) {
     out << size.width << " x " << size.height;
 }
 
+void writeBytes(std::ostream& out, std::uintmax_t bytes) {
+    const std::string text = bytesText(bytes);
+    out << ", " << text << (text.find(' ') == std::string::npos ? " bytes" : "");
+}
+
 void writeLine(std::ostream& out, const Result& result, const Reporting& reporting) {
     if (!result.input.empty()) out << shown(result.input) << " -> ";
     out << shown(result.output);
@@ -43,13 +49,13 @@ void writeLine(std::ostream& out, const Result& result, const Reporting& reporti
     if (result.status == Status::skipped) out << ": skipped, " << result.reason;
     if (result.status == Status::planned) out << " (not written)";
     if (reporting.isVerbose && !result.summary.empty()) {
-        if (result.status == Status::done) out << ", " << result.bytes << " bytes";
+        if (result.status == Status::done) writeBytes(out, result.bytes);
     } else if (reporting.isVerbose && result.after.width != 0) {
         out << ": ";
         if (result.before.width != 0) writeSize(out, result.before);
         if (result.before.width != 0) out << " -> ";
         writeSize(out, result.after);
-        if (result.status == Status::done) out << ", " << result.bytes << " bytes";
+        if (result.status == Status::done) writeBytes(out, result.bytes);
     }
     out << '\n';
 }
