@@ -117,21 +117,17 @@ void addPngOptions(CLI::App& sub, SavingOptions& request) {
            "--png-interlace", [&request] { request.pngProperties.emplace_back(pngInterlaced, 1); },
            "PNG: interlaced, coarse to fine")
         ->group(saving);
-    sub.add_option_function<std::vector<std::string>>(
+    sub.add_option_function<std::string>(
            "--png-text",
-           [&request](const std::vector<std::string>& texts) {
-               for (const std::string& text : texts) {
-                   const std::size_t equals = text.find('=');
-                   if (equals == std::string::npos || equals + 1 == text.size()) {
-                       throw UsageError("--png-text takes KEYWORD=TEXT, such as \"Title=Invoice 12\", not '" + text +
-                                        "'");
-                   }
-                   request.pngTexts.emplace_back(text.substr(0, equals), text.substr(equals + 1));
-               }
+           [&request](const std::string& text) {
+               const std::size_t equals = text.find('=');
+               if (equals == std::string::npos || equals + 1 == text.size())
+                   throw UsageError("--png-text takes KEYWORD=TEXT, such as \"Title=Invoice 12\", not '" + text + "'");
+               request.pngTexts.emplace_back(text.substr(0, equals), text.substr(equals + 1));
            },
            "PNG: a text under a keyword, such as \"Title=Invoice 12\";\nmay be repeated")
         ->type_name("KEYWORD=TEXT")
-        ->allow_extra_args(false)
+        ->trigger_on_parse()
         ->group(saving);
 }
 
@@ -192,8 +188,9 @@ void addSaving(CLI::App& sub, SavingOptions& request) {
     addPngOptions(sub, request);
     sub.add_option_function<std::string>(
            "--icon", [&](const std::string& text) { request.iconEntries = parseIconEntries(text); },
-           "ICO, CUR: the images, as in 16,32:8,64x48,256: pixels,\nand bits (1, 4, 8, 24 or 32; 32 when left out). "
-           "Unless said\notherwise the picture's size up to 256, of larger ones\n16,32,48,256")
+           "ICO, CUR: the images, as in 16,32:8,64x48,256: pixels,\nand bits (1, 4, 8, 24 or 32, of others the next "
+           "larger;\n32 when left out). "
+           "Unless said otherwise the picture's size\nup to 256, of larger ones 16,32,48,256")
         ->type_name("SIZE[:BITS],...")
         ->group(saving);
     addReplacing(sub, request);
