@@ -327,6 +327,7 @@ int parseAndRun(std::vector<std::string>& arguments, Console& console, std::stri
     }
     if (chosen != nullptr) command = first;
     try {
+        if (isAlone) settleWords(*app.get_subcommand(first), arguments);
         std::ranges::reverse(arguments); // the parser takes them from the end
         app.parse(arguments);
     } catch (const CLI::ParseError& error) {

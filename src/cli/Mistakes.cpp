@@ -118,6 +118,46 @@ std::string describeUnknown(const CLI::App& command, const std::string& word) {
     return text + (suggestion.empty() ? "" : "; ") + suggestion;
 }
 
+// Null where there is none. (The parser's own member ends the program where memory ends.)
+const CLI::Option* optionOf(const CLI::App& command, const std::string& name) {
+    const std::vector<const CLI::Option*> options = command.get_options();
+    const auto found = std::ranges::find_if(options, [&](const CLI::Option* each) { return each->check_name(name); });
+    return found == options.end() ? nullptr : *found;
+}
+
+bool takesValue(const CLI::Option* option) {
+    return option != nullptr && option->get_items_expected_max() != 0;
+}
+
+// Of a word with one dash that is no letters of options, or is nearly a long option: a value may stand right behind its
+// letter ("-ofile"), so only options that begin with that letter count, and none where the value seems to be their
+// name.
+void refuseLongOption(const CLI::App& command, const std::string& word, bool isOfLetters) {
+    constexpr std::size_t leastLetters = 3;
+    const std::string written = word.substr(0, word.find('='));
+    if (written.size() <= leastLetters) return;
+    std::vector<std::string> names = optionNames(command);
+    std::erase_if(names, [&](const std::string& name) { return name[2] != word[1] || word[1] == word[2]; });
+    const std::string suggestion =
+        orSuggestion("-" + written, std::vector<std::string_view>(names.begin(), names.end()));
+    if (!isOfLetters || !suggestion.empty())
+        throw UsageError("'" + written + "' is not an option of " + command.get_name() + suggestion);
+}
+
+// Whether the value of an option is what follows the word. Throws UsageError.
+bool readsNext(const CLI::App& command, const std::string& word) {
+    if (word.size() < 2 || word[0] != '-') return false;
+    if (word[1] == '-') return takesValue(optionOf(command, word));
+    const CLI::Option* option = nullptr;
+    std::size_t at = 1; // of the first letter that is not an option without a value
+    for (; at < word.size(); ++at) {
+        option = optionOf(command, {'-', word[at]});
+        if (option == nullptr || takesValue(option)) break;
+    }
+    refuseLongOption(command, word, at == 1 || option != nullptr); // what begins with no option is a name, or told of
+    return takesValue(option) && at + 1 == word.size();
+}
+
 // What the parser says of each, and what a person is told instead; * is what stands in between.
 struct Wording {
     std::string_view between, end, said, saidAtEnd;
@@ -148,6 +188,16 @@ std::optional<std::string> describeValue(const std::string& text) {
 }
 
 } // namespace
+
+void settleWords(const CLI::App& command, std::vector<std::string>& words) {
+    std::size_t at = 1;
+    while (at < words.size() && words[at] != "--")
+        at += readsNext(command, words[at]) ? 2 : 1;
+    if (at >= words.size()) return;
+    words.erase(words.begin() + static_cast<std::ptrdiff_t>(at));
+    for (; at < words.size(); ++at)
+        if (words[at].size() > 1 && words[at].starts_with('-')) words[at].insert(0, "./");
+}
 
 std::string describeMistake(const CLI::App& command, const CLI::ParseError& error) {
     std::string text = error.what();

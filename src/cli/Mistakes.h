@@ -40,6 +40,11 @@ std::vector<std::string_view> wordsOf(const Table& table, Name name) {
     return words;
 }
 
+// Brings words, of which the first is the command's name, into a form that the parser reads as people mean it: behind
+// "--" all are names, also where there were some before. Throws UsageError for a long option with one dash, whose
+// letters the parser would take for options of their own, or for the value of one: "-out" is no folder "ut".
+void settleWords(const CLI::App& command, std::vector<std::string>& words);
+
 // What is wrong with a line of that command, which the parser has refused, in one sentence without a full stop.
 std::string describeMistake(const CLI::App& command, const CLI::ParseError& error);
 

@@ -64,7 +64,7 @@ extensions: .png, .gif, .jpg, .bmp, .tga, .ico and .cur. --to says the format wh
 )"},
     {"files", "Pipes, folders, and files that are there",
      R"(- is standard input or output, and --to says in which format; /dev/stdin, /dev/stdout and /dev/fd/N are pipes,
-too. A file of that name is ./-.
+too. A file of that name is ./-. Behind -- all words are names, whatever they begin with.
 With --recursive a folder is the pictures in it, and in the folders in it; results lie in folders of the same names.
 An existing file is replaced after a question at a terminal, and elsewhere kept, which is a failure. --overwrite
 replaces it, --no-overwrite keeps it, --skip-newer replaces it if it is older than its picture.
