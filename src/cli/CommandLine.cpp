@@ -35,7 +35,9 @@ void addInfo(CLI::App& app, InfoRequest& request) {
         "tell, up to the limit. Of an icon or cursor file, all images are listed. The quality of a JPEG is the one "
         "for\n"
         "which the usual tables come nearest to its own.\n"
-        "The alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2).\n\n"
+        "The alpha class is 'opaque' (0), 'on or off' (1: pixels are opaque or invisible) or 'partial' (2). Of a PNG\n"
+        "the headers alone say it: with an alpha channel it is 'partial', with any transparency in its palette or a\n"
+        "transparent colour 'on or off'.\n\n"
         "Examples:\n"
         "  pixkit info photo.png\n"
         "  pixkit info --json *.png");

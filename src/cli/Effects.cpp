@@ -145,7 +145,7 @@ constexpr std::array<EffectOption, 22> table = {{
      "That much of it, from its centre unless said otherwise;\nWxH+X+Y is another way to say where", parseCrop},
     {"--pad", "WxH[@PLACE][:COLOUR]",
      "Made at least that large by a border, transparent and\ncentred unless said otherwise; N alone adds N pixels\n"
-     "everywhere",
+     "everywhere. A colour lies under all of the picture, too",
      parsePad},
     {"--flatten", "COLOUR", "Put on a colour: nothing is transparent any longer", parseFlatten},
     {"--strip", nullptr, "Without what the file says beside its pixels: texts, density", parseStrip},

@@ -74,8 +74,9 @@ replaces it, --no-overwrite keeps it, --skip-newer replaces it if it is older th
 1   some input failed, and the others are done; or the output could not be written
 2   the command line makes no sense, and nothing was done
 On Linux a shell shows 130, 141 and 143 where a signal has ended it: an interrupt, that nobody reads its output any
-longer, a request. What was done by then is there and whole. So it is of a run that was killed (137), but on network
-file systems it may leave drafts, ~pixkit..., which --recursive takes for no pictures.
+longer, a request. What was done by then is there and whole. So it is of a run that was killed (137), but of files that
+it was about to name, and on network file systems of all that it was writing, it may leave drafts, ~pixkit..., which
+--recursive takes for no pictures.
 )"},
 };
 
