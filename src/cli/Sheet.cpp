@@ -142,12 +142,12 @@ class Sheet {
         return m_request.canvas.alpha != 0 && light < 8 * 128 ? "white" : "black";
     }
 
-    // What a class may be called: letters, digits, hyphens.
+    // What a class may be called: letters, digits, hyphens; no bytes that are no UTF-8, which browsers take for one.
     static std::string className(const std::string& file) {
         std::string name = toLower(toUtf8(toPath(file).stem()));
         for (char& c : name)
             if ((c < 'a' || c > 'z') && (c < '0' || c > '9') && static_cast<unsigned char>(c) < 0x80) c = '-';
-        return name;
+        return htmlText(name);
     }
 
     const SheetRequest& m_request;
