@@ -41,8 +41,15 @@ class Gallery : public GrowingPage {
         : GrowingPage("gallery", request.folder, galleryMark, request),
           m_request(request), m_head{request.title, cPixSheet().Version(), request.loading.orients}, m_entries(count) {}
 
+    // Of the folders that this run has made, those that got nothing. (Others are not removed.)
+    void removeEmptyFolders() const {
+        std::error_code error;
+        for (auto folder = m_made.rbegin(); folder != m_made.rend(); ++folder)
+            fs::remove(*folder, error);
+    }
+
   private:
-    void prepare() override { prepareThumbnails(m_request.folder); }
+    void prepare() override { m_made = prepareThumbnails(m_request.folder); }
 
     void add(const Input& input, Piece& piece, Result& result) override {
         const PictureSource source = openSource(input.name, piece.console().in);
@@ -87,13 +94,17 @@ class Gallery : public GrowingPage {
     const GalleryRequest& m_request;
     const GalleryHead m_head;
     std::vector<std::optional<GalleryEntry>> m_entries;
+    std::vector<fs::path> m_made; // each behind the one that it lies in
 };
 
 } // namespace
 
 int gallery(const GalleryRequest& request, Console& console) {
     const std::vector<Input> inputs = findDifferentInputs(request.pictures, request.recursive, toPath(request.folder));
-    return Gallery(request, inputs.size()).make(inputs, request.jobs, console);
+    Gallery page(request, inputs.size());
+    const int exitCode = page.make(inputs, request.jobs, console);
+    page.removeEmptyFolders();
+    return exitCode;
 }
 
 } // namespace pixkit::cli

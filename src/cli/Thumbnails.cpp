@@ -71,12 +71,17 @@ std::pair<ByteArray, const char*> encodeSmall(cPixSheet& sheet, bool isWhole) {
 
 } // namespace
 
-void prepareThumbnails(const std::string& gallery) {
-    for (const char* folder : {thumbnailFolder, pictureFolder}) {
+std::vector<fs::path> prepareThumbnails(const std::string& gallery) {
+    std::vector<fs::path> made;
+    for (const char* folder : {"", thumbnailFolder, pictureFolder}) {
         std::error_code error;
-        fs::create_directories(toPath(gallery) / folder, error);
+        const fs::path path = toPath(gallery) / folder;
+        const bool isThere = fs::is_directory(path, error);
+        fs::create_directories(path, error);
         if (error) throw Failed(gallery, "cannot be made: " + error.message());
+        if (!isThere) made.push_back(path);
     }
+    return made;
 }
 
 GalleryPicture::GalleryPicture(const PictureSource& source, const GalleryRequest& request)

@@ -4,7 +4,9 @@
 #include "cli/Scaling.h"
 #include "cli/Streams.h"
 #include <cstdint>
+#include <filesystem>
 #include <string>
+#include <vector>
 
 namespace pixkit {
 class cPixSheet;
@@ -12,8 +14,8 @@ class cPixSheet;
 
 namespace pixkit::cli {
 
-// Makes the gallery's folder and those in it. Throws Failed.
-void prepareThumbnails(const std::string& gallery);
+// Makes the gallery's folder and those in it, and returns those that were not there. Throws Failed.
+std::vector<std::filesystem::path> prepareThumbnails(const std::string& gallery);
 
 // A picture on its way into a gallery. Files are seen from the gallery's folder, and named after the picture's place
 // and the options that change what is made of it, so that the next run finds them. Those that have the time of the

@@ -138,6 +138,10 @@ if [ ${#command[@]} = 1 ]; then
     command=(find "$folder/ended" -name '~*')
     "${command[@]}" | grep . && fail "a draft was left behind"
 
+    # A gallery of nothing leaves no folders.
+    command=(bash -c '"$0" gallery "$1/gone.png" -o "$1/nothing"; ls "$1/nothing"' "$pixkit")
+    check 2 "nothing': No such file" "$folder"
+
     # Interrupted at a sure moment, while it waits for a pipe, a run leaves what it has done, and the next does the rest.
     mkfifo "$folder/wait"
     command=(bash -c 'timeout --preserve-status -s "$1" 1 "$0" convert "$2" - "$3" --to bmp --jobs 1 --no-overwrite <>"$4"
@@ -210,6 +214,10 @@ if [ ${#command[@]} = 1 ]; then
     fi
     command=(timeout 10 "$pixkit")
     cp "$alpha" "$folder/"$'a\nb\xff.png'
+    cp "$alpha" "$folder/"$'u\xff.png' && cp "$alpha" "$folder/"$'u\xfe.png'
+    command=(bash -c '"$0" sheet "$1"/u*.png -qo "$1/x.png" --index "$1/x.css" && cat "$1/x.css"' "$pixkit")
+    check 0 '^.sprite-u.+-2 ' "$folder"
+    command=(timeout 10 "$pixkit")
     check 0 '/a.x0ab' convert "$folder/"$'a\nb\xff.png' "$folder/"$'a\nb\xff.bmp'
 
     # A file stays whose it is, and private; a link stays a link; a folder that takes no file may hold one that can be
