@@ -5,12 +5,10 @@
 
 namespace pixkit {
 
-inline constexpr std::uint32_t spreadFactor = 0x9E3779B1U;
-
 template <unsigned bits>
 constexpr std::uint32_t spreadHash(std::uint32_t number) noexcept {
     static_assert(bits >= 1 && bits <= 32);
-    return number * spreadFactor >> (32 - bits);
+    return number * 0x9E3779B1U >> (32 - bits);
 }
 
 } // namespace pixkit

@@ -40,7 +40,8 @@ class Dictionary {
             return true;
         return findFurther(key, place);
     }
-    // Says which key will have a code if the code comes to be used; the last one that was said holds.
+    // Where keys are spread: says which one will have a code if the code comes to be used; the last one that was said
+    // holds.
     void keepKey(std::uint32_t key, unsigned code) noexcept { m_keys[code] = key; }
     void clear() noexcept {
         if (!m_spread) {
@@ -54,8 +55,12 @@ class Dictionary {
     void spreadOut(bool isInUse) {
         m_spread = std::make_unique_for_overwrite<Entry[]>(keys);
         std::fill_n(m_spread.get(), keys, none);
-        for (std::size_t slot = 0; isInUse && slot < slots; ++slot)
-            if (m_hashed[slot] != none) m_spread[m_hashed[slot] >> longestCode] = m_hashed[slot];
+        if (!isInUse) return;
+        for (const Entry entry : m_hashed) {
+            if (entry == none) continue;
+            m_spread[entry >> longestCode] = entry;
+            keepKey(entry >> longestCode, entry & (mostCodes - 1));
+        }
     }
 
   private:
@@ -83,7 +88,7 @@ class Dictionary {
 
     std::array<Entry, slots> m_hashed; // used, as soon as it has been cleared
     std::unique_ptr<Entry[]> m_spread;
-    std::uint32_t m_keys[mostCodes] = {}; // of each code
+    std::uint32_t m_keys[mostCodes] = {}; // of each code, once they are spread
 };
 
 class Compressor {
@@ -148,7 +153,7 @@ bool Compressor::code(std::size_t from) noexcept {
         Dictionary::Place place;
         if (!fresh.find<isSpread>(key, place)) return false;
         m_afresh.codes[next] = static_cast<std::uint16_t>(freshCode);
-        fresh.keepKey(key, next);
+        if constexpr (isSpread) fresh.keepKey(key, next);
         *place.slot = place.entry & (key << longestCode | next | place.isTaken); // a free one is all ones
         freshCode = codeWith(index, place);
         next += 1 + place.isTaken;
@@ -188,8 +193,7 @@ bool Compressor::code(std::size_t from) noexcept {
     return true;
 }
 
-// What a stretch with a new dictionary takes, and what it takes with the full
-// one, for their lengths.
+// What a stretch with a new dictionary takes, and what it takes with the full one, for their lengths.
 bool Compressor::isOnwardCheaper(std::size_t from) const noexcept {
     unsigned size = m_depth + 1;
     std::uint64_t afresh = size; // the clear code
@@ -211,17 +215,14 @@ void Compressor::writeAfresh() {
     unsigned next = firstAdded();
     for (std::size_t i = 0; i < m_afresh.count; ++i) {
         put(m_afresh.codes[firstAdded() + i], m_size);
-        // The reader makes an entry for every code but the first, one code later
-        // than the writer.
+        // The reader makes an entry for every code but the first, one code later than the writer.
         if (next == 1U << m_size && m_size < longestCode) ++m_size;
         ++next;
     }
 }
 
-// Wherever the dictionary is full, both ways of going on are worked out: to
-// keep it as it is, or to clear it and build a new one. They are compared over
-// the indexes that fill the new one, and the one that takes fewer bits is
-// written.
+// Wherever the dictionary is full, both ways of going on are worked out: to keep it as it is, or to clear it and build
+// a new one. They are compared over the indexes that fill the new one, and the one that takes fewer bits is written.
 void Compressor::run() {
     m_size = m_depth + 1;
     bool isSpread = false;

@@ -93,20 +93,21 @@ std::size_t blendChanged(std::uint8_t* dst, const std::uint8_t* src, std::size_t
                               : blendVectors<false, false>(dst, src, count, ScaledOver(globalAlpha), change);
 }
 
-// Of pictures that may not be in the cache.
-constexpr std::size_t longRow = 1024;
+// As they are. Long rows are of pictures that may not be in the cache.
+template <bool atFullOpacity, class Draw>
+std::size_t blendPlain(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, const Draw& draw) {
+    constexpr std::size_t longRow = 1024;
+    return count < longRow ? blendVectors<atFullOpacity, false>(dst, src, count, draw, Plain())
+                           : blendVectors<atFullOpacity, true>(dst, src, count, draw, Plain());
+}
 
 void blendOver(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
-    const Over draw;
-    const std::size_t done = count < longRow ? blendVectors<true, false>(dst, src, count, draw, Plain())
-                                             : blendVectors<true, true>(dst, src, count, draw, Plain());
+    const std::size_t done = blendPlain<true>(dst, src, count, Over());
     reference.blendOver(dst + 4 * done, src + 4 * done, count - done);
 }
 
 void blendScaled(std::uint8_t* dst, const std::uint8_t* src, std::size_t count, std::uint8_t globalAlpha) {
-    const ScaledOver draw(globalAlpha);
-    const std::size_t done = count < longRow ? blendVectors<false, false>(dst, src, count, draw, Plain())
-                                             : blendVectors<false, true>(dst, src, count, draw, Plain());
+    const std::size_t done = blendPlain<false>(dst, src, count, ScaledOver(globalAlpha));
     reference.blendScaled(dst + 4 * done, src + 4 * done, count - done, globalAlpha);
 }
 
